@@ -1,0 +1,29 @@
+# One room of the house: a library with the project's flags and its whole view of the world.
+#
+#   velscore_layer(velmodels OBJECT SOURCES a.cpp b.cpp SEES velhost velstats)
+#
+# KIND is OBJECT, STATIC or SHARED. SEES is what the room may include from and link with.
+function(velscore_layer name kind)
+  cmake_parse_arguments(LAYER "" "" "SOURCES;SEES" ${ARGN})
+  add_library(${name} ${kind} ${LAYER_SOURCES})
+  velscore_flags(${name})
+  target_link_libraries(${name} PUBLIC ${LAYER_SEES})
+endfunction()
+
+# Warnings, the include root, and the order of floating-point operations, which is part of the
+# behaviour: no contraction, no fast-math.
+function(velscore_flags name)
+  target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+  target_compile_options(${name} PRIVATE -Wall -Wextra -Wconversion -Wshadow -ffp-contract=off
+                                         $<$<BOOL:${VELSCORE_WERROR}>:-Werror>)
+endfunction()
+
+# One test program for a room: velscore_tests(host SOURCES a_test.cpp SEES velhost)
+function(velscore_tests room)
+  cmake_parse_arguments(TESTS "" "" "SOURCES;SEES" ${ARGN})
+  add_executable(${room}_tests ${TESTS_SOURCES})
+  velscore_flags(${room}_tests)
+  target_link_libraries(${room}_tests PRIVATE ${TESTS_SEES} GTest::gtest_main)
+  gtest_discover_tests(${room}_tests DISCOVERY_MODE PRE_TEST
+                       WORKING_DIRECTORY ${PROJECT_SOURCE_DIR} PROPERTIES TIMEOUT 300)
+endfunction()

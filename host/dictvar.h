@@ -1,0 +1,129 @@
+#ifndef VELSCORE_HOST_DICTVAR_H
+#define VELSCORE_HOST_DICTVAR_H
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "host/scoredictvar.h"
+#include "host/valueset.h"
+
+namespace MCVelscore_850 {
+
+/// The type of a variable, as its declaration tells it.
+struct DictVarType {
+    std::string name;
+    ScoreDictVar::MeasureLevel level = ScoreDictVar::CONTINUOUS;
+    ScoreDictVar::ValueType valueType = ScoreDictVar::NUMERIC;
+    ScoreDictVar::DateTimeType dateTimeType = ScoreDictVar::NOT_DATETIME;
+    bool boolean = false;  ///< a string variable of truth values
+    std::string dataType;  ///< as the document spells it, for messages
+};
+
+/// The variable of a data dictionary, in memory.
+///
+/// Categories  A categorical variable is open while nothing was declared for it and it knows no
+///             category; declared values, and AddCategory(), close it.
+class VELHOST_API DictVar : public ScoreDictVar {
+public:
+    explicit DictVar(DictVarType type);
+    DictVar(const DictVar& other);
+    DictVar& operator=(const DictVar&) = delete;
+    ~DictVar() override;
+
+    ScoreDictVar* Clone() const override;
+    bool IsMissing(const ScoreValue* value) const override;
+    bool IsValid(const ScoreValue* value) const override;
+    const std::string& GetName() const override { return type_.name; }
+    int GetValueType() const override { return type_.valueType; }
+    MeasureLevel GetMeasureLevel() const override { return type_.level; }
+    VarStats* GetVarStats() const override { return stats_.get(); }
+    void SetVarStats(VarStats* stats) override;
+    const ValueSet* GetValueSet() const override;
+    ScoreValue* MakeValue(const std::string& text) const override;
+    int GetNumCategories() const override;
+    void SetDictIndex(int position) const override { dictIndex_ = position; }
+    int GetDictIndex() const override { return dictIndex_; }
+    bool IsDerived() const override { return false; }
+    DateTimeType GetDateTimeType() const override { return type_.dateTimeType; }
+    const CatEncoder* GetCatEncoder() const override { return encoder_.get(); }
+    CatEncoder* GetCatEncoderForUpdate() override { return encoder_.get(); }
+    bool HasOpenCategories() const override;
+    void AddCategory(ScoreValue* value, const std::string& text) override;
+    void SetOutlierTreatment(int treatment) override { outlierTreatment_ = treatment; }
+    int GetOutlierTreatment() const override { return outlierTreatment_; }
+    bool Accepts(const ScoreValue* value) const override;
+    bool AcceptsUnlisted() const override { return acceptsUnlisted_; }
+
+    const DictVarType& Type() const { return type_; }
+
+    /// Gives the variable its encoder, once; later calls do nothing.
+    void SetUpCatEncoder();
+    /// The position of a category in the order of the value set, -1 for none.
+    int FindCategory(const ScoreValue& value) const;
+    int FindCategoryText(std::string_view text) const;
+
+    // Declarations, made while the dictionary is read.
+
+    enum class Property { Valid, Invalid, Missing };
+    /// One value of the declaration. A second one of the same value is dropped.
+    void DeclareValue(std::unique_ptr<ScoreValue> value, const std::string& text,
+                      Property property);
+    /// An interval of valid numbers; several add up. Infinite ends are no bound.
+    struct Interval {
+        double low;
+        double high;
+        bool lowClosed;
+        bool highClosed;
+    };
+    void DeclareInterval(const Interval& interval) { intervals_.push_back(interval); }
+    void SetAcceptsUnlisted(bool accepts) { acceptsUnlisted_ = accepts; }
+
+    /// The spelling that a text takes in this variable: a boolean's declared word for the same
+    /// truth, any other text as it stands. The view lives as long as `text` and the variable.
+    std::string_view Spelling(std::string_view text) const;
+
+private:
+    class Encoder;
+    struct TextHash {
+        using is_transparent = void;
+        size_t operator()(std::string_view text) const
+        {
+            return std::hash<std::string_view>{}(text);
+        }
+    };
+    /// Values in order, each with its position, found by text or by number without allocating.
+    struct Listing {
+        std::vector<std::unique_ptr<ScoreValue>> values;
+        std::unordered_map<std::string, int, TextHash, std::equal_to<>> byText;
+        std::unordered_map<double, int> byNumber;
+        int Find(const ScoreValue& value) const;
+        bool Add(std::unique_ptr<ScoreValue> value);
+        Listing() = default;
+        Listing(const Listing& other);
+    };
+
+    bool HasOwnKind(const ScoreValue& value) const;
+    bool IsMissingNumber(double number) const;
+    bool IsValidNumber(double number) const;
+
+    DictVarType type_;
+    Listing categories_;
+    Listing missing_;
+    Listing invalid_;
+    ValueSet valueSet_;
+    std::vector<Interval> intervals_;
+    std::unique_ptr<VarStats> stats_;
+    std::unique_ptr<Encoder> encoder_;
+    int outlierTreatment_ = AS_IS;
+    bool declared_ = false;  // some Value child stood in the declaration
+    bool acceptsUnlisted_ = false;
+    mutable int dictIndex_ = -1;
+};
+
+}  // namespace MCVelscore_850
+
+#endif

@@ -1,0 +1,95 @@
+#ifndef VELSCORE_HOST_MESSAGES_H
+#define VELSCORE_HOST_MESSAGES_H
+
+#include <cstdarg>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/export.h"
+
+namespace MCVelscore_850 {
+
+/// One row of the message catalogue.
+struct Message {
+    int code;
+    /// The kinds of the arguments in order: 's' a C string, 'd' an int, 'g' a double.
+    const char* arguments;
+    /// The text, with {0}, {1}, ... for the arguments.
+    const char* text;
+    /// What the user can do about it.
+    const char* remedy;
+};
+
+/// The catalogue: every code that a document, a case, a table or a run can end with.
+class VELHOST_API Messages {
+public:
+    /// In ascending order of the codes.
+    static std::span<const Message> All();
+    /// The row of a code, null for an unknown one.
+    static const Message* Find(int code);
+    /// The code's text with its arguments in place; for an unknown code a text that says so.
+    static std::string Format(int code, const std::vector<std::string>& arguments);
+    /// The arguments as text, read by the kinds in the code's row.
+    static std::vector<std::string> ReadArguments(int code, va_list arguments);
+};
+
+// Codes of the host's own refusals, in documents. The codes of the readers stand with the readers.
+inline constexpr int kNotANumber = 269001;            // text, where
+inline constexpr int kNotAnInteger = 269002;          // text, where
+inline constexpr int kNumberTooLarge = 269003;        // text, where
+inline constexpr int kArrayLength = 269004;           // found, expected
+inline constexpr int kUnknownEncoding = 269005;       // name
+inline constexpr int kDuplicateField = 269006;        // name
+inline constexpr int kUnknownDataType = 269007;       // text, attribute, name
+inline constexpr int kExpressionNotSupported = 269008;  // element, derived field
+inline constexpr int kFunctionNotSupported = 269009;    // function, derived field
+inline constexpr int kWrongArgumentCount = 269010;      // function, found, expected, derived field
+inline constexpr int kUnknownFieldReference = 269011;   // name, derived field
+inline constexpr int kDerivedFieldCycle = 269012;       // derived field
+inline constexpr int kExpressionMissing = 269013;       // derived field
+inline constexpr int kNormPoints = 269014;              // derived field
+inline constexpr int kExpressionTooDeep = 269015;       // derived field
+inline constexpr int kFamilyNotAvailable = 269020;      // family, model type
+inline constexpr int kReferencePointFamily = 269021;    // parameter, model type
+inline constexpr int kModelWithoutTarget = 269022;      // model type
+inline constexpr int kCallNotAvailable = 269023;        // operation
+
+// Codes of a case that the engine refuses before a model sees it; they stand in column status.
+inline constexpr int kCaseTextNotANumber = 269050;   // text, field, row
+inline constexpr int kCaseTextNotADateTime = 269051; // text, field, row
+inline constexpr int kCaseInvalidValue = 269052;     // text, field, row
+
+// Codes of the engine: the document's bytes.
+inline constexpr int kCannotRead = 269101;       // file, reason
+inline constexpr int kEmptyDocument = 269102;    // file
+inline constexpr int kNotWellFormed = 269103;    // file, line, column, reason
+inline constexpr int kDoctype = 269104;          // file, line, column
+inline constexpr int kTooDeep = 269105;          // file, line, column, limit
+inline constexpr int kTooManyAttributes = 269106;  // file, line, column, limit
+inline constexpr int kTokenTooLong = 269107;     // file, line, column, limit
+inline constexpr int kTooManyElements = 269108;  // file, line, column, limit
+inline constexpr int kDocumentTooLarge = 269109; // file, limit
+inline constexpr int kNotAModelDocument = 269110;  // file, root
+
+// Codes of the engine: the plug-in.
+inline constexpr int kPluginNotLoaded = 269201;  // file, reason
+inline constexpr int kPluginNoEntry = 269202;    // file, entry
+
+// Codes of the engine: the table of cases and the output.
+inline constexpr int kCasesNotRead = 269301;      // file, reason
+inline constexpr int kNoHeader = 269302;          // file
+inline constexpr int kMissingColumn = 269303;     // file, column, columns found
+inline constexpr int kRowLength = 269304;         // file, row, found, expected
+inline constexpr int kUnclosedQuote = 269305;     // file, row
+inline constexpr int kNulByte = 269306;           // file, row
+inline constexpr int kDuplicateColumn = 269307;   // file, column
+inline constexpr int kStrayQuote = 269308;        // file, row
+inline constexpr int kFieldTooLong = 269309;      // file, row, limit
+inline constexpr int kOutputNotWritten = 269310;  // file, reason, rows written
+inline constexpr int kUnknownKeptColumn = 269311;  // column, file
+
+}  // namespace MCVelscore_850
+
+#endif

@@ -1,0 +1,81 @@
+#ifndef VELSCORE_HOST_MODELDESCRIPTION_H
+#define VELSCORE_HOST_MODELDESCRIPTION_H
+
+#include <string>
+#include <vector>
+
+namespace MCVelscore_850 {
+
+/// What a loaded model tells of itself beyond its scores: plain data, filled by
+/// ScoreModel::Describe.
+struct ModelDescription {
+    /// One predictor in one term of an equation.
+    struct Factor {
+        std::string predictor;
+        /// A factor's category; empty for a covariate.
+        std::string category;
+        bool isCategory = false;
+        /// A covariate's exponent, as the document gives it.
+        double exponent = 1.0;
+    };
+    /// One parameter: beta times the product of its factors; an intercept has none.
+    struct Term {
+        std::string parameter;
+        std::string label;
+        double beta = 0.0;
+        std::vector<Factor> factors;
+    };
+    /// One linear predictor: the sum of its terms. Models with one equation name no category.
+    struct Equation {
+        std::string category;
+        std::vector<Term> terms;
+    };
+    struct Contrast {
+        std::string predictor;
+        std::vector<std::string> categories;
+        std::vector<std::vector<double>> rows;
+    };
+    struct Stratum {
+        std::string value;
+        size_t cells = 0;
+        double minTime = 0.0;
+        double maxTime = 0.0;
+    };
+    /// What a result column holds, in words: "prediction" - "mean of the target".
+    struct Quantity {
+        std::string column;
+        std::string meaning;
+    };
+
+    std::string family;     ///< in the field's words: "linear regression"
+    std::string className;  ///< "LRModel"
+    std::string target;     ///< empty for a model without one
+    std::vector<std::string> targetCategories;
+    std::string referenceCategory;
+    bool hasCutoff = false;
+    double cutoff = 0.0;
+    std::string link;
+    bool hasLinkParameter = false;
+    double linkParameter = 0.0;
+    std::string distribution;
+    std::string offset;  ///< the variable's name or the number
+    std::string trials;  ///< the variable's name or the number
+    double degreesOfFreedom = 0.0;
+    bool hasCovariances = false;
+    std::vector<std::string> factors;     ///< names, in the order of the predictors
+    std::vector<std::string> covariates;  ///< names, in the order of the predictors
+    std::vector<Equation> equations;
+    std::vector<Contrast> contrasts;
+    std::string stratumVariable;
+    std::string endTimeVariable;
+    std::vector<Stratum> strata;
+    std::vector<Quantity> quantities;
+
+    /// Every variable that a case is read for, derived ones among them, each once: predictors in
+    /// their order, then offset, trials, times and strata.
+    std::vector<std::string> variables;
+};
+
+}  // namespace MCVelscore_850
+
+#endif

@@ -1,0 +1,43 @@
+#ifndef VELSCORE_HOST_PMMLTRANSLATOR_H
+#define VELSCORE_HOST_PMMLTRANSLATOR_H
+
+#include <string>
+#include <vector>
+
+#include "host/basetranslator.h"
+#include "host/scoredictvar.h"
+
+namespace MCVelscore_850 {
+
+class TransformationDictionary;
+
+/// The base of readers of PMML documents: what the standard puts around a model.
+class VELHOST_API PMMLTranslator : public BaseTranslator {
+public:
+    explicit PMMLTranslator(const std::string& encoding);
+    ~PMMLTranslator() override;
+
+    using BaseTranslator::ToString;
+
+    /// A new dictionary of all DataFields below the DataDictionary element, owned by the caller.
+    /// Refuses a second field of one name, and types that the standard doesn't know.
+    ScoreDictionary* ParseDictionary(xercesc::DOMNode* element, bool withValues);
+    /// Reads the Targets element. Its declarations rescale a prediction, which the engine does
+    /// from the document; the dictionary stays as it is.
+    void HandleTargets(xercesc::DOMElement* element, ScoreDictionary* dictionary);
+    /// A new dictionary of the DerivedFields below the element, owned by the caller; null when
+    /// there is none. Expressions: FieldRef, Constant, NormContinuous, Apply with + - * /.
+    TransformationDictionary* HandleTransformationDictionary(xercesc::DOMElement* element,
+                                                             const ScoreDictionary* dictionary);
+    /// Gives a categorical variable its encoder; a second call does nothing.
+    void SetupCatEncoder(ScoreDictVar* var);
+    /// The numbers of an Array element, blanks between them. Refuses with kArrayLength when they
+    /// aren't `count`.
+    std::vector<double> VerifyDoubleArray(xercesc::DOMElement* element, int count) const;
+    /// "continuous", "categorical", "ordinal".
+    std::string ToString(ScoreDictVar::MeasureLevel level) const;
+};
+
+}  // namespace MCVelscore_850
+
+#endif

@@ -1,0 +1,42 @@
+#ifndef VELSCORE_HOST_TRANSFORMVAR_H
+#define VELSCORE_HOST_TRANSFORMVAR_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/dictvar.h"
+
+namespace MCVelscore_850 {
+
+class Expression;
+class ScoreCaseRecord;
+class ScoreDictionary;
+
+/// A derived variable: its value is computed from a case by an expression.
+class VELHOST_API TransformVar final : public DictVar {
+public:
+    TransformVar(DictVarType type, std::shared_ptr<const Expression> expression);
+    TransformVar(const TransformVar& other);
+    ~TransformVar() override;
+
+    ScoreDictVar* Clone() const override;
+    bool IsDerived() const override { return true; }
+
+    /// The derived value for the case, a missing value where the expression yields none. It
+    /// belongs to the variable and stands until the next call; null never.
+    ScoreValue* GetTransformedValue(const ScoreCaseRecord* record, const ScoreDictionary* dictionary,
+                                    const ScoreDictionary* transformations) const;
+
+    /// The variables that the expression reads itself, derived ones among them, each once.
+    const std::vector<const ScoreDictVar*>& Inputs() const;
+    const Expression& GetExpression() const { return *expression_; }
+
+private:
+    std::shared_ptr<const Expression> expression_;
+    std::unique_ptr<ScoreValue> value_;
+};
+
+}  // namespace MCVelscore_850
+
+#endif
