@@ -1,0 +1,48 @@
+#ifndef VELSCORE_MODELS_MLRRESULT_H
+#define VELSCORE_MODELS_MLRRESULT_H
+
+#include <string>
+
+#include "host/scoreresult.h"
+
+namespace MCVelscore_850 {
+
+/// The result of a model that predicts a category: the category and each category's probability.
+///
+/// Owner  the prediction and the values of the percents.
+/// Copies A copy needs a prediction in the original. An assignment leaves the values of the old
+///        entries to whoever holds pointers to them.
+class MLRResult : public ScoreClsResult {
+public:
+    explicit MLRResult(const ScoreDictVar* target) : target_(target) {}
+    MLRResult(const MLRResult& other);
+    MLRResult& operator=(const MLRResult& other);
+    ~MLRResult() override;
+
+    void SetPrediction(ScoreValue* value) override;
+    ScoreValue* GetPrediction() const override { return prediction_; }
+    const ScoreDictVar* GetTarget() const override { return target_; }
+    void SetConfidence(double) override {}
+    /// The percent of the prediction, -1.0 when it has none.
+    double GetConfidence() const override { return GetPercent(prediction_); }
+    int GetScoreResultType() const override { return MLR_RESULT; }
+
+    /// Appends an entry and takes `value` over; a value that the target calls invalid or missing
+    /// is released, and the answer is false. No search for an equal entry is made.
+    bool AddValuePercent(ScoreValue* value, double percent) override;
+    /// The percent of the first entry whose value equals `value`, -1.0 without one.
+    double GetPercent(const ScoreValue* value) const override;
+    const ValuePercents& GetAllValuePercent() const override { return valuePercents_; }
+
+    /// Overwrites the percent of the first entry whose value reads `key`; false without one.
+    bool SetPercent(const std::string& key, double percent);
+
+private:
+    const ScoreDictVar* target_;
+    ScoreValue* prediction_ = nullptr;
+    ValuePercents valuePercents_;
+};
+
+}  // namespace MCVelscore_850
+
+#endif
