@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "host/catencoder.h"
 #include "host/scoredictvar.h"
 #include "host/valueset.h"
 
@@ -117,7 +118,7 @@ private:
     ValueSet valueSet_;
     std::vector<Interval> intervals_;
     std::unique_ptr<VarStats> stats_;
-    std::unique_ptr<Encoder> encoder_;
+    std::unique_ptr<CatEncoder> encoder_;
     int outlierTreatment_ = AS_IS;
     bool declared_ = false;  // some Value child stood in the declaration
     bool acceptsUnlisted_ = false;

@@ -9,6 +9,7 @@
 
 namespace MCVelscore_850 {
 
+class DictVar;
 class TransformationDictionary;
 
 /// The base of readers of PMML documents: what the standard puts around a model.
@@ -36,6 +37,13 @@ public:
     std::vector<double> VerifyDoubleArray(xercesc::DOMElement* element, int count) const;
     /// "continuous", "categorical", "ordinal".
     std::string ToString(ScoreDictVar::MeasureLevel level) const;
+
+private:
+    class DerivedFieldReader;
+
+    /// Value, Interval and the own Extension children of a field.
+    void ReadDeclaredValues(xercesc::DOMElement* element, DictVar& var);
+    void ReadInterval(xercesc::DOMElement* element, DictVar& var);
 };
 
 }  // namespace MCVelscore_850

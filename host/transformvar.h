@@ -29,11 +29,12 @@ public:
                                     const ScoreDictionary* transformations) const;
 
     /// The variables that the expression reads itself, derived ones among them, each once.
-    const std::vector<const ScoreDictVar*>& Inputs() const;
+    const std::vector<const ScoreDictVar*>& Inputs() const { return inputs_; }
     const Expression& GetExpression() const { return *expression_; }
 
 private:
     std::shared_ptr<const Expression> expression_;
+    std::vector<const ScoreDictVar*> inputs_;
     std::unique_ptr<ScoreValue> value_;
 };
 

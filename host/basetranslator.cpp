@@ -1,0 +1,240 @@
+#include "host/basetranslator.h"
+
+#include <array>
+
+#include <xercesc/dom/DOM.hpp>
+
+#include "host/messages.h"
+#include "host/numbertext.h"
+#include "host/numericvalue.h"
+#include "host/datetimetext.h"
+#include "host/datetimevalue.h"
+#include "host/scoredictvar.h"
+#include "host/vsexception.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+constexpr int kAbsent = 260115;  // element or attribute, parent
+
+// A tag or attribute name as 16-bit text, on the stack: names are ASCII and short.
+class XmlName {
+public:
+    explicit XmlName(const std::string& name)
+    {
+        if (name.size() < short_.size()) {
+            for (size_t i = 0; i < name.size(); ++i) {
+                short_[i] = static_cast<XMLCh>(static_cast<unsigned char>(name[i]));
+            }
+            short_[name.size()] = 0;
+            text_ = short_.data();
+        } else {
+            long_ = XmlFromUtf8(name);
+            text_ = long_.c_str();
+        }
+    }
+    XmlName(const XmlName&) = delete;
+    XmlName& operator=(const XmlName&) = delete;
+    const XMLCh* Get() const { return text_; }
+
+private:
+    std::array<XMLCh, 64> short_;
+    std::basic_string<XMLCh> long_;
+    const XMLCh* text_;
+};
+
+// 16-bit text of a number as narrow text; a character beyond ASCII becomes one that no number has.
+class NarrowNumber {
+public:
+    explicit NarrowNumber(const XMLCh* text)
+    {
+        size_t length = 0;
+        for (; text != nullptr && text[length] != 0; ++length) {
+            const XMLCh c = text[length];
+            const char narrow = c < 0x80 ? static_cast<char>(c) : '?';
+            if (length < short_.size()) short_[length] = narrow;
+            else if (length == short_.size()) long_.assign(short_.data(), length) += narrow;
+            else long_ += narrow;
+        }
+        view_ = length <= short_.size() ? std::string_view(short_.data(), length) : long_;
+    }
+    NarrowNumber(const NarrowNumber&) = delete;
+    NarrowNumber& operator=(const NarrowNumber&) = delete;
+    std::string_view Get() const { return view_; }
+
+private:
+    std::array<char, 48> short_;
+    std::string long_;
+    std::string_view view_;
+};
+
+template <class Number>
+Number Verified(NumberText outcome, Number number, int notOne, const std::string& text)
+{
+    if (outcome == NumberText::NotANumber) Refuse(notOne, text.c_str());
+    if (outcome == NumberText::TooLarge) Refuse(kNumberTooLarge, text.c_str());
+    return number;
+}
+
+double VerifiedDouble(std::string_view narrow)
+{
+    double number = 0.0;
+    const NumberText outcome = ReadNumber(narrow, number);
+    if (outcome == NumberText::Number) return number;
+    return Verified(outcome, number, kNotANumber, std::string(narrow));
+}
+
+int VerifiedInt(std::string_view narrow)
+{
+    int number = 0;
+    const NumberText outcome = ReadInteger(narrow, number);
+    if (outcome == NumberText::Number) return number;
+    return Verified(outcome, number, kNotAnInteger, std::string(narrow));
+}
+
+[[noreturn]] void RefuseCall() { Refuse(kCallNotAvailable, "ParseFromTree"); }
+
+}  // namespace
+
+BaseTranslator::BaseTranslator() = default;
+BaseTranslator::~BaseTranslator() = default;
+
+ScoreModel* BaseTranslator::ParseFromTree(std::istream&, const std::string&) { RefuseCall(); }
+ScoreModel* BaseTranslator::ParseFromTree(const std::string&, const std::string&) { RefuseCall(); }
+ScoreModel* BaseTranslator::ParseFromTree(xercesc::DOMElement*, ScoreDictionary*, ScoreDictionary*,
+                                          const std::string&)
+{
+    RefuseCall();
+}
+ScoreModel* BaseTranslator::ParseFromTree(xercesc::DOMElement*, ScoreModel*, const std::string&)
+{
+    RefuseCall();
+}
+ScoreModel* BaseTranslator::ParseFromTree(std::istream&, const std::string&, const std::string&)
+{
+    RefuseCall();
+}
+ScoreModel* BaseTranslator::ParseFromTree(xercesc::DOMDocument*, ScoreDictionary*,
+                                          const std::string&)
+{
+    RefuseCall();
+}
+
+const XMLCh* BaseTranslator::GetAttribute(const xercesc::DOMElement* element,
+                                          const std::string& name) const
+{
+    NoteElement(element);
+    const xercesc::DOMAttr* attribute = element->getAttributeNode(XmlName(name).Get());
+    return attribute == nullptr ? nullptr : attribute->getValue();
+}
+
+const XMLCh* BaseTranslator::GetAttributeForced(const xercesc::DOMElement* element,
+                                                const std::string& name) const
+{
+    const XMLCh* text = GetAttribute(element, name);
+    if (text == nullptr) Refuse(kAbsent, name.c_str(), ToString(element->getTagName()).c_str());
+    return text;
+}
+
+xercesc::DOMElement* BaseTranslator::GetChildByTag(const xercesc::DOMNode* node,
+                                                   const std::string& tag) const
+{
+    const XmlName name(tag);
+    for (auto* child = GetFirstChildElt(node); child; child = child->getNextElementSibling()) {
+        if (xercesc::XMLString::equals(child->getTagName(), name.Get())) return child;
+    }
+    return nullptr;
+}
+
+xercesc::DOMElement* BaseTranslator::GetChildByTagForced(const xercesc::DOMNode* node,
+                                                         const std::string& tag) const
+{
+    auto* child = GetChildByTag(node, tag);
+    if (child == nullptr) {
+        if (node->getNodeType() == xercesc::DOMNode::ELEMENT_NODE) {
+            NoteElement(static_cast<const xercesc::DOMElement*>(node));
+        }
+        Refuse(kAbsent, tag.c_str(), ToString(node->getNodeName()).c_str());
+    }
+    return child;
+}
+
+xercesc::DOMNodeList* BaseTranslator::GetElementsByTagName(const xercesc::DOMElement* element,
+                                                           const std::string& tag) const
+{
+    return element->getElementsByTagName(XmlName(tag).Get());
+}
+
+xercesc::DOMElement* BaseTranslator::GetFirstChildElt(const xercesc::DOMNode* node) const
+{
+    if (node->getNodeType() == xercesc::DOMNode::ELEMENT_NODE) {
+        return static_cast<const xercesc::DOMElement*>(node)->getFirstElementChild();
+    }
+    auto* child = node->getFirstChild();
+    while (child != nullptr && child->getNodeType() != xercesc::DOMNode::ELEMENT_NODE) {
+        child = child->getNextSibling();
+    }
+    return static_cast<xercesc::DOMElement*>(child);
+}
+
+xercesc::DOMElement* BaseTranslator::GetNextSiblingElt(const xercesc::DOMNode* node) const
+{
+    auto* next = node->getNextSibling();
+    while (next != nullptr && next->getNodeType() != xercesc::DOMNode::ELEMENT_NODE) {
+        next = next->getNextSibling();
+    }
+    return static_cast<xercesc::DOMElement*>(next);
+}
+
+bool BaseTranslator::IsEqual(const XMLCh* text, const std::string& tag) const
+{
+    return text != nullptr && xercesc::XMLString::equals(text, XmlName(tag).Get());
+}
+
+std::string BaseTranslator::ToString(const XMLCh* text) const { return Utf8FromXml(text); }
+std::string BaseTranslator::ToString(int number) const { return std::to_string(number); }
+
+double BaseTranslator::VerifyDouble(const XMLCh* text) const
+{
+    return VerifiedDouble(NarrowNumber(text).Get());
+}
+double BaseTranslator::VerifyDouble(const std::string& text) const { return VerifiedDouble(text); }
+int BaseTranslator::VerifyInt(const XMLCh* text) const
+{
+    return VerifiedInt(NarrowNumber(text).Get());
+}
+int BaseTranslator::VerifyInt(const std::string& text) const { return VerifiedInt(text); }
+
+ScoreValue* BaseTranslator::CarefullyMakeVarValue(const ScoreDictVar* var, const XMLCh* text) const
+{
+    return CarefullyMakeVarValue(var, Transcode(text));
+}
+
+ScoreValue* BaseTranslator::CarefullyMakeVarValue(const ScoreDictVar* var,
+                                                  const std::string& text) const
+{
+    if (var == nullptr || text.empty()) return nullptr;
+    double number = 0.0;
+    switch (var->GetValueType()) {
+        case ScoreDictVar::NUMERIC:
+            if (ReadNumber(text, number) != NumberText::Number) return nullptr;
+            return new NumericValue(number);
+        case ScoreDictVar::DATETIME:
+            if (!ReadDateTime(text, var->GetDateTimeType(), number)) return nullptr;
+            return new DateTimeValue(number);
+        default: return var->MakeValue(text);
+    }
+}
+
+void BaseTranslator::CreateTranscoder(const std::string& encoding)
+{
+    transcoder_ = std::make_unique<VelTranscoder>(encoding);
+}
+
+std::string BaseTranslator::Transcode(const XMLCh* text) const
+{
+    return transcoder_ ? transcoder_->transcodeTo(text) : Utf8FromXml(text);
+}
+
+}  // namespace MCVelscore_850

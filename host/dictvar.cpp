@@ -1,0 +1,265 @@
+#include "host/dictvar.h"
+
+#include <cmath>
+#include <optional>
+
+#include "host/catencoder.h"
+#include "host/datetimetext.h"
+#include "host/datetimevalue.h"
+#include "host/numericvalue.h"
+#include "host/stringvalue.h"
+#include "host/varstats.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+// The spellings of the two truth values.
+constexpr std::string_view kTrueWords[] = {"true", "TRUE", "T", "1"};
+constexpr std::string_view kFalseWords[] = {"false", "FALSE", "F", "0"};
+
+std::optional<bool> TruthOf(std::string_view text)
+{
+    for (const std::string_view word : kTrueWords) {
+        if (text == word) return true;
+    }
+    for (const std::string_view word : kFalseWords) {
+        if (text == word) return false;
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+// The encoder looks at the variable's categories, so it is live.
+class DictVar::Encoder final : public CatEncoder {
+public:
+    explicit Encoder(const DictVar& var) : var_(var) {}
+
+    int EncodeValue(const ScoreValue* value) const override
+    {
+        if (var_.IsMissing(value)) return -1;
+        const int position = var_.FindCategory(*value);
+        if (position >= 0 || !var_.AcceptsUnlisted() || !var_.IsValid(value)) return position;
+        return static_cast<int>(var_.categories_.values.size());
+    }
+
+    int EncodeString(const std::string& text) const override
+    {
+        const std::unique_ptr<ScoreValue> value(var_.MakeValue(text));
+        return EncodeValue(value.get());
+    }
+
+private:
+    const DictVar& var_;
+};
+
+DictVar::Listing::Listing(const Listing& other)
+{
+    for (const auto& value : other.values) Add(std::unique_ptr<ScoreValue>(value->Clone()));
+}
+
+int DictVar::Listing::Find(const ScoreValue& value) const
+{
+    if (value.GetValueType() == ScoreValue::STRING) {
+        const auto found = byText.find(static_cast<const StringValue&>(value).Text());
+        return found == byText.end() ? -1 : found->second;
+    }
+    const auto found = byNumber.find(value.GetDouble());
+    return found == byNumber.end() ? -1 : found->second;
+}
+
+bool DictVar::Listing::Add(std::unique_ptr<ScoreValue> value)
+{
+    if (Find(*value) >= 0) return false;
+    const int position = static_cast<int>(values.size());
+    if (value->GetValueType() == ScoreValue::STRING) {
+        byText.emplace(static_cast<const StringValue&>(*value).Text(), position);
+    } else {
+        byNumber.emplace(value->GetDouble(), position);
+    }
+    values.push_back(std::move(value));
+    return true;
+}
+
+DictVar::DictVar(DictVarType type) : type_(std::move(type)) {}
+
+DictVar::DictVar(const DictVar& other)
+    : ScoreDictVar(other),
+      type_(other.type_),
+      categories_(other.categories_),
+      missing_(other.missing_),
+      invalid_(other.invalid_),
+      intervals_(other.intervals_),
+      stats_(other.stats_ ? std::make_unique<VarStats>(*other.stats_) : nullptr),
+      outlierTreatment_(other.outlierTreatment_),
+      declared_(other.declared_),
+      acceptsUnlisted_(other.acceptsUnlisted_),
+      dictIndex_(other.dictIndex_)
+{
+    for (const auto& value : categories_.values) valueSet_.Append(value.get());
+    if (other.encoder_) SetUpCatEncoder();
+}
+
+DictVar::~DictVar() = default;
+
+ScoreDictVar* DictVar::Clone() const { return new DictVar(*this); }
+
+void DictVar::SetVarStats(VarStats* stats) { stats_.reset(stats); }
+
+bool DictVar::HasOwnKind(const ScoreValue& value) const
+{
+    const int kind = value.GetValueType();
+    switch (type_.valueType) {
+        case NUMERIC: return kind == ScoreValue::NUMERIC;
+        case STRING: return kind == ScoreValue::STRING;
+        case DATETIME: return kind == ScoreValue::DATETIME;
+    }
+    return false;
+}
+
+bool DictVar::IsMissingNumber(double number) const
+{
+    if (NumericValue::IsSystemMissingValue(number)) return true;
+    if (outlierTreatment_ != AS_MISSING || !stats_) return false;
+    const double low = stats_->GetMinimum();
+    const double high = stats_->GetMaximum();
+    return (!NumericValue::IsSystemMissingValue(low) && number < low) ||
+           (!NumericValue::IsSystemMissingValue(high) && number > high);
+}
+
+bool DictVar::IsMissing(const ScoreValue* value) const
+{
+    if (value == nullptr) return true;
+    if (value->GetValueType() == ScoreValue::STRING) {
+        if (static_cast<const StringValue*>(value)->IsMissingText()) return true;
+    } else if (IsMissingNumber(value->GetDouble())) {
+        return true;
+    }
+    return !missing_.values.empty() && missing_.Find(*value) >= 0;
+}
+
+bool DictVar::IsValidNumber(double number) const
+{
+    if (!std::isfinite(number) || NumericValue::IsSystemMissingValue(number)) return false;
+    if (intervals_.empty()) return categories_.values.empty() || type_.level != CONTINUOUS;
+    for (const Interval& i : intervals_) {
+        const bool aboveLow = i.lowClosed ? number >= i.low : number > i.low;
+        const bool belowHigh = i.highClosed ? number <= i.high : number < i.high;
+        if (aboveLow && belowHigh) return true;
+    }
+    return false;
+}
+
+bool DictVar::IsValid(const ScoreValue* value) const
+{
+    if (value == nullptr || !HasOwnKind(*value)) return false;
+    const bool text = type_.valueType == STRING;
+    if (text && static_cast<const StringValue*>(value)->IsMissingText()) return false;
+    if (!missing_.values.empty() && missing_.Find(*value) >= 0) return false;
+    if (!invalid_.values.empty() && invalid_.Find(*value) >= 0) return false;
+    const bool listed = !categories_.values.empty() && categories_.Find(*value) >= 0;
+    if (type_.level == CONTINUOUS) {
+        // Listed values of a continuous variable are valid beside its intervals.
+        return listed || text || IsValidNumber(value->GetDouble());
+    }
+    if (listed) return true;
+    if (!text && !IsValidNumber(value->GetDouble())) return false;
+    return categories_.values.empty() || acceptsUnlisted_;
+}
+
+bool DictVar::Accepts(const ScoreValue* value) const
+{
+    // The plain continuous number, which nearly every value is, takes the short way.
+    if (value != nullptr && type_.level == CONTINUOUS && type_.valueType == NUMERIC &&
+        value->GetValueType() == ScoreValue::NUMERIC && missing_.values.empty() &&
+        invalid_.values.empty() && categories_.values.empty()) {
+        const double number = static_cast<const NumericValue*>(value)->GetDouble();
+        return IsValidNumber(number) && !IsMissingNumber(number);
+    }
+    return !DictVar::IsMissing(value) && DictVar::IsValid(value);
+}
+
+const ValueSet* DictVar::GetValueSet() const
+{
+    if (type_.level == CONTINUOUS || HasOpenCategories()) return nullptr;
+    return &valueSet_;
+}
+
+bool DictVar::HasOpenCategories() const
+{
+    return type_.level != CONTINUOUS && !declared_ && categories_.values.empty();
+}
+
+int DictVar::GetNumCategories() const
+{
+    return type_.level == CONTINUOUS ? 0 : static_cast<int>(categories_.values.size());
+}
+
+ScoreValue* DictVar::MakeValue(const std::string& text) const
+{
+    switch (type_.valueType) {
+        case STRING: return new StringValue(std::string(Spelling(text)));
+        case DATETIME: {
+            double number = NumericValue::GetSysmisValue();
+            ReadDateTime(text, type_.dateTimeType, number);
+            return new DateTimeValue(number);
+        }
+        case NUMERIC: break;
+    }
+    return new NumericValue(text);
+}
+
+void DictVar::AddCategory(ScoreValue* value, const std::string&)
+{
+    std::unique_ptr<ScoreValue> category(value);
+    if (type_.level == CONTINUOUS || value == nullptr || !HasOwnKind(*value)) return;
+    if (IsMissing(value) || invalid_.Find(*value) >= 0) return;
+    if (categories_.Add(std::move(category))) valueSet_.Append(value);
+}
+
+void DictVar::DeclareValue(std::unique_ptr<ScoreValue> value, const std::string& text,
+                           Property property)
+{
+    declared_ = true;
+    switch (property) {
+        case Property::Missing: missing_.Add(std::move(value)); return;
+        case Property::Invalid: invalid_.Add(std::move(value)); return;
+        case Property::Valid: break;
+    }
+    if (type_.level == CONTINUOUS) {
+        categories_.Add(std::move(value));
+    } else {
+        AddCategory(value.release(), text);
+    }
+}
+
+void DictVar::SetUpCatEncoder()
+{
+    if (type_.level != CONTINUOUS && !encoder_) encoder_ = std::make_unique<Encoder>(*this);
+}
+
+int DictVar::FindCategory(const ScoreValue& value) const
+{
+    return HasOwnKind(value) ? categories_.Find(value) : -1;
+}
+
+int DictVar::FindCategoryText(std::string_view text) const
+{
+    const auto found = categories_.byText.find(text);
+    return found == categories_.byText.end() ? -1 : found->second;
+}
+
+std::string_view DictVar::Spelling(std::string_view text) const
+{
+    if (!type_.boolean) return text;
+    const std::optional<bool> truth = TruthOf(text);
+    if (!truth) return text;
+    for (const auto& value : categories_.values) {
+        const std::string& declared = static_cast<const StringValue&>(*value).Text();
+        if (TruthOf(declared) == truth) return declared;
+    }
+    return text;
+}
+
+}  // namespace MCVelscore_850

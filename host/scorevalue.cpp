@@ -1,0 +1,7 @@
+#include "host/scorevalue.h"
+
+namespace MCVelscore_850 {
+
+ScoreValue::~ScoreValue() = default;
+
+}  // namespace MCVelscore_850

@@ -1,0 +1,29 @@
+#include "host/transformationdictionary.h"
+
+#include "host/transformvar.h"
+
+namespace MCVelscore_850 {
+
+TransformationDictionary::TransformationDictionary() = default;
+TransformationDictionary::~TransformationDictionary() = default;
+
+void TransformationDictionary::SetUpDerivedCaseRecord()
+{
+    std::vector<std::string> names;
+    for (const ScoreDictVar* var : GetVars()) names.push_back(var->GetName());
+    derived_ = std::make_unique<CaseRecord>(std::move(names), false);
+}
+
+const ScoreCaseRecord* TransformationDictionary::GetValuesForDerivedVars(
+    const ScoreCaseRecord* record, const ScoreDictionary* dictionary) const
+{
+    if (!derived_) return nullptr;
+    int position = 0;
+    for (const ScoreDictVar* var : GetVars()) {
+        const auto* derived = static_cast<const TransformVar*>(var);
+        derived_->Point(position++, derived->GetTransformedValue(record, dictionary, this));
+    }
+    return derived_.get();
+}
+
+}  // namespace MCVelscore_850

@@ -1,0 +1,89 @@
+#include "host/transformvar.h"
+
+#include <algorithm>
+
+#include "host/datetimevalue.h"
+#include "host/expression.h"
+#include "host/numbertext.h"
+#include "host/numericvalue.h"
+#include "host/stringvalue.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+std::unique_ptr<ScoreValue> MakeMissing(int valueType)
+{
+    switch (valueType) {
+        case ScoreDictVar::STRING: {
+            auto value = std::make_unique<StringValue>("");
+            value->SetMissing();
+            return value;
+        }
+        case ScoreDictVar::DATETIME:
+            return std::make_unique<DateTimeValue>(NumericValue::GetSysmisValue());
+        default: return std::make_unique<NumericValue>(NumericValue::GetSysmisValue());
+    }
+}
+
+double NumberOf(const ExpressionValue& value)
+{
+    double number = NumericValue::GetSysmisValue();
+    if (value.kind == ExpressionValue::Number) return value.number;
+    if (value.kind == ExpressionValue::Text) ReadNumber(value.text, number);
+    return number;
+}
+
+}  // namespace
+
+TransformVar::TransformVar(DictVarType type, std::shared_ptr<const Expression> expression)
+    : DictVar(std::move(type)),
+      expression_(std::move(expression)),
+      value_(MakeMissing(GetValueType()))
+{
+    expression_->CollectInputs(inputs_);
+    std::sort(inputs_.begin(), inputs_.end());
+    inputs_.erase(std::unique(inputs_.begin(), inputs_.end()), inputs_.end());
+}
+
+TransformVar::TransformVar(const TransformVar& other)
+    : DictVar(other),
+      expression_(other.expression_),
+      inputs_(other.inputs_),
+      value_(MakeMissing(GetValueType()))
+{
+}
+
+TransformVar::~TransformVar() = default;
+
+ScoreDictVar* TransformVar::Clone() const { return new TransformVar(*this); }
+
+ScoreValue* TransformVar::GetTransformedValue(const ScoreCaseRecord* record,
+                                              const ScoreDictionary* dictionary,
+                                              const ScoreDictionary* transformations) const
+{
+    ExpressionValue outcome;
+    expression_->Evaluate({record, dictionary, transformations}, outcome);
+    switch (value_->GetValueType()) {
+        case ScoreValue::STRING: {
+            auto& value = static_cast<StringValue&>(*value_);
+            if (outcome.kind == ExpressionValue::Missing) {
+                value.SetMissing();
+            } else if (outcome.kind == ExpressionValue::Text) {
+                value.Assign(Spelling(outcome.text));
+            } else {
+                outcome.text.clear();
+                AppendNumber(outcome.number, outcome.text);
+                value.Assign(Spelling(outcome.text));
+            }
+            break;
+        }
+        case ScoreValue::DATETIME:
+            static_cast<DateTimeValue&>(*value_).SetNumber(NumberOf(outcome));
+            break;
+        default: static_cast<NumericValue&>(*value_).SetDoubleValue(NumberOf(outcome)); break;
+    }
+    return value_.get();
+}
+
+}  // namespace MCVelscore_850
