@@ -9,9 +9,7 @@ namespace MCVelscore_850 {
 
 /// The result of a model that predicts a category: the category and each category's probability.
 ///
-/// Owner  the prediction and the values of the percents.
-/// Copies A copy needs a prediction in the original. An assignment leaves the values of the old
-///        entries to whoever holds pointers to them.
+/// Owner  the prediction and the values of the percents; a copy has values of its own.
 class MLRResult : public ScoreClsResult {
 public:
     explicit MLRResult(const ScoreDictVar* target) : target_(target) {}

@@ -1,0 +1,147 @@
+#include "models/caseroad.h"
+
+#include "host/scoringlog.h"
+#include "host/stringvalue.h"
+#include "host/varstats.h"
+
+namespace MCVelscore_850 {
+
+using MCScore::MCStatus;
+
+bool CaseWalk::Start()
+{
+    if (record_ == nullptr) {
+        status_ = MCStatus(MCScore::kCaseNotScorable, false);
+        if (road_.tracesNullRecord) {
+            ScoringLog::GetInstance()->TraceText(1, "MCStatus error code is :%ld",
+                                                 status_.GetErrorCode());
+        }
+        return false;
+    }
+    indexed_ = record_->HasIndexedAccess();
+    if (!model_.dictVarIndexSet && indexed_) model_.SetUpDictVarIndex(record_, derivedInRecord_);
+    return true;
+}
+
+void CaseWalk::FetchDerived()
+{
+    if (road_.fetchesDerivedRecord && model_.needDerivedPredictor &&
+        model_.transformationDictionary != nullptr && !derivedInRecord_) {
+        derivedRecord_ = model_.transformationDictionary->GetValuesForDerivedVars(
+            record_, model_.dictionary);
+    }
+}
+
+ScoreValue* CaseWalk::FindIn(const ScoreCaseRecord& record, const ScoreDictVar* var) const
+{
+    ScoreValue* value = nullptr;
+    if (record.HasIndexedAccess()) value = record.GetValue(var->GetDictIndex());
+    return value != nullptr ? value : record.GetValue(var->GetName());
+}
+
+ScoreValue* CaseWalk::FindValue(const ScoreDictVar* var) const
+{
+    ScoreValue* value = nullptr;
+    if (derivedInRecord_ || !var->IsDerived()) value = FindIn(*record_, var);
+    if (value == nullptr && derivedRecord_ != nullptr) value = FindIn(*derivedRecord_, var);
+    return value;
+}
+
+void CaseWalk::GatherValues(size_t count)
+{
+    for (size_t i = 0; i < count; ++i) {
+        const ScoreDictVar* var = model_.predictorVars[i];
+        ScoreValue* value = FindValue(var);
+        model_.caseValueRefs[i] = value;
+        if (!model_.scoreCaseValidationCheck || var->Accepts(value)) continue;
+        if (model_.missingValuePolicy == ScoreModel::MV_SUBSTITUTE &&
+            SubstituteValue(i, var, value)) {
+            continue;
+        }
+        FailCase(i);
+    }
+}
+
+bool CaseWalk::HasEveryValue(size_t count)
+{
+    for (size_t i = 0; i < count; ++i) {
+        if (model_.caseValueRefs[i] != nullptr) continue;
+        status_ = MCStatus(MCScore::kCaseNotScorable, false);
+        return false;
+    }
+    return true;
+}
+
+bool CaseWalk::SubstituteValue(size_t predictor, const ScoreDictVar* var, ScoreValue* value)
+{
+    if (predictor >= model_.predictorRoles.size() ||
+        model_.predictorRoles[predictor] != ScoreModel::ROLE_COVARIATE) {
+        return false;
+    }
+    const VarStats* stats = var->GetVarStats();
+    if (stats == nullptr) return false;
+    const ScoreValue* replacement = stats->GetMissingReplacement();
+    const double number = replacement != nullptr ? replacement->GetDouble() : stats->GetMean();
+    if (NumericValue::IsSystemMissingValue(number)) return false;
+    if (value != nullptr && value->GetValueType() == ScoreValue::NUMERIC) {
+        // The record's own object is overwritten, on purpose: the caller sees what was scored.
+        static_cast<NumericValue*>(value)->SetDoubleValue(number);
+    } else {
+        // No number to overwrite: the model's own stands in.
+        model_.caseSubstitutes[predictor].SetDoubleValue(number);
+        model_.caseValueRefs[predictor] = &model_.caseSubstitutes[predictor];
+    }
+    return true;
+}
+
+void CaseWalk::FailCase(size_t predictor)
+{
+    switch (model_.missingValuePolicy) {
+        case ScoreModel::MV_SUBSTITUTE:
+        case ScoreModel::MV_SYSMIS_RESULT: WriteMissingPrediction(); break;
+        case ScoreModel::MV_STATUS_ONLY:
+            if (!road_.failsUnderStatusOnly) return;
+            break;
+        default: return;  // any other policy lets the value stand
+    }
+    status_ = MCStatus(MCScore::kCaseNotScorable, false);
+    // The walk goes on after a bad value, so the last one is the one that is named.
+    if (road_.namesBadPredictor) status_.SetDiscreteDatum(0, static_cast<long>(predictor));
+}
+
+void CaseWalk::WritePrediction(double value)
+{
+    ScoreValue* prediction = fresh_ ? nullptr : result_->GetPrediction();
+    if (prediction != nullptr && prediction->GetValueType() == ScoreValue::NUMERIC) {
+        static_cast<NumericValue*>(prediction)->SetDoubleValue(value);
+    } else {
+        result_->SetPrediction(new NumericValue(value));
+    }
+}
+
+void CaseWalk::WriteMissingPrediction()
+{
+    constexpr double kMissing = NumericValue::GetSysmisValue();
+    switch (road_.missingPrediction) {
+        case MissingPrediction::FreshNumber:
+            result_->SetPrediction(new NumericValue(kMissing));
+            return;
+        case MissingPrediction::Number: WritePrediction(kMissing); return;
+        case MissingPrediction::TargetTyped: break;
+    }
+    ScoreValue* prediction = fresh_ ? nullptr : result_->GetPrediction();
+    if (prediction != nullptr) {
+        if (prediction->GetValueType() == ScoreValue::NUMERIC) {
+            static_cast<NumericValue*>(prediction)->SetDoubleValue(kMissing);
+        } else if (prediction->GetValueType() == ScoreValue::STRING) {
+            static_cast<StringValue*>(prediction)->SetString("NULL");
+        }
+    } else if (model_.targetVar != nullptr &&
+               model_.targetVar->GetValueType() == ScoreDictVar::NUMERIC) {
+        result_->SetPrediction(new NumericValue(kMissing));
+    } else {
+        result_->SetPrediction(new StringValue(""));
+    }
+}
+
+}  // namespace MCVelscore_850

@@ -1,0 +1,172 @@
+#ifndef VELSCORE_MODELS_CASEROAD_H
+#define VELSCORE_MODELS_CASEROAD_H
+
+#include "host/catencoder.h"
+#include "host/datetimevalue.h"
+#include "host/mcstatus.h"
+#include "host/scorecaserecord.h"
+#include "host/scoredictvar.h"
+#include "host/scoreresult.h"
+#include "models/regressionmodel.h"
+
+namespace MCVelscore_850 {
+
+/// How a family writes the prediction of a case that has none.
+enum class MissingPrediction {
+    /// A new number, also into a reused result.
+    FreshNumber,
+    /// A number; a reused result keeps its object.
+    Number,
+    /// By the target's type: a number, or for a text "" in a fresh result and "NULL" in a reused
+    /// one. The difference is on purpose.
+    TargetTyped
+};
+
+/// What a family does its own way on the road of a case. Everything else is one piece of code,
+/// CaseWalk, so a family is a row of these, its walk's order, and its own computation.
+struct CaseRoad {
+    const char* family;
+    /// A null record leaves a line in the trace.
+    bool tracesNullRecord;
+    /// The derived values come as a record of their own, before the predictors are gathered.
+    bool fetchesDerivedRecord;
+    /// Under MV_STATUS_ONLY a bad value fails the case.
+    bool failsUnderStatusOnly;
+    /// The status carries the index of the last bad predictor.
+    bool namesBadPredictor;
+    MissingPrediction missingPrediction;
+};
+
+/// One case on its way through a model. The steps, in the order in which GetScore takes them:
+///
+///     1  Start             case check; then index binding (2)
+///     3  PrepareResult     make or reuse the result
+///     4  FetchDerived      the record of derived values
+///     5  GatherValues      for each predictor: find its value, validate it (6), and decide what
+///        or GatherNumbers  a bad one means (7)
+///     8  the family leaves when Status() isn't OK
+///     9  its design values, 10 its result: WritePrediction and the rest
+///
+/// The value family keeps pointers to the case's values, in the model's caseValueRefs; the number
+/// family turns each value at once into a number, in caseValues.
+class CaseWalk {
+public:
+    CaseWalk(RegressionModel& model, const CaseRoad& road, const ScoreCaseRecord* record,
+             bool derivedInRecord)
+        : model_(model), road_(road), record_(record), derivedInRecord_(derivedInRecord)
+    {
+    }
+
+    /// False for a null record, whose status is then set; nothing else of the call runs.
+    bool Start();
+
+    /// Keeps `result` when it has the wanted type, else releases it and makes a new one.
+    template <class Result>
+    Result& PrepareResult(ScoreResult*& result, int type)
+    {
+        if (result == nullptr || result->GetScoreResultType() != type) {
+            delete result;
+            result = nullptr;
+            result = new Result(model_.targetVar);
+            fresh_ = true;
+        }
+        result_ = result;
+        return static_cast<Result&>(*result);
+    }
+
+    void FetchDerived();
+
+    /// Steps 5 to 7 of the value family, for the first `count` of the model's predictorVars.
+    void GatherValues(size_t count);
+
+    /// Steps 5 to 7 of the number family. `find(i, var)` answers the value of predictor i or null:
+    /// FindValue unless the family looks for it its own way.
+    template <class Find>
+    void GatherNumbers(Find find);
+
+    /// Step 5: the value of a variable, from the record by position, else by name; then from the
+    /// derived record in the same two ways.
+    ScoreValue* FindValue(const ScoreDictVar* var) const;
+
+    /// A value that is absent although validation is off leaves nothing to compute with: the case
+    /// then fails like a null record. True when the first `count` values are all there.
+    bool HasEveryValue(size_t count);
+
+    bool IsFresh() const { return fresh_; }
+    const MCScore::MCStatus& Status() const { return status_; }
+    bool DerivedInRecord() const { return derivedInRecord_; }
+
+    /// Step 10: the prediction as a number. A result that has no prediction yet is filled as a
+    /// fresh one.
+    void WritePrediction(double value);
+    /// The prediction of a case that has none, in the family's way.
+    void WriteMissingPrediction();
+
+private:
+    ScoreValue* FindIn(const ScoreCaseRecord& record, const ScoreDictVar* var) const;
+    bool SubstituteValue(size_t predictor, const ScoreDictVar* var, ScoreValue* value);
+    /// Step 7 for a value that isn't substituted.
+    void FailCase(size_t predictor);
+
+    RegressionModel& model_;
+    const CaseRoad& road_;
+    const ScoreCaseRecord* record_;
+    bool derivedInRecord_;
+    bool indexed_ = false;
+    bool fresh_ = false;
+    const ScoreCaseRecord* derivedRecord_ = nullptr;
+    ScoreResult* result_ = nullptr;
+    MCScore::MCStatus status_;
+};
+
+/// The number of a case's value: a date or time from its variable's own origin, any other as it
+/// is. Texts are not read here.
+inline double NumericReading(const ScoreValue& value, const ScoreDictVar& var)
+{
+    return value.GetValueType() == ScoreValue::DATETIME
+               ? static_cast<const DateTimeValue&>(value).GetDoubleValue(var.GetDateTimeType())
+               : value.GetDouble();
+}
+
+template <class Find>
+void CaseWalk::GatherNumbers(Find find)
+{
+    for (size_t i = 0; i < model_.predictorVars.size(); ++i) {
+        const ScoreDictVar* var = model_.predictorVars[i];
+        const ScoreValue* value = find(i, var);
+        double& number = model_.caseValues[i];
+        bool bad = value == nullptr;
+        bool judged = false;
+        if (value != nullptr) {
+            switch (value->GetValueType()) {
+                case ScoreValue::NUMERIC:
+                    number = static_cast<const NumericValue*>(value)->GetDouble();
+                    break;
+                case ScoreValue::DATETIME: number = NumericReading(*value, *var); break;
+                case ScoreValue::STRING: {
+                    const CatEncoder* encoder = var->GetCatEncoder();
+                    const int position = encoder == nullptr ? -1 : encoder->EncodeValue(value);
+                    number = position;
+                    bad = position == -1;
+                    judged = true;  // a text is judged by its position alone
+                    break;
+                }
+                default: break;  // a value of another kind leaves the number as it was
+            }
+        }
+        if (!model_.scoreCaseValidationCheck) continue;
+        if (!bad && !judged) bad = !var->Accepts(value);
+        if (!bad) continue;
+        if (model_.missingValuePolicy == ScoreModel::MV_SUBSTITUTE &&
+            !model_.predictorSubstitutes.empty() &&
+            !NumericValue::IsSystemMissingValue(model_.predictorSubstitutes[i])) {
+            number = model_.predictorSubstitutes[i];
+            continue;
+        }
+        FailCase(i);
+    }
+}
+
+}  // namespace MCVelscore_850
+
+#endif

@@ -1,0 +1,187 @@
+#include "models/glrmodel.h"
+
+#include <algorithm>
+#include <cmath>
+#include <ostream>
+
+#include "host/transformvar.h"
+#include "models/caseroad.h"
+#include "models/lrresult.h"
+#include "models/studentquantile.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+constexpr CaseRoad kRoad{
+    .family = "general linear model",
+    .tracesNullRecord = true,
+    .fetchesDerivedRecord = false,  // derived predictors are asked for one at a time
+    .failsUnderStatusOnly = true,
+    .namesBadPredictor = false,
+    .missingPrediction = MissingPrediction::Number,
+};
+
+// d times x to the power of the next whole number at or above the exponent, by multiplication: 2
+// gives x x, 2.5 gives x x x, 0.5 gives x. This family has no pow, on purpose. An exponent that
+// no model has takes pow all the same, so that the loop ends.
+double MultiplyByPower(double d, double x, double exponent)
+{
+    constexpr double kMostMultiplications = 100000.0;
+    if (exponent > kMostMultiplications) return d * std::pow(x, std::ceil(exponent));
+    double count = 0.0;
+    do {
+        d *= x;
+        count += 1.0;
+    } while (exponent > count);
+    return d;
+}
+
+}  // namespace
+
+GLRModel::GLRModel() : dummyCategory("GLRdummy") {}
+GLRModel::~GLRModel() = default;
+
+double GLRModel::t05(double df) { return StudentQuantile95(df); }
+
+bool GLRModel::IsLinearSVM() const { return algorithmName == "linearSVM"; }
+
+bool GLRModel::Setup()
+{
+    categoryMap.emplace(dummyCategory, 0);
+    if (!ResolvePredictors()) return false;
+    paramTable = std::make_unique<ParamTable>(this);
+    ppcMatrix = std::make_unique<PPCMatrix>(this);
+    numParameters = static_cast<int>(parameterMap.size());
+    numPredictors = static_cast<int>(predictorMap.size());
+    SizeNumericPPMatrix();
+    return true;
+}
+
+MCScore::MCStatus GLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
+                                     bool derivedInRecord)
+{
+    CaseWalk walk(*this, kRoad, record, derivedInRecord);
+    if (!walk.Start()) return walk.Status();
+    LRResult& answer = walk.PrepareResult<LRResult>(result, ScoreResult::LR_RESULT);
+
+    std::fill(designRow.begin(), designRow.end(), 0.0);
+    std::fill(caseValues.begin(), caseValues.end(), 0.0);
+    const std::vector<ScoreValue*>* values = record->GetValues();
+    const bool indexed = record->HasIndexedAccess() && values != nullptr;
+    walk.GatherNumbers([&](size_t i, const ScoreDictVar* var) -> const ScoreValue* {
+        const ScoreValue* value = nullptr;
+        if (derivedInRecord || !var->IsDerived()) {
+            const int position = i < predictorDictIndex.size() ? predictorDictIndex[i] : -1;
+            if (indexed && position >= 0) {
+                // No second try by name when the position holds nothing.
+                const auto p = static_cast<size_t>(position);
+                value = p < values->size() ? (*values)[p] : nullptr;
+            } else {
+                value = record->GetValue(var->GetName());
+            }
+        }
+        if (value == nullptr && var->IsDerived()) {
+            value = static_cast<const TransformVar*>(var)->GetTransformedValue(
+                record, dictionary, transformationDictionary);
+        }
+        return value;
+    });
+    if (!walk.Status().IsOK()) return walk.Status();
+
+    const double lp = LinearPredictor();
+    walk.WritePrediction(lp);
+    if (predictionOnly) return walk.Status();
+
+    const double se = StandardError();
+    answer.SetStdDev(se);
+    answer.SetCIBottom(NumericValue::GetSysmisValue());
+    answer.SetCITop(NumericValue::GetSysmisValue());
+    double halfWidth = 0.0;
+    if (!NumericValue::IsSystemMissingValue(percentileValue) && IsLinearSVM()) {
+        halfWidth = percentileValue;
+    } else {
+        const double t = NumericValue::IsSystemMissingValue(df) ? df : t05(df);
+        if (NumericValue::IsSystemMissingValue(t)) return walk.Status();
+        halfWidth = se * t;
+    }
+    answer.SetCIBottom(lp - halfWidth);
+    answer.SetCITop(lp + halfWidth);
+    return walk.Status();
+}
+
+double GLRModel::LinearPredictor()
+{
+    double lp = 0.0;
+    for (size_t p = 0; p < betas.size(); ++p) {
+        const double b = betas[p];
+        if (b == 0.0) continue;
+        double d = 1.0;
+        bool active = true;
+        const std::vector<double>& cells = numericPPMatrix[p];
+        for (const int predictor : parameterPredictors[p]) {
+            const auto k = static_cast<size_t>(predictor);
+            const double c = cells[k];
+            const double x = caseValues[k];
+            if (predictorRoles[k] == ROLE_FACTOR) {
+                if (!NumericValue::IsEqual(c, x)) active = false;
+            } else if (x == 0.0) {  // exact: the tolerant comparison has no absolute part
+                active = false;
+            } else if (c > 0.0 && x != 1.0) {
+                d = MultiplyByPower(d, x, c);
+            }
+        }
+        if (!active) continue;
+        lp += d * b;
+        designRow[p] = d;
+    }
+    return lp;
+}
+
+double GLRModel::StandardError() const
+{
+    const bool fixed = !NumericValue::IsSystemMissingValue(sigmaValue);
+    if (fixed && IsLinearSVM()) return sigmaValue;
+    // A sigma of any other algorithm says nothing about the error.
+    if (pcovMatrix == nullptr) return 0.0;
+    double s = 0.0;
+    const int n = static_cast<int>(designRow.size());
+    for (int i = 0; i < n; ++i) {
+        const double r = designRow[static_cast<size_t>(i)];
+        if (r == 0.0) continue;
+        for (int j = 0; j < n; ++j) {
+            const double c = pcovMatrix->GetCell(i, j);
+            const double q = designRow[static_cast<size_t>(j)];
+            if (c != 0.0 && q != 0.0) s += (c * r) * q;
+        }
+    }
+    return s < 0.0 ? 0.0 : std::sqrt(s);
+}
+
+void GLRModel::Display(std::ostream& out) const
+{
+    out << "Begin display of GLRModel" << std::endl;
+    RegressionModel::Display(out);
+    out << "End display of GLRModel" << std::endl;
+}
+
+void GLRModel::Describe(ModelDescription& description) const
+{
+    DescribeCommon(description);
+    description.family = kRoad.family;
+    description.className = "GLRModel";
+    description.equations.push_back(DescribeEquation(0));
+    const bool svm = IsLinearSVM();
+    const bool fixedError = svm && !NumericValue::IsSystemMissingValue(sigmaValue);
+    const bool fixedWidth = svm && !NumericValue::IsSystemMissingValue(percentileValue);
+    description.quantities = {
+        {"prediction", "mean of the target"},
+        {"std_dev", fixedError ? "sigma of the document" : "standard error of the mean"},
+        {"ci_lower", fixedWidth ? "prediction minus the percentile of the document"
+                                : "lower 95% confidence limit of the mean (Student's t)"},
+        {"ci_upper", fixedWidth ? "prediction plus the percentile of the document"
+                                : "upper 95% confidence limit of the mean (Student's t)"},
+    };
+}
+
+}  // namespace MCVelscore_850

@@ -1,0 +1,65 @@
+#include "models/mlrresult.h"
+
+#include <memory>
+
+#include "host/scoredictvar.h"
+#include "models/ownedprediction.h"
+
+namespace MCVelscore_850 {
+
+MLRResult::MLRResult(const MLRResult& other)
+    : ScoreClsResult(other),
+      target_(other.target_),
+      prediction_(CloneOf(other.prediction_)),
+      valuePercents_(other.valuePercents_)
+{
+    for (auto& entry : valuePercents_) entry.first = entry.first->Clone();
+}
+
+MLRResult& MLRResult::operator=(const MLRResult& other)
+{
+    if (this == &other) return *this;
+    target_ = other.target_;
+    SetPrediction(CloneOf(other.prediction_));
+    for (auto& entry : valuePercents_) delete entry.first;
+    valuePercents_ = other.valuePercents_;
+    for (auto& entry : valuePercents_) entry.first = entry.first->Clone();
+    return *this;
+}
+
+MLRResult::~MLRResult()
+{
+    delete prediction_;
+    for (auto& entry : valuePercents_) delete entry.first;
+}
+
+void MLRResult::SetPrediction(ScoreValue* value) { ReplaceOwned(prediction_, value); }
+
+bool MLRResult::AddValuePercent(ScoreValue* value, double percent)
+{
+    std::unique_ptr<ScoreValue> owned(value);
+    if (!target_->IsValid(value) || target_->IsMissing(value)) return false;
+    valuePercents_.emplace_back(owned.release(), percent);
+    return true;
+}
+
+double MLRResult::GetPercent(const ScoreValue* value) const
+{
+    for (const auto& entry : valuePercents_) {
+        if (entry.first->Equals(value)) return entry.second;
+    }
+    return -1.0;
+}
+
+bool MLRResult::SetPercent(const std::string& key, double percent)
+{
+    for (auto& entry : valuePercents_) {
+        if (entry.first->GetString() == key) {
+            entry.second = percent;
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace MCVelscore_850

@@ -1,0 +1,53 @@
+#ifndef VELSCORE_MODELS_PPCMATRIX_H
+#define VELSCORE_MODELS_PPCMATRIX_H
+
+#include <iosfwd>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/scorevalue.h"
+
+namespace MCVelscore_850 {
+
+class RegressionModel;
+
+/// How each parameter is built from the predictors: a row per parameter, a column per predictor.
+/// A factor's cell holds the category for which the parameter is active, a covariate's its
+/// exponent; an empty cell means that the parameter doesn't depend on the predictor, and a row of
+/// empty cells is an intercept.
+///
+/// Shapes  from the model's registries at construction.
+/// Owner   of the values; it looks at the model's maps, which outlive it.
+class PPCMatrix {
+public:
+    explicit PPCMatrix(const RegressionModel* model);
+    ~PPCMatrix();
+
+    /// Takes `value` over in both outcomes. False when a name is unknown. The value that the cell
+    /// held is released.
+    bool SetCell(const std::string& parameter, const std::string& predictor, ScoreValue* value);
+    /// Null when a name is unknown or the cell is empty.
+    const ScoreValue* GetCell(const std::string& parameter, const std::string& predictor) const;
+    ScoreValue* GetCell(const std::string& parameter, const std::string& predictor);
+    /// Null out of range or when the cell is empty.
+    const ScoreValue* GetCell(int parameter, int predictor) const
+    {
+        const auto row = static_cast<size_t>(parameter);  // a negative index is out of range too
+        const auto column = static_cast<size_t>(predictor);
+        if (row >= cells.size() || column >= cells[row].size()) return nullptr;
+        return cells[row][column].get();
+    }
+    void Display(std::ostream& out) const;
+
+private:
+    std::vector<std::vector<std::unique_ptr<ScoreValue>>> cells;
+    const RegressionModel* model;
+    const std::map<std::string, int>* parameters;
+    const std::map<std::string, int>* predictors;
+};
+
+}  // namespace MCVelscore_850
+
+#endif

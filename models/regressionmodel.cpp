@@ -1,0 +1,268 @@
+#include "models/regressionmodel.h"
+
+#include "host/scorecaserecord.h"
+#include "host/transformvar.h"
+#include "host/varstats.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+int FindIndex(const RegressionModel::NameMap& map, const std::string& name)
+{
+    const auto found = map.find(name);
+    return found == map.end() ? -1 : found->second;
+}
+
+bool Register(RegressionModel::NameMap& map, const std::string& name)
+{
+    return map.emplace(name, static_cast<int>(map.size())).second;
+}
+
+// As a question, ROLE_PREDICTOR means every predictor-like role; for a derived variable only the
+// two of the factor and covariate lists, on purpose.
+bool AnswersRole(ScoreModel::VarRole wanted, ScoreModel::VarRole role, bool derived)
+{
+    if (role == wanted) return true;
+    if (wanted != ScoreModel::ROLE_PREDICTOR) return false;
+    switch (role) {
+        case ScoreModel::ROLE_FACTOR:
+        case ScoreModel::ROLE_COVARIATE: return true;
+        case ScoreModel::ROLE_TIME:
+        case ScoreModel::ROLE_STRATUM:
+        case ScoreModel::ROLE_SUBJECT:
+        case ScoreModel::ROLE_OFFSET: return !derived;
+        default: return false;
+    }
+}
+
+}  // namespace
+
+RegressionModel::RegressionModel() = default;
+
+RegressionModel::~RegressionModel()
+{
+    paramTable.reset();
+    pcovMatrix.reset();
+    ppcMatrix.reset();
+}
+
+bool RegressionModel::AddParameter(const std::string& name, const std::string& label)
+{
+    if (!Register(parameterMap, name)) return false;
+    paramLabels.push_back(label);
+    return true;
+}
+
+bool RegressionModel::AddPredictor(const std::string& name) { return Register(predictorMap, name); }
+
+int RegressionModel::GetParameterIndex(const std::string& name) const
+{
+    return FindIndex(parameterMap, name);
+}
+
+int RegressionModel::GetPredictorIndex(const std::string& name) const
+{
+    return FindIndex(predictorMap, name);
+}
+
+RegressionModel::NameVector RegressionModel::GetParameterVector() const
+{
+    return {parameterMap.begin(), parameterMap.end()};
+}
+
+RegressionModel::NameVector RegressionModel::GetPredictorVector() const
+{
+    return {predictorMap.begin(), predictorMap.end()};
+}
+
+RegressionModel::NameVector RegressionModel::GetCategoryVector() const
+{
+    return {categoryMap.begin(), categoryMap.end()};
+}
+
+bool RegressionModel::SetTargetVar(const ScoreDictVar* var)
+{
+    if (targetVar != nullptr) SetVarRole(targetVar, ROLE_NONE);
+    targetVar = var;
+    SetVarRole(var, ROLE_TARGET);
+    return true;
+}
+
+bool RegressionModel::SetTargetVar(const std::string& name)
+{
+    const ScoreDictVar* var = dictionary == nullptr ? nullptr : dictionary->GetVar(name);
+    return var != nullptr && SetTargetVar(var);
+}
+
+PCovMatrix* RegressionModel::CreatePCovMatrix()
+{
+    if (!pcovMatrix) pcovMatrix = std::make_unique<PCovMatrix>(this);
+    return pcovMatrix.get();
+}
+
+BaseDictionary* RegressionModel::GetVarsOfRole(VarRole role) const
+{
+    auto vars = std::make_unique<BaseDictionary>();
+    const auto gather = [&](const ScoreDictionary* from, bool derived) {
+        if (from == nullptr) return;
+        for (const ScoreDictVar* var : from->GetVars()) {
+            if (AnswersRole(role, GetVarRole(var), derived)) {
+                vars->AddVar(var->GetName(), var->Clone());
+            }
+        }
+    };
+    gather(dictionary, false);
+    gather(transformationDictionary, true);
+    return vars.release();
+}
+
+bool RegressionModel::ResolvePredictors()
+{
+    predictorVars.assign(predictorMap.size(), nullptr);
+    predictorRoles.assign(predictorMap.size(), -1);
+    for (const auto& [name, index] : predictorMap) {
+        const ScoreDictVar* var = FindVar(name);
+        if (var == nullptr) return false;
+        predictorVars[static_cast<size_t>(index)] = var;
+        predictorRoles[static_cast<size_t>(index)] = GetVarRole(var);
+    }
+    return true;
+}
+
+void RegressionModel::SizeNumericPPMatrix()
+{
+    numericPPMatrix.assign(
+        parameterMap.size(),
+        std::vector<double>(predictorVars.size(), NumericValue::GetSysmisValue()));
+}
+
+double RegressionModel::BetaAt(int category, int parameter) const
+{
+    const ParamTableCell* cell = paramTable ? paramTable->GetCell(category, parameter) : nullptr;
+    return cell == nullptr ? 0.0 : cell->GetBeta();
+}
+
+bool RegressionModel::FinishSetup()
+{
+    numParameters = static_cast<int>(parameterMap.size());
+    numPredictors = static_cast<int>(predictorVars.size());
+    const size_t parameters = parameterMap.size();
+    const size_t predictors = predictorVars.size();
+
+    betas.resize(parameters);
+    for (int i = 0; i < numParameters; ++i) betas[static_cast<size_t>(i)] = BetaAt(0, i);
+    categoryBetas.assign(categoryMap.size(), std::vector<double>(parameters));
+    for (size_t c = 0; c < categoryBetas.size(); ++c) {
+        for (int i = 0; i < numParameters; ++i) {
+            categoryBetas[c][static_cast<size_t>(i)] = BetaAt(static_cast<int>(c), i);
+        }
+    }
+
+    designRow.resize(parameters);
+    caseValueRefs.resize(predictors);
+    caseValues.resize(predictors);
+    caseSubstitutes.assign(predictors, NumericValue(NumericValue::GetSysmisValue()));
+
+    if (predictorRoles.empty()) {
+        for (const ScoreDictVar* var : predictorVars) predictorRoles.push_back(GetVarRole(var));
+    }
+
+    if (missingValuePolicy == MV_SUBSTITUTE) {
+        predictorSubstitutes.assign(predictors, NumericValue::GetSysmisValue());
+        int count = 0;
+        for (size_t i = 0; i < predictors; ++i) {
+            const int role = i < predictorRoles.size() ? predictorRoles[i] : -1;
+            const VarStats* stats =
+                predictorVars[i] == nullptr ? nullptr : predictorVars[i]->GetVarStats();
+            if (role == ROLE_COVARIATE && stats != nullptr &&
+                stats->GetMissingReplacement() != nullptr) {
+                predictorSubstitutes[i] = stats->GetMissingReplacement()->GetDouble();
+                ++count;
+            } else if (role == ROLE_FACTOR && allowMissingFactors) {
+                predictorSubstitutes[i] = NumericValue::GetInfinity();  // equals no category
+                ++count;
+            }
+        }
+        if (count == 0) {
+            // Nothing to substitute: the document scores as if it had asked for a missing result.
+            missingValuePolicy = MV_SYSMIS_RESULT;
+            predictorSubstitutes.clear();
+        }
+    }
+
+    if (!numericPPMatrix.empty()) {
+        parameterPredictors.assign(parameters, {});
+        for (size_t p = 0; p < parameters; ++p) {
+            for (size_t k = 0; k < predictors; ++k) {
+                if (!NumericValue::IsSystemMissingValue(numericPPMatrix[p][k])) {
+                    parameterPredictors[p].push_back(static_cast<int>(k));
+                }
+            }
+        }
+    }
+    return true;
+}
+
+void RegressionModel::SetUpDictVarIndex(const ScoreCaseRecord* record, bool derivedInRecord)
+{
+    const auto bind = [record](const ScoreDictionary* vars) {
+        if (vars == nullptr) return;
+        for (const ScoreDictVar* var : vars->GetVars()) {
+            var->SetDictIndex(record->GetVarIndex(var->GetName()));
+        }
+    };
+    bind(dictionary);
+    if (derivedInRecord) bind(transformationDictionary);
+    dictVarIndexSet = true;
+    numPredictors = static_cast<int>(predictorVars.size());
+    predictorDictIndex.assign(predictorVars.size(), -1);
+    if (needDerivedPredictor) derivedDictIndex.assign(predictorVars.size(), -1);
+    for (size_t i = 0; i < predictorVars.size(); ++i) {
+        const ScoreDictVar* var = predictorVars[i];
+        if (var == nullptr) continue;
+        if (!var->IsDerived()) {
+            predictorDictIndex[i] = var->GetDictIndex();
+            continue;
+        }
+        if (needDerivedPredictor) derivedDictIndex[i] = var->GetDictIndex();
+        if (derivedInRecord) predictorDictIndex[i] = var->GetDictIndex();
+    }
+}
+
+void RegressionModel::DescribeCommon(ModelDescription& description) const
+{
+    if (targetVar != nullptr) description.target = targetVar->GetName();
+    description.degreesOfFreedom = df;
+    description.hasCovariances = pcovMatrix != nullptr;
+    for (size_t i = 0; i < predictorVars.size(); ++i) {
+        if (predictorVars[i] == nullptr) continue;
+        const std::string& name = predictorVars[i]->GetName();
+        const int role = i < predictorRoles.size() ? predictorRoles[i] : -1;
+        if (role == ROLE_FACTOR) description.factors.push_back(name);
+        if (role == ROLE_COVARIATE) description.covariates.push_back(name);
+        description.variables.push_back(name);
+    }
+}
+
+ModelDescription::Equation RegressionModel::DescribeEquation(int category) const
+{
+    ModelDescription::Equation equation;
+    equation.terms.resize(parameterMap.size());
+    for (const auto& [name, index] : parameterMap) {
+        ModelDescription::Term& term = equation.terms[static_cast<size_t>(index)];
+        term.parameter = name;
+        term.label = paramLabels[static_cast<size_t>(index)];
+        term.beta = BetaAt(category, index);
+        for (size_t k = 0; ppcMatrix && k < predictorVars.size(); ++k) {
+            const ScoreValue* cell = ppcMatrix->GetCell(index, static_cast<int>(k));
+            if (cell == nullptr || predictorVars[k] == nullptr) continue;
+            const bool factor = predictorRoles[k] == ROLE_FACTOR;
+            term.factors.push_back({predictorVars[k]->GetName(), factor ? cell->GetString() : "",
+                                    factor, factor ? 1.0 : cell->GetDouble()});
+        }
+    }
+    return equation;
+}
+
+}  // namespace MCVelscore_850

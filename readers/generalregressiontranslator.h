@@ -1,0 +1,88 @@
+#ifndef VELSCORE_READERS_GENERALREGRESSIONTRANSLATOR_H
+#define VELSCORE_READERS_GENERALREGRESSIONTRANSLATOR_H
+
+#include <string>
+
+#include "host/pmmltranslator.h"
+
+namespace MCVelscore_850 {
+
+class RegressionModel;
+class ScoreModel;
+struct Parse;
+
+/// Reads a PMML document with a GeneralRegressionModel into a finished model.
+///
+/// Errors  VSException for every refusal; the half-built model is released.
+/// Owner   the model is the caller's; the document stays the caller's.
+/// Threads one reader serves one parse at a time.
+class GeneralRegressionTranslator final : public PMMLTranslator {
+public:
+    GeneralRegressionTranslator();
+    ~GeneralRegressionTranslator() override;
+
+    using BaseTranslator::ParseFromTree;
+    ScoreModel* ParseFromTree(xercesc::DOMDocument* document,
+                              const std::string& encoding) override;
+
+    /// Reads every field of a mining schema. Derived fields are known to it only through the
+    /// derivedField extension, which is looked at when `hasTransformations`.
+    void ParseMiningSchema(xercesc::DOMElement* schema, const ScoreDictionary* dictionary,
+                           const ScoreDictionary* transformations, ScoreModel* model,
+                           bool hasTransformations);
+    /// Gives one field its role, replacement, limits and outlier treatment.
+    void HandleMiningField(xercesc::DOMElement* field, const ScoreDictionary* dictionary,
+                           const ScoreDictionary* transformations, bool useTransformations,
+                           ScoreModel* model);
+    /// Adds a category that only a cell names to its variable; its position goes to `index`, which
+    /// stays as it is for a variable without encoder. False, with nothing changed, for a null
+    /// variable and for one whose categories are open.
+    bool FillCateValuesToDataDict(ScoreDictVar* variable, const std::string& text, int& index);
+
+private:
+    // The stages of a parse, in their order. Each asks for itself whether it applies.
+
+    void ReadHead(xercesc::DOMDocument* document, Parse& parse);
+    void ReadTargetAttribute(Parse& parse);
+    void ConstructModel(Parse& parse);
+    void ReadDictionaryAndTargets(Parse& parse);
+    void ReadModelDf(Parse& parse);
+    void ReadTransformations(Parse& parse);
+    void ReadMiningSchema(Parse& parse);
+    void ResolveTarget(Parse& parse, bool hasSchema);
+    void CheckTarget(Parse& parse);
+    void ReadParameterList(Parse& parse);
+    void DetectIntercept(Parse& parse);
+    void ReadExtensions(Parse& parse);
+    void AddParameters(Parse& parse);
+    void RecordVersion(Parse& parse);
+    void ReadFactorList(Parse& parse);
+    void ReadContrastMatrix(Parse& parse, xercesc::DOMElement* predictor);
+    void ReadCovariateList(Parse& parse);
+    void SetUpModel(Parse& parse);
+    void ReadParamMatrix(Parse& parse);
+    void ReadReferencePoints(Parse& parse);
+    void ReadPCovMatrix(Parse& parse);
+    void ReadPPMatrix(Parse& parse);
+    void CheckAndFinish(Parse& parse);
+
+    /// The variable of that name: in the dictionary, else among the derived ones, which notes that
+    /// the model needs them. Refuses with 260125.
+    ScoreDictVar* FindVariable(Parse& parse, const std::string& name);
+    /// An attribute's text in the narrow encoding, empty when absent.
+    std::string AttributeText(const xercesc::DOMElement* element, const std::string& name) const;
+    std::string ForcedText(const xercesc::DOMElement* element, const std::string& name) const;
+    /// Refuses with 260153 unless the element has the tag; `parent` is for the message.
+    void ExpectTag(const xercesc::DOMElement* element, const std::string& tag,
+                   const std::string& parent) const;
+    void ReadFieldLimits(xercesc::DOMElement* field, ScoreDictVar* variable);
+    void ReadParamCell(Parse& parse, xercesc::DOMElement* element, struct TargetCells& cells);
+    std::string CellCategory(Parse& parse, xercesc::DOMElement* element, TargetCells& cells);
+    void ReadPPCell(Parse& parse, xercesc::DOMElement* element);
+
+    double pmmlVersion = 0.0;
+};
+
+}  // namespace MCVelscore_850
+
+#endif

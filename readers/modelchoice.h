@@ -1,0 +1,62 @@
+#ifndef VELSCORE_READERS_MODELCHOICE_H
+#define VELSCORE_READERS_MODELCHOICE_H
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace MCVelscore_850 {
+
+class RegressionModel;
+
+/// The families of models, by the code that the trace prints.
+enum FamilyCode {
+    kMultinomial = 0,
+    /// A multinomial model written by a generalized procedure; differs from 0 in its covariance
+    /// cells only.
+    kMultinomialGeneralized = 1,
+    kGeneralLinear = 2,
+    kLinear = 3,
+    kConditional = 5,
+    kBinary = 6,
+    kOrdinal = 7,
+    kGeneralizedLinear = 8,
+    kOrdinalGeneralized = 9,
+    kCox = 10,
+    kCoxComplexSamples = 11
+};
+
+/// A set of families, as bits by code.
+using FamilySet = unsigned;
+constexpr FamilySet Family(FamilyCode code) { return 1U << code; }
+constexpr bool Has(FamilySet set, FamilyCode code) { return (set & Family(code)) != 0; }
+inline constexpr FamilySet kCoxFamilies = Family(kCox) | Family(kCoxComplexSamples);
+inline constexpr FamilySet kOrdinalFamilies = Family(kOrdinal) | Family(kOrdinalGeneralized);
+inline constexpr FamilySet kAllFamilies = ~0U;
+
+/// The family that a document asks for. `targetIsScale` is read with kGeneralizedLinear only.
+struct ModelChoice {
+    FamilyCode code;
+    bool targetIsScale;
+};
+
+/// What the choice looks at: the model type, the version, and any attribute of the model element
+/// by name (empty when absent).
+struct ModelHead {
+    std::string modelType;
+    double version;
+    std::function<std::string(const std::string& attribute)> attribute;
+};
+
+/// Chooses the family: by model type, version, selector (the algorithm name, else the model name)
+/// and, for generalized selectors, function name, distribution and link. An unknown model type
+/// refuses with 260153.
+ModelChoice ChooseFamily(const ModelHead& head);
+
+/// A new model of the family. A family that can't be scored yet refuses with kFamilyNotAvailable,
+/// which names it.
+std::unique_ptr<RegressionModel> MakeModel(FamilyCode code, const std::string& modelType);
+
+}  // namespace MCVelscore_850
+
+#endif
