@@ -189,22 +189,24 @@ TEST(PlainElements, InALongDocumentKeepTheirPlaces)
 
 TEST(PlainElements, OfWideCharactersAreLeftToTheParser)
 {
-    // bytes that read as "<a/>" within characters of two bytes each
-    std::string wide = "\xff\xfe";
-    for (const char c : std::string("<r>")) wide.append({c, '\0'});
+    // two characters of two bytes each, U+3C61 and U+2F3E, whose bytes read as "<a/>"
+    std::string wide = "\xfe\xff";
+    for (const char c : std::string("<r>")) wide.append({'\0', c});
     wide += "<a/>";
-    for (const char c : std::string("</r>")) wide.append({c, '\0'});
-    const Verdict verdict = OfGuard(wide, 2);
-    EXPECT_TRUE(verdict.accepted);
-    EXPECT_EQ(verdict.places.size(), 1u);
+    for (const char c : std::string("</r>")) wide.append({'\0', c});
+    for (const size_t piece : {size_t{1}, size_t{2}, size_t{100}}) {
+        EXPECT_EQ(OfGuard(wide, piece), OfParser(wide));
+        EXPECT_EQ(OfGuard(wide, piece).places.size(), 1u);
+    }
 }
 
 TEST(PlainElements, CountForTheLimitsOfTheGuard)
 {
+    // byte by byte every element is read as a plain one that can be
     const auto codeOf = [](const std::string& text, const DocumentLimits& limits) {
         try {
             DocumentGuard guard("m", limits);
-            guard.Feed(text);
+            for (const char& byte : text) guard.Feed({&byte, 1});
             guard.Finish();
         } catch (const Failure& failure) {
             return failure.Code();
