@@ -1,0 +1,92 @@
+#include <algorithm>
+#include <iostream>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "cli/exitcode.h"
+#include "engine/loadedmodel.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+void PrintAccepted(const LoadedModel& model)
+{
+    std::cout << fmt::format("{}: OK, {}", model.File(), model.Description().family);
+    if (!model.Description().target.empty()) {
+        std::cout << fmt::format(", target {}", model.Description().target);
+    }
+    std::cout << '\n';
+    for (const std::string& adaptation : model.Adaptations()) {
+        std::cout << fmt::format("  adapted: {}\n", adaptation);
+    }
+}
+
+void PrintRefused(const Failure& failure)
+{
+    std::cout << fmt::format("refused: {}\n", FailureText(failure));
+    if (!failure.Remedy().empty()) std::cout << fmt::format("  what to do: {}\n", failure.Remedy());
+}
+
+Json RefusedJson(const std::string& file, const Failure& failure)
+{
+    Json json{{"document", file}, {"ok", false}};
+    if (const auto* refusal = dynamic_cast<const DocumentFailure*>(&failure)) {
+        if (refusal->Line() > 0) {
+            json["line"] = refusal->Line();
+            json["column"] = refusal->Column();
+        }
+        if (!refusal->ElementPath().empty()) json["element"] = refusal->ElementPath();
+    }
+    json["code"] = failure.Code();
+    json["message"] = failure.what();
+    json["remedy"] = failure.Remedy();
+    return json;
+}
+
+}  // namespace
+
+int RunCheck(const CheckArguments& arguments, Console& console)
+{
+    if (std::count(arguments.models.begin(), arguments.models.end(), "-") > 1) {
+        throw UsageError("standard input (-) can be read once only");
+    }
+    const auto plugin = std::make_shared<const Plugin>(arguments.plugin);
+    Json report = Json::array();
+    size_t refused = 0;
+    for (const std::string& file : arguments.models) {
+        try {
+            const LoadedModel model(file, plugin, LoadOptions{arguments.asIs});
+            if (arguments.json) {
+                report.push_back({{"document", file},
+                                  {"ok", true},
+                                  {"family", model.Description().family},
+                                  {"target", model.Description().target},
+                                  {"adapted", model.Adaptations()}});
+            } else {
+                PrintAccepted(model);
+            }
+        } catch (const Failure& failure) {
+            if (failure.Kind() != FailureKind::Document) throw;
+            ++refused;
+            if (arguments.json) {
+                report.push_back(RefusedJson(file, failure));
+            } else {
+                PrintRefused(failure);
+            }
+        }
+    }
+    if (arguments.json) {
+        std::cout << report.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    }
+    if (refused == 0) return kExitDone;
+    console.Say(fmt::format("refused {} of {} documents", refused, arguments.models.size()));
+    return kExitDocument;
+}
+
+}  // namespace MCVelscore_850
