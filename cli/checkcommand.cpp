@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <iostream>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -15,22 +14,22 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-void PrintAccepted(const LoadedModel& model)
+std::string AcceptedText(const LoadedModel& model)
 {
-    std::cout << fmt::format("{}: OK, {}", model.File(), model.Description().family);
-    if (!model.Description().target.empty()) {
-        std::cout << fmt::format(", target {}", model.Description().target);
-    }
-    std::cout << '\n';
+    std::string text = fmt::format("{}: OK, {}", model.File(), model.Description().family);
+    if (!model.Description().target.empty()) text += ", target " + model.Description().target;
+    text += '\n';
     for (const std::string& adaptation : model.Adaptations()) {
-        std::cout << fmt::format("  adapted: {}\n", adaptation);
+        text += fmt::format("  adapted: {}\n", adaptation);
     }
+    return text;
 }
 
-void PrintRefused(const Failure& failure)
+std::string RefusedText(const Failure& failure)
 {
-    std::cout << fmt::format("refused: {}\n", FailureText(failure));
-    if (!failure.Remedy().empty()) std::cout << fmt::format("  what to do: {}\n", failure.Remedy());
+    std::string text = fmt::format("refused: {}\n", FailureText(failure));
+    if (!failure.Remedy().empty()) text += fmt::format("  what to do: {}\n", failure.Remedy());
+    return text;
 }
 
 Json RefusedJson(const std::string& file, const Failure& failure)
@@ -69,7 +68,7 @@ int RunCheck(const CheckArguments& arguments, Console& console)
                                   {"target", model.Description().target},
                                   {"adapted", model.Adaptations()}});
             } else {
-                PrintAccepted(model);
+                PrintOut(AcceptedText(model));
             }
         } catch (const Failure& failure) {
             if (failure.Kind() != FailureKind::Document) throw;
@@ -77,12 +76,12 @@ int RunCheck(const CheckArguments& arguments, Console& console)
             if (arguments.json) {
                 report.push_back(RefusedJson(file, failure));
             } else {
-                PrintRefused(failure);
+                PrintOut(RefusedText(failure));
             }
         }
     }
     if (arguments.json) {
-        std::cout << report.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+        PrintOut(report.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
     }
     if (refused == 0) return kExitDone;
     console.Say(fmt::format("refused {} of {} documents", refused, arguments.models.size()));

@@ -134,7 +134,9 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
     try {
         app.parse(argumentCount, arguments);
     } catch (const CLI::Success& asked) {  // --help and --version
-        app.exit(asked);
+        std::ostringstream out;
+        app.exit(asked, out, out);
+        PrintOut(out.str());
         return kExitDone;
     } catch (const CLI::ParseError& wrong) {
         throw UsageError(wrong.what());

@@ -1,11 +1,14 @@
 #include "cli/console.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "engine/csvwriter.h"
 #include "engine/loadedmodel.h"
 
 namespace MCVelscore_850 {
@@ -71,6 +74,21 @@ void Console::ClearProgress()
 {
     if (progressShown_) Put("\r\033[K");
     progressShown_ = false;
+}
+
+void PrintOut(std::string_view text)
+{
+    static bool closed = false;
+    while (!text.empty() && !closed) {
+        const ssize_t count = ::write(STDOUT_FILENO, text.data(), text.size());
+        if (count >= 0) {
+            text.remove_prefix(static_cast<size_t>(count));
+        } else if (errno == EPIPE) {
+            closed = true;
+        } else if (errno != EINTR) {
+            RefuseOutput("standard output", errno, 0);
+        }
+    }
 }
 
 std::string FailureText(const Failure& failure)

@@ -1,9 +1,9 @@
 #include <charconv>
-#include <iostream>
 
 #include <fmt/format.h>
 
 #include "cli/commands.h"
+#include "cli/console.h"
 #include "cli/exitcode.h"
 #include "engine/explanation.h"
 
@@ -13,7 +13,7 @@ int RunHelp(const HelpArguments& arguments)
 {
     if (arguments.code.empty()) {
         for (const Explanation& explanation : ExplainAll()) {
-            std::cout << fmt::format("{:>6}  {}\n", explanation.code, explanation.text);
+            PrintOut(fmt::format("{:>6}  {}\n", explanation.code, explanation.text));
         }
         return kExitDone;
     }
@@ -29,8 +29,8 @@ int RunHelp(const HelpArguments& arguments)
         throw UsageError(
             fmt::format("no message has the code {}; 'velscore help' lists them all", code));
     }
-    std::cout << fmt::format("{}  {}\n", explanation->code, explanation->text);
-    if (!explanation->remedy.empty()) std::cout << fmt::format("what to do: {}\n", explanation->remedy);
+    PrintOut(fmt::format("{}  {}\n", explanation->code, explanation->text));
+    if (!explanation->remedy.empty()) PrintOut(fmt::format("what to do: {}\n", explanation->remedy));
     return kExitDone;
 }
 

@@ -1,8 +1,9 @@
-#include <iostream>
+#include <sstream>
 
 #include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
+#include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/modeltext.h"
 #include "engine/loadedmodel.h"
@@ -15,12 +16,14 @@ int RunInspect(const InspectArguments& arguments)
     const LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin),
                             LoadOptions{arguments.asIs});
     if (arguments.dump) {
-        model.Display(std::cout);
+        std::ostringstream text;
+        model.Display(text);
+        PrintOut(text.str());
     } else if (arguments.json) {
         using Handler = nlohmann::ordered_json::error_handler_t;
-        std::cout << ModelJson(model).dump(2, ' ', false, Handler::replace) << '\n';
+        PrintOut(ModelJson(model).dump(2, ' ', false, Handler::replace) + "\n");
     } else {
-        std::cout << ModelText(model);
+        PrintOut(ModelText(model));
     }
     return kExitDone;
 }

@@ -1,7 +1,5 @@
-#include <cerrno>
 #include <cstdlib>
 #include <exception>
-#include <iostream>
 #include <new>
 #include <string>
 
@@ -15,19 +13,6 @@
 
 using namespace MCVelscore_850;
 
-namespace {
-
-// What the commands print through standard output has to arrive, as a table's rows have to.
-int FlushOutput(int exitCode, Console& console)
-{
-    if (std::cout.flush()) return exitCode;
-    if (errno == EPIPE) return exitCode;
-    console.SayError("standard output can't be written", "Make room or choose another file.");
-    return kExitOutput;
-}
-
-}  // namespace
-
 int main(int argumentCount, char** arguments)
 {
     IgnoreWriteSignals();
@@ -39,7 +24,7 @@ int main(int argumentCount, char** arguments)
                              "', not a level from 0 to 9 or LEVEL:FILE with a file that can be "
                              "written");
         }
-        return FlushOutput(RunCommandLine(argumentCount, arguments, console), console);
+        return RunCommandLine(argumentCount, arguments, console);
     } catch (const UsageError& wrong) {
         console.SayError(wrong.what(), "velscore --help and velscore COMMAND --help tell the usage.");
         return kExitUsage;

@@ -18,7 +18,8 @@ char SingleCharacter(std::string_view option, const std::string& text)
 {
     if (text == "\\t" || text == "tab") return '\t';
     if (text.size() != 1) {
-        throw UsageError(fmt::format("{} takes one character of one byte, not '{}'", option, text));
+        throw UsageError(
+            fmt::format("{} is '{}'; expected is one character of one byte, or tab", option, text));
     }
     return text.front();
 }

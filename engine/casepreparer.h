@@ -28,7 +28,7 @@ class TransformVar;
 struct CaseOptions {
     char decimal = '.';
     /// Texts that mean missing in every column, beside the empty field.
-    std::vector<std::string> missingTexts;
+    std::vector<std::string> missingTexts{};
 };
 
 /// Whether a row became a case.

@@ -60,7 +60,7 @@ void CsvWriter::AddNumber(double number)
     if (decimal_ != '.') {
         std::replace(buffer_.begin() + static_cast<std::ptrdiff_t>(begin), buffer_.end(), '.',
                      decimal_);
-        if (decimal_ == delimiter_) {
+        if (decimal_ == delimiter_ && buffer_.find(decimal_, begin) != std::string::npos) {
             const std::string text = buffer_.substr(begin);
             buffer_.resize(begin);
             AddQuoted(text);
@@ -128,8 +128,13 @@ void CsvWriter::Fail(int error, size_t written)
     }
     buffer_.clear();
     lineEnds_.clear();
+    RefuseOutput(name_, error, RowsWritten());
+}
+
+void RefuseOutput(const std::string& name, int error, int64_t rowsWritten)
+{
     throw Failure(FailureKind::Output, kOutputNotWritten,
-                  {name_, std::strerror(error), std::to_string(RowsWritten())});
+                  {name, std::strerror(error), std::to_string(rowsWritten)});
 }
 
 }  // namespace MCVelscore_850

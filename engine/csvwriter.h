@@ -69,6 +69,9 @@ private:
     int64_t linesWritten_ = 0;
 };
 
+/// The one refusal of an output: kOutputNotWritten for `error`, an errno value.
+[[noreturn]] void RefuseOutput(const std::string& name, int error, int64_t rowsWritten);
+
 }  // namespace MCVelscore_850
 
 #endif

@@ -8,11 +8,11 @@ namespace MCVelscore_850 {
 /// What a document's mining schema says of one field, as written; empty where it says nothing.
 /// Models apply the replacements of continuous fields themselves and leave the rest to the host.
 struct MiningFieldTreatment {
-    std::string name;
-    std::string invalidValueTreatment;
-    std::string invalidValueReplacement;
-    std::string missingValueTreatment;
-    std::string missingValueReplacement;
+    std::string name{};
+    std::string invalidValueTreatment{};
+    std::string invalidValueReplacement{};
+    std::string missingValueTreatment{};
+    std::string missingValueReplacement{};
 };
 
 }  // namespace MCVelscore_850

@@ -18,7 +18,7 @@ class ScoreResult;
 /// Which columns an output row has.
 struct OutputOptions {
     /// Columns of the input to repeat, in this order; with keepAll every one in its own order.
-    std::vector<std::string> keep;
+    std::vector<std::string> keep{};
     bool keepAll = false;
     bool predictionOnly = false;
 };
