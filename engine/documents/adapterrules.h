@@ -1,0 +1,56 @@
+#ifndef VELSCORE_ENGINE_DOCUMENTS_ADAPTERRULES_H
+#define VELSCORE_ENGINE_DOCUMENTS_ADAPTERRULES_H
+
+#include <optional>
+#include <string>
+
+#include <xercesc/util/XercesDefs.hpp>
+
+#include "host/vsexception.h"
+
+XERCES_CPP_NAMESPACE_BEGIN
+class DOMElement;
+XERCES_CPP_NAMESPACE_END
+
+namespace MCVelscore_850 {
+
+/// What a rule did: the first element concerned, and one line for people.
+struct Change {
+    DocumentPlace place;
+    std::string text;
+};
+
+/// A rule looks at a PMML document from its root and changes it where it applies; nothing is
+/// answered where it doesn't.
+using AdapterRule = std::optional<Change> (*)(xercesc::DOMElement* root);
+
+// The document's names and version (adapterrules_document.cpp).
+
+/// A namespace prefix on PMML elements is dropped: the reader knows the plain names alone.
+std::optional<Change> DropNamespacePrefix(xercesc::DOMElement* root);
+/// A root without version gets the one that its namespace names.
+std::optional<Change> TakeVersionFromNamespace(xercesc::DOMElement* root);
+/// A version of more than two parts is cut to two: the reader reads a number.
+std::optional<Change> ShortenVersion(xercesc::DOMElement* root);
+
+// Fields (adapterrules_fields.cpp).
+
+/// A mining field that is given again with the same attributes counts once.
+std::optional<Change> DropRepeatedMiningFields(xercesc::DOMElement* root);
+/// A covariate whose data field is categorical but holds numbers becomes continuous.
+std::optional<Change> MakeNumericCovariatesContinuous(xercesc::DOMElement* root);
+/// A missingValueReplacement that is no number is dropped from a continuous field.
+std::optional<Change> DropReplacementsThatAreNoNumbers(xercesc::DOMElement* root);
+
+// Parameters (adapterrules_parameters.cpp).
+
+/// A modelType "regression" pairs parameters with predictors by position. Where the cells of the
+/// PPMatrix say otherwise the model becomes "generalLinear", which reads the cells.
+std::optional<Change> MakeUnorderedRegressionGeneralLinear(xercesc::DOMElement* root);
+/// In a Cox model where some parameters have a referencePoint, the others get the schema's
+/// default, 0: the reader wants all or none.
+std::optional<Change> CompleteReferencePoints(xercesc::DOMElement* root);
+
+}  // namespace MCVelscore_850
+
+#endif

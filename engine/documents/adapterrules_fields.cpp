@@ -1,0 +1,163 @@
+#include <algorithm>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include <xercesc/dom/DOM.hpp>
+
+#include "engine/documents/adapterrules.h"
+#include "engine/documents/treetext.h"
+#include "host/documentplace.h"
+#include "host/numbertext.h"
+#include "host/pmmlmodeltags.h"
+#include "host/veltranscoder.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+using Tags = PMMLModelTags;
+
+const std::string kDataField = "DataField";
+const std::string kDerivedField = "DerivedField";
+const std::string kDataType = "dataType";
+const std::string kCategorical = "categorical";
+
+bool IsNumericType(const std::string& dataType)
+{
+    return dataType == "integer" || dataType == "float" || dataType == "double";
+}
+
+std::vector<xercesc::DOMElement*> DataFields(const xercesc::DOMElement* root)
+{
+    return ChildElements(ChildElement(root, Tags::XML_ELE_DATADICTIONARY), kDataField);
+}
+
+std::vector<xercesc::DOMElement*> MiningFields(const xercesc::DOMElement* root)
+{
+    return ChildElements(ChildElement(ModelElement(root), Tags::XML_ELE_MININGSCHEMA),
+                         Tags::XML_ELE_MININGFIELD);
+}
+
+std::set<std::string> PredictorNames(const xercesc::DOMElement* root, const std::string& list)
+{
+    std::set<std::string> names;
+    for (const auto* predictor :
+         ChildElements(ChildElement(ModelElement(root), list), Tags::XML_ELE_PREDICTOR)) {
+        names.insert(AttributeText(predictor, Tags::XML_ATT_PRED_NAME));
+    }
+    return names;
+}
+
+// The same attributes with the same texts, and nothing within that could differ.
+bool AreAlike(const xercesc::DOMElement* one, const xercesc::DOMElement* other)
+{
+    if (one->getFirstElementChild() != nullptr || other->getFirstElementChild() != nullptr) {
+        return false;
+    }
+    const xercesc::DOMNamedNodeMap* attributes = one->getAttributes();
+    if (attributes->getLength() != other->getAttributes()->getLength()) return false;
+    for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
+        const xercesc::DOMNode* attribute = attributes->item(i);
+        const XMLCh* name = attribute->getNodeName();
+        if (!other->hasAttribute(name)) return false;
+        if (!xercesc::XMLString::equals(attribute->getNodeValue(), other->getAttribute(name))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The names of the fields that are read as numbers: continuous ones of the dictionary, and derived
+// ones of both transformation sections.
+std::set<std::string> ContinuousFields(const xercesc::DOMElement* root)
+{
+    std::vector<xercesc::DOMElement*> fields = DataFields(root);
+    for (const auto* section : {ChildElement(root, Tags::XML_ELE_TRANSFORMATION),
+                                ChildElement(ModelElement(root), Tags::XML_ELE_LOCALTRANSFORMATIONS)}) {
+        const auto derived = ChildElements(section, kDerivedField);
+        fields.insert(fields.end(), derived.begin(), derived.end());
+    }
+    std::set<std::string> names;
+    for (const auto* field : fields) {
+        if (AttributeText(field, Tags::XML_ATT_DATAFIELD_OPTYPE) == Tags::XML_VAL_OT_CONTINUOUS) {
+            names.insert(AttributeText(field, Tags::XML_ATT_NAME));
+        }
+    }
+    return names;
+}
+
+}  // namespace
+
+std::optional<Change> DropRepeatedMiningFields(xercesc::DOMElement* root)
+{
+    std::unordered_map<std::string, const xercesc::DOMElement*> seen;
+    std::vector<std::string> names;
+    DocumentPlace place;
+    for (auto* field : MiningFields(root)) {
+        const std::string name = AttributeText(field, Tags::XML_ATT_MININGFIELD_NAME);
+        const auto [first, isNew] = seen.emplace(name, field);
+        if (isNew || !AreAlike(first->second, field)) continue;
+        if (names.empty()) place = PlaceOf(field);
+        names.push_back(name);
+        field->getParentNode()->removeChild(field)->release();
+    }
+    if (names.empty()) return std::nullopt;
+    return Change{place, "mining field " + Listed(names) + " stands twice alike and counts once"};
+}
+
+std::optional<Change> MakeNumericCovariatesContinuous(xercesc::DOMElement* root)
+{
+    const std::set<std::string> covariates = PredictorNames(root, Tags::XML_ELE_COV_LIST);
+    if (covariates.empty()) return std::nullopt;
+    const std::set<std::string> factors = PredictorNames(root, Tags::XML_ELE_FAC_LIST);
+    std::vector<std::string> names;
+    DocumentPlace place;
+    for (auto* field : DataFields(root)) {
+        const std::string name = AttributeText(field, Tags::XML_ATT_NAME);
+        // a field that is a factor too can't be both, and the reader says so
+        if (!covariates.contains(name) || factors.contains(name)) continue;
+        if (AttributeText(field, Tags::XML_ATT_DATAFIELD_OPTYPE) != kCategorical) continue;
+        if (!IsNumericType(AttributeText(field, kDataType))) continue;
+        SetAttributeText(field, Tags::XML_ATT_DATAFIELD_OPTYPE, Tags::XML_VAL_OT_CONTINUOUS);
+        if (names.empty()) place = PlaceOf(field);
+        names.push_back(name);
+    }
+    if (names.empty()) return std::nullopt;
+    return Change{place, "covariate " + Listed(names) +
+                             " holds numbers: optype \"categorical\" is read as \"continuous\""};
+}
+
+std::optional<Change> DropReplacementsThatAreNoNumbers(xercesc::DOMElement* root)
+{
+    std::vector<xercesc::DOMElement*> fields = MiningFields(root);
+    const auto* schema = ChildElement(ModelElement(root), Tags::XML_ELE_MININGSCHEMA);
+    for (const auto* extension : ChildElements(schema, Tags::XML_ELE_EXTENSION)) {
+        const auto nested = ChildElements(extension, Tags::XML_ELE_MININGFIELD);
+        fields.insert(fields.end(), nested.begin(), nested.end());
+    }
+    const std::set<std::string> continuous = ContinuousFields(root);
+    std::vector<std::string> names;
+    std::string firstText;
+    DocumentPlace place;
+    for (auto* field : fields) {
+        const std::string text = AttributeText(field, Tags::XML_ATT_MININGFIELD_MISSREPLACE);
+        const std::string name = AttributeText(field, Tags::XML_ATT_MININGFIELD_NAME);
+        double number = 0.0;
+        // A number that is too large is one all the same: the reader refuses it.
+        if (text.empty() || ReadNumber(text, number) != NumberText::NotANumber) continue;
+        if (!continuous.contains(name)) continue;
+        if (names.empty()) {
+            place = PlaceOf(field);
+            firstText = text;
+        }
+        names.push_back(name);
+        field->removeAttribute(XmlFromUtf8(Tags::XML_ATT_MININGFIELD_MISSREPLACE).c_str());
+    }
+    if (names.empty()) return std::nullopt;
+    return Change{place, "missingValueReplacement \"" + firstText + "\" of " + Listed(names) +
+                             " is no number and is dropped"};
+}
+
+}  // namespace MCVelscore_850

@@ -1,0 +1,56 @@
+#include "engine/documents/documentadapter.h"
+
+#include <utility>
+
+#include "engine/documents/adapterrules.h"
+#include "engine/documents/documenttree.h"
+#include "engine/documents/treetext.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+struct RuleRow {
+    const char* name;
+    AdapterRule apply;
+};
+
+// In this order: names first, since the others look for plain ones; then the version, which
+// decides what a selector means; then the fields, whose measure the later rules read.
+constexpr RuleRow kRules[] = {
+    {"namespace-prefix", DropNamespacePrefix},
+    {"version-from-namespace", TakeVersionFromNamespace},
+    {"short-version", ShortenVersion},
+    {"repeated-mining-field", DropRepeatedMiningFields},
+    {"numeric-covariate", MakeNumericCovariatesContinuous},
+    {"replacement-no-number", DropReplacementsThatAreNoNumbers},
+    {"regression-order", MakeUnorderedRegressionGeneralLinear},
+    {"reference-points", CompleteReferencePoints},
+};
+
+}  // namespace
+
+std::string Adaptation::ToString() const
+{
+    std::string text;
+    if (place.line > 0) {
+        text = "line " + std::to_string(place.line) + ", column " + std::to_string(place.column) +
+               ": ";
+    }
+    return text + change + " [" + rule + "]";
+}
+
+std::vector<Adaptation> AdaptDocument(Document& document)
+{
+    std::vector<Adaptation> adaptations;
+    xercesc::DOMElement* root = document.GetTree().dom->getDocumentElement();
+    if (!IsPmmlRoot(root)) return adaptations;
+    for (const RuleRow& row : kRules) {
+        if (auto change = row.apply(root)) {
+            adaptations.push_back({row.name, std::move(change->text), std::move(change->place)});
+        }
+    }
+    return adaptations;
+}
+
+}  // namespace MCVelscore_850

@@ -1,0 +1,35 @@
+#ifndef VELSCORE_ENGINE_DOCUMENTS_DOCUMENTADAPTER_H
+#define VELSCORE_ENGINE_DOCUMENTS_DOCUMENTADAPTER_H
+
+#include <string>
+#include <vector>
+
+#include "host/vsexception.h"
+
+namespace MCVelscore_850 {
+
+class Document;
+
+/// One thing that was changed in a document.
+struct Adaptation {
+    /// The rule's name, as in "short-version".
+    std::string rule;
+    /// What it changed and why, in one line.
+    std::string change;
+    /// The first element that it changed, as the file has it.
+    DocumentPlace place;
+
+    /// "line 2, column 1: version "4.4.1" is read as "4.4" [short-version]"
+    std::string ToString() const;
+};
+
+/// Rewrites a document as other exporters publish it into the dialect that the reader takes. The
+/// reader is strict, and in places would read such a document in another sense than its author
+/// meant; what an author can't have meant otherwise is put right here. Everything else stays: a
+/// document in the reader's dialect passes untouched, and one that nobody can repair goes to the
+/// reader, whose refusal says more. The older form (root "zelt-ml") has no other dialect.
+std::vector<Adaptation> AdaptDocument(Document& document);
+
+}  // namespace MCVelscore_850
+
+#endif

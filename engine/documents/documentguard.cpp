@@ -1,0 +1,222 @@
+#include "engine/documents/documentguard.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <optional>
+#include <utility>
+
+#include <expat.h>
+
+#include "engine/failure.h"
+#include "host/messages.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+// Small enough to stay in the cache between reading and parsing, large enough that the work a
+// chunk costs beside its bytes doesn't show.
+constexpr size_t kChunkBytes = size_t{16} << 10;
+
+// A document shorter than this says little about itself; a file's kind shows in its first bytes.
+constexpr size_t kHeadBytes = 4;
+
+struct FileKind {
+    std::string_view head;
+    const char* reason;
+};
+
+// Files that are taken for documents now and then. Their bytes are no XML, which alone would say
+// "a character that can't stand here".
+constexpr FileKind kFileKinds[] = {
+    {"\x1f\x8b", "the file is packed with gzip; unpack it first"},
+    {"PK\x03\x04", "the file is a zip archive; unpack it first"},
+    {std::string_view("\xff\xfe\0\0", 4), "the encoding UTF-32 isn't read"},
+    {std::string_view("\0\0\xfe\xff", 4), "the encoding UTF-32 isn't read"},
+};
+
+struct Fault {
+    XML_Error error;
+    const char* reason;
+};
+
+constexpr Fault kFaults[] = {
+    {XML_ERROR_NO_ELEMENTS, "the document ends before its last element is closed"},
+    {XML_ERROR_UNCLOSED_TOKEN, "the document ends within a tag, comment or instruction"},
+    {XML_ERROR_UNCLOSED_CDATA_SECTION, "the document ends within a CDATA section"},
+    {XML_ERROR_PARTIAL_CHAR, "the document ends within a character"},
+    {XML_ERROR_INVALID_TOKEN, "a character that can't stand here"},
+    {XML_ERROR_TAG_MISMATCH, "the end tag doesn't fit the element that is open"},
+    {XML_ERROR_DUPLICATE_ATTRIBUTE, "an attribute stands twice on one element"},
+    {XML_ERROR_JUNK_AFTER_DOC_ELEMENT, "something follows the root element"},
+    {XML_ERROR_UNDEFINED_ENTITY, "an entity that isn't defined"},
+    {XML_ERROR_BAD_CHAR_REF, "a character reference to no character"},
+    {XML_ERROR_MISPLACED_XML_PI, "the XML declaration doesn't stand at the very beginning"},
+    {XML_ERROR_UNKNOWN_ENCODING,
+     "the encoding isn't read; write the document in UTF-8, UTF-16, ISO-8859-1 or US-ASCII"},
+    {XML_ERROR_INCORRECT_ENCODING, "the bytes aren't in the encoding that the document declares"},
+};
+
+const char* ReasonOf(XML_Error error, std::string_view head)
+{
+    for (const FileKind& kind : kFileKinds) {
+        if (head.starts_with(kind.head)) return kind.reason;
+    }
+    for (const Fault& fault : kFaults) {
+        if (fault.error == error) return fault.reason;
+    }
+    return XML_ErrorString(error);
+}
+
+}  // namespace
+
+// The parser with what is counted. The parser's callbacks can't throw through it: they note the
+// first refusal and stop it, and Check() throws.
+struct DocumentGuard::Watch {
+    Watch(std::string name, const DocumentLimits& bounds)
+        : file(std::move(name)), limits(bounds), parser(XML_ParserCreate(nullptr))
+    {
+        if (parser == nullptr) throw std::bad_alloc();
+        XML_SetUserData(parser, this);
+        XML_SetElementHandler(parser, OnStart, OnEnd);
+        XML_SetCommentHandler(parser, OnComment);
+        XML_SetProcessingInstructionHandler(parser, OnInstruction);
+        // Before the root only: it is the one callback that sees "<!DOCTYPE" where it begins, and
+        // it would cost time on every text of the content.
+        XML_SetDefaultHandler(parser, OnProlog);
+    }
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+    ~Watch() { XML_ParserFree(parser); }
+
+    void Take(const char* bytes, size_t size)
+    {
+        if (head.size() < kHeadBytes) head.append(bytes, std::min(size, kHeadBytes - head.size()));
+        void* room = XML_GetBuffer(parser, static_cast<int>(size));
+        if (room == nullptr) throw std::bad_alloc();
+        std::memcpy(room, bytes, size);
+        fed += size;
+        Check(XML_ParseBuffer(parser, static_cast<int>(size), XML_FALSE));
+
+        // What the parser holds back until it has the rest. It answers -1 when it dropped the
+        // place; then the token's begin is where it was.
+        const XML_Index begin = XML_GetCurrentByteIndex(parser);
+        if (begin >= 0) tokenBegin = static_cast<size_t>(begin);
+        // Newer parsers look at a token again only when it has doubled since they last did, so that
+        // one within the limit may have its end, and more, lying unread up to twice the limit.
+        if (fed - tokenBegin > 2 * limits.tokenBytes) {
+            Note(kTokenTooLong, limits.tokenBytes);
+            throw *refusal;
+        }
+    }
+
+    void Finish() { Check(XML_Parse(parser, "", 0, XML_TRUE)); }
+
+    void Check(XML_Status status)
+    {
+        if (refusal) throw *refusal;
+        if (status != XML_STATUS_OK) {
+            const XML_Error error = XML_GetErrorCode(parser);
+            if (error == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
+            throw Failure(FailureKind::Document, kNotWellFormed,
+                          {file, Line(), Column(), ReasonOf(error, head)});
+        }
+    }
+
+    std::string Line() const { return std::to_string(XML_GetCurrentLineNumber(parser)); }
+    std::string Column() const { return std::to_string(XML_GetCurrentColumnNumber(parser) + 1); }
+
+    void Note(int code, std::optional<size_t> limit)
+    {
+        if (refusal) return;  // the parser may call once more after it was stopped
+        std::vector<std::string> arguments{file, Line(), Column()};
+        if (limit) arguments.push_back(std::to_string(*limit));
+        refusal.emplace(FailureKind::Document, code, std::move(arguments));
+        XML_StopParser(parser, XML_FALSE);
+    }
+
+    void CheckToken()
+    {
+        // 0 for an end that has no tag of its own
+        const int size = XML_GetCurrentByteCount(parser);
+        if (static_cast<size_t>(size) > limits.tokenBytes) Note(kTokenTooLong, limits.tokenBytes);
+    }
+
+    static void OnStart(void* self, const XML_Char*, const XML_Char**)
+    {
+        Watch& watch = *static_cast<Watch*>(self);
+        const DocumentLimits& limits = watch.limits;
+        if (watch.places.empty()) XML_SetDefaultHandler(watch.parser, nullptr);
+        watch.CheckToken();
+        if (++watch.depth > limits.depth) watch.Note(kTooDeep, limits.depth);
+        // names and values are counted
+        const auto attributes = static_cast<size_t>(XML_GetSpecifiedAttributeCount(watch.parser)) / 2;
+        if (attributes > limits.attributes) watch.Note(kTooManyAttributes, limits.attributes);
+        if (watch.places.size() == limits.elements) watch.Note(kTooManyElements, limits.elements);
+        watch.places.push_back(
+            {static_cast<uint32_t>(XML_GetCurrentLineNumber(watch.parser)),
+             static_cast<uint32_t>(XML_GetCurrentColumnNumber(watch.parser) + 1)});
+    }
+
+    static void OnEnd(void* self, const XML_Char*)
+    {
+        Watch& watch = *static_cast<Watch*>(self);
+        --watch.depth;
+        watch.CheckToken();
+    }
+
+    static void OnComment(void* self, const XML_Char*) { static_cast<Watch*>(self)->CheckToken(); }
+
+    static void OnInstruction(void* self, const XML_Char*, const XML_Char*)
+    {
+        static_cast<Watch*>(self)->CheckToken();
+    }
+
+    static void OnProlog(void* self, const XML_Char* text, int size)
+    {
+        Watch& watch = *static_cast<Watch*>(self);
+        const std::string_view token(text, static_cast<size_t>(size));
+        if (token.starts_with("<!")) watch.Note(kDoctype, std::nullopt);
+        watch.CheckToken();
+    }
+
+    const std::string file;
+    const DocumentLimits limits;
+    const XML_Parser parser;
+    std::optional<Failure> refusal;
+    std::vector<ElementPlace> places;
+    std::string head;
+    size_t fed = 0;
+    size_t tokenBegin = 0;
+    size_t depth = 0;
+};
+
+DocumentGuard::DocumentGuard(std::string file, const DocumentLimits& limits)
+    : watch_(std::make_unique<Watch>(std::move(file), limits))
+{
+}
+
+DocumentGuard::~DocumentGuard() = default;
+
+void DocumentGuard::Feed(std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const size_t room = watch_->limits.documentBytes - watch_->fed;
+        if (room == 0) RefuseDocumentSize(watch_->file, watch_->limits.documentBytes);
+        const size_t size = std::min({bytes.size(), kChunkBytes, room});
+        watch_->Take(bytes.data(), size);
+        bytes.remove_prefix(size);
+    }
+}
+
+void DocumentGuard::Finish() { watch_->Finish(); }
+
+const std::vector<ElementPlace>& DocumentGuard::Places() const { return watch_->places; }
+
+void RefuseDocumentSize(const std::string& file, size_t limit)
+{
+    throw Failure(FailureKind::Document, kDocumentTooLarge, {file, std::to_string(limit)});
+}
+
+}  // namespace MCVelscore_850

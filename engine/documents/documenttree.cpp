@@ -1,0 +1,128 @@
+#include "engine/documents/documenttree.h"
+
+#include <mutex>
+#include <new>
+
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/parsers/XercesDOMParser.hpp>
+#include <xercesc/sax/ErrorHandler.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include "engine/failure.h"
+#include "host/documentplace.h"
+#include "host/messages.h"
+#include "host/veltranscoder.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+// The library counts its users without a lock.
+std::mutex& SessionLock()
+{
+    static std::mutex lock;
+    return lock;
+}
+
+// Turns what the parser says into the one refusal. The guard refuses first what both know; the
+// rest are differences in taste, such as a version of XML that only one of them takes.
+class Complaints final : public xercesc::ErrorHandler {
+public:
+    explicit Complaints(const std::string& file) : file_(file) {}
+
+    void warning(const xercesc::SAXParseException&) override {}
+    void error(const xercesc::SAXParseException& e) override { Refuse(e); }
+    void fatalError(const xercesc::SAXParseException& e) override { Refuse(e); }
+    void resetErrors() override {}
+
+private:
+    [[noreturn]] void Refuse(const xercesc::SAXParseException& e) const
+    {
+        throw Failure(FailureKind::Document, kNotWellFormed,
+                      {file_, std::to_string(e.getLineNumber()), std::to_string(e.getColumnNumber()),
+                       Utf8FromXml(e.getMessage())});
+    }
+
+    const std::string& file_;
+};
+
+// The parser doesn't say where: it is the declaration in the first line, or as good as that.
+[[noreturn]] void RefuseFirstLine(const std::string& file, const XMLCh* reason)
+{
+    throw Failure(FailureKind::Document, kNotWellFormed, {file, "1", "1", Utf8FromXml(reason)});
+}
+
+// Builds the tree and gives each element the place that the guard saw it at: both meet the
+// elements in the same order. The parser's own place is where a tag ends, and asking it costs more.
+class PlacingParser final : public xercesc::XercesDOMParser {
+public:
+    explicit PlacingParser(const std::vector<ElementPlace>& places) : places_(places)
+    {
+        // Well-formedness alone, and the fastest. This scanner has no DTD, no schema and no entity
+        // of a document's own to begin with: should the guard and it ever read the same bytes in
+        // two ways, there is still nothing that it could expand or fetch.
+        useScanner(xercesc::XMLUni::fgWFXMLScanner);
+        setValidationScheme(Val_Never);
+        setDoNamespaces(false);
+        setDoSchema(false);
+        setLoadExternalDTD(false);
+        setLoadSchema(false);
+        setDisableDefaultEntityResolution(true);
+        setCreateCommentNodes(false);
+    }
+
+protected:
+    xercesc::DOMElement* createElement(const XMLCh* name) override
+    {
+        xercesc::DOMElement* element = XercesDOMParser::createElement(name);
+        if (next_ < places_.size()) {
+            const ElementPlace& place = places_[next_++];
+            NotePlace(element, place.line, place.column);
+        }
+        return element;
+    }
+
+private:
+    const std::vector<ElementPlace>& places_;
+    size_t next_ = 0;
+};
+
+}  // namespace
+
+XercesSession::XercesSession()
+{
+    const std::lock_guard<std::mutex> guard(SessionLock());
+    xercesc::XMLPlatformUtils::Initialize();
+}
+
+XercesSession::~XercesSession()
+{
+    const std::lock_guard<std::mutex> guard(SessionLock());
+    xercesc::XMLPlatformUtils::Terminate();
+}
+
+OwnedTree BuildTree(std::string_view bytes, const std::string& file,
+                    const std::vector<ElementPlace>& places)
+{
+    Complaints complaints(file);
+    PlacingParser parser(places);
+    parser.setErrorHandler(&complaints);
+    const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()),
+                                            bytes.size(), "document");
+    // Caught here and not above: these objects live off the session.
+    try {
+        parser.parse(source);
+    } catch (const xercesc::XMLException& e) {  // bytes that can't be decoded
+        RefuseFirstLine(file, e.getMessage());
+    } catch (const xercesc::DOMException& e) {  // a version of XML other than 1.0 and 1.1
+        RefuseFirstLine(file, e.getMessage());
+    } catch (const xercesc::OutOfMemoryException&) {
+        throw std::bad_alloc();
+    }
+    return OwnedTree(parser.adoptDocument());
+}
+
+}  // namespace MCVelscore_850
