@@ -57,13 +57,12 @@ CasePreparer::CasePreparer(const ScoreModel& model, const ModelDescription& desc
     }
     BindColumns(header, tableName);
 
-    const bool substitutes = model.GetMissingValuePolicy() == ScoreModel::MV_SUBSTITUTE;
     for (Binding& binding : bindings_) {
         const auto treatment =
             std::find_if(treatments.begin(), treatments.end(), [&](const auto& candidate) {
                 return candidate.name == binding.var->GetName();
             });
-        if (treatment != treatments.end()) ApplyTreatment(binding, *treatment, substitutes);
+        if (treatment != treatments.end()) ApplyTreatment(binding, *treatment);
     }
 
     // Data variables come first in the record, then the derived ones; both by their own order.
@@ -153,8 +152,7 @@ void CasePreparer::BindColumns(std::span<const std::string> header, const std::s
     }
 }
 
-void CasePreparer::ApplyTreatment(Binding& binding, const MiningFieldTreatment& treatment,
-                                  bool substitutes) const
+void CasePreparer::ApplyTreatment(Binding& binding, const MiningFieldTreatment& treatment) const
 {
     // "asIs" and an absent treatment leave the value to the model.
     struct Word {
@@ -168,7 +166,7 @@ void CasePreparer::ApplyTreatment(Binding& binding, const MiningFieldTreatment& 
         if (treatment.invalidValueTreatment == word.text) binding.invalid = word.invalid;
     }
     if (binding.invalid == Invalid::AsValue) {
-        if (substitutes && !treatment.invalidValueReplacement.empty()) {
+        if (options_.substitutes && !treatment.invalidValueReplacement.empty()) {
             binding.invalidReplacement = treatment.invalidValueReplacement;
         } else {
             binding.invalid = Invalid::LeaveToModel;
@@ -176,7 +174,7 @@ void CasePreparer::ApplyTreatment(Binding& binding, const MiningFieldTreatment& 
     }
     binding.refusesMissing = treatment.missingValueTreatment == "returnInvalid";
     // Replacements of continuous fields are in the model already.
-    if (substitutes && !treatment.missingValueReplacement.empty() &&
+    if (options_.substitutes && !treatment.missingValueReplacement.empty() &&
         binding.var->GetMeasureLevel() != ScoreDictVar::CONTINUOUS) {
         binding.missingReplacement = treatment.missingValueReplacement;
     }

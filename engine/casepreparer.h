@@ -24,9 +24,11 @@ class ScoreModel;
 class StringValue;
 class TransformVar;
 
-/// How a table writes its numbers and its missing values.
+/// How a table writes its numbers and its missing values, and whether these are replaced.
 struct CaseOptions {
     char decimal = '.';
+    /// False leaves invalid and missing values unreplaced, whatever the document says.
+    bool substitutes = true;
     /// Texts that mean missing in every column, beside the empty field.
     std::vector<std::string> missingTexts{};
 };
@@ -60,8 +62,7 @@ struct UnlistedValues {
 ///           its replacements into the record.
 /// Treatment What the mining schema leaves to the host, in this order: outliers that count as the
 ///           limits; invalid values as missing, as another value or as a refusal; missing values
-///           of categorical fields by their replacement. Nothing is replaced for a model whose
-///           policy isn't to substitute.
+///           of categorical fields by their replacement.
 /// Derived   values stand in the same record: GetScore is told that they are there.
 /// Errors    kMissingColumn, kDuplicateColumn (Failure) from the constructor; a row that can't be
 ///           a case answers its code.
@@ -118,8 +119,7 @@ private:
 
     void AddVariable(const ScoreDictVar& var, std::vector<std::string>& names);
     void BindColumns(std::span<const std::string> header, const std::string& tableName);
-    void ApplyTreatment(Binding& binding, const MiningFieldTreatment& treatment,
-                        bool substitutes) const;
+    void ApplyTreatment(Binding& binding, const MiningFieldTreatment& treatment) const;
     bool IsMissingText(const Binding& binding, std::string_view text) const;
     long SetValue(Binding& binding, std::string_view text);
     long Treat(Binding& binding, std::string_view text);

@@ -49,6 +49,7 @@ LoadedModel::~LoadedModel() = default;
 
 void LoadedModel::SetPolicy(MissingPolicy policy)
 {
+    substitutes_ = policy == MissingPolicy::Substitute;
     switch (policy) {
         case MissingPolicy::Substitute:
             model_->SetMissingValuePolicy(ScoreModel::MV_SUBSTITUTE);

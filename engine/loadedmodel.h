@@ -71,6 +71,10 @@ public:
     const ScoreModel& Model() const { return *model_; }
     /// Until this is called the model's own policy stands: reading a document may have set one.
     void SetPolicy(MissingPolicy policy);
+    /// False once a policy was set that replaces nothing. The model's own policy doesn't tell: a
+    /// model that knows no replacement for its numbers gives substitution up, while the document
+    /// may well have replacements for categories.
+    bool Substitutes() const { return substitutes_; }
     /// False for a model that ignores StatusOnly.
     bool TakesStatusOnly() const;
     /// Tells the model to compute its prediction alone, if that can't change the prediction:
@@ -89,6 +93,7 @@ private:
     std::vector<std::string> adaptations_;
     std::vector<MiningFieldTreatment> treatments_;
     std::unique_ptr<ScoreModel> model_;
+    bool substitutes_ = true;
     ModelDescription description_;
 };
 

@@ -184,13 +184,14 @@ TEST_F(CasePreparerTest, MissingCategoryIsReplacedOnlyUnderSubstitution)
 {
     DictVar& sex = model_.AddText("sex", {"f", "m"});
     treatments_ = {{.name = "sex", .missingValueReplacement = "m"}};
+    // As a model does that has no replacement for its numbers.
+    model_.SetMissingValuePolicy(ScoreModel::MV_SYSMIS_RESULT);
     Bind({"sex"});
     ASSERT_TRUE(Prepare({""}).IsOK());
     EXPECT_EQ(Value(0).GetString(), "m");
     ASSERT_TRUE(Prepare({"f"}).IsOK());
     EXPECT_EQ(Value(0).GetString(), "f");
-    model_.SetMissingValuePolicy(ScoreModel::MV_SYSMIS_RESULT);
-    Bind({"sex"});
+    Bind({"sex"}, {.substitutes = false});
     ASSERT_TRUE(Prepare({""}).IsOK());
     EXPECT_TRUE(IsMissing(sex, 0));
 }

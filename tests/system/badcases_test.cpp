@@ -60,7 +60,7 @@ TEST_F(BadCases, TableWithoutAHeaderLacksTheColumns)
 {
     const Finished run = Score("1,f\n2,m\n");
     EXPECT_EQ(run.exitCode, 3);
-    EXPECT_TRUE(Says(run, "has no column 'x', 'sex'")) << run.err;
+    EXPECT_TRUE(Says(run, "has no column 'sex', 'x'")) << run.err;
 }
 
 TEST_F(BadCases, RefusedTableLeavesTheOutputFileAlone)
@@ -98,7 +98,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Fault{"UnclosedQuote", "x,sex\n1,f\n2,\"m\n3,f\n4,f\n", "never closed"},
                     Fault{"StrayQuote", "x,sex\n1,f\n2,m\"x\n", "quote"},
                     Fault{"NulByte", std::string("x,sex\n1,f\n2,\0\n", 14), "NUL"}),
-    [](const auto& info) { return info.param.name; });
+    [](const auto& each) { return each.param.name; });
 
 TEST_F(BadCases, WindowsLineEndsAndAByteOrderMarkReadAsUsual)
 {

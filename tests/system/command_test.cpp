@@ -1,5 +1,7 @@
 // check, inspect, help, and what all commands share.
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -17,6 +19,11 @@ protected:
     static bool Has(const std::string& text, const std::string& part)
     {
         return text.find(part) != std::string::npos;
+    }
+    static long LineOf(const std::string& text, const std::string& part)
+    {
+        const auto end = text.begin() + static_cast<std::ptrdiff_t>(text.find(part));
+        return 1 + std::count(text.begin(), end, '\n');
     }
 
     ScratchFolder folder_;
@@ -78,7 +85,8 @@ TEST_F(Command, CheckReportsEachDocumentAndEndsWithTwoWhenOneIsRefused)
     EXPECT_EQ(mixed.exitCode, 2);
     EXPECT_TRUE(Has(mixed.out, good + ": OK")) << mixed.out;
     // file:line:column, what was found, the code, what to do
-    EXPECT_TRUE(Has(mixed.out, "refused: " + bad + ":35:7: ")) << mixed.out;
+    const std::string place = ":" + std::to_string(LineOf(wrong.Text(), "beta=\"two\"")) + ":7: ";
+    EXPECT_TRUE(Has(mixed.out, "refused: " + bad + place)) << mixed.out;
     EXPECT_TRUE(Has(mixed.out, "two")) << mixed.out;
     EXPECT_TRUE(Has(mixed.out, "[269001]")) << mixed.out;
     EXPECT_TRUE(Has(mixed.out, "what to do: ")) << mixed.out;
@@ -98,7 +106,7 @@ TEST_F(Command, CheckTellsMachinesTheSame)
     EXPECT_EQ(report[0]["target"], "y");
     EXPECT_EQ(report[1]["ok"], false);
     EXPECT_EQ(report[1]["document"], bad);
-    EXPECT_EQ(report[1]["line"], 35);
+    EXPECT_EQ(report[1]["line"], LineOf(wrong.Text(), "beta=\"two\""));
     EXPECT_EQ(report[1]["code"], 269001);
     EXPECT_EQ(report[2]["code"], 269101);
 }
@@ -168,11 +176,11 @@ TEST_F(Command, TraceGoesToStandardErrorOrToAFile)
     EXPECT_EQ(silent.err, "");
     const Finished traced = RunVelscore({"score", "--quiet", model_}, table, {"VELSCORE_TRACE=2"});
     EXPECT_EQ(traced.out, silent.out);
-    EXPECT_TRUE(Has(traced.err, "Enter:")) << traced.err;
+    EXPECT_TRUE(Has(traced.err, "Entry:")) << traced.err;
     EXPECT_TRUE(Has(traced.err, "PMML version is :4.4")) << traced.err;
     const std::string file = folder_.Path("trace.txt");
     EXPECT_EQ(RunVelscore({"score", "--quiet", model_}, table, {"VELSCORE_TRACE=1:" + file}).err, "");
-    EXPECT_TRUE(Has(ReadFile(file), "Enter:"));
+    EXPECT_TRUE(Has(ReadFile(file), "Entry:"));
     EXPECT_EQ(RunVelscore({"score", model_}, table, {"VELSCORE_TRACE=loud"}).exitCode, 1);
 }
 

@@ -8,12 +8,12 @@
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+#include <string_view>
 
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/ioctl.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -154,6 +154,17 @@ void RunningVelscore::CloseOutput() { CloseEnd(out_); }
 
 void RunningVelscore::Signal(int signal) const { ::kill(child_, signal); }
 
+// From the child's own page: what wait4() tells of a spawned child includes the parent's memory.
+long RunningVelscore::PeakKilobytes() const
+{
+    constexpr std::string_view kLabel = "VmHWM:";
+    std::ifstream status("/proc/" + std::to_string(child_) + "/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with(kLabel)) return std::stol(line.substr(kLabel.size()));
+    }
+    return -1;
+}
+
 Finished RunningVelscore::Finish()
 {
     while (out_ >= 0 || err_ >= 0) {
@@ -163,13 +174,11 @@ Finished RunningVelscore::Finish()
         if (waiting[1].revents != 0 && !Drain(err_, finished_.err)) CloseEnd(err_);
     }
     int status = 0;
-    rusage usage{};
-    while (::wait4(child_, &status, 0, &usage) < 0 && errno == EINTR) {
+    while (::waitpid(child_, &status, 0) < 0 && errno == EINTR) {
     }
     child_ = -1;
     if (WIFEXITED(status)) finished_.exitCode = WEXITSTATUS(status);
     if (WIFSIGNALED(status)) finished_.signal = WTERMSIG(status);
-    finished_.peakKilobytes = usage.ru_maxrss;
     return finished_;
 }
 

@@ -15,7 +15,6 @@ struct Finished {
     int signal = 0;
     std::string out;
     std::string err;
-    long peakKilobytes = 0;
 };
 
 /// Runs a program with these arguments; `input` is its standard input. `environment` adds to ours.
@@ -43,6 +42,8 @@ public:
     std::string ReadOutput(size_t size);
     void CloseOutput();
     void Signal(int signal) const;
+    /// The most memory that the running child has held so far.
+    long PeakKilobytes() const;
     /// Reads the rest of both outputs and waits for the end.
     Finished Finish();
 
