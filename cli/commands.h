@@ -1,0 +1,63 @@
+#ifndef VELSCORE_CLI_COMMANDS_H
+#define VELSCORE_CLI_COMMANDS_H
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace MCVelscore_850 {
+
+class Console;
+
+/// What was asked of `score`, as text where it still has to be understood.
+struct ScoreArguments {
+    std::string model;
+    std::string cases = "-";
+    std::string output = "-";
+    std::string policy;  ///< empty: the model's own
+    std::vector<std::string> keep;
+    std::string outputColumns = "default";
+    std::string delimiter = ",";
+    std::string decimal = ".";
+    std::vector<std::string> missingTexts;
+    std::string plugin;
+    bool predictionOnly = false;
+    bool asIs = false;
+    bool strict = false;
+    bool quiet = false;
+};
+
+struct CheckArguments {
+    std::vector<std::string> models;
+    std::string plugin;
+    bool asIs = false;
+    bool json = false;
+};
+
+struct InspectArguments {
+    std::string model;
+    std::string plugin;
+    bool asIs = false;
+    bool dump = false;
+    bool json = false;
+};
+
+struct HelpArguments {
+    std::string code;  ///< empty: every code
+};
+
+/// Arguments that can't be understood, or don't go together.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// The commands. Each answers the exit code and throws UsageError or the engine's Failure.
+int RunScore(const ScoreArguments& arguments, Console& console);
+int RunCheck(const CheckArguments& arguments, Console& console);
+int RunInspect(const InspectArguments& arguments);
+int RunHelp(const HelpArguments& arguments);
+
+}  // namespace MCVelscore_850
+
+#endif

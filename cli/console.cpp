@@ -1,0 +1,111 @@
+#include "cli/console.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include "engine/csvwriter.h"
+#include "engine/loadedmodel.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+constexpr std::string_view kRed = "\033[1;31m";
+constexpr std::string_view kPlain = "\033[0m";
+
+void Put(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stderr); }
+
+bool IsColourWanted()
+{
+    const char* none = std::getenv("NO_COLOR");
+    const char* terminal = std::getenv("TERM");
+    return (none == nullptr || *none == '\0') &&
+           (terminal == nullptr || std::string_view(terminal) != "dumb");
+}
+
+}  // namespace
+
+Console::Console() : terminal_(::isatty(STDERR_FILENO) == 1), colour_(terminal_ && IsColourWanted())
+{
+}
+
+Console::~Console() { ClearProgress(); }
+
+void Console::Say(std::string_view text)
+{
+    ClearProgress();
+    Put(fmt::format("velscore: {}\n", text));
+}
+
+void Console::SayError(std::string_view text, std::string_view remedy)
+{
+    ClearProgress();
+    Put(fmt::format("velscore: {}error:{} {}\n", colour_ ? kRed : "", colour_ ? kPlain : "", text));
+    if (!remedy.empty()) Put(fmt::format("  what to do: {}\n", remedy));
+}
+
+void Console::SayFailure(const Failure& failure) { SayError(FailureText(failure), failure.Remedy()); }
+
+void Console::ShowProgress(uint64_t done, uint64_t total)
+{
+    using namespace std::chrono_literals;
+    const Clock::time_point now = Clock::now();
+    if (!terminal_ || now - started_ < 1s || now - shown_ < 100ms) return;
+    shown_ = now;
+    progressShown_ = true;
+    constexpr double kMebibyte = 1024.0 * 1024.0;
+    const double read = static_cast<double>(done);
+    if (total == 0) {
+        Put(fmt::format("\r{:.0f} MiB read\033[K", read / kMebibyte));
+        return;
+    }
+    constexpr int kWidth = 40;
+    const double share = std::min(1.0, read / static_cast<double>(total));
+    const auto filled = static_cast<size_t>(share * kWidth);
+    Put(fmt::format("\r[{:<{}}] {:3.0f} %\033[K", std::string(filled, '#'), kWidth, share * 100.0));
+}
+
+void Console::ClearProgress()
+{
+    if (progressShown_) Put("\r\033[K");
+    progressShown_ = false;
+}
+
+void PrintOut(std::string_view text)
+{
+    static bool closed = false;
+    while (!text.empty() && !closed) {
+        const ssize_t count = ::write(STDOUT_FILENO, text.data(), text.size());
+        if (count >= 0) {
+            text.remove_prefix(static_cast<size_t>(count));
+        } else if (errno == EPIPE) {
+            closed = true;
+        } else if (errno != EINTR) {
+            RefuseOutput("standard output", errno, 0);
+        }
+    }
+}
+
+std::string FailureText(const Failure& failure)
+{
+    std::string text;
+    if (const auto* refusal = dynamic_cast<const DocumentFailure*>(&failure)) {
+        text = refusal->File();
+        if (refusal->Line() > 0) text += fmt::format(":{}:{}", refusal->Line(), refusal->Column());
+        text += ": ";
+    }
+    text += failure.what();
+    text += fmt::format(" [{}]", failure.Code());
+    if (const auto* refusal = dynamic_cast<const DocumentFailure*>(&failure);
+        refusal != nullptr && !refusal->ElementPath().empty()) {
+        text += fmt::format("\n  at {}", refusal->ElementPath());
+    }
+    return text;
+}
+
+}  // namespace MCVelscore_850

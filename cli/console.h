@@ -1,0 +1,51 @@
+#ifndef VELSCORE_CLI_CONSOLE_H
+#define VELSCORE_CLI_CONSOLE_H
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace MCVelscore_850 {
+
+class Failure;
+
+/// Everything that the command says beside its data: on standard error, in colour only on a
+/// terminal and without NO_COLOR.
+class Console {
+public:
+    Console();
+    ~Console();
+
+    /// "velscore: ..." on a line of its own.
+    void Say(std::string_view text);
+    /// The same, as an error; `remedy` may be empty.
+    void SayError(std::string_view text, std::string_view remedy = {});
+    /// A failure with its place, code and remedy.
+    void SayFailure(const Failure& failure);
+
+    /// Shows how far a long work is: nothing in its first second, nor where no terminal is.
+    /// `total` is 0 when it isn't known.
+    void ShowProgress(uint64_t done, uint64_t total);
+    void ClearProgress();
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    bool terminal_;
+    bool colour_;
+    bool progressShown_ = false;
+    Clock::time_point started_ = Clock::now();
+    Clock::time_point shown_{};
+};
+
+/// Writes to standard output, where the data goes. Throws Failure (kOutputNotWritten) when it can't
+/// be written; once the reader of a pipe went away, the rest is dropped quietly.
+void PrintOut(std::string_view text);
+
+/// "model.pmml:12:5: text" with the place in front where the failure knows it, and the code behind.
+std::string FailureText(const Failure& failure);
+
+}  // namespace MCVelscore_850
+
+#endif

@@ -1,0 +1,196 @@
+#include "cli/modeltext.h"
+
+#include <cmath>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "engine/loadedmodel.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr size_t kLabelWidth = 14;
+
+std::string Number(double number) { return fmt::format("{}", number); }
+
+std::string Joined(const std::vector<std::string>& names)
+{
+    std::string text;
+    for (const std::string& name : names) {
+        if (!text.empty()) text += ", ";
+        text += name;
+    }
+    return text;
+}
+
+// A line "label         text", left out when there is nothing to say.
+void AddLine(std::string& out, std::string_view label, const std::string& text)
+{
+    if (!text.empty()) out += fmt::format("{:<{}}{}\n", label, kLabelWidth, text);
+}
+
+std::string FactorText(const ModelDescription::Factor& factor)
+{
+    if (factor.isCategory) return fmt::format("[{} = {}]", factor.predictor, factor.category);
+    if (factor.exponent == 1.0) return factor.predictor;  // exact: as the document writes it
+    return fmt::format("{}^{}", factor.predictor, Number(factor.exponent));
+}
+
+std::string TermText(const ModelDescription::Term& term)
+{
+    std::string text = Number(std::abs(term.beta));
+    for (const ModelDescription::Factor& factor : term.factors) text += " * " + FactorText(factor);
+    return text;
+}
+
+void AddEquation(std::string& out, const ModelDescription::Equation& equation)
+{
+    out += equation.category.empty() ? "equation\n"
+                                     : fmt::format("equation for {}\n", equation.category);
+    out += "  linear predictor =\n";
+    for (const ModelDescription::Term& term : equation.terms) {
+        out += fmt::format("    {} {}\n", std::signbit(term.beta) ? '-' : '+', TermText(term));
+    }
+    if (equation.terms.empty()) out += "    0\n";
+}
+
+void AddContrast(std::string& out, const ModelDescription::Contrast& contrast)
+{
+    out += fmt::format("contrasts of {}\n", contrast.predictor);
+    for (size_t row = 0; row < contrast.rows.size(); ++row) {
+        out += fmt::format("  {:<{}}", row < contrast.categories.size() ? contrast.categories[row] : "",
+                           kLabelWidth - 2);
+        for (const double value : contrast.rows[row]) out += " " + Number(value);
+        out += '\n';
+    }
+}
+
+void AddStrata(std::string& out, const ModelDescription& description)
+{
+    for (const ModelDescription::Stratum& stratum : description.strata) {
+        out += fmt::format("baseline      {}{} cells, times {} to {}\n",
+                           stratum.value.empty() ? "" : stratum.value + ": ", stratum.cells,
+                           Number(stratum.minTime), Number(stratum.maxTime));
+    }
+}
+
+Json EquationJson(const ModelDescription::Equation& equation)
+{
+    Json terms = Json::array();
+    for (const ModelDescription::Term& term : equation.terms) {
+        Json factors = Json::array();
+        for (const ModelDescription::Factor& factor : term.factors) {
+            Json entry{{"predictor", factor.predictor}};
+            if (factor.isCategory) {
+                entry["category"] = factor.category;
+            } else {
+                entry["exponent"] = factor.exponent;
+            }
+            factors.push_back(std::move(entry));
+        }
+        terms.push_back({{"parameter", term.parameter},
+                         {"label", term.label},
+                         {"beta", term.beta},
+                         {"factors", std::move(factors)}});
+    }
+    Json json = Json::object();
+    if (!equation.category.empty()) json["category"] = equation.category;
+    json["terms"] = std::move(terms);
+    return json;
+}
+
+}  // namespace
+
+std::string ModelText(const LoadedModel& model)
+{
+    const ModelDescription& about = model.Description();
+    std::string out;
+    AddLine(out, "document", model.File() + (model.Version().empty() ? "" : ", version " + model.Version()));
+    AddLine(out, "family", fmt::format("{} ({})", about.family, about.className));
+    AddLine(out, "target", about.target);
+    AddLine(out, "categories", Joined(about.targetCategories));
+    AddLine(out, "reference", about.referenceCategory);
+    if (about.hasCutoff) AddLine(out, "cut-off", Number(about.cutoff));
+    AddLine(out, "factors", Joined(about.factors));
+    AddLine(out, "covariates", Joined(about.covariates));
+    AddLine(out, "offset", about.offset);
+    AddLine(out, "trials", about.trials);
+    AddLine(out, "end time", about.endTimeVariable);
+    AddLine(out, "strata", about.stratumVariable);
+    AddLine(out, "reads", Joined(about.variables));
+    AddLine(out, "distribution", about.distribution);
+    if (!about.link.empty()) {
+        AddLine(out, "link", about.link + (about.hasLinkParameter
+                                               ? " with parameter " + Number(about.linkParameter)
+                                               : ""));
+    }
+    AddLine(out, "df", Number(about.degreesOfFreedom));
+    AddLine(out, "covariances", about.hasCovariances ? "yes" : "none: no standard errors");
+    AddStrata(out, about);
+    for (const ModelDescription::Equation& equation : about.equations) AddEquation(out, equation);
+    for (const ModelDescription::Contrast& contrast : about.contrasts) AddContrast(out, contrast);
+    if (!about.quantities.empty()) out += "columns of the output\n";
+    for (const ModelDescription::Quantity& quantity : about.quantities) {
+        out += fmt::format("  {:<{}}{}\n", quantity.column, kLabelWidth - 2, quantity.meaning);
+    }
+    for (const std::string& adaptation : model.Adaptations()) AddLine(out, "adapted", adaptation);
+    return out;
+}
+
+Json ModelJson(const LoadedModel& model)
+{
+    const ModelDescription& about = model.Description();
+    Json json{{"document", model.File()},
+              {"version", model.Version()},
+              {"family", about.family},
+              {"class", about.className},
+              {"target", about.target},
+              {"targetCategories", about.targetCategories},
+              {"referenceCategory", about.referenceCategory},
+              {"factors", about.factors},
+              {"covariates", about.covariates},
+              {"offset", about.offset},
+              {"trials", about.trials},
+              {"endTime", about.endTimeVariable},
+              {"strata", about.stratumVariable},
+              {"reads", about.variables},
+              {"distribution", about.distribution},
+              {"link", about.link}};
+    json["linkParameter"] = about.hasLinkParameter ? Json(about.linkParameter) : Json();
+    json["cutoff"] = about.hasCutoff ? Json(about.cutoff) : Json();
+    json["df"] = about.degreesOfFreedom;
+    json["hasCovariances"] = about.hasCovariances;
+    Json equations = Json::array();
+    for (const ModelDescription::Equation& equation : about.equations) {
+        equations.push_back(EquationJson(equation));
+    }
+    json["equations"] = std::move(equations);
+    Json contrasts = Json::array();
+    for (const ModelDescription::Contrast& contrast : about.contrasts) {
+        contrasts.push_back({{"predictor", contrast.predictor},
+                             {"categories", contrast.categories},
+                             {"rows", contrast.rows}});
+    }
+    json["contrasts"] = std::move(contrasts);
+    Json strata = Json::array();
+    for (const ModelDescription::Stratum& stratum : about.strata) {
+        strata.push_back({{"value", stratum.value},
+                          {"cells", stratum.cells},
+                          {"minTime", stratum.minTime},
+                          {"maxTime", stratum.maxTime}});
+    }
+    json["baseline"] = std::move(strata);
+    Json columns = Json::array();
+    for (const ModelDescription::Quantity& quantity : about.quantities) {
+        columns.push_back({{"column", quantity.column}, {"meaning", quantity.meaning}});
+    }
+    json["columns"] = std::move(columns);
+    json["adapted"] = model.Adaptations();
+    return json;
+}
+
+}  // namespace MCVelscore_850

@@ -1,0 +1,204 @@
+#include <optional>
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "cli/exitcode.h"
+#include "cli/stopsignals.h"
+#include "engine/explanation.h"
+#include "engine/scoringsession.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+char SingleCharacter(std::string_view option, const std::string& text)
+{
+    if (text == "\\t" || text == "tab") return '\t';
+    if (text.size() != 1) {
+        throw UsageError(
+            fmt::format("{} is '{}'; expected is one character of one byte, or tab", option, text));
+    }
+    return text.front();
+}
+
+TableDialect DialectOf(const ScoreArguments& arguments)
+{
+    TableDialect dialect;
+    dialect.delimiter = SingleCharacter("--delimiter", arguments.delimiter);
+    dialect.decimal = SingleCharacter("--decimal", arguments.decimal);
+    constexpr std::string_view kNoDelimiters("\"\r\n\0", 4);
+    constexpr std::string_view kNoDecimals("\"\r\n\t +-0123456789eE", 19);
+    if (kNoDelimiters.find(dialect.delimiter) != std::string_view::npos) {
+        throw UsageError("--delimiter can't be a quote or a line end");
+    }
+    if (kNoDecimals.find(dialect.decimal) != std::string_view::npos) {
+        throw UsageError(fmt::format("--decimal can't be '{}'", arguments.decimal));
+    }
+    // A decimal comma in a comma-separated table stands in quotes; any other pair is a slip.
+    if (dialect.delimiter == dialect.decimal && dialect.delimiter != ',') {
+        throw UsageError("--delimiter and --decimal are the same character");
+    }
+    return dialect;
+}
+
+// The names of a list such as  a,"b, c",d : quotes as in a table.
+std::vector<std::string> SplitNames(const std::string& list)
+{
+    std::vector<std::string> names(1);
+    bool quoted = false;
+    for (size_t i = 0; i < list.size(); ++i) {
+        const char c = list[i];
+        if (quoted && c == '"' && i + 1 < list.size() && list[i + 1] == '"') {
+            names.back() += '"';
+            ++i;
+        } else if (c == '"' && (quoted || names.back().empty())) {
+            quoted = !quoted;
+        } else if (c == ',' && !quoted) {
+            names.emplace_back();
+        } else {
+            names.back() += c;
+        }
+    }
+    if (quoted) throw UsageError(fmt::format("--keep {} has a quote that is never closed", list));
+    return names;
+}
+
+OutputOptions OutputOf(const ScoreArguments& arguments)
+{
+    OutputOptions output;
+    output.predictionOnly = arguments.predictionOnly;
+    for (const std::string& list : arguments.keep) {
+        if (list == "all") {
+            output.keepAll = true;
+            continue;
+        }
+        for (std::string& name : SplitNames(list)) output.keep.push_back(std::move(name));
+    }
+    return output;
+}
+
+void SetPolicy(LoadedModel& model, const std::string& policy)
+{
+    if (policy.empty()) return;
+    if (policy == "substitute") {
+        model.SetPolicy(MissingPolicy::Substitute);
+    } else if (policy == "sysmis") {
+        model.SetPolicy(MissingPolicy::SysmisResult);
+    } else {
+        if (!model.TakesStatusOnly()) {
+            throw UsageError(fmt::format(
+                "--policy status has no meaning for {}: that model ignores it; use sysmis",
+                model.Description().family));
+        }
+        model.SetPolicy(MissingPolicy::StatusOnly);
+    }
+}
+
+// The output must not be a file that is still being read: it would be emptied or never end.
+void RefuseOutputOntoInput(const ScoreArguments& arguments, const InputFile& cases)
+{
+    const auto refuse = [](const std::string& input) {
+        throw UsageError(fmt::format("the output is the input {} itself; write to another file", input));
+    };
+    if (arguments.output == "-") {
+        if (cases.Size() > 0 && IsSameFile(STDOUT_FILENO, cases.Descriptor())) refuse(cases.Name());
+        return;
+    }
+    if (arguments.model != "-" && IsSameFile(arguments.model, arguments.output)) refuse(arguments.model);
+    if (IsSameFile(cases.Descriptor(), arguments.output)) refuse(cases.Name());
+}
+
+std::string FirstCaseText(long code, const NotScored& cases)
+{
+    if (!cases.text.empty()) {
+        return MessageText(static_cast<int>(code),
+                           {cases.text, cases.field, std::to_string(cases.row)});
+    }
+    return cases.field.empty() ? fmt::format("row {}", cases.row)
+                               : fmt::format("row {}, field {}", cases.row, cases.field);
+}
+
+// One line: cases scored, cases not scored by code, values that the dictionary doesn't list.
+std::string ClosingLine(const ScoringReport& report)
+{
+    const int64_t notScored = report.NotScoredCount();
+    std::string line = fmt::format("{} of {} cases scored", report.scored, report.scored + notScored);
+    if (notScored > 0) line += fmt::format("; {} not scored:", notScored);
+    const char* between = " ";
+    for (const auto& [code, cases] : report.notScored) {
+        line += fmt::format("{}{} with status {} (first: {})", between, cases.count, code,
+                            FirstCaseText(code, cases));
+        between = ", ";
+    }
+    for (const UnlistedValues& unlisted : report.unlisted) {
+        line += fmt::format("; column {} has {} {} that the model's dictionary doesn't list (",
+                            unlisted.column, unlisted.count, unlisted.count == 1 ? "value" : "values");
+        for (size_t i = 0; i < unlisted.first.size(); ++i) {
+            line += fmt::format("{}'{}'", i == 0 ? "" : ", ", unlisted.first[i]);
+        }
+        line += ")";
+    }
+    return line;
+}
+
+int ExitCodeOf(const ScoringReport& report, bool strict)
+{
+    if (report.interrupted) return kExitSignal + StopSignal();
+    if (strict && (report.NotScoredCount() > 0 || !report.unlisted.empty())) return kExitStrict;
+    return kExitDone;
+}
+
+}  // namespace
+
+int RunScore(const ScoreArguments& arguments, Console& console)
+{
+    if (arguments.model == "-" && arguments.cases == "-") {
+        throw UsageError("the model and the cases can't both come from standard input; name a file "
+                         "for one of them");
+    }
+    ScoringOptions options;
+    options.dialect = DialectOf(arguments);
+    options.missingTexts = arguments.missingTexts;
+    options.output = OutputOf(arguments);
+
+    LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin),
+                      LoadOptions{arguments.asIs});
+    SetPolicy(model, arguments.policy);
+    if (arguments.predictionOnly) model.WantPredictionOnly();
+
+    CatchStopSignals();
+    InputFile cases(arguments.cases, &StopRequested());
+    RefuseOutputOntoInput(arguments, cases);
+
+    std::optional<ScoringSession> session;
+    std::optional<CsvWriter> writer;
+    try {
+        session.emplace(model, cases, options, &StopRequested());
+        writer.emplace(arguments.output, options.dialect.delimiter, options.dialect.decimal);
+        ScoringSession::Progress progress;
+        if (!arguments.quiet) {
+            progress = [&](uint64_t done) { console.ShowProgress(done, cases.Size()); };
+        }
+        session->Run(*writer, progress);
+    } catch (const Failure& failure) {
+        if (StopSignal() != 0 && !session) return kExitSignal + StopSignal();
+        console.SayFailure(failure);
+        if (writer && failure.Kind() != FailureKind::Output) {
+            console.Say(fmt::format("whole rows written before that: {}", writer->RowsWritten()));
+        }
+        return static_cast<int>(failure.Kind());
+    }
+
+    const ScoringReport& report = session->Report();
+    if (report.interrupted) {
+        console.Say(fmt::format("interrupted; whole rows written: {}", report.rowsWritten));
+    } else if (!arguments.quiet && !report.outputClosed) {
+        console.Say(ClosingLine(report));
+    }
+    return ExitCodeOf(report, arguments.strict);
+}
+
+}  // namespace MCVelscore_850

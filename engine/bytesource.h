@@ -1,0 +1,61 @@
+#ifndef VELSCORE_ENGINE_BYTESOURCE_H
+#define VELSCORE_ENGINE_BYTESOURCE_H
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace MCVelscore_850 {
+
+/// Set from outside, by a signal handler say, to end a run at the next whole row.
+using StopFlag = std::atomic<bool>;
+static_assert(StopFlag::is_always_lock_free, "a signal handler may set it");
+
+/// Bytes in order, from wherever they come.
+class ByteSource {
+public:
+    virtual ~ByteSource();
+    /// Reads up to `size` bytes; 0 at the end. Throws Failure when they can't be read.
+    virtual size_t Read(char* buffer, size_t size) = 0;
+    /// How messages call it.
+    virtual const std::string& Name() const = 0;
+};
+
+/// A file, or standard input, as a source of bytes.
+///
+/// Errors  kCasesNotRead for what can't be opened or read, a directory among it.
+/// Owner   closes what it opened; standard input stays open.
+class InputFile final : public ByteSource {
+public:
+    /// `path` "-" is standard input. With a stop flag, a read that a signal interrupts answers
+    /// the end once the flag is set.
+    explicit InputFile(const std::string& path, const StopFlag* stop = nullptr);
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+    ~InputFile() override;
+
+    size_t Read(char* buffer, size_t size) override;
+    const std::string& Name() const override { return name_; }
+
+    /// The size of a regular file, 0 for anything else.
+    uint64_t Size() const { return size_; }
+    int Descriptor() const { return descriptor_; }
+
+private:
+    [[noreturn]] void Refuse(const std::string& reason) const;
+
+    std::string name_;
+    const StopFlag* stop_;
+    int descriptor_ = -1;
+    uint64_t size_ = 0;
+};
+
+/// True when both, open descriptors or paths, are the same regular file.
+bool IsSameFile(int descriptor, int other);
+bool IsSameFile(int descriptor, const std::string& path);
+bool IsSameFile(const std::string& path, const std::string& other);
+
+}  // namespace MCVelscore_850
+
+#endif

@@ -1,0 +1,324 @@
+#include "engine/casepreparer.h"
+
+#include <algorithm>
+
+#include "engine/failure.h"
+#include "host/datetimetext.h"
+#include "host/datetimevalue.h"
+#include "host/dictvar.h"
+#include "host/mcstatus.h"
+#include "host/messages.h"
+#include "host/numbertext.h"
+#include "host/numericvalue.h"
+#include "host/scoremodel.h"
+#include "host/stringvalue.h"
+#include "host/transformationdictionary.h"
+#include "host/transformvar.h"
+#include "host/varstats.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+constexpr std::string_view kNotAvailable = "NA";
+
+std::string JoinNames(std::span<const std::string> names, std::string_view between)
+{
+    std::string joined;
+    for (size_t i = 0; i < names.size(); ++i) {
+        if (i > 0) joined += between;
+        joined += names[i];
+    }
+    return joined;
+}
+
+const ScoreDictVar* FindVariable(const ScoreDictionary* dictionary,
+                                 const ScoreDictionary* transformations, const std::string& name)
+{
+    const ScoreDictVar* var = dictionary == nullptr ? nullptr : dictionary->GetVar(name);
+    if (var == nullptr && transformations != nullptr) var = transformations->GetVar(name);
+    return var;
+}
+
+}  // namespace
+
+CasePreparer::CasePreparer(const ScoreModel& model, const ModelDescription& description,
+                           const std::vector<MiningFieldTreatment>& treatments,
+                           std::span<const std::string> header, const std::string& tableName,
+                           CaseOptions options)
+    : options_(std::move(options)),
+      dictionary_(model.GetDictionary()),
+      transformations_(model.GetTransformationDictionary())
+{
+    std::vector<std::string> names;
+    for (const std::string& name : description.variables) {
+        const ScoreDictVar* var = FindVariable(dictionary_, transformations_, name);
+        if (var != nullptr) AddVariable(*var, names);
+    }
+    BindColumns(header, tableName);
+
+    for (Binding& binding : bindings_) {
+        const auto treatment =
+            std::find_if(treatments.begin(), treatments.end(), [&](const auto& candidate) {
+                return candidate.name == binding.var->GetName();
+            });
+        if (treatment != treatments.end()) ApplyTreatment(binding, *treatment);
+    }
+
+    // Data variables come first in the record, then the derived ones; both by their own order.
+    for (const Derived& derived : derived_) names.push_back(derived.var->GetName());
+    record_ = std::make_unique<CaseRecord>(std::move(names));
+    int position = 0;
+    for (Binding& binding : bindings_) {
+        switch (binding.kind) {
+            case Kind::Number: {
+                auto value = std::make_unique<NumericValue>(NumericValue::GetSysmisValue());
+                binding.number = value.get();
+                record_->Own(position++, std::move(value));
+                break;
+            }
+            case Kind::Text: {
+                auto value = std::make_unique<StringValue>("");
+                binding.text = value.get();
+                record_->Own(position++, std::move(value));
+                break;
+            }
+            case Kind::DateTime: {
+                auto value = std::make_unique<DateTimeValue>(NumericValue::GetSysmisValue());
+                binding.dateTime = value.get();
+                record_->Own(position++, std::move(value));
+                break;
+            }
+        }
+    }
+    for (Derived& derived : derived_) derived.position = position++;
+}
+
+CasePreparer::~CasePreparer() = default;
+
+void CasePreparer::AddVariable(const ScoreDictVar& var, std::vector<std::string>& names)
+{
+    if (std::find(seen_.begin(), seen_.end(), &var) != seen_.end()) return;
+    seen_.push_back(&var);
+    if (var.IsDerived()) {
+        const auto& derived = static_cast<const TransformVar&>(var);
+        for (const ScoreDictVar* input : derived.Inputs()) AddVariable(*input, names);
+        derived_.push_back({&derived, -1});
+        return;
+    }
+    Binding binding;
+    binding.var = &var;
+    binding.dictVar = dynamic_cast<const DictVar*>(&var);
+    binding.kind = var.GetValueType() == ScoreDictVar::STRING     ? Kind::Text
+                   : var.GetValueType() == ScoreDictVar::DATETIME ? Kind::DateTime
+                                                                  : Kind::Number;
+    if (binding.dictVar != nullptr) {
+        binding.naIsMissing =
+            binding.kind != Kind::Text || binding.dictVar->FindCategoryText(kNotAvailable) < 0;
+        binding.spells = binding.dictVar->Type().boolean;
+    }
+    if (binding.kind == Kind::Number && var.GetOutlierTreatment() == ScoreDictVar::AS_EXTREME &&
+        var.GetVarStats() != nullptr) {
+        const double low = var.GetVarStats()->GetMinimum();
+        const double high = var.GetVarStats()->GetMaximum();
+        binding.low = NumericValue::IsSystemMissingValue(low) ? -NumericValue::GetInfinity() : low;
+        binding.high = NumericValue::IsSystemMissingValue(high) ? NumericValue::GetInfinity() : high;
+        binding.clamps = binding.low <= binding.high;
+    }
+    binding.countsUnlisted = binding.dictVar != nullptr && var.AcceptsUnlisted();
+    binding.treated = binding.countsUnlisted;
+    binding.unlisted.column = var.GetName();
+    names.push_back(var.GetName());
+    bindings_.push_back(std::move(binding));
+}
+
+void CasePreparer::BindColumns(std::span<const std::string> header, const std::string& tableName)
+{
+    std::vector<std::string> missing;
+    for (Binding& binding : bindings_) {
+        const std::string& name = binding.var->GetName();
+        const auto found = std::find(header.begin(), header.end(), name);
+        if (found == header.end()) {
+            missing.push_back(name);
+        } else if (std::find(found + 1, header.end(), name) != header.end()) {
+            throw Failure(FailureKind::Cases, kDuplicateColumn, {tableName, name});
+        } else {
+            binding.column = static_cast<size_t>(found - header.begin());
+        }
+    }
+    if (!missing.empty()) {
+        throw Failure(FailureKind::Cases, kMissingColumn,
+                      {tableName, JoinNames(missing, "', '"), JoinNames(header, ", ")});
+    }
+}
+
+void CasePreparer::ApplyTreatment(Binding& binding, const MiningFieldTreatment& treatment) const
+{
+    // "asIs" and an absent treatment leave the value to the model.
+    struct Word {
+        std::string_view text;
+        Invalid invalid;
+    };
+    constexpr Word kWords[] = {{"asMissing", Invalid::AsMissing},
+                               {"asValue", Invalid::AsValue},
+                               {"returnInvalid", Invalid::Refuse}};
+    for (const Word& word : kWords) {
+        if (treatment.invalidValueTreatment == word.text) binding.invalid = word.invalid;
+    }
+    if (binding.invalid == Invalid::AsValue) {
+        if (options_.substitutes && !treatment.invalidValueReplacement.empty()) {
+            binding.invalidReplacement = treatment.invalidValueReplacement;
+        } else {
+            binding.invalid = Invalid::LeaveToModel;
+        }
+    }
+    binding.refusesMissing = treatment.missingValueTreatment == "returnInvalid";
+    // Replacements of continuous fields are in the model already.
+    if (options_.substitutes && !treatment.missingValueReplacement.empty() &&
+        binding.var->GetMeasureLevel() != ScoreDictVar::CONTINUOUS) {
+        binding.missingReplacement = treatment.missingValueReplacement;
+    }
+    binding.treated = binding.treated || binding.invalid != Invalid::LeaveToModel ||
+                      binding.refusesMissing || binding.missingReplacement.has_value();
+}
+
+CaseStatus CasePreparer::Prepare(std::span<const std::string_view> fields)
+{
+    for (Binding& binding : bindings_) {
+        const std::string_view text = fields[binding.column];
+        long code = SetValue(binding, text);
+        if (code == 0 && binding.treated) code = Treat(binding, text);
+        if (code != 0) return {code, &binding.var->GetName(), text};
+    }
+    for (const Derived& derived : derived_) {
+        record_->Point(derived.position, derived.var->GetTransformedValue(
+                                             record_.get(), dictionary_, transformations_));
+    }
+    return {};
+}
+
+std::vector<UnlistedValues> CasePreparer::Unlisted() const
+{
+    std::vector<UnlistedValues> met;
+    for (const Binding& binding : bindings_) {
+        if (binding.unlisted.count > 0) met.push_back(binding.unlisted);
+    }
+    return met;
+}
+
+bool CasePreparer::IsMissingText(const Binding& binding, std::string_view text) const
+{
+    if (text.empty() || (binding.naIsMissing && text == kNotAvailable)) return true;
+    return std::find(options_.missingTexts.begin(), options_.missingTexts.end(), text) !=
+           options_.missingTexts.end();
+}
+
+// Sets the value of this row; the code of the refusal when the text can't be read.
+long CasePreparer::SetValue(Binding& binding, std::string_view text)
+{
+    if (IsMissingText(binding, text)) {
+        SetMissing(binding);
+        return 0;
+    }
+    double number = 0.0;
+    switch (binding.kind) {
+        case Kind::Number:
+            if (!ReadDecimal(text, number)) return kCaseTextNotANumber;
+            if (binding.clamps) number = std::clamp(number, binding.low, binding.high);
+            binding.number->SetDoubleValue(number);
+            break;
+        case Kind::Text:
+            binding.text->Assign(binding.spells ? binding.dictVar->Spelling(text) : text);
+            break;
+        case Kind::DateTime:
+            if (!ReadDateTime(text, binding.var->GetDateTimeType(), number)) {
+                return kCaseTextNotADateTime;
+            }
+            binding.dateTime->SetNumber(number);
+            break;
+    }
+    return 0;
+}
+
+long CasePreparer::Treat(Binding& binding, std::string_view text)
+{
+    const ScoreValue& value = ValueOf(binding);
+    bool missing = binding.var->IsMissing(&value);
+    if (!missing && binding.invalid != Invalid::LeaveToModel && !binding.var->IsValid(&value)) {
+        if (binding.invalid == Invalid::Refuse) return kCaseInvalidValue;
+        if (binding.invalid == Invalid::AsMissing) {
+            SetMissing(binding);
+            missing = true;
+        } else if (!SetReplacement(binding, *binding.invalidReplacement)) {
+            return kCaseInvalidValue;
+        }
+    }
+    if (missing) {
+        if (binding.refusesMissing) return MCScore::kCaseNotScorable;
+        if (binding.missingReplacement) SetReplacement(binding, *binding.missingReplacement);
+    } else if (binding.countsUnlisted && binding.dictVar->FindCategory(value) < 0) {
+        CountUnlisted(binding, text);
+    }
+    return 0;
+}
+
+bool CasePreparer::ReadDecimal(std::string_view text, double& number)
+{
+    if (options_.decimal == '.') return ReadNumber(text, number) == NumberText::Number;
+    // With another mark a point is no part of a number: it may well group thousands.
+    if (text.find('.') != std::string_view::npos) return false;
+    decimalText_.assign(text);
+    std::replace(decimalText_.begin(), decimalText_.end(), options_.decimal, '.');
+    return ReadNumber(decimalText_, number) == NumberText::Number;
+}
+
+void CasePreparer::SetMissing(Binding& binding)
+{
+    switch (binding.kind) {
+        case Kind::Number: binding.number->SetDoubleValue(NumericValue::GetSysmisValue()); break;
+        case Kind::Text: binding.text->SetMissing(); break;
+        case Kind::DateTime: binding.dateTime->SetNumber(NumericValue::GetSysmisValue()); break;
+    }
+}
+
+ScoreValue& CasePreparer::ValueOf(const Binding& binding)
+{
+    switch (binding.kind) {
+        case Kind::Text: return *binding.text;
+        case Kind::DateTime: return *binding.dateTime;
+        case Kind::Number: break;
+    }
+    return *binding.number;
+}
+
+// A replacement is the document's text: its numbers have a decimal point, whatever the table has.
+bool CasePreparer::SetReplacement(const Binding& binding, const std::string& text)
+{
+    double number = 0.0;
+    switch (binding.kind) {
+        case Kind::Number:
+            if (ReadNumber(text, number) != NumberText::Number) return false;
+            binding.number->SetDoubleValue(number);
+            break;
+        case Kind::Text:
+            binding.text->Assign(binding.spells ? binding.dictVar->Spelling(text) : text);
+            break;
+        case Kind::DateTime:
+            if (!ReadDateTime(text, binding.var->GetDateTimeType(), number)) return false;
+            binding.dateTime->SetNumber(number);
+            break;
+    }
+    return true;
+}
+
+void CasePreparer::CountUnlisted(Binding& binding, std::string_view text)
+{
+    UnlistedValues& unlisted = binding.unlisted;
+    ++unlisted.count;
+    if (unlisted.first.size() < UnlistedValues::kShown &&
+        std::find(unlisted.first.begin(), unlisted.first.end(), text) == unlisted.first.end()) {
+        unlisted.first.emplace_back(text);
+    }
+}
+
+}  // namespace MCVelscore_850

@@ -1,0 +1,144 @@
+#ifndef VELSCORE_ENGINE_CASEPREPARER_H
+#define VELSCORE_ENGINE_CASEPREPARER_H
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/miningtreatment.h"
+#include "host/caserecord.h"
+#include "host/modeldescription.h"
+
+namespace MCVelscore_850 {
+
+class DateTimeValue;
+class DictVar;
+class NumericValue;
+class ScoreDictVar;
+class ScoreDictionary;
+class ScoreModel;
+class StringValue;
+class TransformVar;
+
+/// How a table writes its numbers and its missing values, and whether these are replaced.
+struct CaseOptions {
+    char decimal = '.';
+    /// False leaves invalid and missing values unreplaced, whatever the document says.
+    bool substitutes = true;
+    /// Texts that mean missing in every column, beside the empty field.
+    std::vector<std::string> missingTexts{};
+};
+
+/// Whether a row became a case.
+struct CaseStatus {
+    long code = 0;                       ///< 0, or the code that refuses the row
+    const std::string* field = nullptr;  ///< the field at fault, when there is one
+    std::string_view text;               ///< what stood in it
+
+    bool IsOK() const { return code == 0; }
+};
+
+/// Values of one column that its variable accepts without listing them: often a typing error.
+struct UnlistedValues {
+    static constexpr size_t kShown = 3;
+
+    std::string column;
+    int64_t count = 0;
+    std::vector<std::string> first;  ///< the first different ones, at most kShown
+};
+
+/// Turns the rows of a table into cases for one model: typed values in one record, overwritten
+/// row by row.
+///
+/// Columns   are found by name; those that the model needs must be there, each once: the
+///           variables that its description names, and for derived ones the fields that their
+///           expressions read.
+/// Values    An empty field is a missing value, and so is NA unless the variable declares a
+///           category of that name. Every value is set anew for each row, since a model may write
+///           its replacements into the record.
+/// Treatment What the mining schema leaves to the host, in this order: outliers that count as the
+///           limits; invalid values as missing, as another value or as a refusal; missing values
+///           of categorical fields by their replacement.
+/// Derived   values stand in the same record: GetScore is told that they are there.
+/// Errors    kMissingColumn, kDuplicateColumn (Failure) from the constructor; a row that can't be
+///           a case answers its code.
+/// Owner     the model and its dictionaries outlive the preparer.
+class CasePreparer {
+public:
+    CasePreparer(const ScoreModel& model, const ModelDescription& description,
+                 const std::vector<MiningFieldTreatment>& treatments,
+                 std::span<const std::string> header, const std::string& tableName,
+                 CaseOptions options = {});
+    CasePreparer(const CasePreparer&) = delete;
+    CasePreparer& operator=(const CasePreparer&) = delete;
+    ~CasePreparer();
+
+    /// Makes the row the record's case. `fields` has a field for each column of the header; what
+    /// the status views stands as long as `fields`.
+    CaseStatus Prepare(std::span<const std::string_view> fields);
+
+    const CaseRecord& Record() const { return *record_; }
+
+    /// The columns that met unlisted values, in the order of the variables.
+    std::vector<UnlistedValues> Unlisted() const;
+
+private:
+    enum class Kind { Number, Text, DateTime };
+    enum class Invalid { LeaveToModel, AsMissing, AsValue, Refuse };
+
+    /// One data variable: its column, its value in the record, and what to do with the value.
+    struct Binding {
+        const ScoreDictVar* var = nullptr;
+        const DictVar* dictVar = nullptr;  ///< the same, null when it is of another class
+        size_t column = 0;
+        Kind kind = Kind::Number;
+        NumericValue* number = nullptr;  ///< the one of these three that `kind` says
+        StringValue* text = nullptr;
+        DateTimeValue* dateTime = nullptr;
+        bool naIsMissing = true;
+        bool spells = false;  ///< a boolean, whose declared spelling is taken
+        bool clamps = false;
+        double low = 0.0;
+        double high = 0.0;
+        bool treated = false;  ///< some member below says something
+        Invalid invalid = Invalid::LeaveToModel;
+        bool refusesMissing = false;
+        bool countsUnlisted = false;
+        std::optional<std::string> invalidReplacement;
+        std::optional<std::string> missingReplacement;
+        UnlistedValues unlisted;
+    };
+    struct Derived {
+        const TransformVar* var;
+        int position;
+    };
+
+    void AddVariable(const ScoreDictVar& var, std::vector<std::string>& names);
+    void BindColumns(std::span<const std::string> header, const std::string& tableName);
+    void ApplyTreatment(Binding& binding, const MiningFieldTreatment& treatment) const;
+    bool IsMissingText(const Binding& binding, std::string_view text) const;
+    long SetValue(Binding& binding, std::string_view text);
+    long Treat(Binding& binding, std::string_view text);
+    bool ReadDecimal(std::string_view text, double& number);
+    static void SetMissing(Binding& binding);
+    static ScoreValue& ValueOf(const Binding& binding);
+    static bool SetReplacement(const Binding& binding, const std::string& text);
+    static void CountUnlisted(Binding& binding, std::string_view text);
+
+    CaseOptions options_;
+    const ScoreDictionary* dictionary_;
+    const ScoreDictionary* transformations_;
+    std::vector<Binding> bindings_;
+    std::vector<Derived> derived_;  ///< inputs before what reads them
+    std::vector<const ScoreDictVar*> seen_;
+    std::unique_ptr<CaseRecord> record_;
+    std::string decimalText_;  // scratch of ReadDecimal
+};
+
+}  // namespace MCVelscore_850
+
+#endif

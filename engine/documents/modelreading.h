@@ -1,0 +1,18 @@
+#ifndef VELSCORE_ENGINE_DOCUMENTS_MODELREADING_H
+#define VELSCORE_ENGINE_DOCUMENTS_MODELREADING_H
+
+#include <memory>
+
+namespace MCVelscore_850 {
+
+class Document;
+class Plugin;
+class ScoreModel;
+
+/// Has the plug-in's reader read the document's tree. Throws VSException when it refuses. The model
+/// keeps nothing of the tree.
+std::unique_ptr<ScoreModel> ReadModel(const Plugin& plugin, const Document& document);
+
+}  // namespace MCVelscore_850
+
+#endif

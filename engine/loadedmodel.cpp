@@ -1,0 +1,82 @@
+#include "engine/loadedmodel.h"
+
+#include <ostream>
+
+#include "engine/documents/documentadapter.h"
+#include "engine/documents/documentloader.h"
+#include "engine/documents/miningtreatments.h"
+#include "engine/documents/modelreading.h"
+#include "engine/outputshaper.h"
+#include "host/scoremodel.h"
+#include "host/scoreresult.h"
+#include "host/versioninfo.h"
+#include "host/vsexception.h"
+
+namespace MCVelscore_850 {
+
+DocumentFailure::DocumentFailure(const VSException& refusal, std::string file)
+    : Failure(FailureKind::Document, refusal.GetErrorCode(), refusal.GetArguments()),
+      file_(std::move(file)),
+      line_(refusal.GetPlace().line),
+      column_(refusal.GetPlace().column),
+      path_(refusal.GetPlace().path)
+{
+}
+
+DocumentFailure::~DocumentFailure() = default;
+
+LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> plugin,
+                         const LoadOptions& options)
+    : plugin_(std::move(plugin))
+{
+    Document document = LoadDocument(path);
+    file_ = document.File();
+    if (!options.asIs) {
+        for (const Adaptation& adaptation : AdaptDocument(document)) {
+            adaptations_.push_back(adaptation.ToString());
+        }
+    }
+    treatments_ = ReadMiningTreatments(document);
+    try {
+        model_ = ReadModel(*plugin_, document);
+    } catch (const VSException& refusal) {
+        throw DocumentFailure(refusal, file_);
+    }
+    model_->Describe(description_);
+}
+
+LoadedModel::~LoadedModel() = default;
+
+void LoadedModel::SetPolicy(MissingPolicy policy)
+{
+    substitutes_ = policy == MissingPolicy::Substitute;
+    switch (policy) {
+        case MissingPolicy::Substitute:
+            model_->SetMissingValuePolicy(ScoreModel::MV_SUBSTITUTE);
+            break;
+        case MissingPolicy::SysmisResult:
+            model_->SetMissingValuePolicy(ScoreModel::MV_SYSMIS_RESULT);
+            break;
+        case MissingPolicy::StatusOnly:
+            model_->SetMissingValuePolicy(ScoreModel::MV_STATUS_ONLY);
+            break;
+    }
+}
+
+bool LoadedModel::TakesStatusOnly() const { return description_.className != "CLRModel"; }
+
+void LoadedModel::WantPredictionOnly()
+{
+    const int type = OutputShaper::ResultTypeOf(model_->GetModelType(), description_);
+    if (type == ScoreResult::LR_RESULT) model_->SetPredictionOnly(true);
+}
+
+std::string LoadedModel::Version() const
+{
+    const ScoreVersionInfo* version = model_->GetVersionInfo();
+    return version == nullptr ? std::string() : version->GetVersion();
+}
+
+void LoadedModel::Display(std::ostream& out) const { model_->Display(out); }
+
+}  // namespace MCVelscore_850

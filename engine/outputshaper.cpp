@@ -1,0 +1,203 @@
+#include "engine/outputshaper.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "engine/csvwriter.h"
+#include "engine/failure.h"
+#include "host/messages.h"
+#include "host/numericvalue.h"
+#include "host/scoremodel.h"
+#include "host/scoreresult.h"
+#include "host/stringvalue.h"
+#include "models/coxregresult.h"
+#include "models/lrresult.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+constexpr size_t kNoPercent = static_cast<size_t>(-1);
+
+void WriteNumber(CsvWriter& writer, double number)
+{
+    if (NumericValue::IsSystemMissingValue(number)) {
+        writer.AddEmpty();
+    } else {
+        writer.AddNumber(number);
+    }
+}
+
+void WriteValue(CsvWriter& writer, const ScoreValue* value)
+{
+    if (value == nullptr) {
+        writer.AddEmpty();
+    } else if (value->GetValueType() == ScoreValue::STRING) {
+        writer.AddText(static_cast<const StringValue*>(value)->Text());
+    } else {
+        WriteNumber(writer, value->GetDouble());
+    }
+}
+
+std::vector<std::string> ResultColumns(int resultType, const std::vector<std::string>& categories,
+                                       bool predictionOnly)
+{
+    std::vector<std::string> columns{"prediction"};
+    switch (resultType) {
+        case ScoreResult::LR_RESULT:
+            if (!predictionOnly) columns.insert(columns.end(), {"std_dev", "ci_lower", "ci_upper"});
+            break;
+        case ScoreResult::MLR_RESULT:
+            for (const std::string& category : categories) {
+                if (!predictionOnly) columns.push_back("probability(" + category + ")");
+            }
+            break;
+        case ScoreResult::COXREG_RESULT:
+            if (!predictionOnly) columns.push_back("cum_hazard");
+            break;
+        default: break;
+    }
+    return columns;
+}
+
+}  // namespace
+
+int OutputShaper::ResultTypeOf(int modelType, const ModelDescription& description)
+{
+    switch (modelType) {
+        case ScoreModel::TYPE_LR:
+        case ScoreModel::TYPE_GLR: return ScoreResult::LR_RESULT;
+        case ScoreModel::TYPE_GZLR:
+            // A generalized linear model classifies when its target has categories.
+            return description.targetCategories.empty() ? ScoreResult::LR_RESULT
+                                                        : ScoreResult::MLR_RESULT;
+        case ScoreModel::TYPE_CLR: return ScoreResult::CLR_RESULT;
+        case ScoreModel::TYPE_COXREG:
+        case ScoreModel::TYPE_CSCOXREG: return ScoreResult::COXREG_RESULT;
+        default: return ScoreResult::MLR_RESULT;
+    }
+}
+
+OutputShaper::OutputShaper(int resultType, const ModelDescription& description,
+                           std::span<const std::string> header, const std::string& tableName,
+                           const OutputOptions& options)
+    : resultType_(resultType),
+      predictionOnly_(options.predictionOnly),
+      variables_(description.variables)
+{
+    if (resultType == ScoreResult::MLR_RESULT) categories_ = description.targetCategories;
+    std::vector<std::string> results = ResultColumns(resultType, categories_, predictionOnly_);
+    resultColumns_ = results.size();
+    results.insert(results.end(), {"status", "status_field"});
+
+    std::vector<std::string> keep = options.keep;
+    if (options.keepAll) keep.assign(header.begin(), header.end());
+    for (const std::string& name : keep) {
+        const auto found = std::find(header.begin(), header.end(), name);
+        if (found == header.end()) {
+            throw Failure(FailureKind::Usage, kUnknownKeptColumn, {name, tableName});
+        }
+        if (std::find(found + 1, header.end(), name) != header.end()) {
+            throw Failure(FailureKind::Cases, kDuplicateColumn, {tableName, name});
+        }
+        kept_.push_back(static_cast<size_t>(found - header.begin()));
+        std::string column = name;
+        const auto isTaken = [&](const std::string& candidate) {
+            return std::find(results.begin(), results.end(), candidate) != results.end() ||
+                   std::find(columns_.begin(), columns_.end(), candidate) != columns_.end() ||
+                   (candidate != name && std::find(keep.begin(), keep.end(), candidate) != keep.end());
+        };
+        while (isTaken(column)) column.insert(0, "input.");
+        columns_.push_back(std::move(column));
+    }
+    columns_.insert(columns_.end(), results.begin(), results.end());
+}
+
+void OutputShaper::WriteHeader(CsvWriter& writer) const
+{
+    for (const std::string& column : columns_) writer.AddText(column);
+    writer.EndRow();
+}
+
+void OutputShaper::WriteScored(CsvWriter& writer, std::span<const std::string_view> fields,
+                               const ScoreResult& result)
+{
+    if (result.GetScoreResultType() != resultType_) {
+        throw std::logic_error("the model's result isn't of the kind that its description tells");
+    }
+    WriteKept(writer, fields);
+    WriteValue(writer, result.GetPrediction());
+    if (!predictionOnly_) {
+        switch (resultType_) {
+            case ScoreResult::LR_RESULT: {
+                const auto& linear = static_cast<const LRResult&>(result);
+                // -1 is what a result holds that no standard error was written into.
+                const double stdDev = linear.GetStdDev();
+                WriteNumber(writer, stdDev < 0.0 ? NumericValue::GetSysmisValue() : stdDev);
+                WriteNumber(writer, linear.GetCIBottom());
+                WriteNumber(writer, linear.GetCITop());
+                break;
+            }
+            case ScoreResult::MLR_RESULT:
+                WritePercents(writer, static_cast<const ScoreClsResult&>(result));
+                break;
+            case ScoreResult::COXREG_RESULT:
+                WriteNumber(writer, static_cast<const CoxRegResult&>(result).GetCumHazardValue());
+                break;
+            default: break;
+        }
+    }
+    writer.AddText("0");
+    writer.AddEmpty();
+    writer.EndRow();
+}
+
+void OutputShaper::WriteNotScored(CsvWriter& writer, std::span<const std::string_view> fields,
+                                  long code, std::string_view field) const
+{
+    WriteKept(writer, fields);
+    for (size_t i = 0; i < resultColumns_; ++i) writer.AddEmpty();
+    writer.AddText(std::to_string(code));
+    writer.AddText(field);
+    writer.EndRow();
+}
+
+std::string_view OutputShaper::FieldOf(const MCScore::MCStatus& status) const
+{
+    const long predictor = status.GetDiscreteDatum();
+    if (predictor < 0 || static_cast<size_t>(predictor) >= variables_.size()) return {};
+    return variables_[static_cast<size_t>(predictor)];
+}
+
+void OutputShaper::WriteKept(CsvWriter& writer, std::span<const std::string_view> fields) const
+{
+    for (const size_t position : kept_) writer.AddText(fields[position]);
+}
+
+// Results keep the order of their entries from case to case, so where a category stands is looked
+// up again only when the entry there isn't it.
+void OutputShaper::WritePercents(CsvWriter& writer, const ScoreClsResult& result)
+{
+    const ScoreClsResult::ValuePercents& percents = result.GetAllValuePercent();
+    percentOfCategory_.resize(categories_.size(), kNoPercent);
+    for (size_t i = 0; i < categories_.size(); ++i) {
+        const auto isCategory = [&](const auto& entry) {
+            return entry.first->GetValueType() == ScoreValue::STRING
+                       ? static_cast<const StringValue*>(entry.first)->Text() == categories_[i]
+                       : entry.first->GetString() == categories_[i];
+        };
+        size_t& place = percentOfCategory_[i];
+        if (place >= percents.size() || !isCategory(percents[place])) {
+            const auto found = std::find_if(percents.begin(), percents.end(), isCategory);
+            place = found == percents.end() ? kNoPercent
+                                            : static_cast<size_t>(found - percents.begin());
+        }
+        if (place == kNoPercent) {
+            writer.AddEmpty();
+        } else {
+            WriteNumber(writer, percents[place].second);
+        }
+    }
+}
+
+}  // namespace MCVelscore_850

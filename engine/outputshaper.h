@@ -1,0 +1,76 @@
+#ifndef VELSCORE_ENGINE_OUTPUTSHAPER_H
+#define VELSCORE_ENGINE_OUTPUTSHAPER_H
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/mcstatus.h"
+#include "host/modeldescription.h"
+
+namespace MCVelscore_850 {
+
+class CsvWriter;
+class ScoreClsResult;
+class ScoreResult;
+
+/// Which columns an output row has.
+struct OutputOptions {
+    /// Columns of the input to repeat, in this order; with keepAll every one in its own order.
+    std::vector<std::string> keep{};
+    bool keepAll = false;
+    bool predictionOnly = false;
+};
+
+/// Names and fills the columns of the output: the kept ones, what the model's result holds, then
+/// status and status_field.
+///
+/// Columns  by the kind of the model's result:
+///              LRResult      prediction, std_dev, ci_lower, ci_upper
+///              MLRResult     prediction, probability(CATEGORY) for each target category
+///              CLRResult     prediction
+///              CoxRegResult  prediction, cum_hazard
+///          A kept column of the same name gets the prefix "input.".
+/// Rows     A status other than 0 leaves the result's columns empty; so does a missing number.
+/// Errors   kUnknownKeptColumn (usage), kDuplicateColumn (cases) from the constructor.
+class OutputShaper {
+public:
+    /// `resultType` is what the model's results answer to GetScoreResultType().
+    OutputShaper(int resultType, const ModelDescription& description,
+                 std::span<const std::string> header, const std::string& tableName,
+                 const OutputOptions& options);
+
+    /// The kind of result that a model of this type and description makes.
+    static int ResultTypeOf(int modelType, const ModelDescription& description);
+
+    const std::vector<std::string>& Columns() const { return columns_; }
+    void WriteHeader(CsvWriter& writer) const;
+
+    /// The row of a scored case; `result` is of the type given to the constructor.
+    void WriteScored(CsvWriter& writer, std::span<const std::string_view> fields,
+                     const ScoreResult& result);
+    /// The row of a case without a score. `field` may be empty.
+    void WriteNotScored(CsvWriter& writer, std::span<const std::string_view> fields, long code,
+                        std::string_view field) const;
+
+    /// The name of the predictor that a status blames, empty when it names none.
+    std::string_view FieldOf(const MCScore::MCStatus& status) const;
+
+private:
+    void WriteKept(CsvWriter& writer, std::span<const std::string_view> fields) const;
+    void WritePercents(CsvWriter& writer, const ScoreClsResult& result);
+
+    int resultType_;
+    bool predictionOnly_;
+    std::vector<std::string> variables_;   ///< the model's, in the order of its predictors
+    std::vector<std::string> categories_;  ///< the target's, a column each
+    std::vector<size_t> kept_;             ///< positions in the input
+    size_t resultColumns_ = 0;
+    std::vector<std::string> columns_;
+    std::vector<size_t> percentOfCategory_;  ///< where in a result a category's percent stands
+};
+
+}  // namespace MCVelscore_850
+
+#endif

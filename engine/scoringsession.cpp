@@ -1,0 +1,114 @@
+#include "engine/scoringsession.h"
+
+#include "host/mcstatus.h"
+#include "host/scoremodel.h"
+#include "host/scoreresult.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+constexpr int64_t kProgressRows = 4096;  // a few milliseconds of work
+
+}  // namespace
+
+int64_t ScoringReport::NotScoredCount() const
+{
+    int64_t count = 0;
+    for (const auto& [code, cases] : notScored) count += cases.count;
+    return count;
+}
+
+ScoringSession::ScoringSession(LoadedModel& model, ByteSource& source,
+                               const ScoringOptions& options, const StopFlag* stop)
+    : model_(model),
+      reader_(source, options.dialect.delimiter),
+      preparer_(model.Model(), model.Description(), model.Treatments(), reader_.Header(),
+                source.Name(), CaseOptions{options.dialect.decimal, model.Substitutes(), options.missingTexts}),
+      shaper_(OutputShaper::ResultTypeOf(model.Model().GetModelType(), model.Description()),
+              model.Description(), reader_.Header(), source.Name(), options.output),
+      stop_(stop)
+{
+}
+
+ScoringSession::~ScoringSession() = default;
+
+void ScoringSession::Run(CsvWriter& writer, const Progress& progress)
+{
+    const auto settle = [&] {
+        report_.unlisted = preparer_.Unlisted();
+        report_.rowsWritten = writer.RowsWritten();
+        report_.outputClosed = writer.IsClosed();
+    };
+    try {
+        shaper_.WriteHeader(writer);
+        ScoreRows(writer, progress);
+        writer.Close();
+    } catch (const Failure& failure) {
+        if (failure.Kind() != FailureKind::Output) writer.Close();
+        settle();
+        throw;
+    } catch (...) {
+        settle();
+        throw;
+    }
+    settle();
+}
+
+void ScoringSession::ScoreRows(CsvWriter& writer, const Progress& progress)
+{
+    std::span<const std::string_view> fields;
+    for (;;) {
+        try {
+            if (!reader_.Next(fields)) break;
+        } catch (const Failure&) {
+            if (!IsStopped()) throw;  // an interrupted read can end inside a quote
+            break;
+        }
+        // After a stop the last row may be half of one.
+        if (IsStopped()) break;
+        ScoreRow(writer, fields);
+        if (writer.IsClosed()) return;
+        if (progress && reader_.RowNumber() % kProgressRows == 0) progress(reader_.BytesRead());
+    }
+    report_.interrupted = IsStopped();
+}
+
+void ScoringSession::ScoreRow(CsvWriter& writer, std::span<const std::string_view> fields)
+{
+    const CaseStatus prepared = preparer_.Prepare(fields);
+    if (!prepared.IsOK()) {
+        Note(prepared.code, *prepared.field, prepared.text);
+        shaper_.WriteNotScored(writer, fields, prepared.code, *prepared.field);
+        return;
+    }
+    // The model may replace the result by one of its own making.
+    ScoreResult* result = result_.release();
+    MCScore::MCStatus status;
+    try {
+        status = model_.Model().GetScore(&preparer_.Record(), result, true);
+    } catch (...) {
+        result_.reset(result);
+        throw;
+    }
+    result_.reset(result);
+    if (status.IsOK() && result_ != nullptr) {
+        ++report_.scored;
+        shaper_.WriteScored(writer, fields, *result_);
+    } else {
+        const std::string_view field = shaper_.FieldOf(status);
+        Note(status.GetErrorCode(), field, {});
+        shaper_.WriteNotScored(writer, fields, status.GetErrorCode(), field);
+    }
+}
+
+void ScoringSession::Note(long code, std::string_view field, std::string_view text)
+{
+    NotScored& cases = report_.notScored[code];
+    if (++cases.count > 1) return;
+    cases.row = reader_.RowNumber();
+    cases.field = field;
+    cases.text = text;
+}
+
+}  // namespace MCVelscore_850

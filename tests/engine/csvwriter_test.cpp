@@ -1,0 +1,156 @@
+#include "engine/csvwriter.h"
+
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <limits>
+#include <sstream>
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "engine/failure.h"
+#include "host/messages.h"
+
+namespace MCVelscore_850 {
+namespace {
+
+class CsvWriterTest : public testing::Test {
+protected:
+    CsvWriterTest() : file_(testing::TempDir() + "csvwriter_" + std::to_string(::getpid())) {}
+    ~CsvWriterTest() override { std::remove(file_.c_str()); }
+    std::string Written() const
+    {
+        std::ifstream in(file_, std::ios::binary);
+        std::stringstream text;
+        text << in.rdbuf();
+        return text.str();
+    }
+    std::string file_;
+};
+
+TEST_F(CsvWriterTest, QuotesOnlyWhatNeedsIt)
+{
+    CsvWriter writer(file_);
+    for (const char* text : {"plain", "a,b", "say \"x\"", "two\nlines", "", " blank ", "a\rb"}) {
+        writer.AddText(text);
+    }
+    writer.EndRow();
+    writer.Close();
+    EXPECT_EQ(Written(), "plain,\"a,b\",\"say \"\"x\"\"\",\"two\nlines\",, blank ,\"a\rb\"\n");
+}
+
+TEST_F(CsvWriterTest, NumbersReadBackToTheSameDouble)
+{
+    const double numbers[] = {0.1, 1.0 / 3.0, 1e300, -2.5e-308, 5e-324, 123456789012345680.0, 0.1 + 0.2};
+    CsvWriter writer(file_);
+    for (const double number : numbers) writer.AddNumber(number);
+    writer.EndRow();
+    writer.Close();
+    std::istringstream line(Written());
+    std::string text;
+    for (const double number : numbers) {
+        ASSERT_TRUE(std::getline(line, text, ','));
+        EXPECT_EQ(std::strtod(text.c_str(), nullptr), number) << text;
+    }
+    EXPECT_TRUE(Written().starts_with("0.1,"));
+}
+
+TEST_F(CsvWriterTest, OtherDelimiterAndDecimalMark)
+{
+    CsvWriter writer(file_, ';', ',');
+    writer.AddNumber(2.5);
+    writer.AddText("a,b");
+    writer.AddText("c;d");
+    writer.EndRow();
+    writer.Close();
+    EXPECT_EQ(Written(), "2,5;a,b;\"c;d\"\n");
+}
+
+TEST_F(CsvWriterTest, DecimalCommaBetweenCommasStandsInQuotes)
+{
+    CsvWriter writer(file_, ',', ',');
+    writer.AddNumber(2.5);
+    writer.AddNumber(3);
+    writer.EndRow();
+    writer.Close();
+    EXPECT_EQ(Written(), "\"2,5\",3\n");
+}
+
+TEST_F(CsvWriterTest, RowsWrittenLeaveTheHeaderOut)
+{
+    CsvWriter writer(file_);
+    for (int row = 0; row < 3; ++row) {
+        writer.AddText("x");
+        writer.EndRow();
+    }
+    EXPECT_EQ(writer.RowsWritten(), 0);  // still in the buffer
+    writer.Flush();
+    EXPECT_EQ(writer.RowsWritten(), 2);
+}
+
+TEST_F(CsvWriterTest, UnfinishedRowIsNeverWritten)
+{
+    {
+        CsvWriter writer(file_);
+        writer.AddText("whole");
+        writer.EndRow();
+        writer.AddText("half");
+        writer.Close();
+    }
+    EXPECT_EQ(Written(), "whole\n");
+}
+
+TEST_F(CsvWriterTest, FullDeviceFailsWithNoRowsWritten)
+{
+    CsvWriter writer("/dev/full");
+    writer.AddText("x");
+    writer.EndRow();
+    try {
+        writer.Close();
+        FAIL() << "/dev/full took a row";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.Kind(), FailureKind::Output);
+        EXPECT_EQ(failure.Code(), kOutputNotWritten);
+        EXPECT_NE(std::string(failure.what()).find("whole rows written: 0"), std::string::npos)
+            << failure.what();
+    }
+}
+
+// The largest size of a file stands for a full disk: a write there comes back short, too.
+TEST_F(CsvWriterTest, FullDiskLeavesWholeRowsInARegularFile)
+{
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{1000, before.rlim_max};
+    CsvWriter writer(file_);
+    const std::string row = "0123456789abcdef";  // 17 bytes with its end: 1000 is in a row's midst
+    for (int i = 0; i < 100; ++i) {
+        writer.AddText(row);
+        writer.EndRow();
+    }
+    std::string message;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    try {
+        writer.Close();
+    } catch (const Failure& failure) {
+        message = failure.what();
+    }
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, oldHandler);
+    EXPECT_NE(message.find("whole rows written: 57"), std::string::npos) << message;
+    EXPECT_EQ(Written().size(), 58u * 17u);  // the header and 57 rows
+}
+
+TEST(CsvWriter, FileThatCannotBeMadeIsRefused)
+{
+    EXPECT_THROW(CsvWriter("/nowhere/at/all.csv"), Failure);
+}
+
+}  // namespace
+}  // namespace MCVelscore_850

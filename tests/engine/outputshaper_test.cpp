@@ -1,0 +1,196 @@
+#include "engine/outputshaper.h"
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "engine/csvwriter.h"
+#include "engine/failure.h"
+#include "host/messages.h"
+#include "host/scoremodel.h"
+#include "host/stringvalue.h"
+#include "models/coxregresult.h"
+#include "models/lrresult.h"
+#include "tests/engine/fakemodel.h"
+
+namespace MCVelscore_850 {
+namespace {
+
+using Names = std::vector<std::string>;
+using Row = std::vector<std::string_view>;
+
+// Writes through a shaper into a file and reads it back.
+class OutputShaperTest : public testing::Test {
+protected:
+    OutputShaperTest()
+        : file_(testing::TempDir() + "outputshaper_" + std::to_string(::getpid())), writer_(file_)
+    {
+        description_.variables = {"x", "y"};
+    }
+    ~OutputShaperTest() override { std::remove(file_.c_str()); }
+
+    OutputShaper Shaper(int resultType, OutputOptions options = {}, Names header = {"id", "x", "y"})
+    {
+        return OutputShaper(resultType, description_, header, "cases.csv", options);
+    }
+    std::string Written()
+    {
+        writer_.Close();
+        std::ifstream in(file_);
+        std::stringstream text;
+        text << in.rdbuf();
+        return text.str();
+    }
+
+    std::string file_;
+    CsvWriter writer_;
+    ModelDescription description_;
+};
+
+// A classifying result over fixed percents, in an order of its own.
+class Percents final : public ScoreClsResult {
+public:
+    Percents(const std::string& prediction, std::vector<std::pair<std::string, double>> percents)
+        : prediction_(prediction)
+    {
+        for (auto& [category, percent] : percents) {
+            values_.push_back(std::make_unique<StringValue>(category));
+            percents_.emplace_back(values_.back().get(), percent);
+        }
+    }
+    void SetPrediction(ScoreValue* value) override { delete value; }
+    ScoreValue* GetPrediction() const override { return &prediction_; }
+    const ScoreDictVar* GetTarget() const override { return nullptr; }
+    void SetConfidence(double) override {}
+    double GetConfidence() const override { return -1.0; }
+    int GetScoreResultType() const override { return MLR_RESULT; }
+    bool AddValuePercent(ScoreValue* value, double) override
+    {
+        delete value;
+        return false;
+    }
+    double GetPercent(const ScoreValue*) const override { return -1.0; }
+    const ValuePercents& GetAllValuePercent() const override { return percents_; }
+
+private:
+    mutable StringValue prediction_;
+    std::vector<std::unique_ptr<StringValue>> values_;
+    ValuePercents percents_;
+};
+
+TEST_F(OutputShaperTest, ColumnsFollowTheKindOfResult)
+{
+    description_.targetCategories = {"b", "a"};
+    EXPECT_EQ(Shaper(ScoreResult::LR_RESULT).Columns(),
+              (Names{"prediction", "std_dev", "ci_lower", "ci_upper", "status", "status_field"}));
+    EXPECT_EQ(Shaper(ScoreResult::MLR_RESULT).Columns(),
+              (Names{"prediction", "probability(b)", "probability(a)", "status", "status_field"}));
+    EXPECT_EQ(Shaper(ScoreResult::CLR_RESULT).Columns(),
+              (Names{"prediction", "status", "status_field"}));
+    EXPECT_EQ(Shaper(ScoreResult::COXREG_RESULT).Columns(),
+              (Names{"prediction", "cum_hazard", "status", "status_field"}));
+}
+
+TEST_F(OutputShaperTest, PredictionOnlyDropsTheOtherColumns)
+{
+    description_.targetCategories = {"b", "a"};
+    for (const int type : {ScoreResult::LR_RESULT, ScoreResult::MLR_RESULT, ScoreResult::CLR_RESULT,
+                           ScoreResult::COXREG_RESULT}) {
+        EXPECT_EQ(Shaper(type, {.predictionOnly = true}).Columns(),
+                  (Names{"prediction", "status", "status_field"}));
+    }
+}
+
+TEST_F(OutputShaperTest, GeneralizedModelClassifiesWhenItsTargetHasCategories)
+{
+    EXPECT_EQ(OutputShaper::ResultTypeOf(ScoreModel::TYPE_GZLR, description_), ScoreResult::LR_RESULT);
+    description_.targetCategories = {"no", "yes"};
+    EXPECT_EQ(OutputShaper::ResultTypeOf(ScoreModel::TYPE_GZLR, description_),
+              ScoreResult::MLR_RESULT);
+}
+
+TEST_F(OutputShaperTest, KeptColumnsComeFirstWithAPrefixOnAClash)
+{
+    const Names header{"prediction", "id", "input.status", "status"};
+    EXPECT_EQ(Shaper(ScoreResult::CLR_RESULT, {.keepAll = true}, header).Columns(),
+              (Names{"input.prediction", "id", "input.status", "input.input.status", "prediction",
+                     "status", "status_field"}));
+    EXPECT_EQ(Shaper(ScoreResult::CLR_RESULT, {.keep = {"id"}}, header).Columns(),
+              (Names{"id", "prediction", "status", "status_field"}));
+}
+
+TEST_F(OutputShaperTest, KeptColumnThatIsNotThereIsWrongUsage)
+{
+    try {
+        Shaper(ScoreResult::LR_RESULT, {.keep = {"ident"}});
+        FAIL();
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.Kind(), FailureKind::Usage);
+        EXPECT_EQ(failure.Code(), kUnknownKeptColumn);
+    }
+}
+
+TEST_F(OutputShaperTest, LinearResultFillsItsColumnsAndKeepsTheInputsText)
+{
+    OutputShaper shaper = Shaper(ScoreResult::LR_RESULT, {.keep = {"id", "x"}});
+    LRResult result(nullptr);
+    result.SetPrediction(new NumericValue(1.25));
+    result.SetStdDev(0.5);
+    result.SetCIBottom(-1.0);
+    result.SetCITop(3.5);
+    shaper.WriteScored(writer_, Row{"a,1", "01.50", "7"}, result);
+    EXPECT_EQ(Written(), "\"a,1\",01.50,1.25,0.5,-1,3.5,0,\n");
+}
+
+TEST_F(OutputShaperTest, MissingNumbersAreEmptyFields)
+{
+    OutputShaper shaper = Shaper(ScoreResult::LR_RESULT);
+    LRResult result(nullptr);  // no error was written into it: -1, and no limits
+    result.SetPrediction(new NumericValue(2.0));
+    shaper.WriteScored(writer_, Row{"1", "2", "3"}, result);
+    EXPECT_EQ(Written(), "2,,,,0,\n");
+}
+
+TEST_F(OutputShaperTest, RowWithoutAScoreShowsStatusAndFieldAlone)
+{
+    OutputShaper shaper = Shaper(ScoreResult::LR_RESULT, {.keep = {"id"}});
+    shaper.WriteNotScored(writer_, Row{"7", "2", "3"}, 90029, "y");
+    EXPECT_EQ(Written(), "7,,,,,90029,y\n");
+}
+
+TEST_F(OutputShaperTest, PercentsFindTheirColumnsWhateverTheResultsOrder)
+{
+    description_.targetCategories = {"b", "a", "c"};
+    OutputShaper shaper = Shaper(ScoreResult::MLR_RESULT);
+    shaper.WriteScored(writer_, Row{"", "", ""}, Percents("a", {{"a", 0.75}, {"b", 0.25}}));
+    shaper.WriteScored(writer_, Row{"", "", ""},
+                       Percents("c", {{"b", 0.25}, {"c", 0.5}, {"a", 0.125}}));
+    EXPECT_EQ(Written(), "a,0.25,0.75,,0,\nc,0.25,0.125,0.5,0,\n");
+}
+
+TEST_F(OutputShaperTest, CoxResultShowsItsCumulativeHazard)
+{
+    OutputShaper shaper = Shaper(ScoreResult::COXREG_RESULT);
+    CoxRegResult result(nullptr);
+    result.SetPrediction(new NumericValue(0.5));
+    result.SetCumHazardValue(0.75);
+    shaper.WriteScored(writer_, Row{"", "", ""}, result);
+    EXPECT_EQ(Written(), "0.5,0.75,0,\n");
+}
+
+TEST_F(OutputShaperTest, StatusNamesThePredictorThatItBlames)
+{
+    const OutputShaper shaper = Shaper(ScoreResult::LR_RESULT);
+    MCScore::MCStatus status(90029, false);
+    EXPECT_EQ(shaper.FieldOf(status), "");
+    status.SetDiscreteDatum(0, 1);
+    EXPECT_EQ(shaper.FieldOf(status), "y");
+    status.SetDiscreteDatum(0, 2);
+    EXPECT_EQ(shaper.FieldOf(status), "");
+}
+
+}  // namespace
+}  // namespace MCVelscore_850

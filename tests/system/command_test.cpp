@@ -1,0 +1,193 @@
+// check, inspect, help, and what all commands share.
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/system/runcommand.h"
+#include "tests/system/testmodel.h"
+
+namespace MCVelscore_850 {
+namespace {
+
+using Json = nlohmann::json;
+
+class Command : public testing::Test {
+protected:
+    Command() : model_(folder_.Write("model.pmml", TestModel().Text())) {}
+    static bool Has(const std::string& text, const std::string& part)
+    {
+        return text.find(part) != std::string::npos;
+    }
+    static long LineOf(const std::string& text, const std::string& part)
+    {
+        const auto end = text.begin() + static_cast<std::ptrdiff_t>(text.find(part));
+        return 1 + std::count(text.begin(), end, '\n');
+    }
+
+    ScratchFolder folder_;
+    std::string model_;
+};
+
+TEST_F(Command, WithoutArgumentsIsWrongUsage)
+{
+    const Finished run = RunVelscore({});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(run.out, "");
+    EXPECT_TRUE(Has(run.err, "--help")) << run.err;
+}
+
+TEST_F(Command, UnknownCommandsAndOptionsAreWrongUsage)
+{
+    EXPECT_EQ(RunVelscore({"judge"}).exitCode, 1);
+    EXPECT_EQ(RunVelscore({"score", model_, "--fast"}).exitCode, 1);
+    EXPECT_EQ(RunVelscore({"score"}).exitCode, 1);
+    EXPECT_EQ(RunVelscore({"score", model_, "a.csv", "b.csv"}).exitCode, 1);
+    EXPECT_EQ(RunVelscore({"score", model_, "--threads", "2"}).exitCode, 1);
+}
+
+TEST_F(Command, HelpOfEachCommandShowsAnExample)
+{
+    for (const char* name : {"score", "check", "inspect", "help"}) {
+        const Finished run = RunVelscore({name, "--help"});
+        EXPECT_EQ(run.exitCode, 0) << name;
+        EXPECT_EQ(run.err, "") << name;
+        EXPECT_TRUE(Has(run.out, std::string("Example:\n  velscore ") + name)) << run.out;
+    }
+    EXPECT_EQ(RunVelscore({"--help"}).exitCode, 0);
+}
+
+TEST_F(Command, VersionIsToldOnStandardOutput)
+{
+    const Finished run = RunVelscore({"--version"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_TRUE(run.out.starts_with("velscore ")) << run.out;
+}
+
+TEST_F(Command, CheckReportsEachDocumentAndEndsWithTwoWhenOneIsRefused)
+{
+    TestModel adapted;
+    const std::string good = folder_.Write("good.pmml", adapted.Text());
+    std::string text = adapted.Text();
+    text.replace(text.find("version=\"4.4\""), 13, "version=\"4.4.1\"");
+    const std::string version = folder_.Write("version.pmml", text);
+    TestModel wrong;
+    wrong.xBeta = "two";
+    const std::string bad = folder_.Write("bad.pmml", wrong.Text());
+
+    const Finished fine = RunVelscore({"check", good, version});
+    EXPECT_EQ(fine.exitCode, 0) << fine.err;
+    EXPECT_TRUE(Has(fine.out, good + ": OK")) << fine.out;
+    EXPECT_TRUE(Has(fine.out, "adapted: line 2")) << fine.out;
+
+    const Finished mixed = RunVelscore({"check", bad, good});
+    EXPECT_EQ(mixed.exitCode, 2);
+    EXPECT_TRUE(Has(mixed.out, good + ": OK")) << mixed.out;
+    // file:line:column, what was found, the code, what to do
+    const std::string place = ":" + std::to_string(LineOf(wrong.Text(), "beta=\"two\"")) + ":7: ";
+    EXPECT_TRUE(Has(mixed.out, "refused: " + bad + place)) << mixed.out;
+    EXPECT_TRUE(Has(mixed.out, "two")) << mixed.out;
+    EXPECT_TRUE(Has(mixed.out, "[269001]")) << mixed.out;
+    EXPECT_TRUE(Has(mixed.out, "what to do: ")) << mixed.out;
+    EXPECT_TRUE(Has(mixed.err, "refused 1 of 2 documents")) << mixed.err;
+}
+
+TEST_F(Command, CheckTellsMachinesTheSame)
+{
+    TestModel wrong;
+    wrong.xBeta = "two";
+    const std::string bad = folder_.Write("bad.pmml", wrong.Text());
+    const Finished run = RunVelscore({"check", "--json", model_, bad, "/nowhere/at/all.pmml"});
+    EXPECT_EQ(run.exitCode, 2);
+    const Json report = Json::parse(run.out);
+    ASSERT_EQ(report.size(), 3u);
+    EXPECT_EQ(report[0]["ok"], true);
+    EXPECT_EQ(report[0]["target"], "y");
+    EXPECT_EQ(report[1]["ok"], false);
+    EXPECT_EQ(report[1]["document"], bad);
+    EXPECT_EQ(report[1]["line"], LineOf(wrong.Text(), "beta=\"two\""));
+    EXPECT_EQ(report[1]["code"], 269001);
+    EXPECT_EQ(report[2]["code"], 269101);
+}
+
+TEST_F(Command, CheckReadsStandardInputOnce)
+{
+    EXPECT_EQ(RunVelscore({"check", "-"}, TestModel().Text()).exitCode, 0);
+    EXPECT_EQ(RunVelscore({"check", "-", "-"}, TestModel().Text()).exitCode, 1);
+}
+
+TEST_F(Command, InspectShowsFamilyTargetPredictorsAndEquation)
+{
+    const Finished run = RunVelscore({"inspect", model_});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    for (const char* part :
+         {"general linear model", "target        y", "factors       sex", "covariates    x",
+          "df            8", "+ 1\n", "+ 2 * x\n", "+ 10 * [sex = m]\n", "prediction", "std_dev", "95%"}) {
+        EXPECT_TRUE(Has(run.out, part)) << part << "\n" << run.out;
+    }
+}
+
+TEST_F(Command, InspectTellsMachinesTheSame)
+{
+    const Json model = Json::parse(RunVelscore({"inspect", "--json", model_}).out);
+    EXPECT_EQ(model["target"], "y");
+    EXPECT_EQ(model["df"], 8);
+    EXPECT_EQ(model["factors"], Json::array({"sex"}));
+    EXPECT_EQ(model["reads"].size(), 2u);
+    const Json& terms = model["equations"][0]["terms"];
+    ASSERT_EQ(terms.size(), 3u);
+    EXPECT_EQ(terms[2]["beta"], 10);
+    EXPECT_EQ(terms[2]["factors"][0]["category"], "m");
+}
+
+TEST_F(Command, InspectDumpsAllThatTheModelHolds)
+{
+    const Finished run = RunVelscore({"inspect", "--dump", model_});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_TRUE(Has(run.out, "Begin display of")) << run.out;
+    EXPECT_EQ(RunVelscore({"inspect", "--dump", "--json", model_}).exitCode, 1);
+}
+
+TEST_F(Command, HelpExplainsACode)
+{
+    const Finished run = RunVelscore({"help", "90029"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_TRUE(Has(run.out, "90029")) << run.out;
+    EXPECT_TRUE(Has(run.out, "what to do: ")) << run.out;
+    EXPECT_EQ(RunVelscore({"help", "7"}).exitCode, 1);
+    EXPECT_EQ(RunVelscore({"help", "seven"}).exitCode, 1);
+    EXPECT_TRUE(Has(RunVelscore({"help"}).out, "269301"));
+}
+
+TEST_F(Command, PluginThatCannotBeLoadedEndsWithSeven)
+{
+    const Finished absent = RunVelscore({"check", "--plugin", "/nowhere/at/all.so", model_});
+    EXPECT_EQ(absent.exitCode, 7);
+    EXPECT_TRUE(Has(absent.err, "/nowhere/at/all.so")) << absent.err;
+    EXPECT_TRUE(Has(absent.err, "what to do: ")) << absent.err;
+    EXPECT_EQ(RunVelscore({"inspect", "--plugin", VELSCORE_HOST_LIBRARY, model_}).exitCode, 7);
+}
+
+TEST_F(Command, TraceGoesToStandardErrorOrToAFile)
+{
+    const std::string table = "x,sex\n1,f\n";
+    const Finished silent = RunVelscore({"score", "--quiet", model_}, table);
+    EXPECT_EQ(silent.err, "");
+    const Finished traced = RunVelscore({"score", "--quiet", model_}, table, {"VELSCORE_TRACE=2"});
+    EXPECT_EQ(traced.out, silent.out);
+    EXPECT_TRUE(Has(traced.err, "Entry:")) << traced.err;
+    EXPECT_TRUE(Has(traced.err, "PMML version is :4.4")) << traced.err;
+    const std::string file = folder_.Path("trace.txt");
+    EXPECT_EQ(RunVelscore({"score", "--quiet", model_}, table, {"VELSCORE_TRACE=1:" + file}).err, "");
+    EXPECT_TRUE(Has(ReadFile(file), "Entry:"));
+    EXPECT_EQ(RunVelscore({"score", model_}, table, {"VELSCORE_TRACE=loud"}).exitCode, 1);
+}
+
+TEST_F(Command, ErrorsHaveNoColourInAFile)
+{
+    EXPECT_FALSE(Has(RunVelscore({"score", "/nowhere/at/all"}).err, "\033"));
+}
+
+}  // namespace
+}  // namespace MCVelscore_850

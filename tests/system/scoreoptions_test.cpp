@@ -1,0 +1,209 @@
+// The options of score, each by what it changes in the output.
+
+#include <gtest/gtest.h>
+
+#include "tests/system/csvtext.h"
+#include "tests/system/runcommand.h"
+#include "tests/system/testmodel.h"
+
+namespace MCVelscore_850 {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+class ScoreOptions : public testing::Test {
+protected:
+    ScoreOptions() : model_(folder_.Write("model.pmml", TestModel().Text())) {}
+    void UseModel(const TestModel& model) { folder_.Write("model.pmml", model.Text()); }
+    Finished Score(const std::string& table, std::vector<std::string> options = {})
+    {
+        options.insert(options.begin(), {"score", model_});
+        return RunVelscore(options, table);
+    }
+    Texts Predictions(const std::string& table, std::vector<std::string> options = {})
+    {
+        const Finished run = Score(table, std::move(options));
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+        return ParseCsv(run.out).Texts("prediction");
+    }
+
+    ScratchFolder folder_;
+    std::string model_;
+};
+
+TEST_F(ScoreOptions, ScoresStandardInputToStandardOutputByDefault)
+{
+    const Finished run = Score("sex,x\nm,2\n");
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    // 1 + 2 * 2 + 10, error 2, and Student's t for 8 degrees of freedom from a printed table
+    const CsvText scores = ParseCsv(run.out);
+    EXPECT_EQ(scores.header,
+              (Texts{"prediction", "std_dev", "ci_lower", "ci_upper", "status", "status_field"}));
+    EXPECT_EQ(scores.Texts("prediction"), Texts{"15"});
+    EXPECT_EQ(scores.Texts("std_dev"), Texts{"2"});
+    EXPECT_NEAR(std::stod(scores.Texts("ci_lower").at(0)), 15 - 2 * 2.306004, 1e-5);
+    EXPECT_NEAR(std::stod(scores.Texts("ci_upper").at(0)), 15 + 2 * 2.306004, 1e-5);
+    EXPECT_EQ(scores.Texts("status"), Texts{"0"});
+    EXPECT_EQ(run.err, "velscore: 1 of 1 cases scored\n");
+}
+
+TEST_F(ScoreOptions, TheModelMayComeFromStandardInput)
+{
+    const std::string cases = folder_.Write("cases.csv", "x,sex\n1,f\n");
+    const Finished run = RunVelscore({"score", "-", cases}, TestModel().Text());
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(ParseCsv(run.out).Texts("prediction"), Texts{"3"});
+}
+
+TEST_F(ScoreOptions, TwoInputsFromStandardInputAreWrongUsage)
+{
+    EXPECT_EQ(RunVelscore({"score", "-", "-"}).exitCode, 1);
+    EXPECT_EQ(RunVelscore({"score", "-"}).exitCode, 1);
+}
+
+TEST_F(ScoreOptions, OutGoesToAFile)
+{
+    const std::string out = folder_.Path("scores.csv");
+    const Finished run = Score("x,sex\n1,f\n", {"-o", out});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(ParseCsv(ReadFile(out)).Texts("prediction"), Texts{"3"});
+}
+
+TEST_F(ScoreOptions, OutputOntoAnInputIsWrongUsageAndLeavesItAlone)
+{
+    const std::string cases = folder_.Write("cases.csv", "x,sex\n1,f\n");
+    for (const std::string& input : {cases, model_}) {
+        const std::string before = ReadFile(input);
+        const Finished run = RunVelscore({"score", model_, cases, "-o", input});
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_NE(run.err.find("another file"), std::string::npos) << run.err;
+        EXPECT_EQ(ReadFile(input), before);
+    }
+    const Finished appended = RunProgram(
+        {"/bin/sh", "-c", "exec \"$0\" score \"$1\" \"$2\" >> \"$2\"", VELSCORE_COMMAND, model_, cases});
+    EXPECT_EQ(appended.exitCode, 1);
+    EXPECT_EQ(ReadFile(cases), "x,sex\n1,f\n");
+}
+
+TEST_F(ScoreOptions, KeepRepeatsTheInputsOwnText)
+{
+    const std::string table = "id,x,sex,status\n\"a,1\",01.0,f,old\n";
+    const CsvText all = ParseCsv(Score(table, {"--keep", "all"}).out);
+    EXPECT_EQ(all.header, (Texts{"id", "x", "sex", "input.status", "prediction", "std_dev",
+                                 "ci_lower", "ci_upper", "status", "status_field"}));
+    EXPECT_EQ(all.Texts("id"), Texts{"a,1"});
+    EXPECT_EQ(all.Texts("x"), Texts{"01.0"});
+    EXPECT_EQ(all.Texts("input.status"), Texts{"old"});
+    const CsvText some = ParseCsv(Score(table, {"--keep", "sex,id", "--prediction-only"}).out);
+    EXPECT_EQ(some.header, (Texts{"sex", "id", "prediction", "status", "status_field"}));
+    EXPECT_EQ(Score(table, {"--keep", "name"}).exitCode, 1);
+}
+
+TEST_F(ScoreOptions, KeepNamesAColumnWithACommaInQuotes)
+{
+    const Finished run = Score("\"a,b\",x,sex\n7,1,f\n", {"--keep", "\"a,b\",sex", "--keep", "x"});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(ParseCsv(run.out).Texts("a,b"), Texts{"7"});
+    EXPECT_EQ(ParseCsv(run.out).Texts("x"), Texts{"1"});
+}
+
+TEST_F(ScoreOptions, PredictionOnlyLeavesThePredictionUnchanged)
+{
+    const Finished run = Score("x,sex\n1,f\n2,m\n", {"--prediction-only"});
+    EXPECT_EQ(run.out, "prediction,status,status_field\n3,0,\n15,0,\n");
+}
+
+TEST_F(ScoreOptions, DelimiterAndDecimalServeInputAndOutput)
+{
+    const Finished run = Score("x;sex\n1,25;f\n1.25;f\n", {"--delimiter", ";", "--decimal", ",", "--keep", "x"});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    const CsvText scores = ParseCsv(run.out, ';');
+    EXPECT_EQ(scores.Texts("prediction"), (Texts{"3,5", ""}));
+    EXPECT_EQ(scores.Texts("status"), (Texts{"0", "269050"}));
+    EXPECT_EQ(scores.Texts("x"), (Texts{"1,25", "1.25"}));
+    EXPECT_EQ(Predictions("x,sex\n\"1,5\",f\n", {"--decimal", ","}), Texts{"4"});
+}
+
+TEST_F(ScoreOptions, TabDelimiterHasAName)
+{
+    for (const char* name : {"tab", "\\t", "\t"}) {
+        const Finished run = Score("x\tsex\n1\tf\n", {"--delimiter", name});
+        EXPECT_EQ(ParseCsv(run.out, '\t').Texts("prediction"), Texts{"3"}) << run.err;
+    }
+}
+
+TEST_F(ScoreOptions, SeparatorsThatMakeNoSenseAreWrongUsage)
+{
+    const std::vector<std::vector<std::string>> kWrong = {
+        {"--delimiter", ";;"}, {"--delimiter", "\""}, {"--delimiter", ""}, {"--decimal", "5"},
+        {"--decimal", "e"},    {"--delimiter", ".", "--decimal", "."}};
+    for (const auto& options : kWrong) EXPECT_EQ(Score("x,sex\n1,f\n", options).exitCode, 1) << options[1];
+}
+
+TEST_F(ScoreOptions, MissingTextsAreTheEmptyFieldNaAndWhatIsGiven)
+{
+    const std::string table = "x,sex\n,f\nNA,f\n-9,f\n?,f\n1,NA\n";
+    EXPECT_EQ(ParseCsv(Score(table).out).Texts("status"),
+              (Texts{"90029", "90029", "0", "269050", "90029"}));
+    EXPECT_EQ(ParseCsv(Score(table, {"--na", "-9", "--na", "?"}).out).Texts("status"),
+              (Texts{"90029", "90029", "90029", "90029", "90029"}));
+}
+
+TEST_F(ScoreOptions, MissingTextOptionTakesOneTextAndLeavesThePositionals)
+{
+    const std::string cases = folder_.Write("cases.csv", "x,sex\n1,f\n");
+    const Finished run = RunVelscore({"score", "--na", "-9", model_, cases});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+}
+
+TEST_F(ScoreOptions, PolicyDecidesWhetherReplacementsAreTaken)
+{
+    TestModel replacing;
+    replacing.xMining = R"(<MiningField name="x" usageType="active" missingValueReplacement="5"/>)";
+    replacing.sexMining = R"(<MiningField name="sex" usageType="active" missingValueReplacement="m"/>)";
+    UseModel(replacing);
+    const std::string table = "x,sex\n,f\n1,\n1,f\n";
+    EXPECT_EQ(Predictions(table), (Texts{"11", "13", "3"}));
+    EXPECT_EQ(Predictions(table, {"--policy", "substitute"}), (Texts{"11", "13", "3"}));
+    EXPECT_EQ(Predictions(table, {"--policy", "sysmis"}), (Texts{"", "", "3"}));
+    EXPECT_EQ(Predictions(table, {"--policy", "status"}), (Texts{"", "", "3"}));
+    EXPECT_EQ(Score(table, {"--policy", "drop"}).exitCode, 1);
+}
+
+TEST_F(ScoreOptions, InvalidValueTreatmentsOfTheDocumentAreFollowed)
+{
+    TestModel treating;
+    treating.sexMining = R"(<MiningField name="sex" usageType="active"
+      invalidValueTreatment="asMissing" missingValueReplacement="m"/>)";
+    UseModel(treating);
+    EXPECT_EQ(Predictions("x,sex\n1,other\n"), Texts{"13"});
+    treating.sexMining = R"(<MiningField name="sex" usageType="active" invalidValueTreatment="returnInvalid"/>)";
+    UseModel(treating);
+    const CsvText scores = ParseCsv(Score("x,sex\n1,other\n").out);
+    EXPECT_EQ(scores.Texts("status"), Texts{"269052"});
+    EXPECT_EQ(scores.Texts("status_field"), Texts{"sex"});
+}
+
+TEST_F(ScoreOptions, QuietSaysNothingOfARunThatWorks)
+{
+    EXPECT_EQ(Score("x,sex\n1,f\n,f\n", {"--quiet"}).err, "");
+}
+
+TEST_F(ScoreOptions, OutputDefaultIsTheOnlyOneOffered)
+{
+    EXPECT_EQ(Score("x,sex\n1,f\n", {"--output", "default"}).exitCode, 0);
+    EXPECT_EQ(Score("x,sex\n1,f\n", {"--output", "document"}).exitCode, 1);
+}
+
+TEST_F(ScoreOptions, AsIsLeavesADocumentToTheReader)
+{
+    std::string text = TestModel().Text();
+    text.replace(text.find("version=\"4.4\""), 13, "version=\"4.4.1\"");
+    model_ = folder_.Write("version.pmml", text);
+    EXPECT_EQ(Predictions("x,sex\n1,f\n"), Texts{"3"});
+    EXPECT_EQ(Score("x,sex\n1,f\n", {"--as-is"}).exitCode, 2);
+}
+
+}  // namespace
+}  // namespace MCVelscore_850
