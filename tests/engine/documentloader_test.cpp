@@ -131,7 +131,9 @@ TEST(DocumentLoader, TakesUtf16AndLatin1AlikeInGuardAndTree)
     for (const char c : std::string("<PMML version=\"4.3\"/>")) wide.append({c, '\0'});
     EXPECT_EQ(LoadDocumentText(wide, "m").VersionText(), "4.3");
     EXPECT_EQ(LoadDocumentText("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>"
-                               "<PMML version=\"\xe9\"/>", "m").VersionText(),
+                               "<PMML version=\"\xe9\"/>",
+                               "m")
+                  .VersionText(),
               "\xc3\xa9");
 }
 
@@ -247,7 +249,8 @@ TEST(DocumentLoader, NeverReadsAFileThroughAnEntity)
 {
     const Folder folder;
     const std::string secret = folder.Write("secret.txt", "secret");
-    EXPECT_EQ(LoadCode("<!DOCTYPE PMML [<!ENTITY s SYSTEM \"" + secret + "\">]>"
+    EXPECT_EQ(LoadCode("<!DOCTYPE PMML [<!ENTITY s SYSTEM \"" + secret +
+                       "\">]>"
                        "<PMML version='4.4'>&s;</PMML>"),
               kDoctype);
 }
