@@ -164,7 +164,7 @@ TEST(RegressionOrder, LooksAtLinearRegressionsAlone)
     Parts parts;
     parts.parameters = "<Parameter name='p0'/><Parameter name='pb'/><Parameter name='pa'/>";
     for (const char* type : {"generalLinear", "generalizedLinear", "multinomialLogistic"}) {
-        parts.model = "modelType='" + std::string(type) + "'";
+        parts.model = "modelType='" + std::string(type) + "' algorithmName='GZLM'";
         EXPECT_TRUE(Adapted(parts.Text()).Untouched()) << type;
     }
 }
