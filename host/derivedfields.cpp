@@ -1,6 +1,7 @@
 // The derived fields of a PMML document: DerivedField and its expression.
 
 #include <map>
+#include <set>
 #include <utility>
 
 #include <xercesc/dom/DOM.hpp>
@@ -27,9 +28,6 @@ const std::string kDerivedField = "DerivedField";
 const std::string kDataType = "dataType";
 const std::string kField = "field";
 const std::string kMapMissingTo = "mapMissingTo";
-
-// One derived field refers to another through a chain of at most so many.
-constexpr int kLongestChain = 1000;
 
 }  // namespace
 
@@ -79,10 +77,7 @@ private:
     {
         DOMElement* element = elements_.at(name);
         t_.NoteElement(element);
-        if (!underway_.emplace(name, true).second) Refuse(kDerivedFieldCycle, name.c_str());
-        if (static_cast<int>(underway_.size()) > kLongestChain) {
-            Refuse(kExpressionTooDeep, name.c_str());
-        }
+        if (!underway_.insert(name).second) Refuse(kDerivedFieldCycle, name.c_str());
         const std::string outer = std::exchange(field_, name);
         const DictVarType type = FieldType(
             name, t_.ToString(t_.GetAttributeForced(element, Tags::XML_ATT_DATAFIELD_OPTYPE)),
@@ -90,6 +85,12 @@ private:
         const std::string outerType = std::exchange(fieldType_, type.dataType);
         std::shared_ptr<const Expression> expression = ReadOnlyExpression(element);
         auto var = std::make_unique<TransformVar>(type, expression);
+        // Fields that stand in the order of their use are read one by one, and evaluated all the
+        // way down.
+        if (var->Height() > kGreatestHeight) {
+            t_.NoteElement(element);
+            Refuse(kExpressionTooDeep, name.c_str());
+        }
         t_.ReadDeclaredValues(element, *var);
         ListTexts(*expression, *var);
         var->SetUpCatEncoder();
@@ -235,7 +236,8 @@ private:
     const ScoreDictionary& dictionary_;
     TransformationDictionary& derived_;
     std::map<std::string, DOMElement*> elements_;
-    std::map<std::string, bool> underway_;
+    std::set<std::string> underway_;
+    int depth_ = 0;          // of expressions that are being read, through all fields
     std::string field_;      // the derived field being read, for messages
     std::string fieldType_;  // its dataType
 };
@@ -250,8 +252,12 @@ const PMMLTranslator::DerivedFieldReader::ExpressionRow
 
 std::unique_ptr<Expression> PMMLTranslator::DerivedFieldReader::ReadExpression(DOMElement* element)
 {
+    if (++depth_ > kGreatestHeight) Refuse(kExpressionTooDeep, field_.c_str());
     for (const ExpressionRow& row : kExpressions) {
-        if (t_.IsEqual(element->getTagName(), row.tag)) return (this->*row.read)(element);
+        if (!t_.IsEqual(element->getTagName(), row.tag)) continue;
+        auto expression = (this->*row.read)(element);
+        --depth_;
+        return expression;
     }
     t_.NoteElement(element);
     Refuse(kExpressionNotSupported, t_.ToString(element->getTagName()).c_str(), field_.c_str());

@@ -70,7 +70,8 @@ public:
     // Declarations, made while the dictionary is read.
 
     enum class Property { Valid, Invalid, Missing };
-    /// One value of the declaration. A second one of the same value is dropped.
+    /// One value of the declaration. A second one of the same value is dropped, whatever its
+    /// property.
     void DeclareValue(std::unique_ptr<ScoreValue> value, const std::string& text,
                       Property property);
     /// An interval of valid numbers; several add up. Infinite ends are no bound.
@@ -102,13 +103,14 @@ private:
         std::unordered_map<std::string, int, TextHash, std::equal_to<>> byText;
         std::unordered_map<double, int> byNumber;
         int Find(const ScoreValue& value) const;
+        int FindText(std::string_view text) const;
         bool Add(std::unique_ptr<ScoreValue> value);
         Listing() = default;
         Listing(const Listing& other);
     };
 
     bool HasOwnKind(const ScoreValue& value) const;
-    bool IsMissingNumber(double number) const;
+    bool IsOutlier(double number) const;
     bool IsValidNumber(double number) const;
 
     DictVarType type_;

@@ -125,8 +125,8 @@ constexpr Message kCatalogue[] = {
      "NormContinuous in the derived field {0} needs two LinearNorm elements or more, their orig "
      "values ascending",
      kMendExpression},
-    {kExpressionTooDeep, "s", "the derived field {0} stands on too long a chain of others",
-     "Shorten the chain of derived fields."},
+    {kExpressionTooDeep, "s", "the derived field {0} stands on too long a chain of fields and functions",
+     "Shorten the chain of derived fields, or nest fewer functions."},
     {kFamilyNotAvailable, "ss", "models of the family '{0}' ({1}) can't be scored yet",
      "Score this model with a release that lists the family in its documentation."},
     {kReferencePointFamily, "ss",

@@ -37,8 +37,8 @@ public:
 
 // Codes of the host's own refusals, in documents. The codes of the readers stand with the readers.
 inline constexpr int kNotANumber = 269001;            // text
-inline constexpr int kNotAnInteger = 269002;          // text, where
-inline constexpr int kNumberTooLarge = 269003;        // text, where
+inline constexpr int kNotAnInteger = 269002;          // text
+inline constexpr int kNumberTooLarge = 269003;        // text
 inline constexpr int kArrayLength = 269004;           // found, expected
 inline constexpr int kUnknownEncoding = 269005;       // name
 inline constexpr int kDuplicateField = 269006;        // name
