@@ -1,6 +1,7 @@
 #include "host/dictvar.h"
 
 #include <cmath>
+#include <limits>
 #include <optional>
 
 #include "host/catencoder.h"
@@ -106,7 +107,7 @@ bool DictVar::Listing::Add(std::unique_ptr<ScoreValue> value)
     return true;
 }
 
-DictVar::DictVar(DictVarType type) : type_(std::move(type)) {}
+DictVar::DictVar(DictVarType type) : type_(std::move(type)) { UpdateSureRange(); }
 
 DictVar::DictVar(const DictVar& other)
     : ScoreDictVar(other),
@@ -123,6 +124,30 @@ DictVar::DictVar(const DictVar& other)
 {
     for (const auto& value : categories_.values) valueSet_.Append(value.get());
     if (other.encoder_) SetUpCatEncoder();
+}
+
+void DictVar::UpdateSureRange()
+{
+    const bool plain = type_.level == CONTINUOUS && type_.valueType == NUMERIC && !declared_ &&
+                       intervals_.empty() && outlierTreatment_ != AS_MISSING;
+    if (plain) {
+        constexpr double kLargest = std::numeric_limits<double>::max();
+        SetSureRange(std::nextafter(NumericValue::GetSysmisValue(), 0.0), kLargest);
+    } else {
+        SetSureRange(1.0, 0.0);
+    }
+}
+
+void DictVar::SetOutlierTreatment(int treatment)
+{
+    outlierTreatment_ = treatment;
+    UpdateSureRange();
+}
+
+void DictVar::DeclareInterval(const Interval& interval)
+{
+    intervals_.push_back(interval);
+    UpdateSureRange();
 }
 
 DictVar::~DictVar() = default;
@@ -199,13 +224,6 @@ bool DictVar::IsValid(const ScoreValue* value) const
 
 bool DictVar::Accepts(const ScoreValue* value) const
 {
-    // The plain continuous number, which nearly every value is, takes the short way.
-    if (value != nullptr && type_.level == CONTINUOUS && type_.valueType == NUMERIC &&
-        value->GetValueType() == ScoreValue::NUMERIC && missing_.values.empty() &&
-        invalid_.values.empty() && categories_.values.empty()) {
-        const double number = static_cast<const NumericValue*>(value)->GetDouble();
-        return IsValidNumber(number) && !IsOutlier(number);
-    }
     return !DictVar::IsMissing(value) && DictVar::IsValid(value);
 }
 
@@ -252,6 +270,7 @@ void DictVar::DeclareValue(std::unique_ptr<ScoreValue> value, const std::string&
                            Property property)
 {
     declared_ = true;
+    SetSureRange(1.0, 0.0);  // from now on the lists have to be asked
     for (const Listing* listing : {&categories_, &missing_, &invalid_}) {
         if (listing->Find(*value) >= 0) return;
     }

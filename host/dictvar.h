@@ -54,7 +54,7 @@ public:
     CatEncoder* GetCatEncoderForUpdate() override { return encoder_.get(); }
     bool HasOpenCategories() const override;
     void AddCategory(ScoreValue* value, const std::string& text) override;
-    void SetOutlierTreatment(int treatment) override { outlierTreatment_ = treatment; }
+    void SetOutlierTreatment(int treatment) override;
     int GetOutlierTreatment() const override { return outlierTreatment_; }
     bool Accepts(const ScoreValue* value) const override;
     bool AcceptsUnlisted() const override { return acceptsUnlisted_; }
@@ -81,7 +81,7 @@ public:
         bool lowClosed;
         bool highClosed;
     };
-    void DeclareInterval(const Interval& interval) { intervals_.push_back(interval); }
+    void DeclareInterval(const Interval& interval);
     void SetAcceptsUnlisted(bool accepts) { acceptsUnlisted_ = accepts; }
 
     /// The spelling that a text takes in this variable: a boolean's declared word for the same
@@ -112,6 +112,8 @@ private:
     bool HasOwnKind(const ScoreValue& value) const;
     bool IsOutlier(double number) const;
     bool IsValidNumber(double number) const;
+    /// Every finite number but the system-missing one is sure where nothing restricts the variable.
+    void UpdateSureRange();
 
     DictVarType type_;
     Listing categories_;
