@@ -29,6 +29,10 @@ const std::string kDataType = "dataType";
 const std::string kField = "field";
 const std::string kMapMissingTo = "mapMissingTo";
 
+// The texts that all derived fields of a section can yield. Each field holds its own, so a short
+// document of many fields that refer to one of many categories could ask for any memory.
+constexpr size_t kMostTexts = 1000000;
+
 }  // namespace
 
 // Reads the derived fields of one section. A field may use one that stands after it, so each is
@@ -103,11 +107,15 @@ private:
     }
 
     // A derived text without values of its own has those that its expression can yield.
-    static void ListTexts(const Expression& expression, DictVar& var)
+    void ListTexts(const Expression& expression, DictVar& var)
     {
         if (var.GetValueType() != ScoreDictVar::STRING || !var.HasOpenCategories()) return;
         std::vector<std::string> texts;
         if (!expression.CollectTexts(texts)) return;
+        listedTexts_ += texts.size();
+        if (listedTexts_ > kMostTexts) {
+            Refuse(kTooManyDerivedTexts, static_cast<int>(kMostTexts), var.GetName().c_str());
+        }
         for (const std::string& text : texts) var.AddCategory(new StringValue(text), text);
     }
 
@@ -237,6 +245,7 @@ private:
     TransformationDictionary& derived_;
     std::map<std::string, DOMElement*> elements_;
     std::set<std::string> underway_;
+    size_t listedTexts_ = 0;
     int depth_ = 0;          // of expressions that are being read, through all fields
     std::string field_;      // the derived field being read, for messages
     std::string fieldType_;  // its dataType

@@ -118,6 +118,7 @@ DictVar::DictVar(const DictVar& other)
       intervals_(other.intervals_),
       stats_(other.stats_ ? std::make_unique<VarStats>(*other.stats_) : nullptr),
       outlierTreatment_(other.outlierTreatment_),
+      spellings_{other.spellings_[0], other.spellings_[1]},
       declared_(other.declared_),
       acceptsUnlisted_(other.acceptsUnlisted_),
       dictIndex_(other.dictIndex_)
@@ -263,7 +264,19 @@ void DictVar::AddCategory(ScoreValue* value, const std::string&)
     if (type_.level == CONTINUOUS || value == nullptr || !HasOwnKind(*value)) return;
     if (IsMissing(value) || invalid_.Find(*value) >= 0) return;
     if (type_.valueType != STRING && !std::isfinite(value->GetDouble())) return;
-    if (categories_.Add(std::move(category))) valueSet_.Append(value);
+    Append(std::move(category));
+}
+
+void DictVar::Append(std::unique_ptr<ScoreValue> category)
+{
+    const ScoreValue* value = category.get();
+    if (!categories_.Add(std::move(category))) return;
+    if (type_.level != CONTINUOUS) valueSet_.Append(value);
+    if (!type_.boolean) return;
+    const std::optional<bool> truth = TruthOf(static_cast<const StringValue*>(value)->Text());
+    if (truth && spellings_[*truth] < 0) {
+        spellings_[*truth] = static_cast<int>(categories_.values.size()) - 1;
+    }
 }
 
 void DictVar::DeclareValue(std::unique_ptr<ScoreValue> value, const std::string& text,
@@ -280,7 +293,7 @@ void DictVar::DeclareValue(std::unique_ptr<ScoreValue> value, const std::string&
         case Property::Valid: break;
     }
     if (type_.level == CONTINUOUS) {
-        categories_.Add(std::move(value));
+        Append(std::move(value));
     } else {
         AddCategory(value.release(), text);
     }
@@ -305,12 +318,9 @@ std::string_view DictVar::Spelling(std::string_view text) const
 {
     if (!type_.boolean) return text;
     const std::optional<bool> truth = TruthOf(text);
-    if (!truth) return text;
-    for (const auto& value : categories_.values) {
-        const std::string& declared = static_cast<const StringValue&>(*value).Text();
-        if (TruthOf(declared) == truth) return declared;
-    }
-    return text;
+    if (!truth || spellings_[*truth] < 0) return text;
+    const ScoreValue& declared = *categories_.values[static_cast<size_t>(spellings_[*truth])];
+    return static_cast<const StringValue&>(declared).Text();
 }
 
 }  // namespace MCVelscore_850

@@ -111,6 +111,8 @@ private:
 
     bool HasOwnKind(const ScoreValue& value) const;
     bool IsOutlier(double number) const;
+    /// Takes a category over unless it is there already.
+    void Append(std::unique_ptr<ScoreValue> category);
     bool IsValidNumber(double number) const;
     /// Every finite number but the system-missing one is sure where nothing restricts the variable.
     void UpdateSureRange();
@@ -124,6 +126,7 @@ private:
     std::unique_ptr<VarStats> stats_;
     std::unique_ptr<CatEncoder> encoder_;
     int outlierTreatment_ = AS_IS;
+    int spellings_[2] = {-1, -1};  // of a boolean's false and true: the positions of their words
     bool declared_ = false;  // some Value child stood in the declaration
     bool acceptsUnlisted_ = false;
     mutable int dictIndex_ = -1;

@@ -32,7 +32,6 @@ void VSException::PutErrorMessage(int code, ...)
 {
     code_ = code;
     arguments_.clear();
-    text_.clear();
     if (formater_ == nullptr) return;
     va_list arguments;
     va_start(arguments, code);

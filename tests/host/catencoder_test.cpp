@@ -1,29 +1,14 @@
 #include "host/catencoder.h"
 
-#include <atomic>
-#include <cstdlib>
-#include <new>
+#include <memory>
 
 #include <gtest/gtest.h>
 
+#include "allocations.h"
 #include "host/datetimevalue.h"
 #include "host/numericvalue.h"
 #include "host/stringvalue.h"
 #include "vars.h"
-
-namespace {
-std::atomic<long> allocations{0};
-}
-
-// Every allocation of this program is counted, those of the library under test too.
-void* operator new(std::size_t size)
-{
-    ++allocations;
-    if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
-    throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace MCVelscore_850 {
 namespace {
@@ -146,20 +131,20 @@ TEST(CatEncoder, LooksUpWithoutAllocating)
     const std::string two = "2";
     const NumericValue twoValue(2.0);
 
-    const long before = allocations;
+    const long before = Allocations();
     const int byText = text.GetCatEncoder()->EncodeString(second);
     const int byValue = text.GetCatEncoder()->EncodeValue(&secondValue);
     const int byNumberText = code.GetCatEncoder()->EncodeString(two);
     const int byNumber = code.GetCatEncoder()->EncodeValue(&twoValue);
-    EXPECT_EQ(allocations - before, 0);
+    EXPECT_EQ(Allocations() - before, 0);
     EXPECT_EQ(byText, 1);
     EXPECT_EQ(byValue, 1);
     EXPECT_EQ(byNumberText, 1);
     EXPECT_EQ(byNumber, 1);
 
-    const long beforeClone = allocations;
+    const long beforeClone = Allocations();
     const std::unique_ptr<ScoreValue> clone(secondValue.Clone());
-    EXPECT_GT(allocations - beforeClone, 0) << "the library's allocations aren't counted";
+    EXPECT_GT(Allocations() - beforeClone, 0) << "the library's allocations aren't counted";
 }
 
 }  // namespace

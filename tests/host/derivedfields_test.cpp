@@ -310,6 +310,16 @@ TEST(DerivedFields, TextGetsTheCategoriesItsExpressionYieldsAndAnEncoder)
     EXPECT_EQ(d.Var("f").GetCatEncoder()->EncodeValue(&d["f"]), 2);  // k is missing
 }
 
+// 2,000 categories in 600 fields: each field would hold its own copies.
+TEST(DerivedFields, TextsOfAllFieldsTogetherAreLimited)
+{
+    std::string values;
+    for (int i = 0; i < 2000; ++i) values += "<Value value='" + Numbered(i) + "'/>";
+    std::string fields = TextField("many", values + Constant("", "missing='true'"));
+    for (int i = 1; i <= 600; ++i) fields += TextField(Numbered(i), FieldRef("many"));
+    EXPECT_EQ(RefusedFor(fields), (Refusal{kTooManyDerivedTexts, {"1000000", "d501"}}));
+}
+
 TEST(DerivedFields, TextOfAnOpenFieldStaysOpen)
 {
     Derivation d(TextField("d", FieldRef("t")));

@@ -329,6 +329,18 @@ TEST(DictVar, BooleanTakesTheDeclaredSpellingOfTheSameTruth)
     }
 }
 
+TEST(DictVar, BooleanLearnsItsSpellingFromAnAddedCategory)
+{
+    DictVar var(BooleanType());
+    EXPECT_EQ(var.Spelling("1"), "1");
+    var.AddCategory(new StringValue("perhaps"), "perhaps");
+    var.AddCategory(new StringValue("TRUE"), "TRUE");
+    EXPECT_EQ(var.Spelling("1"), "TRUE");
+    EXPECT_EQ(var.Spelling("0"), "0");
+    const std::unique_ptr<DictVar> copy(static_cast<DictVar*>(var.Clone()));
+    EXPECT_EQ(copy->Spelling("T"), "TRUE");
+}
+
 TEST(DictVar, TextThatIsNoBooleanKeepsItsSpelling)
 {
     DictVar var(TextType());

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <fstream>
 #include <map>
-#include <regex>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -32,14 +31,14 @@ std::map<int, size_t> DeclaredCodes()
 {
     std::map<int, size_t> codes;
     std::ifstream header("host/messages.h");
-    const std::regex row(R"(inline constexpr int k\w+ = (\d+);\s*//\s*(.*))");
     std::string line;
-    std::smatch match;
     while (std::getline(header, line)) {
-        if (!std::regex_search(line, match, row)) continue;
-        const std::string arguments = match[2];
+        const size_t equals = line.find(" = ");
+        const size_t comment = line.find("//");
+        if (!line.starts_with("inline constexpr int k") || equals == std::string::npos) continue;
+        const std::string arguments = comment == std::string::npos ? "" : line.substr(comment);
         const auto commas = std::count(arguments.begin(), arguments.end(), ',');
-        codes[std::stoi(match[1])] = static_cast<size_t>(commas) + 1;
+        codes[std::stoi(line.substr(equals + 3))] = static_cast<size_t>(commas) + 1;
     }
     return codes;
 }
