@@ -34,6 +34,9 @@ struct CaseRoad {
     bool failsUnderStatusOnly;
     /// The status carries the index of the last bad predictor.
     bool namesBadPredictor;
+    /// Number family: a value that gives no number counts as 0.0; else the number of the case
+    /// before stands.
+    bool clearsNumbers;
     MissingPrediction missingPrediction;
 };
 
@@ -160,6 +163,7 @@ void CaseWalk::GatherNumbers(Find find)
         const ScoreDictVar* var = model_.predictorVars[i];
         const ScoreValue* value = find(i, var);
         double& number = model_.caseValues[i];
+        if (road_.clearsNumbers) number = 0.0;
         bool bad = value == nullptr;
         bool judged = false;
         if (value != nullptr) {
@@ -176,7 +180,7 @@ void CaseWalk::GatherNumbers(Find find)
                     judged = true;  // a text is judged by its position alone
                     break;
                 }
-                default: break;  // a value of another kind leaves the number as it was
+                default: break;
             }
         }
         if (!model_.scoreCaseValidationCheck) continue;

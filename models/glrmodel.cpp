@@ -1,6 +1,5 @@
 #include "models/glrmodel.h"
 
-#include <algorithm>
 #include <cmath>
 #include <ostream>
 
@@ -19,6 +18,7 @@ constexpr CaseRoad kRoad{
     .fetchesDerivedRecord = false,  // derived predictors are asked for one at a time
     .failsUnderStatusOnly = true,
     .namesBadPredictor = false,
+    .clearsNumbers = true,
     .missingPrediction = MissingPrediction::Number,
 };
 
@@ -65,8 +65,6 @@ MCScore::MCStatus GLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*
     if (!walk.Start()) return walk.Status();
     LRResult& answer = walk.PrepareResult<LRResult>(result, ScoreResult::LR_RESULT);
 
-    std::fill(designRow.begin(), designRow.end(), 0.0);
-    std::fill(caseValues.begin(), caseValues.end(), 0.0);
     walk.GatherNumbers([&](size_t i, const ScoreDictVar* var) -> const ScoreValue* {
         const ScoreValue* value = nullptr;
         const bool derived = predictorIsDerived[i] != 0;
@@ -110,25 +108,22 @@ double GLRModel::LinearPredictor()
     double lp = 0.0;
     for (size_t p = 0; p < betas.size(); ++p) {
         const double b = betas[p];
-        if (b == 0.0) continue;
         double d = 1.0;
-        bool active = true;
-        const std::vector<double>& cells = numericPPMatrix[p];
-        for (const int predictor : parameterPredictors[p]) {
-            const auto k = static_cast<size_t>(predictor);
-            const double c = cells[k];
-            const double x = caseValues[k];
-            if (predictorRoles[k] == ROLE_FACTOR) {
-                if (!NumericValue::IsEqual(c, x)) active = false;
-            } else if (x == 0.0) {  // exact: the tolerant comparison has no absolute part
-                active = false;
-            } else if (c > 0.0 && x != 1.0) {
-                d = MultiplyByPower(d, x, c);
+        bool active = b != 0.0;
+        if (active) {
+            for (const ParameterPredictor& term : PredictorsOf(p)) {
+                const double x = caseValues[static_cast<size_t>(term.predictor)];
+                if (term.isFactor) {
+                    if (!NumericValue::IsEqual(term.cell, x)) active = false;
+                } else if (x == 0.0) {  // exact: the tolerant comparison has no absolute part
+                    active = false;
+                } else if (term.cell > 0.0 && x != 1.0) {
+                    d = MultiplyByPower(d, x, term.cell);
+                }
             }
         }
-        if (!active) continue;
-        lp += d * b;
-        designRow[p] = d;
+        designRow[p] = active ? d : 0.0;
+        if (active) lp += d * b;
     }
     return lp;
 }

@@ -17,6 +17,7 @@ constexpr CaseRoad kRoad{
     .fetchesDerivedRecord = true,
     .failsUnderStatusOnly = true,
     .namesBadPredictor = false,
+    .clearsNumbers = false,
     .missingPrediction = MissingPrediction::FreshNumber,
 };
 

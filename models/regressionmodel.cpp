@@ -197,13 +197,17 @@ bool RegressionModel::FinishSetup()
     }
 
     if (!numericPPMatrix.empty()) {
-        parameterPredictors.assign(parameters, {});
+        parameterPredictors.clear();
+        parameterPredictorsBegin.assign(1, 0);
         for (size_t p = 0; p < parameters; ++p) {
             for (size_t k = 0; k < predictors; ++k) {
-                if (!NumericValue::IsSystemMissingValue(numericPPMatrix[p][k])) {
-                    parameterPredictors[p].push_back(static_cast<int>(k));
-                }
+                const double cell = numericPPMatrix[p][k];
+                if (NumericValue::IsSystemMissingValue(cell)) continue;
+                const bool isFactor =
+                    k < predictorRoles.size() && predictorRoles[k] == ROLE_FACTOR;
+                parameterPredictors.push_back({static_cast<int>(k), isFactor, cell});
             }
+            parameterPredictorsBegin.push_back(parameterPredictors.size());
         }
     }
     return true;

@@ -4,6 +4,7 @@
 #include <iosfwd>
 #include <map>
 #include <memory>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -133,8 +134,22 @@ protected:
     /// Per predictor the number that stands in for a missing value, system-missing for none;
     /// empty when no predictor has one.
     std::vector<double> predictorSubstitutes;
-    /// Per parameter its predictors in ascending order, from numericPPMatrix.
-    std::vector<std::vector<int>> parameterPredictors;
+    /// One predictor that a parameter depends on, with its cell of numericPPMatrix.
+    struct ParameterPredictor {
+        int predictor;
+        bool isFactor;
+        double cell;
+        bool operator==(const ParameterPredictor&) const = default;
+    };
+    /// numericPPMatrix without its empty cells, parameter after parameter, predictors ascending.
+    std::vector<ParameterPredictor> parameterPredictors;
+    /// Where each parameter's predictors begin, and after the last their end.
+    std::vector<size_t> parameterPredictorsBegin;
+    std::span<const ParameterPredictor> PredictorsOf(size_t parameter) const
+    {
+        return {parameterPredictors.data() + parameterPredictorsBegin[parameter],
+                parameterPredictors.data() + parameterPredictorsBegin[parameter + 1]};
+    }
 
     std::vector<char> predictorIsDerived;  ///< per predictor what its variable answers
 

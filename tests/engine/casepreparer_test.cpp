@@ -294,6 +294,7 @@ public:
     {
         inputs.push_back(&var_);
     }
+    int Height() const override { return 1; }
 
 private:
     const ScoreDictVar& var_;

@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/expression.h"
 #include "host/scoringlog.h"
-#include "host/transformvar.h"
 #include "models/clrresult.h"
 #include "models/lrresult.h"
 #include "models/mlrresult.h"
@@ -24,6 +22,7 @@ public:
                   .fetchesDerivedRecord = true,
                   .failsUnderStatusOnly = true,
                   .namesBadPredictor = true,
+                  .clearsNumbers = false,
                   .missingPrediction = MissingPrediction::Number};
     double sum = 0.0;
     bool reachedResult = false;
@@ -215,11 +214,7 @@ TYPED_TEST(EveryFamily, WithoutValidationAMissingValueStands)
 TYPED_TEST(EveryFamily, DerivedValueComesFromTheTransformationsUnlessTheRecordHoldsIt)
 {
     auto* derived = new TransformationDictionary;
-    DictVarType type;
-    type.name = "d";
-    ExpressionValue five;
-    five.SetNumber(5.0);
-    auto var = std::make_unique<TransformVar>(type, MakeConstant(five));
+    auto var = Derived("d", 5.0);
     this->built.model.SetVarRole(var.get(), ScoreModel::ROLE_COVARIATE);
     derived->AddVar("d", var.release());
     derived->SetUpDerivedCaseRecord();
@@ -306,6 +301,26 @@ TEST(NumberFamily, TextIsReadAsItsPosition)
     Slot slot;
     ASSERT_TRUE(built.model.GetScore(&c.Record(), slot.result, true).IsOK());
     EXPECT_EQ(slot.Number(), 2.0);
+}
+
+TEST(NumberFamily, AbsentValueWithoutValidationKeepsTheNumberOfTheCaseBeforeOrIsCleared)
+{
+    for (const bool clears : {false, true}) {
+        Built<NumberFamily> built;
+        built.model.road.clearsNumbers = clears;
+        built.Covariate("a");
+        built.SetUp();
+        built.model.FinishSetup();
+        built.model.SetScoreCaseValidationCheck(false);
+        Slot slot;
+        Case there;
+        Case absent;
+        there.With("a", 7);
+        absent.With("a", nullptr);
+        ASSERT_TRUE(built.model.GetScore(&there.Record(), slot.result, true).IsOK());
+        ASSERT_TRUE(built.model.GetScore(&absent.Record(), slot.result, true).IsOK());
+        EXPECT_EQ(slot.Number(), clears ? 0.0 : 7.0);
+    }
 }
 
 TEST(NumberFamily, TextIsJudgedByItsPositionAlone)

@@ -8,10 +8,12 @@
 
 #include "host/caserecord.h"
 #include "host/dictvar.h"
+#include "host/expression.h"
 #include "host/mcstatus.h"
 #include "host/numericvalue.h"
 #include "host/scoreresult.h"
 #include "host/stringvalue.h"
+#include "host/transformvar.h"
 #include "host/varstats.h"
 #include "models/regressionmodel.h"
 
@@ -46,6 +48,29 @@ inline void Replace(ScoreDictVar& var, double replacement)
     const NumericValue value(replacement);
     stats->SetMissingReplacement(&value);
     var.SetVarStats(stats.release());
+}
+
+/// An expression that yields the same number for every case.
+class FixedNumber final : public Expression {
+public:
+    explicit FixedNumber(double number) : number_(number) {}
+    void Evaluate(const ExpressionCase&, ExpressionValue& value) const override
+    {
+        value.SetNumber(number_);
+    }
+    void CollectInputs(std::vector<const ScoreDictVar*>&) const override {}
+    int Height() const override { return 1; }
+
+private:
+    double number_;
+};
+
+/// A derived continuous variable of that number.
+inline std::unique_ptr<TransformVar> Derived(const std::string& name, double number = 0.0)
+{
+    DictVarType type;
+    type.name = name;
+    return std::make_unique<TransformVar>(type, std::make_shared<FixedNumber>(number));
 }
 
 /// A model with its dictionary, built in the order that readers keep.

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "host/expression.h"
-#include "host/transformvar.h"
 #include "models/glrmodel.h"
 #include "models/lrmodel.h"
 #include "tests/models/modelfixture.h"
@@ -109,9 +107,7 @@ TEST(RegressionModel, OfDerivedVariablesOnlyFactorsAndCovariatesCountAsPredictor
     auto* derived = new TransformationDictionary;
     const std::pair<const char*, int> roles[] = {{"d3", 3}, {"d4", 4}, {"d5", 5}, {"d9", 9}};
     for (const auto& [name, role] : roles) {
-        DictVarType type;
-        type.name = name;
-        auto var = std::make_unique<TransformVar>(type, MakeConstant({}));
+        auto var = Derived(name);
         built.model.SetVarRole(var.get(), static_cast<ScoreModel::VarRole>(role));
         derived->AddVar(name, var.release());
     }
@@ -150,7 +146,8 @@ public:
     using RegressionModel::categoryBetas;
     using RegressionModel::derivedDictIndex;
     using RegressionModel::dictVarIndexSet;
-    using RegressionModel::parameterPredictors;
+    using RegressionModel::ParameterPredictor;
+    using RegressionModel::PredictorsOf;
     using RegressionModel::predictorDictIndex;
     using RegressionModel::predictorRoles;
     using RegressionModel::predictorSubstitutes;
@@ -237,14 +234,16 @@ TEST(FinishSetup, ListsThePredictorsOfEachParameterInOrder)
 {
     Built<Bare> built;
     built.Covariate("x");
-    built.Covariate("w");
+    built.Factor("w", {"a"});
     built.Parameters({"p", "q"});
     ASSERT_TRUE(built.SetUp());
-    built.Cell("q", "w", "1");
+    built.Cell("q", "w", "a");
     built.Cell("q", "x", "0");
     built.model.FinishSetup();
-    EXPECT_EQ(built.model.parameterPredictors,
-              (std::vector<std::vector<int>>{{}, {0, 1}}));
+    EXPECT_TRUE(built.model.PredictorsOf(0).empty());
+    const auto terms = built.model.PredictorsOf(1);
+    EXPECT_EQ((std::vector<Bare::ParameterPredictor>(terms.begin(), terms.end())),
+              (std::vector<Bare::ParameterPredictor>{{0, false, 0.0}, {1, true, 0.0}}));
 }
 
 class Binding : public ::testing::Test {
@@ -253,9 +252,7 @@ protected:
     {
         built.Covariate("x");
         auto* derived = new TransformationDictionary;
-        DictVarType type;
-        type.name = "d";
-        auto var = std::make_unique<TransformVar>(type, MakeConstant({}));
+        auto var = Derived("d");
         built.model.SetVarRole(var.get(), ScoreModel::ROLE_COVARIATE);
         derived->AddVar("d", var.release());
         built.model.SetTransformationScoreDictionary(derived);
