@@ -64,7 +64,8 @@ void AddContrast(std::string& out, const ModelDescription::Contrast& contrast)
 {
     out += fmt::format("contrasts of {}\n", contrast.predictor);
     for (size_t row = 0; row < contrast.rows.size(); ++row) {
-        out += fmt::format("  {:<{}}", row < contrast.categories.size() ? contrast.categories[row] : "",
+        out += fmt::format("  {:<{}}",
+                           row < contrast.categories.size() ? contrast.categories[row] : "",
                            kLabelWidth - 2);
         for (const double value : contrast.rows[row]) out += fmt::format(" {}", value);
         out += '\n';

@@ -15,6 +15,8 @@ endfunction()
 function(velscore_flags name)
   target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
   target_compile_options(${name} PRIVATE -Wall -Wextra -Wconversion -Wshadow -ffp-contract=off
+                                         # g++ 12 warns falsely about string + string
+                                         $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
                                          $<$<BOOL:${VELSCORE_WERROR}>:-Werror>)
 endfunction()
 

@@ -59,10 +59,9 @@ CasePreparer::CasePreparer(const ScoreModel& model, const ModelDescription& desc
     BindColumns(header, tableName);
 
     for (Binding& binding : bindings_) {
-        const auto treatment =
-            std::find_if(treatments.begin(), treatments.end(), [&](const auto& candidate) {
-                return candidate.name == binding.var->GetName();
-            });
+        const auto treatment = std::find_if(
+            treatments.begin(), treatments.end(),
+            [&](const auto& candidate) { return candidate.name == binding.var->GetName(); });
         if (treatment != treatments.end()) ApplyTreatment(binding, *treatment);
     }
 
@@ -123,7 +122,8 @@ void CasePreparer::AddVariable(const ScoreDictVar& var, std::vector<std::string>
         const double low = var.GetVarStats()->GetMinimum();
         const double high = var.GetVarStats()->GetMaximum();
         binding.low = NumericValue::IsSystemMissingValue(low) ? -NumericValue::GetInfinity() : low;
-        binding.high = NumericValue::IsSystemMissingValue(high) ? NumericValue::GetInfinity() : high;
+        binding.high =
+            NumericValue::IsSystemMissingValue(high) ? NumericValue::GetInfinity() : high;
         binding.clamps = binding.low <= binding.high;
     }
     binding.countsUnlisted = binding.dictVar != nullptr && var.AcceptsUnlisted();

@@ -145,7 +145,8 @@ void CsvReader::FillBatch()
 void CsvReader::Parse(const char* bytes, size_t size)
 {
     const void* nul = std::memchr(bytes, 0, size);
-    const size_t clean = nul == nullptr ? size : static_cast<size_t>(static_cast<const char*>(nul) - bytes);
+    const size_t clean =
+        nul == nullptr ? size : static_cast<size_t>(static_cast<const char*>(nul) - bytes);
     // Whole lines without any quote need no parser: they are split where they stand. What is before
     // and after them, and every chunk with a quote in it, goes through the parser.
     std::string_view plain;
@@ -165,7 +166,8 @@ void CsvReader::Parse(const char* bytes, size_t size)
         FailLater(kNulByte, {OpenRow()});
     } else if (parser_->parser.entry_pos > kMaxField) {
         FailLater(kFieldTooLong, {OpenRow(), std::to_string(kMaxField)});
-    } else if (text_.size() - openText_ > kMaxRow || fields_.size() - openFirstField_ > kMaxColumns) {
+    } else if (text_.size() - openText_ > kMaxRow ||
+               fields_.size() - openFirstField_ > kMaxColumns) {
         FailLater(kFieldTooLong, {OpenRow(), std::to_string(kMaxRow)});
     }
 }

@@ -8,8 +8,7 @@ namespace MCVelscore_850 {
 
 Failure::Failure(FailureKind kind, int code, std::vector<std::string> arguments)
     : kind_(kind), code_(code), text_(Messages::Format(code, arguments))
-{
-}
+{}
 
 Failure::~Failure() = default;
 

@@ -6,8 +6,8 @@
 
 namespace MCVelscore_850 {
 
-/// Reads a number as most fields of a table hold it: an optional minus, then up to 15 digits with at
-/// most one `decimal` mark among or before them. False for any other text, which may be a number
+/// Reads a number as most fields of a table hold it: an optional minus, then up to 15 digits with
+/// at most one `decimal` mark among or before them. False for any other text, which may be a number
 /// all the same.
 ///
 /// Error  none, the double is the nearest one: the digits as a whole number are below 2^53 and the

@@ -37,7 +37,7 @@ public:
         TYPE_CSCOXREG = 27
     };
 
-    enum VarRole {
+    enum VarRole : int {
         ROLE_NONE = 0,
         ROLE_TARGET = 1,
         /// As a question to GetVarsOfRole: every predictor-like role.
@@ -51,7 +51,7 @@ public:
     };
 
     /// What a model does with a predictor value that is missing or not valid.
-    enum MVPolicy {
+    enum MVPolicy : int {
         MV_SUBSTITUTE = 0,     ///< take the replacement where one is known, else as the next
         MV_SYSMIS_RESULT = 1,  ///< write a missing prediction and fail the case
         MV_STATUS_ONLY = 2     ///< fail the case and write nothing

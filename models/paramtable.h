@@ -4,6 +4,7 @@
 #include <iosfwd>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace MCVelscore_850 {
@@ -47,6 +48,10 @@ public:
         const auto column = static_cast<size_t>(parameter);
         if (row >= cells.size() || column >= cells[row].size()) return nullptr;
         return &cells[row][column];
+    }
+    ParamTableCell* GetCell(int category, int parameter)
+    {
+        return const_cast<ParamTableCell*>(std::as_const(*this).GetCell(category, parameter));
     }
     /// The index of a parameter, -1 when unknown.
     int GetParameterIndex(const std::string& parameter) const;

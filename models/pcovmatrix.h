@@ -41,6 +41,12 @@ public:
     /// parameters of two categories in the multinomial form.
     bool SetCell(const std::string& parameterA, const std::string& parameterB,
                  const std::string& categoryA, const std::string& categoryB, double value);
+    /// The same: a literal would otherwise be taken for the bool of the form above.
+    bool SetCell(const std::string& parameterA, const std::string& parameterB,
+                 const std::string& categoryA, const char* categoryB, double value)
+    {
+        return SetCell(parameterA, parameterB, categoryA, std::string(categoryB), value);
+    }
 
     /// The cell, 0.0 unless both are in 0 .. P - 1, in every form: no scorer reads beyond.
     double GetCell(int row, int column) const

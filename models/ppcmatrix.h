@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/scorevalue.h"
@@ -38,6 +39,10 @@ public:
         const auto column = static_cast<size_t>(predictor);
         if (row >= cells.size() || column >= cells[row].size()) return nullptr;
         return cells[row][column].get();
+    }
+    ScoreValue* GetCell(int parameter, int predictor)
+    {
+        return const_cast<ScoreValue*>(std::as_const(*this).GetCell(parameter, predictor));
     }
     void Display(std::ostream& out) const;
 

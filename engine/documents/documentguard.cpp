@@ -1,6 +1,7 @@
 #include "engine/documents/documentguard.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <optional>
@@ -8,6 +9,7 @@
 
 #include <expat.h>
 
+#include "engine/documents/plainelements.h"
 #include "engine/failure.h"
 #include "host/messages.h"
 
@@ -18,6 +20,11 @@ namespace {
 // Small enough to stay in the cache between reading and parsing, large enough that the work a
 // chunk costs beside its bytes doesn't show.
 constexpr size_t kChunkBytes = size_t{16} << 10;
+
+// A run of plain elements shorter than this saves less than looking for the next one costs.
+constexpr size_t kWorthwhileRun = 512;
+// A tag that isn't complete is kept for the next chunk up to this length.
+constexpr size_t kTagHead = 1024;
 
 // A document shorter than this says little about itself; a file's kind shows in its first bytes.
 constexpr size_t kHeadBytes = 4;
@@ -90,9 +97,91 @@ struct DocumentGuard::Watch {
     Watch& operator=(const Watch&) = delete;
     ~Watch() { XML_ParserFree(parser); }
 
-    void Take(const char* bytes, size_t size)
+    // The next bytes, a chunk at most. Plain elements are read here; everything else, and with it
+    // every doubt, is the parser's.
+    void Take(std::string_view bytes)
     {
-        if (head.size() < kHeadBytes) head.append(bytes, std::min(size, kHeadBytes - head.size()));
+        taken += bytes.size();
+        if (head.size() < kHeadBytes) head.append(bytes.substr(0, kHeadBytes - head.size()));
+        window.append(bytes);
+        std::string_view rest = window;
+        bool tryPlain = true;
+        while (!rest.empty()) {
+            if (IsBetweenTags()) {
+                const size_t run = PassPlainElements(rest);
+                rest.remove_prefix(run);
+                if (rest.empty() || IsHeadOfTag(rest)) break;  // its end comes with the next bytes
+                if (run < kWorthwhileRun) tryPlain = false;
+            }
+            const size_t size = SizeForParser(rest, tryPlain);
+            Parse(rest.data(), size);
+            rest.remove_prefix(size);
+            if (!IsBetweenTags()) tryPlain = false;
+        }
+        window.erase(0, window.size() - rest.size());
+    }
+
+    void Finish()
+    {
+        if (!window.empty()) Parse(window.data(), window.size());
+        Check(XML_Parse(parser, "", 0, XML_TRUE));
+    }
+
+    // How much the parser gets before the next look for plain elements: up to the end of the first
+    // empty element while they are likely, then up to the last end of any tag.
+    static size_t SizeForParser(std::string_view bytes, bool tryPlain)
+    {
+        size_t end = std::string_view::npos;
+        if (tryPlain) {
+            end = bytes.find("/>");
+            if (end != std::string_view::npos) ++end;
+        }
+        if (end == std::string_view::npos) end = bytes.rfind('>');
+        return end == std::string_view::npos ? bytes.size() : end + 1;
+    }
+
+    // The parser has just read a tag, the last of the bytes it has, and is within the root.
+    bool IsBetweenTags() const
+    {
+        return depth > 0 && lastTagEnd == fed && depth < limits.depth && !IsWide();
+    }
+
+    // In UTF-16 the bytes of a character may look like anything.
+    bool IsWide() const
+    {
+        return head.size() < 2 || head[0] == '\0' || head[1] == '\0' || head[0] == '\xff' ||
+               head[0] == '\xfe';
+    }
+
+    bool IsHeadOfTag(std::string_view bytes) const
+    {
+        return bytes.front() == '<' && bytes.size() <= std::min(kTagHead, limits.tokenBytes) &&
+               bytes.find('>') == std::string_view::npos;
+    }
+
+    // The parser doesn't see these bytes; its lines and columns are shifted by them from here on.
+    size_t PassPlainElements(std::string_view bytes)
+    {
+        const auto line = static_cast<int64_t>(XML_GetCurrentLineNumber(parser));
+        const auto column = static_cast<int64_t>(XML_GetCurrentColumnNumber(parser)) + 1;
+        const PlainRun run = ReadPlainElements(bytes, Place(), limits, places);
+        shiftLines = run.end.line - line;
+        shiftColumns = run.end.column - column;
+        shiftedLine = line;
+        return run.bytes;
+    }
+
+    // Where the parser is, in the document's own lines and columns.
+    ElementPlace Place() const
+    {
+        const auto line = static_cast<int64_t>(XML_GetCurrentLineNumber(parser));
+        auto column = static_cast<int64_t>(XML_GetCurrentColumnNumber(parser)) + 1;
+        if (line == shiftedLine) column += shiftColumns;
+        return {static_cast<uint32_t>(line + shiftLines), static_cast<uint32_t>(column)};
+    }
+
+    void Parse(const char* bytes, size_t size)
+    {
         void* room = XML_GetBuffer(parser, static_cast<int>(size));
         if (room == nullptr) throw std::bad_alloc();
         std::memcpy(room, bytes, size);
@@ -111,26 +200,25 @@ struct DocumentGuard::Watch {
         }
     }
 
-    void Finish() { Check(XML_Parse(parser, "", 0, XML_TRUE)); }
-
     void Check(XML_Status status)
     {
         if (refusal) throw *refusal;
         if (status != XML_STATUS_OK) {
             const XML_Error error = XML_GetErrorCode(parser);
             if (error == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
+            const ElementPlace place = Place();
             throw Failure(FailureKind::Document, kNotWellFormed,
-                          {file, Line(), Column(), ReasonOf(error, head)});
+                          {file, std::to_string(place.line), std::to_string(place.column),
+                           ReasonOf(error, head)});
         }
     }
-
-    std::string Line() const { return std::to_string(XML_GetCurrentLineNumber(parser)); }
-    std::string Column() const { return std::to_string(XML_GetCurrentColumnNumber(parser) + 1); }
 
     void Note(int code, std::optional<size_t> limit)
     {
         if (refusal) return;  // the parser may call once more after it was stopped
-        std::vector<std::string> arguments{file, Line(), Column()};
+        const ElementPlace place = Place();
+        std::vector<std::string> arguments{file, std::to_string(place.line),
+                                           std::to_string(place.column)};
         if (limit) arguments.push_back(std::to_string(*limit));
         refusal.emplace(FailureKind::Document, code, std::move(arguments));
         XML_StopParser(parser, XML_FALSE);
@@ -138,32 +226,37 @@ struct DocumentGuard::Watch {
 
     void CheckToken()
     {
-        // 0 for an end that has no tag of its own
-        const int size = XML_GetCurrentByteCount(parser);
-        if (static_cast<size_t>(size) > limits.tokenBytes) Note(kTokenTooLong, limits.tokenBytes);
+        if (TokenBytes() > limits.tokenBytes) Note(kTokenTooLong, limits.tokenBytes);
     }
+
+    void CheckTag()
+    {
+        CheckToken();
+        lastTagEnd = static_cast<size_t>(XML_GetCurrentByteIndex(parser)) + TokenBytes();
+    }
+
+    // 0 for an end that has no tag of its own.
+    size_t TokenBytes() const { return static_cast<size_t>(XML_GetCurrentByteCount(parser)); }
 
     static void OnStart(void* self, const XML_Char*, const XML_Char**)
     {
         Watch& watch = *static_cast<Watch*>(self);
         const DocumentLimits& limits = watch.limits;
         if (watch.places.empty()) XML_SetDefaultHandler(watch.parser, nullptr);
-        watch.CheckToken();
+        watch.CheckTag();
         if (++watch.depth > limits.depth) watch.Note(kTooDeep, limits.depth);
         // names and values are counted
         const auto attributes = static_cast<size_t>(XML_GetSpecifiedAttributeCount(watch.parser)) / 2;
         if (attributes > limits.attributes) watch.Note(kTooManyAttributes, limits.attributes);
         if (watch.places.size() == limits.elements) watch.Note(kTooManyElements, limits.elements);
-        watch.places.push_back(
-            {static_cast<uint32_t>(XML_GetCurrentLineNumber(watch.parser)),
-             static_cast<uint32_t>(XML_GetCurrentColumnNumber(watch.parser) + 1)});
+        watch.places.push_back(watch.Place());
     }
 
     static void OnEnd(void* self, const XML_Char*)
     {
         Watch& watch = *static_cast<Watch*>(self);
         --watch.depth;
-        watch.CheckToken();
+        watch.CheckTag();
     }
 
     static void OnComment(void* self, const XML_Char*) { static_cast<Watch*>(self)->CheckToken(); }
@@ -187,9 +280,15 @@ struct DocumentGuard::Watch {
     std::optional<Failure> refusal;
     std::vector<ElementPlace> places;
     std::string head;
-    size_t fed = 0;
-    size_t tokenBegin = 0;
+    std::string window;     // bytes taken that the parser doesn't have yet
+    size_t taken = 0;       // bytes of the document
+    size_t fed = 0;         // bytes that went to the parser; the next two count these
+    size_t tokenBegin = 0;  // where the token begins that the parser holds
+    size_t lastTagEnd = 0;
     size_t depth = 0;
+    int64_t shiftedLine = 0;  // the parser's line of the last run of plain elements
+    int64_t shiftLines = 0;
+    int64_t shiftColumns = 0;
 };
 
 DocumentGuard::DocumentGuard(std::string file, const DocumentLimits& limits)
@@ -202,10 +301,10 @@ DocumentGuard::~DocumentGuard() = default;
 void DocumentGuard::Feed(std::string_view bytes)
 {
     while (!bytes.empty()) {
-        const size_t room = watch_->limits.documentBytes - watch_->fed;
+        const size_t room = watch_->limits.documentBytes - watch_->taken;
         if (room == 0) RefuseDocumentSize(watch_->file, watch_->limits.documentBytes);
         const size_t size = std::min({bytes.size(), kChunkBytes, room});
-        watch_->Take(bytes.data(), size);
+        watch_->Take(bytes.substr(0, size));
         bytes.remove_prefix(size);
     }
 }

@@ -79,7 +79,13 @@ TEST(CsvReader, PiecesOfAnySizeReadAlike)
     }
 }
 
-TEST(CsvReader, DropsAByteOrderMark) { EXPECT_EQ(Read("\xEF\xBB\xBF" "a\n1\n").header, (Row{"a"})); }
+TEST(CsvReader, DropsAByteOrderMark)
+{
+    EXPECT_EQ(Read("\xEF\xBB\xBF"
+                   "a\n1\n")
+                  .header,
+              (Row{"a"}));
+}
 
 TEST(CsvReader, OtherDelimitersLeaveCommasAlone)
 {

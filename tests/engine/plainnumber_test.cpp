@@ -29,8 +29,8 @@ TEST(PlainNumber, ReadsToTheNearestDouble)
 
 TEST(PlainNumber, LeavesEverythingElseToTheFullReading)
 {
-    for (const char* text : {"", "-", ".", "-.", "1e5", "+1", " 1", "1 ", "1.2.3", "--1", "1-", "nan",
-                             "inf", "0x1", "1,5", "1234567890123456", "0.123456789012345"}) {
+    for (const char* text : {"", "-", ".", "-.", "1e5", "+1", " 1", "1 ", "1.2.3", "--1", "1-",
+                             "nan", "inf", "0x1", "1,5", "1234567890123456", "0.123456789012345"}) {
         double number = 7.0;
         EXPECT_FALSE(ReadPlainNumber(text, '.', number)) << text;
         EXPECT_EQ(number, 7.0) << text;

@@ -1,0 +1,336 @@
+#include "models/glrmodel.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "models/lrresult.h"
+#include "tests/models/modelfixture.h"
+
+namespace MCVelscore_850 {
+namespace {
+
+using namespace testing;
+
+// y = 1 + 2 [f = b] + 3 x^2 + 0.5 x [f = b]
+class Small : public Built<GLRModel> {
+public:
+    explicit Small(double df = 5.0, bool covariances = true)
+    {
+        Factor("f", {"a", "b"});
+        Covariate("x");
+        Parameters({"p0", "p1", "p2", "p3"});
+        model.SetDF(df);
+        EXPECT_TRUE(SetUp());
+        Cell("p1", "f", "b");
+        Cell("p2", "x", "2");
+        Cell("p3", "f", "b");
+        Cell("p3", "x", "1");
+        Beta("p0", 1.0);
+        Beta("p1", 2.0);
+        Beta("p2", 3.0);
+        Beta("p3", 0.5);
+        if (!covariances) return;
+        PCovMatrix& v = *model.CreatePCovMatrix();
+        v.SetCell("p0", "p0", 1.0);
+        v.SetCell("p1", "p1", 4.0);
+        v.SetCell("p0", "p1", 0.5);
+        v.SetCell("p2", "p2", 0.25);
+    }
+    GLRModel& Ready()
+    {
+        model.FinishSetup();
+        return model;
+    }
+};
+
+Case Row(const char* f, double x) { return std::move(Case().With("f", f).With("x", x)); }
+
+TEST(GLRModel, AddsTheParametersThatTheCaseMeets)
+{
+    Small small;
+    GLRModel& model = small.Ready();
+    Slot slot;
+    ASSERT_TRUE(model.GetScore(&Row("b", 2.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.Number(), 1.0 + 2.0 + 3.0 * 4.0 + 0.5 * 2.0);
+    ASSERT_TRUE(model.GetScore(&Row("a", 2.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.Number(), 1.0 + 3.0 * 4.0);
+}
+
+TEST(GLRModel, StandardErrorTakesTheDesignRow)
+{
+    Small small;
+    GLRModel& model = small.Ready();
+    Slot slot;
+    // d = (1, 1, 4, 2): 1 + 4 + 2 * 0.5 + 16 * 0.25 = 10
+    ASSERT_TRUE(model.GetScore(&Row("b", 2.0).Record(), slot.result, true).IsOK());
+    const auto& r = slot.As<LRResult>();
+    EXPECT_EQ(r.GetStdDev(), std::sqrt(10.0));
+    EXPECT_EQ(r.GetCIBottom(), 16.0 - std::sqrt(10.0) * 2.570581835615);
+    EXPECT_EQ(r.GetCITop(), 16.0 + std::sqrt(10.0) * 2.570581835615);
+    // d = (1, 0, 4, 0): the category that the case doesn't meet adds nothing: 1 + 4
+    ASSERT_TRUE(model.GetScore(&Row("a", 2.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(r.GetStdDev(), std::sqrt(5.0));
+}
+
+TEST(GLRModel, CovariateOfZeroDropsItsParameters)
+{
+    Small small;
+    GLRModel& model = small.Ready();
+    Slot slot;
+    ASSERT_TRUE(model.GetScore(&Row("b", 0.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.Number(), 3.0);
+    EXPECT_EQ(slot.As<LRResult>().GetStdDev(), std::sqrt(6.0));  // d = (1, 1, 0, 0)
+}
+
+// One covariate x with beta 1 and the exponent of the cell.
+double PowerOf(double x, const char* exponent)
+{
+    Built<GLRModel> built;
+    built.Covariate("x");
+    built.Parameters({"p"});
+    EXPECT_TRUE(built.SetUp());
+    built.Cell("p", "x", exponent);
+    built.Beta("p", 1.0);
+    built.model.FinishSetup();
+    Slot slot;
+    Case c;
+    c.With("x", x);
+    EXPECT_TRUE(built.model.GetScore(&c.Record(), slot.result, true).IsOK());
+    return slot.Number();
+}
+
+TEST(GLRModel, ExponentCountsAsTheNextWholeNumber)
+{
+    EXPECT_EQ(PowerOf(2.0, "2"), 4.0);
+    EXPECT_EQ(PowerOf(2.0, "2.5"), 8.0);
+    EXPECT_EQ(PowerOf(2.0, "0.5"), 2.0);
+    EXPECT_EQ(PowerOf(-3.0, "3"), -27.0);
+}
+
+TEST(GLRModel, ExponentOfZeroOrBelowLeavesOneUnlessTheCovariateIsZero)
+{
+    EXPECT_EQ(PowerOf(2.0, "0"), 1.0);
+    EXPECT_EQ(PowerOf(2.0, "-1"), 1.0);
+    EXPECT_EQ(PowerOf(0.0, "0"), 0.0);
+    EXPECT_EQ(PowerOf(0.0, "-1"), 0.0);
+}
+
+TEST(GLRModel, CovariateOfOneIsOneWhateverTheExponent)
+{
+    EXPECT_EQ(PowerOf(1.0, "7"), 1.0);
+    EXPECT_EQ(PowerOf(1.0, "1e300"), 1.0);
+}
+
+TEST(GLRModel, ExponentThatNoModelHasStillEnds)
+{
+    EXPECT_EQ(PowerOf(2.0, "1e300"), NumericValue::GetInfinity());
+    EXPECT_EQ(PowerOf(0.5, "1e300"), 0.0);
+}
+
+TEST(GLRModel, ParameterWithoutCellsIsAnIntercept)
+{
+    Built<GLRModel> built;
+    built.Parameters({"p"});
+    ASSERT_TRUE(built.SetUp());
+    built.Beta("p", 4.5);
+    built.model.FinishSetup();
+    Slot slot;
+    ASSERT_TRUE(built.model.GetScore(&Case().Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.Number(), 4.5);
+}
+
+TEST(GLRModel, NumericFactorIsComparedTolerantly)
+{
+    Built<GLRModel> built;
+    built.Factor("f", {"0.1", "0.2", "0.30000000000000004"}, ScoreDictVar::NUMERIC);
+    built.Parameters({"p"});
+    ASSERT_TRUE(built.SetUp());
+    built.Cell("p", "f", "0.3");
+    built.Beta("p", 1.0);
+    built.model.FinishSetup();
+    Slot slot;
+    Case c;
+    c.With("f", 0.30000000000000004);  // within 1e-12 of 0.3
+    ASSERT_TRUE(built.model.GetScore(&c.Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.Number(), 1.0);
+}
+
+TEST(GLRModel, LinearSVMTakesSigmaAndPercentileFromTheDocument)
+{
+    Small small;
+    small.model.SetAlgorithmName("linearSVM");
+    small.model.SetSigmaValue(1.5);
+    small.model.SetPercentileValue(2.0);
+    Slot slot;
+    ASSERT_TRUE(small.Ready().GetScore(&Row("a", 1.0).Record(), slot.result, true).IsOK());
+    const auto& r = slot.As<LRResult>();
+    EXPECT_EQ(r.GetStdDev(), 1.5);
+    EXPECT_EQ(r.GetCIBottom(), 2.0);
+    EXPECT_EQ(r.GetCITop(), 6.0);
+}
+
+TEST(GLRModel, LinearSVMWithoutPercentileTakesTheLimitsFromDf)
+{
+    Small small;
+    small.model.SetAlgorithmName("linearSVM");
+    small.model.SetSigmaValue(1.5);
+    Slot slot;
+    ASSERT_TRUE(small.Ready().GetScore(&Row("a", 1.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.As<LRResult>().GetCITop(), 4.0 + 1.5 * 2.570581835615);
+}
+
+TEST(GLRModel, AlgorithmNameIsComparedExactly)
+{
+    Small small;
+    small.model.SetAlgorithmName("LinearSVM");
+    small.model.SetSigmaValue(1.5);
+    small.model.SetPercentileValue(2.0);
+    Slot slot;
+    ASSERT_TRUE(small.Ready().GetScore(&Row("a", 1.0).Record(), slot.result, true).IsOK());
+    const auto& r = slot.As<LRResult>();
+    EXPECT_EQ(r.GetStdDev(), std::sqrt(1.25));  // d = (1, 0, 1, 0)
+    EXPECT_EQ(r.GetCITop(), 4.0 + std::sqrt(1.25) * 2.570581835615);
+}
+
+TEST(GLRModel, SigmaOfAnotherAlgorithmWithoutCovariancesGivesNoError)
+{
+    Small small(5.0, false);
+    small.model.SetSigmaValue(1.5);
+    Slot slot;
+    ASSERT_TRUE(small.Ready().GetScore(&Row("a", 1.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.As<LRResult>().GetStdDev(), 0.0);
+}
+
+TEST(GLRModel, WithoutCovariancesBothLimitsLieOnThePrediction)
+{
+    Small small(5.0, false);
+    Slot slot;
+    ASSERT_TRUE(small.Ready().GetScore(&Row("a", 1.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.As<LRResult>().GetStdDev(), 0.0);
+    EXPECT_EQ(slot.As<LRResult>().GetCIBottom(), 4.0);
+    EXPECT_EQ(slot.As<LRResult>().GetCITop(), 4.0);
+}
+
+TEST(GLRModel, DfWithoutAQuantileGivesNoLimits)
+{
+    for (const double df : {0.0, kSysmis}) {
+        Small small(df);
+        Slot slot;
+        ASSERT_TRUE(small.Ready().GetScore(&Row("a", 1.0).Record(), slot.result, true).IsOK());
+        EXPECT_EQ(slot.As<LRResult>().GetCIBottom(), kSysmis);
+        EXPECT_EQ(slot.As<LRResult>().GetCITop(), kSysmis);
+        EXPECT_EQ(slot.As<LRResult>().GetStdDev(), std::sqrt(1.25));
+    }
+}
+
+TEST(GLRModel, PredictionOnlyLeavesErrorAndLimitsAlone)
+{
+    Small small;
+    small.model.SetPredictionOnly(true);
+    Slot slot;
+    ASSERT_TRUE(small.Ready().GetScore(&Row("b", 2.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.Number(), 16.0);
+    EXPECT_EQ(slot.As<LRResult>().GetStdDev(), -1.0);
+    EXPECT_EQ(slot.As<LRResult>().GetCITop(), kSysmis);
+}
+
+TEST(GLRModel, TextOutsideTheEncoderIsBad)
+{
+    Small small;
+    Slot slot;
+    EXPECT_EQ(small.Ready().GetScore(&Row("c", 2.0).Record(), slot.result, true).GetErrorCode(),
+              90029);
+    EXPECT_EQ(slot.Number(), kSysmis);
+}
+
+TEST(GLRModel, WithoutValidationATextOutsideTheEncoderMeetsNoCategory)
+{
+    Small small;
+    small.model.SetScoreCaseValidationCheck(false);
+    Slot slot;
+    ASSERT_TRUE(small.Ready().GetScore(&Row("c", 2.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.Number(), 1.0 + 3.0 * 4.0);
+}
+
+TEST(GLRModel, WithoutValidationAnAbsentCovariateCountsAsZero)
+{
+    Small small;
+    small.model.SetScoreCaseValidationCheck(false);
+    Slot slot;
+    Case c;
+    c.With("f", "b").With("x", nullptr);
+    ASSERT_TRUE(small.Ready().GetScore(&c.Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.Number(), 3.0);
+}
+
+TEST(GLRModel, PositionThatHoldsNothingIsNotTriedByName)
+{
+    // The record answers a value by name that its position doesn't have.
+    class Torn final : public ScoreCaseRecord {
+    public:
+        ScoreValue* GetValue(const std::string& name) const override
+        {
+            return name == "x" ? &x_ : nullptr;
+        }
+        ScoreValue* GetValue(int) const override { return nullptr; }
+        bool HasIndexedAccess() const override { return true; }
+        int GetVarIndex(const std::string& name) const override { return name == "x" ? 0 : -1; }
+        const std::vector<ScoreValue*>* GetValues() const override { return &values_; }
+
+    private:
+        mutable NumericValue x_{2.0};
+        std::vector<ScoreValue*> values_{nullptr};
+    } record;
+    Built<GLRModel> built;
+    built.Covariate("x");
+    built.Parameters({"p"});
+    ASSERT_TRUE(built.SetUp());
+    built.model.FinishSetup();
+    Slot slot;
+    EXPECT_EQ(built.model.GetScore(&record, slot.result, true).GetErrorCode(), 90029);
+}
+
+TEST(GLRModel, SetupOfAnUnknownPredictorMakesNoTable)
+{
+    Built<GLRModel> built;
+    built.model.AddPredictor("nowhere");
+    built.Parameters({"p"});
+    EXPECT_FALSE(built.SetUp());
+    EXPECT_EQ(built.model.GetParamTable(), nullptr);
+    EXPECT_EQ(built.model.GetPPCMatrix(), nullptr);
+}
+
+TEST(GLRModel, SetupLeavesTheCovariancesToTheReader)
+{
+    Built<GLRModel> built;
+    built.Parameters({"p"});
+    ASSERT_TRUE(built.SetUp());
+    EXPECT_EQ(built.model.GetPCovMatrix(), nullptr);
+    EXPECT_EQ(built.model.GetCategoryVector(), (RegressionModel::NameVector{{"GLRdummy", 0}}));
+    EXPECT_EQ(built.model.GetModelType(), 5);
+}
+
+TEST(GLRModel, SubstitutesTheReplacementOfACovariateAndNotOfAFactor)
+{
+    Small small;
+    Replace(*small.Dictionary().GetVar("x"), 2.0);
+    GLRModel& model = small.Ready();
+    Slot slot;
+    ASSERT_TRUE(model.GetScore(&Row("a", kSysmis).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.Number(), 13.0);
+    EXPECT_EQ(model.GetScore(&Row("c", 2.0).Record(), slot.result, true).GetErrorCode(), 90029);
+    EXPECT_EQ(slot.Number(), kSysmis);
+}
+
+TEST(GLRModel, AllowedMissingFactorMeetsNoCategory)
+{
+    Small small;
+    small.model.SetAllowMissingFactors(true);
+    Slot slot;
+    ASSERT_TRUE(small.Ready().GetScore(&Row("c", 2.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.Number(), 13.0);
+}
+
+}  // namespace
+}  // namespace MCVelscore_850

@@ -1,0 +1,129 @@
+#include "models/pcovmatrix.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/models/modelfixture.h"
+
+namespace MCVelscore_850 {
+namespace {
+
+using namespace testing;
+
+// A model of any type with parameters p0, p1, .. and target categories c0, c1, ..
+class AnyType : public RegressionModel {
+public:
+    AnyType(int type, int parameters, int categories, bool withEncoder = true) : type_(type)
+    {
+        DictVarType varType;
+        varType.name = "y";
+        varType.level = ScoreDictVar::CATEGORICAL;
+        varType.valueType = ScoreDictVar::STRING;
+        target_ = std::make_unique<DictVar>(varType);
+        for (int c = 0; c < categories; ++c) {
+            const std::string name = "c" + std::to_string(c);
+            target_->AddCategory(new StringValue(name), name);
+            categoryMap.emplace(name, c);
+        }
+        if (withEncoder) target_->SetUpCatEncoder();
+        SetTargetVar(target_.get());
+        for (int p = 0; p < parameters; ++p) AddParameter("p" + std::to_string(p), "");
+    }
+    MCScore::MCStatus GetScore(const ScoreCaseRecord*, ScoreResult*&, bool) override { return {}; }
+    int GetModelType() const override { return type_; }
+    bool Setup() override { return true; }
+    void Describe(ModelDescription&) const override {}
+    double At(size_t row, size_t column) { return CreatePCovMatrix()->GetCells()[row][column]; }
+
+private:
+    int type_;
+    std::unique_ptr<DictVar> target_;
+};
+
+TEST(PCovMatrix, PlainFormHasARowForEachParameterAndKeepsBothTriangles)
+{
+    AnyType model(ScoreModel::TYPE_GLR, 3, 0);
+    PCovMatrix& v = *model.CreatePCovMatrix();
+    ASSERT_EQ(v.GetCells().size(), 3u);
+    EXPECT_TRUE(v.SetCell("p0", "p1", 0.5));
+    EXPECT_EQ(v.GetCell(0, 1), 0.5);
+    EXPECT_EQ(v.GetCell(1, 0), 0.5);
+    EXPECT_EQ(v.GetCell("p1", "p0"), 0.5);
+    EXPECT_EQ(v.GetCell("p1", "nowhere"), 0.0);
+    EXPECT_FALSE(v.SetCell("p0", "nowhere", 1.0));
+}
+
+TEST(PCovMatrix, PlainFormTakesNoCategories)
+{
+    AnyType model(ScoreModel::TYPE_BLR, 3, 2);
+    PCovMatrix& v = *model.CreatePCovMatrix();
+    EXPECT_FALSE(v.SetCell("p0", "p1", "c0", true, 1.0));
+    EXPECT_FALSE(v.SetCell("p0", "p1", "c0", "c1", 1.0));
+}
+
+TEST(PCovMatrix, OrdinalFormPutsLocationParametersBehindTheThresholds)
+{
+    AnyType model(ScoreModel::TYPE_ORDINAL, 3, 4);
+    PCovMatrix& v = *model.CreatePCovMatrix();
+    ASSERT_EQ(v.GetCells().size(), 5u);  // 3 + 4 - 2
+    EXPECT_TRUE(v.SetCell("p1", "p2", 0.5));
+    EXPECT_EQ(model.At(3, 4), 0.5);
+    EXPECT_EQ(model.At(4, 3), 0.5);
+    EXPECT_TRUE(v.SetCell("p0", "p0", 0.25));  // the last threshold's place, on purpose
+    EXPECT_EQ(model.At(2, 2), 0.25);
+}
+
+TEST(PCovMatrix, OrdinalFormPlacesAThresholdByItsCategory)
+{
+    AnyType model(ScoreModel::TYPE_ORDINAL, 3, 4);
+    PCovMatrix& v = *model.CreatePCovMatrix();
+    EXPECT_TRUE(v.SetCell("p1", "p0", "c2", true, 0.5));
+    EXPECT_EQ(model.At(3, 2), 0.5);
+    EXPECT_EQ(model.At(2, 3), 0.5);
+    EXPECT_TRUE(v.SetCell("p0", "p2", "c0", false, 0.75));
+    EXPECT_EQ(model.At(0, 4), 0.75);
+    EXPECT_TRUE(v.SetCell("p0", "p0", "c0", "c1", 1.5));
+    EXPECT_EQ(model.At(0, 1), 1.5);
+    EXPECT_EQ(model.At(1, 0), 1.5);
+    EXPECT_FALSE(v.SetCell("p1", "p0", "c9", true, 1.0));
+    EXPECT_FALSE(v.SetCell("p1", "nowhere", "c0", true, 1.0));  // both names have to be known
+    EXPECT_FALSE(v.SetCell("p1", "p0", "c0", "c1", 1.0));       // two thresholds only
+}
+
+TEST(PCovMatrix, MultinomialFormRepeatsTheParametersForEachCategory)
+{
+    AnyType model(ScoreModel::TYPE_MLR, 2, 3);
+    PCovMatrix& v = *model.CreatePCovMatrix();
+    ASSERT_EQ(v.GetCells().size(), 6u);
+    EXPECT_TRUE(v.SetCell("p1", "p0", "c2", "c1", 0.5));
+    EXPECT_EQ(model.At(5, 2), 0.5);
+    EXPECT_EQ(model.At(2, 5), 0.5);
+    EXPECT_FALSE(v.SetCell("p1", "p0", 1.0));
+    EXPECT_FALSE(v.SetCell("p1", "p0", "c1", true, 1.0));
+    EXPECT_FALSE(v.SetCell("p1", "p0", "c1", "c9", 1.0));
+}
+
+TEST(PCovMatrix, ReadingByIndexStopsAtTheParameterCountInEveryForm)
+{
+    AnyType model(ScoreModel::TYPE_MLR, 2, 3);
+    PCovMatrix& v = *model.CreatePCovMatrix();
+    v.SetCell("p0", "p0", "c1", "c1", 0.5);  // row 2
+    EXPECT_EQ(model.At(2, 2), 0.5);
+    EXPECT_EQ(v.GetCell(2, 2), 0.0);
+    EXPECT_EQ(v.GetCell(2, 0), 0.0);
+    EXPECT_EQ(v.GetCell(-1, 0), 0.0);
+    v.SetCell("p0", "p1", "c0", "c0", 0.25);
+    EXPECT_EQ(v.GetCell(0, 1), 0.25);
+    EXPECT_EQ(v.GetCell("p0", "p1"), 0.0);  // by name in the plain form alone
+}
+
+TEST(PCovMatrix, TargetWithoutEncoderKnowsNoCategory)
+{
+    AnyType ordinal(ScoreModel::TYPE_ORDINAL, 3, 4, false);
+    EXPECT_FALSE(ordinal.CreatePCovMatrix()->SetCell("p1", "p0", "c2", true, 0.5));
+    EXPECT_FALSE(ordinal.CreatePCovMatrix()->SetCell("p0", "p0", "c0", "c1", 0.5));
+    AnyType multinomial(ScoreModel::TYPE_MLR, 2, 3, false);
+    EXPECT_FALSE(multinomial.CreatePCovMatrix()->SetCell("p1", "p0", "c2", "c1", 0.5));
+}
+
+}  // namespace
+}  // namespace MCVelscore_850

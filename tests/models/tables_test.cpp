@@ -1,0 +1,121 @@
+#include <gtest/gtest.h>
+
+#include "models/glrmodel.h"
+#include "tests/models/modelfixture.h"
+
+namespace MCVelscore_850 {
+namespace {
+
+using namespace testing;
+
+class Tables : public ::testing::Test {
+protected:
+    Tables()
+    {
+        built.Covariate("x");
+        built.Parameters({"b", "a"});
+        built.SetUp();
+    }
+    Built<GLRModel> built;
+    ParamTable& Params() { return *built.model.GetParamTable(); }
+    PPCMatrix& Cells() { return *built.model.GetPPCMatrix(); }
+};
+
+TEST_F(Tables, UnsetParamCellReadsZero)
+{
+    EXPECT_EQ(Params().GetCell(0, 0)->GetBeta(), 0.0);
+    EXPECT_EQ(Params().GetCell(0, 0)->GetDf(), 0);
+}
+
+TEST_F(Tables, ParamCellIsWrittenByNamesAndReadByIndexes)
+{
+    EXPECT_TRUE(Params().SetCell("GLRdummy", "a", ParamTableCell(1.5, 2)));
+    EXPECT_EQ(Params().GetCell(0, 1)->GetBeta(), 1.5);  // "a" was registered second
+    EXPECT_EQ(Params().GetCell("GLRdummy", "a")->GetDf(), 2);
+    EXPECT_TRUE(Params().SetCell("GLRdummy", "a", ParamTableCell(2.5, 1)));
+    EXPECT_EQ(Params().GetCell(0, 1)->GetBeta(), 2.5);
+}
+
+TEST_F(Tables, UnknownNamesWriteNothing)
+{
+    EXPECT_FALSE(Params().SetCell("GLRdummy", "c", ParamTableCell(1.0, 1)));
+    EXPECT_FALSE(Params().SetCell("other", "a", ParamTableCell(1.0, 1)));
+    EXPECT_EQ(Params().GetCell(0, 0)->GetBeta(), 0.0);
+    EXPECT_EQ(Params().GetCell(0, 1)->GetBeta(), 0.0);
+    EXPECT_EQ(Params().GetCell("other", "a"), nullptr);
+    EXPECT_EQ(Params().GetParameterIndex("c"), -1);
+    EXPECT_EQ(Params().GetParameterIndex("a"), 1);
+}
+
+TEST_F(Tables, IndexesOutOfRangeAnswerNull)
+{
+    EXPECT_EQ(Params().GetCell(0, Params().GetNumOfParameters()), nullptr);
+    EXPECT_EQ(Params().GetCell(-1, 0), nullptr);
+    EXPECT_EQ(Params().GetCell(0, -1), nullptr);
+    EXPECT_EQ(Params().GetCell(1, 0), nullptr);
+    EXPECT_EQ(Cells().GetCell(0, 1), nullptr);
+    EXPECT_EQ(Cells().GetCell(2, 0), nullptr);
+    EXPECT_EQ(Cells().GetCell(-1, 0), nullptr);
+    EXPECT_EQ(Cells().GetCell(0, -1), nullptr);
+}
+
+TEST_F(Tables, PredictorCellKeepsTheValueThatItIsGiven)
+{
+    auto* value = new NumericValue(2.0);
+    EXPECT_TRUE(Cells().SetCell("a", "x", value));
+    EXPECT_EQ(Cells().GetCell(1, 0), value);
+    EXPECT_EQ(Cells().GetCell("a", "x"), value);
+    EXPECT_EQ(Cells().GetCell("b", "x"), nullptr);  // never set
+}
+
+TEST_F(Tables, RefusedPredictorCellStaysEmptyAndTheValueIsReleased)
+{
+    EXPECT_FALSE(Cells().SetCell("nowhere", "x", new NumericValue(2.0)));
+    EXPECT_FALSE(Cells().SetCell("a", "nowhere", new NumericValue(2.0)));
+    EXPECT_FALSE(Cells().SetCell("nowhere", "x", nullptr));
+    EXPECT_EQ(Cells().GetCell("a", "x"), nullptr);
+    EXPECT_EQ(Cells().GetCell("nowhere", "x"), nullptr);
+}
+
+TEST_F(Tables, PredictorCellSetTwiceHoldsTheLast)
+{
+    Cells().SetCell("a", "x", new NumericValue(2.0));
+    Cells().SetCell("a", "x", new NumericValue(3.0));
+    EXPECT_EQ(Cells().GetCell(1, 0)->GetDouble(), 3.0);
+}
+
+TEST(ParamTable, CategoryRegisteredAfterItsConstructionHasNoRow)
+{
+    class Late : public RegressionModel {
+    public:
+        MCScore::MCStatus GetScore(const ScoreCaseRecord*, ScoreResult*&, bool) override
+        {
+            return {};
+        }
+        int GetModelType() const override { return TYPE_MLR; }
+        bool Setup() override { return true; }
+        void Describe(ModelDescription&) const override {}
+        void Register(const std::string& name)
+        {
+            categoryMap.emplace(name, static_cast<int>(categoryMap.size()));
+        }
+    } model;
+    model.AddParameter("p", "");
+    model.Register("first");
+    ParamTable table(&model);
+    model.Register("late");
+    EXPECT_TRUE(table.SetCell("first", "p", ParamTableCell(1.0, 1)));
+    EXPECT_FALSE(table.SetCell("late", "p", ParamTableCell(1.0, 1)));
+    EXPECT_EQ(table.GetCell(1, 0), nullptr);
+}
+
+TEST(PPCMatrix, WithoutParametersEveryCellIsNull)
+{
+    Built<GLRModel> built;
+    built.Covariate("x");
+    ASSERT_TRUE(built.SetUp());
+    EXPECT_EQ(built.model.GetPPCMatrix()->GetCell(0, 0), nullptr);
+}
+
+}  // namespace
+}  // namespace MCVelscore_850

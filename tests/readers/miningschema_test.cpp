@@ -1,0 +1,162 @@
+#include <gtest/gtest.h>
+
+#include "host/catencoder.h"
+#include "host/scoredictvar.h"
+#include "host/varstats.h"
+#include "tests/models/modelfixture.h"
+#include "tests/readers/readdocument.h"
+
+namespace MCVelscore_850 {
+namespace {
+
+using namespace testing;
+
+// kLinearDocument with one more field z, and its mining field as given.
+std::string WithField(const std::string& miningField, const std::string& version = "4.2",
+                      const std::string& optype = "continuous")
+{
+    std::string text = With(kLinearDocument, "</DataDictionary>",
+                            "<DataField name=\"z\" optype=\"" + optype +
+                                "\" dataType=\"double\"/></DataDictionary>");
+    text = With(text, "version=\"4.2\"", "version=\"" + version + "\"");
+    return With(text, "</MiningSchema>", miningField + "</MiningSchema>");
+}
+
+TEST(MiningSchema, FieldWithoutUsageTypeIsActive)
+{
+    const auto model = ReadModel(WithField("<MiningField name=\"z\"/>"));
+    EXPECT_EQ(model->GetVarRole("z"), ScoreModel::ROLE_PREDICTOR);
+    EXPECT_EQ(ReadModel(WithField("<MiningField name=\"z\" usageType=\"active\"/>"))
+                  ->GetVarRole("z"),
+              ScoreModel::ROLE_PREDICTOR);
+}
+
+TEST(MiningSchema, FieldOfAnotherUsageGetsNoRoleButItsLimitsAreRead)
+{
+    const auto model = ReadModel(WithField(
+        "<MiningField name=\"z\" usageType=\"supplementary\" lowValue=\"1\" highValue=\"2\"/>"));
+    EXPECT_EQ(model->GetVarRole("z"), ScoreModel::ROLE_NONE);
+    const VarStats* stats = model->GetDictionary()->GetVar("z")->GetVarStats();
+    ASSERT_NE(stats, nullptr);
+    EXPECT_EQ(stats->GetMinimum(), 1.0);
+    EXPECT_EQ(stats->GetMaximum(), 2.0);
+    EXPECT_EQ(stats->GetMean(), kSysmis);
+    EXPECT_EQ(stats->GetMissingReplacement(), nullptr);
+}
+
+TEST(MiningSchema, FieldWithoutLimitsHasNoStats)
+{
+    EXPECT_EQ(ReadModel(kLinearDocument)->GetDictionary()->GetVar("x")->GetVarStats(), nullptr);
+}
+
+TEST(MiningSchema, ReplacementIsKept)
+{
+    const auto model = ReadModel(
+        With(kLinearDocument, "<MiningField name=\"x\"/>",
+             "<MiningField name=\"x\" missingValueReplacement=\" 2.5 \"/>"));
+    const VarStats* stats = model->GetDictionary()->GetVar("x")->GetVarStats();
+    ASSERT_NE(stats, nullptr);
+    EXPECT_EQ(stats->GetMissingReplacement()->GetDouble(), 2.5);
+    EXPECT_EQ(model->GetMissingValuePolicy(), ScoreModel::MV_SUBSTITUTE);
+}
+
+TEST(MiningSchema, CategoricalFieldTakesNoLimitsWhateverTheyAre)
+{
+    const auto model = ReadModel(WithField(
+        "<MiningField name=\"z\" lowValue=\"nonsense\" missingValueReplacement=\"x\" "
+        "outliers=\"asExtremeValues\"/>",
+        "4.3", "categorical"));
+    const ScoreDictVar* z = model->GetDictionary()->GetVar("z");
+    EXPECT_EQ(z->GetVarStats(), nullptr);
+    EXPECT_EQ(z->GetOutlierTreatment(), ScoreDictVar::AS_IS);
+    EXPECT_NE(z->GetCatEncoder(), nullptr);
+}
+
+TEST(MiningSchema, OutlierTreatmentIsReadForEveryVersion)
+{
+    const auto treatment = [](const char* outliers) {
+        return ReadModel(WithField(std::string("<MiningField name=\"z\" outliers=\"") + outliers +
+                                   "\"/>"))
+            ->GetDictionary()
+            ->GetVar("z")
+            ->GetOutlierTreatment();
+    };
+    EXPECT_EQ(treatment("asMissingValues"), ScoreDictVar::AS_MISSING);
+    EXPECT_EQ(treatment("asExtremeValues"), ScoreDictVar::AS_EXTREME);
+    EXPECT_EQ(treatment("asIs"), ScoreDictVar::AS_IS);
+    EXPECT_EQ(treatment("nonsense"), ScoreDictVar::AS_IS);
+}
+
+TEST(MiningSchema, ExtremeValuesNeedBothLimitsFromVersion43On)
+{
+    const char* low = "<MiningField name=\"z\" outliers=\"asExtremeValues\" highValue=\"2\"/>";
+    const char* high = "<MiningField name=\"z\" outliers=\"asExtremeValues\" lowValue=\"1\"/>";
+    EXPECT_EQ(RefusalOf(WithField(low, "4.2")).GetErrorCode(), 0);
+    EXPECT_EQ(RefusalOf(WithField(low, "4.3")).GetErrorCode(), 260117);
+    EXPECT_EQ(RefusalOf(WithField(low, "4.3")).GetArguments(),
+              (std::vector<std::string>{"lowValue", "MiningField"}));
+    EXPECT_EQ(RefusalOf(WithField(high, "4.4")).GetErrorCode(), 260118);
+    EXPECT_EQ(RefusalOf(WithField(high, "4.4")).GetArguments(),
+              (std::vector<std::string>{"highValue", "MiningField"}));
+    EXPECT_EQ(RefusalOf(WithField("<MiningField name=\"z\" outliers=\"asMissingValues\"/>", "4.3"))
+                  .GetErrorCode(),
+              0);
+}
+
+TEST(MiningSchema, DerivedFieldIsKnownThroughItsExtensionAlone)
+{
+    const std::string derived = With(
+        kLinearDocument, "<GeneralRegressionModel",
+        "<TransformationDictionary><DerivedField name=\"d\" optype=\"continuous\" "
+        "dataType=\"double\"><FieldRef field=\"x\"/></DerivedField></TransformationDictionary>"
+        "<GeneralRegressionModel");
+    const auto with = [&](const std::string& fields) {
+        return With(derived, "</MiningSchema>", fields + "</MiningSchema>");
+    };
+    EXPECT_EQ(RefusalOf(with("<MiningField name=\"d\"/>")).GetErrorCode(), 260125);
+    const std::string extension = "<Extension extender=\"velscore\" name=\"derivedField\">";
+    const auto model = ReadModel(
+        with(extension + "<MiningField name=\"d\" missingValueReplacement=\"3\"/></Extension>"));
+    EXPECT_EQ(model->GetVarRole("d"), ScoreModel::ROLE_PREDICTOR);
+    EXPECT_EQ(model->GetTransformationDictionary()
+                  ->GetVar("d")
+                  ->GetVarStats()
+                  ->GetMissingReplacement()
+                  ->GetDouble(),
+              3.0);
+    const VSException empty = RefusalOf(with(extension + "</Extension>"));
+    EXPECT_EQ(empty.GetErrorCode(), 260115);
+    EXPECT_EQ(empty.GetArguments(), (std::vector<std::string>{"MiningField", "derivedField"}));
+    // Other extensions are passed over, and without derived fields this one too.
+    EXPECT_EQ(RefusalOf(with("<Extension extender=\"other\" name=\"derivedField\"/>"))
+                  .GetErrorCode(),
+              0);
+    EXPECT_EQ(RefusalOf(With(kLinearDocument, "</MiningSchema>",
+                             extension + "</Extension></MiningSchema>"))
+                  .GetErrorCode(),
+              0);
+}
+
+TEST(MiningSchema, BelowVersion31ItMayBeAbsentAndTheAttributeNamesTheTarget)
+{
+    std::string bare = With(kLinearDocument, "version=\"4.2\"", "version=\"3.0\"");
+    const size_t from = bare.find("<MiningSchema>");
+    bare.erase(from, bare.find("</MiningSchema>") + 15 - from);
+    EXPECT_EQ(RefusalOf(bare).GetErrorCode(), 260115);  // no target attribute either
+    const std::string named = With(bare, "modelDF", "targetVariableName=\"y\" modelDF");
+    const auto model = ReadModel(named);
+    EXPECT_EQ(model->GetTargetVar()->GetName(), "y");
+    const VSException unknown = RefusalOf(With(named, "Name=\"y\"", "Name=\"q\""));
+    EXPECT_EQ(unknown.GetErrorCode(), 260125);
+    EXPECT_EQ(unknown.GetArguments().at(0), "q");
+}
+
+TEST(MiningSchema, EmptyTargetAttributeCountsAsAbsent)
+{
+    const std::string empty = With(kLinearDocument, "modelDF", "targetVariableName=\"\" modelDF");
+    EXPECT_EQ(RefusalOf(empty).GetErrorCode(), 0);
+    EXPECT_EQ(RefusalOf(With(empty, "version=\"4.2\"", "version=\"3.0\"")).GetErrorCode(), 260115);
+}
+
+}  // namespace
+}  // namespace MCVelscore_850

@@ -1,0 +1,259 @@
+// Every refusal of the reader that a linear or general linear document can meet, with its
+// arguments in order.
+
+#include <gtest/gtest.h>
+
+#include "host/messages.h"
+#include "tests/readers/readdocument.h"
+
+namespace MCVelscore_850 {
+namespace {
+
+using namespace testing;
+
+struct Row {
+    const char* what;
+    const std::string& document;
+    const char* from;
+    const char* to;
+    int code;
+    std::vector<std::string> arguments;
+};
+
+const std::vector<Row> kRows{
+    {"no version", kLinearDocument, " version=\"4.2\"", "", 260115, {"version", "PMML"}},
+    {"version no number", kLinearDocument, "\"4.2\"", "\"4.2.1\"", kNotANumber, {"4.2.1"}},
+    {"no model type", kLinearDocument, "<GeneralRegressionModel modelType=\"regression\" functionName=\"regression\" modelDF=\"5\">",
+     "<GeneralRegressionModel functionName=\"regression\">", 260115,
+     {"modelType", "GeneralRegressionModel"}},
+    {"not scorable", kLinearDocument, "modelDF=\"5\"", "isScorable=\"FALSE\"", 260281,
+     {"isScorable", "PMML"}},
+    {"no dictionary field", kLinearDocument, "<DataField name=\"w\" optype=\"continuous\" dataType=\"double\"/>",
+     "", 260125, {"w", "DataDictionary", "TransformationDictionary"}},
+    {"df no number", kLinearDocument, "modelDF=\"5\"", "modelDF=\"five\"", kNotANumber, {"five"}},
+    {"field without name", kLinearDocument, "<MiningField name=\"w\"/>", "<MiningField/>", 260115,
+     {"name", "MiningField"}},
+    {"field twice", kLinearDocument, "<MiningField name=\"w\"/>",
+     "<MiningField name=\"w\"/><MiningField name=\"w\"/>", 260126, {"w"}},
+    {"target as second field", kLinearDocument, "<MiningField name=\"w\"/>",
+     "<MiningField name=\"w\"/><MiningField name=\"y\"/>", 260126, {"y"}},
+    {"second target", kLinearDocument, "<MiningField name=\"w\"/>",
+     "<MiningField name=\"w\" usageType=\"predicted\"/>", 260204, {"w"}},
+    {"no target", kLinearDocument, "<MiningField name=\"y\" usageType=\"target\"/>", "", 260133, {}},
+    {"target named otherwise", kLinearDocument, "modelDF=\"5\"", "targetVariableName=\"x\"", 260202,
+     {"x", "DataDictionary"}},
+    {"replacement no number", kLinearDocument, "<MiningField name=\"w\"/>",
+     "<MiningField name=\"w\" missingValueReplacement=\"none\"/>", kNotANumber, {"none"}},
+    {"limit too large", kLinearDocument, "<MiningField name=\"w\"/>",
+     "<MiningField name=\"w\" highValue=\"1e999\"/>", kNumberTooLarge, {"1e999"}},
+    {"categorical target without values", kLinearDocument, "name=\"y\" optype=\"continuous\"",
+     "name=\"y\" optype=\"categorical\"", 260126, {"y"}},
+    {"parameter of another tag", kLinearDocument, "<Parameter name=\"bx\"/>", "<Param name=\"bx\"/>",
+     260153, {"Param", "Parameter", "ParameterList"}},
+    {"parameter without name", kLinearDocument, "<Parameter name=\"bx\"/>", "<Parameter/>", 260115,
+     {"name", "Parameter"}},
+    {"reference points for some", kLinearDocument, "<Parameter name=\"bx\"/>",
+     "<Parameter name=\"bx\" referencePoint=\"1\"/>", 260251,
+     {"1", "X-BasePoint", "referencePoint", "3", "Parameter", "ParameterList"}},
+    {"reference point no number", kLinearDocument, "<Parameter name=\"bx\"/>",
+     "<Parameter name=\"bx\" referencePoint=\"one\"/>", kNotANumber, {"one"}},
+    {"factor of another tag", kGeneralLinearDocument, "<FactorList><Predictor name=\"f\"/>",
+     "<FactorList><Factor name=\"f\"/>", 260153, {"Factor", "Predictor", "FactorList"}},
+    {"factor without name", kGeneralLinearDocument, "<FactorList><Predictor name=\"f\"/>",
+     "<FactorList><Predictor/>", 260115, {"name", "Predictor"}},
+    {"factor unknown", kGeneralLinearDocument, "<FactorList><Predictor name=\"f\"/>",
+     "<FactorList><Predictor name=\"g\"/>", 260125,
+     {"g", "DataDictionary", "TransformationDictionary"}},
+    {"factor that is continuous", kGeneralLinearDocument, "<FactorList><Predictor name=\"f\"/>",
+     "<FactorList><Predictor name=\"x\"/>", 260153, {"continuous", "optype", "x"}},
+    {"contrast matrix in its own form", kGeneralLinearDocument, "<FactorList><Predictor name=\"f\"/>",
+     "<FactorList><Predictor name=\"f\"><xBasis/></Predictor>", 260302,
+     {"xBasis", "generalLinear"}},
+    {"contrast type without matrix", kGeneralLinearDocument, "<FactorList><Predictor name=\"f\"/>",
+     "<FactorList><Predictor name=\"f\" contrastMatrixType=\"t\"/>", 260115,
+     {"xBasis", "Predictor"}},
+    {"covariate of another tag", kGeneralLinearDocument, "<Predictor name=\"w\"/>", "<Cov name=\"w\"/>",
+     260153, {"Cov", "Predictor", "CovariateList"}},
+    {"covariate unknown", kGeneralLinearDocument, "<Predictor name=\"w\"/>", "<Predictor name=\"g\"/>",
+     260125, {"g", "DataDictionary", "TransformationDictionary"}},
+    {"covariate that is categorical", kGeneralLinearDocument, "<Predictor name=\"w\"/>",
+     "<Predictor name=\"f\"/>", 260180, {"continuous", "optype", "f"}},
+    {"cell of another tag", kLinearDocument, "<PCell parameterName=\"bx\"", "<Cell parameterName=\"bx\"",
+     260153, {"Cell", "PCell", "ParamMatrix"}},
+    {"cell without parameter", kLinearDocument, "<PCell parameterName=\"bx\"", "<PCell", 260115,
+     {"parameterName", "PCell"}},
+    {"cell without beta", kLinearDocument, "beta=\"2\"", "", 260115, {"beta", "PCell"}},
+    {"beta no number", kLinearDocument, "beta=\"2\"", "beta=\"0x2\"", kNotANumber, {"0x2"}},
+    {"beta empty", kLinearDocument, "beta=\"2\"", "beta=\"\"", kNotANumber, {""}},
+    {"df of a cell no whole number", kLinearDocument, "beta=\"2\" df=\"1\"", "beta=\"2\" df=\"1.5\"",
+     kNotAnInteger, {"1.5"}},
+    {"cell of an unknown parameter", kLinearDocument, "<PCell parameterName=\"bx\"",
+     "<PCell parameterName=\"bq\"", 260258,
+     {"LRdummy", "targetCategory", "bq", "parameterName", "PCell"}},
+    {"covariance cell of another tag", kGeneralLinearDocument, "<PCovCell pRow=\"p1\" pCol=\"p1\"",
+     "<Cell pRow=\"p1\" pCol=\"p1\"", 260178, {"Cell", "PCovCell", "PCovMatrix"}},
+    {"covariance cell without column", kGeneralLinearDocument, "pRow=\"p1\" pCol=\"p1\"", "pRow=\"p1\"",
+     260115, {"pCol", "PCovCell"}},
+    {"covariance cell without row", kGeneralLinearDocument, "pRow=\"p1\" pCol=\"p1\"", "pCol=\"p1\"",
+     260115, {"pRow", "PCovCell"}},
+    {"covariance cell without value", kGeneralLinearDocument, "pCol=\"p1\" value=\"4\"", "pCol=\"p1\"",
+     260115, {"value", "PCovCell"}},
+    {"covariance of an unknown parameter", kGeneralLinearDocument, "pRow=\"p1\" pCol=\"p1\"",
+     "pRow=\"q\" pCol=\"p1\"", 260258, {"p1", "pCol", "q", "pRow", "PCovCell"}},
+    {"covariance with a column category", kGeneralLinearDocument, "pCol=\"p1\" value=\"4\"",
+     "pCol=\"p1\" tCol=\"a\" value=\"4\"", 260191, {"tCol", "generalLinear"}},
+    {"covariance with a row category", kGeneralLinearDocument, "pCol=\"p1\" value=\"4\"",
+     "pCol=\"p1\" tRow=\"a\" value=\"4\"", 260191, {"tRow", "generalLinear"}},
+    {"covariance with both categories", kGeneralLinearDocument, "pCol=\"p1\" value=\"4\"",
+     "pCol=\"p1\" tRow=\"a\" tCol=\"b\" value=\"4\"", 260191, {"tCol", "generalLinear"}},
+    {"predictor cell of another tag", kGeneralLinearDocument, "<PPCell value=\"2\"", "<Cell value=\"2\"",
+     260153, {"Cell", "PPCell", "PPMatrix"}},
+    {"predictor cell without parameter", kGeneralLinearDocument,
+     "predictorName=\"x\" parameterName=\"p2\"", "predictorName=\"x\"", 260115,
+     {"parameterName", "PPCell"}},
+    {"predictor cell without predictor", kGeneralLinearDocument,
+     "predictorName=\"x\" parameterName=\"p2\"", "parameterName=\"p2\"", 260115,
+     {"predictorName", "PPCell"}},
+    {"predictor cell without value", kGeneralLinearDocument, "<PPCell value=\"2\"", "<PPCell", 260115,
+     {"value", "PPCell"}},
+    {"predictor cell of an unknown field", kGeneralLinearDocument, "predictorName=\"x\"",
+     "predictorName=\"q\"", 260125, {"q", "DataDictionary", "TransformationDictionary"}},
+    {"predictor cell of no predictor", kGeneralLinearDocument, "predictorName=\"x\"",
+     "predictorName=\"y\"", 260155, {"y"}},
+    {"exponent no number", kGeneralLinearDocument, "<PPCell value=\"2\"", "<PPCell value=\"two\"",
+     kNotANumber, {"two"}},
+    {"predictor cell of an unknown parameter", kGeneralLinearDocument,
+     "predictorName=\"x\" parameterName=\"p2\"", "predictorName=\"x\" parameterName=\"q\"", 260258,
+     {"q", "parameterName", "x", "predictorName", "PPCell"}},
+    {"legacy document", kLinearDocument, "<PMML version=\"4.2\">", "<zelt-ml>", kFamilyNotAvailable,
+     {"the older document form", "zelt-ml"}},
+};
+
+TEST(Refusals, NameCodeAndArguments)
+{
+    for (const Row& row : kRows) {
+        std::string document = With(row.document, row.from, row.to);
+        if (std::string(row.to) == "<zelt-ml>") document = With(document, "</PMML>", "</zelt-ml>");
+        const VSException refusal = RefusalOf(document);
+        EXPECT_EQ(refusal.GetErrorCode(), row.code) << row.what << ": " << refusal.GetText();
+        EXPECT_EQ(refusal.GetArguments(), row.arguments) << row.what;
+    }
+}
+
+TEST(Refusals, MissingSectionsAreNamed)
+{
+    const std::pair<const char*, std::vector<std::string>> sections[] = {
+        {"DataDictionary", {"DataDictionary", "PMML"}},
+        {"GeneralRegressionModel", {"GeneralRegressionModel", "PMML"}},
+        {"MiningSchema", {"MiningSchema", "PMML"}},
+        {"ParameterList", {"ParameterList", "GeneralRegressionModel"}},
+    };
+    for (const auto& [tag, arguments] : sections) {
+        std::string document = With(kLinearDocument, std::string("<") + tag, std::string("<Not") + tag);
+        document = With(document, std::string("</") + tag, std::string("</Not") + tag);
+        const VSException refusal = RefusalOf(document);
+        EXPECT_EQ(refusal.GetErrorCode(), 260115) << tag;
+        EXPECT_EQ(refusal.GetArguments(), arguments) << tag;
+    }
+}
+
+TEST(Refusals, SectionsThatMayBeAbsentAreNotMissed)
+{
+    for (const char* tag : {"FactorList", "CovariateList", "PPMatrix", "PCovMatrix",
+                            "ParamMatrix"}) {
+        std::string document = kGeneralLinearDocument;
+        // Without the lists their cells have nothing to refer to.
+        for (const char* gone : {tag, std::string(tag).ends_with("List") ? "PPMatrix" : tag}) {
+            const size_t from = document.find(std::string("<") + gone);
+            if (from == std::string::npos) continue;
+            const std::string end = std::string("</") + gone + ">";
+            document.erase(from, document.find(end) + end.size() - from);
+        }
+        EXPECT_EQ(RefusalOf(document).GetErrorCode(), 0) << tag;
+    }
+}
+
+TEST(Refusals, ScorableIsRefusedByTheWordFalseAloneInAnyCase)
+{
+    for (const char* word : {"false", "False", "FALSE"}) {
+        EXPECT_EQ(RefusalOf(With(kLinearDocument, "modelDF=\"5\"", std::string("isScorable=\"") + word +
+                                                               "\""))
+                      .GetErrorCode(),
+                  260281);
+    }
+    for (const char* word : {"true", "0", "", "no"}) {
+        EXPECT_EQ(RefusalOf(With(kLinearDocument, "modelDF=\"5\"", std::string("isScorable=\"") + word +
+                                                               "\""))
+                      .GetErrorCode(),
+                  0)
+            << word;
+    }
+}
+
+TEST(Refusals, EmptyParameterListIsRefusedOutsideLinearRegression)
+{
+    const auto emptied = [](std::string document) {
+        const size_t from = document.find("<ParameterList>");
+        const std::string end = "</ParameterList>";
+        document.replace(from, document.find(end) + end.size() - from, "<ParameterList/>");
+        return document;
+    };
+    const VSException refusal = RefusalOf(emptied(kGeneralLinearDocument));
+    EXPECT_EQ(refusal.GetErrorCode(), 260283);
+    EXPECT_EQ(refusal.GetArguments(), std::vector<std::string>{"ParameterList"});
+    // A linear regression has its constant all the same; its slopes' cells are then unknown.
+    EXPECT_EQ(RefusalOf(emptied(kLinearDocument)).GetErrorCode(), 260258);
+}
+
+TEST(Refusals, TargetlessDocumentOfAClusteringFunctionEndsBeforeSetup)
+{
+    std::string document = With(kLinearDocument, "<MiningField name=\"y\" usageType=\"target\"/>", "");
+    document = With(document, "functionName=\"regression\"", "functionName=\"clustering\"");
+    const VSException refusal = RefusalOf(document);
+    EXPECT_EQ(refusal.GetErrorCode(), kModelWithoutTarget);
+    // With a target attribute there is nothing to compare it with.
+    EXPECT_EQ(RefusalOf(With(document, "modelDF=\"5\"", "targetVariableName=\"y\""))
+                  .GetErrorCode(),
+              260202);
+}
+
+TEST(Refusals, ReferencePointsOnEveryParameterNeedACoxModel)
+{
+    std::string document = kLinearDocument;
+    for (const char* name : {"(Constant)", "bx", "bw"}) {
+        document = With(document, std::string("<Parameter name=\"") + name + "\"",
+                        std::string("<Parameter referencePoint=\"1\" name=\"") + name + "\"");
+    }
+    const VSException refusal = RefusalOf(document);
+    EXPECT_EQ(refusal.GetErrorCode(), kReferencePointFamily);
+    EXPECT_EQ(refusal.GetArguments(), (std::vector<std::string>{"(Constant)", "regression"}));
+}
+
+TEST(Refusals, InvalidFactorCategoryIsRefusedByItsVariable)
+{
+    const std::string declared = With(kGeneralLinearDocument, "<Value value=\"b\"/>",
+                                      "<Value value=\"b\"/><Value value=\"c\" property=\"invalid\"/>");
+    const VSException refusal = RefusalOf(With(declared, "<PPCell value=\"b\"", "<PPCell value=\"c\""));
+    EXPECT_EQ(refusal.GetErrorCode(), 260127);
+    EXPECT_EQ(refusal.GetArguments(), (std::vector<std::string>{"c", "f"}));
+}
+
+TEST(Refusals, FactorThatDeclaresOnlyAMissingValueTakesItAsNoCategory)
+{
+    const std::string declared =
+        With(kGeneralLinearDocument, "<Value value=\"a\"/><Value value=\"b\"/>",
+             "<Value value=\"b\" property=\"missing\"/>");
+    const VSException refusal = RefusalOf(declared);
+    EXPECT_EQ(refusal.GetErrorCode(), 260126);
+    EXPECT_EQ(refusal.GetArguments(), std::vector<std::string>{"f"});
+}
+
+TEST(Refusals, SayWhereInTheDocument)
+{
+    const VSException refusal = RefusalOf(With(kLinearDocument, "beta=\"2\"", "beta=\"two\""));
+    EXPECT_EQ(refusal.GetPlace().path,
+              "PMML/GeneralRegressionModel/ParamMatrix/PCell[2]");
+}
+
+}  // namespace
+}  // namespace MCVelscore_850
