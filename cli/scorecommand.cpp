@@ -151,6 +151,7 @@ std::string ClosingLine(const ScoringReport& report)
 int ExitCodeOf(const ScoringReport& report, bool strict)
 {
     if (report.interrupted) return kExitSignal + StopSignal();
+    if (report.outputClosed) return kExitDone;
     if (strict && (report.NotScoredCount() > 0 || !report.unlisted.empty())) return kExitStrict;
     return kExitDone;
 }
@@ -189,7 +190,10 @@ int RunScore(const ScoreArguments& arguments, Console& console)
         }
         session->Run(*writer, progress);
     } catch (const Failure& failure) {
-        if (StopSignal() != 0 && !session) return kExitSignal + StopSignal();
+        if (StopSignal() != 0 && !session) {  // the header was still being read
+            console.Say("interrupted; whole rows written: 0");
+            return kExitSignal + StopSignal();
+        }
         console.SayFailure(failure);
         if (writer && failure.Kind() != FailureKind::Output) {
             console.Say(fmt::format("whole rows written before that: {}", writer->RowsWritten()));
