@@ -46,12 +46,13 @@ std::string MakeDocument(int parameters)
         add(mining, "      <MiningField name=\"x{}\" usageType=\"active\"/>\n", i);
         add(list, "      <Parameter name=\"b{0}\" label=\"x{0}\"/>\n", i);
         add(covariates, "      <Predictor name=\"x{}\"/>\n", i);
-        add(cells, "      <PPCell value=\"1\" predictorName=\"x{0}\" parameterName=\"b{0}\"/>\n", i);
+        add(cells, "      <PPCell value=\"1\" predictorName=\"x{0}\" parameterName=\"b{0}\"/>\n",
+            i);
         add(betas, "      <PCell parameterName=\"b{}\" df=\"1\" beta=\"{:.17g}\"/>\n", i,
             number(random));
         for (int j = 0; j <= i; ++j) {
-            add(covariances, "      <PCovCell pRow=\"b{}\" pCol=\"b{}\" value=\"{:.17g}\"/>\n", i, j,
-                number(random));
+            add(covariances, "      <PCovCell pRow=\"b{}\" pCol=\"b{}\" value=\"{:.17g}\"/>\n", i,
+                j, number(random));
         }
     }
     std::string document;

@@ -27,5 +27,6 @@ function(velscore_tests room)
   velscore_flags(${room}_tests)
   target_link_libraries(${room}_tests PRIVATE ${TESTS_SEES} GTest::gtest_main)
   gtest_discover_tests(${room}_tests DISCOVERY_MODE PRE_TEST
-                       WORKING_DIRECTORY ${PROJECT_SOURCE_DIR} PROPERTIES TIMEOUT 300)
+                       WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
+                       PROPERTIES TIMEOUT 300 LABELS ${room})
 endfunction()

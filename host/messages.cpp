@@ -153,7 +153,7 @@ constexpr Message kCatalogue[] = {
      "Remove the DOCTYPE; model documents need none."},
     {kTooDeep, "sddd", "{0}:{1}:{2}: elements are nested more than {3} deep", kHostile},
     {kTooManyAttributes, "sddd", "{0}:{1}:{2}: more than {3} attributes on one element", kHostile},
-    {kTokenTooLong, "sddd", "{0}:{1}:{2}: a tag, comment or text of more than {3} bytes",
+    {kTokenTooLong, "sddd", "{0}:{1}:{2}: a tag, comment or instruction of more than {3} bytes",
      kHostile},
     {kTooManyElements, "sddd", "{0}:{1}:{2}: more than {3} elements", kHostile},
     {kDocumentTooLarge, "sd", "{0} has more than {1} bytes", kHostile},

@@ -33,6 +33,12 @@ std::optional<Change> TakeVersionFromNamespace(xercesc::DOMElement* root);
 /// A version of more than two parts is cut to two: the reader reads a number.
 std::optional<Change> ShortenVersion(xercesc::DOMElement* root);
 
+// The family (adapterrules_family.cpp).
+
+/// A generalizedLinear model whose algorithm and model name select no family gets the selector of
+/// the generalized linear model: it would be read as general linear, and its link ignored.
+std::optional<Change> SelectGeneralizedLinear(xercesc::DOMElement* root);
+
 // Fields (adapterrules_fields.cpp).
 
 /// A mining field that is given again with the same attributes counts once.

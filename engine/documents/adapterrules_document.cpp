@@ -23,8 +23,7 @@ class Prefixes {
 public:
     explicit Prefixes(const xercesc::DOMElement* root)
         : rootPrefix_(PrefixOf(Utf8FromXml(root->getTagName())))
-    {
-    }
+    {}
 
     bool ArePmml(const xercesc::DOMElement* element, const std::string& prefix) const
     {
@@ -35,7 +34,8 @@ public:
              node = node->getParentNode()) {
             const auto* e = static_cast<const xercesc::DOMElement*>(node);
             if (e->hasAttribute(declaration.c_str())) {
-                return Utf8FromXml(e->getAttribute(declaration.c_str())).starts_with(kPmmlNamespace);
+                return Utf8FromXml(e->getAttribute(declaration.c_str()))
+                    .starts_with(kPmmlNamespace);
             }
         }
         return false;

@@ -74,8 +74,9 @@ bool AreAlike(const xercesc::DOMElement* one, const xercesc::DOMElement* other)
 std::set<std::string> ContinuousFields(const xercesc::DOMElement* root)
 {
     std::vector<xercesc::DOMElement*> fields = DataFields(root);
-    for (const auto* section : {ChildElement(root, Tags::XML_ELE_TRANSFORMATION),
-                                ChildElement(ModelElement(root), Tags::XML_ELE_LOCALTRANSFORMATIONS)}) {
+    for (const auto* section :
+         {ChildElement(root, Tags::XML_ELE_TRANSFORMATION),
+          ChildElement(ModelElement(root), Tags::XML_ELE_LOCALTRANSFORMATIONS)}) {
         const auto derived = ChildElements(section, kDerivedField);
         fields.insert(fields.end(), derived.begin(), derived.end());
     }

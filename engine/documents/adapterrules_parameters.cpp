@@ -51,10 +51,10 @@ public:
     explicit RegressionLayout(const xercesc::DOMElement* model)
         : parameters_(NamesIn(ChildElement(model, Tags::XML_ELE_PARAM_LIST), Tags::XML_ELE_PARAM)),
           factors_(NamesIn(ChildElement(model, Tags::XML_ELE_FAC_LIST), Tags::XML_ELE_PREDICTOR)),
-          covariates_(NamesIn(ChildElement(model, Tags::XML_ELE_COV_LIST), Tags::XML_ELE_PREDICTOR)),
+          covariates_(
+              NamesIn(ChildElement(model, Tags::XML_ELE_COV_LIST), Tags::XML_ELE_PREDICTOR)),
           cells_(ChildElements(ChildElement(model, Tags::XML_ELE_PP_MATRIX), Tags::XML_ELE_PP_CELL))
-    {
-    }
+    {}
 
     bool HasCells() const { return !cells_.empty(); }
     bool ListsConstant() const
@@ -151,9 +151,9 @@ bool NamesConstant(const xercesc::DOMElement* model)
 // under "generalLinear".
 bool SelectsAnotherFamily(const std::string& selector)
 {
-    for (const std::string* other : {&Tags::XML_VAL_MN_GZLM, &Tags::XML_VAL_MN_GEE,
-                                     &Tags::XML_VAL_MN_GLMM, &Tags::XML_VAL_MN_COXREG,
-                                     &Tags::XML_VAL_MN_CSCOXREG}) {
+    for (const std::string* other :
+         {&Tags::XML_VAL_MN_GZLM, &Tags::XML_VAL_MN_GEE, &Tags::XML_VAL_MN_GLMM,
+          &Tags::XML_VAL_MN_COXREG, &Tags::XML_VAL_MN_CSCOXREG}) {
         if (selector == *other) return true;
     }
     return false;
@@ -217,8 +217,7 @@ std::optional<Change> MakeUnorderedRegressionGeneralLinear(xercesc::DOMElement* 
         SetAttributeText(constant, Tags::XML_ATT_PARAM_NAME, kConstant);
         list->appendChild(constant);
     }
-    return Change{PlaceOf(model),
-                  "modelType \"regression\" is read as \"generalLinear\": " + why};
+    return Change{PlaceOf(model), "modelType \"regression\" is read as \"generalLinear\": " + why};
 }
 
 std::optional<Change> CompleteReferencePoints(xercesc::DOMElement* root)
@@ -243,8 +242,9 @@ std::optional<Change> CompleteReferencePoints(xercesc::DOMElement* root)
         names.push_back(name);
     }
     if (names.empty()) return std::nullopt;
-    return Change{place, "parameter " + Listed(names) + " has no referencePoint: 0, as the others "
-                                                        "have one"};
+    return Change{place, "parameter " + Listed(names) +
+                             " has no referencePoint: 0, as the others "
+                             "have one"};
 }
 
 }  // namespace MCVelscore_850

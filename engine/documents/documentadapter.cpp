@@ -21,6 +21,7 @@ constexpr RuleRow kRules[] = {
     {"namespace-prefix", DropNamespacePrefix},
     {"version-from-namespace", TakeVersionFromNamespace},
     {"short-version", ShortenVersion},
+    {"generalized-linear", SelectGeneralizedLinear},
     {"repeated-mining-field", DropRepeatedMiningFields},
     {"numeric-covariate", MakeNumericCovariatesContinuous},
     {"replacement-no-number", DropReplacementsThatAreNoNumbers},

@@ -246,7 +246,8 @@ struct DocumentGuard::Watch {
         watch.CheckTag();
         if (++watch.depth > limits.depth) watch.Note(kTooDeep, limits.depth);
         // names and values are counted
-        const auto attributes = static_cast<size_t>(XML_GetSpecifiedAttributeCount(watch.parser)) / 2;
+        const auto attributes =
+            static_cast<size_t>(XML_GetSpecifiedAttributeCount(watch.parser)) / 2;
         if (attributes > limits.attributes) watch.Note(kTooManyAttributes, limits.attributes);
         if (watch.places.size() == limits.elements) watch.Note(kTooManyElements, limits.elements);
         watch.places.push_back(watch.Place());
@@ -293,8 +294,7 @@ struct DocumentGuard::Watch {
 
 DocumentGuard::DocumentGuard(std::string file, const DocumentLimits& limits)
     : watch_(std::make_unique<Watch>(std::move(file), limits))
-{
-}
+{}
 
 DocumentGuard::~DocumentGuard() = default;
 

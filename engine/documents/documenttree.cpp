@@ -42,8 +42,8 @@ private:
     [[noreturn]] void Refuse(const xercesc::SAXParseException& e) const
     {
         throw Failure(FailureKind::Document, kNotWellFormed,
-                      {file_, std::to_string(e.getLineNumber()), std::to_string(e.getColumnNumber()),
-                       Utf8FromXml(e.getMessage())});
+                      {file_, std::to_string(e.getLineNumber()),
+                       std::to_string(e.getColumnNumber()), Utf8FromXml(e.getMessage())});
     }
 
     const std::string& file_;

@@ -153,8 +153,8 @@ TEST(DocumentGuard, RefusesADoctypeOfAnyKindAtItsPlace)
         "<!DOCTYPE a [<!ATTLIST a b CDATA 'c'>]>",
     };
     for (const char* kind : kinds) {
-        const Outcome outcome = Guard("<?xml version=\"1.0\"?>\n<!-- -->\n " + std::string(kind) +
-                                      "\n<a/>");
+        const Outcome outcome =
+            Guard("<?xml version=\"1.0\"?>\n<!-- -->\n " + std::string(kind) + "\n<a/>");
         EXPECT_EQ(outcome.code, kDoctype) << kind;
         ExpectPlace(outcome, "3:2");
     }
@@ -221,7 +221,8 @@ TEST(DocumentGuard, TakesTokensUpToTheLimit)
         for (const size_t piece : {size_t{1}, size_t{7}, std::string::npos}) {
             EXPECT_EQ(Guard("<r>" + token.before + atLimit + "</r>", kSmall, piece).code, 0)
                 << atLimit;
-            const Outcome outcome = Guard("<r>" + token.before + "\n" + over + "</r>", kSmall, piece);
+            const Outcome outcome =
+                Guard("<r>" + token.before + "\n" + over + "</r>", kSmall, piece);
             EXPECT_EQ(outcome.code, kTokenTooLong) << over;
             ExpectPlace(outcome, "2:1");
         }

@@ -31,9 +31,9 @@ size_t PlainBytes(const std::string& text, const DocumentLimits& limits = {})
 TEST(PlainElements, AreReadWithTheBlanksBetweenThem)
 {
     for (const std::string text :
-         {"", " \t\n", "<a/>", "<a />", "<a b=\"\"/>", "<a b='1' c=\"2\" />", "<a  b='x'  c='y'  />",
-          "<a_1.x-y b.c='it is \"so\"'/>", "<a b=\"it's\"/>", "<a b='>'/>", "<a b='a;b]]>/'/>",
-          "<a/>\r\n<b/>\n\n\t<c/>"}) {
+         {"", " \t\n", "<a/>", "<a />", "<a b=\"\"/>", "<a b='1' c=\"2\" />",
+          "<a  b='x'  c='y'  />", "<a_1.x-y b.c='it is \"so\"'/>", "<a b=\"it's\"/>", "<a b='>'/>",
+          "<a b='a;b]]>/'/>", "<a/>\r\n<b/>\n\n\t<c/>"}) {
         EXPECT_EQ(PlainBytes(text), text.size()) << text;
     }
 }
@@ -41,13 +41,45 @@ TEST(PlainElements, AreReadWithTheBlanksBetweenThem)
 TEST(PlainElements, EndBeforeAnythingElse)
 {
     // some of it well-formed, some not: that is for the parser to say
-    for (const std::string other :
-         {"<a>", "</a>", "<a></a>", "text", "&lt;", "<!-- -->", "<?p?>", "<![CDATA[]]>",
-          "<!DOCTYPE a>", "<p:a/>", "<a p:b='1'/>", "<\xc3\xa9/>", "<a b='\xc3\xa9'/>",
-          "<a b='&lt;'/>", "<a b='<'/>", "<a b='\t'/>", "<a b='\n'/>", "<a\nb='1'/>", "<a b ='1'/>",
-          "<a b= '1'/>", "<a b='1'c='2'/>", "<a b='1' b='2'/>", "<a b/>", "<a b=1/>", "<a b='1/>",
-          "<1a/>", "<-a/>", "< a/>", "<a/ >", "<a//>", "<a", "<a b='1'", "<a b='1'/", "<", "\r",
-          "\rx", "\x01", "<a b='\x7f'/>", "<a b='\x01'/>"}) {
+    for (const std::string other : {"<a>",
+                                    "</a>",
+                                    "<a></a>",
+                                    "text",
+                                    "&lt;",
+                                    "<!-- -->",
+                                    "<?p?>",
+                                    "<![CDATA[]]>",
+                                    "<!DOCTYPE a>",
+                                    "<p:a/>",
+                                    "<a p:b='1'/>",
+                                    "<\xc3\xa9/>",
+                                    "<a b='\xc3\xa9'/>",
+                                    "<a b='&lt;'/>",
+                                    "<a b='<'/>",
+                                    "<a b='\t'/>",
+                                    "<a b='\n'/>",
+                                    "<a\nb='1'/>",
+                                    "<a b ='1'/>",
+                                    "<a b= '1'/>",
+                                    "<a b='1'c='2'/>",
+                                    "<a b='1' b='2'/>",
+                                    "<a b/>",
+                                    "<a b=1/>",
+                                    "<a b='1/>",
+                                    "<1a/>",
+                                    "<-a/>",
+                                    "< a/>",
+                                    "<a/ >",
+                                    "<a//>",
+                                    "<a",
+                                    "<a b='1'",
+                                    "<a b='1'/",
+                                    "<",
+                                    "\r",
+                                    "\rx",
+                                    "\x01",
+                                    "<a b='\x7f'/>",
+                                    "<a b='\x01'/>"}) {
         EXPECT_EQ(PlainBytes(other), 0u) << other;
         EXPECT_EQ(PlainBytes("<x/> " + other), 5u) << other;
     }
@@ -148,15 +180,16 @@ TEST(PlainElements, SpoiledAnywhereAreRefusedByTheGuardAsByTheParser)
     const auto compare = [](const std::string& spoiled) {
         const Verdict expected = OfParser(spoiled);
         for (const size_t piece : {size_t{1}, size_t{7}, size_t{1000}}) {
-            EXPECT_EQ(OfGuard(spoiled, piece), expected) << "pieces of " << piece << "\n" << spoiled;
+            EXPECT_EQ(OfGuard(spoiled, piece), expected) << "pieces of " << piece << "\n"
+                                                         << spoiled;
         }
     };
     // the declaration stays: another version or encoding is not the question here
     for (size_t at = kMixed.find("<r>"); at < kMixed.size(); ++at) {
         compare(kMixed.substr(0, at));
         compare(kMixed.substr(0, at) + kMixed.substr(at + 1));
-        for (const char c : {'<', '>', '&', '"', '\'', '/', '=', '!', '?', ']', ' ', '\n', 'x', '\xff',
-                             '\x01'}) {
+        for (const char c :
+             {'<', '>', '&', '"', '\'', '/', '=', '!', '?', ']', ' ', '\n', 'x', '\xff', '\x01'}) {
             std::string replaced = kMixed;
             replaced[at] = c;
             compare(replaced);

@@ -1,0 +1,25 @@
+#!/usr/bin/env bash
+# Installs the Debian packages of the lists given (packages.txt by default) that are missing.
+set -euo pipefail
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+[ $# -gt 0 ] || set -- "$here/packages.txt"
+
+missing=()
+while read -r package; do
+    state=$(dpkg-query -W -f '${Status}' "$package" 2>/dev/null || true)
+    [ "$state" = "install ok installed" ] || missing+=("$package")
+done < <(sed -e 's/#.*//' -e '/^[[:space:]]*$/d' "$@")
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+echo "Installing: ${missing[*]}" >&2
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || {
+        echo "These packages are missing and need root to install: ${missing[*]}" >&2
+        exit 1
+    }
+    as_root=(sudo)
+fi
+export DEBIAN_FRONTEND=noninteractive
+"${as_root[@]}" apt-get update -qq >&2
+"${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2
