@@ -13,19 +13,33 @@ void BaseModel::SetScoreDictionary(ScoreDictionary* given) { SetScoreDictionary(
 
 void BaseModel::SetScoreDictionary(ScoreDictionary* given, bool owned)
 {
-    if (ownedDictionary_.get() != given) ownedDictionary_.reset(owned ? given : nullptr);
+    if (dictionary != given) ForgetRoles(dictionary);
+    if (ownedDictionary_.get() != given) {
+        ownedDictionary_.reset(owned ? given : nullptr);
+    } else if (!owned) {
+        (void)ownedDictionary_.release();  // the caller takes its dictionary back
+    }
     dictionary = given;
 }
 
 void BaseModel::SetTransformationScoreDictionary(TransformationDictionary* given)
 {
-    if (ownedTransformations_.get() != given) ownedTransformations_.reset(given);
+    if (ownedTransformations_.get() != given) {
+        ForgetRoles(transformationDictionary);
+        ownedTransformations_.reset(given);
+    }
     transformationDictionary = given;
 }
 
 void BaseModel::SetResultScoreDictionary(ScoreDictionary* given)
 {
     if (resultDictionary_.get() != given) resultDictionary_.reset(given);
+}
+
+void BaseModel::ForgetRoles(const ScoreDictionary* leaving)
+{
+    if (leaving == nullptr || roles_.empty()) return;
+    for (const ScoreDictVar* var : leaving->GetVars()) roles_.erase(var);
 }
 
 bool BaseModel::SetVarRole(const ScoreDictVar* var, VarRole role)

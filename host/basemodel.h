@@ -59,6 +59,8 @@ public:
     FUNCNAME_TYPE GetMiningFunction() const { return miningFunction_; }
 
 protected:
+    /// Takes the roles of a dictionary's variables back, before it goes.
+    void ForgetRoles(const ScoreDictionary* dictionary);
     /// The variable of that name in the main dictionary, else in the derived ones, else null.
     const ScoreDictVar* FindVar(const std::string& name) const;
 

@@ -1,5 +1,6 @@
 #include "host/basetranslator.h"
 
+#include <algorithm>
 #include <array>
 
 #include <xercesc/dom/DOM.hpp>
@@ -18,12 +19,14 @@ namespace {
 
 constexpr int kAbsent = 260115;  // element or attribute, parent
 
-// A tag or attribute name as 16-bit text, on the stack: names are ASCII and short.
+// A tag or attribute name as 16-bit text: on the stack where it is ASCII and short, as nearly
+// every one is.
 class XmlName {
 public:
     explicit XmlName(const std::string& name)
     {
-        if (name.size() < short_.size()) {
+        const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+        if (name.size() < short_.size() && std::all_of(name.begin(), name.end(), isAscii)) {
             for (size_t i = 0; i < name.size(); ++i) {
                 short_[i] = static_cast<XMLCh>(static_cast<unsigned char>(name[i]));
             }
@@ -69,28 +72,28 @@ private:
     std::string_view view_;
 };
 
-template <class Number>
-Number Verified(NumberText outcome, Number number, int notOne, const std::string& text)
+[[noreturn]] void RefuseNumber(NumberText outcome, int notOne, const std::string& text)
 {
-    if (outcome == NumberText::NotANumber) Refuse(notOne, text.c_str());
-    if (outcome == NumberText::TooLarge) Refuse(kNumberTooLarge, text.c_str());
-    return number;
+    Refuse(outcome == NumberText::TooLarge ? kNumberTooLarge : notOne, text.c_str());
 }
 
-double VerifiedDouble(std::string_view narrow)
+// `asWritten` answers the text for the message; it is asked only for a refusal.
+template <class AsWritten>
+double VerifiedDouble(std::string_view narrow, const AsWritten& asWritten)
 {
     double number = 0.0;
     const NumberText outcome = ReadNumber(narrow, number);
-    if (outcome == NumberText::Number) return number;
-    return Verified(outcome, number, kNotANumber, std::string(narrow));
+    if (outcome != NumberText::Number) RefuseNumber(outcome, kNotANumber, asWritten());
+    return number;
 }
 
-int VerifiedInt(std::string_view narrow)
+template <class AsWritten>
+int VerifiedInt(std::string_view narrow, const AsWritten& asWritten)
 {
     int number = 0;
     const NumberText outcome = ReadInteger(narrow, number);
-    if (outcome == NumberText::Number) return number;
-    return Verified(outcome, number, kNotAnInteger, std::string(narrow));
+    if (outcome != NumberText::Number) RefuseNumber(outcome, kNotAnInteger, asWritten());
+    return number;
 }
 
 [[noreturn]] void RefuseCall() { Refuse(kCallNotAvailable, "ParseFromTree"); }
@@ -197,14 +200,20 @@ std::string BaseTranslator::ToString(int number) const { return std::to_string(n
 
 double BaseTranslator::VerifyDouble(const XMLCh* text) const
 {
-    return VerifiedDouble(NarrowNumber(text).Get());
+    return VerifiedDouble(NarrowNumber(text).Get(), [&] { return Utf8FromXml(text); });
 }
-double BaseTranslator::VerifyDouble(const std::string& text) const { return VerifiedDouble(text); }
+double BaseTranslator::VerifyDouble(const std::string& text) const
+{
+    return VerifiedDouble(text, [&] { return text; });
+}
 int BaseTranslator::VerifyInt(const XMLCh* text) const
 {
-    return VerifiedInt(NarrowNumber(text).Get());
+    return VerifiedInt(NarrowNumber(text).Get(), [&] { return Utf8FromXml(text); });
 }
-int BaseTranslator::VerifyInt(const std::string& text) const { return VerifiedInt(text); }
+int BaseTranslator::VerifyInt(const std::string& text) const
+{
+    return VerifiedInt(text, [&] { return text; });
+}
 
 ScoreValue* BaseTranslator::CarefullyMakeVarValue(const ScoreDictVar* var, const XMLCh* text) const
 {

@@ -12,7 +12,7 @@ namespace MCVelscore_850 {
 /// since midnight for a time, seconds since 1970-01-01T00:00:00 for a date with time.
 class VELHOST_API DateTimeValue final : public ScoreValue {
 public:
-    explicit DateTimeValue(double number) : number_(number) {}
+    explicit DateTimeValue(double number) : ScoreValue(DATETIME), number_(number) {}
     ~DateTimeValue() override;
 
     ScoreValue* Clone() const override;

@@ -1,6 +1,7 @@
 // The derived fields of a PMML document: DerivedField and its expression.
 
 #include <map>
+#include <set>
 #include <utility>
 
 #include <xercesc/dom/DOM.hpp>
@@ -28,8 +29,9 @@ const std::string kDataType = "dataType";
 const std::string kField = "field";
 const std::string kMapMissingTo = "mapMissingTo";
 
-// One derived field refers to another through a chain of at most so many.
-constexpr int kLongestChain = 1000;
+// The texts that all derived fields of a section can yield. Each field holds its own, so a short
+// document of many fields that refer to one of many categories could ask for any memory.
+constexpr size_t kMostTexts = 1000000;
 
 }  // namespace
 
@@ -79,10 +81,7 @@ private:
     {
         DOMElement* element = elements_.at(name);
         t_.NoteElement(element);
-        if (!underway_.emplace(name, true).second) Refuse(kDerivedFieldCycle, name.c_str());
-        if (static_cast<int>(underway_.size()) > kLongestChain) {
-            Refuse(kExpressionTooDeep, name.c_str());
-        }
+        if (!underway_.insert(name).second) Refuse(kDerivedFieldCycle, name.c_str());
         const std::string outer = std::exchange(field_, name);
         const DictVarType type = FieldType(
             name, t_.ToString(t_.GetAttributeForced(element, Tags::XML_ATT_DATAFIELD_OPTYPE)),
@@ -90,6 +89,12 @@ private:
         const std::string outerType = std::exchange(fieldType_, type.dataType);
         std::shared_ptr<const Expression> expression = ReadOnlyExpression(element);
         auto var = std::make_unique<TransformVar>(type, expression);
+        // Fields that stand in the order of their use are read one by one, and evaluated all the
+        // way down.
+        if (var->Height() > kGreatestHeight) {
+            t_.NoteElement(element);
+            Refuse(kExpressionTooDeep, name.c_str());
+        }
         t_.ReadDeclaredValues(element, *var);
         ListTexts(*expression, *var);
         var->SetUpCatEncoder();
@@ -102,11 +107,15 @@ private:
     }
 
     // A derived text without values of its own has those that its expression can yield.
-    static void ListTexts(const Expression& expression, DictVar& var)
+    void ListTexts(const Expression& expression, DictVar& var)
     {
         if (var.GetValueType() != ScoreDictVar::STRING || !var.HasOpenCategories()) return;
         std::vector<std::string> texts;
         if (!expression.CollectTexts(texts)) return;
+        listedTexts_ += texts.size();
+        if (listedTexts_ > kMostTexts) {
+            Refuse(kTooManyDerivedTexts, static_cast<int>(kMostTexts), var.GetName().c_str());
+        }
         for (const std::string& text : texts) var.AddCategory(new StringValue(text), text);
     }
 
@@ -235,7 +244,9 @@ private:
     const ScoreDictionary& dictionary_;
     TransformationDictionary& derived_;
     std::map<std::string, DOMElement*> elements_;
-    std::map<std::string, bool> underway_;
+    std::set<std::string> underway_;
+    size_t listedTexts_ = 0;
+    int depth_ = 0;          // of expressions that are being read, through all fields
     std::string field_;      // the derived field being read, for messages
     std::string fieldType_;  // its dataType
 };
@@ -250,8 +261,12 @@ const PMMLTranslator::DerivedFieldReader::ExpressionRow
 
 std::unique_ptr<Expression> PMMLTranslator::DerivedFieldReader::ReadExpression(DOMElement* element)
 {
+    if (++depth_ > kGreatestHeight) Refuse(kExpressionTooDeep, field_.c_str());
     for (const ExpressionRow& row : kExpressions) {
-        if (t_.IsEqual(element->getTagName(), row.tag)) return (this->*row.read)(element);
+        if (!t_.IsEqual(element->getTagName(), row.tag)) continue;
+        auto expression = (this->*row.read)(element);
+        --depth_;
+        return expression;
     }
     t_.NoteElement(element);
     Refuse(kExpressionNotSupported, t_.ToString(element->getTagName()).c_str(), field_.c_str());

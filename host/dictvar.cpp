@@ -1,6 +1,7 @@
 #include "host/dictvar.h"
 
 #include <cmath>
+#include <limits>
 #include <optional>
 
 #include "host/catencoder.h"
@@ -41,16 +42,35 @@ public:
         if (var_.IsMissing(value)) return -1;
         const int position = var_.FindCategory(*value);
         if (position >= 0 || !var_.AcceptsUnlisted() || !var_.IsValid(value)) return position;
-        return static_cast<int>(var_.categories_.values.size());
+        return var_.GetNumCategories();
     }
 
     int EncodeString(const std::string& text) const override
     {
-        const std::unique_ptr<ScoreValue> value(var_.MakeValue(text));
-        return EncodeValue(value.get());
+        switch (var_.type_.valueType) {
+            case STRING: return EncodeText(var_.Spelling(text));
+            case DATETIME: {
+                double number = NumericValue::GetSysmisValue();
+                ReadDateTime(text, var_.type_.dateTimeType, number);
+                const DateTimeValue value(number);
+                return EncodeValue(&value);
+            }
+            case NUMERIC: break;
+        }
+        const NumericValue value(text);
+        return EncodeValue(&value);
     }
 
 private:
+    // As EncodeValue of that text, without making a value of it.
+    int EncodeText(std::string_view text) const
+    {
+        if (var_.missing_.FindText(text) >= 0) return -1;
+        const int position = var_.categories_.FindText(text);
+        if (position >= 0 || !var_.AcceptsUnlisted()) return position;
+        return var_.invalid_.FindText(text) >= 0 ? -1 : var_.GetNumCategories();
+    }
+
     const DictVar& var_;
 };
 
@@ -62,11 +82,16 @@ DictVar::Listing::Listing(const Listing& other)
 int DictVar::Listing::Find(const ScoreValue& value) const
 {
     if (value.GetValueType() == ScoreValue::STRING) {
-        const auto found = byText.find(static_cast<const StringValue&>(value).Text());
-        return found == byText.end() ? -1 : found->second;
+        return FindText(static_cast<const StringValue&>(value).Text());
     }
     const auto found = byNumber.find(value.GetDouble());
     return found == byNumber.end() ? -1 : found->second;
+}
+
+int DictVar::Listing::FindText(std::string_view text) const
+{
+    const auto found = byText.find(text);
+    return found == byText.end() ? -1 : found->second;
 }
 
 bool DictVar::Listing::Add(std::unique_ptr<ScoreValue> value)
@@ -82,7 +107,7 @@ bool DictVar::Listing::Add(std::unique_ptr<ScoreValue> value)
     return true;
 }
 
-DictVar::DictVar(DictVarType type) : type_(std::move(type)) {}
+DictVar::DictVar(DictVarType type) : type_(std::move(type)) { UpdateSureRange(); }
 
 DictVar::DictVar(const DictVar& other)
     : ScoreDictVar(other),
@@ -93,6 +118,7 @@ DictVar::DictVar(const DictVar& other)
       intervals_(other.intervals_),
       stats_(other.stats_ ? std::make_unique<VarStats>(*other.stats_) : nullptr),
       outlierTreatment_(other.outlierTreatment_),
+      spellings_{other.spellings_[0], other.spellings_[1]},
       declared_(other.declared_),
       acceptsUnlisted_(other.acceptsUnlisted_),
       dictIndex_(other.dictIndex_)
@@ -101,11 +127,38 @@ DictVar::DictVar(const DictVar& other)
     if (other.encoder_) SetUpCatEncoder();
 }
 
+void DictVar::UpdateSureRange()
+{
+    const bool plain = type_.level == CONTINUOUS && type_.valueType == NUMERIC && !declared_ &&
+                       intervals_.empty() && outlierTreatment_ != AS_MISSING;
+    if (plain) {
+        constexpr double kLargest = std::numeric_limits<double>::max();
+        SetSureRange(std::nextafter(NumericValue::GetSysmisValue(), 0.0), kLargest);
+    } else {
+        SetSureRange(1.0, 0.0);
+    }
+}
+
+void DictVar::SetOutlierTreatment(int treatment)
+{
+    outlierTreatment_ = treatment;
+    UpdateSureRange();
+}
+
+void DictVar::DeclareInterval(const Interval& interval)
+{
+    intervals_.push_back(interval);
+    UpdateSureRange();
+}
+
 DictVar::~DictVar() = default;
 
 ScoreDictVar* DictVar::Clone() const { return new DictVar(*this); }
 
-void DictVar::SetVarStats(VarStats* stats) { stats_.reset(stats); }
+void DictVar::SetVarStats(VarStats* stats)
+{
+    if (stats_.get() != stats) stats_.reset(stats);
+}
 
 bool DictVar::HasOwnKind(const ScoreValue& value) const
 {
@@ -118,9 +171,8 @@ bool DictVar::HasOwnKind(const ScoreValue& value) const
     return false;
 }
 
-bool DictVar::IsMissingNumber(double number) const
+bool DictVar::IsOutlier(double number) const
 {
-    if (NumericValue::IsSystemMissingValue(number)) return true;
     if (outlierTreatment_ != AS_MISSING || !stats_) return false;
     const double low = stats_->GetMinimum();
     const double high = stats_->GetMaximum();
@@ -131,11 +183,14 @@ bool DictVar::IsMissingNumber(double number) const
 bool DictVar::IsMissing(const ScoreValue* value) const
 {
     if (value == nullptr) return true;
-    if (value->GetValueType() == ScoreValue::STRING) {
-        if (static_cast<const StringValue*>(value)->IsMissingText()) return true;
-    } else if (IsMissingNumber(value->GetDouble())) {
+    const bool text = value->GetValueType() == ScoreValue::STRING;
+    if (text ? static_cast<const StringValue*>(value)->IsMissingText()
+             : NumericValue::IsSystemMissingValue(value->GetDouble())) {
         return true;
     }
+    // What the document says is missing, it says of values of the variable's own kind.
+    if (!HasOwnKind(*value)) return false;
+    if (!text && IsOutlier(value->GetDouble())) return true;
     return !missing_.values.empty() && missing_.Find(*value) >= 0;
 }
 
@@ -170,13 +225,6 @@ bool DictVar::IsValid(const ScoreValue* value) const
 
 bool DictVar::Accepts(const ScoreValue* value) const
 {
-    // The plain continuous number, which nearly every value is, takes the short way.
-    if (value != nullptr && type_.level == CONTINUOUS && type_.valueType == NUMERIC &&
-        value->GetValueType() == ScoreValue::NUMERIC && missing_.values.empty() &&
-        invalid_.values.empty() && categories_.values.empty()) {
-        const double number = static_cast<const NumericValue*>(value)->GetDouble();
-        return IsValidNumber(number) && !IsMissingNumber(number);
-    }
     return !DictVar::IsMissing(value) && DictVar::IsValid(value);
 }
 
@@ -215,20 +263,37 @@ void DictVar::AddCategory(ScoreValue* value, const std::string&)
     std::unique_ptr<ScoreValue> category(value);
     if (type_.level == CONTINUOUS || value == nullptr || !HasOwnKind(*value)) return;
     if (IsMissing(value) || invalid_.Find(*value) >= 0) return;
-    if (categories_.Add(std::move(category))) valueSet_.Append(value);
+    if (type_.valueType != STRING && !std::isfinite(value->GetDouble())) return;
+    Append(std::move(category));
+}
+
+void DictVar::Append(std::unique_ptr<ScoreValue> category)
+{
+    const ScoreValue* value = category.get();
+    if (!categories_.Add(std::move(category))) return;
+    if (type_.level != CONTINUOUS) valueSet_.Append(value);
+    if (!type_.boolean) return;
+    const std::optional<bool> truth = TruthOf(static_cast<const StringValue*>(value)->Text());
+    if (truth && spellings_[*truth] < 0) {
+        spellings_[*truth] = static_cast<int>(categories_.values.size()) - 1;
+    }
 }
 
 void DictVar::DeclareValue(std::unique_ptr<ScoreValue> value, const std::string& text,
                            Property property)
 {
     declared_ = true;
+    SetSureRange(1.0, 0.0);  // from now on the lists have to be asked
+    for (const Listing* listing : {&categories_, &missing_, &invalid_}) {
+        if (listing->Find(*value) >= 0) return;
+    }
     switch (property) {
         case Property::Missing: missing_.Add(std::move(value)); return;
         case Property::Invalid: invalid_.Add(std::move(value)); return;
         case Property::Valid: break;
     }
     if (type_.level == CONTINUOUS) {
-        categories_.Add(std::move(value));
+        Append(std::move(value));
     } else {
         AddCategory(value.release(), text);
     }
@@ -246,20 +311,16 @@ int DictVar::FindCategory(const ScoreValue& value) const
 
 int DictVar::FindCategoryText(std::string_view text) const
 {
-    const auto found = categories_.byText.find(text);
-    return found == categories_.byText.end() ? -1 : found->second;
+    return categories_.FindText(text);
 }
 
 std::string_view DictVar::Spelling(std::string_view text) const
 {
     if (!type_.boolean) return text;
     const std::optional<bool> truth = TruthOf(text);
-    if (!truth) return text;
-    for (const auto& value : categories_.values) {
-        const std::string& declared = static_cast<const StringValue&>(*value).Text();
-        if (TruthOf(declared) == truth) return declared;
-    }
-    return text;
+    if (!truth || spellings_[*truth] < 0) return text;
+    const ScoreValue& declared = *categories_.values[static_cast<size_t>(spellings_[*truth])];
+    return static_cast<const StringValue&>(declared).Text();
 }
 
 }  // namespace MCVelscore_850

@@ -54,7 +54,7 @@ public:
     CatEncoder* GetCatEncoderForUpdate() override { return encoder_.get(); }
     bool HasOpenCategories() const override;
     void AddCategory(ScoreValue* value, const std::string& text) override;
-    void SetOutlierTreatment(int treatment) override { outlierTreatment_ = treatment; }
+    void SetOutlierTreatment(int treatment) override;
     int GetOutlierTreatment() const override { return outlierTreatment_; }
     bool Accepts(const ScoreValue* value) const override;
     bool AcceptsUnlisted() const override { return acceptsUnlisted_; }
@@ -70,7 +70,8 @@ public:
     // Declarations, made while the dictionary is read.
 
     enum class Property { Valid, Invalid, Missing };
-    /// One value of the declaration. A second one of the same value is dropped.
+    /// One value of the declaration. A second one of the same value is dropped, whatever its
+    /// property.
     void DeclareValue(std::unique_ptr<ScoreValue> value, const std::string& text,
                       Property property);
     /// An interval of valid numbers; several add up. Infinite ends are no bound.
@@ -80,7 +81,7 @@ public:
         bool lowClosed;
         bool highClosed;
     };
-    void DeclareInterval(const Interval& interval) { intervals_.push_back(interval); }
+    void DeclareInterval(const Interval& interval);
     void SetAcceptsUnlisted(bool accepts) { acceptsUnlisted_ = accepts; }
 
     /// The spelling that a text takes in this variable: a boolean's declared word for the same
@@ -102,14 +103,19 @@ private:
         std::unordered_map<std::string, int, TextHash, std::equal_to<>> byText;
         std::unordered_map<double, int> byNumber;
         int Find(const ScoreValue& value) const;
+        int FindText(std::string_view text) const;
         bool Add(std::unique_ptr<ScoreValue> value);
         Listing() = default;
         Listing(const Listing& other);
     };
 
     bool HasOwnKind(const ScoreValue& value) const;
-    bool IsMissingNumber(double number) const;
+    bool IsOutlier(double number) const;
+    /// Takes a category over unless it is there already.
+    void Append(std::unique_ptr<ScoreValue> category);
     bool IsValidNumber(double number) const;
+    /// Every finite number but the system-missing one is sure where nothing restricts the variable.
+    void UpdateSureRange();
 
     DictVarType type_;
     Listing categories_;
@@ -120,6 +126,7 @@ private:
     std::unique_ptr<VarStats> stats_;
     std::unique_ptr<CatEncoder> encoder_;
     int outlierTreatment_ = AS_IS;
+    int spellings_[2] = {-1, -1};  // of a boolean's false and true: the positions of their words
     bool declared_ = false;  // some Value child stood in the declaration
     bool acceptsUnlisted_ = false;
     mutable int dictIndex_ = -1;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 
 #include "host/numbertext.h"
@@ -16,6 +17,12 @@ namespace MCVelscore_850 {
 Expression::~Expression() = default;
 bool Expression::CollectTexts(std::vector<std::string>&) const { return false; }
 
+unsigned long ExpressionCase::NextEvaluation()
+{
+    static std::atomic<unsigned long> last{0};
+    return last.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
 namespace {
 
 // The value of a variable in the case: from the record when it is there, which for a derived
@@ -28,8 +35,7 @@ const ScoreValue* CaseValue(const ScoreDictVar& var, const ExpressionCase& c)
     }
     if (value == nullptr) value = c.record->GetValue(var.GetName());
     if (value == nullptr && var.IsDerived()) {
-        value = static_cast<const TransformVar&>(var).GetTransformedValue(c.record, c.dictionary,
-                                                                          c.transformations);
+        value = static_cast<const TransformVar&>(var).ValueIn(c);
     }
     return value;
 }
@@ -57,6 +63,19 @@ bool AsNumber(const ExpressionValue& value, double& number)
     return false;
 }
 
+// The levels of expressions that stand below a reference to a variable.
+int HeightOf(const ScoreDictVar& var)
+{
+    return var.IsDerived() ? static_cast<const TransformVar&>(var).Height() : 0;
+}
+
+// An outcome as text, in the spelling that a derived text gets; nothing for Missing.
+void AppendText(const ExpressionValue& value, std::vector<std::string>& texts)
+{
+    if (value.kind == ExpressionValue::Text) texts.push_back(value.text);
+    if (value.kind == ExpressionValue::Number) AppendNumber(value.number, texts.emplace_back());
+}
+
 class FieldRef final : public Expression {
 public:
     FieldRef(const ScoreDictVar* var, Replacement mapMissingTo)
@@ -79,9 +98,10 @@ public:
         for (const ValueSetEntry& entry : set->GetEntries()) {
             texts.push_back(entry.GetEntryValue()->GetString());
         }
-        if (mapMissingTo_.given) texts.push_back(mapMissingTo_.value.text);
+        if (mapMissingTo_.given) AppendText(mapMissingTo_.value, texts);
         return true;
     }
+    int Height() const override { return 1 + HeightOf(*var_); }
 
 private:
     const ScoreDictVar* var_;
@@ -95,9 +115,10 @@ public:
     void CollectInputs(std::vector<const ScoreDictVar*>&) const override {}
     bool CollectTexts(std::vector<std::string>& texts) const override
     {
-        if (value_.kind == ExpressionValue::Text) texts.push_back(value_.text);
+        AppendText(value_, texts);
         return true;
     }
+    int Height() const override { return 1; }
 
 private:
     ExpressionValue value_;
@@ -142,6 +163,7 @@ public:
     {
         inputs.push_back(var_);
     }
+    int Height() const override { return 1 + HeightOf(*var_); }
 
 private:
     const ScoreDictVar* var_;
@@ -168,13 +190,17 @@ public:
           mapMissingTo_(std::move(mapMissingTo)),
           defaultValue_(std::move(defaultValue))
     {
+        for (const auto& argument : arguments_) height_ = std::max(height_, 1 + argument->Height());
     }
     void Evaluate(const ExpressionCase& c, ExpressionValue& value) const override
     {
         std::array<double, kMostArguments> numbers{};
         for (size_t i = 0; i < arguments_.size(); ++i) {
             arguments_[i]->Evaluate(c, value);
-            if (value.kind == ExpressionValue::Missing) return mapMissingTo_.Apply(value);
+            if (value.kind == ExpressionValue::Missing) {
+                mapMissingTo_.Apply(value);
+                return defaultValue_.Apply(value);
+            }
             if (!AsNumber(value, numbers[i])) {
                 value.SetMissing();
                 return defaultValue_.Apply(value);
@@ -189,12 +215,14 @@ public:
     {
         for (const auto& argument : arguments_) argument->CollectInputs(inputs);
     }
+    int Height() const override { return height_; }
 
 private:
     const ArithmeticFunction& function_;
     std::vector<std::unique_ptr<Expression>> arguments_;
     Replacement mapMissingTo_;
     Replacement defaultValue_;
+    int height_ = 1;
 };
 
 }  // namespace

@@ -33,12 +33,21 @@ struct ExpressionValue {
     }
 };
 
-/// The case that an expression is evaluated for.
+/// The case that an expression is evaluated for. Within one evaluation a derived field is computed
+/// once, however many expressions read it.
 struct ExpressionCase {
     const ScoreCaseRecord* record;
     const ScoreDictionary* dictionary;
     const ScoreDictionary* transformations;
+    unsigned long evaluation = NextEvaluation();
+
+    /// A number that no evaluation in this process had before; never 0.
+    static unsigned long NextEvaluation();
 };
+
+/// Expressions nest, and derived fields refer to each other, at most so deep, both taken together:
+/// reading and evaluation go down as deep, and the stack has to hold that.
+inline constexpr int kGreatestHeight = 1000;
 
 /// The expression of a derived field, as the PMML standard defines it.
 ///
@@ -51,11 +60,13 @@ public:
     virtual void Evaluate(const ExpressionCase& c, ExpressionValue& value) const = 0;
     /// Appends the variables that are read, derived ones among them.
     virtual void CollectInputs(std::vector<const ScoreDictVar*>& inputs) const = 0;
-    /// Appends every text that can come out, where they can be told; false where they can't.
+    /// The levels of expressions from here down, those of derived fields that are read included.
+    virtual int Height() const = 0;
+    /// Appends every outcome as text, where they can be told; false where they can't.
     virtual bool CollectTexts(std::vector<std::string>& texts) const;
 };
 
-/// A text that stands for a missing outcome: mapMissingTo and defaultValue.
+/// A value that stands for a missing outcome: mapMissingTo and defaultValue.
 struct Replacement {
     bool given = false;
     ExpressionValue value;
@@ -99,7 +110,7 @@ struct ArithmeticFunction {
 const ArithmeticFunction* FindArithmeticFunction(const std::string& name);
 
 /// Apply of a built-in function. `mapMissingTo` stands for the outcome where an argument is
-/// missing, `defaultValue` where the function has no result for its arguments.
+/// missing; `defaultValue` for whatever is missing after that.
 std::unique_ptr<Expression> MakeApply(const ArithmeticFunction& function,
                                       std::vector<std::unique_ptr<Expression>> arguments,
                                       Replacement mapMissingTo, Replacement defaultValue);

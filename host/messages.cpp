@@ -125,8 +125,11 @@ constexpr Message kCatalogue[] = {
      "NormContinuous in the derived field {0} needs two LinearNorm elements or more, their orig "
      "values ascending",
      kMendExpression},
-    {kExpressionTooDeep, "s", "the derived field {0} stands on too long a chain of others",
-     "Shorten the chain of derived fields."},
+    {kExpressionTooDeep, "s", "the derived field {0} stands on too long a chain of fields and functions",
+     "Shorten the chain of derived fields, or nest fewer functions."},
+    {kTooManyDerivedTexts, "ds",
+     "the derived fields up to {1} can yield more than {0} texts in all",
+     "Refer to fields of many categories in fewer derived fields."},
     {kFamilyNotAvailable, "ss", "models of the family '{0}' ({1}) can't be scored yet",
      "Score this model with a release that lists the family in its documentation."},
     {kReferencePointFamily, "ss",

@@ -37,8 +37,8 @@ public:
 
 // Codes of the host's own refusals, in documents. The codes of the readers stand with the readers.
 inline constexpr int kNotANumber = 269001;            // text
-inline constexpr int kNotAnInteger = 269002;          // text, where
-inline constexpr int kNumberTooLarge = 269003;        // text, where
+inline constexpr int kNotAnInteger = 269002;          // text
+inline constexpr int kNumberTooLarge = 269003;        // text
 inline constexpr int kArrayLength = 269004;           // found, expected
 inline constexpr int kUnknownEncoding = 269005;       // name
 inline constexpr int kDuplicateField = 269006;        // name
@@ -51,6 +51,7 @@ inline constexpr int kDerivedFieldCycle = 269012;       // derived field
 inline constexpr int kExpressionMissing = 269013;       // derived field
 inline constexpr int kNormPoints = 269014;              // derived field
 inline constexpr int kExpressionTooDeep = 269015;       // derived field
+inline constexpr int kTooManyDerivedTexts = 269016;     // limit, derived field
 inline constexpr int kFamilyNotAvailable = 269020;      // family, model type
 inline constexpr int kReferencePointFamily = 269021;    // parameter, model type
 inline constexpr int kModelWithoutTarget = 269022;      // model type

@@ -1,5 +1,6 @@
 #include "host/numbertext.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -31,7 +32,10 @@ bool IsLarge(std::string_view text)
     const size_t digits = text.find_first_of("0123456789", i);
     long exponent = 0;
     const auto read = std::from_chars(text.data() + digits, text.data() + text.size(), exponent);
-    if (read.ec == std::errc::result_out_of_range) return !negative;
+    // Cut where no text can be long enough to outweigh it, so that the sum can't overflow.
+    constexpr long kLargestExponent = 1L << 60;
+    if (read.ec == std::errc::result_out_of_range) exponent = kLargestExponent;
+    exponent = std::min(exponent, kLargestExponent);
     return place + (negative ? -exponent : exponent) > 0;
 }
 

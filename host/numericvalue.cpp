@@ -9,7 +9,8 @@
 
 namespace MCVelscore_850 {
 
-NumericValue::NumericValue(const std::string& text) : value_(GetSysmisValue())
+NumericValue::NumericValue(const std::string& text)
+    : ScoreValue(NUMERIC), value_(GetSysmisValue())
 {
     const std::string_view trimmed = TrimBlanks(text);
     const char* end = trimmed.data() + trimmed.size();
@@ -38,9 +39,8 @@ std::string NumericValue::GetString() const
     return text;
 }
 
-bool NumericValue::IsEqual(double a, double b)
+bool NumericValue::IsClose(double a, double b)
 {
-    if (a == b) return true;
     constexpr double kRelative = 1e-12;
     return std::isfinite(a) && std::isfinite(b) &&
            std::fabs(a - b) <= kRelative * std::max(std::fabs(a), std::fabs(b));

@@ -12,7 +12,7 @@ namespace MCVelscore_850 {
 /// 1e15 in absolute value has neither point nor exponent, and minus zero is "0".
 class VELHOST_API NumericValue final : public ScoreValue {
 public:
-    explicit NumericValue(double value) : value_(value) {}
+    explicit NumericValue(double value) : ScoreValue(NUMERIC), value_(value) {}
     /// The number that the text spells, blanks at its ends apart; else the system-missing number.
     explicit NumericValue(const std::string& text);
     ~NumericValue() override;
@@ -34,9 +34,11 @@ public:
 
     /// a == b, or both finite and |a - b| <= 1e-12 max(|a|, |b|). There is no absolute tolerance:
     /// only 0 equals 0.
-    static bool IsEqual(double a, double b);
+    static bool IsEqual(double a, double b) { return a == b || IsClose(a, b); }
 
 private:
+    static bool IsClose(double a, double b);
+
     double value_;
 };
 

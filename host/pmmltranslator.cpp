@@ -1,5 +1,7 @@
 #include "host/pmmltranslator.h"
 
+#include <algorithm>
+
 #include <xercesc/dom/DOM.hpp>
 
 #include "host/dictvar.h"

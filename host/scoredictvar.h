@@ -86,6 +86,26 @@ public:
     virtual bool Accepts(const ScoreValue* value) const = 0;
     /// True when values that the variable doesn't list are accepted.
     virtual bool AcceptsUnlisted() const = 0;
+
+    /// True for a number that Accepts() is sure to answer true for, without a virtual call; false
+    /// says nothing.
+    bool SurelyAccepts(double number) const { return number >= sureLow_ && number <= sureHigh_; }
+
+protected:
+    ScoreDictVar() = default;
+    ScoreDictVar(const ScoreDictVar&) = default;
+    ScoreDictVar& operator=(const ScoreDictVar&) = default;
+
+    /// The closed range of SurelyAccepts; an empty one (low above high) is sure of nothing.
+    void SetSureRange(double low, double high)
+    {
+        sureLow_ = low;
+        sureHigh_ = high;
+    }
+
+private:
+    double sureLow_ = 1.0;
+    double sureHigh_ = 0.0;
 };
 
 }  // namespace MCVelscore_850

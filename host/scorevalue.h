@@ -28,10 +28,16 @@ public:
     virtual bool IsMissingValue() const = 0;
     virtual int GetValueType() const = 0;
 
+    /// What GetValueType() answers, without a virtual call: every case asks it of every value.
+    ValueType Kind() const { return kind_; }
+
 protected:
-    ScoreValue() = default;
+    explicit ScoreValue(ValueType kind) : kind_(kind) {}
     ScoreValue(const ScoreValue&) = default;
     ScoreValue& operator=(const ScoreValue&) = default;
+
+private:
+    ValueType kind_;
 };
 
 }  // namespace MCVelscore_850

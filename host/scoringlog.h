@@ -22,7 +22,11 @@ public:
     /// Formats as printf does and hands the line to the sink when `level` is on.
     void TraceText(int level, const char* format, ...) __attribute__((format(printf, 3, 4)));
 
-    bool IsOn(int level) const { return level <= level_.load(std::memory_order_relaxed); }
+    /// No level below 1 is ever on.
+    bool IsOn(int level) const
+    {
+        return level > 0 && level <= level_.load(std::memory_order_relaxed);
+    }
     void SetLevel(int level) { level_.store(level, std::memory_order_relaxed); }
     /// Without a sink the lines go to standard error.
     void SetSink(Sink sink);

@@ -12,8 +12,8 @@ namespace MCVelscore_850 {
 /// variable then answers IsMissing, while the value's own IsMissingValue() stays false.
 class VELHOST_API StringValue final : public ScoreValue {
 public:
-    explicit StringValue(const char* text) : text_(text) {}
-    explicit StringValue(const std::string& text) : text_(text) {}
+    explicit StringValue(const char* text) : ScoreValue(STRING), text_(text) {}
+    explicit StringValue(const std::string& text) : ScoreValue(STRING), text_(text) {}
     ~StringValue() override;
 
     ScoreValue* Clone() const override;

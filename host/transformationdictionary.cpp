@@ -1,5 +1,6 @@
 #include "host/transformationdictionary.h"
 
+#include "host/expression.h"
 #include "host/transformvar.h"
 
 namespace MCVelscore_850 {
@@ -18,10 +19,11 @@ const ScoreCaseRecord* TransformationDictionary::GetValuesForDerivedVars(
     const ScoreCaseRecord* record, const ScoreDictionary* dictionary) const
 {
     if (!derived_) return nullptr;
+    const ExpressionCase c{record, dictionary, this};
     int position = 0;
     for (const ScoreDictVar* var : GetVars()) {
         const auto* derived = static_cast<const TransformVar*>(var);
-        derived_->Point(position++, derived->GetTransformedValue(record, dictionary, this));
+        derived_->Point(position++, derived->ValueIn(c));
     }
     return derived_.get();
 }

@@ -1,6 +1,6 @@
 #include "host/transformvar.h"
 
-#include <algorithm>
+#include <unordered_set>
 
 #include "host/datetimevalue.h"
 #include "host/expression.h"
@@ -39,17 +39,22 @@ double NumberOf(const ExpressionValue& value)
 TransformVar::TransformVar(DictVarType type, std::shared_ptr<const Expression> expression)
     : DictVar(std::move(type)),
       expression_(std::move(expression)),
+      height_(expression_->Height()),
       value_(MakeMissing(GetValueType()))
 {
-    expression_->CollectInputs(inputs_);
-    std::sort(inputs_.begin(), inputs_.end());
-    inputs_.erase(std::unique(inputs_.begin(), inputs_.end()), inputs_.end());
+    std::vector<const ScoreDictVar*> named;
+    expression_->CollectInputs(named);
+    std::unordered_set<const ScoreDictVar*> seen;
+    for (const ScoreDictVar* var : named) {
+        if (seen.insert(var).second) inputs_.push_back(var);
+    }
 }
 
 TransformVar::TransformVar(const TransformVar& other)
     : DictVar(other),
       expression_(other.expression_),
       inputs_(other.inputs_),
+      height_(other.height_),
       value_(MakeMissing(GetValueType()))
 {
 }
@@ -62,8 +67,15 @@ ScoreValue* TransformVar::GetTransformedValue(const ScoreCaseRecord* record,
                                               const ScoreDictionary* dictionary,
                                               const ScoreDictionary* transformations) const
 {
+    return ValueIn({record, dictionary, transformations});
+}
+
+ScoreValue* TransformVar::ValueIn(const ExpressionCase& c) const
+{
+    if (evaluation_ == c.evaluation) return value_.get();
+    evaluation_ = c.evaluation;
     ExpressionValue outcome;
-    expression_->Evaluate({record, dictionary, transformations}, outcome);
+    expression_->Evaluate(c, outcome);
     switch (value_->GetValueType()) {
         case ScoreValue::STRING: {
             auto& value = static_cast<StringValue&>(*value_);

@@ -10,6 +10,7 @@
 namespace MCVelscore_850 {
 
 class Expression;
+struct ExpressionCase;
 class ScoreCaseRecord;
 class ScoreDictionary;
 
@@ -28,14 +29,22 @@ public:
     ScoreValue* GetTransformedValue(const ScoreCaseRecord* record, const ScoreDictionary* dictionary,
                                     const ScoreDictionary* transformations) const;
 
-    /// The variables that the expression reads itself, derived ones among them, each once.
+    /// The same within an evaluation that is under way: computed once in it.
+    ScoreValue* ValueIn(const ExpressionCase& c) const;
+
+    /// The variables that the expression reads itself, derived ones among them, each once, in the
+    /// order in which it names them.
     const std::vector<const ScoreDictVar*>& Inputs() const { return inputs_; }
     const Expression& GetExpression() const { return *expression_; }
+    /// The levels of expressions below this variable, through other derived ones too.
+    int Height() const { return height_; }
 
 private:
     std::shared_ptr<const Expression> expression_;
     std::vector<const ScoreDictVar*> inputs_;
+    int height_;
     std::unique_ptr<ScoreValue> value_;
+    mutable unsigned long evaluation_ = 0;  // the one that value_ comes from
 };
 
 }  // namespace MCVelscore_850

@@ -5,8 +5,8 @@
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
-#include "host/vsexception.h"
 #include "host/messages.h"
+#include "host/vsexception.h"
 
 namespace MCVelscore_850 {
 
@@ -111,6 +111,9 @@ std::basic_string<XMLCh> XmlFromUtf8(std::string_view text)
             good = (next & 0xC0) == 0x80;
             c = (c << 6) | (next & 0x3F);
         }
+        // Longer than needed, or half of a pair: no character either.
+        constexpr char32_t kFirstOfLength[] = {0, 0, 0x80, 0x800, 0x10000};
+        good = good && c >= kFirstOfLength[length] && !IsHighSurrogate(c) && !IsLowSurrogate(c);
         if (!good || c > 0x10FFFF) {
             out += static_cast<XMLCh>(kReplacement);
             ++i;

@@ -32,7 +32,7 @@ private:
 
 /// 16-bit text as UTF-8; empty for null.
 VELHOST_API std::string Utf8FromXml(const XMLCh* text);
-/// UTF-8 as 16-bit text, without the end mark.
+/// UTF-8 as 16-bit text, without the end mark; bytes that are no UTF-8 become U+FFFD.
 VELHOST_API std::basic_string<XMLCh> XmlFromUtf8(std::string_view text);
 
 }  // namespace MCVelscore_850

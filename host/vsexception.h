@@ -4,6 +4,8 @@
 #include <cstdarg>
 #include <exception>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "host/export.h"

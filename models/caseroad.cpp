@@ -18,8 +18,10 @@ bool CaseWalk::Start()
         }
         return false;
     }
-    indexed_ = record_->HasIndexedAccess();
-    if (!model_.dictVarIndexSet && indexed_) model_.SetUpDictVarIndex(record_, derivedInRecord_);
+    if (record_->HasIndexedAccess()) {
+        values_ = record_->GetValues();
+        if (!model_.dictVarIndexSet) model_.SetUpDictVarIndex(record_, derivedInRecord_);
+    }
     return true;
 }
 
@@ -32,18 +34,18 @@ void CaseWalk::FetchDerived()
     }
 }
 
-ScoreValue* CaseWalk::FindIn(const ScoreCaseRecord& record, const ScoreDictVar* var) const
+ScoreValue* CaseWalk::FindValue(size_t predictor, const ScoreDictVar* var) const
 {
     ScoreValue* value = nullptr;
-    if (record.HasIndexedAccess()) value = record.GetValue(var->GetDictIndex());
-    return value != nullptr ? value : record.GetValue(var->GetName());
-}
-
-ScoreValue* CaseWalk::FindValue(const ScoreDictVar* var) const
-{
-    ScoreValue* value = nullptr;
-    if (derivedInRecord_ || !var->IsDerived()) value = FindIn(*record_, var);
-    if (value == nullptr && derivedRecord_ != nullptr) value = FindIn(*derivedRecord_, var);
+    if (derivedInRecord_ || !model_.predictorIsDerived[predictor]) {
+        bool bound = false;
+        value = ValueAtPosition(predictor, bound);
+        if (value == nullptr) value = record_->GetValue(var->GetName());
+    }
+    // The derived record has no positions.
+    if (value == nullptr && derivedRecord_ != nullptr) {
+        value = derivedRecord_->GetValue(var->GetName());
+    }
     return value;
 }
 
@@ -51,9 +53,9 @@ void CaseWalk::GatherValues(size_t count)
 {
     for (size_t i = 0; i < count; ++i) {
         const ScoreDictVar* var = model_.predictorVars[i];
-        ScoreValue* value = FindValue(var);
+        ScoreValue* value = FindValue(i, var);
         model_.caseValueRefs[i] = value;
-        if (!model_.scoreCaseValidationCheck || var->Accepts(value)) continue;
+        if (!model_.scoreCaseValidationCheck || !IsBad(value, *var)) continue;
         if (model_.missingValuePolicy == ScoreModel::MV_SUBSTITUTE &&
             SubstituteValue(i, var, value)) {
             continue;
@@ -83,7 +85,7 @@ bool CaseWalk::SubstituteValue(size_t predictor, const ScoreDictVar* var, ScoreV
     const ScoreValue* replacement = stats->GetMissingReplacement();
     const double number = replacement != nullptr ? replacement->GetDouble() : stats->GetMean();
     if (NumericValue::IsSystemMissingValue(number)) return false;
-    if (value != nullptr && value->GetValueType() == ScoreValue::NUMERIC) {
+    if (value != nullptr && value->Kind() == ScoreValue::NUMERIC) {
         // The record's own object is overwritten, on purpose: the caller sees what was scored.
         static_cast<NumericValue*>(value)->SetDoubleValue(number);
     } else {
@@ -112,7 +114,7 @@ void CaseWalk::FailCase(size_t predictor)
 void CaseWalk::WritePrediction(double value)
 {
     ScoreValue* prediction = fresh_ ? nullptr : result_->GetPrediction();
-    if (prediction != nullptr && prediction->GetValueType() == ScoreValue::NUMERIC) {
+    if (prediction != nullptr && prediction->Kind() == ScoreValue::NUMERIC) {
         static_cast<NumericValue*>(prediction)->SetDoubleValue(value);
     } else {
         result_->SetPrediction(new NumericValue(value));
@@ -131,9 +133,9 @@ void CaseWalk::WriteMissingPrediction()
     }
     ScoreValue* prediction = fresh_ ? nullptr : result_->GetPrediction();
     if (prediction != nullptr) {
-        if (prediction->GetValueType() == ScoreValue::NUMERIC) {
+        if (prediction->Kind() == ScoreValue::NUMERIC) {
             static_cast<NumericValue*>(prediction)->SetDoubleValue(kMissing);
-        } else if (prediction->GetValueType() == ScoreValue::STRING) {
+        } else if (prediction->Kind() == ScoreValue::STRING) {
             static_cast<StringValue*>(prediction)->SetString("NULL");
         }
     } else if (model_.targetVar != nullptr &&

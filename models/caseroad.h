@@ -84,9 +84,12 @@ public:
     template <class Find>
     void GatherNumbers(Find find);
 
-    /// Step 5: the value of a variable, from the record by position, else by name; then from the
-    /// derived record in the same two ways.
-    ScoreValue* FindValue(const ScoreDictVar* var) const;
+    /// Step 5: the value of a predictor, from the record by position, else by name; then from the
+    /// derived record by name.
+    ScoreValue* FindValue(size_t predictor, const ScoreDictVar* var) const;
+    /// The record's value at the predictor's position, null when the position holds none or isn't
+    /// known; `bound` tells which.
+    ScoreValue* ValueAtPosition(size_t predictor, bool& bound) const;
 
     /// A value that is absent although validation is off leaves nothing to compute with: the case
     /// then fails like a null record. True when the first `count` values are all there.
@@ -103,7 +106,15 @@ public:
     void WriteMissingPrediction();
 
 private:
-    ScoreValue* FindIn(const ScoreCaseRecord& record, const ScoreDictVar* var) const;
+    /// True for a value that is missing or not valid.
+    static bool IsBad(const ScoreValue* value, const ScoreDictVar& var)
+    {
+        if (value != nullptr && value->Kind() == ScoreValue::NUMERIC &&
+            var.SurelyAccepts(static_cast<const NumericValue*>(value)->GetDouble())) {
+            return false;
+        }
+        return !var.Accepts(value);
+    }
     bool SubstituteValue(size_t predictor, const ScoreDictVar* var, ScoreValue* value);
     /// Step 7 for a value that isn't substituted.
     void FailCase(size_t predictor);
@@ -112,7 +123,7 @@ private:
     const CaseRoad& road_;
     const ScoreCaseRecord* record_;
     bool derivedInRecord_;
-    bool indexed_ = false;
+    const std::vector<ScoreValue*>* values_ = nullptr;  // the record's array, when it is indexed
     bool fresh_ = false;
     const ScoreCaseRecord* derivedRecord_ = nullptr;
     ScoreResult* result_ = nullptr;
@@ -123,9 +134,23 @@ private:
 /// is. Texts are not read here.
 inline double NumericReading(const ScoreValue& value, const ScoreDictVar& var)
 {
-    return value.GetValueType() == ScoreValue::DATETIME
+    if (value.Kind() == ScoreValue::NUMERIC) {
+        return static_cast<const NumericValue&>(value).GetDouble();
+    }
+    return value.Kind() == ScoreValue::DATETIME
                ? static_cast<const DateTimeValue&>(value).GetDoubleValue(var.GetDateTimeType())
                : value.GetDouble();
+}
+
+inline ScoreValue* CaseWalk::ValueAtPosition(size_t predictor, bool& bound) const
+{
+    bound = false;
+    if (values_ == nullptr || predictor >= model_.predictorDictIndex.size()) return nullptr;
+    const int position = model_.predictorDictIndex[predictor];
+    if (position < 0) return nullptr;
+    bound = true;
+    const auto p = static_cast<size_t>(position);
+    return p < values_->size() ? (*values_)[p] : nullptr;
 }
 
 template <class Find>
@@ -138,7 +163,7 @@ void CaseWalk::GatherNumbers(Find find)
         bool bad = value == nullptr;
         bool judged = false;
         if (value != nullptr) {
-            switch (value->GetValueType()) {
+            switch (value->Kind()) {
                 case ScoreValue::NUMERIC:
                     number = static_cast<const NumericValue*>(value)->GetDouble();
                     break;
@@ -155,7 +180,7 @@ void CaseWalk::GatherNumbers(Find find)
             }
         }
         if (!model_.scoreCaseValidationCheck) continue;
-        if (!bad && !judged) bad = !var->Accepts(value);
+        if (!bad && !judged) bad = IsBad(value, *var);
         if (!bad) continue;
         if (model_.missingValuePolicy == ScoreModel::MV_SUBSTITUTE &&
             !model_.predictorSubstitutes.empty() &&

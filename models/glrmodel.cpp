@@ -67,21 +67,16 @@ MCScore::MCStatus GLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*
 
     std::fill(designRow.begin(), designRow.end(), 0.0);
     std::fill(caseValues.begin(), caseValues.end(), 0.0);
-    const std::vector<ScoreValue*>* values = record->GetValues();
-    const bool indexed = record->HasIndexedAccess() && values != nullptr;
     walk.GatherNumbers([&](size_t i, const ScoreDictVar* var) -> const ScoreValue* {
         const ScoreValue* value = nullptr;
-        if (derivedInRecord || !var->IsDerived()) {
-            const int position = i < predictorDictIndex.size() ? predictorDictIndex[i] : -1;
-            if (indexed && position >= 0) {
-                // No second try by name when the position holds nothing.
-                const auto p = static_cast<size_t>(position);
-                value = p < values->size() ? (*values)[p] : nullptr;
-            } else {
-                value = record->GetValue(var->GetName());
-            }
+        const bool derived = predictorIsDerived[i] != 0;
+        if (derivedInRecord || !derived) {
+            bool bound = false;
+            value = walk.ValueAtPosition(i, bound);
+            // No second try by name when a known position holds nothing, on purpose.
+            if (!bound) value = record->GetValue(var->GetName());
         }
-        if (value == nullptr && var->IsDerived()) {
+        if (value == nullptr && derived) {
             value = static_cast<const TransformVar*>(var)->GetTransformedValue(
                 record, dictionary, transformationDictionary);
         }

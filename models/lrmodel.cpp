@@ -51,7 +51,8 @@ MCScore::MCStatus LRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*&
 
     for (size_t i = 0; i < n; ++i) {
         caseValues[i] = NumericReading(*caseValueRefs[i], *predictorVars[i]);
-        plainValues[i] = caseValueRefs[i]->GetDouble();
+        const bool number = caseValueRefs[i]->Kind() == ScoreValue::NUMERIC;
+        plainValues[i] = number ? caseValues[i] : caseValueRefs[i]->GetDouble();
     }
     double lp = n < betas.size() ? betas[n] : 0.0;
     for (size_t i = 0; i < n; ++i) {

@@ -164,6 +164,11 @@ bool RegressionModel::FinishSetup()
     caseValues.resize(predictors);
     caseSubstitutes.assign(predictors, NumericValue(NumericValue::GetSysmisValue()));
 
+    predictorIsDerived.clear();
+    for (const ScoreDictVar* var : predictorVars) {
+        predictorIsDerived.push_back(var != nullptr && var->IsDerived() ? 1 : 0);
+    }
+
     if (predictorRoles.empty()) {
         for (const ScoreDictVar* var : predictorVars) predictorRoles.push_back(GetVarRole(var));
     }

@@ -136,6 +136,8 @@ protected:
     /// Per parameter its predictors in ascending order, from numericPPMatrix.
     std::vector<std::vector<int>> parameterPredictors;
 
+    std::vector<char> predictorIsDerived;  ///< per predictor what its variable answers
+
     // Positions of SetUpDictVarIndex(); -1 when unknown.
     std::vector<int> predictorDictIndex;
     std::vector<int> derivedDictIndex;

@@ -39,7 +39,7 @@ public:
         sum = 0.0;
         if constexpr (numbers) {
             walk.GatherNumbers(
-                [&](size_t, const ScoreDictVar* var) { return walk.FindValue(var); });
+                [&](size_t i, const ScoreDictVar* var) { return walk.FindValue(i, var); });
             for (const double x : caseValues) sum += x;
         } else {
             walk.GatherValues(predictorVars.size());

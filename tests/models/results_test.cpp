@@ -14,7 +14,7 @@ using namespace testing;
 // A value that says when it is released.
 class Watched final : public ScoreValue {
 public:
-    explicit Watched(int& released) : released_(released) {}
+    explicit Watched(int& released) : ScoreValue(NUMERIC), released_(released) {}
     ~Watched() override { ++released_; }
     ScoreValue* Clone() const override { return new NumericValue(1.0); }
     bool Equals(const ScoreValue*) const override { return false; }

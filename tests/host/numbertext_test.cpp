@@ -1,0 +1,155 @@
+#include "host/numbertext.h"
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <random>
+
+#include <gtest/gtest.h>
+
+namespace MCVelscore_850 {
+namespace {
+
+TEST(ReadNumber, TakesDecimalTexts)
+{
+    const struct {
+        const char* text;
+        double number;
+    } kRows[] = {
+        {"0", 0.0},           {"7", 7.0},          {"-7", -7.0},      {"+7", 7.0},
+        {"2.5", 2.5},         {".5", 0.5},         {"-.5", -0.5},     {"+.5", 0.5},
+        {"5.", 5.0},          {"1e3", 1000.0},     {"1E3", 1000.0},   {"1e+3", 1000.0},
+        {"1e-3", 0.001},      {"  4", 4.0},        {"4\t\r\n", 4.0},  {"000012", 12.0},
+        {"0.1", 0.1},         {"1.7976931348623157e+308", 1.7976931348623157e+308},
+        {"4.9406564584124654e-324", 4.9406564584124654e-324},
+        {"2.2250738585072011e-308", 2.2250738585072011e-308},  // the largest denormal
+    };
+    for (const auto& row : kRows) {
+        double number = -1.0;
+        EXPECT_EQ(ReadNumber(row.text, number), NumberText::Number) << row.text;
+        EXPECT_EQ(number, row.number) << row.text;
+    }
+}
+
+TEST(ReadNumber, RefusesWhatIsNoDecimalNumber)
+{
+    for (const char* text :
+         {"", " ", "+", "-", ".", "-.", "e5", "1e", "1e+", "+-1", "-+1", "++1", "--1", "1 2", "1,5",
+          "1_000", "0x10", "0x1p3", "1p3", "INF", "inf", "-inf", "+inf", "infinity", "NaN", "nan",
+          "-nan", "nan(1)", "1.2.3", "1f", "\xE2\x88\x92" "1", "ten"}) {
+        double number = -1.0;
+        EXPECT_EQ(ReadNumber(text, number), NumberText::NotANumber) << text;
+        EXPECT_EQ(number, -1.0) << text << " changed the number";
+    }
+}
+
+TEST(ReadNumber, RefusesAnEmbeddedNul)
+{
+    double number = -1.0;
+    EXPECT_EQ(ReadNumber(std::string_view("1\0", 2), number), NumberText::NotANumber);
+}
+
+TEST(ReadNumber, OverflowIsTooLargeAndLeavesTheNumber)
+{
+    const std::string longWhole(400, '9');
+    const std::string smallWithLargeExponent = "0." + std::string(400, '0') + "1e800";
+    for (const std::string& text :
+         {std::string("1e309"), std::string("-1e309"), std::string("1.8e308"),
+          std::string("1e99999999999999999999"), std::string("0.001e312"), longWhole,
+          smallWithLargeExponent, std::string("1000e9223372036854775807")}) {
+        double number = -1.0;
+        EXPECT_EQ(ReadNumber(text, number), NumberText::TooLarge) << text;
+        EXPECT_EQ(number, -1.0) << text;
+    }
+}
+
+TEST(ReadNumber, UnderflowIsZero)
+{
+    const std::string longFraction = "0." + std::string(400, '0') + "1";
+    const std::string largeWithSmallExponent = std::string(400, '9') + "e-800";
+    for (const std::string& text :
+         {std::string("1e-400"), std::string("-1e-400"), std::string("1e-99999999999999999999"),
+          std::string("123456e-400"), longFraction, largeWithSmallExponent,
+          std::string("0.0001e-9223372036854775807")}) {
+        double number = -1.0;
+        EXPECT_EQ(ReadNumber(text, number), NumberText::Number) << text;
+        EXPECT_EQ(number, 0.0) << text;
+    }
+}
+
+TEST(ReadNumber, ZeroWithAnyExponentIsZero)
+{
+    double number = -1.0;
+    EXPECT_EQ(ReadNumber("0e999999999999999999999", number), NumberText::Number);
+    EXPECT_EQ(number, 0.0);
+}
+
+TEST(ReadInteger, TakesWholeNumbersOfAnInt)
+{
+    const struct {
+        const char* text;
+        int number;
+    } kRows[] = {{"0", 0},     {"12", 12},           {"-12", -12},
+                 {"+12", 12},  {" 12 ", 12},         {"2147483647", 2147483647},
+                 {"007", 7},   {"-2147483648", std::numeric_limits<int>::min()}};
+    for (const auto& row : kRows) {
+        int number = -99;
+        EXPECT_EQ(ReadInteger(row.text, number), NumberText::Number) << row.text;
+        EXPECT_EQ(number, row.number) << row.text;
+    }
+}
+
+TEST(ReadInteger, RefusesFractionsExponentsAndWords)
+{
+    for (const char* text : {"", " ", "+", "-", "1.0", "1.", "1e2", "0x1", "1 2", "+-1", "one"}) {
+        int number = -99;
+        EXPECT_EQ(ReadInteger(text, number), NumberText::NotANumber) << text;
+        EXPECT_EQ(number, -99) << text;
+    }
+}
+
+TEST(ReadInteger, BeyondAnIntIsTooLarge)
+{
+    for (const char* text : {"2147483648", "-2147483649", "99999999999999999999"}) {
+        int number = -99;
+        EXPECT_EQ(ReadInteger(text, number), NumberText::TooLarge) << text;
+        EXPECT_EQ(number, -99) << text;
+    }
+}
+
+TEST(AppendNumber, AppendsAfterWhatIsThere)
+{
+    std::string text = "x=";
+    AppendNumber(1.5, text);
+    AppendNumber(-0.0, text);
+    EXPECT_EQ(text, "x=1.50");
+}
+
+TEST(AppendNumber, EveryFiniteDoubleReadsBackToItself)
+{
+    std::mt19937_64 bits(20240229);
+    int finite = 0;
+    for (int i = 0; i < 100000; ++i) {
+        const auto number = std::bit_cast<double>(static_cast<std::uint64_t>(bits()));
+        if (!std::isfinite(number)) continue;
+        ++finite;
+        std::string text;
+        AppendNumber(number, text);
+        double back = 0.0;
+        ASSERT_EQ(ReadNumber(text, back), NumberText::Number) << text;
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(back), std::bit_cast<std::uint64_t>(number)) << text;
+    }
+    EXPECT_GT(finite, 99000);  // 1 in 2048 has the exponent of infinities and NaN
+}
+
+TEST(TrimBlanks, TakesBlanksOffBothEndsAlone)
+{
+    EXPECT_EQ(TrimBlanks(" \t a b \r\n"), "a b");
+    EXPECT_EQ(TrimBlanks(" \t\r\n"), "");
+    EXPECT_EQ(TrimBlanks(""), "");
+    EXPECT_EQ(TrimBlanks("\xC2\xA0x"), "\xC2\xA0x");  // a no-break space is text
+}
+
+}  // namespace
+}  // namespace MCVelscore_850

@@ -1,0 +1,49 @@
+#ifndef VELSCORE_TESTS_HOST_VARS_H
+#define VELSCORE_TESTS_HOST_VARS_H
+
+#include <initializer_list>
+#include <memory>
+#include <string>
+
+#include "host/dictvar.h"
+#include "host/scorevalue.h"
+
+namespace MCVelscore_850 {
+
+inline DictVarType TypeOf(ScoreDictVar::MeasureLevel level, ScoreDictVar::ValueType valueType)
+{
+    DictVarType type;
+    type.name = "v";
+    type.level = level;
+    type.valueType = valueType;
+    return type;
+}
+
+inline DictVarType TextType() { return TypeOf(ScoreDictVar::CATEGORICAL, ScoreDictVar::STRING); }
+inline DictVarType NumberType() { return TypeOf(ScoreDictVar::CONTINUOUS, ScoreDictVar::NUMERIC); }
+inline DictVarType CodeType() { return TypeOf(ScoreDictVar::CATEGORICAL, ScoreDictVar::NUMERIC); }
+inline DictVarType BooleanType()
+{
+    DictVarType type = TextType();
+    type.boolean = true;
+    return type;
+}
+inline DictVarType DateType()
+{
+    DictVarType type = TypeOf(ScoreDictVar::CONTINUOUS, ScoreDictVar::DATETIME);
+    type.dateTimeType = ScoreDictVar::DATE;
+    return type;
+}
+
+/// Declares each text as a value of the variable.
+inline void Declare(DictVar& var, std::initializer_list<const char*> texts,
+                    DictVar::Property property = DictVar::Property::Valid)
+{
+    for (const char* text : texts) {
+        var.DeclareValue(std::unique_ptr<ScoreValue>(var.MakeValue(text)), text, property);
+    }
+}
+
+}  // namespace MCVelscore_850
+
+#endif
