@@ -296,6 +296,11 @@ public:
     {
         inputs.push_back(&var_);
     }
+    int Height() const override
+    {
+        if (!var_.IsDerived()) return 1;
+        return 1 + static_cast<const TransformVar&>(var_).GetExpression().Height();
+    }
 
 private:
     const ScoreDictVar& var_;
