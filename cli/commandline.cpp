@@ -12,10 +12,12 @@ namespace MCVelscore_850 {
 
 namespace {
 
-constexpr const char* kExitCodes =
-    "Exit codes: 0 done; 1 wrong usage; 2 document refused; 3 cases can't be read or lack a column;\n"
-    "4 output can't be written; 5 with --strict, a case wasn't scored or held an unlisted value;\n"
-    "7 plug-in can't be loaded; 130 interrupted.";
+constexpr const char* kScoreFooter =
+    "Example:\n"
+    "  velscore score model.pmml cases.csv --keep id -o scores.csv\n\n"
+    "Exit codes: 0 done; 1 wrong usage; 2 document refused; 3 cases can't be read or lack a\n"
+    "column; 4 output can't be written; 5 with --strict, a case wasn't scored or held an\n"
+    "unlisted value; 7 plug-in can't be loaded; 130 interrupted.";
 
 // Each takes just one text: it must not swallow the positional arguments behind it.
 template <class Target>
@@ -28,8 +30,9 @@ CLI::Option* AddText(CLI::App* command, const std::string& name, Target& target,
 void AddRepeatable(CLI::App* command, const std::string& name, std::vector<std::string>& target,
                    const std::string& help, const std::string& kind)
 {
-    command->add_option_function<std::string>(
-               name, [&target](const std::string& text) { target.push_back(text); }, help)
+    command
+        ->add_option_function<std::string>(
+            name, [&target](const std::string& text) { target.push_back(text); }, help)
         ->type_name(kind)
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
@@ -39,17 +42,18 @@ void AddRepeatable(CLI::App* command, const std::string& name, std::vector<std::
 void AddDocumentOptions(CLI::App* command, std::string& plugin, bool& asIs)
 {
     command->add_flag("--as-is", asIs, "Take the document as it is, without the adaptations");
-    AddText(command, "--plugin", plugin, "The plug-in's library, instead of the one beside the program",
-            "FILE");
+    AddText(command, "--plugin", plugin,
+            "The plug-in's library, instead of the one beside the program", "FILE");
 }
 
 void DefineScore(CLI::App* command, ScoreArguments& score)
 {
-    command->add_option("MODEL", score.model, "The model document; - is standard input")->required();
+    command->add_option("MODEL", score.model, "The model document; - is standard input")
+        ->required();
     command->add_option("CASES", score.cases,
                         "The table of cases, with a header; - or nothing is standard input");
-    AddText(command, "-o,--out", score.output, "Where the scores go; - or nothing is standard output",
-            "FILE");
+    AddText(command, "-o,--out", score.output,
+            "Where the scores go; - or nothing is standard output", "FILE");
     AddText(command, "--policy", score.policy,
             "What to do with a missing or invalid predictor: substitute its replacement, answer a "
             "missing prediction, or answer the status alone. Without it the model's own stands",
@@ -57,19 +61,21 @@ void DefineScore(CLI::App* command, ScoreArguments& score)
         ->check(CLI::IsMember({"substitute", "sysmis", "status"}));
     command->add_flag("--prediction-only", score.predictionOnly,
                       "Leave out standard errors, limits, probabilities and hazards");
-    AddRepeatable(command, "--keep", score.keep,
-                  "Columns of the input to repeat in the output, separated by commas, or all; may be "
-                  "given again",
-                  "all|COLS");
+    AddRepeatable(
+        command, "--keep", score.keep,
+        "Columns of the input to repeat in the output, separated by commas, or all; may be "
+        "given again",
+        "all|COLS");
     AddText(command, "--output", score.outputColumns,
             "The columns of the output: default, the same for each model of a family. The columns "
             "of the document's own Output section aren't offered yet",
             "default")
         ->check(CLI::IsMember({"default"}));
     AddText(command, "--delimiter", score.delimiter,
-            "The character between fields, in the cases and in the output; tab for a tabulator", "C");
-    AddText(command, "--decimal", score.decimal,
-            "The decimal mark, in the cases and in the output", "C");
+            "The character between fields, in the cases and in the output; tab for a tabulator",
+            "C");
+    AddText(command, "--decimal", score.decimal, "The decimal mark, in the cases and in the output",
+            "C");
     AddRepeatable(command, "--na", score.missingTexts,
                   "A text that means missing, beside the empty field and NA; may be given again",
                   "TEXT");
@@ -77,9 +83,7 @@ void DefineScore(CLI::App* command, ScoreArguments& score)
                       "End with 5 when a case wasn't scored or held an unlisted value");
     command->add_flag("--quiet", score.quiet, "No progress and no closing line");
     AddDocumentOptions(command, score.plugin, score.asIs);
-    command->footer(std::string("Example:\n"
-                                "  velscore score model.pmml cases.csv --keep id -o scores.csv\n\n") +
-                    kExitCodes);
+    command->footer(kScoreFooter);
 }
 
 void DefineCheck(CLI::App* command, CheckArguments& check)
@@ -87,14 +91,17 @@ void DefineCheck(CLI::App* command, CheckArguments& check)
     command->add_option("MODEL", check.models, "Model documents; - is standard input")->required();
     command->add_flag("--json", check.json, "The report as JSON");
     AddDocumentOptions(command, check.plugin, check.asIs);
-    command->footer("Example:\n  velscore check models/*.pmml\n\n"
-                    "Ends with 2 when any document is refused.");
+    command->footer(
+        "Example:\n  velscore check models/*.pmml\n\n"
+        "Ends with 2 when any document is refused.");
 }
 
 void DefineInspect(CLI::App* command, InspectArguments& inspect)
 {
-    command->add_option("MODEL", inspect.model, "The model document; - is standard input")->required();
-    command->add_flag("--dump", inspect.dump, "Everything that the model holds, as the model shows it");
+    command->add_option("MODEL", inspect.model, "The model document; - is standard input")
+        ->required();
+    command->add_flag("--dump", inspect.dump,
+                      "Everything that the model holds, as the model shows it");
     command->add_flag("--json", inspect.json, "The description as JSON");
     AddDocumentOptions(command, inspect.plugin, inspect.asIs);
     command->footer("Example:\n  velscore inspect model.pmml");
@@ -102,7 +109,8 @@ void DefineInspect(CLI::App* command, InspectArguments& inspect)
 
 void DefineHelp(CLI::App* command, HelpArguments& help)
 {
-    command->add_option("CODE", help.code, "The code of an error or of a status; none lists them all");
+    command->add_option("CODE", help.code,
+                        "The code of an error or of a status; none lists them all");
     command->footer("Example:\n  velscore help 90029");
 }
 
@@ -114,8 +122,9 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
                  "velscore");
     app.set_version_flag("--version", "velscore " VELSCORE_VERSION);
     app.require_subcommand(1);
-    app.footer("Example:\n  velscore score model.pmml cases.csv\n\n"
-               "VELSCORE_TRACE=LEVEL or LEVEL:FILE in the environment traces the model's work.");
+    app.footer(
+        "Example:\n  velscore score model.pmml cases.csv\n\n"
+        "VELSCORE_TRACE=LEVEL or LEVEL:FILE in the environment traces the model's work.");
 
     ScoreArguments score;
     CheckArguments check;

@@ -31,8 +31,7 @@ bool IsColourWanted()
 }  // namespace
 
 Console::Console() : terminal_(::isatty(STDERR_FILENO) == 1), colour_(terminal_ && IsColourWanted())
-{
-}
+{}
 
 Console::~Console() { ClearProgress(); }
 
@@ -49,7 +48,10 @@ void Console::SayError(std::string_view text, std::string_view remedy)
     if (!remedy.empty()) Put(fmt::format("  what to do: {}\n", remedy));
 }
 
-void Console::SayFailure(const Failure& failure) { SayError(FailureText(failure), failure.Remedy()); }
+void Console::SayFailure(const Failure& failure)
+{
+    SayError(FailureText(failure), failure.Remedy());
+}
 
 void Console::ShowProgress(uint64_t done, uint64_t total)
 {

@@ -21,8 +21,8 @@ int RunHelp(const HelpArguments& arguments)
     const char* end = arguments.code.data() + arguments.code.size();
     const auto read = std::from_chars(arguments.code.data(), end, code);
     if (read.ec != std::errc() || read.ptr != end) {
-        throw UsageError(fmt::format("'{}' is no code; codes are whole numbers such as 260115",
-                                     arguments.code));
+        throw UsageError(
+            fmt::format("'{}' is no code; codes are whole numbers such as 260115", arguments.code));
     }
     const auto explanation = Explain(code);
     if (!explanation) {
@@ -30,7 +30,8 @@ int RunHelp(const HelpArguments& arguments)
             fmt::format("no message has the code {}; 'velscore help' lists them all", code));
     }
     PrintOut(fmt::format("{}  {}\n", explanation->code, explanation->text));
-    if (!explanation->remedy.empty()) PrintOut(fmt::format("what to do: {}\n", explanation->remedy));
+    if (!explanation->remedy.empty())
+        PrintOut(fmt::format("what to do: {}\n", explanation->remedy));
     return kExitDone;
 }
 

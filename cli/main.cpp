@@ -26,7 +26,8 @@ int main(int argumentCount, char** arguments)
         }
         return RunCommandLine(argumentCount, arguments, console);
     } catch (const UsageError& wrong) {
-        console.SayError(wrong.what(), "velscore --help and velscore COMMAND --help tell the usage.");
+        console.SayError(wrong.what(),
+                         "velscore --help and velscore COMMAND --help tell the usage.");
         return kExitUsage;
     } catch (const Failure& failure) {
         console.SayFailure(failure);
@@ -34,8 +35,9 @@ int main(int argumentCount, char** arguments)
     } catch (const std::bad_alloc&) {
         console.SayError("there is no memory left");
     } catch (const std::exception& defect) {
-        console.SayError(std::string("internal error: ") + defect.what(),
-                         "This is a defect of velscore; please report it with the model and the row.");
+        console.SayError(
+            std::string("internal error: ") + defect.what(),
+            "This is a defect of velscore; please report it with the model and the row.");
     }
     return kExitInternal;
 }

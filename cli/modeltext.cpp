@@ -43,7 +43,9 @@ std::string FactorText(const ModelDescription::Factor& factor)
 std::string TermText(const ModelDescription::Term& term)
 {
     std::string text = Number(std::abs(term.beta));
-    for (const ModelDescription::Factor& factor : term.factors) text += " * " + FactorText(factor);
+    for (const ModelDescription::Factor& factor : term.factors) {
+        text += fmt::format(" * {}", FactorText(factor));
+    }
     return text;
 }
 
@@ -62,9 +64,10 @@ void AddContrast(std::string& out, const ModelDescription::Contrast& contrast)
 {
     out += fmt::format("contrasts of {}\n", contrast.predictor);
     for (size_t row = 0; row < contrast.rows.size(); ++row) {
-        out += fmt::format("  {:<{}}", row < contrast.categories.size() ? contrast.categories[row] : "",
+        out += fmt::format("  {:<{}}",
+                           row < contrast.categories.size() ? contrast.categories[row] : "",
                            kLabelWidth - 2);
-        for (const double value : contrast.rows[row]) out += " " + Number(value);
+        for (const double value : contrast.rows[row]) out += fmt::format(" {}", value);
         out += '\n';
     }
 }
@@ -72,9 +75,10 @@ void AddContrast(std::string& out, const ModelDescription::Contrast& contrast)
 void AddStrata(std::string& out, const ModelDescription& description)
 {
     for (const ModelDescription::Stratum& stratum : description.strata) {
-        out += fmt::format("baseline      {}{} cells, times {} to {}\n",
-                           stratum.value.empty() ? "" : stratum.value + ": ", stratum.cells,
-                           Number(stratum.minTime), Number(stratum.maxTime));
+        const std::string times = fmt::format("{} cells, times {} to {}", stratum.cells,
+                                              stratum.minTime, stratum.maxTime);
+        AddLine(out, "baseline",
+                stratum.value.empty() ? times : fmt::format("{}: {}", stratum.value, times));
     }
 }
 
@@ -109,7 +113,9 @@ std::string ModelText(const LoadedModel& model)
 {
     const ModelDescription& about = model.Description();
     std::string out;
-    AddLine(out, "document", model.File() + (model.Version().empty() ? "" : ", version " + model.Version()));
+    AddLine(out, "document",
+            model.Version().empty() ? model.File()
+                                    : fmt::format("{}, version {}", model.File(), model.Version()));
     AddLine(out, "family", fmt::format("{} ({})", about.family, about.className));
     AddLine(out, "target", about.target);
     AddLine(out, "categories", Joined(about.targetCategories));
@@ -124,9 +130,10 @@ std::string ModelText(const LoadedModel& model)
     AddLine(out, "reads", Joined(about.variables));
     AddLine(out, "distribution", about.distribution);
     if (!about.link.empty()) {
-        AddLine(out, "link", about.link + (about.hasLinkParameter
-                                               ? " with parameter " + Number(about.linkParameter)
-                                               : ""));
+        AddLine(out, "link",
+                about.hasLinkParameter
+                    ? fmt::format("{} with parameter {}", about.link, about.linkParameter)
+                    : about.link);
     }
     AddLine(out, "df", Number(about.degreesOfFreedom));
     AddLine(out, "covariances", about.hasCovariances ? "yes" : "none: no standard errors");

@@ -101,13 +101,15 @@ void SetPolicy(LoadedModel& model, const std::string& policy)
 void RefuseOutputOntoInput(const ScoreArguments& arguments, const InputFile& cases)
 {
     const auto refuse = [](const std::string& input) {
-        throw UsageError(fmt::format("the output is the input {} itself; write to another file", input));
+        throw UsageError(
+            fmt::format("the output is the input {} itself; write to another file", input));
     };
     if (arguments.output == "-") {
         if (cases.Size() > 0 && IsSameFile(STDOUT_FILENO, cases.Descriptor())) refuse(cases.Name());
         return;
     }
-    if (arguments.model != "-" && IsSameFile(arguments.model, arguments.output)) refuse(arguments.model);
+    if (arguments.model != "-" && IsSameFile(arguments.model, arguments.output))
+        refuse(arguments.model);
     if (IsSameFile(cases.Descriptor(), arguments.output)) refuse(cases.Name());
 }
 
@@ -125,7 +127,8 @@ std::string FirstCaseText(long code, const NotScored& cases)
 std::string ClosingLine(const ScoringReport& report)
 {
     const int64_t notScored = report.NotScoredCount();
-    std::string line = fmt::format("{} of {} cases scored", report.scored, report.scored + notScored);
+    std::string line =
+        fmt::format("{} of {} cases scored", report.scored, report.scored + notScored);
     if (notScored > 0) line += fmt::format("; {} not scored:", notScored);
     const char* between = " ";
     for (const auto& [code, cases] : report.notScored) {
@@ -134,8 +137,9 @@ std::string ClosingLine(const ScoringReport& report)
         between = ", ";
     }
     for (const UnlistedValues& unlisted : report.unlisted) {
-        line += fmt::format("; column {} has {} {} that the model's dictionary doesn't list (",
-                            unlisted.column, unlisted.count, unlisted.count == 1 ? "value" : "values");
+        line +=
+            fmt::format("; column {} has {} {} that the model's dictionary doesn't list (",
+                        unlisted.column, unlisted.count, unlisted.count == 1 ? "value" : "values");
         for (size_t i = 0; i < unlisted.first.size(); ++i) {
             line += fmt::format("{}'{}'", i == 0 ? "" : ", ", unlisted.first[i]);
         }
@@ -147,6 +151,7 @@ std::string ClosingLine(const ScoringReport& report)
 int ExitCodeOf(const ScoringReport& report, bool strict)
 {
     if (report.interrupted) return kExitSignal + StopSignal();
+    if (report.outputClosed) return kExitDone;
     if (strict && (report.NotScoredCount() > 0 || !report.unlisted.empty())) return kExitStrict;
     return kExitDone;
 }
@@ -156,8 +161,9 @@ int ExitCodeOf(const ScoringReport& report, bool strict)
 int RunScore(const ScoreArguments& arguments, Console& console)
 {
     if (arguments.model == "-" && arguments.cases == "-") {
-        throw UsageError("the model and the cases can't both come from standard input; name a file "
-                         "for one of them");
+        throw UsageError(
+            "the model and the cases can't both come from standard input; name a file "
+            "for one of them");
     }
     ScoringOptions options;
     options.dialect = DialectOf(arguments);
@@ -184,7 +190,10 @@ int RunScore(const ScoreArguments& arguments, Console& console)
         }
         session->Run(*writer, progress);
     } catch (const Failure& failure) {
-        if (StopSignal() != 0 && !session) return kExitSignal + StopSignal();
+        if (StopSignal() != 0 && !session) {  // the header was still being read
+            console.Say("interrupted; whole rows written: 0");
+            return kExitSignal + StopSignal();
+        }
         console.SayFailure(failure);
         if (writer && failure.Kind() != FailureKind::Output) {
             console.Say(fmt::format("whole rows written before that: {}", writer->RowsWritten()));

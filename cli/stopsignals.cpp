@@ -21,15 +21,16 @@ extern "C" void RaiseStopFlag(int signal)
 
 void CatchStopSignals()
 {
-    struct sigaction action{};
+    struct sigaction action {};
     action.sa_handler = RaiseStopFlag;
     sigemptyset(&action.sa_mask);
     // Without SA_RESTART a read that waits is interrupted, and the run ends at once.
     action.sa_flags = static_cast<int>(SA_RESETHAND);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction previous{};
+        struct sigaction previous {};
         // A program started with a signal ignored, by nohup say, leaves it so.
-        if (::sigaction(signal, nullptr, &previous) == 0 && previous.sa_handler == SIG_IGN) continue;
+        if (::sigaction(signal, nullptr, &previous) == 0 && previous.sa_handler == SIG_IGN)
+            continue;
         ::sigaction(signal, &action, nullptr);
     }
 }

@@ -19,13 +19,13 @@ using FileStatus = std::optional<struct stat>;
 
 FileStatus StatusOf(int descriptor)
 {
-    struct stat status{};
+    struct stat status {};
     return ::fstat(descriptor, &status) == 0 ? FileStatus(status) : std::nullopt;
 }
 
 FileStatus StatusOf(const std::string& path)
 {
-    struct stat status{};
+    struct stat status {};
     return ::stat(path.c_str(), &status) == 0 ? FileStatus(status) : std::nullopt;
 }
 
@@ -45,7 +45,7 @@ InputFile::InputFile(const std::string& path, const StopFlag* stop)
 {
     descriptor_ = path == "-" ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor_ < 0) Refuse(std::strerror(errno));
-    struct stat status{};
+    struct stat status {};
     if (::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
         size_ = static_cast<uint64_t>(status.st_size);
     }

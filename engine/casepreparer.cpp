@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "engine/failure.h"
+#include "engine/plainnumber.h"
 #include "host/datetimetext.h"
 #include "host/datetimevalue.h"
 #include "host/dictvar.h"
@@ -58,10 +59,9 @@ CasePreparer::CasePreparer(const ScoreModel& model, const ModelDescription& desc
     BindColumns(header, tableName);
 
     for (Binding& binding : bindings_) {
-        const auto treatment =
-            std::find_if(treatments.begin(), treatments.end(), [&](const auto& candidate) {
-                return candidate.name == binding.var->GetName();
-            });
+        const auto treatment = std::find_if(
+            treatments.begin(), treatments.end(),
+            [&](const auto& candidate) { return candidate.name == binding.var->GetName(); });
         if (treatment != treatments.end()) ApplyTreatment(binding, *treatment);
     }
 
@@ -122,7 +122,8 @@ void CasePreparer::AddVariable(const ScoreDictVar& var, std::vector<std::string>
         const double low = var.GetVarStats()->GetMinimum();
         const double high = var.GetVarStats()->GetMaximum();
         binding.low = NumericValue::IsSystemMissingValue(low) ? -NumericValue::GetInfinity() : low;
-        binding.high = NumericValue::IsSystemMissingValue(high) ? NumericValue::GetInfinity() : high;
+        binding.high =
+            NumericValue::IsSystemMissingValue(high) ? NumericValue::GetInfinity() : high;
         binding.clamps = binding.low <= binding.high;
     }
     binding.countsUnlisted = binding.dictVar != nullptr && var.AcceptsUnlisted();
@@ -209,6 +210,7 @@ std::vector<UnlistedValues> CasePreparer::Unlisted() const
 bool CasePreparer::IsMissingText(const Binding& binding, std::string_view text) const
 {
     if (text.empty() || (binding.naIsMissing && text == kNotAvailable)) return true;
+    if (options_.missingTexts.empty()) return false;
     return std::find(options_.missingTexts.begin(), options_.missingTexts.end(), text) !=
            options_.missingTexts.end();
 }
@@ -264,6 +266,7 @@ long CasePreparer::Treat(Binding& binding, std::string_view text)
 
 bool CasePreparer::ReadDecimal(std::string_view text, double& number)
 {
+    if (ReadPlainNumber(text, options_.decimal, number)) return true;
     if (options_.decimal == '.') return ReadNumber(text, number) == NumberText::Number;
     // With another mark a point is no part of a number: it may well group thousands.
     if (text.find('.') != std::string_view::npos) return false;

@@ -14,6 +14,8 @@ namespace {
 constexpr size_t kChunk = size_t{1} << 16;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
+constexpr unsigned char kHighestLineEnd = '\r';
+
 // Blanks belong to the field they stand in, so to the parser nothing is a blank.
 extern "C" int NothingIsBlank(unsigned char) { return 0; }
 
@@ -44,7 +46,10 @@ struct CsvReader::Parser {
 };
 
 CsvReader::CsvReader(ByteSource& source, char delimiter)
-    : source_(source), parser_(std::make_unique<Parser>(delimiter)), chunk_(kChunk)
+    : source_(source),
+      delimiter_(delimiter),
+      parser_(std::make_unique<Parser>(delimiter)),
+      chunk_(kChunk)
 {
     text_.reserve(2 * kChunk);
     ReadHeader();
@@ -140,19 +145,75 @@ void CsvReader::FillBatch()
 void CsvReader::Parse(const char* bytes, size_t size)
 {
     const void* nul = std::memchr(bytes, 0, size);
-    const size_t clean = nul == nullptr ? size : static_cast<size_t>(static_cast<const char*>(nul) - bytes);
-    const size_t parsed =
-        csv_parse(&parser_->parser, bytes, clean, Parser::OnField, Parser::OnLineEnd, this);
-    if (parsed != clean) {
-        if (csv_error(&parser_->parser) != CSV_EPARSE) throw std::bad_alloc();
-        FailLater(kStrayQuote, {OpenRow()});
-    } else if (nul != nullptr) {
+    const size_t clean =
+        nul == nullptr ? size : static_cast<size_t>(static_cast<const char*>(nul) - bytes);
+    // Whole lines without any quote need no parser: they are split where they stand. What is before
+    // and after them, and every chunk with a quote in it, goes through the parser.
+    std::string_view plain;
+    std::string_view before(bytes, clean);
+    std::string_view after;
+    if (std::memchr(bytes, '"', clean) == nullptr && !IsQuoteOpen()) {
+        const size_t first = before.find('\n') + 1;
+        const size_t last = before.rfind('\n') + 1;
+        plain = before.substr(first, last - first);
+        after = before.substr(last);
+        before = before.substr(0, first);
+    }
+    if (!ParseWithQuotes(before)) return;
+    SplitPlainLines(plain);
+    if (!ParseWithQuotes(after)) return;
+    if (nul != nullptr) {
         FailLater(kNulByte, {OpenRow()});
     } else if (parser_->parser.entry_pos > kMaxField) {
         FailLater(kFieldTooLong, {OpenRow(), std::to_string(kMaxField)});
-    } else if (text_.size() - openText_ > kMaxRow || fields_.size() - openFirstField_ > kMaxColumns) {
+    } else if (text_.size() - openText_ > kMaxRow ||
+               fields_.size() - openFirstField_ > kMaxColumns) {
         FailLater(kFieldTooLong, {OpenRow(), std::to_string(kMaxRow)});
     }
+}
+
+// True while a quote may be open, or just closed, where the chunk before ended.
+bool CsvReader::IsQuoteOpen() const { return parser_->parser.quoted != 0; }
+
+bool CsvReader::ParseWithQuotes(std::string_view bytes)
+{
+    const size_t parsed = csv_parse(&parser_->parser, bytes.data(), bytes.size(), Parser::OnField,
+                                    Parser::OnLineEnd, this);
+    if (parsed == bytes.size()) return true;
+    if (csv_error(&parser_->parser) != CSV_EPARSE) throw std::bad_alloc();
+    FailLater(kStrayQuote, {OpenRow()});
+    return false;
+}
+
+// Lines that each end with LF, without any quote, from the beginning of a line.
+void CsvReader::SplitPlainLines(std::string_view lines)
+{
+    if (lines.empty()) return;
+    const auto shift = static_cast<uint32_t>(text_.size());
+    text_.append(lines);
+    const auto size = static_cast<uint32_t>(lines.size());
+    uint32_t begin = 0;
+    for (uint32_t i = 0; i < size; ++i) {
+        const char c = lines[i];
+        if (static_cast<unsigned char>(c) > kHighestLineEnd && c != delimiter_) continue;
+        if (c == delimiter_) {
+            TakeSplitField(shift + begin, shift + i);
+        } else if (c == '\n' || c == '\r') {
+            // A line without a delimiter or a byte is blank; TakeLineEnd() knows what that means.
+            if (openFound_ > 0 || i > begin) TakeSplitField(shift + begin, shift + i);
+            TakeLineEnd(c);
+        } else {
+            continue;
+        }
+        begin = i + 1;
+    }
+}
+
+void CsvReader::TakeSplitField(uint32_t begin, uint32_t end)
+{
+    ++openFound_;
+    if (!header_.empty() && openFound_ > header_.size()) return;
+    fields_.push_back({begin, end});
 }
 
 // The open line moves to the front; what was delivered goes.

@@ -65,6 +65,10 @@ private:
     bool NextLine(Line& line);
     void FillBatch();
     void Parse(const char* bytes, size_t size);
+    bool IsQuoteOpen() const;
+    bool ParseWithQuotes(std::string_view bytes);
+    void SplitPlainLines(std::string_view lines);
+    void TakeSplitField(uint32_t begin, uint32_t end);
     void DropDelivered();
     void TakeField(const char* bytes, size_t size);
     void TakeLineEnd(int terminator);
@@ -74,6 +78,7 @@ private:
     std::string OpenRow() const;
 
     ByteSource& source_;
+    char delimiter_;
     std::unique_ptr<Parser> parser_;
     std::vector<char> chunk_;
     uint64_t bytesRead_ = 0;

@@ -39,7 +39,7 @@ CsvWriter::CsvWriter(const std::string& path, char delimiter, char decimal)
                       ? STDOUT_FILENO
                       : ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (descriptor_ < 0) Fail(errno, 0);
-    struct stat status{};
+    struct stat status {};
     if (::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
         regular_ = true;
         fileOffset_ = WritePosition(descriptor_, status);

@@ -20,8 +20,7 @@ DocumentFailure::DocumentFailure(const VSException& refusal, std::string file)
       line_(refusal.GetPlace().line),
       column_(refusal.GetPlace().column),
       path_(refusal.GetPlace().path)
-{
-}
+{}
 
 DocumentFailure::~DocumentFailure() = default;
 

@@ -105,7 +105,8 @@ OutputShaper::OutputShaper(int resultType, const ModelDescription& description,
         const auto isTaken = [&](const std::string& candidate) {
             return std::find(results.begin(), results.end(), candidate) != results.end() ||
                    std::find(columns_.begin(), columns_.end(), candidate) != columns_.end() ||
-                   (candidate != name && std::find(keep.begin(), keep.end(), candidate) != keep.end());
+                   (candidate != name &&
+                    std::find(keep.begin(), keep.end(), candidate) != keep.end());
         };
         while (isTaken(column)) column.insert(0, "input.");
         columns_.push_back(std::move(column));

@@ -24,12 +24,12 @@ ScoringSession::ScoringSession(LoadedModel& model, ByteSource& source,
     : model_(model),
       reader_(source, options.dialect.delimiter),
       preparer_(model.Model(), model.Description(), model.Treatments(), reader_.Header(),
-                source.Name(), CaseOptions{options.dialect.decimal, model.Substitutes(), options.missingTexts}),
+                source.Name(),
+                CaseOptions{options.dialect.decimal, model.Substitutes(), options.missingTexts}),
       shaper_(OutputShaper::ResultTypeOf(model.Model().GetModelType(), model.Description()),
               model.Description(), reader_.Header(), source.Name(), options.output),
       stop_(stop)
-{
-}
+{}
 
 ScoringSession::~ScoringSession() = default;
 

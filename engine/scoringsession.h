@@ -42,9 +42,9 @@ struct ScoringReport {
     int64_t scored = 0;
     std::map<long, NotScored> notScored;  ///< by status code
     std::vector<UnlistedValues> unlisted;
-    int64_t rowsWritten = 0;   ///< whole rows in the output
-    bool interrupted = false;  ///< the stop flag ended the run
-    bool outputClosed = false; ///< the reader of the output pipe went away
+    int64_t rowsWritten = 0;    ///< whole rows in the output
+    bool interrupted = false;   ///< the stop flag ended the run
+    bool outputClosed = false;  ///< the reader of the output pipe went away
 
     int64_t NotScoredCount() const;
 };

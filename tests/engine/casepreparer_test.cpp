@@ -28,7 +28,10 @@ protected:
     CaseStatus Prepare(const Row& row) { return preparer_->Prepare(row); }
     const ScoreValue& Value(int position) const { return *preparer_->Record().GetValue(position); }
     double Number(int position) const { return Value(position).GetDouble(); }
-    bool IsMissing(const DictVar& var, int position) const { return var.IsMissing(&Value(position)); }
+    bool IsMissing(const DictVar& var, int position) const
+    {
+        return var.IsMissing(&Value(position));
+    }
 
     FakeModel model_;
     std::vector<MiningFieldTreatment> treatments_;
@@ -242,9 +245,8 @@ TEST_F(CasePreparerTest, InvalidValuesAreTreatedAsTheSchemaSays)
 TEST_F(CasePreparerTest, InvalidValueAsMissingThenTakesTheReplacement)
 {
     model_.AddText("sex", {"f", "m"});
-    treatments_ = {{.name = "sex",
-                    .invalidValueTreatment = "asMissing",
-                    .missingValueReplacement = "f"}};
+    treatments_ = {
+        {.name = "sex", .invalidValueTreatment = "asMissing", .missingValueReplacement = "f"}};
     Bind({"sex"});
     ASSERT_TRUE(Prepare({"x"}).IsOK());
     EXPECT_EQ(Value(0).GetString(), "f");
@@ -294,22 +296,26 @@ public:
     {
         inputs.push_back(&var_);
     }
-    int Height() const override { return 1; }
+    int Height() const override
+    {
+        if (!var_.IsDerived()) return 1;
+        return 1 + static_cast<const TransformVar&>(var_).GetExpression().Height();
+    }
 
 private:
     const ScoreDictVar& var_;
 };
 
-// The model reads "fourfold" alone, which is twice "twofold", which is twice the column x; the table
-// has neither of the derived ones.
+// The model reads "fourfold" alone, which is twice "twofold", which is twice the column x; the
+// table has neither of the derived ones.
 TEST_F(CasePreparerTest, DerivedValuesStandInTheRecordInTheOrderOfTheirInputs)
 {
     DictVar& x = model_.AddNumber("x");
     auto transformations = std::make_unique<TransformationDictionary>();
-    auto twofold = std::make_unique<TransformVar>(NumberType("twofold"),
-                                                  std::make_shared<Twice>(x));
-    auto fourfold = std::make_unique<TransformVar>(NumberType("fourfold"),
-                                                   std::make_shared<Twice>(*twofold));
+    auto twofold =
+        std::make_unique<TransformVar>(NumberType("twofold"), std::make_shared<Twice>(x));
+    auto fourfold =
+        std::make_unique<TransformVar>(NumberType("fourfold"), std::make_shared<Twice>(*twofold));
     const TransformVar& derived = *fourfold;
     transformations->AddVar("fourfold", fourfold.release());
     transformations->AddVar("twofold", twofold.release());

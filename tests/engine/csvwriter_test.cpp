@@ -46,7 +46,8 @@ TEST_F(CsvWriterTest, QuotesOnlyWhatNeedsIt)
 
 TEST_F(CsvWriterTest, NumbersReadBackToTheSameDouble)
 {
-    const double numbers[] = {0.1, 1.0 / 3.0, 1e300, -2.5e-308, 5e-324, 123456789012345680.0, 0.1 + 0.2};
+    const double numbers[] = {0.1,      1.0 / 3.0, 1e300, -2.5e-308, 5e-324, 123456789012345680.0,
+                              0.1 + 0.2};
     CsvWriter writer(file_);
     for (const double number : numbers) writer.AddNumber(number);
     writer.EndRow();

@@ -106,7 +106,8 @@ TEST_F(OutputShaperTest, PredictionOnlyDropsTheOtherColumns)
 
 TEST_F(OutputShaperTest, GeneralizedModelClassifiesWhenItsTargetHasCategories)
 {
-    EXPECT_EQ(OutputShaper::ResultTypeOf(ScoreModel::TYPE_GZLR, description_), ScoreResult::LR_RESULT);
+    EXPECT_EQ(OutputShaper::ResultTypeOf(ScoreModel::TYPE_GZLR, description_),
+              ScoreResult::LR_RESULT);
     description_.targetCategories = {"no", "yes"};
     EXPECT_EQ(OutputShaper::ResultTypeOf(ScoreModel::TYPE_GZLR, description_),
               ScoreResult::MLR_RESULT);

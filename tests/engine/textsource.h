@@ -14,8 +14,7 @@ class TextSource final : public ByteSource {
 public:
     explicit TextSource(std::string text, size_t piece = 1 << 16)
         : text_(std::move(text)), piece_(piece)
-    {
-    }
+    {}
     size_t Read(char* buffer, size_t size) override
     {
         const size_t count = std::min({size, piece_, text_.size() - place_});

@@ -39,7 +39,8 @@ TEST(Explanation, EveryCodeHasATextAndKnownOnesARemedy)
 {
     const std::vector<Explanation> all = ExplainAll();
     ASSERT_FALSE(all.empty());
-    for (const Explanation& explanation : all) EXPECT_FALSE(explanation.text.empty()) << explanation.code;
+    for (const Explanation& explanation : all)
+        EXPECT_FALSE(explanation.text.empty()) << explanation.code;
     ASSERT_TRUE(Explain(90029));
     EXPECT_FALSE(Explain(90029)->remedy.empty());
     EXPECT_FALSE(Explain(1));

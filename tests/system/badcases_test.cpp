@@ -147,7 +147,8 @@ TEST_F(BadCases, UnlistedValuesInAnAcceptingColumnAreTold)
     const std::string table = "x,sex\n1,f\n1,M\n1,mm\n1,M\n";
     const Finished run = Score(table);
     EXPECT_EQ(run.exitCode, 0);
-    EXPECT_EQ(ParseCsv(run.out).Texts("prediction"), (std::vector<std::string>{"3", "3", "3", "3"}));
+    EXPECT_EQ(ParseCsv(run.out).Texts("prediction"),
+              (std::vector<std::string>{"3", "3", "3", "3"}));
     EXPECT_TRUE(Says(run, "column sex has 3 values")) << run.err;
     EXPECT_TRUE(Says(run, "'M', 'mm'")) << run.err;
     EXPECT_EQ(Score(table, {"--strict"}).exitCode, 5);

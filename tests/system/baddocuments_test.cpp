@@ -1,5 +1,5 @@
-// Documents that can't be used: each ends with 2, a message that says where and what, and nothing on
-// standard output.
+// Documents that can't be used: each ends with 2, a message that says where and what, and nothing
+// on standard output.
 
 #include <ostream>
 
@@ -76,7 +76,8 @@ std::vector<BadDocument> BadDocuments()
         {"LongAttribute", "<PMML a=\"" + std::string(8 << 20, 'x') + "\"/>", ""},
         {"UnknownModelType", WithHead("modelType=\"cubic\" functionName=\"regression\""), "cubic"},
         {"NoModelType", WithHead("functionName=\"regression\""), "modelType"},
-        {"NoDictionary", "<PMML version=\"4.4\"><Header/><GeneralRegressionModel "
+        {"NoDictionary",
+         "<PMML version=\"4.4\"><Header/><GeneralRegressionModel "
          "modelType=\"generalLinear\" functionName=\"regression\"/></PMML>",
          "DataDictionary"},
         {"NoParameterName", Without("name=\"p0\" "), "name"},
@@ -86,7 +87,8 @@ std::vector<BadDocument> BadDocuments()
         {"BetaIsTooLarge", WithBeta("1e999"), "1e999"},
         {"BetaIsInfinite", WithBeta("INF"), "INF"},
         {"DfIsNoNumber",
-         WithHead("modelType=\"generalLinear\" functionName=\"regression\" modelDF=\"eight\""), "eight"},
+         WithHead("modelType=\"generalLinear\" functionName=\"regression\" modelDF=\"eight\""),
+         "eight"},
     };
 }
 

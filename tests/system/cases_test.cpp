@@ -78,7 +78,9 @@ TEST_P(Cases, ScoreAsRDoes)
 
 INSTANTIATE_TEST_SUITE_P(R, Cases, testing::ValuesIn(CaseNames()), [](const auto& each) {
     std::string name = each.param;
-    std::replace_if(name.begin(), name.end(), [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); }, '_');
+    std::replace_if(
+        name.begin(), name.end(),
+        [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); }, '_');
     return name;
 });
 

@@ -121,9 +121,9 @@ TEST_F(Command, InspectShowsFamilyTargetPredictorsAndEquation)
 {
     const Finished run = RunVelscore({"inspect", model_});
     EXPECT_EQ(run.exitCode, 0) << run.err;
-    for (const char* part :
-         {"general linear model", "target        y", "factors       sex", "covariates    x",
-          "df            8", "+ 1\n", "+ 2 * x\n", "+ 10 * [sex = m]\n", "prediction", "std_dev", "95%"}) {
+    for (const char* part : {"general linear model", "target        y", "factors       sex",
+                             "covariates    x", "df            8", "+ 1\n", "+ 2 * x\n",
+                             "+ 10 * [sex = m]\n", "prediction", "std_dev", "95%"}) {
         EXPECT_TRUE(Has(run.out, part)) << part << "\n" << run.out;
     }
 }
@@ -179,7 +179,8 @@ TEST_F(Command, TraceGoesToStandardErrorOrToAFile)
     EXPECT_TRUE(Has(traced.err, "Entry:")) << traced.err;
     EXPECT_TRUE(Has(traced.err, "PMML version is :4.4")) << traced.err;
     const std::string file = folder_.Path("trace.txt");
-    EXPECT_EQ(RunVelscore({"score", "--quiet", model_}, table, {"VELSCORE_TRACE=1:" + file}).err, "");
+    EXPECT_EQ(RunVelscore({"score", "--quiet", model_}, table, {"VELSCORE_TRACE=1:" + file}).err,
+              "");
     EXPECT_TRUE(Has(ReadFile(file), "Entry:"));
     EXPECT_EQ(RunVelscore({"score", model_}, table, {"VELSCORE_TRACE=loud"}).exitCode, 1);
 }

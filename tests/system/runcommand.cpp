@@ -105,7 +105,8 @@ void RunningVelscore::Start(const std::vector<std::string>& arguments,
     ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
 
     std::vector<std::string> variables(environment);
-    for (char** variable = environ; *variable != nullptr; ++variable) variables.push_back(*variable);
+    for (char** variable = environ; *variable != nullptr; ++variable)
+        variables.push_back(*variable);
     const int error = ::posix_spawn(&child_, arguments[0].c_str(), &actions, &attributes,
                                     Pointers(arguments).data(), Pointers(variables).data());
     ::posix_spawn_file_actions_destroy(&actions);
@@ -195,10 +196,13 @@ Finished RunProgram(const std::vector<std::string>& arguments, const std::string
             running.CloseInput();
             break;
         }
-        pollfd waiting[] = {{running.in_, POLLOUT, 0}, {running.out_, POLLIN, 0}, {running.err_, POLLIN, 0}};
+        pollfd waiting[] = {
+            {running.in_, POLLOUT, 0}, {running.out_, POLLIN, 0}, {running.err_, POLLIN, 0}};
         ::poll(waiting, 3, -1);
-        if (waiting[1].revents != 0 && !Drain(running.out_, running.finished_.out)) CloseEnd(running.out_);
-        if (waiting[2].revents != 0 && !Drain(running.err_, running.finished_.err)) CloseEnd(running.err_);
+        if (waiting[1].revents != 0 && !Drain(running.out_, running.finished_.out))
+            CloseEnd(running.out_);
+        if (waiting[2].revents != 0 && !Drain(running.err_, running.finished_.err))
+            CloseEnd(running.err_);
         if (waiting[0].revents == 0) continue;
         const ssize_t count = ::write(running.in_, input.data() + written, input.size() - written);
         if (count >= 0) {
@@ -243,6 +247,9 @@ std::string ReadFile(const std::string& path)
     return text.str();
 }
 
-std::string DataFile(const std::string& name) { return std::string(VELSCORE_TEST_DATA) + "/" + name; }
+std::string DataFile(const std::string& name)
+{
+    return std::string(VELSCORE_TEST_DATA) + "/" + name;
+}
 
 }  // namespace MCVelscore_850

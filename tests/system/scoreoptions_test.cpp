@@ -80,8 +80,9 @@ TEST_F(ScoreOptions, OutputOntoAnInputIsWrongUsageAndLeavesItAlone)
         EXPECT_NE(run.err.find("another file"), std::string::npos) << run.err;
         EXPECT_EQ(ReadFile(input), before);
     }
-    const Finished appended = RunProgram(
-        {"/bin/sh", "-c", "exec \"$0\" score \"$1\" \"$2\" >> \"$2\"", VELSCORE_COMMAND, model_, cases});
+    const Finished appended =
+        RunProgram({"/bin/sh", "-c", "exec \"$0\" score \"$1\" \"$2\" >> \"$2\"", VELSCORE_COMMAND,
+                    model_, cases});
     EXPECT_EQ(appended.exitCode, 1);
     EXPECT_EQ(ReadFile(cases), "x,sex\n1,f\n");
 }
@@ -116,7 +117,8 @@ TEST_F(ScoreOptions, PredictionOnlyLeavesThePredictionUnchanged)
 
 TEST_F(ScoreOptions, DelimiterAndDecimalServeInputAndOutput)
 {
-    const Finished run = Score("x;sex\n1,25;f\n1.25;f\n", {"--delimiter", ";", "--decimal", ",", "--keep", "x"});
+    const Finished run =
+        Score("x;sex\n1,25;f\n1.25;f\n", {"--delimiter", ";", "--decimal", ",", "--keep", "x"});
     EXPECT_EQ(run.exitCode, 0) << run.err;
     const CsvText scores = ParseCsv(run.out, ';');
     EXPECT_EQ(scores.Texts("prediction"), (Texts{"3,5", ""}));
@@ -136,9 +138,10 @@ TEST_F(ScoreOptions, TabDelimiterHasAName)
 TEST_F(ScoreOptions, SeparatorsThatMakeNoSenseAreWrongUsage)
 {
     const std::vector<std::vector<std::string>> kWrong = {
-        {"--delimiter", ";;"}, {"--delimiter", "\""}, {"--delimiter", ""}, {"--decimal", "5"},
-        {"--decimal", "e"},    {"--delimiter", ".", "--decimal", "."}};
-    for (const auto& options : kWrong) EXPECT_EQ(Score("x,sex\n1,f\n", options).exitCode, 1) << options[1];
+        {"--delimiter", ";;"}, {"--delimiter", "\""}, {"--delimiter", ""},
+        {"--decimal", "5"},    {"--decimal", "e"},    {"--delimiter", ".", "--decimal", "."}};
+    for (const auto& options : kWrong)
+        EXPECT_EQ(Score("x,sex\n1,f\n", options).exitCode, 1) << options[1];
 }
 
 TEST_F(ScoreOptions, MissingTextsAreTheEmptyFieldNaAndWhatIsGiven)
@@ -161,7 +164,8 @@ TEST_F(ScoreOptions, PolicyDecidesWhetherReplacementsAreTaken)
 {
     TestModel replacing;
     replacing.xMining = R"(<MiningField name="x" usageType="active" missingValueReplacement="5"/>)";
-    replacing.sexMining = R"(<MiningField name="sex" usageType="active" missingValueReplacement="m"/>)";
+    replacing.sexMining =
+        R"(<MiningField name="sex" usageType="active" missingValueReplacement="m"/>)";
     UseModel(replacing);
     const std::string table = "x,sex\n,f\n1,\n1,f\n";
     EXPECT_EQ(Predictions(table), (Texts{"11", "13", "3"}));
@@ -178,7 +182,8 @@ TEST_F(ScoreOptions, InvalidValueTreatmentsOfTheDocumentAreFollowed)
       invalidValueTreatment="asMissing" missingValueReplacement="m"/>)";
     UseModel(treating);
     EXPECT_EQ(Predictions("x,sex\n1,other\n"), Texts{"13"});
-    treating.sexMining = R"(<MiningField name="sex" usageType="active" invalidValueTreatment="returnInvalid"/>)";
+    treating.sexMining =
+        R"(<MiningField name="sex" usageType="active" invalidValueTreatment="returnInvalid"/>)";
     UseModel(treating);
     const CsvText scores = ParseCsv(Score("x,sex\n1,other\n").out);
     EXPECT_EQ(scores.Texts("status"), Texts{"269052"});

@@ -25,14 +25,18 @@ struct TestModel {
   <DataDictionary>
     <DataField name="y" optype="continuous" dataType="double"/>
     <DataField name="x" optype="continuous" dataType="double"/>
-    )" + sexField + R"(
+    )" + sexField +
+               R"(
   </DataDictionary>
-  <GeneralRegressionModel )" + modelHead + R"(>
+  <GeneralRegressionModel )" +
+               modelHead + R"(>
     <MiningSchema>
       <MiningField name="y" usageType="target"/>
-      )" + xMining + "\n      " + sexMining + R"(
+      )" + xMining +
+               "\n      " + sexMining + R"(
     </MiningSchema>
-    )" + parameterList + R"(
+    )" + parameterList +
+               R"(
     <FactorList><Predictor name="sex"/></FactorList>
     <CovariateList><Predictor name="x"/></CovariateList>
     <PPMatrix>
@@ -49,7 +53,8 @@ struct TestModel {
     </PCovMatrix>
     <ParamMatrix>
       <PCell parameterName="p0" beta="1" df="1"/>
-      <PCell parameterName="p1" beta=")" + xBeta + R"(" df="1"/>
+      <PCell parameterName="p1" beta=")" +
+               xBeta + R"(" df="1"/>
       <PCell parameterName="p2" beta="10" df="1"/>
     </ParamMatrix>
   </GeneralRegressionModel>
