@@ -1,5 +1,6 @@
 #include "models/caseroad.h"
 
+#include "host/catencoder.h"
 #include "host/scoringlog.h"
 #include "host/stringvalue.h"
 #include "host/varstats.h"
@@ -21,6 +22,12 @@ bool CaseWalk::Start()
     if (record_->HasIndexedAccess()) {
         values_ = record_->GetValues();
         if (!model_.dictVarIndexSet) model_.SetUpDictVarIndex(record_, derivedInRecord_);
+        if (values_ != nullptr && (derivedInRecord_ || !model_.needDerivedPredictor)) {
+            positions_ = model_.predictorDictIndex.data();
+            valueArray_ = values_->data();
+            valueCount_ = values_->size();
+            variables_ = model_.predictorVars.data();
+        }
     }
     return true;
 }
@@ -51,7 +58,9 @@ ScoreValue* CaseWalk::FindValue(size_t predictor, const ScoreDictVar* var) const
 
 void CaseWalk::GatherValues(size_t count)
 {
+    const ScoreValue** const refs = model_.caseValueRefs.data();
     for (size_t i = 0; i < count; ++i) {
+        if (positions_ != nullptr && (refs[i] = SureNumber(i)) != nullptr) continue;
         const ScoreDictVar* var = model_.predictorVars[i];
         ScoreValue* value = FindValue(i, var);
         model_.caseValueRefs[i] = value;
@@ -62,6 +71,39 @@ void CaseWalk::GatherValues(size_t count)
         }
         FailCase(i);
     }
+}
+
+void CaseWalk::JudgeNumber(size_t predictor, const ScoreValue* value)
+{
+    const ScoreDictVar* var = model_.predictorVars[predictor];
+    double& number = model_.caseValues[predictor];
+    if (road_.clearsNumbers) number = 0.0;
+    bool bad = value == nullptr;
+    bool judged = false;
+    if (value != nullptr) {
+        switch (value->Kind()) {
+            case ScoreValue::NUMERIC:
+            case ScoreValue::DATETIME: number = NumericReading(*value, *var); break;
+            case ScoreValue::STRING: {
+                const CatEncoder* encoder = var->GetCatEncoder();
+                const int position = encoder == nullptr ? -1 : encoder->EncodeValue(value);
+                number = position;
+                bad = position == -1;
+                judged = true;  // a text is judged by its position alone
+                break;
+            }
+        }
+    }
+    if (!model_.scoreCaseValidationCheck) return;
+    if (!bad && !judged) bad = IsBad(value, *var);
+    if (!bad) return;
+    if (model_.missingValuePolicy == ScoreModel::MV_SUBSTITUTE &&
+        !model_.predictorSubstitutes.empty() &&
+        !NumericValue::IsSystemMissingValue(model_.predictorSubstitutes[predictor])) {
+        number = model_.predictorSubstitutes[predictor];
+        return;
+    }
+    FailCase(predictor);
 }
 
 bool CaseWalk::HasEveryValue(size_t count)

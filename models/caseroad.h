@@ -1,7 +1,6 @@
 #ifndef VELSCORE_MODELS_CASEROAD_H
 #define VELSCORE_MODELS_CASEROAD_H
 
-#include "host/catencoder.h"
 #include "host/datetimevalue.h"
 #include "host/mcstatus.h"
 #include "host/scorecaserecord.h"
@@ -118,6 +117,11 @@ private:
         }
         return !var.Accepts(value);
     }
+    /// What nearly every value is: a number in its position that its variable is sure to accept.
+    /// Null for anything else, which takes the long way. Needs positions_.
+    const NumericValue* SureNumber(size_t predictor) const;
+    /// Steps 5 (its end) to 7 of the number family for one value.
+    void JudgeNumber(size_t predictor, const ScoreValue* value);
     bool SubstituteValue(size_t predictor, const ScoreDictVar* var, ScoreValue* value);
     /// Step 7 for a value that isn't substituted.
     void FailCase(size_t predictor);
@@ -127,6 +131,11 @@ private:
     const ScoreCaseRecord* record_;
     bool derivedInRecord_;
     const std::vector<ScoreValue*>* values_ = nullptr;  // the record's array, when it is indexed
+    // The same and the model's positions as plain arrays; null where a predictor may lie elsewhere.
+    const int* positions_ = nullptr;
+    ScoreValue* const* valueArray_ = nullptr;
+    size_t valueCount_ = 0;
+    const ScoreDictVar* const* variables_ = nullptr;
     bool fresh_ = false;
     const ScoreCaseRecord* derivedRecord_ = nullptr;
     ScoreResult* result_ = nullptr;
@@ -156,43 +165,29 @@ inline ScoreValue* CaseWalk::ValueAtPosition(size_t predictor, bool& bound) cons
     return p < values_->size() ? (*values_)[p] : nullptr;
 }
 
+inline const NumericValue* CaseWalk::SureNumber(size_t predictor) const
+{
+    const int position = positions_[predictor];
+    if (position < 0 || static_cast<size_t>(position) >= valueCount_) return nullptr;
+    const ScoreValue* value = valueArray_[position];
+    if (value == nullptr || value->Kind() != ScoreValue::NUMERIC) return nullptr;
+    const auto* number = static_cast<const NumericValue*>(value);
+    return variables_[predictor]->SurelyAccepts(number->GetDouble()) ? number : nullptr;
+}
+
 template <class Find>
 void CaseWalk::GatherNumbers(Find find)
 {
-    for (size_t i = 0; i < model_.predictorVars.size(); ++i) {
-        const ScoreDictVar* var = model_.predictorVars[i];
-        const ScoreValue* value = find(i, var);
-        double& number = model_.caseValues[i];
-        if (road_.clearsNumbers) number = 0.0;
-        bool bad = value == nullptr;
-        bool judged = false;
-        if (value != nullptr) {
-            switch (value->Kind()) {
-                case ScoreValue::NUMERIC:
-                    number = static_cast<const NumericValue*>(value)->GetDouble();
-                    break;
-                case ScoreValue::DATETIME: number = NumericReading(*value, *var); break;
-                case ScoreValue::STRING: {
-                    const CatEncoder* encoder = var->GetCatEncoder();
-                    const int position = encoder == nullptr ? -1 : encoder->EncodeValue(value);
-                    number = position;
-                    bad = position == -1;
-                    judged = true;  // a text is judged by its position alone
-                    break;
-                }
-                default: break;
+    const size_t count = model_.predictorVars.size();
+    double* const numbers = model_.caseValues.data();
+    for (size_t i = 0; i < count; ++i) {
+        if (positions_ != nullptr) {
+            if (const NumericValue* sure = SureNumber(i)) {
+                numbers[i] = sure->GetDouble();
+                continue;
             }
         }
-        if (!model_.scoreCaseValidationCheck) continue;
-        if (!bad && !judged) bad = IsBad(value, *var);
-        if (!bad) continue;
-        if (model_.missingValuePolicy == ScoreModel::MV_SUBSTITUTE &&
-            !model_.predictorSubstitutes.empty() &&
-            !NumericValue::IsSystemMissingValue(model_.predictorSubstitutes[i])) {
-            number = model_.predictorSubstitutes[i];
-            continue;
-        }
-        FailCase(i);
+        JudgeNumber(i, find(i, model_.predictorVars[i]));
     }
 }
 

@@ -1,5 +1,6 @@
 #include "models/glrmodel.h"
 
+#include <algorithm>
 #include <cmath>
 #include <ostream>
 
@@ -27,6 +28,7 @@ constexpr CaseRoad kRoad{
 // no model has takes pow all the same, so that the loop ends.
 double MultiplyByPower(double d, double x, double exponent)
 {
+    if (exponent <= 1.0) return d * x;
     constexpr double kMostMultiplications = 100000.0;
     if (exponent > kMostMultiplications) return d * std::pow(x, std::ceil(exponent));
     double count = 0.0;
@@ -55,6 +57,7 @@ bool GLRModel::Setup()
     numParameters = static_cast<int>(parameterMap.size());
     numPredictors = static_cast<int>(predictorMap.size());
     SizeNumericPPMatrix();
+    metParameters.resize(parameterMap.size());
     return true;
 }
 
@@ -105,44 +108,51 @@ MCScore::MCStatus GLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*
 
 double GLRModel::LinearPredictor()
 {
+    const double* const x = caseValues.data();
+    const ParameterPredictor* term = parameterPredictors.data();
     double lp = 0.0;
     for (size_t p = 0; p < betas.size(); ++p) {
-        const double b = betas[p];
+        const ParameterPredictor* const end =
+            parameterPredictors.data() + parameterPredictorsBegin[p + 1];
+        bool active = betas[p] != 0.0;
         double d = 1.0;
-        bool active = b != 0.0;
-        if (active) {
-            for (const ParameterPredictor& term : PredictorsOf(p)) {
-                const double x = caseValues[static_cast<size_t>(term.predictor)];
-                if (term.isFactor) {
-                    if (!NumericValue::IsEqual(term.cell, x)) active = false;
-                } else if (x == 0.0) {  // exact: the tolerant comparison has no absolute part
-                    active = false;
-                } else if (term.cell > 0.0 && x != 1.0) {
-                    d = MultiplyByPower(d, x, term.cell);
-                }
+        for (; term != end; ++term) {
+            const double value = x[term->predictor];
+            if (term->isFactor) {
+                if (!NumericValue::IsEqual(term->cell, value)) active = false;
+            } else if (value == 0.0) {  // exact: the tolerant comparison has no absolute part
+                active = false;
+            } else if (term->cell > 0.0 && value != 1.0) {
+                d = MultiplyByPower(d, value, term->cell);
             }
         }
         designRow[p] = active ? d : 0.0;
-        if (active) lp += d * b;
+        if (active) lp += d * betas[p];
     }
     return lp;
 }
 
-double GLRModel::StandardError() const
+double GLRModel::StandardError()
 {
     const bool fixed = !NumericValue::IsSystemMissingValue(sigmaValue);
     if (fixed && IsLinearSVM()) return sigmaValue;
     // A sigma of any other algorithm says nothing about the error.
     if (pcovMatrix == nullptr) return 0.0;
+    // Only parameters that the case meets count, in ascending order.
+    const Matrix& covariances = pcovMatrix->GetCells();
+    const size_t n = std::min(designRow.size(), covariances.size());
+    size_t met = 0;
+    for (size_t p = 0; p < n; ++p) {
+        metParameters[met] = p;
+        if (designRow[p] != 0.0) ++met;
+    }
     double s = 0.0;
-    const int n = static_cast<int>(designRow.size());
-    for (int i = 0; i < n; ++i) {
-        const double r = designRow[static_cast<size_t>(i)];
-        if (r == 0.0) continue;
-        for (int j = 0; j < n; ++j) {
-            const double c = pcovMatrix->GetCell(i, j);
-            const double q = designRow[static_cast<size_t>(j)];
-            if (c != 0.0 && q != 0.0) s += (c * r) * q;
+    for (size_t i = 0; i < met; ++i) {
+        const double r = designRow[metParameters[i]];
+        const double* const row = covariances[metParameters[i]].data();
+        for (size_t j = 0; j < met; ++j) {
+            const double c = row[metParameters[j]];
+            if (c != 0.0) s += (c * r) * designRow[metParameters[j]];
         }
     }
     return s < 0.0 ? 0.0 : std::sqrt(s);

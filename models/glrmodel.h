@@ -55,12 +55,13 @@ private:
     bool IsLinearSVM() const;
     /// Fills designRow from caseValues and answers the linear predictor.
     double LinearPredictor();
-    double StandardError() const;
+    double StandardError();
 
     std::string dummyCategory;  ///< the one row of the beta table
     std::string algorithmName;
     double sigmaValue = NumericValue::GetSysmisValue();
     double percentileValue = NumericValue::GetSysmisValue();
+    std::vector<size_t> metParameters;  ///< scratch: parameters whose design value isn't 0
 };
 
 }  // namespace MCVelscore_850

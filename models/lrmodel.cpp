@@ -1,5 +1,6 @@
 #include "models/lrmodel.h"
 
+#include <algorithm>
 #include <cmath>
 #include <ostream>
 
@@ -78,22 +79,27 @@ MCScore::MCStatus LRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*&
 
 double LRModel::Variance() const
 {
-    const int n = static_cast<int>(predictorVars.size());
-    double v = pcovMatrix->GetCell(n, n);
-    for (int j = 0; j < n; ++j) {
-        const double c = pcovMatrix->GetCell(n, j);
-        const double x = caseValues[static_cast<size_t>(j)];
-        if (c != 0.0 && x != 0.0) v += (2.0 * c) * x;
+    const Matrix& covariances = pcovMatrix->GetCells();
+    // Every predictor has its row, but a model set up without the constant lacks the last.
+    const size_t n = std::min(predictorVars.size(), covariances.size());
+    const bool hasConstant = n == predictorVars.size() && n < covariances.size();
+    const double* const x = caseValues.data();
+    // On purpose: in the inner sum the plain number, not the reading of a date from its variable's
+    // origin; scores depend on it.
+    const double* const y = plainValues.data();
+    double v = 0.0;
+    if (hasConstant) {
+        const double* const last = covariances[n].data();
+        v = last[n];
+        for (size_t j = 0; j < n; ++j) {
+            if (last[j] != 0.0 && x[j] != 0.0) v += (2.0 * last[j]) * x[j];
+        }
     }
-    for (int i = 0; i < n; ++i) {
-        const double x = caseValues[static_cast<size_t>(i)];
-        if (x == 0.0) continue;
-        for (int j = 0; j < n; ++j) {
-            const double c = pcovMatrix->GetCell(i, j);
-            // On purpose: the plain number here, not the reading of a date from its variable's
-            // origin; scores depend on it.
-            const double y = plainValues[static_cast<size_t>(j)];
-            if (c != 0.0 && y != 0.0) v += (x * c) * y;
+    for (size_t i = 0; i < n; ++i) {
+        if (x[i] == 0.0) continue;
+        const double* const row = covariances[i].data();
+        for (size_t j = 0; j < n; ++j) {
+            if (row[j] != 0.0 && y[j] != 0.0) v += (x[i] * row[j]) * y[j];
         }
     }
     return v;

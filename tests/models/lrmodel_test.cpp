@@ -193,8 +193,11 @@ TEST(LRModel, InterceptWithoutACellReadsZero)
     built.Parameters({"b0"});  // no parameter 1
     ASSERT_TRUE(built.SetUp());
     built.Beta("b0", 2.0);
+    built.model.GetPCovMatrix()->SetCell("b0", "b0", 0.25);
     built.model.FinishSetup();
-    EXPECT_EQ(ScoreOnce(built.model, {3.0}).prediction, 6.0);
+    const Scored s = ScoreOnce(built.model, {3.0});
+    EXPECT_EQ(s.prediction, 6.0);
+    EXPECT_EQ(s.stdDev, 1.5);  // the slope's variance alone: 9 * 0.25
 }
 
 TEST(LRModel, SetupOfAnUnknownPredictorFailsWithTheTablesMade)
