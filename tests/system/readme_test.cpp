@@ -1,0 +1,54 @@
+// What the README shows is what the command does: every "$ ./velscore" line in it is run from the
+// root of the repository and compared with the lines that follow.
+
+#include <fstream>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "tests/system/runcommand.h"
+
+namespace MCVelscore_850 {
+namespace {
+
+struct Shown {
+    std::vector<std::string> arguments;
+    std::string output;
+};
+
+std::vector<Shown> ShownCommands()
+{
+    const std::string prompt = "$ ./velscore ";
+    std::ifstream readme("README.md");
+    std::vector<Shown> shown;
+    bool open = false;
+    for (std::string line; std::getline(readme, line);) {
+        if (line.rfind(prompt, 0) == 0) {
+            std::istringstream words(line.substr(prompt.size()));
+            Shown next;
+            for (std::string word; words >> word;) next.arguments.push_back(word);
+            shown.push_back(next);
+            open = true;
+        } else if (line == "```") {
+            open = false;
+        } else if (open) {
+            shown.back().output += line + "\n";
+        }
+    }
+    return shown;
+}
+
+TEST(Readme, ShowsWhatTheCommandAnswers)
+{
+    const std::vector<Shown> commands = ShownCommands();
+    ASSERT_EQ(commands.size(), 2u);
+    for (const Shown& shown : commands) {
+        const Finished result = RunVelscore(shown.arguments);
+        EXPECT_EQ(result.exitCode, 0);
+        // A terminal shows both streams, the closing line last.
+        EXPECT_EQ(result.out + result.err, shown.output);
+    }
+}
+
+}  // namespace
+}  // namespace MCVelscore_850
