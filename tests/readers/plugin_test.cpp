@@ -17,16 +17,20 @@ namespace {
 
 using namespace testing;
 
-TEST(Plugin, ExportsItsEntryAndNothingElse)
+TEST(Plugin, ExportsItsEntryAndTheStatisticsAndNothingElse)
 {
-    FILE* symbols = popen("nm -D --defined-only " VELSCORE_PLUGIN, "r");
+    FILE* symbols = popen("nm -DC --defined-only " VELSCORE_PLUGIN, "r");
     ASSERT_NE(symbols, nullptr);
     std::set<std::string> names;
     std::array<char, 512> line;
     while (fgets(line.data(), line.size(), symbols) != nullptr) {
         std::string text(line.data());
         text.erase(text.find_last_not_of("\n") + 1);
-        names.insert(text.substr(text.rfind(' ') + 1));
+        constexpr size_t kAddressAndType = 19;
+        text.erase(0, kAddressAndType);
+        // The statistics library's own test lists its functions.
+        if (text.rfind("MCMath_850::", 0) == 0 || text.rfind("MCCommon_850::", 0) == 0) continue;
+        names.insert(text);
     }
     EXPECT_EQ(pclose(symbols), 0);
     EXPECT_EQ(names, std::set<std::string>{"GiveMyTranslator"});

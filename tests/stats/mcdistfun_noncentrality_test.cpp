@@ -1,0 +1,108 @@
+#include <cmath>
+
+#include "stats/mcdistfun.h"
+#include "tests/stats/support/expect.h"
+
+namespace {
+
+using expect::kInf;
+using expect::kNaN;
+using expect::kTiniest;
+using expect::Missing;
+using D = MCMath_850::MCDistFun;
+
+TEST(FindNonCentralityChi, IsZeroForAProbabilityNotBelowTheCentralOne)
+{
+    EXPECT_EQ(D::FindNCParamChi(4.0, 3.0, 0.9, 1e-6), 0.0);
+    EXPECT_EQ(D::FindNCParamChi(4.0, 3.0, 1.0, 1e-6), 0.0);
+    EXPECT_EQ(D::FindNCParamChi(0.0, 3.0, 0.5, 1e-6), 0.0);
+    EXPECT_EQ(D::FindNCParamChi(4.0, 3.0, D::NonCentralCdfChi(4.0, 3.0, 0.0), 1e-6), 0.0);
+}
+
+TEST(FindNonCentrality, RefusesWhatIsOutsideTheDomain)
+{
+    for (const double bad : {-0.1, 1.1, kNaN}) {
+        EXPECT_EQ(D::FindNCParamChi(4.0, 3.0, bad, 1e-6), Missing());
+        EXPECT_EQ(D::FindNCParamF(2.0, 3.0, 10.0, bad, 1e-6), Missing());
+        EXPECT_EQ(D::FindNCParamT(1.0, 5.0, bad, 1e-6), Missing());
+    }
+    for (const double bad : {-1e-6, kNaN}) {
+        EXPECT_EQ(D::FindNCParamChi(4.0, 3.0, 0.5, bad), Missing());
+        EXPECT_EQ(D::FindNCParamF(2.0, 3.0, 10.0, 0.5, bad), Missing());
+        EXPECT_EQ(D::FindNCParamT(1.0, 5.0, 0.5, bad), Missing());
+    }
+    for (const double bad : {0.0, -1.0, kNaN}) {
+        EXPECT_EQ(D::FindNCParamChi(4.0, bad, 0.5, 1e-6), Missing());
+        EXPECT_EQ(D::FindNCParamF(2.0, bad, 10.0, 0.5, 1e-6), Missing());
+        EXPECT_EQ(D::FindNCParamF(2.0, 3.0, bad, 0.5, 1e-6), Missing());
+        EXPECT_EQ(D::FindNCParamT(1.0, bad, 0.5, 1e-6), Missing());
+    }
+    EXPECT_EQ(D::FindNCParamT(-1.0, 5.0, 0.5, 1e-6), Missing());
+    EXPECT_EQ(D::FindNCParamT(kNaN, 5.0, 0.5, 1e-6), Missing());
+}
+
+TEST(FindNonCentralityChi, StartThatHitsIsTheAnswer)
+{
+    EXPECT_EQ(D::FindNCParamChi(4.0, 3.0, D::NonCentralCdfChi(4.0, 3.0, 4.0), 1e-6), 4.0);
+}
+
+TEST(FindNonCentralityChi, BracketEndThatHitsIsTheAnswer)
+{
+    EXPECT_EQ(D::FindNCParamChi(4.0, 3.0, D::NonCentralCdfChi(4.0, 3.0, 8.0), 1e-6), 8.0);
+    EXPECT_EQ(D::FindNCParamChi(4.0, 3.0, D::NonCentralCdfChi(4.0, 3.0, 2.0), 1e-6), 2.0);
+}
+
+TEST(FindNonCentrality, ToleranceOfZeroNarrowsToTheLastPlaces)
+{
+    const double chi = D::FindNCParamChi(4.0, 3.0, 0.25, 0.0);
+    EXPECT_NEAR(D::NonCentralCdfChi(4.0, 3.0, chi), 0.25, 1e-12);
+    const double t = D::FindNCParamT(1.0, 5.0, 0.25, 0.0);
+    EXPECT_NEAR(D::NonCentralCdfT(1.0, 5.0, t), 0.25, 1e-11);
+}
+
+TEST(FindNonCentrality, ProbabilityOfZeroWalksUntilTheDistributionVanishes)
+{
+    EXPECT_EQ(D::NonCentralCdfChi(4.0, 3.0, D::FindNCParamChi(4.0, 3.0, 0.0, 1e-6)), 0.0);
+}
+
+TEST(FindNonCentrality, MissingDistributionMakesItMissing)
+{
+    EXPECT_EQ(D::FindNCParamChi(4.0, kTiniest, 0.5, 1e-6), Missing());
+    EXPECT_EQ(D::FindNCParamT(1.0, kInf, 0.25, 1e-6), Missing());
+    EXPECT_EQ(D::FindNCParamT(1.0, kTiniest, 0.25, 1e-6), Missing());
+}
+
+TEST(FindNonCentrality, DistributionThatGoesMissingOnTheWayMakesItMissing)
+{
+    EXPECT_EQ(D::FindNCParamChi(4.4607063920990214e+17, 3.0, 0.474007, 1e-6), Missing());
+    EXPECT_EQ(D::FindNCParamT(77193777.401561156, 13564.5, 0.768674, 1e-6), Missing());
+    EXPECT_EQ(D::FindNCParamT(63546946.366177164, 85311.9, 0.164873, 1e-6), Missing());
+    EXPECT_EQ(D::FindNCParamChi(9864745928953290.0, 3.0, 0.5, 1e-6), Missing());
+}
+
+TEST(FindNonCentrality, NaNAndInfinitePointsEnd)
+{
+    EXPECT_EQ(D::FindNCParamChi(kNaN, 3.0, 0.5, 1e-6), Missing());
+    EXPECT_EQ(D::FindNCParamF(kNaN, 3.0, 10.0, 0.5, 1e-6), Missing());
+    EXPECT_EQ(D::FindNCParamT(kInf, 5.0, 0.5, 1e-6), Missing());  // no step beyond infinity
+    EXPECT_EQ(D::FindNCParamT(kInf, 5.0, 1.0, 1e-6), 0.0);
+}
+
+TEST(FindNonCentralityT, RunsOverBothSigns)
+{
+    EXPECT_LT(D::FindNCParamT(1.0, 5.0, 0.99, 1e-9), 0.0);
+    EXPECT_GT(D::FindNCParamT(1.0, 5.0, 0.01, 1e-9), 0.0);
+    EXPECT_EQ(D::FindNCParamT(1.0, 5.0, D::NonCentralCdfT(1.0, 5.0, 0.0), 1e-6), 0.0);
+    EXPECT_EQ(D::FindNCParamT(2.0, 5.0, D::NonCentralCdfT(2.0, 5.0, 2.0), 1e-6), 2.0);  // the step itself
+}
+
+// At 0 the distribution is Student's own, beside it a sum that is exact to 1e-12 only. A probability
+// between the two has no point to narrow to: the search ends where no double is left between its ends.
+TEST(FindNonCentralityT, ProbabilityInTheGapAtZeroEnds)
+{
+    const double atZero = D::NonCentralCdfT(1.0, 5.0, 0.0);
+    for (const double shift : {-1e-14, -1e-13, 1e-14, 1e-13})
+        EXPECT_NEAR(D::FindNCParamT(1.0, 5.0, atZero + shift, 0.0), 0.0, 1e-9) << shift;
+}
+
+}  // namespace
