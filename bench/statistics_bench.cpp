@@ -23,6 +23,7 @@
 #include "stats/mcdistfun.h"
 #include "stats/mcpower.h"
 #include "stats/precise.h"
+#include "tests/stats/support/lift.h"
 #include "tests/stats/support/reference.h"
 
 namespace {
@@ -33,19 +34,8 @@ namespace P = MCMath_850::Precise;
 using reference::Args;
 using reference::Row;
 
-template <class T>
-void Fill(T& slot, const Args& args, std::size_t i)
-{
-    if constexpr (std::is_same_v<T, std::vector<double>>)
-        slot = args.List(i);
-    else if constexpr (std::is_same_v<T, bool>)
-        slot = args[i] != 0.0;
-    else
-        slot = static_cast<T>(args[i]);
-}
-
-template <class T>
-constexpr bool kOutput = std::is_lvalue_reference_v<T> && !std::is_const_v<std::remove_reference_t<T>>;
+using reference::Fill;
+using reference::kOutput;
 
 // One benchmark: all points of `file` through `function`; the arguments are ready before the clock runs.
 template <class R, class... A>

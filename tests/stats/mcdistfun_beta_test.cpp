@@ -13,10 +13,7 @@ using D = MCMath_850::MCDistFun;
 
 double Beta(double x, double a, double b, long wantedCode = 0)
 {
-    long code = 99;
-    const double result = D::cdfbet(x, a, b, code);
-    EXPECT_EQ(code, wantedCode) << x << ", " << a << ", " << b;
-    return result;
+    return expect::Coded(D::cdfbet, wantedCode, x, a, b);
 }
 
 TEST(BetaAuxiliary, HasItsFixedPoints)

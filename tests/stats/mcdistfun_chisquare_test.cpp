@@ -13,18 +13,12 @@ using D = MCMath_850::MCDistFun;
 
 double Quantile(double p, double df, long wantedCode = 0)
 {
-    long code = 99;
-    const double result = D::zeltidfchi(p, df, code);
-    EXPECT_EQ(code, wantedCode) << p << ", " << df;
-    return result;
+    return expect::Coded(D::zeltidfchi, wantedCode, p, df);
 }
 
 double Bisect(double p, double df, double start, long wantedCode = 0)
 {
-    long code = 99;
-    const double result = D::idfchb(p, df, start, code);
-    EXPECT_EQ(code, wantedCode) << p << ", " << df << ", " << start;
-    return result;
+    return expect::Coded(D::idfchb, wantedCode, p, df, start);
 }
 
 TEST(ChiQuantile, EndsAreZeroAndRefused)

@@ -13,18 +13,12 @@ using D = MCMath_850::MCDistFun;
 
 double Cdf(double f, double df1, double df2, long wantedCode = 0)
 {
-    long code = 99;
-    const double result = D::zeltcdff(f, df1, df2, code);
-    EXPECT_EQ(code, wantedCode) << f << ", " << df1 << ", " << df2;
-    return result;
+    return expect::Coded(D::zeltcdff, wantedCode, f, df1, df2);
 }
 
 double Idf(double p, double df1, double df2, long wantedCode = 0)
 {
-    long code = 99;
-    const double result = D::zeltidff(p, df1, df2, code);
-    EXPECT_EQ(code, wantedCode) << p << ", " << df1 << ", " << df2;
-    return result;
+    return expect::Coded(D::zeltidff, wantedCode, p, df1, df2);
 }
 
 TEST(FisherCdf, IsZeroUpToZeroAndItsUpperTailOne)

@@ -21,10 +21,7 @@ double Beta(double x, double a, double b, double lambda, double tolerance, long 
 
 double DensityT(double t, double df, double delta, long wantedCode = 0)
 {
-    long code = 99;
-    const double result = D::NonCentralPdfT(t, df, delta, code);
-    EXPECT_EQ(code, wantedCode) << t << ", " << df << ", " << delta;
-    return result;
+    return expect::Coded(D::NonCentralPdfT, wantedCode, t, df, delta);
 }
 
 TEST(NonCentralBeta, RefusesBadParameters)

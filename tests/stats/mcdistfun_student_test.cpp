@@ -13,18 +13,12 @@ using D = MCMath_850::MCDistFun;
 
 double Cdf(double t, double df, long wantedCode = 0)
 {
-    long code = 99;
-    const double result = D::zeltcdft(t, df, code);
-    EXPECT_EQ(code, wantedCode) << t << ", " << df;
-    return result;
+    return expect::Coded(D::zeltcdft, wantedCode, t, df);
 }
 
 double Idf(double p, double df, long wantedCode = 0)
 {
-    long code = 99;
-    const double result = D::zeltidft(p, df, code);
-    EXPECT_EQ(code, wantedCode) << p << ", " << df;
-    return result;
+    return expect::Coded(D::zeltidft, wantedCode, p, df);
 }
 
 TEST(StudentDensity, RefusesADfThatIsNotPositive)

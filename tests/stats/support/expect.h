@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 #include "stats/mcmissingvalue.h"
 
@@ -25,6 +26,16 @@ inline testing::AssertionResult Near(double x, double wanted, double rel)
     if (std::fabs(x - wanted) <= rel * std::fabs(wanted)) return testing::AssertionSuccess();
     return testing::AssertionFailure() << x << " for " << wanted << ", relatively off by "
                                        << std::fabs(x / wanted - 1.0);
+}
+
+/// Calls a function whose code stands behind its arguments, and expects that code.
+template <class... P, class... A>
+double Coded(double (*function)(P...), long wantedCode, const A&... arguments)
+{
+    long code = 99;
+    const double result = function(arguments..., code);
+    EXPECT_EQ(code, wantedCode) << testing::PrintToString(std::make_tuple(arguments...));
+    return result;
 }
 
 }  // namespace expect

@@ -10,6 +10,23 @@
 
 namespace reference {
 
+// An argument that a function gives back.
+template <class T>
+constexpr bool kOutput =
+    std::is_lvalue_reference_v<T> && !std::is_const_v<std::remove_reference_t<T>>;
+
+// One argument of a row, as the type that a function takes.
+template <class T>
+void Fill(T& slot, const Args& args, std::size_t i)
+{
+    if constexpr (std::is_same_v<T, std::vector<double>>)
+        slot = args.List(i);
+    else if constexpr (std::is_same_v<T, bool>)
+        slot = args[i] != 0.0;
+    else
+        slot = static_cast<T>(args[i]);
+}
+
 // Makes a Call of a plain function: inputs come from the arguments in order, references that are
 // not const are outputs.
 template <class R, class... P>
@@ -20,21 +37,6 @@ public:
     Outcome operator()(const Args& args) const { return Run(args, std::index_sequence_for<P...>{}); }
 
 private:
-    template <class T>
-    static constexpr bool kOutput =
-        std::is_lvalue_reference_v<T> && !std::is_const_v<std::remove_reference_t<T>>;
-
-    template <class T>
-    static void Fill(T& slot, const Args& args, std::size_t i)
-    {
-        if constexpr (std::is_same_v<T, std::vector<double>>)
-            slot = args.List(i);
-        else if constexpr (std::is_same_v<T, bool>)
-            slot = args[i] != 0.0;
-        else
-            slot = static_cast<T>(args[i]);
-    }
-
     template <class T>
     static void Collect(const T& value, Outcome& outcome)
     {
