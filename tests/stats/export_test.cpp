@@ -91,11 +91,11 @@ const char* const kWanted[] = {
     "MCMath_850::MCDistFun::FindNCParamChi(double, double, double, double)",
     "MCMath_850::MCDistFun::FindNCParamF(double, double, double, double, double)",
     "MCMath_850::MCDistFun::FindNCParamT(double, double, double, double)",
-    "MCMath_850::MCDistFun::GPTile(long, double, std::vector<double, std::allocator<double> > const&, "
+    ("MCMath_850::MCDistFun::GPTile(long, double, std::vector<double, std::allocator<double> > const&, "
     "std::vector<double, std::allocator<double> > const&, std::vector<double, std::allocator<double> > const&, "
-    "long, double&, long&)",
-    "MCMath_850::MCDistFun::Mednci(long, std::vector<double, std::allocator<double> > const&, "
-    "std::vector<double, std::allocator<double> > const&, double, double, bool, double&, double&, double&)",
+    "long, double&, long&)"),
+    ("MCMath_850::MCDistFun::Mednci(long, std::vector<double, std::allocator<double> > const&, "
+    "std::vector<double, std::allocator<double> > const&, double, double, bool, double&, double&, double&)"),
 };
 
 TEST(Exports, EveryFunctionAndGlobalIsShownUnderItsSignature)
