@@ -248,6 +248,46 @@ TEST(Refusals, FactorThatDeclaresOnlyAMissingValueTakesItAsNoCategory)
     EXPECT_EQ(refusal.GetArguments(), std::vector<std::string>{"f"});
 }
 
+// A document of that many parameters and covariates, the covariates z0, z1, ..
+std::string Wide(const std::string& modelType, int parameters, int covariates,
+                 const std::string& section)
+{
+    std::string text = "<PMML version=\"4.2\"><DataDictionary>"
+                       "<DataField name=\"y\" optype=\"continuous\" dataType=\"double\"/>";
+    for (int i = 0; i < covariates; ++i) {
+        text += "<DataField name=\"z" + std::to_string(i) +
+                "\" optype=\"continuous\" dataType=\"double\"/>";
+    }
+    text += "</DataDictionary><GeneralRegressionModel modelType=\"" + modelType +
+            "\" functionName=\"regression\"><MiningSchema>"
+            "<MiningField name=\"y\" usageType=\"target\"/></MiningSchema><ParameterList>";
+    for (int i = 0; i < parameters; ++i) {
+        text += "<Parameter name=\"p" + std::to_string(i) + "\"/>";
+    }
+    text += "</ParameterList><CovariateList>";
+    for (int i = 0; i < covariates; ++i) {
+        text += "<Predictor name=\"z" + std::to_string(i) + "\"/>";
+    }
+    return text + "</CovariateList>" + section + "</GeneralRegressionModel></PMML>";
+}
+
+TEST(Refusals, TablesThatTakeAllMemoryAreRefusedBeforeTheyAreMade)
+{
+    // Tables hold every cell: a document of half a megabyte would otherwise ask for gigabytes.
+    const std::string covariances =
+        "<PCovMatrix><PCovCell pRow=\"p0\" pCol=\"p0\" value=\"1\"/></PCovMatrix>";
+    const VSException square = RefusalOf(Wide("generalLinear", 12000, 0, covariances));
+    EXPECT_EQ(square.GetErrorCode(), kTableTooLarge);
+    EXPECT_EQ(square.GetArguments(), (std::vector<std::string>{"PCovMatrix", "12000", "12000"}));
+    EXPECT_EQ(RefusalOf(Wide("generalLinear", 12000, 0, "")).GetErrorCode(), 0);
+    // A linear regression has its covariances always, one row more for its constant.
+    EXPECT_EQ(RefusalOf(Wide("regression", 12000, 0, "")).GetArguments(),
+              (std::vector<std::string>{"PCovMatrix", "12001", "12001"}));
+    const VSException design = RefusalOf(Wide("generalLinear", 12000, 13000, ""));
+    EXPECT_EQ(design.GetErrorCode(), kTableTooLarge);
+    EXPECT_EQ(design.GetArguments(), (std::vector<std::string>{"PPMatrix", "12000", "13000"}));
+}
+
 TEST(Refusals, SayWhereInTheDocument)
 {
     const VSException refusal = RefusalOf(With(kLinearDocument, "beta=\"2\"", "beta=\"two\""));
