@@ -185,6 +185,43 @@ TEST(MiningSchema, BelowVersion31ItMayBeAbsentAndTheAttributeNamesTheTarget)
     EXPECT_EQ(unknown.GetArguments().at(0), "q");
 }
 
+TEST(MiningSchema, FromVersion31OnItIsNeededAndTheAttributeIsNot)
+{
+    const std::string attributeless = With(kLinearDocument, "version=\"4.2\"", "version=\"3.1\"");
+    EXPECT_EQ(RefusalOf(attributeless).GetErrorCode(), 0);
+    std::string bare = With(attributeless, "modelDF", "targetVariableName=\"y\" modelDF");
+    const size_t from = bare.find("<MiningSchema>");
+    bare.erase(from, bare.find("</MiningSchema>") + 15 - from);
+    EXPECT_EQ(RefusalOf(bare).GetArguments(), (std::vector<std::string>{"MiningSchema", "PMML"}));
+    // 3.09 is below 3.1: versions are numbers.
+    EXPECT_EQ(RefusalOf(With(bare, "version=\"3.1\"", "version=\"3.09\"")).GetErrorCode(), 0);
+}
+
+TEST(MiningSchema, ExtremeValuesWithBothLimitsAreTakenInEveryVersion)
+{
+    const auto model = ReadModel(WithField(
+        "<MiningField name=\"z\" outliers=\"asExtremeValues\" lowValue=\"2\" highValue=\"1\"/>",
+        "4.3"));
+    const ScoreDictVar* z = model->GetDictionary()->GetVar("z");
+    EXPECT_EQ(z->GetOutlierTreatment(), ScoreDictVar::AS_EXTREME);
+    EXPECT_EQ(z->GetVarStats()->GetMinimum(), 2.0);  // that low lies below high isn't asked
+    EXPECT_EQ(z->GetVarStats()->GetMaximum(), 1.0);
+}
+
+TEST(MiningSchema, ChildOfAnyTagIsAField)
+{
+    const auto model = ReadModel(WithField("<Field name=\"z\"/>"));
+    EXPECT_EQ(model->GetVarRole("z"), ScoreModel::ROLE_PREDICTOR);
+}
+
+TEST(MiningSchema, ReplacementThatIsTheSystemMissingNumberKeepsThePolicy)
+{
+    const auto model = ReadModel(With(
+        kLinearDocument, "<MiningField name=\"x\"/>",
+        "<MiningField name=\"x\" missingValueReplacement=\"-1.7976931348623157e308\"/>"));
+    EXPECT_EQ(model->GetMissingValuePolicy(), ScoreModel::MV_SUBSTITUTE);
+}
+
 TEST(MiningSchema, EmptyTargetAttributeCountsAsAbsent)
 {
     const std::string empty = With(kLinearDocument, "modelDF", "targetVariableName=\"\" modelDF");
