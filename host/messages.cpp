@@ -139,6 +139,9 @@ constexpr Message kCatalogue[] = {
      "Name the target in the mining schema."},
     {kCallNotAvailable, "s", "this form of {0} is not offered by the reader",
      "Give the reader a parsed document."},
+    {kTableTooLarge, "sdd",
+     "the {0} of the model would have {1} rows by {2} columns, more than there is room for",
+     "Export the model with fewer parameters, or without its covariances."},
 
     {kCaseTextNotANumber, "ssd", "'{0}' in the field {1} of row {2} is not a number", kMendCase},
     {kCaseTextNotADateTime, "ssd", "'{0}' in the field {1} of row {2} is no date or time of the "

@@ -56,6 +56,7 @@ inline constexpr int kFamilyNotAvailable = 269020;      // family, model type
 inline constexpr int kReferencePointFamily = 269021;    // parameter, model type
 inline constexpr int kModelWithoutTarget = 269022;      // model type
 inline constexpr int kCallNotAvailable = 269023;        // operation
+inline constexpr int kTableTooLarge = 269024;           // section, rows, columns
 
 // Codes of a case that the engine refuses before a model sees it; they stand in column status.
 inline constexpr int kCaseTextNotANumber = 269050;   // text, field, row

@@ -55,13 +55,14 @@ void GeneralRegressionTranslator::ParseMiningSchema(DOMElement* schema,
             continue;
         }
         const xercesc::DOMNodeList* fields = GetElementsByTagName(child, Tags::XML_ELE_MININGFIELD);
-        if (fields->getLength() == 0) {
+        if (fields->item(0) == nullptr) {
             Refuse(kAbsent, Tags::XML_ELE_MININGFIELD.c_str(),
                    Tags::XML_ATT_TRAN_EXT_NAME_DERIVEDFIELD.c_str());
         }
-        for (XMLSize_t i = 0; i < fields->getLength(); ++i) {
-            HandleMiningField(static_cast<DOMElement*>(fields->item(i)), dictionary,
-                              transformations, true, model);
+        // Not by getLength(): it walks to the end, and the next item() then begins at the first.
+        for (XMLSize_t i = 0; xercesc::DOMNode* field = fields->item(i); ++i) {
+            HandleMiningField(static_cast<DOMElement*>(field), dictionary, transformations, true,
+                              model);
         }
     }
 }

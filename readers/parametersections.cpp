@@ -21,6 +21,15 @@ namespace {
 
 const std::string kConstant = "(Constant)";
 const std::string kInterceptLabel = "Intercept";
+// Tables hold every cell, so a small document could ask for more memory than any machine has. At
+// eight bytes a cell this is 1 GiB.
+constexpr size_t kMostTableCells = size_t{1} << 27;
+
+void ExpectTableFits(const std::string& section, size_t rows, size_t columns)
+{
+    if (columns == 0 || rows <= kMostTableCells / columns) return;
+    Refuse(kTableTooLarge, section.c_str(), static_cast<int>(rows), static_cast<int>(columns));
+}
 
 std::unique_ptr<ScoreValue> MakeTargetValue(const ScoreDictVar& target, std::string& text)
 {
@@ -153,6 +162,12 @@ void GeneralRegressionTranslator::SetUpModel(Parse& parse)
     }
     if (parse.model->GetTargetVar() == nullptr) {
         Refuse(kModelWithoutTarget, parse.modelType.c_str());
+    }
+    const size_t parameters = parse.model->GetParameterMap().size();
+    ExpectTableFits(Tags::XML_ELE_PP_MATRIX, parameters, parse.model->GetPredictorMap().size());
+    // A linear model makes its covariances always, others for the section.
+    if (parse.Is(kLinear) || GetChildByTag(parse.modelElement, Tags::XML_ELE_PCOV_MATRIX)) {
+        ExpectTableFits(Tags::XML_ELE_PCOV_MATRIX, parameters, parameters);
     }
     if (!parse.model->Setup()) Refuse(kSetupFailed);
 }

@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+#include "host/datetimevalue.h"
+#include "host/scoringlog.h"
 #include "models/lrresult.h"
 #include "tests/models/modelfixture.h"
 
@@ -262,6 +264,163 @@ TEST(GLRModel, WithoutValidationAnAbsentCovariateCountsAsZero)
     c.With("f", "b").With("x", nullptr);
     ASSERT_TRUE(small.Ready().GetScore(&c.Record(), slot.result, true).IsOK());
     EXPECT_EQ(slot.Number(), 3.0);
+}
+
+TEST(GLRModel, WithoutValidationAnAbsentCovariateIsZeroAlsoAfterACaseThatHadIt)
+{
+    Small small;
+    small.model.SetScoreCaseValidationCheck(false);
+    GLRModel& model = small.Ready();
+    Slot slot;
+    ASSERT_TRUE(model.GetScore(&Row("b", 2.0).Record(), slot.result, true).IsOK());
+    Case c;
+    c.With("f", "b").With("x", nullptr);
+    ASSERT_TRUE(model.GetScore(&c.Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.Number(), 3.0);
+}
+
+TEST(GLRModel, ParameterWithBetaZeroAddsNothingToTheVariance)
+{
+    Small small;
+    small.Beta("p1", 0.0);
+    Slot slot;
+    // d = (1, 0, 4, 2) though the case is b: 1 + 16 * 0.25
+    ASSERT_TRUE(small.Ready().GetScore(&Row("b", 2.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.As<LRResult>().GetStdDev(), std::sqrt(5.0));
+}
+
+TEST(GLRModel, AddsParametersInTheirOrder)
+{
+    // Each 1 is lost beside 1e16, whose neighbours are 2 apart; the other way round it would be 2.
+    Built<GLRModel> built;
+    built.Parameters({"p0", "p1", "p2", "p3"});
+    ASSERT_TRUE(built.SetUp());
+    built.Beta("p0", 1e16);
+    built.Beta("p1", 1.0);
+    built.Beta("p2", 1.0);
+    built.Beta("p3", -1e16);
+    PCovMatrix& v = *built.model.CreatePCovMatrix();
+    v.SetCell("p0", "p0", 1e16);
+    v.SetCell("p1", "p1", 1.0);
+    v.SetCell("p2", "p2", 1.0);
+    built.model.FinishSetup();
+    Slot slot;
+    ASSERT_TRUE(built.model.GetScore(&Case().Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.Number(), 0.0);
+    EXPECT_EQ(slot.As<LRResult>().GetStdDev(), 1e8);  // and not one ulp above
+}
+
+TEST(GLRModel, NegativeVarianceFromRoundingIsZero)
+{
+    Small small(5.0, false);
+    small.model.CreatePCovMatrix()->SetCell("p0", "p0", -1e-20);
+    Slot slot;
+    ASSERT_TRUE(small.Ready().GetScore(&Row("a", 1.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.As<LRResult>().GetStdDev(), 0.0);
+    EXPECT_EQ(slot.As<LRResult>().GetCIBottom(), 4.0);
+}
+
+TEST(GLRModel, MissingPredictionKeepsTheObjectAndLeavesErrorAndLimits)
+{
+    Small small;
+    small.model.SetMissingValuePolicy(ScoreModel::MV_SYSMIS_RESULT);
+    GLRModel& model = small.Ready();
+    Slot slot;
+    ASSERT_TRUE(model.GetScore(&Row("b", 2.0).Record(), slot.result, true).IsOK());
+    const ScoreValue* prediction = slot.result->GetPrediction();
+    const auto status = model.GetScore(&Row("b", kSysmis).Record(), slot.result, true);
+    EXPECT_EQ(status.GetErrorCode(), 90029);
+    EXPECT_EQ(status.GetDiscreteDatum(), -1);  // this family names no predictor
+    EXPECT_EQ(slot.result->GetPrediction(), prediction);
+    EXPECT_EQ(slot.Number(), kSysmis);
+    EXPECT_EQ(slot.As<LRResult>().GetStdDev(), std::sqrt(10.0));
+}
+
+TEST(GLRModel, BadValueUnderStatusOnlyPolicyKeepsTheResult)
+{
+    Small small;
+    small.model.SetMissingValuePolicy(ScoreModel::MV_STATUS_ONLY);
+    GLRModel& model = small.Ready();
+    Slot slot;
+    ASSERT_TRUE(model.GetScore(&Row("b", 2.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(model.GetScore(&Row("b", kSysmis).Record(), slot.result, true).GetErrorCode(),
+              90029);
+    EXPECT_EQ(slot.Number(), 16.0);
+}
+
+TEST(GLRModel, PolicySetBackToSubstitutionHasNothingToSubstitute)
+{
+    Small small;
+    GLRModel& model = small.Ready();
+    ASSERT_EQ(model.GetMissingValuePolicy(), ScoreModel::MV_SYSMIS_RESULT);
+    model.SetMissingValuePolicy(ScoreModel::MV_SUBSTITUTE);
+    Slot slot;
+    EXPECT_EQ(model.GetScore(&Row("b", kSysmis).Record(), slot.result, true).GetErrorCode(),
+              90029);
+    EXPECT_EQ(slot.Number(), kSysmis);
+}
+
+TEST(GLRModel, NullRecordIsTraced)
+{
+    Small small;
+    GLRModel& model = small.Ready();
+    std::vector<std::string> lines;
+    ScoringLog::GetInstance()->SetSink(
+        [&](int, std::string_view line) { lines.emplace_back(line); });
+    ScoringLog::GetInstance()->SetLevel(1);
+    Slot slot;
+    EXPECT_EQ(model.GetScore(nullptr, slot.result, true).GetErrorCode(), 90029);
+    ScoringLog::GetInstance()->SetLevel(0);
+    ScoringLog::GetInstance()->SetSink(nullptr);
+    EXPECT_EQ(lines, std::vector<std::string>{"MCStatus error code is :90029"});
+    EXPECT_EQ(slot.result, nullptr);
+}
+
+TEST(GLRModel, DateIsReadFromItsVariablesOrigin)
+{
+    DictVarType type;
+    type.name = "d";
+    type.valueType = ScoreDictVar::DATETIME;
+    type.dateTimeType = ScoreDictVar::DATE_DAYS_SINCE_1960;
+    Built<GLRModel> built;
+    built.Add(std::make_unique<DictVar>(type), ScoreModel::ROLE_COVARIATE);
+    built.Parameters({"p"});
+    ASSERT_TRUE(built.SetUp());
+    built.model.GetNumericPPMatrix()[0][0] = 1.0;
+    built.Beta("p", 2.0);
+    built.model.FinishSetup();
+    Case c;
+    c.With("d", Given(std::make_unique<DateTimeValue>(10.0)));  // 1970-01-11
+    Slot slot;
+    ASSERT_TRUE(built.model.GetScore(&c.Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.Number(), 2.0 * 3663.0);  // 1960-01-01 to 1970-01-01 is 3653 days
+}
+
+TEST(GLRModel, DerivedPredictorIsComputedWhereTheRecordDoesNotHoldIt)
+{
+    for (const bool holds : {false, true}) {
+        for (const bool inRecord : {false, true}) {
+            Built<GLRModel> built;
+            auto* derived = new TransformationDictionary;
+            auto var = Derived("d", 5.0);
+            built.model.SetVarRole(var.get(), ScoreModel::ROLE_COVARIATE);
+            derived->AddVar("d", var.release());
+            derived->SetUpDerivedCaseRecord();
+            built.model.SetTransformationScoreDictionary(derived);
+            built.model.SetNeedDerivedPredictor(true);
+            built.model.AddPredictor("d");
+            built.Parameters({"p"});
+            ASSERT_TRUE(built.SetUp());
+            built.model.GetNumericPPMatrix()[0][0] = 1.0;
+            built.Beta("p", 2.0);
+            built.model.FinishSetup();
+            Case c;
+            c.With(holds ? "d" : "other", 40);
+            Slot slot;
+            ASSERT_TRUE(built.model.GetScore(&c.Record(), slot.result, inRecord).IsOK());
+            EXPECT_EQ(slot.Number(), holds && inRecord ? 80.0 : 10.0) << holds << inRecord;
+        }
+    }
 }
 
 TEST(GLRModel, PositionThatHoldsNothingIsNotTriedByName)

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "host/datetimevalue.h"
+#include "host/scoringlog.h"
 #include "models/lrresult.h"
 #include "tests/models/modelfixture.h"
 
@@ -129,6 +130,21 @@ TEST(LRModel, StandardErrorIsTheQuadraticFormOfTheCovariances)
     EXPECT_NEAR(s.ciTop, 5.0 + 2.570581835615 * se, 1e-13);
 }
 
+TEST(LRModel, AddsTheSlopesToTheInterceptInTheirOrder)
+{
+    // Each 1 is lost beside 1e16, whose neighbours are 2 apart; slopes added first would give 2.
+    Linear linear({1.0, 1.0, -1e16}, 1e16);
+    EXPECT_EQ(ScoreOnce(linear.Ready(), {1.0, 1.0, 1.0}).prediction, 0.0);
+}
+
+TEST(LRModel, VarianceStartsWithTheIntercepts)
+{
+    // 1e16, plus 2 * 0.5 and plus 1, each lost; added the other way the root is 1e8 and one ulp.
+    Linear linear({2.0}, 1.0, 5.0);
+    linear.Covariance(1, 1, 1e16).Covariance(0, 1, 0.5).Covariance(0, 0, 1.0);
+    EXPECT_EQ(ScoreOnce(linear.Ready(), {1.0}).stdDev, 1e8);
+}
+
 TEST(LRModel, WithoutPredictorsTheInterceptIsAll)
 {
     Linear linear({}, 7.0, 3.0);
@@ -227,12 +243,64 @@ TEST(LRModel, BadValueUnderSysmisPolicyAlwaysGetsANewPrediction)
     Slot slot;
     ASSERT_TRUE(model.GetScore(&Row({3.0}).Record(), slot.result, true).IsOK());
     auto& result = slot.As<LRResult>();
+    const ScoreValue* before = result.GetPrediction();
     result.SetStdDev(42.0);
     const auto status = model.GetScore(&Row({kSysmis}).Record(), slot.result, true);
     EXPECT_EQ(status.GetErrorCode(), 90029);
     EXPECT_EQ(status.GetDiscreteDatum(), -1);
     EXPECT_EQ(slot.Number(), kSysmis);
+    EXPECT_NE(result.GetPrediction(), before);
     EXPECT_EQ(result.GetStdDev(), 42.0);  // error and limits are not written on this path
+}
+
+TEST(LRModel, BadValueUnderStatusOnlyPolicyKeepsTheResult)
+{
+    Linear linear({2.0}, 1.0, 5.0);
+    linear.model.SetMissingValuePolicy(ScoreModel::MV_STATUS_ONLY);
+    LRModel& model = linear.Ready();
+    Slot slot;
+    ASSERT_TRUE(model.GetScore(&Row({3.0}).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(model.GetScore(&Row({kSysmis}).Record(), slot.result, true).GetErrorCode(), 90029);
+    EXPECT_EQ(slot.Number(), 7.0);
+    EXPECT_EQ(slot.As<LRResult>().GetCITop(), 7.0);
+}
+
+TEST(LRModel, NullRecordLeavesNoTrace)
+{
+    Linear linear({2.0}, 1.0);
+    LRModel& model = linear.Ready();
+    int lines = 0;
+    ScoringLog::GetInstance()->SetSink([&](int, std::string_view) { ++lines; });
+    ScoringLog::GetInstance()->SetLevel(1);
+    Slot slot;
+    EXPECT_EQ(model.GetScore(nullptr, slot.result, true).GetErrorCode(), 90029);
+    ScoringLog::GetInstance()->SetLevel(0);
+    ScoringLog::GetInstance()->SetSink(nullptr);
+    EXPECT_EQ(lines, 0);
+}
+
+TEST(LRModel, DerivedPredictorComesFromTheDerivedRecordUnlessTheCaseHoldsIt)
+{
+    for (const bool inRecord : {false, true}) {
+        Built<LRModel> built;
+        auto* derived = new TransformationDictionary;
+        auto var = Derived("d", 5.0);
+        built.model.SetVarRole(var.get(), ScoreModel::ROLE_COVARIATE);
+        derived->AddVar("d", var.release());
+        derived->SetUpDerivedCaseRecord();
+        built.model.SetTransformationScoreDictionary(derived);
+        built.model.SetNeedDerivedPredictor(true);
+        built.model.AddPredictor("d");
+        built.Parameters({"b", "(Constant)"});
+        ASSERT_TRUE(built.SetUp());
+        built.Beta("b", 2.0);
+        built.model.FinishSetup();
+        Case c;
+        c.With("d", 40);
+        Slot slot;
+        ASSERT_TRUE(built.model.GetScore(&c.Record(), slot.result, inRecord).IsOK());
+        EXPECT_EQ(slot.Number(), inRecord ? 80.0 : 10.0);
+    }
 }
 
 TEST(LRModel, ValueAbsentWithoutValidationFailsTheCase)
@@ -267,6 +335,16 @@ TEST(LRModel, DateEntersTheSlopeFromItsOriginAndTheInnerSumAsItsPlainNumber)
     const double days = 3653.0 + 10.0;  // 1960-01-01 to 1970-01-01 is 3653 days
     EXPECT_EQ(slot.Number(), 2.0 * days);
     EXPECT_EQ(slot.As<LRResult>().GetStdDev(), std::sqrt(days * 10.0));
+    // The reading is multiplied with the covariance first; that with the number first is one less
+    // in the last place.
+    built.model.GetPCovMatrix()->SetCell("b", "b", 1.3);
+    ASSERT_TRUE(built.model.GetScore(&c.Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.As<LRResult>().GetStdDev(), std::sqrt((days * 1.3) * 10.0));
+    // The intercept's row takes the reading from the origin.
+    built.model.GetPCovMatrix()->SetCell("b", "b", 0.0);
+    built.model.GetPCovMatrix()->SetCell("b", "(Constant)", 0.5);
+    ASSERT_TRUE(built.model.GetScore(&c.Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.As<LRResult>().GetStdDev(), std::sqrt(days));
 }
 
 }  // namespace

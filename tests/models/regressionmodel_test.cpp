@@ -68,6 +68,16 @@ TEST(RegressionModel, UnknownTargetNameKeepsTheOldTargetAndItsRole)
     EXPECT_EQ(built.model.GetVarRole(old), ScoreModel::ROLE_TARGET);
 }
 
+TEST(RegressionModel, TargetIsNotLookedForAmongDerivedVariables)
+{
+    Built<LRModel> built("y");
+    auto* derived = new TransformationDictionary;
+    derived->AddVar("d", Derived("d").release());
+    built.model.SetTransformationScoreDictionary(derived);
+    EXPECT_FALSE(built.model.SetTargetVar("d"));
+    EXPECT_EQ(built.model.GetTargetVar()->GetName(), "y");
+}
+
 TEST(RegressionModel, CovarianceMatrixIsMadeOnce)
 {
     Built<GLRModel> built;

@@ -143,6 +143,7 @@ TEST(MLRResult, ConfidenceIsThePercentOfThePrediction)
     EXPECT_EQ(result.GetConfidence(), -1.0);  // no percents
     EXPECT_TRUE(result.AddValuePercent(new StringValue("a"), 0.25));
     EXPECT_TRUE(result.AddValuePercent(new StringValue("b"), 0.75));
+    EXPECT_EQ(result.GetConfidence(), -1.0);  // no prediction
     result.SetPrediction(new StringValue("b"));
     EXPECT_EQ(result.GetConfidence(), 0.75);
     result.SetPrediction(new StringValue("c"));

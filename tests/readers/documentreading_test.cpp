@@ -9,6 +9,7 @@
 #include "host/stringvalue.h"
 #include "host/transformvar.h"
 #include "host/versioninfo.h"
+#include "readers/generalregressiontranslator.h"
 #include "models/glrmodel.h"
 #include "models/lrmodel.h"
 #include "models/lrresult.h"
@@ -132,6 +133,62 @@ TEST(Document, CategoryThatOnlyACellNamesIsAddedToItsVariable)
     Case c;
     c.With("f", "c").With("x", 0).With("w", 4);
     EXPECT_EQ(Score(*model, c), 1.0 + 0.5 * 4.0);
+}
+
+TEST(Document, CellsFillTheCategoriesOfAClosedVariableAlone)
+{
+    GeneralRegressionTranslator reader;
+    int index = -1;
+    EXPECT_FALSE(reader.FillCateValuesToDataDict(nullptr, "a", index));
+    const auto open = Categorical("open", {});
+    EXPECT_FALSE(reader.FillCateValuesToDataDict(open.get(), "a", index));
+    EXPECT_TRUE(open->HasOpenCategories());
+    EXPECT_EQ(index, -1);
+    const auto closed = Categorical("closed", {"a", "b"});
+    EXPECT_TRUE(reader.FillCateValuesToDataDict(closed.get(), "b", index));
+    EXPECT_EQ(index, 1);
+    EXPECT_EQ(closed->GetNumCategories(), 2);
+    EXPECT_TRUE(reader.FillCateValuesToDataDict(closed.get(), "c", index));
+    EXPECT_EQ(index, 2);
+    EXPECT_EQ(closed->GetNumCategories(), 3);
+    const auto numeric = Categorical("numeric", {"1"}, ScoreDictVar::NUMERIC);
+    EXPECT_TRUE(reader.FillCateValuesToDataDict(numeric.get(), "two", index));
+    EXPECT_EQ(numeric->GetNumCategories(), 1);  // no number, no category
+    EXPECT_EQ(index, 2);                        // and no position
+    const auto covariate = Continuous("x");
+    index = -1;
+    EXPECT_TRUE(reader.FillCateValuesToDataDict(covariate.get(), "2", index));
+    EXPECT_EQ(index, -1);
+}
+
+TEST(Document, ReaderKeepsNothingOfTheDocumentBefore)
+{
+    GeneralRegressionTranslator reader;
+    ParsedText broken(With(kLinearDocument, "beta=\"2\"", "beta=\"two\""));
+    EXPECT_THROW(reader.ParseFromTree(broken.Get(), ""), VSException);
+    // At 3.0 the target attribute is needed; the version of the next document counts anew.
+    ParsedText old(With(kLinearDocument, "version=\"4.2\"", "version=\"3.0\""));
+    EXPECT_THROW(reader.ParseFromTree(old.Get(), ""), VSException);
+    ParsedText good(kLinearDocument);
+    const std::unique_ptr<ScoreModel> model(reader.ParseFromTree(good.Get(), ""));
+    EXPECT_EQ(model->GetModelType(), ScoreModel::TYPE_LR);
+}
+
+TEST(Document, ParameterGivenTwiceKeepsItsFirstIndexAndLabel)
+{
+    const auto model = ReadModel(With(kGeneralLinearDocument, "<Parameter name=\"p1\"/>",
+                                      "<Parameter name=\"p1\" label=\"first\"/><Parameter name=\"p1\"/>"));
+    EXPECT_EQ(model->GetParameterIndex("p1"), 1);
+    EXPECT_EQ(model->GetParameterIndex("p2"), 2);
+    EXPECT_EQ(model->GetParamLabels().at(1), "first");
+}
+
+TEST(Document, CellWithoutDfHasNone)
+{
+    const auto model =
+        ReadModel(With(kGeneralLinearDocument, "beta=\"2\" df=\"1\"", "beta=\"2\" df=\"\""));
+    EXPECT_EQ(model->GetParamTable()->GetCell(0, 1)->GetDf(), 0);
+    EXPECT_EQ(model->GetParamTable()->GetCell(0, 0)->GetDf(), 1);
 }
 
 TEST(Document, NumericFactorIsComparedByItsNumber)

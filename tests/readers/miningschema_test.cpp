@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "host/catencoder.h"
 #include "host/scoredictvar.h"
 #include "host/varstats.h"
@@ -137,6 +139,38 @@ TEST(MiningSchema, DerivedFieldIsKnownThroughItsExtensionAlone)
               0);
 }
 
+// Seconds for reading a document whose derivedField extension holds `count` fields.
+double SecondsForDerivedFields(int count)
+{
+    std::string fields;
+    std::string schema;
+    for (int i = 0; i < count; ++i) {
+        const std::string name = "z" + std::to_string(i);
+        fields += "<DataField name=\"" + name + "\" optype=\"continuous\" dataType=\"double\"/>";
+        schema += "<MiningField name=\"" + name + "\"/>";
+    }
+    std::string text = With(kLinearDocument, "</DataDictionary>", fields + "</DataDictionary>");
+    text = With(text, "<GeneralRegressionModel",
+                "<TransformationDictionary><DerivedField name=\"d\" optype=\"continuous\" "
+                "dataType=\"double\"><FieldRef field=\"x\"/></DerivedField>"
+                "</TransformationDictionary><GeneralRegressionModel");
+    text = With(text, "</MiningSchema>",
+                "<Extension extender=\"velscore\" name=\"derivedField\">" + schema +
+                    "</Extension></MiningSchema>");
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(RefusalOf(text).GetErrorCode(), 0);
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+TEST(MiningSchema, ManyDerivedFieldsTakeTimeInProportion)
+{
+    // Ten times as many: ten times the time, where a walk from the first field for each takes a
+    // hundred times. Machines are noisy, so the bound lies between the two.
+    SecondsForDerivedFields(100);  // what the first document alone pays for
+    const double few = SecondsForDerivedFields(3000);
+    EXPECT_LT(SecondsForDerivedFields(30000), 35.0 * few);
+}
+
 TEST(MiningSchema, BelowVersion31ItMayBeAbsentAndTheAttributeNamesTheTarget)
 {
     std::string bare = With(kLinearDocument, "version=\"4.2\"", "version=\"3.0\"");
@@ -149,6 +183,43 @@ TEST(MiningSchema, BelowVersion31ItMayBeAbsentAndTheAttributeNamesTheTarget)
     const VSException unknown = RefusalOf(With(named, "Name=\"y\"", "Name=\"q\""));
     EXPECT_EQ(unknown.GetErrorCode(), 260125);
     EXPECT_EQ(unknown.GetArguments().at(0), "q");
+}
+
+TEST(MiningSchema, FromVersion31OnItIsNeededAndTheAttributeIsNot)
+{
+    const std::string attributeless = With(kLinearDocument, "version=\"4.2\"", "version=\"3.1\"");
+    EXPECT_EQ(RefusalOf(attributeless).GetErrorCode(), 0);
+    std::string bare = With(attributeless, "modelDF", "targetVariableName=\"y\" modelDF");
+    const size_t from = bare.find("<MiningSchema>");
+    bare.erase(from, bare.find("</MiningSchema>") + 15 - from);
+    EXPECT_EQ(RefusalOf(bare).GetArguments(), (std::vector<std::string>{"MiningSchema", "PMML"}));
+    // 3.09 is below 3.1: versions are numbers.
+    EXPECT_EQ(RefusalOf(With(bare, "version=\"3.1\"", "version=\"3.09\"")).GetErrorCode(), 0);
+}
+
+TEST(MiningSchema, ExtremeValuesWithBothLimitsAreTakenInEveryVersion)
+{
+    const auto model = ReadModel(WithField(
+        "<MiningField name=\"z\" outliers=\"asExtremeValues\" lowValue=\"2\" highValue=\"1\"/>",
+        "4.3"));
+    const ScoreDictVar* z = model->GetDictionary()->GetVar("z");
+    EXPECT_EQ(z->GetOutlierTreatment(), ScoreDictVar::AS_EXTREME);
+    EXPECT_EQ(z->GetVarStats()->GetMinimum(), 2.0);  // that low lies below high isn't asked
+    EXPECT_EQ(z->GetVarStats()->GetMaximum(), 1.0);
+}
+
+TEST(MiningSchema, ChildOfAnyTagIsAField)
+{
+    const auto model = ReadModel(WithField("<Field name=\"z\"/>"));
+    EXPECT_EQ(model->GetVarRole("z"), ScoreModel::ROLE_PREDICTOR);
+}
+
+TEST(MiningSchema, ReplacementThatIsTheSystemMissingNumberKeepsThePolicy)
+{
+    const auto model = ReadModel(With(
+        kLinearDocument, "<MiningField name=\"x\"/>",
+        "<MiningField name=\"x\" missingValueReplacement=\"-1.7976931348623157e308\"/>"));
+    EXPECT_EQ(model->GetMissingValuePolicy(), ScoreModel::MV_SUBSTITUTE);
 }
 
 TEST(MiningSchema, EmptyTargetAttributeCountsAsAbsent)

@@ -122,6 +122,15 @@ TEST(Trace, SaysTheFamilyAndTheWayInAndOut)
     EXPECT_TRUE(TraceOf(kGeneralLinearDocument, 0).empty());
 }
 
+TEST(Trace, VersionIsSaidBeforeADocumentBelow31IsRefusedForItsTarget)
+{
+    EXPECT_EQ(TraceOf(With(kGeneralLinearDocument, "version=\"4.2\"", "version=\"3.0\""), 2),
+              (std::vector<std::string>{"Entry:ParseFromTree", "PMML version is :3.0"}));
+    EXPECT_EQ(RefusalOf(With(kGeneralLinearDocument, "version=\"4.2\"", "version=\"3.0\""))
+                  .GetArguments(),
+              (std::vector<std::string>{"targetVariableName", "GeneralRegressionModel"}));
+}
+
 TEST(Trace, VersionIsSaidOnlyWithoutATargetAttribute)
 {
     const std::string named = With(kGeneralLinearDocument, "modelDF=\"5\"",

@@ -140,6 +140,90 @@ TEST(Refusals, NameCodeAndArguments)
     }
 }
 
+// Of several faults the one that is met first is told.
+TEST(Refusals, FollowTheOrderOfTheStages)
+{
+    struct Faults {
+        const std::string& document;
+        std::vector<std::pair<const char*, const char*>> changes;
+        int code;
+        std::vector<std::string> arguments;
+    };
+    const Faults faults[] = {
+        // The version, then the model, then whether it may be scored, then its type.
+        {kLinearDocument,
+         {{" version=\"4.2\"", ""}, {"modelType=\"regression\"", "isScorable=\"false\""}},
+         260115, {"version", "PMML"}},
+        {kLinearDocument, {{"modelType=\"regression\"", "isScorable=\"false\""}}, 260281,
+         {"isScorable", "PMML"}},
+        {kLinearDocument,
+         {{"modelType=\"regression\"", "modelType=\"other\""}, {"modelDF=\"5\"", "modelDF=\"x\""}},
+         260153, {"other", "modelType", "GeneralRegressionModel"}},
+        // Degrees of freedom before the schema; a second target before a second role.
+        {kLinearDocument,
+         {{"modelDF=\"5\"", "modelDF=\"x\""}, {"<MiningField name=\"w\"/>", "<MiningField/>"}},
+         kNotANumber, {"x"}},
+        {kLinearDocument,
+         {{"<MiningField name=\"w\"/>", "<MiningField name=\"y\" usageType=\"target\"/>"}},
+         260204, {"y"}},
+        // The high value is read before the low one, the replacement before both.
+        {kLinearDocument,
+         {{"<MiningField name=\"w\"/>", "<MiningField name=\"w\" lowValue=\"a\" highValue=\"b\"/>"}},
+         kNotANumber, {"b"}},
+        {kLinearDocument,
+         {{"<MiningField name=\"w\"/>",
+           "<MiningField name=\"w\" highValue=\"b\" missingValueReplacement=\"c\"/>"}},
+         kNotANumber, {"c"}},
+        // Extensions after the parameters, before the lists; factors before covariates.
+        {kGeneralLinearDocument,
+         {{" <MiningSchema>", "<Extension name=\"modelDF\" value=\"x\"/><MiningSchema>"},
+          {"<Parameter name=\"p2\"/>", "<Parameter/>"}},
+         260115, {"name", "Parameter"}},
+        {kGeneralLinearDocument,
+         {{" <MiningSchema>", "<Extension name=\"modelDF\" value=\"x\"/><MiningSchema>"},
+          {"<FactorList><Predictor name=\"f\"/>", "<FactorList><Predictor/>"}},
+         kNotANumber, {"x"}},
+        {kGeneralLinearDocument,
+         {{"<FactorList><Predictor name=\"f\"/>", "<FactorList><Predictor/>"},
+          {"<Predictor name=\"w\"/>", "<Cov/>"}},
+         260115, {"name", "Predictor"}},
+        // Betas, covariances, design cells, wherever they stand in the document.
+        {kGeneralLinearDocument,
+         {{"beta=\"2\"", ""}, {"<PCovCell pRow=\"p0\"", "<Cell pRow=\"p0\""},
+          {"<PPCell value=\"2\"", "<Cell value=\"2\""}},
+         260115, {"beta", "PCell"}},
+        {kGeneralLinearDocument,
+         {{"<PCovCell pRow=\"p0\"", "<Cell pRow=\"p0\""}, {"<PPCell value=\"2\"", "<Cell value=\"2\""}},
+         260178, {"Cell", "PCovCell", "PCovMatrix"}},
+        // Within a cell: names before numbers, the column before the row.
+        {kGeneralLinearDocument, {{"<PCell parameterName=\"p1\" beta=\"2\"", "<PCell"}}, 260115,
+         {"parameterName", "PCell"}},
+        {kGeneralLinearDocument, {{"pRow=\"p1\" pCol=\"p1\" value=\"4\"", ""}}, 260115,
+         {"pCol", "PCovCell"}},
+        {kGeneralLinearDocument, {{"pRow=\"p1\" pCol=\"p1\" value=\"4\"", "pCol=\"p1\" value=\"x\""}},
+         260115, {"pRow", "PCovCell"}},
+        {kGeneralLinearDocument, {{"value=\"2\" predictorName=\"x\" parameterName=\"p2\"", ""}},
+         260115, {"parameterName", "PPCell"}},
+        {kGeneralLinearDocument,
+         {{"value=\"2\" predictorName=\"x\" parameterName=\"p2\"",
+           "predictorName=\"q\" parameterName=\"p2\""}},
+         260125, {"q", "DataDictionary", "TransformationDictionary"}},
+        {kGeneralLinearDocument,
+         {{"value=\"2\" predictorName=\"x\"", "value=\"two\" predictorName=\"y\""}}, 260155, {"y"}},
+        {kGeneralLinearDocument,
+         {{"value=\"2\" predictorName=\"x\" parameterName=\"p2\"",
+           "value=\"two\" predictorName=\"x\" parameterName=\"q\""}},
+         kNotANumber, {"two"}},
+    };
+    for (const Faults& f : faults) {
+        std::string document = f.document;
+        for (const auto& [from, to] : f.changes) document = With(document, from, to);
+        const VSException refusal = RefusalOf(document);
+        EXPECT_EQ(refusal.GetErrorCode(), f.code) << f.changes[0].second << refusal.GetText();
+        EXPECT_EQ(refusal.GetArguments(), f.arguments) << f.changes[0].second;
+    }
+}
+
 TEST(Refusals, MissingSectionsAreNamed)
 {
     const std::pair<const char*, std::vector<std::string>> sections[] = {
@@ -246,6 +330,46 @@ TEST(Refusals, FactorThatDeclaresOnlyAMissingValueTakesItAsNoCategory)
     const VSException refusal = RefusalOf(declared);
     EXPECT_EQ(refusal.GetErrorCode(), 260126);
     EXPECT_EQ(refusal.GetArguments(), std::vector<std::string>{"f"});
+}
+
+// A document of that many parameters and covariates, the covariates z0, z1, ..
+std::string Wide(const std::string& modelType, int parameters, int covariates,
+                 const std::string& section)
+{
+    std::string text = "<PMML version=\"4.2\"><DataDictionary>"
+                       "<DataField name=\"y\" optype=\"continuous\" dataType=\"double\"/>";
+    for (int i = 0; i < covariates; ++i) {
+        text += "<DataField name=\"z" + std::to_string(i) +
+                "\" optype=\"continuous\" dataType=\"double\"/>";
+    }
+    text += "</DataDictionary><GeneralRegressionModel modelType=\"" + modelType +
+            "\" functionName=\"regression\"><MiningSchema>"
+            "<MiningField name=\"y\" usageType=\"target\"/></MiningSchema><ParameterList>";
+    for (int i = 0; i < parameters; ++i) {
+        text += "<Parameter name=\"p" + std::to_string(i) + "\"/>";
+    }
+    text += "</ParameterList><CovariateList>";
+    for (int i = 0; i < covariates; ++i) {
+        text += "<Predictor name=\"z" + std::to_string(i) + "\"/>";
+    }
+    return text + "</CovariateList>" + section + "</GeneralRegressionModel></PMML>";
+}
+
+TEST(Refusals, TablesThatTakeAllMemoryAreRefusedBeforeTheyAreMade)
+{
+    // Tables hold every cell: a document of half a megabyte would otherwise ask for gigabytes.
+    const std::string covariances =
+        "<PCovMatrix><PCovCell pRow=\"p0\" pCol=\"p0\" value=\"1\"/></PCovMatrix>";
+    const VSException square = RefusalOf(Wide("generalLinear", 12000, 0, covariances));
+    EXPECT_EQ(square.GetErrorCode(), kTableTooLarge);
+    EXPECT_EQ(square.GetArguments(), (std::vector<std::string>{"PCovMatrix", "12000", "12000"}));
+    EXPECT_EQ(RefusalOf(Wide("generalLinear", 12000, 0, "")).GetErrorCode(), 0);
+    // A linear regression has its covariances always, one row more for its constant.
+    EXPECT_EQ(RefusalOf(Wide("regression", 12000, 0, "")).GetArguments(),
+              (std::vector<std::string>{"PCovMatrix", "12001", "12001"}));
+    const VSException design = RefusalOf(Wide("generalLinear", 12000, 13000, ""));
+    EXPECT_EQ(design.GetErrorCode(), kTableTooLarge);
+    EXPECT_EQ(design.GetArguments(), (std::vector<std::string>{"PPMatrix", "12000", "13000"}));
 }
 
 TEST(Refusals, SayWhereInTheDocument)
