@@ -9,6 +9,7 @@
 #include "cli/stopsignals.h"
 #include "engine/explanation.h"
 #include "engine/scoringsession.h"
+#include "engine/shorttext.h"
 
 namespace MCVelscore_850 {
 
@@ -123,7 +124,7 @@ std::string FirstCaseText(long code, const NotScored& cases)
 {
     if (!cases.text.empty()) {
         return MessageText(static_cast<int>(code),
-                           {cases.text, cases.field, std::to_string(cases.row)});
+                           {ShortText(cases.text), cases.field, std::to_string(cases.row)});
     }
     return cases.field.empty() ? fmt::format("row {}", cases.row)
                                : fmt::format("row {}, field {}", cases.row, cases.field);
@@ -147,7 +148,7 @@ std::string ClosingLine(const ScoringReport& report)
             fmt::format("; column {} has {} {} that the model's dictionary doesn't list (",
                         unlisted.column, unlisted.count, unlisted.count == 1 ? "value" : "values");
         for (size_t i = 0; i < unlisted.first.size(); ++i) {
-            line += fmt::format("{}'{}'", i == 0 ? "" : ", ", unlisted.first[i]);
+            line += fmt::format("{}'{}'", i == 0 ? "" : ", ", ShortText(unlisted.first[i]));
         }
         line += ")";
     }
