@@ -2,6 +2,7 @@
 
 #include <sstream>
 
+#include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
 #include "cli/commands.h"
@@ -148,6 +149,11 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
         PrintOut(out.str());
         return kExitDone;
     } catch (const CLI::ParseError& wrong) {
+        if (argumentCount > 1 && arguments[1][0] != '-' && app.get_subcommands().empty()) {
+            throw UsageError(
+                fmt::format("'{}' is no command; the commands are score, check, inspect and help",
+                            arguments[1]));
+        }
         throw UsageError(wrong.what());
     }
     if (scoreCommand->parsed()) return RunScore(score, console);

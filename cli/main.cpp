@@ -3,6 +3,9 @@
 #include <new>
 #include <string>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "cli/commandline.h"
 #include "cli/commands.h"
 #include "cli/console.h"
@@ -13,8 +16,25 @@
 
 using namespace MCVelscore_850;
 
+namespace {
+
+// The number of a standard stream that is closed would go to the next file opened, and what is
+// meant for the one would land in the other. What takes its place fails as the closed one does: it
+// is open in the other direction only.
+void HoldStandardStreams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(stream, F_GETFD) < 0) {
+            ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
+}  // namespace
+
 int main(int argumentCount, char** arguments)
 {
+    HoldStandardStreams();
     IgnoreWriteSignals();
     Console console;
     try {

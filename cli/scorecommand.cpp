@@ -9,6 +9,7 @@
 #include "cli/stopsignals.h"
 #include "engine/explanation.h"
 #include "engine/scoringsession.h"
+#include "engine/shorttext.h"
 
 namespace MCVelscore_850 {
 
@@ -97,27 +98,33 @@ void SetPolicy(LoadedModel& model, const std::string& policy)
     }
 }
 
-// The output must not be a file that is still being read: it would be emptied or never end.
+// The output must not be an input: a table would be emptied or never end, a model be spoilt.
 void RefuseOutputOntoInput(const ScoreArguments& arguments, const InputFile& cases)
 {
     const auto refuse = [](const std::string& input) {
         throw UsageError(
             fmt::format("the output is the input {} itself; write to another file", input));
     };
-    if (arguments.output == "-") {
-        if (cases.Size() > 0 && IsSameFile(STDOUT_FILENO, cases.Descriptor())) refuse(cases.Name());
-        return;
-    }
-    if (arguments.model != "-" && IsSameFile(arguments.model, arguments.output))
+    const auto isOutput = [&](const auto& input) {
+        return arguments.output == "-" ? IsSameFile(STDOUT_FILENO, input)
+                                       : IsSameFile(input, arguments.output);
+    };
+    if (arguments.model == "-") {
+        if (isOutput(STDIN_FILENO)) refuse("standard input");
+    } else if (isOutput(arguments.model)) {
         refuse(arguments.model);
-    if (IsSameFile(cases.Descriptor(), arguments.output)) refuse(cases.Name());
+    }
+    // What the shell has emptied for the output is an empty table, and told as one.
+    if ((arguments.output != "-" || cases.Size() > 0) && isOutput(cases.Descriptor())) {
+        refuse(cases.Name());
+    }
 }
 
 std::string FirstCaseText(long code, const NotScored& cases)
 {
     if (!cases.text.empty()) {
         return MessageText(static_cast<int>(code),
-                           {cases.text, cases.field, std::to_string(cases.row)});
+                           {ShortText(cases.text), cases.field, std::to_string(cases.row)});
     }
     return cases.field.empty() ? fmt::format("row {}", cases.row)
                                : fmt::format("row {}, field {}", cases.row, cases.field);
@@ -141,7 +148,7 @@ std::string ClosingLine(const ScoringReport& report)
             fmt::format("; column {} has {} {} that the model's dictionary doesn't list (",
                         unlisted.column, unlisted.count, unlisted.count == 1 ? "value" : "values");
         for (size_t i = 0; i < unlisted.first.size(); ++i) {
-            line += fmt::format("{}'{}'", i == 0 ? "" : ", ", unlisted.first[i]);
+            line += fmt::format("{}'{}'", i == 0 ? "" : ", ", ShortText(unlisted.first[i]));
         }
         line += ")";
     }

@@ -4,6 +4,7 @@
 
 #include "engine/failure.h"
 #include "engine/plainnumber.h"
+#include "engine/shorttext.h"
 #include "host/datetimetext.h"
 #include "host/datetimevalue.h"
 #include "host/dictvar.h"
@@ -23,12 +24,18 @@ namespace {
 
 constexpr std::string_view kNotAvailable = "NA";
 
+// The names in one line of a message, the first ones when there are many.
 std::string JoinNames(std::span<const std::string> names, std::string_view between)
 {
+    constexpr size_t kShown = 20;
     std::string joined;
-    for (size_t i = 0; i < names.size(); ++i) {
+    for (size_t i = 0; i < std::min(names.size(), kShown); ++i) {
         if (i > 0) joined += between;
-        joined += names[i];
+        joined += ShortText(names[i]);
+    }
+    if (names.size() > kShown) {
+        joined += between;
+        joined += "and " + std::to_string(names.size() - kShown) + " more";
     }
     return joined;
 }

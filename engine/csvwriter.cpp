@@ -60,11 +60,12 @@ void CsvWriter::AddNumber(double number)
     if (decimal_ != '.') {
         std::replace(buffer_.begin() + static_cast<std::ptrdiff_t>(begin), buffer_.end(), '.',
                      decimal_);
-        if (decimal_ == delimiter_ && buffer_.find(decimal_, begin) != std::string::npos) {
-            const std::string text = buffer_.substr(begin);
-            buffer_.resize(begin);
-            AddQuoted(text);
-        }
+    }
+    // The delimiter may be the decimal mark, a sign or a digit.
+    if (buffer_.find(delimiter_, begin) != std::string::npos) {
+        const std::string text = buffer_.substr(begin);
+        buffer_.resize(begin);
+        AddQuoted(text);
     }
 }
 

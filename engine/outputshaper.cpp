@@ -1,7 +1,10 @@
 #include "engine/outputshaper.h"
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
+#include <unordered_map>
+#include <unordered_set>
 
 #include "engine/csvwriter.h"
 #include "engine/failure.h"
@@ -21,7 +24,7 @@ constexpr size_t kNoPercent = static_cast<size_t>(-1);
 
 void WriteNumber(CsvWriter& writer, double number)
 {
-    if (NumericValue::IsSystemMissingValue(number)) {
+    if (NumericValue::IsSystemMissingValue(number) || std::isnan(number)) {
         writer.AddEmpty();
     } else {
         writer.AddNumber(number);
@@ -92,23 +95,27 @@ OutputShaper::OutputShaper(int resultType, const ModelDescription& description,
 
     std::vector<std::string> keep = options.keep;
     if (options.keepAll) keep.assign(header.begin(), header.end());
+    std::unordered_map<std::string_view, size_t> positions;
+    std::unordered_set<std::string_view> twice;
+    for (size_t i = 0; i < header.size(); ++i) {
+        if (!positions.emplace(header[i], i).second) twice.insert(header[i]);
+    }
+    const std::unordered_set<std::string_view> wanted(keep.begin(), keep.end());
+    std::unordered_set<std::string> given(results.begin(), results.end());
     for (const std::string& name : keep) {
-        const auto found = std::find(header.begin(), header.end(), name);
-        if (found == header.end()) {
+        const auto found = positions.find(name);
+        if (found == positions.end()) {
             throw Failure(FailureKind::Usage, kUnknownKeptColumn, {name, tableName});
         }
-        if (std::find(found + 1, header.end(), name) != header.end()) {
+        if (twice.contains(name)) {
             throw Failure(FailureKind::Cases, kDuplicateColumn, {tableName, name});
         }
-        kept_.push_back(static_cast<size_t>(found - header.begin()));
+        kept_.push_back(found->second);
         std::string column = name;
-        const auto isTaken = [&](const std::string& candidate) {
-            return std::find(results.begin(), results.end(), candidate) != results.end() ||
-                   std::find(columns_.begin(), columns_.end(), candidate) != columns_.end() ||
-                   (candidate != name &&
-                    std::find(keep.begin(), keep.end(), candidate) != keep.end());
-        };
-        while (isTaken(column)) column.insert(0, "input.");
+        while (given.contains(column) || (column != name && wanted.contains(column))) {
+            column.insert(0, "input.");
+        }
+        given.insert(column);
         columns_.push_back(std::move(column));
     }
     columns_.insert(columns_.end(), results.begin(), results.end());

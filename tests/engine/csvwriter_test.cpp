@@ -82,6 +82,25 @@ TEST_F(CsvWriterTest, DecimalCommaBetweenCommasStandsInQuotes)
     EXPECT_EQ(Written(), "\"2,5\",3\n");
 }
 
+TEST_F(CsvWriterTest, NumbersThatHoldTheDelimiterStandInQuotes)
+{
+    struct Sample {
+        char delimiter;
+        double number;
+        const char* written;
+    };
+    for (const Sample& sample :
+         {Sample{'-', -1.5, "\"-1.5\"-7\n"}, Sample{'1', 21.5, "\"21.5\"17\n"},
+          Sample{'e', 1e300, "\"1e+300\"e7\n"}, Sample{'+', 1e300, "\"1e+300\"+7\n"}}) {
+        CsvWriter writer(file_, sample.delimiter);
+        writer.AddNumber(sample.number);
+        writer.AddNumber(7);
+        writer.EndRow();
+        writer.Close();
+        EXPECT_EQ(Written(), sample.written);
+    }
+}
+
 TEST_F(CsvWriterTest, RowsWrittenLeaveTheHeaderOut)
 {
     CsvWriter writer(file_);

@@ -1,7 +1,9 @@
 #include "engine/outputshaper.h"
 
+#include <chrono>
 #include <cstdio>
 #include <fstream>
+#include <limits>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -144,6 +146,32 @@ TEST_F(OutputShaperTest, LinearResultFillsItsColumnsAndKeepsTheInputsText)
     result.SetCITop(3.5);
     shaper.WriteScored(writer_, Row{"a,1", "01.50", "7"}, result);
     EXPECT_EQ(Written(), "\"a,1\",01.50,1.25,0.5,-1,3.5,0,\n");
+}
+
+TEST_F(OutputShaperTest, WhatIsNoNumberIsAnEmptyField)
+{
+    const double none = std::numeric_limits<double>::quiet_NaN();
+    OutputShaper shaper = Shaper(ScoreResult::LR_RESULT);
+    LRResult result(nullptr);
+    result.SetPrediction(new NumericValue(none));
+    result.SetStdDev(-none);
+    result.SetCIBottom(none);
+    result.SetCITop(-none);
+    shaper.WriteScored(writer_, Row{"1", "2", "3"}, result);
+    EXPECT_EQ(Written(), ",,,,0,\n");
+}
+
+// Compared each with each, these would take a minute.
+TEST_F(OutputShaperTest, ManyKeptColumnsAreNamedAtOnce)
+{
+    constexpr size_t kColumns = 100000;
+    Names header;
+    for (size_t i = 0; i < kColumns; ++i) header.push_back("a long name " + std::to_string(i));
+    const auto begin = std::chrono::steady_clock::now();
+    const OutputShaper shaper = Shaper(ScoreResult::CLR_RESULT, {.keepAll = true}, header);
+    const auto taken = std::chrono::steady_clock::now() - begin;
+    EXPECT_EQ(shaper.Columns().size(), kColumns + 3);
+    EXPECT_LT(taken, std::chrono::seconds(5));
 }
 
 TEST_F(OutputShaperTest, MissingNumbersAreEmptyFields)

@@ -1,6 +1,8 @@
 // Tables that can't be read or hold what can't be scored: exit code, message, and the rows that
 // could be scored all the same.
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "tests/system/csvtext.h"
@@ -54,6 +56,29 @@ TEST_F(BadCases, MissingColumnIsNamedBesideTheColumnsFound)
     EXPECT_EQ(run.out, "");
     EXPECT_TRUE(Says(run, "'sex'")) << run.err;
     EXPECT_TRUE(Says(run, "x, gender")) << run.err;
+}
+
+TEST_F(BadCases, MissingColumnOfAWideTableIsToldInAShortMessage)
+{
+    std::string header = "x";
+    for (int i = 0; i < 20000; ++i) header += ",column " + std::to_string(i);
+    const Finished run = Score(header + "\n");
+    EXPECT_EQ(run.exitCode, 3);
+    EXPECT_TRUE(Says(run, "'sex'")) << run.err;
+    EXPECT_TRUE(Says(run, "column 0")) << run.err;
+    EXPECT_LT(run.err.size(), 2000u);
+}
+
+TEST_F(BadCases, TextOfAFieldIsToldShortAndInOneLine)
+{
+    const Finished run =
+        Score("x,sex\n\"two\nlines \x1b[31m " + std::string(900000, 'x') + "\",f\n");
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_TRUE(Says(run, "'two")) << run.err.substr(0, 2000);
+    EXPECT_TRUE(Says(run, "is not a number")) << run.err.substr(0, 2000);
+    EXPECT_LT(run.err.size(), 500u);
+    EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1);
+    EXPECT_FALSE(Says(run, "\x1b"));
 }
 
 TEST_F(BadCases, TableWithoutAHeaderLacksTheColumns)

@@ -41,6 +41,7 @@ TEST_F(Command, WithoutArgumentsIsWrongUsage)
 TEST_F(Command, UnknownCommandsAndOptionsAreWrongUsage)
 {
     EXPECT_EQ(RunVelscore({"judge"}).exitCode, 1);
+    EXPECT_TRUE(Has(RunVelscore({"judge"}).err, "'judge'"));
     EXPECT_EQ(RunVelscore({"score", model_, "--fast"}).exitCode, 1);
     EXPECT_EQ(RunVelscore({"score"}).exitCode, 1);
     EXPECT_EQ(RunVelscore({"score", model_, "a.csv", "b.csv"}).exitCode, 1);

@@ -87,6 +87,21 @@ TEST_F(ScoreOptions, OutputOntoAnInputIsWrongUsageAndLeavesItAlone)
     EXPECT_EQ(ReadFile(cases), "x,sex\n1,f\n");
 }
 
+TEST_F(ScoreOptions, OutputOntoTheModelIsWrongUsageHoweverBothAreNamed)
+{
+    const std::string cases = folder_.Write("cases.csv", "x,sex\n1,f\n");
+    const std::string before = ReadFile(model_);
+    for (const char* command : {"exec \"$0\" score \"$1\" \"$2\" >> \"$1\"",
+                                "exec \"$0\" score - \"$2\" -o \"$1\" < \"$1\"",
+                                "exec \"$0\" score - \"$2\" < \"$1\" >> \"$1\""}) {
+        const Finished run =
+            RunProgram({"/bin/sh", "-c", command, VELSCORE_COMMAND, model_, cases});
+        EXPECT_EQ(run.exitCode, 1) << command;
+        EXPECT_NE(run.err.find("another file"), std::string::npos) << run.err;
+        EXPECT_EQ(ReadFile(model_), before) << command;
+    }
+}
+
 TEST_F(ScoreOptions, KeepRepeatsTheInputsOwnText)
 {
     const std::string table = "id,x,sex,status\n\"a,1\",01.0,f,old\n";

@@ -92,6 +92,22 @@ TEST_F(Streams, OutputInAFolderThatIsNotThereEndsWithFour)
     EXPECT_NE(run.err.find("/nowhere/at/all.csv"), std::string::npos) << run.err;
 }
 
+TEST_F(Streams, ClosedStandardOutputEndsWithFour)
+{
+    const Finished run = RunProgram({"/bin/sh", "-c", "exec \"$0\" score \"$1\" \"$2\" >&-",
+                                     VELSCORE_COMMAND, model_, LongTable()});
+    EXPECT_EQ(run.exitCode, 4);
+    EXPECT_NE(run.err.find("standard output can't be written"), std::string::npos) << run.err;
+}
+
+TEST_F(Streams, ClosedStandardInputIsNoEmptyTable)
+{
+    const Finished run =
+        RunProgram({"/bin/sh", "-c", "exec \"$0\" score \"$1\" <&-", VELSCORE_COMMAND, model_});
+    EXPECT_EQ(run.exitCode, 3);
+    EXPECT_NE(run.err.find("standard input can't be read"), std::string::npos) << run.err;
+}
+
 TEST_F(Streams, InterruptLeavesWholeRowsAndTellsHowMany)
 {
     RunningVelscore running({"score", model_, "-"});
