@@ -21,5 +21,13 @@ if [ "$(id -u)" -ne 0 ]; then
     as_root=(sudo)
 fi
 export DEBIAN_FRONTEND=noninteractive
-"${as_root[@]}" apt-get update -qq >&2
-"${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+{
+    "${as_root[@]}" apt-get update -qq &&
+        "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
+} >"$log" 2>&1 || {
+    tail -n 20 "$log" >&2
+    echo "The packages can't be installed." >&2
+    exit 1
+}

@@ -50,6 +50,10 @@ std::optional<Change> DropReplacementsThatAreNoNumbers(xercesc::DOMElement* root
 
 // Parameters (adapterrules_parameters.cpp).
 
+/// Changes nothing, but says that a model without a ParamMatrix has no estimates: the reader takes
+/// it, and every beta counts as 0.
+std::optional<Change> NoteMissingEstimates(xercesc::DOMElement* root);
+
 /// A modelType "regression" pairs parameters with predictors by position. Where the cells of the
 /// PPMatrix say otherwise the model becomes "generalLinear", which reads the cells.
 std::optional<Change> MakeUnorderedRegressionGeneralLinear(xercesc::DOMElement* root);

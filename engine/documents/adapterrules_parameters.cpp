@@ -247,4 +247,14 @@ std::optional<Change> CompleteReferencePoints(xercesc::DOMElement* root)
                              "have one"};
 }
 
+std::optional<Change> NoteMissingEstimates(xercesc::DOMElement* root)
+{
+    const xercesc::DOMElement* model = ModelElement(root);
+    if (model == nullptr || ChildElement(model, Tags::XML_ELE_PARAM_MATRIX) != nullptr) {
+        return std::nullopt;
+    }
+    return Change{PlaceOf(model), "no ParamMatrix: the model has no estimates, and every beta counts "
+                                  "as 0"};
+}
+
 }  // namespace MCVelscore_850

@@ -27,6 +27,7 @@ constexpr RuleRow kRules[] = {
     {"replacement-no-number", DropReplacementsThatAreNoNumbers},
     {"regression-order", MakeUnorderedRegressionGeneralLinear},
     {"reference-points", CompleteReferencePoints},
+    {"no-estimates", NoteMissingEstimates},
 };
 
 }  // namespace

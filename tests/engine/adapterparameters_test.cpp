@@ -169,6 +169,17 @@ TEST(RegressionOrder, LooksAtLinearRegressionsAlone)
     }
 }
 
+TEST(NoEstimates, AreSaidAndNothingIsChanged)
+{
+    std::string text = Parts().Text();
+    const size_t from = text.find("<ParamMatrix>");
+    const std::string end = "</ParamMatrix>";
+    text.erase(from, text.find(end) + end.size() - from);
+    const Adapted adapted(text);
+    EXPECT_EQ(adapted.Rules(), "no-estimates");
+    EXPECT_EQ(adapted.before, adapted.after);
+}
+
 // A Cox document; its points are on pa alone.
 Parts Cox()
 {

@@ -26,8 +26,8 @@ TEST(DocumentAdapter, LeavesADocumentWithoutItsModelToTheReader)
 {
     EXPECT_TRUE(Adapted("<PMML version='4.4'/>").Untouched());
     EXPECT_TRUE(Adapted("<PMML version='4.4'><DataDictionary/><TreeModel/></PMML>").Untouched());
-    EXPECT_TRUE(Adapted("<PMML version='4.4'><GeneralRegressionModel modelType='regression'/>"
-                        "</PMML>")
+    EXPECT_TRUE(Adapted("<PMML version='4.4'><GeneralRegressionModel modelType='regression'>"
+                        "<ParamMatrix/></GeneralRegressionModel></PMML>")
                     .Untouched());
 }
 
@@ -71,7 +71,7 @@ TEST(NamespacePrefix, GoesBeforeTheOtherRulesLook)
     const Adapted adapted(
         "<p:PMML version='4.4.1' xmlns:p='http://www.dmg.org/PMML-4_4'>"
         "<p:GeneralRegressionModel><p:MiningSchema><p:MiningField name='a'/>"
-        "<p:MiningField name='a'/></p:MiningSchema></p:GeneralRegressionModel>"
+        "<p:MiningField name='a'/></p:MiningSchema><p:ParamMatrix/></p:GeneralRegressionModel>"
         "</p:PMML>");
     EXPECT_EQ(adapted.Rules(), "namespace-prefix short-version repeated-mining-field");
 }
