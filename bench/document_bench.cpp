@@ -149,8 +149,8 @@ int main(int argc, char** argv)
         adapter.push_back(Milliseconds([&] { changes += AdaptDocument(document).size(); }));
         std::unique_ptr<ScoreModel> model;
         reader.push_back(Milliseconds([&] {
-            model.reset(GeneralRegressionTranslator().ParseFromTree(
-                document.GetTree().dom.get(), "UTF-8"));
+            model.reset(
+                GeneralRegressionTranslator().ParseFromTree(document.GetTree().dom.get(), "UTF-8"));
         }));
     }
     if (changes != 0) {

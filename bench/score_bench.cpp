@@ -177,8 +177,7 @@ void Run(const char* name, bool predictionOnly, int batches)
     fixture.Give(x);
     const double wrong = std::fabs(fixture.Score() - PlainPrediction(x));
     const auto& answer = static_cast<const LRResult&>(*fixture.result);
-    const double wrongError =
-        predictionOnly ? 0.0 : std::fabs(answer.GetStdDev() - PlainError(x));
+    const double wrongError = predictionOnly ? 0.0 : std::fabs(answer.GetStdDev() - PlainError(x));
     if (wrong > 1e-12 || wrongError > 1e-12) {
         std::fprintf(stderr, "%s: the score isn't the plain loop's\n", name);
         std::exit(1);
@@ -219,8 +218,8 @@ int main(int argc, char** argv)
 #ifndef __OPTIMIZE__
     std::printf("without optimisation: figures mean nothing\n");
 #endif
-    std::printf("%d batches of %d cases\n\n%-14s %10s %10s %10s %10s\n", batches, kBatch, "ns a case",
-                "median", "p99", "plain", "ratio");
+    std::printf("%d batches of %d cases\n\n%-14s %10s %10s %10s %10s\n", batches, kBatch,
+                "ns a case", "median", "p99", "plain", "ratio");
     Run<GLRModel>("glr10_predict", true, batches);
     Run<GLRModel>("glr10_full", false, batches);
     Run<LRModel>("lr10_predict", true, batches);

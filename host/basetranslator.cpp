@@ -5,11 +5,11 @@
 
 #include <xercesc/dom/DOM.hpp>
 
+#include "host/datetimetext.h"
+#include "host/datetimevalue.h"
 #include "host/messages.h"
 #include "host/numbertext.h"
 #include "host/numericvalue.h"
-#include "host/datetimetext.h"
-#include "host/datetimevalue.h"
 #include "host/scoredictvar.h"
 #include "host/vsexception.h"
 
@@ -56,9 +56,12 @@ public:
         for (; text != nullptr && text[length] != 0; ++length) {
             const XMLCh c = text[length];
             const char narrow = c < 0x80 ? static_cast<char>(c) : '?';
-            if (length < short_.size()) short_[length] = narrow;
-            else if (length == short_.size()) long_.assign(short_.data(), length) += narrow;
-            else long_ += narrow;
+            if (length < short_.size())
+                short_[length] = narrow;
+            else if (length == short_.size())
+                long_.assign(short_.data(), length) += narrow;
+            else
+                long_ += narrow;
         }
         view_ = length <= short_.size() ? std::string_view(short_.data(), length) : long_;
     }

@@ -23,10 +23,7 @@ std::string DateTimeValue::GetString() const
     return text;
 }
 
-bool DateTimeValue::IsMissingValue() const
-{
-    return NumericValue::IsSystemMissingValue(number_);
-}
+bool DateTimeValue::IsMissingValue() const { return NumericValue::IsSystemMissingValue(number_); }
 
 double DateTimeValue::GetDoubleValue(ScoreDictVar::DateTimeType type) const
 {

@@ -43,8 +43,7 @@ public:
     DerivedFieldReader(PMMLTranslator& translator, const ScoreDictionary& dictionary,
                        TransformationDictionary& derived)
         : t_(translator), dictionary_(dictionary), derived_(derived)
-    {
-    }
+    {}
 
     void ReadAll(DOMElement* section)
     {
@@ -179,18 +178,17 @@ private:
     std::unique_ptr<Expression> ReadFieldRef(DOMElement* element)
     {
         const ScoreDictVar* var = ReadFieldName(element);
-        return MakeFieldRef(var, ReadReplacement(element, kMapMissingTo,
-                                                 var->GetValueType() == ScoreDictVar::STRING
-                                                     ? "string"
-                                                     : "double"));
+        return MakeFieldRef(
+            var,
+            ReadReplacement(element, kMapMissingTo,
+                            var->GetValueType() == ScoreDictVar::STRING ? "string" : "double"));
     }
 
     std::unique_ptr<Expression> ReadConstant(DOMElement* element)
     {
         const XMLCh* type = t_.GetAttribute(element, kDataType);
         if (t_.IsEqual(t_.GetAttribute(element, "missing"), "true")) return MakeConstant({});
-        return MakeConstant(
-            ValueOf(t_.Transcode(element->getTextContent()), t_.ToString(type)));
+        return MakeConstant(ValueOf(t_.Transcode(element->getTextContent()), t_.ToString(type)));
     }
 
     std::unique_ptr<Expression> ReadNormContinuous(DOMElement* element)
@@ -209,11 +207,11 @@ private:
         t_.NoteElement(element);
         if (points.size() < 2 || !ascending) Refuse(kNormPoints, field_.c_str());
         const XMLCh* outliers = t_.GetAttribute(element, Tags::XML_ATT_MININGFIELD_OUTLIERS);
-        const int treatment =
-            t_.IsEqual(outliers, Tags::XML_VAL_MININGFIELD_OUTLIERS_ASMISS) ? ScoreDictVar::AS_MISSING
-            : t_.IsEqual(outliers, Tags::XML_VAL_MININGFIELD_OUTLIERS_ASEXTREME)
-                ? ScoreDictVar::AS_EXTREME
-                : ScoreDictVar::AS_IS;
+        const int treatment = t_.IsEqual(outliers, Tags::XML_VAL_MININGFIELD_OUTLIERS_ASMISS)
+                                  ? ScoreDictVar::AS_MISSING
+                              : t_.IsEqual(outliers, Tags::XML_VAL_MININGFIELD_OUTLIERS_ASEXTREME)
+                                  ? ScoreDictVar::AS_EXTREME
+                                  : ScoreDictVar::AS_IS;
         return MakeNormContinuous(var, std::move(points), treatment,
                                   ReadReplacement(element, kMapMissingTo, "double"));
     }

@@ -309,10 +309,7 @@ int DictVar::FindCategory(const ScoreValue& value) const
     return HasOwnKind(value) ? categories_.Find(value) : -1;
 }
 
-int DictVar::FindCategoryText(std::string_view text) const
-{
-    return categories_.FindText(text);
-}
+int DictVar::FindCategoryText(std::string_view text) const { return categories_.FindText(text); }
 
 std::string_view DictVar::Spelling(std::string_view text) const
 {

@@ -127,7 +127,7 @@ private:
     std::unique_ptr<CatEncoder> encoder_;
     int outlierTreatment_ = AS_IS;
     int spellings_[2] = {-1, -1};  // of a boolean's false and true: the positions of their words
-    bool declared_ = false;  // some Value child stood in the declaration
+    bool declared_ = false;        // some Value child stood in the declaration
     bool acceptsUnlisted_ = false;
     mutable int dictIndex_ = -1;
 };

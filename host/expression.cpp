@@ -80,8 +80,7 @@ class FieldRef final : public Expression {
 public:
     FieldRef(const ScoreDictVar* var, Replacement mapMissingTo)
         : var_(var), mapMissingTo_(std::move(mapMissingTo))
-    {
-    }
+    {}
     void Evaluate(const ExpressionCase& c, ExpressionValue& value) const override
     {
         ReadField(*var_, c, value);
@@ -132,8 +131,7 @@ public:
           points_(std::move(points)),
           outliers_(outliers),
           mapMissingTo_(std::move(mapMissingTo))
-    {
-    }
+    {}
     void Evaluate(const ExpressionCase& c, ExpressionValue& value) const override
     {
         ReadField(*var_, c, value);
@@ -152,8 +150,9 @@ public:
             }
         }
         // The segment that holds x; beyond the ends the outer one goes on.
-        const auto above = std::upper_bound(points_.begin() + 1, points_.end() - 1, x,
-                                            [](double v, const NormPoint& p) { return v < p.orig; });
+        const auto above =
+            std::upper_bound(points_.begin() + 1, points_.end() - 1, x,
+                             [](double v, const NormPoint& p) { return v < p.orig; });
         const NormPoint& right = *above;
         const NormPoint& left = *(above - 1);
         value.SetNumber(left.norm +

@@ -75,7 +75,8 @@ constexpr Message kCatalogue[] = {
      "a conditional logistic model ({2}) takes no {0} (by its {1}) and needs the list of its "
      "target's categories",
      "Leave the intercept out and list the target's categories."},
-    {260202, "ss", "{0} is named as the target and is not the target field that the schema and "
+    {260202, "ss",
+     "{0} is named as the target and is not the target field that the schema and "
      "the {1} give",
      "Make targetVariableName and the mining schema's target agree."},
     {260204, "s", "{0} is a second target", "Keep one target field in the mining schema."},
@@ -125,7 +126,8 @@ constexpr Message kCatalogue[] = {
      "NormContinuous in the derived field {0} needs two LinearNorm elements or more, their orig "
      "values ascending",
      kMendExpression},
-    {kExpressionTooDeep, "s", "the derived field {0} stands on too long a chain of fields and functions",
+    {kExpressionTooDeep, "s",
+     "the derived field {0} stands on too long a chain of fields and functions",
      "Shorten the chain of derived fields, or nest fewer functions."},
     {kTooManyDerivedTexts, "ds",
      "the derived fields up to {1} can yield more than {0} texts in all",
@@ -144,7 +146,8 @@ constexpr Message kCatalogue[] = {
      "Export the model with fewer parameters, or without its covariances."},
 
     {kCaseTextNotANumber, "ssd", "'{0}' in the field {1} of row {2} is not a number", kMendCase},
-    {kCaseTextNotADateTime, "ssd", "'{0}' in the field {1} of row {2} is no date or time of the "
+    {kCaseTextNotADateTime, "ssd",
+     "'{0}' in the field {1} of row {2} is no date or time of the "
      "field's type",
      kMendCase},
     {kCaseInvalidValue, "ssd",

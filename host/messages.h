@@ -36,13 +36,13 @@ public:
 };
 
 // Codes of the host's own refusals, in documents. The codes of the readers stand with the readers.
-inline constexpr int kNotANumber = 269001;            // text
-inline constexpr int kNotAnInteger = 269002;          // text
-inline constexpr int kNumberTooLarge = 269003;        // text
-inline constexpr int kArrayLength = 269004;           // found, expected
-inline constexpr int kUnknownEncoding = 269005;       // name
-inline constexpr int kDuplicateField = 269006;        // name
-inline constexpr int kUnknownDataType = 269007;       // text, attribute, name
+inline constexpr int kNotANumber = 269001;              // text
+inline constexpr int kNotAnInteger = 269002;            // text
+inline constexpr int kNumberTooLarge = 269003;          // text
+inline constexpr int kArrayLength = 269004;             // found, expected
+inline constexpr int kUnknownEncoding = 269005;         // name
+inline constexpr int kDuplicateField = 269006;          // name
+inline constexpr int kUnknownDataType = 269007;         // text, attribute, name
 inline constexpr int kExpressionNotSupported = 269008;  // element, derived field
 inline constexpr int kFunctionNotSupported = 269009;    // function, derived field
 inline constexpr int kWrongArgumentCount = 269010;      // function, found, expected, derived field
@@ -59,20 +59,20 @@ inline constexpr int kCallNotAvailable = 269023;        // operation
 inline constexpr int kTableTooLarge = 269024;           // section, rows, columns
 
 // Codes of a case that the engine refuses before a model sees it; they stand in column status.
-inline constexpr int kCaseTextNotANumber = 269050;   // text, field, row
-inline constexpr int kCaseTextNotADateTime = 269051; // text, field, row
-inline constexpr int kCaseInvalidValue = 269052;     // text, field, row
+inline constexpr int kCaseTextNotANumber = 269050;    // text, field, row
+inline constexpr int kCaseTextNotADateTime = 269051;  // text, field, row
+inline constexpr int kCaseInvalidValue = 269052;      // text, field, row
 
 // Codes of the engine: the document's bytes.
-inline constexpr int kCannotRead = 269101;       // file, reason
-inline constexpr int kEmptyDocument = 269102;    // file
-inline constexpr int kNotWellFormed = 269103;    // file, line, column, reason
-inline constexpr int kDoctype = 269104;          // file, line, column
-inline constexpr int kTooDeep = 269105;          // file, line, column, limit
+inline constexpr int kCannotRead = 269101;         // file, reason
+inline constexpr int kEmptyDocument = 269102;      // file
+inline constexpr int kNotWellFormed = 269103;      // file, line, column, reason
+inline constexpr int kDoctype = 269104;            // file, line, column
+inline constexpr int kTooDeep = 269105;            // file, line, column, limit
 inline constexpr int kTooManyAttributes = 269106;  // file, line, column, limit
-inline constexpr int kTokenTooLong = 269107;     // file, line, column, limit
-inline constexpr int kTooManyElements = 269108;  // file, line, column, limit
-inline constexpr int kDocumentTooLarge = 269109; // file, limit
+inline constexpr int kTokenTooLong = 269107;       // file, line, column, limit
+inline constexpr int kTooManyElements = 269108;    // file, line, column, limit
+inline constexpr int kDocumentTooLarge = 269109;   // file, limit
 inline constexpr int kNotAModelDocument = 269110;  // file, root
 
 // Codes of the engine: the plug-in.
@@ -80,16 +80,16 @@ inline constexpr int kPluginNotLoaded = 269201;  // file, reason
 inline constexpr int kPluginNoEntry = 269202;    // file, entry
 
 // Codes of the engine: the table of cases and the output.
-inline constexpr int kCasesNotRead = 269301;      // file, reason
-inline constexpr int kNoHeader = 269302;          // file
-inline constexpr int kMissingColumn = 269303;     // file, column, columns found
-inline constexpr int kRowLength = 269304;         // file, row, found, expected
-inline constexpr int kUnclosedQuote = 269305;     // file, row
-inline constexpr int kNulByte = 269306;           // file, row
-inline constexpr int kDuplicateColumn = 269307;   // file, column
-inline constexpr int kStrayQuote = 269308;        // file, row
-inline constexpr int kFieldTooLong = 269309;      // file, row, limit
-inline constexpr int kOutputNotWritten = 269310;  // file, reason, rows written
+inline constexpr int kCasesNotRead = 269301;       // file, reason
+inline constexpr int kNoHeader = 269302;           // file
+inline constexpr int kMissingColumn = 269303;      // file, column, columns found
+inline constexpr int kRowLength = 269304;          // file, row, found, expected
+inline constexpr int kUnclosedQuote = 269305;      // file, row
+inline constexpr int kNulByte = 269306;            // file, row
+inline constexpr int kDuplicateColumn = 269307;    // file, column
+inline constexpr int kStrayQuote = 269308;         // file, row
+inline constexpr int kFieldTooLong = 269309;       // file, row, limit
+inline constexpr int kOutputNotWritten = 269310;   // file, reason, rows written
 inline constexpr int kUnknownKeptColumn = 269311;  // column, file
 
 }  // namespace MCVelscore_850

@@ -9,15 +9,15 @@
 
 namespace MCVelscore_850 {
 
-NumericValue::NumericValue(const std::string& text)
-    : ScoreValue(NUMERIC), value_(GetSysmisValue())
+NumericValue::NumericValue(const std::string& text) : ScoreValue(NUMERIC), value_(GetSysmisValue())
 {
     const std::string_view trimmed = TrimBlanks(text);
     const char* end = trimmed.data() + trimmed.size();
     double value = 0.0;
     const auto read = std::from_chars(trimmed.data(), end, value);
     if (read.ptr != end || read.ec == std::errc::invalid_argument) return;
-    if (read.ec == std::errc::result_out_of_range && ReadNumber(trimmed, value) != NumberText::Number)
+    if (read.ec == std::errc::result_out_of_range &&
+        ReadNumber(trimmed, value) != NumberText::Number)
         return;
     value_ = value;
 }

@@ -36,13 +36,14 @@ struct PMMLModelTags {
     static inline const std::string XML_ELM_BASECUMHAZARDTABLES = "BaseCumHazardTables";
     static inline const std::string XML_ELM_BASELINESTRATUM = "BaselineStratum";
     static inline const std::string XML_ELM_BASELINECELL = "BaselineCell";
-    static inline const std::string XML_ELE_XBASIS = "xBasis";  // own
-    static inline const std::string XML_ELE_UPERXBASIS = "X-Basis";  // own
+    static inline const std::string XML_ELE_XBASIS = "xBasis";                     // own
+    static inline const std::string XML_ELE_UPERXBASIS = "X-Basis";                // own
     static inline const std::string XML_EXT_ELE_COXREG_BASEPOINT = "X-BasePoint";  // own
-    static inline const std::string XML_EXT_ELE_COXREG_STRATUM = "X-Stratum";  // own
-    static inline const std::string XML_EXT_ELE_COXREG_HAZARD_TABLE = "X-BaseCumHazardTable";  // own
+    static inline const std::string XML_EXT_ELE_COXREG_STRATUM = "X-Stratum";      // own
+    static inline const std::string XML_EXT_ELE_COXREG_HAZARD_TABLE =
+        "X-BaseCumHazardTable";                                                        // own
     static inline const std::string XML_EXT_ELE_COXREG_BASEMAXTIME = "X-BaseMaxTime";  // own
-    static inline const std::string XML_EXT_ELE_COXREG_BASELINE = "X-Baseline";  // own
+    static inline const std::string XML_EXT_ELE_COXREG_BASELINE = "X-Baseline";        // own
 
     // Attributes
     static inline const std::string XML_ATT_VERSION = "version";
@@ -94,9 +95,10 @@ struct PMMLModelTags {
     static inline const std::string XML_ELE_MATRIX_NBCOLS = "nbCols";
     static inline const std::string XML_ATT_ARRAY_N = "n";
     static inline const std::string XML_ATT_INTERCEPT = "intercept";  // own
-    static inline const std::string XML_ATT_XBASIS_NROW = "nbRows";  // own
-    static inline const std::string XML_ATT_XBASIS_NCOL = "nbCols";  // own
-    static inline const std::string XML_EXT_ATT_COXREG_BASEPOINT_PARAMETERNAME = "parameterName";  // own
+    static inline const std::string XML_ATT_XBASIS_NROW = "nbRows";   // own
+    static inline const std::string XML_ATT_XBASIS_NCOL = "nbCols";   // own
+    static inline const std::string XML_EXT_ATT_COXREG_BASEPOINT_PARAMETERNAME =
+        "parameterName";                                                                 // own
     static inline const std::string XML_EXT_ELE_ATT_COXREG_STRATUM_VARNAME = "varName";  // own
     static inline const std::string XML_EXT_ELE_ATT_COXREG_BASELINE_TIME = "time";
     static inline const std::string XML_EXT_ELE_ATT_COXREG_BASELINE_CUMHAZARD = "cumHazard";
@@ -115,13 +117,15 @@ struct PMMLModelTags {
     static inline const std::string XML_EXT_NAME_COXREG_STARTTIMEVARIABLE = "startTimeVariable";
     static inline const std::string XML_EXT_NAME_COXREG_SUBJECT_VARIABLE = "subjectIDVariable";
     static inline const std::string XML_EXT_NAME_COXREG_REFERENCEPOINT = "referencePoint";
-    static inline const std::string XML_EXT_NAME_COXREG_XBASE_CUMHAZARD_TABLES = "X-BaseCumHazardTables";  // own
+    static inline const std::string XML_EXT_NAME_COXREG_XBASE_CUMHAZARD_TABLES =
+        "X-BaseCumHazardTables";                                                            // own
     static inline const std::string XML_EXT_NAME_COXREG_CONTRASTMATRIX = "contrastMatrix";  // own
-    static inline const std::string XML_EXT_NAME_COXREG_STATUS = "status";  // own
-    static inline const std::string XML_ATT_RM_EXT_NAME_ALLMISSINGFACTORS = "allowMissingFactors";  // own
-    static inline const std::string XML_ATT_RM_EXT_NAME_CUTOFF = "cutoff";  // own
-    static inline const std::string XML_ATT_RM_EXT_NAME_SIGMA = "sigma";  // own
-    static inline const std::string XML_ATT_RM_EXT_NAME_PERCENTILE = "percentile";  // own
+    static inline const std::string XML_EXT_NAME_COXREG_STATUS = "status";                  // own
+    static inline const std::string XML_ATT_RM_EXT_NAME_ALLMISSINGFACTORS =
+        "allowMissingFactors";                                                            // own
+    static inline const std::string XML_ATT_RM_EXT_NAME_CUTOFF = "cutoff";                // own
+    static inline const std::string XML_ATT_RM_EXT_NAME_SIGMA = "sigma";                  // own
+    static inline const std::string XML_ATT_RM_EXT_NAME_PERCENTILE = "percentile";        // own
     static inline const std::string XML_ATT_TRAN_EXT_NAME_DERIVEDFIELD = "derivedField";  // own
 
     // Values
@@ -144,16 +148,17 @@ struct PMMLModelTags {
     static inline const std::string XML_VAL_MT_XCONLOG = "contrastLogistic";
     static inline const std::string XML_VAL_MT_COND = "conditionalLogistic";  // own
     static inline const std::string XML_VAL_MN_GZLM = "GZLM";
-    static inline const std::string XML_VAL_MN_GEE = "GEE";  // own
-    static inline const std::string XML_VAL_MN_GLMM = "GLMM";  // own
-    static inline const std::string XML_VAL_MN_GLIN = "generalLinearModel";  // own
+    static inline const std::string XML_VAL_MN_GEE = "GEE";                    // own
+    static inline const std::string XML_VAL_MN_GLMM = "GLMM";                  // own
+    static inline const std::string XML_VAL_MN_GLIN = "generalLinearModel";    // own
     static inline const std::string XML_VAL_MN_MIXEDLIN = "mixedLinearModel";  // own
-    static inline const std::string XML_VAL_MN_ALM = "automaticLinearModel";  // own
-    static inline const std::string XML_VAL_MN_COXREG = "Cox";  // own
+    static inline const std::string XML_VAL_MN_ALM = "automaticLinearModel";   // own
+    static inline const std::string XML_VAL_MN_COXREG = "Cox";                 // own
     static inline const std::string XML_VAL_MN_CSCOXREG = "CSCox";
     static inline const std::string XML_VAL_MN_ORDINAL = "ordinalRegression";  // own
 
-    // Links and distributions. The loglog of the attribute form is the nloglog of the extension form
+    // Links and distributions. The loglog of the attribute form is the nloglog of the extension
+    // form
     static inline const std::string XML_VAL_LINKFUNCTION_LOGIT = "logit";
     static inline const std::string XML_VAL_LINKFUNCTION_PROBIT = "probit";
     static inline const std::string XML_VAL_LINKFUNCTION_CLOGLOG = "cloglog";
@@ -170,10 +175,10 @@ struct PMMLModelTags {
     static inline const std::string XML_VAL_RM_EXT_VALUE_LINK_POWER = "power";
     static inline const std::string XML_VAL_RM_EXT_VALUE_LINK_NLOGLOG = "nloglog";  // own
     static inline const std::string XML_VAL_RM_VALUE_LINK_LOGLOG = "loglog";
-    static inline const std::string XML_VAL_RM_EXT_VALUE_LINK_CUM_LOGIT = "cumlogit";  // own
-    static inline const std::string XML_VAL_RM_EXT_VALUE_LINK_CUM_PROBIT = "cumprobit";  // own
+    static inline const std::string XML_VAL_RM_EXT_VALUE_LINK_CUM_LOGIT = "cumlogit";      // own
+    static inline const std::string XML_VAL_RM_EXT_VALUE_LINK_CUM_PROBIT = "cumprobit";    // own
     static inline const std::string XML_VAL_RM_EXT_VALUE_LINK_CUM_CLOGLOG = "cumcloglog";  // own
-    static inline const std::string XML_VAL_RM_EXT_VALUE_LINK_CUM_LOGLOG = "cumloglog";  // own
+    static inline const std::string XML_VAL_RM_EXT_VALUE_LINK_CUM_LOGLOG = "cumloglog";    // own
     static inline const std::string XML_VAL_RM_EXT_VALUE_LINK_CUM_CAUCHIT = "cumcauchit";  // own
     static inline const std::string XML_VAL_RM_VALUE_LINK_LOGIT = "logit";
     static inline const std::string XML_VAL_RM_VALUE_LINK_PROBIT = "probit";

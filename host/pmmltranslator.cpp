@@ -25,8 +25,7 @@ void PMMLTranslator::SetupCatEncoder(ScoreDictVar* var)
     if (var != nullptr) static_cast<DictVar*>(var)->SetUpCatEncoder();
 }
 
-std::vector<double> PMMLTranslator::VerifyDoubleArray(xercesc::DOMElement* element,
-                                                      int count) const
+std::vector<double> PMMLTranslator::VerifyDoubleArray(xercesc::DOMElement* element, int count) const
 {
     NoteElement(element);
     const std::string text = ToString(element->getTextContent());

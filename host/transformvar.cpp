@@ -56,8 +56,7 @@ TransformVar::TransformVar(const TransformVar& other)
       inputs_(other.inputs_),
       height_(other.height_),
       value_(MakeMissing(GetValueType()))
-{
-}
+{}
 
 TransformVar::~TransformVar() = default;
 

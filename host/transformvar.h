@@ -26,7 +26,8 @@ public:
 
     /// The derived value for the case, a missing value where the expression yields none. It
     /// belongs to the variable and stands until the next call; null never.
-    ScoreValue* GetTransformedValue(const ScoreCaseRecord* record, const ScoreDictionary* dictionary,
+    ScoreValue* GetTransformedValue(const ScoreCaseRecord* record,
+                                    const ScoreDictionary* dictionary,
                                     const ScoreDictionary* transformations) const;
 
     /// The same within an evaluation that is under way: computed once in it.

@@ -56,8 +56,7 @@ public:
     CaseWalk(RegressionModel& model, const CaseRoad& road, const ScoreCaseRecord* record,
              bool derivedInRecord)
         : model_(model), road_(road), record_(record), derivedInRecord_(derivedInRecord)
-    {
-    }
+    {}
 
     /// False for a null record, whose status is then set; nothing else of the call runs.
     bool Start();

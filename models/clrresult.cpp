@@ -6,8 +6,7 @@ namespace MCVelscore_850 {
 
 CLRResult::CLRResult(const CLRResult& other)
     : ScoreRegResult(other), target_(other.target_), prediction_(CloneOf(other.prediction_))
-{
-}
+{}
 
 CLRResult& CLRResult::operator=(const CLRResult& other)
 {

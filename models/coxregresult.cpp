@@ -10,8 +10,7 @@ CoxRegResult::CoxRegResult(const CoxRegResult& other)
       target_(other.target_),
       prediction_(CloneOf(other.prediction_)),
       deadString_(other.deadString_)
-{
-}
+{}
 
 // Dead string and cumulative hazard stay as they were, on purpose.
 CoxRegResult& CoxRegResult::operator=(const CoxRegResult& other)

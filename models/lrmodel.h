@@ -41,7 +41,7 @@ private:
     /// v = x' V x in the fixed order of additions, from the case's numbers.
     double Variance() const;
 
-    std::string dummyCategory;  ///< the one row of the beta table
+    std::string dummyCategory;        ///< the one row of the beta table
     std::vector<double> plainValues;  ///< scratch: each value's own number, dates unread
 };
 

@@ -11,8 +11,7 @@ LRResult::LRResult(const LRResult& other)
       stdDev_(other.stdDev_),
       ciBottom_(other.ciBottom_),
       ciTop_(other.ciTop_)
-{
-}
+{}
 
 LRResult& LRResult::operator=(const LRResult& other)
 {

@@ -10,8 +10,7 @@ ParamTable::ParamTable(const RegressionModel* owner)
             std::vector<ParamTableCell>(owner->GetParameterMap().size())),
       categories(&owner->GetCategoryMap()),
       parameters(&owner->GetParameterMap())
-{
-}
+{}
 
 bool ParamTable::SetCell(const std::string& category, const std::string& parameter,
                          const ParamTableCell& cell)

@@ -58,8 +58,7 @@ bool PCovMatrix::Write(int row, int column, double value)
     return true;
 }
 
-bool PCovMatrix::SetCell(const std::string& parameterA, const std::string& parameterB,
-                         double value)
+bool PCovMatrix::SetCell(const std::string& parameterA, const std::string& parameterB, double value)
 {
     if (form == MULTINOMIAL) return false;
     const int a = ParameterIndex(parameterA);

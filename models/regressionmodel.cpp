@@ -203,8 +203,7 @@ bool RegressionModel::FinishSetup()
             for (size_t k = 0; k < predictors; ++k) {
                 const double cell = numericPPMatrix[p][k];
                 if (NumericValue::IsSystemMissingValue(cell)) continue;
-                const bool isFactor =
-                    k < predictorRoles.size() && predictorRoles[k] == ROLE_FACTOR;
+                const bool isFactor = k < predictorRoles.size() && predictorRoles[k] == ROLE_FACTOR;
                 parameterPredictors.push_back({static_cast<int>(k), isFactor, cell});
             }
             parameterPredictorsBegin.push_back(parameterPredictors.size());

@@ -8,31 +8,31 @@ namespace MCVelscore_850 {
 // The codes with which the readers refuse a document; behind each its arguments, in order. The
 // texts are the message catalogue's.
 
-inline constexpr int kAbsent = 260115;              // element or attribute, parent
-inline constexpr int kLowValueNeeded = 260117;      // low-value tag, mining-field tag
-inline constexpr int kHighValueNeeded = 260118;     // high-value tag, mining-field tag
-inline constexpr int kNotInDictionaries = 260125;   // name, dictionary tag, transformation tag
-inline constexpr int kRoleOrCategories = 260126;    // name
-inline constexpr int kInvalidValue = 260127;        // value, name
-inline constexpr int kNoTarget = 260133;            // none
-inline constexpr int kUnexpectedWord = 260153;      // text, tag, tag
-inline constexpr int kNoPredictorRole = 260155;     // name
-inline constexpr int kUnexpectedElement = 260178;   // text, tag, tag
-inline constexpr int kCovariateNotContinuous = 260180;   // continuous tag, optype tag, name
-inline constexpr int kTargetNotTwoCategories = 260181;   // value tag, name
-inline constexpr int kTargetNotContinuous = 260184;      // continuous tag, optype tag, name
+inline constexpr int kAbsent = 260115;                  // element or attribute, parent
+inline constexpr int kLowValueNeeded = 260117;          // low-value tag, mining-field tag
+inline constexpr int kHighValueNeeded = 260118;         // high-value tag, mining-field tag
+inline constexpr int kNotInDictionaries = 260125;       // name, dictionary tag, transformation tag
+inline constexpr int kRoleOrCategories = 260126;        // name
+inline constexpr int kInvalidValue = 260127;            // value, name
+inline constexpr int kNoTarget = 260133;                // none
+inline constexpr int kUnexpectedWord = 260153;          // text, tag, tag
+inline constexpr int kNoPredictorRole = 260155;         // name
+inline constexpr int kUnexpectedElement = 260178;       // text, tag, tag
+inline constexpr int kCovariateNotContinuous = 260180;  // continuous tag, optype tag, name
+inline constexpr int kTargetNotTwoCategories = 260181;  // value tag, name
+inline constexpr int kTargetNotContinuous = 260184;     // continuous tag, optype tag, name
 inline constexpr int kCovarianceWithoutCategories = 260188;  // two category tags, model type
-inline constexpr int kCovarianceCategory = 260191;       // category tag, model type
-inline constexpr int kConditionalIntercept = 260192;     // intercept tag, label tag, model type
-inline constexpr int kTargetsDiffer = 260202;            // name, dictionary tag
-inline constexpr int kSecondTarget = 260204;             // name
-inline constexpr int kRoleRefused = 260227;              // mining-field tag, name
-inline constexpr int kReferencePointCount = 260251;      // count, two tags, count, two tags
-inline constexpr int kCellNotTaken = 260258;             // name, tag, name, tag, tag
-inline constexpr int kNotScorable = 260281;              // scorable tag, document tag
-inline constexpr int kNoParameters = 260283;             // parameter-list tag
-inline constexpr int kNoContrasts = 260302;              // contrast tag, model type
-inline constexpr int kSetupFailed = 260304;              // none
+inline constexpr int kCovarianceCategory = 260191;           // category tag, model type
+inline constexpr int kConditionalIntercept = 260192;         // intercept tag, label tag, model type
+inline constexpr int kTargetsDiffer = 260202;                // name, dictionary tag
+inline constexpr int kSecondTarget = 260204;                 // name
+inline constexpr int kRoleRefused = 260227;                  // mining-field tag, name
+inline constexpr int kReferencePointCount = 260251;          // count, two tags, count, two tags
+inline constexpr int kCellNotTaken = 260258;                 // name, tag, name, tag, tag
+inline constexpr int kNotScorable = 260281;                  // scorable tag, document tag
+inline constexpr int kNoParameters = 260283;                 // parameter-list tag
+inline constexpr int kNoContrasts = 260302;                  // contrast tag, model type
+inline constexpr int kSetupFailed = 260304;                  // none
 
 }  // namespace MCVelscore_850
 

@@ -62,8 +62,8 @@ struct CovarianceRow {
     Action act;
 };
 
-constexpr FamilySet kByCategory = Family(kMultinomial) | Family(kMultinomialGeneralized) |
-                                  kOrdinalFamilies;
+constexpr FamilySet kByCategory =
+    Family(kMultinomial) | Family(kMultinomialGeneralized) | kOrdinalFamilies;
 constexpr FamilySet kCategoriesIgnored =
     Family(kConditional) | Family(kBinary) | Family(kGeneralizedLinear);
 

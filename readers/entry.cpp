@@ -1,8 +1,7 @@
 #include "readers/generalregressiontranslator.h"
 
 // The one entry of the plug-in: a new reader, which the host owns.
-extern "C" __attribute__((visibility("default"))) MCVelscore_850::BaseTranslator*
-GiveMyTranslator()
+extern "C" __attribute__((visibility("default"))) MCVelscore_850::BaseTranslator* GiveMyTranslator()
 {
     return new MCVelscore_850::GeneralRegressionTranslator();
 }

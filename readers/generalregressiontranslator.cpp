@@ -89,10 +89,10 @@ void GeneralRegressionTranslator::ReadHead(DOMDocument* document, Parse& parse)
     }
 
     parse.modelType = ForcedText(parse.modelElement, Tags::XML_ATT_RM_MODEL_TYPE);
-    parse.choice = ChooseFamily(
-        {parse.modelType, pmmlVersion, [this, &parse](const std::string& attribute) {
-             return AttributeText(parse.modelElement, attribute);
-         }});
+    parse.choice =
+        ChooseFamily({parse.modelType, pmmlVersion, [this, &parse](const std::string& attribute) {
+                          return AttributeText(parse.modelElement, attribute);
+                      }});
 }
 
 void GeneralRegressionTranslator::ReadTargetAttribute(Parse& parse)

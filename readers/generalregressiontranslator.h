@@ -22,8 +22,7 @@ public:
     ~GeneralRegressionTranslator() override;
 
     using BaseTranslator::ParseFromTree;
-    ScoreModel* ParseFromTree(xercesc::DOMDocument* document,
-                              const std::string& encoding) override;
+    ScoreModel* ParseFromTree(xercesc::DOMDocument* document, const std::string& encoding) override;
 
     /// Reads every field of a mining schema. Derived fields are known to it only through the
     /// derivedField extension, which is looked at when `hasTransformations`.

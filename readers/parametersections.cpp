@@ -1,9 +1,9 @@
 // The sections that define the regression: parameters, factors, covariates, betas, reference
 // points, and the predictor-to-parameter matrix.
 
+#include "host/catencoder.h"
 #include "host/messages.h"
 #include "host/pmmlmodeltags.h"
-#include "host/catencoder.h"
 #include "host/stringvalue.h"
 #include "host/valueset.h"
 #include "models/glrmodel.h"
@@ -233,13 +233,11 @@ void GeneralRegressionTranslator::ReadReferencePoints(Parse& parse)
     if (parse.basePoints.size() != parameters) {
         Refuse(kReferencePointCount, std::to_string(parse.basePoints.size()).c_str(),
                Tags::XML_EXT_ELE_COXREG_BASEPOINT.c_str(),
-               Tags::XML_EXT_NAME_COXREG_REFERENCEPOINT.c_str(),
-               std::to_string(parameters).c_str(), Tags::XML_ELE_PARAM.c_str(),
-               Tags::XML_ELE_PARAM_LIST.c_str());
+               Tags::XML_EXT_NAME_COXREG_REFERENCEPOINT.c_str(), std::to_string(parameters).c_str(),
+               Tags::XML_ELE_PARAM.c_str(), Tags::XML_ELE_PARAM_LIST.c_str());
     }
     // Only a Cox model has a place for them.
-    Refuse(kReferencePointFamily, parse.basePoints.begin()->first.c_str(),
-           parse.modelType.c_str());
+    Refuse(kReferencePointFamily, parse.basePoints.begin()->first.c_str(), parse.modelType.c_str());
 }
 
 void GeneralRegressionTranslator::ReadPPMatrix(Parse& parse)

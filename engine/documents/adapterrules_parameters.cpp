@@ -253,8 +253,9 @@ std::optional<Change> NoteMissingEstimates(xercesc::DOMElement* root)
     if (model == nullptr || ChildElement(model, Tags::XML_ELE_PARAM_MATRIX) != nullptr) {
         return std::nullopt;
     }
-    return Change{PlaceOf(model), "no ParamMatrix: the model has no estimates, and every beta counts "
-                                  "as 0"};
+    return Change{PlaceOf(model),
+                  "no ParamMatrix: the model has no estimates, and every beta counts "
+                  "as 0"};
 }
 
 }  // namespace MCVelscore_850

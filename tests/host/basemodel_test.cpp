@@ -90,7 +90,8 @@ TEST(BaseModel, CallerTakesADictionaryBackByGivingItUnowned)
 {
     int alive = 0;
     {
-        const auto back = std::make_unique<CountedDictionary>(alive, std::initializer_list<const char*>{});
+        const auto back =
+            std::make_unique<CountedDictionary>(alive, std::initializer_list<const char*>{});
         TinyModel model;
         model.SetScoreDictionary(back.get(), true);
         model.SetScoreDictionary(back.get(), false);
@@ -132,8 +133,8 @@ TEST(BaseModel, RoleIsSetAndAskedByVariableAndByName)
 TEST(BaseModel, NullVariableAndUnknownNameTakeNoRole)
 {
     TinyModel model;
-    EXPECT_FALSE(model.SetVarRole(static_cast<const ScoreDictVar*>(nullptr),
-                                  ScoreModel::ROLE_TARGET));
+    EXPECT_FALSE(
+        model.SetVarRole(static_cast<const ScoreDictVar*>(nullptr), ScoreModel::ROLE_TARGET));
     EXPECT_FALSE(model.SetVarRole(std::string("x"), ScoreModel::ROLE_TARGET));
     EXPECT_EQ(model.GetVarRole(static_cast<const ScoreDictVar*>(nullptr)), ScoreModel::ROLE_NONE);
     EXPECT_EQ(model.GetVarRole(std::string("x")), ScoreModel::ROLE_NONE);

@@ -114,13 +114,22 @@ TEST_F(BaseTranslatorTest, ComparisonIsExact)
     const std::string longTag(200, 't');
     EXPECT_TRUE(is(longTag.c_str(), longTag));
     EXPECT_FALSE(is(longTag.c_str(), longTag + "t"));
-    EXPECT_TRUE(is("gr\xC3\xB6\xC3\x9F" "e", "gr\xC3\xB6\xC3\x9F" "e"));
+    EXPECT_TRUE(
+        is("gr\xC3\xB6\xC3\x9F"
+           "e",
+           "gr\xC3\xB6\xC3\x9F"
+           "e"));
 }
 
 TEST_F(BaseTranslatorTest, AttributeOfALetterBeyondAsciiIsFound)
 {
-    const Dom dom("<?xml version='1.0' encoding='UTF-8'?><a gr\xC3\xB6\xC3\x9F" "e='7'/>");
-    EXPECT_EQ(AttributeOf(dom.Root(), "gr\xC3\xB6\xC3\x9F" "e"), "7");
+    const Dom dom(
+        "<?xml version='1.0' encoding='UTF-8'?><a gr\xC3\xB6\xC3\x9F"
+        "e='7'/>");
+    EXPECT_EQ(AttributeOf(dom.Root(),
+                          "gr\xC3\xB6\xC3\x9F"
+                          "e"),
+              "7");
 }
 
 TEST_F(BaseTranslatorTest, NumbersBecomeText)
@@ -138,8 +147,9 @@ TEST_F(BaseTranslatorTest, NumbersAreReadOrRefusedWithTheirText)
     EXPECT_EQ(number("1e-999"), 0.0);
     EXPECT_EQ(number("0." + std::string(100, '0') + "1e101"), 1.0);
     EXPECT_EQ(reader_.VerifyDouble(std::string("-3")), -3.0);
-    for (const std::string text : {"", "abc", "INF", "NaN", "0x1", "1 2", "\xD9\xA3",
-                                   "a text that is longer than any number in a document would be"}) {
+    for (const std::string text :
+         {"", "abc", "INF", "NaN", "0x1", "1 2", "\xD9\xA3",
+          "a text that is longer than any number in a document would be"}) {
         const Refusal expected{kNotANumber, {text}};
         EXPECT_EQ(RefusalOf([&] { number(text); }), expected);
         EXPECT_EQ(RefusalOf([&] { reader_.VerifyDouble(text); }), expected);

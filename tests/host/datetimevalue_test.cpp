@@ -115,7 +115,7 @@ TEST(ReadDateTime, ReadsEveryTypeAsThePlainNumber)
         {"730485", Var::DATE_DAYS_SINCE_0, kDays2000},
         {"-1", Var::DATE_DAYS_SINCE_1980, 3651.0},  // 1979-12-31, 3652 days lie between
         {"3661.5", Var::TIME_SECONDS, 3661.5},
-        {"631152000", Var::DATE_TIME_SECONDS_SINCE_1980, kDays2000 * kDay},  // 7305 * 86400
+        {"631152000", Var::DATE_TIME_SECONDS_SINCE_1980, kDays2000 * kDay},   // 7305 * 86400
         {"1262304000", Var::DATE_TIME_SECONDS_SINCE_1960, kDays2000 * kDay},  // 14610 * 86400
     };
     for (const auto& row : kRows) {

@@ -17,7 +17,8 @@ Texts Categories(const DictVar& var)
 {
     Texts texts;
     if (const ValueSet* set = var.GetValueSet()) {
-        for (const auto& entry : set->GetEntries()) texts.push_back(entry.GetEntryValue()->GetString());
+        for (const auto& entry : set->GetEntries())
+            texts.push_back(entry.GetEntryValue()->GetString());
     }
     return texts;
 }
@@ -38,10 +39,9 @@ TEST(FieldRef, IsTheValueOfItsField)
 
 TEST(FieldRef, MissingOrInvalidFieldIsMissingOrItsReplacement)
 {
-    const std::string fields = DerivedField("d", FieldRef("z")) +
-                               DerivedField("e", FieldRef("z", "mapMissingTo='-1.5'")) +
-                               TextField("f", FieldRef("c")) +
-                               TextField("g", FieldRef("c", "mapMissingTo='none'"));
+    const std::string fields =
+        DerivedField("d", FieldRef("z")) + DerivedField("e", FieldRef("z", "mapMissingTo='-1.5'")) +
+        TextField("f", FieldRef("c")) + TextField("g", FieldRef("c", "mapMissingTo='none'"));
     Derivation d(fields);
     for (int invalid = 0; invalid < 2; ++invalid) {
         if (invalid == 1) d.With("z", 11.0).With("c", "not declared");
@@ -210,15 +210,16 @@ TEST(DerivedFields, MayUseFieldsThatStandAfterThem)
     EXPECT_EQ(d.With("x", 5.0).Number("d"), 15.0);
     EXPECT_EQ(d.Number("e"), 10.0);
     EXPECT_TRUE(d.Var("d").IsDerived());
-    EXPECT_EQ(d.Var("d").Inputs(), (std::vector<const ScoreDictVar*>{
-                                       &d.Var("e"), d.Dictionary()->GetVar("x")}));
+    EXPECT_EQ(d.Var("d").Inputs(),
+              (std::vector<const ScoreDictVar*>{&d.Var("e"), d.Dictionary()->GetVar("x")}));
 }
 
 TEST(DerivedFields, InputsStandOnceInTheOrderOfTheirNaming)
 {
     const Derivation d(DerivedField(
-        "d", Apply("+", Apply("*", FieldRef("z") + FieldRef("x")) +
-                            Apply("-", FieldRef("z") + Apply("/", FieldRef("y") + FieldRef("x"))))));
+        "d",
+        Apply("+", Apply("*", FieldRef("z") + FieldRef("x")) +
+                       Apply("-", FieldRef("z") + Apply("/", FieldRef("y") + FieldRef("x"))))));
     const auto* dictionary = d.Dictionary();
     EXPECT_EQ(d.Var("d").Inputs(),
               (std::vector<const ScoreDictVar*>{dictionary->GetVar("z"), dictionary->GetVar("x"),
@@ -245,7 +246,8 @@ std::string Chain(int length, bool inOrderOfUse)
     std::string fields;
     for (int i = 1; i <= length; ++i) {
         const std::string from = i == 1 ? "x" : Numbered(i - 1);
-        const std::string field = DerivedField(Numbered(i), Apply("+", FieldRef(from) + Constant("1")));
+        const std::string field =
+            DerivedField(Numbered(i), Apply("+", FieldRef(from) + Constant("1")));
         fields = inOrderOfUse ? fields + field : field + fields;
     }
     return fields;
@@ -349,8 +351,7 @@ TEST(DerivedFields, ValueInTheRecordIsTakenAsComputed)
     CaseRecord record({"x", "e"});
     record.Own(0, std::make_unique<NumericValue>(10.0));
     record.Own(1, std::make_unique<NumericValue>(50.0));
-    const ScoreValue* value =
-        d.Var("d").GetTransformedValue(&record, d.Dictionary(), d.Derived());
+    const ScoreValue* value = d.Var("d").GetTransformedValue(&record, d.Dictionary(), d.Derived());
     EXPECT_EQ(value->GetDouble(), 51.0);
 }
 

@@ -39,7 +39,8 @@ std::vector<std::string> Categories(const DictVar& var)
 {
     std::vector<std::string> texts;
     if (const ValueSet* set = var.GetValueSet()) {
-        for (const auto& entry : set->GetEntries()) texts.push_back(entry.GetEntryValue()->GetString());
+        for (const auto& entry : set->GetEntries())
+            texts.push_back(entry.GetEntryValue()->GetString());
     }
     return texts;
 }

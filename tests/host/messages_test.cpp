@@ -122,8 +122,7 @@ TEST(Messages, UnknownCodeHasNoRowAndATextThatSaysSo)
 TEST(Messages, FormatPutsEachArgumentInItsPlace)
 {
     EXPECT_EQ(Messages::Format(260204, {"y"}), "y is a second target");
-    EXPECT_EQ(Messages::Format(kArrayLength, {"3", "4"}),
-              "an array has 3 numbers, 4 are expected");
+    EXPECT_EQ(Messages::Format(kArrayLength, {"3", "4"}), "an array has 3 numbers, 4 are expected");
 }
 
 TEST(Messages, BracesInAnArgumentAreText)

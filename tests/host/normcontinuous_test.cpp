@@ -18,8 +18,8 @@ std::string Norm(const std::string& attributes)
 
 TEST(NormContinuous, IsLinearBetweenThePointsAndExactAtThem)
 {
-    for (const char* outliers : {"", "outliers='asIs'", "outliers='asMissingValues'",
-                                 "outliers='asExtremeValues'"}) {
+    for (const char* outliers :
+         {"", "outliers='asIs'", "outliers='asMissingValues'", "outliers='asExtremeValues'"}) {
         Derivation d(Norm(outliers));
         EXPECT_EQ(d.With("x", 0.0).Number("d"), 0.0) << outliers;
         EXPECT_EQ(d.With("x", 5.0).Number("d"), 0.5) << outliers;
@@ -60,8 +60,9 @@ TEST(NormContinuous, MissingFieldIsMissingOrItsReplacement)
 
 TEST(NormContinuous, TwoPointsAreEnough)
 {
-    Derivation d(DerivedField("d", "<NormContinuous field='x'><LinearNorm orig='1' norm='10'/>"
-                                   "<LinearNorm orig='3' norm='0'/></NormContinuous>"));
+    Derivation d(DerivedField("d",
+                              "<NormContinuous field='x'><LinearNorm orig='1' norm='10'/>"
+                              "<LinearNorm orig='3' norm='0'/></NormContinuous>"));
     EXPECT_EQ(d.With("x", 2.0).Number("d"), 5.0);
     EXPECT_EQ(d.With("x", 0.0).Number("d"), 15.0);
     EXPECT_EQ(d.With("x", 4.0).Number("d"), -5.0);
@@ -69,20 +70,20 @@ TEST(NormContinuous, TwoPointsAreEnough)
 
 TEST(NormContinuous, ReadsATextThatSpellsANumber)
 {
-    Derivation d(DerivedField("d", "<NormContinuous field='t'><LinearNorm orig='0' norm='0'/>"
-                                   "<LinearNorm orig='4' norm='1'/></NormContinuous>"));
+    Derivation d(DerivedField("d",
+                              "<NormContinuous field='t'><LinearNorm orig='0' norm='0'/>"
+                              "<LinearNorm orig='4' norm='1'/></NormContinuous>"));
     EXPECT_EQ(d.With("t", "2").Number("d"), 0.5);
     EXPECT_TRUE(d.With("t", "two").Missing("d"));
 }
 
 TEST(NormContinuous, PointsThatDoNotAscendOrAreTooFewAreRefused)
 {
-    for (const char* points :
-         {"", "<LinearNorm orig='0' norm='0'/>",
-          "<LinearNorm orig='0' norm='0'/><LinearNorm orig='0' norm='1'/>",
-          "<LinearNorm orig='1' norm='0'/><LinearNorm orig='0' norm='1'/>",
-          "<LinearNorm orig='0' norm='0'/><LinearNorm orig='2' norm='1'/>"
-          "<LinearNorm orig='1' norm='2'/>"}) {
+    for (const char* points : {"", "<LinearNorm orig='0' norm='0'/>",
+                               "<LinearNorm orig='0' norm='0'/><LinearNorm orig='0' norm='1'/>",
+                               "<LinearNorm orig='1' norm='0'/><LinearNorm orig='0' norm='1'/>",
+                               "<LinearNorm orig='0' norm='0'/><LinearNorm orig='2' norm='1'/>"
+                               "<LinearNorm orig='1' norm='2'/>"}) {
         EXPECT_EQ(RefusedFor(DerivedField("d", std::string("<NormContinuous field='x'>") + points +
                                                    "</NormContinuous>")),
                   (Refusal{kNormPoints, {"d"}}))
@@ -93,9 +94,9 @@ TEST(NormContinuous, PointsThatDoNotAscendOrAreTooFewAreRefused)
 TEST(NormContinuous, PointsThatAreNoNumbersAreRefused)
 {
     const auto refused = [](const std::string& point) {
-        return RefusedFor(DerivedField(
-            "d", "<NormContinuous field='x'><LinearNorm orig='0' norm='0'/>" + point +
-                     "</NormContinuous>"));
+        return RefusedFor(
+            DerivedField("d", "<NormContinuous field='x'><LinearNorm orig='0' norm='0'/>" + point +
+                                  "</NormContinuous>"));
     };
     EXPECT_EQ(refused("<LinearNorm orig='x' norm='1'/>"), (Refusal{kNotANumber, {"x"}}));
     EXPECT_EQ(refused("<LinearNorm orig='1' norm=''/>"), (Refusal{kNotANumber, {""}}));

@@ -70,21 +70,11 @@ TEST(NumericValue, TextIsReadWholeOrIsMissing)
         const char* text;
         double number;
     } kRows[] = {
-        {"2.5", 2.5},
-        {"-3", -3.0},
-        {" \t7\r\n", 7.0},
-        {"1e3", 1000.0},
-        {".5", 0.5},
-        {"1e-400", 0.0},  // below every double
-        {"", kMissing},
-        {"   ", kMissing},
-        {"1x", kMissing},
-        {"x1", kMissing},
-        {"1 2", kMissing},
-        {"1,5", kMissing},
-        {"0x10", kMissing},
-        {"+5", kMissing},
-        {"1e400", kMissing},  // beyond every double
+        {"2.5", 2.5},         {"-3", -3.0},      {" \t7\r\n", 7.0},
+        {"1e3", 1000.0},      {".5", 0.5},       {"1e-400", 0.0},  // below every double
+        {"", kMissing},       {"   ", kMissing}, {"1x", kMissing},
+        {"x1", kMissing},     {"1 2", kMissing}, {"1,5", kMissing},
+        {"0x10", kMissing},   {"+5", kMissing},  {"1e400", kMissing},  // beyond every double
         {"-1e400", kMissing},
     };
     for (const auto& row : kRows) {

@@ -86,9 +86,9 @@ TEST(ParseDictionary, EveryDataTypeHasItsValueType)
 
 TEST(ParseDictionary, OptypeIsTheMeasureLevel)
 {
-    const Dictionary d = Read(Field("a", "continuous", "double") +
-                              Field("b", "categorical", "double") +
-                              Field("c", "ordinal", "double"));
+    const Dictionary d =
+        Read(Field("a", "continuous", "double") + Field("b", "categorical", "double") +
+             Field("c", "ordinal", "double"));
     EXPECT_EQ(d->GetVar("a")->GetMeasureLevel(), 0);
     EXPECT_EQ(d->GetVar("b")->GetMeasureLevel(), 1);
     EXPECT_EQ(d->GetVar("c")->GetMeasureLevel(), 2);
@@ -155,9 +155,9 @@ TEST(ParseDictionary, EmptyPropertyIsValidAndAnUnknownOneRefused)
     const Dictionary d =
         Read(Field("v", "categorical", "string", "<Value value='a' property=''/>"));
     EXPECT_EQ(d->GetVar("v")->GetNumCategories(), 1);
-    EXPECT_EQ(RefusedFor(Field("v", "categorical", "string",
-                               "<Value value='a' property='Missing'/>")),
-              (Refusal{kUnknownDataType, {"Missing", "property", "v"}}));
+    EXPECT_EQ(
+        RefusedFor(Field("v", "categorical", "string", "<Value value='a' property='Missing'/>")),
+        (Refusal{kUnknownDataType, {"Missing", "property", "v"}}));
 }
 
 TEST(ParseDictionary, ValidValueThatIsNoneOfItsTypeIsRefused)
@@ -193,10 +193,9 @@ TEST(ParseDictionary, IntervalsHaveTheirClosure)
                  {"closedOpen", true, false},
                  {"closedClosed", true, true}};
     for (const auto& row : kRows) {
-        const Dictionary d =
-            Read(Field("v", "continuous", "double",
-                       std::string("<Interval closure='") + row.closure +
-                           "' leftMargin='1' rightMargin='2'/>"));
+        const Dictionary d = Read(Field("v", "continuous", "double",
+                                        std::string("<Interval closure='") + row.closure +
+                                            "' leftMargin='1' rightMargin='2'/>"));
         const NumericValue low(1.0);
         const NumericValue high(2.0);
         EXPECT_EQ(d->GetVar("v")->IsValid(&low), row.atLow) << row.closure;
@@ -235,7 +234,8 @@ TEST(ParseDictionary, OwnExtensionAcceptsUnlistedCategories)
         EXPECT_EQ(d->GetVar("v")->IsValid(&other), d->GetVar("v")->AcceptsUnlisted());
         return d->GetVar("v")->AcceptsUnlisted();
     };
-    EXPECT_TRUE(accepts("<Extension extender='velscore' name='unlistedCategories' value='accept'/>"));
+    EXPECT_TRUE(
+        accepts("<Extension extender='velscore' name='unlistedCategories' value='accept'/>"));
     EXPECT_FALSE(accepts("<Extension extender='other' name='unlistedCategories' value='accept'/>"));
     EXPECT_FALSE(accepts("<Extension name='unlistedCategories' value='accept'/>"));
     EXPECT_FALSE(accepts("<Extension extender='velscore' name='unlisted' value='accept'/>"));
@@ -244,13 +244,13 @@ TEST(ParseDictionary, OwnExtensionAcceptsUnlistedCategories)
 
 TEST(ParseDictionary, BooleanKeepsTheSpellingOfItsDocument)
 {
-    const Dictionary d = Read(Field("v", "categorical", "boolean",
-                                    "<Value value='FALSE'/><Value value='TRUE'/>"));
+    const Dictionary d =
+        Read(Field("v", "categorical", "boolean", "<Value value='FALSE'/><Value value='TRUE'/>"));
     const std::unique_ptr<ScoreValue> one(d->GetVar("v")->MakeValue("1"));
     EXPECT_EQ(one->GetString(), "TRUE");
     EXPECT_TRUE(d->GetVar("v")->IsValid(one.get()));
-    const Dictionary twice = Read(Field("v", "categorical", "boolean",
-                                        "<Value value='true'/><Value value='1'/>"));
+    const Dictionary twice =
+        Read(Field("v", "categorical", "boolean", "<Value value='true'/><Value value='1'/>"));
     EXPECT_EQ(twice->GetVar("v")->GetNumCategories(), 1);
 }
 
@@ -263,8 +263,9 @@ TEST(ParseDictionary, WithoutValuesEveryFieldIsOpen)
 TEST(ParseDictionary, TextsAreInTheReadersEncoding)
 {
     StartXml();
-    const Dom dom("<?xml version='1.0' encoding='UTF-8'?>" +
-                  InDictionary(Field("\xC3\xA9", "categorical", "string", "<Value value='\xC3\xBC'/>")));
+    const Dom dom(
+        "<?xml version='1.0' encoding='UTF-8'?>" +
+        InDictionary(Field("\xC3\xA9", "categorical", "string", "<Value value='\xC3\xBC'/>")));
     PmmlReader reader("ISO-8859-1");
     const Dictionary d(reader.ParseDictionary(dom.Root(), true));
     ASSERT_NE(d->GetVar("\xE9"), nullptr);
@@ -274,12 +275,11 @@ TEST(ParseDictionary, TextsAreInTheReadersEncoding)
 
 TEST(ParseDictionary, RefusalStandsAtTheElementAtFault)
 {
-    const Dom dom(InDictionary(Field("v", "categorical", "integer",
-                                     "<Value value='1'/><Value value='x'/>")));
+    const Dom dom(
+        InDictionary(Field("v", "categorical", "integer", "<Value value='1'/><Value value='x'/>")));
     PmmlReader reader;
     EXPECT_EQ(RefusalOf([&] { reader.ParseDictionary(dom.Root(), true); }).code, 260127);
-    EXPECT_EQ(reader.CurrentElement(),
-              dom.First("DataField")->getLastElementChild());
+    EXPECT_EQ(reader.CurrentElement(), dom.First("DataField")->getLastElementChild());
 }
 
 }  // namespace

@@ -92,16 +92,16 @@ TEST(XmlFromUtf8, BytesThatAreNoUtf8AreReplacedOneByOne)
         std::string bytes;
         Text16 expected;
     } kRows[] = {
-        {"\xE9", {bad}},                                  // a letter of Latin 1
-        {"a\x80z", {u'a', bad, u'z'}},                    // a middle without a start
-        {"\xC3", {bad}},                                  // cut short
+        {"\xE9", {bad}},                // a letter of Latin 1
+        {"a\x80z", {u'a', bad, u'z'}},  // a middle without a start
+        {"\xC3", {bad}},                // cut short
         {"\xE2\x82", {bad, bad}},
         {"\xC3z", {bad, u'z'}},
-        {"\xC0\xAF", {bad, bad}},                         // "/" written too long
+        {"\xC0\xAF", {bad, bad}},  // "/" written too long
         {"\xE0\x80\xAF", {bad, bad, bad}},
         {"\xF0\x80\x80\xAF", {bad, bad, bad, bad}},
-        {"\xED\xA0\xB4", {bad, bad, bad}},                // half of a pair
-        {"\xF4\x90\x80\x80", {bad, bad, bad, bad}},       // beyond the last character
+        {"\xED\xA0\xB4", {bad, bad, bad}},           // half of a pair
+        {"\xF4\x90\x80\x80", {bad, bad, bad, bad}},  // beyond the last character
         {"\xFF", {bad}},
     };
     for (const auto& row : kRows) EXPECT_EQ(XmlFromUtf8(row.bytes), row.expected);

@@ -343,8 +343,7 @@ TEST(GLRModel, BadValueUnderStatusOnlyPolicyKeepsTheResult)
     GLRModel& model = small.Ready();
     Slot slot;
     ASSERT_TRUE(model.GetScore(&Row("b", 2.0).Record(), slot.result, true).IsOK());
-    EXPECT_EQ(model.GetScore(&Row("b", kSysmis).Record(), slot.result, true).GetErrorCode(),
-              90029);
+    EXPECT_EQ(model.GetScore(&Row("b", kSysmis).Record(), slot.result, true).GetErrorCode(), 90029);
     EXPECT_EQ(slot.Number(), 16.0);
 }
 
@@ -355,8 +354,7 @@ TEST(GLRModel, PolicySetBackToSubstitutionHasNothingToSubstitute)
     ASSERT_EQ(model.GetMissingValuePolicy(), ScoreModel::MV_SYSMIS_RESULT);
     model.SetMissingValuePolicy(ScoreModel::MV_SUBSTITUTE);
     Slot slot;
-    EXPECT_EQ(model.GetScore(&Row("b", kSysmis).Record(), slot.result, true).GetErrorCode(),
-              90029);
+    EXPECT_EQ(model.GetScore(&Row("b", kSysmis).Record(), slot.result, true).GetErrorCode(), 90029);
     EXPECT_EQ(slot.Number(), kSysmis);
 }
 

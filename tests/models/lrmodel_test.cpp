@@ -56,7 +56,8 @@ private:
 Case Row(const std::vector<double>& values)
 {
     Case c;
-    for (size_t i = 0; i < values.size(); ++i) c.With(std::string("x").append(std::to_string(i)), values[i]);
+    for (size_t i = 0; i < values.size(); ++i)
+        c.With(std::string("x").append(std::to_string(i)), values[i]);
     return c;
 }
 
@@ -230,8 +231,7 @@ TEST(LRModel, SetupOfAnUnknownPredictorFailsWithTheTablesMade)
 TEST(LRModel, HasOneDummyCategory)
 {
     Linear linear({2.0}, 1.0);
-    EXPECT_EQ(linear.model.GetCategoryVector(),
-              (RegressionModel::NameVector{{"LRdummy", 0}}));
+    EXPECT_EQ(linear.model.GetCategoryVector(), (RegressionModel::NameVector{{"LRdummy", 0}}));
     EXPECT_EQ(linear.model.GetModelType(), 3);
 }
 

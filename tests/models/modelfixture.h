@@ -28,9 +28,9 @@ inline std::unique_ptr<DictVar> Continuous(const std::string& name)
     return std::make_unique<DictVar>(type);
 }
 
-inline std::unique_ptr<DictVar> Categorical(const std::string& name,
-                                            const std::vector<std::string>& categories,
-                                            ScoreDictVar::ValueType valueType = ScoreDictVar::STRING)
+inline std::unique_ptr<DictVar> Categorical(
+    const std::string& name, const std::vector<std::string>& categories,
+    ScoreDictVar::ValueType valueType = ScoreDictVar::STRING)
 {
     DictVarType type;
     type.name = name;
@@ -82,7 +82,10 @@ public:
     explicit Built(const std::string& target = "y") { AddTarget(Continuous(target)); }
     explicit Built(std::unique_ptr<DictVar> target) { AddTarget(std::move(target)); }
 
-    DictVar& Covariate(const std::string& name) { return Add(Continuous(name), RegressionModel::ROLE_COVARIATE); }
+    DictVar& Covariate(const std::string& name)
+    {
+        return Add(Continuous(name), RegressionModel::ROLE_COVARIATE);
+    }
     DictVar& Factor(const std::string& name, const std::vector<std::string>& categories,
                     ScoreDictVar::ValueType type = ScoreDictVar::STRING)
     {

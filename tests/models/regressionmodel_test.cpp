@@ -130,8 +130,7 @@ TEST(RegressionModel, OfDerivedVariablesOnlyFactorsAndCovariatesCountAsPredictor
 TEST(RegressionModel, VarsOfRoleAreCopies)
 {
     Built<LRModel> built("y");
-    const std::unique_ptr<BaseDictionary> vars(
-        built.model.GetVarsOfRole(ScoreModel::ROLE_TARGET));
+    const std::unique_ptr<BaseDictionary> vars(built.model.GetVarsOfRole(ScoreModel::ROLE_TARGET));
     EXPECT_NE(vars->GetVar("y"), built.model.GetTargetVar());
 }
 
@@ -157,9 +156,9 @@ public:
     using RegressionModel::derivedDictIndex;
     using RegressionModel::dictVarIndexSet;
     using RegressionModel::ParameterPredictor;
-    using RegressionModel::PredictorsOf;
     using RegressionModel::predictorDictIndex;
     using RegressionModel::predictorRoles;
+    using RegressionModel::PredictorsOf;
     using RegressionModel::predictorSubstitutes;
 };
 
@@ -212,8 +211,7 @@ TEST(FinishSetup, AllowedMissingFactorIsSubstitutedByInfinity)
     built.model.SetAllowMissingFactors(true);
     ASSERT_TRUE(built.SetUp());
     built.model.FinishSetup();
-    EXPECT_EQ(built.model.predictorSubstitutes,
-              std::vector<double>{NumericValue::GetInfinity()});
+    EXPECT_EQ(built.model.predictorSubstitutes, std::vector<double>{NumericValue::GetInfinity()});
 }
 
 TEST(FinishSetup, UnderTheOtherPoliciesNothingIsSubstituted)

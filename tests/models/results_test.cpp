@@ -153,8 +153,7 @@ TEST(MLRResult, ConfidenceIsThePercentOfThePrediction)
 TEST(MLRResult, ValueThatTheTargetRefusesIsReleasedAndNotAdded)
 {
     auto target = Categorical("y", {"a", "b"});
-    target->DeclareValue(std::make_unique<StringValue>("gone"), "gone",
-                         DictVar::Property::Missing);
+    target->DeclareValue(std::make_unique<StringValue>("gone"), "gone", DictVar::Property::Missing);
     MLRResult result(target.get());
     EXPECT_FALSE(result.AddValuePercent(new StringValue("c"), 0.5));     // not valid
     EXPECT_FALSE(result.AddValuePercent(new StringValue("gone"), 0.5));  // missing

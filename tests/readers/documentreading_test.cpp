@@ -9,10 +9,10 @@
 #include "host/stringvalue.h"
 #include "host/transformvar.h"
 #include "host/versioninfo.h"
-#include "readers/generalregressiontranslator.h"
 #include "models/glrmodel.h"
 #include "models/lrmodel.h"
 #include "models/lrresult.h"
+#include "readers/generalregressiontranslator.h"
 #include "tests/models/modelfixture.h"
 #include "tests/readers/readdocument.h"
 
@@ -101,7 +101,8 @@ TEST(Document, LeadingExtensionOverwritesModelDf)
     const std::string extension = " <Extension name=\"modelDF\" value=\"7.5\"/>\n";
     EXPECT_EQ(ReadModel(With(kLinearDocument, schema, extension + schema))->GetDF(), 7.5);
     // Behind a child of another kind it is never seen.
-    EXPECT_EQ(ReadModel(With(kLinearDocument, " <ParameterList>", extension + " <ParameterList>"))->GetDF(),
+    EXPECT_EQ(ReadModel(With(kLinearDocument, " <ParameterList>", extension + " <ParameterList>"))
+                  ->GetDF(),
               5.0);
     // An empty value and an unknown name change nothing.
     EXPECT_EQ(ReadModel(With(kLinearDocument, schema,
@@ -126,9 +127,9 @@ TEST(Document, AllowMissingFactorsTakesTheExactWordTrue)
 
 TEST(Document, CategoryThatOnlyACellNamesIsAddedToItsVariable)
 {
-    const auto model = ReadModel(
-        With(kGeneralLinearDocument, "value=\"b\" predictorName=\"f\" parameterName=\"p3\"",
-             "value=\"c\" predictorName=\"f\" parameterName=\"p3\""));
+    const auto model = ReadModel(With(kGeneralLinearDocument,
+                                      "value=\"b\" predictorName=\"f\" parameterName=\"p3\"",
+                                      "value=\"c\" predictorName=\"f\" parameterName=\"p3\""));
     EXPECT_EQ(model->GetDictionary()->GetVar("f")->GetNumCategories(), 3);
     Case c;
     c.With("f", "c").With("x", 0).With("w", 4);
@@ -176,8 +177,9 @@ TEST(Document, ReaderKeepsNothingOfTheDocumentBefore)
 
 TEST(Document, ParameterGivenTwiceKeepsItsFirstIndexAndLabel)
 {
-    const auto model = ReadModel(With(kGeneralLinearDocument, "<Parameter name=\"p1\"/>",
-                                      "<Parameter name=\"p1\" label=\"first\"/><Parameter name=\"p1\"/>"));
+    const auto model =
+        ReadModel(With(kGeneralLinearDocument, "<Parameter name=\"p1\"/>",
+                       "<Parameter name=\"p1\" label=\"first\"/><Parameter name=\"p1\"/>"));
     EXPECT_EQ(model->GetParameterIndex("p1"), 1);
     EXPECT_EQ(model->GetParameterIndex("p2"), 2);
     EXPECT_EQ(model->GetParamLabels().at(1), "first");
@@ -193,8 +195,9 @@ TEST(Document, CellWithoutDfHasNone)
 
 TEST(Document, NumericFactorIsComparedByItsNumber)
 {
-    std::string numeric = With(kGeneralLinearDocument, "dataType=\"string\"><Value value=\"a\"/><Value value=\"b\"/>",
-                               "dataType=\"integer\"><Value value=\"1\"/><Value value=\"2\"/>");
+    std::string numeric =
+        With(kGeneralLinearDocument, "dataType=\"string\"><Value value=\"a\"/><Value value=\"b\"/>",
+             "dataType=\"integer\"><Value value=\"1\"/><Value value=\"2\"/>");
     numeric = With(numeric, "value=\"b\"", "value=\"2.0\"");
     numeric = With(numeric, "value=\"b\"", "value=\"2\"");
     const auto model = ReadModel(numeric);
@@ -239,8 +242,8 @@ std::string Sum(const std::string& name, const std::string& number)
 
 std::string UsingDerived(const std::string& document)
 {
-    std::string text = With(document, "<Predictor name=\"x\"/>",
-                            "<Predictor name=\"x\"/><Predictor name=\"d\"/>");
+    std::string text =
+        With(document, "<Predictor name=\"x\"/>", "<Predictor name=\"x\"/><Predictor name=\"d\"/>");
     return With(text, "value=\"2\" predictorName=\"x\"", "value=\"1\" predictorName=\"d\"");
 }
 
@@ -255,16 +258,15 @@ TEST(Transformations, DerivedCovariateIsScored)
 
 TEST(Transformations, LocalSectionTakesThePlaceOfTheGlobalOne)
 {
-    const auto model =
-        ReadModel(UsingDerived(WithTransformations(Sum("d", "10"), Sum("d", "20"))));
+    const auto model = ReadModel(UsingDerived(WithTransformations(Sum("d", "10"), Sum("d", "20"))));
     Case c;
     c.With("f", "a").With("x", 2).With("w", 0);
     EXPECT_EQ(Score(*model, c), 1.0 + 3.0 * 22.0);
     const VSException refusal =
         RefusalOf(UsingDerived(WithTransformations(Sum("d", "10"), Sum("e", "20"))));
     EXPECT_EQ(refusal.GetErrorCode(), 260125);
-    EXPECT_EQ(refusal.GetArguments(), (std::vector<std::string>{"d", "DataDictionary",
-                                                                "TransformationDictionary"}));
+    EXPECT_EQ(refusal.GetArguments(),
+              (std::vector<std::string>{"d", "DataDictionary", "TransformationDictionary"}));
 }
 
 TEST(Transformations, LocalSectionWithoutFieldsHidesTheGlobalOneFromTheReader)

@@ -17,9 +17,9 @@ using namespace testing;
 std::string WithField(const std::string& miningField, const std::string& version = "4.2",
                       const std::string& optype = "continuous")
 {
-    std::string text = With(kLinearDocument, "</DataDictionary>",
-                            "<DataField name=\"z\" optype=\"" + optype +
-                                "\" dataType=\"double\"/></DataDictionary>");
+    std::string text = With(
+        kLinearDocument, "</DataDictionary>",
+        "<DataField name=\"z\" optype=\"" + optype + "\" dataType=\"double\"/></DataDictionary>");
     text = With(text, "version=\"4.2\"", "version=\"" + version + "\"");
     return With(text, "</MiningSchema>", miningField + "</MiningSchema>");
 }
@@ -28,9 +28,9 @@ TEST(MiningSchema, FieldWithoutUsageTypeIsActive)
 {
     const auto model = ReadModel(WithField("<MiningField name=\"z\"/>"));
     EXPECT_EQ(model->GetVarRole("z"), ScoreModel::ROLE_PREDICTOR);
-    EXPECT_EQ(ReadModel(WithField("<MiningField name=\"z\" usageType=\"active\"/>"))
-                  ->GetVarRole("z"),
-              ScoreModel::ROLE_PREDICTOR);
+    EXPECT_EQ(
+        ReadModel(WithField("<MiningField name=\"z\" usageType=\"active\"/>"))->GetVarRole("z"),
+        ScoreModel::ROLE_PREDICTOR);
 }
 
 TEST(MiningSchema, FieldOfAnotherUsageGetsNoRoleButItsLimitsAreRead)
@@ -53,9 +53,9 @@ TEST(MiningSchema, FieldWithoutLimitsHasNoStats)
 
 TEST(MiningSchema, ReplacementIsKept)
 {
-    const auto model = ReadModel(
-        With(kLinearDocument, "<MiningField name=\"x\"/>",
-             "<MiningField name=\"x\" missingValueReplacement=\" 2.5 \"/>"));
+    const auto model =
+        ReadModel(With(kLinearDocument, "<MiningField name=\"x\"/>",
+                       "<MiningField name=\"x\" missingValueReplacement=\" 2.5 \"/>"));
     const VarStats* stats = model->GetDictionary()->GetVar("x")->GetVarStats();
     ASSERT_NE(stats, nullptr);
     EXPECT_EQ(stats->GetMissingReplacement()->GetDouble(), 2.5);
@@ -64,10 +64,10 @@ TEST(MiningSchema, ReplacementIsKept)
 
 TEST(MiningSchema, CategoricalFieldTakesNoLimitsWhateverTheyAre)
 {
-    const auto model = ReadModel(WithField(
-        "<MiningField name=\"z\" lowValue=\"nonsense\" missingValueReplacement=\"x\" "
-        "outliers=\"asExtremeValues\"/>",
-        "4.3", "categorical"));
+    const auto model = ReadModel(
+        WithField("<MiningField name=\"z\" lowValue=\"nonsense\" missingValueReplacement=\"x\" "
+                  "outliers=\"asExtremeValues\"/>",
+                  "4.3", "categorical"));
     const ScoreDictVar* z = model->GetDictionary()->GetVar("z");
     EXPECT_EQ(z->GetVarStats(), nullptr);
     EXPECT_EQ(z->GetOutlierTreatment(), ScoreDictVar::AS_IS);
@@ -107,11 +107,11 @@ TEST(MiningSchema, ExtremeValuesNeedBothLimitsFromVersion43On)
 
 TEST(MiningSchema, DerivedFieldIsKnownThroughItsExtensionAlone)
 {
-    const std::string derived = With(
-        kLinearDocument, "<GeneralRegressionModel",
-        "<TransformationDictionary><DerivedField name=\"d\" optype=\"continuous\" "
-        "dataType=\"double\"><FieldRef field=\"x\"/></DerivedField></TransformationDictionary>"
-        "<GeneralRegressionModel");
+    const std::string derived =
+        With(kLinearDocument, "<GeneralRegressionModel",
+             "<TransformationDictionary><DerivedField name=\"d\" optype=\"continuous\" "
+             "dataType=\"double\"><FieldRef field=\"x\"/></DerivedField></TransformationDictionary>"
+             "<GeneralRegressionModel");
     const auto with = [&](const std::string& fields) {
         return With(derived, "</MiningSchema>", fields + "</MiningSchema>");
     };
@@ -130,9 +130,8 @@ TEST(MiningSchema, DerivedFieldIsKnownThroughItsExtensionAlone)
     EXPECT_EQ(empty.GetErrorCode(), 260115);
     EXPECT_EQ(empty.GetArguments(), (std::vector<std::string>{"MiningField", "derivedField"}));
     // Other extensions are passed over, and without derived fields this one too.
-    EXPECT_EQ(RefusalOf(with("<Extension extender=\"other\" name=\"derivedField\"/>"))
-                  .GetErrorCode(),
-              0);
+    EXPECT_EQ(
+        RefusalOf(with("<Extension extender=\"other\" name=\"derivedField\"/>")).GetErrorCode(), 0);
     EXPECT_EQ(RefusalOf(With(kLinearDocument, "</MiningSchema>",
                              extension + "</Extension></MiningSchema>"))
                   .GetErrorCode(),
@@ -216,9 +215,9 @@ TEST(MiningSchema, ChildOfAnyTagIsAField)
 
 TEST(MiningSchema, ReplacementThatIsTheSystemMissingNumberKeepsThePolicy)
 {
-    const auto model = ReadModel(With(
-        kLinearDocument, "<MiningField name=\"x\"/>",
-        "<MiningField name=\"x\" missingValueReplacement=\"-1.7976931348623157e308\"/>"));
+    const auto model = ReadModel(
+        With(kLinearDocument, "<MiningField name=\"x\"/>",
+             "<MiningField name=\"x\" missingValueReplacement=\"-1.7976931348623157e308\"/>"));
     EXPECT_EQ(model->GetMissingValuePolicy(), ScoreModel::MV_SUBSTITUTE);
 }
 

@@ -27,21 +27,31 @@ const Row kRows[] = {
     {"multinomialLogistic", 3.1, {{"algorithmName", "contrastLogistic"}}, 6},
     {"multinomialLogistic", 4.2, {{"algorithmName", "conditionalLogistic"}}, 5},
     {"multinomialLogistic", 4.2, {{"modelName", "conditionalLogistic"}}, 5},
-    {"multinomialLogistic", 4.2,
-     {{"algorithmName", ""}, {"modelName", "conditionalLogistic"}}, 5},
-    {"multinomialLogistic", 4.2,
-     {{"algorithmName", "other"}, {"modelName", "conditionalLogistic"}}, 0},
+    {"multinomialLogistic", 4.2, {{"algorithmName", ""}, {"modelName", "conditionalLogistic"}}, 5},
+    {"multinomialLogistic",
+     4.2,
+     {{"algorithmName", "other"}, {"modelName", "conditionalLogistic"}},
+     0},
     {"multinomialLogistic", 4.2, {{"algorithmName", "GZLM"}}, 1},
     {"multinomialLogistic", 4.2, {{"algorithmName", "GEE"}, {"distribution", ""}}, 1},
-    {"multinomialLogistic", 4.2,
-     {{"algorithmName", "GLMM"}, {"distribution", "binomial"}, {"linkFunction", "logit"}}, 1},
-    {"multinomialLogistic", 4.2,
-     {{"algorithmName", "GZLM"}, {"distribution", "binomial"}, {"linkFunction", "probit"}}, 8,
+    {"multinomialLogistic",
+     4.2,
+     {{"algorithmName", "GLMM"}, {"distribution", "binomial"}, {"linkFunction", "logit"}},
+     1},
+    {"multinomialLogistic",
+     4.2,
+     {{"algorithmName", "GZLM"}, {"distribution", "binomial"}, {"linkFunction", "probit"}},
+     8,
      false},
-    {"multinomialLogistic", 4.2, {{"algorithmName", "GZLM"}, {"distribution", "binomial"}}, 8,
+    {"multinomialLogistic",
+     4.2,
+     {{"algorithmName", "GZLM"}, {"distribution", "binomial"}},
+     8,
      false},
-    {"multinomialLogistic", 4.2,
-     {{"algorithmName", "GZLM"}, {"distribution", "multinomial"}, {"linkFunction", "probit"}}, 1},
+    {"multinomialLogistic",
+     4.2,
+     {{"algorithmName", "GZLM"}, {"distribution", "multinomial"}, {"linkFunction", "probit"}},
+     1},
     {"regression", 3.0, {}, 3},
     {"regression", 4.2, {{"algorithmName", "GZLM"}}, 3},
     {"generalLinear", 3.0, {{"algorithmName", "GZLM"}}, 2},
@@ -49,7 +59,10 @@ const Row kRows[] = {
     {"generalLinear", 3.1, {}, 2},
     {"generalizedLinear", 4.2, {{"algorithmName", "GZLM"}}, 8},
     {"generalizedLinear", 4.2, {{"algorithmName", "GEE"}, {"functionName", "regression"}}, 8},
-    {"generalLinear", 4.2, {{"algorithmName", "GLMM"}, {"functionName", "classification"}}, 8,
+    {"generalLinear",
+     4.2,
+     {{"algorithmName", "GLMM"}, {"functionName", "classification"}},
+     8,
      false},
     {"generalLinear", 4.2, {{"modelName", "GZLM"}}, 8},
     {"generalLinear", 4.2, {{"algorithmName", "generalLinearModel"}}, 2},
@@ -93,10 +106,14 @@ TEST(ChooseFamily, UnknownModelTypeIsRefusedBeforeAnyModel)
 TEST(MakeModel, FamiliesThatCannotBeScoredYetAreNamed)
 {
     const std::pair<FamilyCode, const char*> families[] = {
-        {kMultinomial, "multinomial"}, {kMultinomialGeneralized, "multinomial"},
-        {kConditional, "conditional"}, {kBinary, "binary"},
-        {kOrdinal, "ordinal"},         {kGeneralizedLinear, "generalized linear"},
-        {kOrdinalGeneralized, "ordinal"}, {kCox, "Cox"},
+        {kMultinomial, "multinomial"},
+        {kMultinomialGeneralized, "multinomial"},
+        {kConditional, "conditional"},
+        {kBinary, "binary"},
+        {kOrdinal, "ordinal"},
+        {kGeneralizedLinear, "generalized linear"},
+        {kOrdinalGeneralized, "ordinal"},
+        {kCox, "Cox"},
         {kCoxComplexSamples, "Cox"}};
     for (const auto& [code, word] : families) {
         try {
@@ -133,8 +150,8 @@ TEST(Trace, VersionIsSaidBeforeADocumentBelow31IsRefusedForItsTarget)
 
 TEST(Trace, VersionIsSaidOnlyWithoutATargetAttribute)
 {
-    const std::string named = With(kGeneralLinearDocument, "modelDF=\"5\"",
-                                   "targetVariableName=\"y\" modelDF=\"5\"");
+    const std::string named =
+        With(kGeneralLinearDocument, "modelDF=\"5\"", "targetVariableName=\"y\" modelDF=\"5\"");
     EXPECT_EQ(TraceOf(named, 2),
               (std::vector<std::string>{"Entry:ParseFromTree", "The Model Type is 2.",
                                         "Exit:ParseFromTree"}));

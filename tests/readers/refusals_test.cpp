@@ -20,6 +20,7 @@ struct Row {
     std::vector<std::string> arguments;
 };
 
+// clang-format off: a row a fault
 const std::vector<Row> kRows{
     {"no version", kLinearDocument, " version=\"4.2\"", "", 260115, {"version", "PMML"}},
     {"version no number", kLinearDocument, "\"4.2\"", "\"4.2.1\"", kNotANumber, {"4.2.1"}},
@@ -128,6 +129,7 @@ const std::vector<Row> kRows{
     {"legacy document", kLinearDocument, "<PMML version=\"4.2\">", "<zelt-ml>", kFamilyNotAvailable,
      {"the older document form", "zelt-ml"}},
 };
+// clang-format on
 
 TEST(Refusals, NameCodeAndArguments)
 {
