@@ -149,7 +149,7 @@ double MCDistFun::NonCentralPdfT(double t, double df, double delta, long& code)
     const double m = ((r - 3.0) + std::sqrt(((r - 2.0) + 4.0 * df) * r + 1.0)) / 2.0;
     if (!(m + kReach < kLargestIndex)) return overflow();
 
-    const double k = std::floor(m) + 1.0;
+    const double k = std::max(0.0, std::floor(m) + 1.0);  // m is -1 at least, less its rounding
     const bool alternating = (t < 0.0) != (delta < 0.0);
     const auto sign = [alternating](double i) {
         return alternating && std::fmod(i, 2.0) != 0.0 ? -1.0 : 1.0;

@@ -122,4 +122,15 @@ TEST(HyperCdf, LargePopulationsTakeTheNormalShortcutOnlyWithEnoughOfBothGroups)
     EXPECT_EQ(Cdf(1.0, 20000.0, 10.0, 10000.0), 0.0);  // 10 successes are too few: a step
 }
 
+// The mean of 100 draws, half of the population successes, is 50. Up to a population of 10,000 the answer
+// there is the step, 0.0; one more and it is the normal distribution half a count above its mean.
+TEST(HyperCdf, NormalShortcutBeginsAboveTenThousand)
+{
+    EXPECT_EQ(Cdf(50.0, 10000.0, 5000.0, 100.0), 0.0);
+    const double mean = 100.0 * 5000.0 / 10001.0;
+    const double deviation = std::sqrt(mean * (5001.0 / 10001.0) * (9901.0 / 10000.0));
+    const double z = (50.0 + 0.5 - mean) / deviation;
+    EXPECT_NEAR(Cdf(50.0, 10001.0, 5000.0, 100.0), std::erfc(-z / std::sqrt(2.0)) / 2.0, 1e-12);
+}
+
 }  // namespace

@@ -187,6 +187,14 @@ TEST(NonCentralTDensity, OverflowIsCodeTwo)
     EXPECT_EQ(DensityT(kInf, 5.0, 3.0, 2), Missing());
 }
 
+// With next to no df the index of the largest term comes out as -1 by rounding; the series begins at 0
+// all the same. Wanted: the series to 40 digits with mpmath.
+TEST(NonCentralTDensity, SeriesBeginsAtZeroWhereRoundingPutsItsStartBelow)
+{
+    EXPECT_TRUE(expect::Near(DensityT(1.0, 1e-17, 0.82), 7.938919464141868e-18, 2e-9));
+    EXPECT_TRUE(expect::Near(DensityT(-1.0, 1e-17, 0.82), 2.0610805358581307e-18, 2e-9));
+}
+
 // t and delta of 1e4 at 1e8 df: about 5e4 terms count, so 10,000 each way leave some out. The density
 // of the normal limit there is 0.3989 / sqrt(1.5) = 0.3257.
 TEST(NonCentralTDensity, RunningOutOfRoundsIsNoFailure)

@@ -25,7 +25,7 @@ struct Tolerance {
 };
 
 using Call = std::function<Outcome(const Args&)>;
-using Limit = Tolerance (*)(const Args&, double wanted, double got);
+using Limit = Tolerance (*)(const Args&, double wanted);
 
 struct Function {
     std::string name;
