@@ -51,8 +51,12 @@ std::string TermText(const ModelDescription::Term& term)
 
 void AddEquation(std::string& out, const ModelDescription::Equation& equation)
 {
-    out += equation.category.empty() ? "equation\n"
-                                     : fmt::format("equation for {}\n", equation.category);
+    if (equation.category.empty()) {
+        out += "equation\n";
+    } else {
+        out += fmt::format("equation for {}{}\n", equation.category,
+                           equation.isCumulative ? " and below" : "");
+    }
     out += "  linear predictor =\n";
     for (const ModelDescription::Term& term : equation.terms) {
         out += fmt::format("    {} {}\n", std::signbit(term.beta) ? '-' : '+', TermText(term));
@@ -103,6 +107,7 @@ Json EquationJson(const ModelDescription::Equation& equation)
     }
     Json json = Json::object();
     if (!equation.category.empty()) json["category"] = equation.category;
+    if (equation.isCumulative) json["cumulative"] = true;
     json["terms"] = std::move(terms);
     return json;
 }
@@ -120,7 +125,9 @@ std::string ModelText(const LoadedModel& model)
     AddLine(out, "target", about.target);
     AddLine(out, "categories", Joined(about.targetCategories));
     AddLine(out, "reference", about.referenceCategory);
-    if (about.hasCutoff) AddLine(out, "cut-off", Number(about.cutoff));
+    if (about.hasCutoff) {
+        AddLine(out, "cut-off", fmt::format("{} for {}", about.cutoff, about.cutoffCategory));
+    }
     AddLine(out, "factors", Joined(about.factors));
     AddLine(out, "covariates", Joined(about.covariates));
     AddLine(out, "offset", about.offset);
@@ -169,6 +176,7 @@ Json ModelJson(const LoadedModel& model)
               {"link", about.link}};
     json["linkParameter"] = about.hasLinkParameter ? Json(about.linkParameter) : Json();
     json["cutoff"] = about.hasCutoff ? Json(about.cutoff) : Json();
+    json["cutoffCategory"] = about.cutoffCategory;
     json["df"] = about.degreesOfFreedom;
     json["hasCovariances"] = about.hasCovariances;
     Json equations = Json::array();

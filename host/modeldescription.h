@@ -28,6 +28,8 @@ struct ModelDescription {
     /// One linear predictor: the sum of its terms. Models with one equation name no category.
     struct Equation {
         std::string category;
+        /// It gives the probability of the category and of all before it.
+        bool isCumulative = false;
         std::vector<Term> terms;
     };
     struct Contrast {
@@ -54,6 +56,7 @@ struct ModelDescription {
     std::string referenceCategory;
     bool hasCutoff = false;
     double cutoff = 0.0;
+    std::string cutoffCategory;  ///< that the cut-off is for
     std::string link;
     bool hasLinkParameter = false;
     double linkParameter = 0.0;

@@ -1,5 +1,7 @@
 #include "models/caseroad.h"
 
+#include <algorithm>
+
 #include "host/catencoder.h"
 #include "host/scoringlog.h"
 #include "host/stringvalue.h"
@@ -56,13 +58,28 @@ ScoreValue* CaseWalk::FindValue(size_t predictor, const ScoreDictVar* var) const
     return value;
 }
 
+const ScoreValue* CaseWalk::FindByPosition(size_t predictor) const
+{
+    bool bound = false;
+    const ScoreValue* value = ValueAtPosition(predictor, bound);
+    if (value == nullptr && derivedRecord_ != nullptr) {
+        value = derivedRecord_->GetValue(model_.predictorVars[predictor]->GetName());
+    }
+    return value;
+}
+
 void CaseWalk::GatherValues(size_t count)
 {
     const ScoreValue** const refs = model_.caseValueRefs.data();
     for (size_t i = 0; i < count; ++i) {
-        if (positions_ != nullptr && (refs[i] = SureNumber(i)) != nullptr) continue;
+        if (positions_ != nullptr && !road_.rereadsByName && (refs[i] = SureNumber(i)) != nullptr) {
+            continue;
+        }
         const ScoreDictVar* var = model_.predictorVars[i];
         ScoreValue* value = FindValue(i, var);
+        if (road_.rereadsByName && model_.scoreCaseValidationCheck) {
+            value = record_->GetValue(var->GetName());
+        }
         model_.caseValueRefs[i] = value;
         if (!model_.scoreCaseValidationCheck || !IsBad(value, *var)) continue;
         if (model_.missingValuePolicy == ScoreModel::MV_SUBSTITUTE &&
@@ -153,6 +170,37 @@ void CaseWalk::FailCase(size_t predictor)
     if (road_.namesBadPredictor) status_.SetDiscreteDatum(0, static_cast<long>(predictor));
 }
 
+double CaseWalk::DesignValue(size_t parameter) const
+{
+    double d = 1.0;
+    for (const RegressionModel::ParameterCell& term : model_.CellsOf(parameter)) {
+        const ScoreValue* value = model_.caseValueRefs[static_cast<size_t>(term.predictor)];
+        if (value == nullptr) return 0.0;
+        if (term.isFactor) {
+            if (!term.cell->Equals(value)) return 0.0;
+            continue;
+        }
+        const double x =
+            NumericReading(*value, *model_.predictorVars[static_cast<size_t>(term.predictor)]);
+        if (x == 0.0) return 0.0;
+        d *= CovariatePower(x, term.exponent);
+    }
+    return d;
+}
+
+double CaseWalk::LinearPredictor(const std::vector<double>& betas, size_t first)
+{
+    std::vector<double>& design = model_.designRow;
+    std::fill(design.begin(), design.end(), 0.0);
+    double lp = 0.0;
+    for (size_t p = first; p < betas.size(); ++p) {
+        if (betas[p] == 0.0) continue;
+        design[p] = DesignValue(p);
+        if (design[p] != 0.0) lp += design[p] * betas[p];
+    }
+    return lp;
+}
+
 void CaseWalk::WritePrediction(double value)
 {
     ScoreValue* prediction = fresh_ ? nullptr : result_->GetPrediction();
@@ -185,6 +233,27 @@ void CaseWalk::WriteMissingPrediction()
         result_->SetPrediction(new NumericValue(kMissing));
     } else {
         result_->SetPrediction(new StringValue(""));
+    }
+}
+
+void CaseWalk::WriteCategory(const std::string& name)
+{
+    ScoreValue* prediction = fresh_ ? nullptr : result_->GetPrediction();
+    if (prediction != nullptr && prediction->Kind() == ScoreValue::NUMERIC) {
+        static_cast<NumericValue*>(prediction)->SetDoubleValue(NumericValue(name).GetDouble());
+    } else if (prediction != nullptr && prediction->Kind() == ScoreValue::STRING) {
+        static_cast<StringValue*>(prediction)->SetString(name);
+    } else {
+        result_->SetPrediction(model_.targetVar->MakeValue(name));
+    }
+}
+
+void CaseWalk::WritePercent(const std::string& name, double percent)
+{
+    if (appendsPercents_) {
+        percents_->AddValuePercent(model_.targetVar->MakeValue(name), percent);
+    } else {
+        percents_->SetPercent(name, percent);
     }
 }
 

@@ -1,11 +1,15 @@
 #ifndef VELSCORE_MODELS_CASEROAD_H
 #define VELSCORE_MODELS_CASEROAD_H
 
+#include <cmath>
+#include <string>
+#include <type_traits>
+
 #include "host/datetimevalue.h"
 #include "host/mcstatus.h"
 #include "host/scorecaserecord.h"
 #include "host/scoredictvar.h"
-#include "host/scoreresult.h"
+#include "models/mlrresult.h"
 #include "models/regressionmodel.h"
 
 namespace MCVelscore_850 {
@@ -37,6 +41,9 @@ struct CaseRoad {
     /// before stands.
     bool clearsNumbers;
     MissingPrediction missingPrediction;
+    /// Value family: before validation each predictor is asked for by name once more, and that
+    /// answer replaces what was found, also by nothing.
+    bool rereadsByName = false;
 };
 
 /// One case on its way through a model. The steps, in the order in which GetScore takes them:
@@ -72,6 +79,10 @@ public:
             fresh_ = true;
         }
         result_ = result;
+        if constexpr (std::is_base_of_v<ScoreClsResult, Result>) {
+            percents_ = static_cast<Result*>(result);
+            appendsPercents_ = percents_->GetAllValuePercent().empty();
+        }
         return static_cast<Result&>(*result);
     }
 
@@ -92,9 +103,25 @@ public:
     /// known; `bound` tells which.
     ScoreValue* ValueAtPosition(size_t predictor, bool& bound) const;
 
+    /// The value at the predictor's position in the record; where that holds none, the derived
+    /// record's, which knows names alone. The main record is not asked by name.
+    const ScoreValue* FindByPosition(size_t predictor) const;
+
     /// A value that is absent although validation is off leaves nothing to compute with: the case
     /// then fails like a null record. True when the first `count` values are all there.
     bool HasEveryValue(size_t count);
+
+    /// Step 9 of the value family: the product over the parameter's predictors k of
+    ///
+    ///     1 or 0    factor: the case's value equals the cell, or not
+    ///     x[k]^e    covariate with exponent e: 0 where x[k] is 0, whatever e is; an e of 0 or
+    ///               below leaves the product as it is
+    ///
+    /// 0.0 as soon as one of them makes it so, and for an absent value.
+    double DesignValue(size_t parameter) const;
+    /// The sum over the parameters from `first` on of beta times design value, which go to the
+    /// model's designRow; a parameter with beta 0.0 is passed over and its design value is 0.0.
+    double LinearPredictor(const std::vector<double>& betas, size_t first = 0);
 
     bool IsFresh() const { return fresh_; }
     const MCScore::MCStatus& Status() const { return status_; }
@@ -105,6 +132,16 @@ public:
     void WritePrediction(double value);
     /// The prediction of a case that has none, in the family's way.
     void WriteMissingPrediction();
+    /// The prediction as a category of the target, by its name.
+    void WriteCategory(const std::string& name);
+    /// The probability of a category. Into a result that had some when it was prepared the new one
+    /// is written in place; any other gets it appended.
+    void WritePercent(const std::string& name, double percent);
+    /// Both for a family that predicts one category of all: walks the categories by the order of
+    /// their names, percent(i) being the probability of category i. Under predictionOnly no
+    /// probability is written.
+    template <class Percent>
+    void WriteCategories(int predicted, Percent percent);
 
 private:
     /// True for a value that is missing or not valid.
@@ -138,6 +175,8 @@ private:
     bool fresh_ = false;
     const ScoreCaseRecord* derivedRecord_ = nullptr;
     ScoreResult* result_ = nullptr;
+    MLRResult* percents_ = nullptr;  // the same, of a family that predicts a category
+    bool appendsPercents_ = false;
     MCScore::MCStatus status_;
 };
 
@@ -151,6 +190,14 @@ inline double NumericReading(const ScoreValue& value, const ScoreDictVar& var)
     return value.Kind() == ScoreValue::DATETIME
                ? static_cast<const DateTimeValue&>(value).GetDoubleValue(var.GetDateTimeType())
                : value.GetDouble();
+}
+
+/// What a covariate multiplies into a design value: x to the power of its exponent, 1 for an
+/// exponent of 0 or below.
+inline double CovariatePower(double x, double exponent)
+{
+    if (!(exponent > 0.0) || x == 1.0) return 1.0;
+    return exponent == 1.0 ? x : std::pow(x, exponent);  // pow(x, 1) is x, exactly
 }
 
 inline ScoreValue* CaseWalk::ValueAtPosition(size_t predictor, bool& bound) const
@@ -187,6 +234,15 @@ void CaseWalk::GatherNumbers(Find find)
             }
         }
         JudgeNumber(i, find(i, model_.predictorVars[i]));
+    }
+}
+
+template <class Percent>
+void CaseWalk::WriteCategories(int predicted, Percent percent)
+{
+    for (const auto& [name, index] : model_.categoryMap) {
+        if (!model_.predictionOnly) WritePercent(name, percent(static_cast<size_t>(index)));
+        if (index == predicted) WriteCategory(name);
     }
 }
 

@@ -2,7 +2,9 @@
 
 #include <memory>
 
+#include "host/numericvalue.h"
 #include "host/scoredictvar.h"
+#include "host/stringvalue.h"
 #include "models/ownedprediction.h"
 
 namespace MCVelscore_850 {
@@ -53,8 +55,17 @@ double MLRResult::GetPercent(const ScoreValue* value) const
 
 bool MLRResult::SetPercent(const std::string& key, double percent)
 {
+    // Texts are compared where they lie, and a number is spelt out only where it is the key's: this
+    // runs for every category of every case.
+    const double number = NumericValue(key).GetDouble();
+    const auto reads = [&](const ScoreValue& value) {
+        if (value.Kind() == ScoreValue::STRING) {
+            return static_cast<const StringValue&>(value).Text() == key;
+        }
+        return value.GetDouble() == number && value.GetString() == key;
+    };
     for (auto& entry : valuePercents_) {
-        if (entry.first->GetString() == key) {
+        if (reads(*entry.first)) {
             entry.second = percent;
             return true;
         }

@@ -2,6 +2,7 @@
 
 #include "host/scorecaserecord.h"
 #include "host/transformvar.h"
+#include "host/valueset.h"
 #include "host/varstats.h"
 
 namespace MCVelscore_850 {
@@ -130,6 +131,15 @@ bool RegressionModel::ResolvePredictors()
     return true;
 }
 
+void RegressionModel::RegisterTargetCategories()
+{
+    const ValueSet* values = targetVar == nullptr ? nullptr : targetVar->GetValueSet();
+    if (values == nullptr) return;
+    for (const ValueSetEntry& entry : values->GetEntries()) {
+        Register(categoryMap, entry.GetEntryValue()->GetString());
+    }
+}
+
 void RegressionModel::SizeNumericPPMatrix()
 {
     numericPPMatrix.assign(
@@ -197,19 +207,43 @@ bool RegressionModel::FinishSetup()
     }
 
     if (!numericPPMatrix.empty()) {
-        parameterPredictors.clear();
-        parameterPredictorsBegin.assign(1, 0);
-        for (size_t p = 0; p < parameters; ++p) {
-            for (size_t k = 0; k < predictors; ++k) {
-                const double cell = numericPPMatrix[p][k];
-                if (NumericValue::IsSystemMissingValue(cell)) continue;
-                const bool isFactor = k < predictorRoles.size() && predictorRoles[k] == ROLE_FACTOR;
-                parameterPredictors.push_back({static_cast<int>(k), isFactor, cell});
-            }
-            parameterPredictorsBegin.push_back(parameterPredictors.size());
-        }
+        ListParameterPredictors();
+    } else if (ppcMatrix) {
+        ListParameterCells();
     }
     return true;
+}
+
+void RegressionModel::ListParameterPredictors()
+{
+    parameterPredictors.clear();
+    parameterPredictorsBegin.assign(1, 0);
+    for (size_t p = 0; p < parameterMap.size(); ++p) {
+        for (size_t k = 0; k < predictorVars.size(); ++k) {
+            const double cell = numericPPMatrix[p][k];
+            if (NumericValue::IsSystemMissingValue(cell)) continue;
+            const bool isFactor = k < predictorRoles.size() && predictorRoles[k] == ROLE_FACTOR;
+            parameterPredictors.push_back({static_cast<int>(k), isFactor, cell});
+        }
+        parameterPredictorsBegin.push_back(parameterPredictors.size());
+    }
+}
+
+void RegressionModel::ListParameterCells()
+{
+    parameterCells.clear();
+    parameterCellsBegin.assign(1, 0);
+    for (int p = 0; p < numParameters; ++p) {
+        for (int k = 0; k < numPredictors; ++k) {
+            const ScoreValue* cell = ppcMatrix->GetCell(p, k);
+            if (cell == nullptr) continue;
+            const auto predictor = static_cast<size_t>(k);
+            const bool isFactor =
+                predictor < predictorRoles.size() && predictorRoles[predictor] == ROLE_FACTOR;
+            parameterCells.push_back({k, isFactor, cell, isFactor ? 0.0 : cell->GetDouble()});
+        }
+        parameterCellsBegin.push_back(parameterCells.size());
+    }
 }
 
 void RegressionModel::SetUpDictVarIndex(const ScoreCaseRecord* record, bool derivedInRecord)
@@ -250,6 +284,19 @@ void RegressionModel::DescribeCommon(ModelDescription& description) const
         if (role == ROLE_FACTOR) description.factors.push_back(name);
         if (role == ROLE_COVARIATE) description.covariates.push_back(name);
         description.variables.push_back(name);
+    }
+}
+
+void RegressionModel::DescribeCategories(ModelDescription& description) const
+{
+    description.targetCategories.resize(categoryMap.size());
+    for (const auto& [name, index] : categoryMap) {
+        description.targetCategories[static_cast<size_t>(index)] = name;
+    }
+    description.quantities.push_back({"prediction", "most probable category"});
+    for (const std::string& name : description.targetCategories) {
+        description.quantities.push_back(
+            {"probability(" + name + ")", "probability of the category"});
     }
 }
 

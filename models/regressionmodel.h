@@ -95,6 +95,8 @@ protected:
     /// Sizes predictorVars and predictorRoles and fills them from the main dictionary, then the
     /// derived variables, in the order of the names. Stops with false at a name that is in neither.
     bool ResolvePredictors();
+    /// Registers the target's categories by name, in the order of its dictionary entry.
+    void RegisterTargetCategories();
     /// numericPPMatrix by parameters and predictors, every cell system-missing: no dependence.
     void SizeNumericPPMatrix();
     /// The beta of a cell, 0.0 for one that the table doesn't have.
@@ -103,6 +105,8 @@ protected:
     void DisplayMap(const std::string& name, const NameMap& map, std::ostream& out) const;
     /// What every family tells: target, predictors, degrees of freedom, variables to read.
     void DescribeCommon(ModelDescription& description) const;
+    /// The target's categories in dictionary order, and the columns of a family that predicts one.
+    void DescribeCategories(ModelDescription& description) const;
     /// The linear predictor of one row of the beta table, its factors from the
     /// predictor-to-parameter matrix.
     ModelDescription::Equation DescribeEquation(int category) const;
@@ -151,6 +155,23 @@ protected:
                 parameterPredictors.data() + parameterPredictorsBegin[parameter + 1]};
     }
 
+    /// One predictor that a parameter depends on, with its cell of ppcMatrix.
+    struct ParameterCell {
+        int predictor;
+        bool isFactor;
+        const ScoreValue* cell;
+        double exponent;  ///< a covariate's; the cell as a number
+    };
+    /// ppcMatrix without its empty cells, for the families that have no numericPPMatrix: parameter
+    /// after parameter, predictors ascending.
+    std::vector<ParameterCell> parameterCells;
+    std::vector<size_t> parameterCellsBegin;  ///< as parameterPredictorsBegin
+    std::span<const ParameterCell> CellsOf(size_t parameter) const
+    {
+        return {parameterCells.data() + parameterCellsBegin[parameter],
+                parameterCells.data() + parameterCellsBegin[parameter + 1]};
+    }
+
     std::vector<char> predictorIsDerived;  ///< per predictor what its variable answers
 
     // Positions of SetUpDictVarIndex(); -1 when unknown.
@@ -165,6 +186,10 @@ protected:
     std::vector<NumericValue> caseSubstitutes;
 
     bool allowMissingFactors = false;
+
+private:
+    void ListParameterPredictors();
+    void ListParameterCells();
 
     friend class CaseWalk;
 };

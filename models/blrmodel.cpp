@@ -1,0 +1,231 @@
+#include "models/blrmodel.h"
+
+#include <array>
+#include <ostream>
+
+#include "host/valueset.h"
+#include "models/caseroad.h"
+#include "models/softmax.h"
+
+namespace MCVelscore_850 {
+
+using MCScore::MCStatus;
+
+namespace {
+
+constexpr CaseRoad kRoad{
+    .family = "binary logistic regression",
+    .tracesNullRecord = false,
+    .fetchesDerivedRecord = true,
+    .failsUnderStatusOnly = true,
+    .namesBadPredictor = true,
+    .clearsNumbers = false,
+    .missingPrediction = MissingPrediction::TargetTyped,
+};
+
+constexpr size_t kCategories = 2;
+
+// The first entry that equals the number within the host's tolerance; the size when none does.
+size_t FindNumber(const std::vector<double>& numbers, double wanted)
+{
+    size_t i = 0;
+    while (i < numbers.size() && !NumericValue::IsEqual(numbers[i], wanted)) ++i;
+    return i;
+}
+
+// The category that a number stands for: a text's by its position, a number's is the number.
+std::string CategoryText(const ScoreDictVar& var, double number)
+{
+    const ValueSet* values = var.GetValueSet();
+    if (var.GetValueType() != ScoreDictVar::STRING || values == nullptr) {
+        return NumericValue(number).GetString();
+    }
+    const auto& entries = values->GetEntries();
+    const bool known = number >= 0.0 && number < static_cast<double>(entries.size());
+    return known ? entries[static_cast<size_t>(number)].GetEntryValue()->GetString() : "";
+}
+
+}  // namespace
+
+BLRModel::BLRModel() = default;
+BLRModel::~BLRModel() = default;
+
+bool BLRModel::SetContrastMatrix(const std::string& predictorName, const Matrix& matrix,
+                                 const std::vector<double>& categories)
+{
+    const int index = GetPredictorIndex(predictorName);
+    if (index < 0) return false;
+    const auto predictor = static_cast<size_t>(index);
+    if (predictor >= contrastMatrices.size()) {
+        contrastMatrices.resize(predictor + 1);
+        contrastCategories.resize(predictor + 1);
+    }
+    contrastMatrices[predictor] = matrix;
+    contrastCategories[predictor] = categories;
+    return true;
+}
+
+bool BLRModel::Setup()
+{
+    RegisterTargetCategories();
+    bool complete = ResolvePredictors();
+    for (size_t k = 0; complete && k < predictorVars.size(); ++k) {
+        const bool contrasts = k < contrastMatrices.size() && !contrastMatrices[k].empty();
+        complete = predictorRoles[k] != ROLE_FACTOR || contrasts;
+    }
+    paramTable = std::make_unique<ParamTable>(this);
+    ppcMatrix = std::make_unique<PPCMatrix>(this);
+    pcovMatrix = std::make_unique<PCovMatrix>(this);
+    SizeNumericPPMatrix();
+    return complete && categoryMap.size() == kCategories;
+}
+
+MCStatus BLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
+                            bool derivedInRecord)
+{
+    CaseWalk walk(*this, kRoad, record, derivedInRecord);
+    if (!walk.Start()) return walk.Status();
+    walk.PrepareResult<MLRResult>(result, ScoreResult::MLR_RESULT);
+    walk.FetchDerived();
+    if (!FindBetaRow()) return MCStatus(MCScore::kReferenceCategoryUnknown, false);
+    walk.GatherNumbers([&](size_t i, const ScoreDictVar* var) { return walk.FindValue(i, var); });
+    if (!walk.Status().IsOK()) return walk.Status();
+
+    // Only the row of the betas has a linear predictor; the other category's stays 0.
+    std::array<double, kCategories> linearPredictors{};
+    double lp = 0.0;
+    if (!ComputeLinearPredictor(lp)) return MCStatus(MCScore::kFactorOutsideContrasts, false);
+    const auto betaRow = static_cast<size_t>(refTargetIndex);
+    if (betaRow < kCategories) linearPredictors[betaRow] = lp;
+
+    const size_t predicted = IndexOfLargest(linearPredictors);
+    std::array<double, kCategories> exponentials{};
+    double sum = 0.0;
+    if (!predictionOnly) {
+        sum = Exponentials(linearPredictors, linearPredictors[predicted], exponentials);
+    }
+    // Under predictionOnly this is 0/0, which exceeds no cut-off: the category of the cut-off is
+    // then never predicted. The cut-off has no branch for it, on purpose.
+    const auto percent = [&](size_t c) { return (c < kCategories ? exponentials[c] : 0.0) / sum; };
+    if (!UsesCutoff()) {
+        walk.WriteCategories(static_cast<int>(predicted), percent);
+        return walk.Status();
+    }
+    bool decided = false;
+    for (const auto& [name, index] : categoryMap) {
+        const double p = percent(static_cast<size_t>(index));
+        if (!predictionOnly) walk.WritePercent(name, p);
+        // Whichever name comes first: the category of the cut-off is taken over the other one.
+        const bool taken = name == targetReferenceCategory ? p > cutoff : !decided;
+        if (!taken) continue;
+        walk.WriteCategory(name);
+        decided = true;
+    }
+    return walk.Status();
+}
+
+// The row of the beta table that this case uses: the reference category's on the first case, row 1
+// on every later one and without a reference category. So a model whose reference category is the
+// first of its target flips after its first case; that is how this family scores.
+bool BLRModel::FindBetaRow()
+{
+    if (refTargetIndex != -1 || !refTargetCategory) {
+        refTargetIndex = 1;
+        return true;
+    }
+    const auto found = categoryMap.find(refTargetCategory->GetString());
+    if (found == categoryMap.end()) return false;
+    refTargetIndex = found->second;
+    return true;
+}
+
+// False when a factor value or a cell has no place in its contrast matrix.
+bool BLRModel::ComputeLinearPredictor(double& lp)
+{
+    lp = 0.0;
+    const auto row = static_cast<size_t>(refTargetIndex);
+    if (row >= categoryBetas.size()) return true;
+    const std::vector<double>& rowBetas = categoryBetas[row];
+    for (size_t j = 0; j < rowBetas.size(); ++j) {
+        if (rowBetas[j] == 0.0) continue;
+        double term = 1.0;
+        bool alive = true;
+        // A covariate of 0 doesn't end the walk: a factor after it is still looked up.
+        for (const ParameterPredictor& predictor : PredictorsOf(j)) {
+            if (predictor.isFactor) {
+                double coefficient = 0.0;
+                if (!ContrastOf(predictor, coefficient)) return false;
+                term *= coefficient;
+                continue;
+            }
+            const double x = caseValues[static_cast<size_t>(predictor.predictor)];
+            if (x == 0.0) {
+                alive = false;
+                term = 0.0;
+            } else {
+                term *= CovariatePower(x, predictor.cell);
+            }
+        }
+        if (alive && term != 0.0) lp += term * rowBetas[j];
+    }
+    return true;
+}
+
+bool BLRModel::ContrastOf(const ParameterPredictor& term, double& coefficient) const
+{
+    const auto k = static_cast<size_t>(term.predictor);
+    if (k >= contrastCategories.size()) return false;
+    const std::vector<double>& categories = contrastCategories[k];
+    const size_t column = FindNumber(categories, term.cell);
+    const size_t row = FindNumber(categories, caseValues[k]);
+    if (column == categories.size() || row == categories.size()) return false;
+    const Matrix& matrix = contrastMatrices[k];
+    if (row >= matrix.size() || column >= matrix[row].size()) return false;
+    coefficient = matrix[row][column];
+    return true;
+}
+
+void BLRModel::Display(std::ostream& out) const
+{
+    out << "Begin display of BLRModel" << std::endl;
+    RegressionModel::Display(out);
+    out << "End display of BLRModel" << std::endl;
+}
+
+void BLRModel::Describe(ModelDescription& description) const
+{
+    DescribeCommon(description);
+    description.family = kRoad.family;
+    description.className = "BLRModel";
+    description.link = "logit";
+    DescribeCategories(description);
+    if (UsesCutoff()) {
+        description.hasCutoff = true;
+        description.cutoff = cutoff;
+        description.cutoffCategory = targetReferenceCategory;
+        description.quantities.front().meaning =
+            targetReferenceCategory + " when its probability is above the cut-off, else the other";
+    }
+    if (categoryMap.size() != kCategories) return;
+    // Row 1 serves every case but, with a reference category of row 0, the first.
+    const auto found =
+        refTargetCategory ? categoryMap.find(refTargetCategory->GetString()) : categoryMap.end();
+    const int betaRow = found == categoryMap.end() ? 1 : found->second;
+    const size_t other = betaRow == 1 ? 0 : 1;
+    description.referenceCategory = description.targetCategories[other];
+    ModelDescription::Equation equation = DescribeEquation(betaRow);
+    equation.category = description.targetCategories[1 - other];
+    description.equations.push_back(std::move(equation));
+    for (size_t k = 0; k < predictorVars.size() && k < contrastMatrices.size(); ++k) {
+        if (contrastMatrices[k].empty()) continue;
+        ModelDescription::Contrast contrast;
+        contrast.predictor = predictorVars[k]->GetName();
+        contrast.rows = contrastMatrices[k];
+        for (const double number : contrastCategories[k]) {
+            contrast.categories.push_back(CategoryText(*predictorVars[k], number));
+        }
+        description.contrasts.push_back(std::move(contrast));
+    }
+}
+
+}  // namespace MCVelscore_850

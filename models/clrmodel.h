@@ -1,0 +1,46 @@
+#ifndef VELSCORE_MODELS_CLRMODEL_H
+#define VELSCORE_MODELS_CLRMODEL_H
+
+#include "models/regressionmodel.h"
+
+namespace MCVelscore_850 {
+
+/// Conditional logistic regression. A case is scored alone; its stratum has no part in it. The
+/// beta table has two rows, the target's first category and a made-up one whose betas stay 0:
+///
+///     lp = sum of b[j] d[j]             d as CaseWalk::DesignValue
+///     p  = exp(lp) / (exp(lp) + exp(0))
+///
+/// p, the prediction, is the probability of the first category. There is no predicted category.
+///
+/// Errors  GetScore answers 90029 for a null record or a bad value.
+/// Order   Setup() before the tables are filled, FinishSetup() before the first GetScore().
+/// Threads one model serves one thread at a time: the case's scratch lies in the model.
+class CLRModel final : public RegressionModel {
+public:
+    CLRModel();
+    ~CLRModel() override;
+
+    /// The policy MV_STATUS_ONLY does nothing here: a bad value stands. Prediction-only makes no
+    /// difference.
+    MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
+                               bool derivedInRecord) override;
+    int GetModelType() const override { return TYPE_CLR; }
+    void Display(std::ostream& out) const override;
+    /// False, without tables, for a target without categories or whose first one has the made-up
+    /// name, for no parameters, no predictors, and a predictor that is in no dictionary.
+    bool Setup() override;
+    void Describe(ModelDescription& description) const override;
+
+    const std::string& GetDummyCategory() const { return dummyCategory; }
+
+private:
+    std::string dummyCategory;
+    // Scratch of the case, by category.
+    std::vector<double> linearPredictors;
+    std::vector<double> exponentials;
+};
+
+}  // namespace MCVelscore_850
+
+#endif

@@ -1,0 +1,192 @@
+#include "models/cumulativelinkmodel.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "models/caseroad.h"
+#include "stats/mcdistfun.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+// Where exp is taken as infinity and as 0. The lower limit itself counts as 0, on purpose.
+constexpr double kUpper = 709.0;
+constexpr double kLower = -708.0;
+
+double InverseLogit(double x)
+{
+    if (x > kUpper) return 1.0;
+    if (x <= kLower) return 0.0;
+    const double e = std::exp(x);
+    return e / (1.0 + e);
+}
+
+double InverseCauchit(double x) { return std::atan(x) / 3.141592653589793 + 0.5; }
+
+double InverseCloglog(double x)
+{
+    if (x > kUpper) return 1.0;
+    if (x <= kLower) return 0.0;
+    const double t = -std::exp(x);
+    return t < kLower ? 1.0 : 1.0 - std::exp(t);
+}
+
+double InverseLoglog(double x)
+{
+    const double t = -x;
+    if (t > kUpper) return 0.0;
+    if (t <= kLower) return 1.0;
+    const double u = -std::exp(t);
+    return u <= kLower ? 0.0 : std::exp(u);
+}
+
+double InverseProbit(double x) { return MCMath_850::MCDistFun::CdfNorm(x, 0.0, 1.0); }
+
+// By CumulLinkFunction.
+constexpr struct {
+    double (*inverse)(double x);
+    const char* name;
+} kLinks[] = {
+    {InverseLogit, "Logit"},
+    {InverseCauchit, "Cauchit"},
+    {InverseCloglog, "Complementary log-log"},
+    {InverseLoglog, "Negative log-log"},
+    {InverseProbit, "Probit"},
+};
+
+}  // namespace
+
+CumulativeLinkModel::~CumulativeLinkModel() = default;
+
+double CumulativeLinkModel::CInvLinkFunction(CumulLinkFunction link, double x)
+{
+    const auto row = static_cast<size_t>(link);
+    if (NumericValue::IsSystemMissingValue(x) || row >= std::size(kLinks)) {
+        return NumericValue::GetSysmisValue();
+    }
+    return kLinks[row].inverse(x);
+}
+
+const char* CumulativeLinkModel::LinkName() const
+{
+    const auto row = static_cast<size_t>(linkFunction);
+    return row < std::size(kLinks) ? kLinks[row].name : "";
+}
+
+double CumulativeLinkModel::ComputeCumProb(CumulLinkFunction link, int categories, int index,
+                                           double linearPredictor,
+                                           const std::vector<double>& boundaries) const
+{
+    if (index == -1) return 0.0;
+    if (index == categories - 1) return 1.0;
+    const auto boundary = static_cast<size_t>(index);
+    if (index < 0 || index >= categories || boundary >= boundaries.size()) {
+        return NumericValue::GetSysmisValue();
+    }
+    return CInvLinkFunction(link, boundaries[boundary] + ways_.sign * linearPredictor);
+}
+
+bool CumulativeLinkModel::Setup()
+{
+    RegisterTargetCategories();
+    const bool resolved = ResolvePredictors();
+    predictorCount = predictorVars.size();
+    if (offset.variable != nullptr) {
+        offsetIndex = predictorVars.size();
+        predictorVars.push_back(offset.variable);
+        if (ways_.offsetIsPredictor) predictorRoles.push_back(GetVarRole(offset.variable));
+    }
+    paramTable = std::make_unique<ParamTable>(this);
+    ppcMatrix = std::make_unique<PPCMatrix>(this);
+    thresholds.assign(categoryMap.size(), 0.0);
+    categoryProbs.assign(categoryMap.size(), 0.0);
+    return resolved;
+}
+
+MCScore::MCStatus CumulativeLinkModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
+                                                bool derivedInRecord)
+{
+    CaseWalk walk(*this, ways_.road, record, derivedInRecord);
+    if (!walk.Start()) return walk.Status();
+    walk.PrepareResult<MLRResult>(result, ScoreResult::MLR_RESULT);
+    walk.FetchDerived();
+    const size_t gathered = ways_.offsetIsPredictor ? predictorVars.size() : predictorCount;
+    walk.GatherValues(gathered);
+    if (walk.Status().IsOK()) walk.HasEveryValue(gathered);
+
+    // A case with a bad value is not left here, on purpose: its prediction comes from the
+    // thresholds alone, over what the policy wrote, and the status stays.
+    const size_t predicted = ComputeCategoryProbs(LinearPredictor(walk));
+    walk.WriteCategories(static_cast<int>(predicted), [&](size_t c) { return categoryProbs[c]; });
+    return walk.Status();
+}
+
+double CumulativeLinkModel::LinearPredictor(CaseWalk& walk)
+{
+    double lp = 0.0;
+    if (walk.Status().IsOK() && betas.size() > 1 && categoryBetas.size() > 1) {
+        lp = walk.LinearPredictor(categoryBetas[categoryBetas.size() - 2], 1);
+    } else {
+        std::fill(designRow.begin(), designRow.end(), 0.0);
+    }
+    switch (offset.kind) {
+        case Offset::VARIABLE: return lp + OffsetOfCase(walk);
+        case Offset::VALUE: return lp + offset.value;
+        case Offset::NONE: break;
+    }
+    return lp;
+}
+
+// Fills categoryProbs and answers the most probable category.
+size_t CumulativeLinkModel::ComputeCategoryProbs(double linearPredictor)
+{
+    const int categories = static_cast<int>(categoryProbs.size());
+    for (size_t i = 0; i < thresholds.size(); ++i) thresholds[i] = categoryBetas[i].front();
+    double previous = 0.0;
+    double best = 0.0;
+    size_t predicted = 0;
+    for (int i = 0; i < categories; ++i) {
+        const auto c = static_cast<size_t>(i);
+        const double cumulative =
+            ComputeCumProb(linkFunction, categories, i, linearPredictor, thresholds);
+        // A sum that falls short of the one before never makes a negative probability.
+        const bool counts =
+            !NumericValue::IsSystemMissingValue(cumulative) && !(previous > cumulative);
+        categoryProbs[c] = counts ? cumulative - previous : 0.0;
+        if (counts) previous = cumulative;
+        if (i == 0) {
+            best = categoryProbs[c];
+        } else if (categoryProbs[c] - best > ways_.margin) {
+            best = categoryProbs[c];
+            predicted = c;
+        }
+    }
+    return predicted;
+}
+
+void CumulativeLinkModel::Describe(ModelDescription& description) const
+{
+    DescribeCommon(description);
+    description.family = ways_.road.family;
+    description.link = std::string("cumulative ") + LinkName();
+    description.offset = offset.Describe();
+    DescribeCategories(description);
+    if (categoryBetas.size() < 2) return;
+    // The equation of each boundary: its threshold, and what all share.
+    const ModelDescription::Equation shared =
+        DescribeEquation(static_cast<int>(categoryBetas.size()) - 2);
+    for (size_t i = 0; i + 1 < categoryBetas.size(); ++i) {
+        ModelDescription::Equation equation = shared;
+        equation.category = description.targetCategories[i];
+        equation.isCumulative = true;
+        for (size_t p = 0; p < equation.terms.size(); ++p) {
+            ModelDescription::Term& term = equation.terms[p];
+            // A negated 0 would read as -0.
+            term.beta = p == 0 ? categoryBetas[i][0] : ways_.sign * term.beta + 0.0;
+        }
+        description.equations.push_back(std::move(equation));
+    }
+}
+
+}  // namespace MCVelscore_850

@@ -1,0 +1,44 @@
+#ifndef VELSCORE_MODELS_OFFSET_H
+#define VELSCORE_MODELS_OFFSET_H
+
+#include <string>
+
+#include "host/numericvalue.h"
+#include "host/scoredictvar.h"
+
+namespace MCVelscore_850 {
+
+/// What is added to every linear predictor of a model: nothing, a variable's value, or a constant.
+/// The first setter that is called wins, without a word to a later one.
+struct Offset {
+    enum Kind { NONE = 0, VARIABLE = 1, VALUE = 2 } kind = NONE;
+    const ScoreDictVar* variable = nullptr;
+    double value = 0.0;
+
+    void SetVariable(const ScoreDictVar* var)
+    {
+        if (kind != NONE) return;
+        variable = var;
+        kind = VARIABLE;
+    }
+    void SetValue(double constant)
+    {
+        if (kind != NONE) return;
+        value = constant;
+        kind = VALUE;
+    }
+    /// The variable's name or the constant; empty without an offset.
+    std::string Describe() const
+    {
+        switch (kind) {
+            case VARIABLE: return variable == nullptr ? "" : variable->GetName();
+            case VALUE: return NumericValue(value).GetString();
+            case NONE: break;
+        }
+        return "";
+    }
+};
+
+}  // namespace MCVelscore_850
+
+#endif

@@ -1,0 +1,56 @@
+#include "models/ogzlrmodel.h"
+
+#include <ostream>
+
+#include "models/caseroad.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+constexpr CaseRoad kRoad{
+    .family = "ordinal regression (generalized)",
+    .tracesNullRecord = false,
+    .fetchesDerivedRecord = true,
+    .failsUnderStatusOnly = true,
+    .namesBadPredictor = true,
+    .clearsNumbers = false,
+    .missingPrediction = MissingPrediction::TargetTyped,
+};
+
+}  // namespace
+
+OGZLRModel::OGZLRModel()
+    : CumulativeLinkModel({.road = kRoad, .sign = -1.0, .offsetIsPredictor = true, .margin = 1e-14})
+{}
+OGZLRModel::~OGZLRModel() = default;
+
+// Not the case's offset: the design value of the parameter whose index is the offset's index among
+// the predictors. Scores of this family depend on it. Without such a parameter nothing is added.
+double OGZLRModel::OffsetOfCase(const CaseWalk&) const
+{
+    return offsetIndex < designRow.size() ? designRow[offsetIndex] : 0.0;
+}
+
+void OGZLRModel::Display(std::ostream& out) const
+{
+    out << "Begin display of OGZLRModel" << std::endl;
+    RegressionModel::Display(out);
+    out << "Link function: " << LinkName() << std::endl;
+    out << "Distribution: Multinomial" << std::endl;
+    switch (offset.kind) {
+        case Offset::VARIABLE: out << "Offset variable: " << offset.Describe() << std::endl; break;
+        case Offset::VALUE: out << "Offset value: " << offset.value << std::endl; break;
+        case Offset::NONE: break;
+    }
+    out << "End display of OGZLRModel" << std::endl;
+}
+
+void OGZLRModel::Describe(ModelDescription& description) const
+{
+    CumulativeLinkModel::Describe(description);
+    description.className = "OGZLRModel";
+    description.distribution = "multinomial";
+}
+
+}  // namespace MCVelscore_850
