@@ -36,27 +36,30 @@ public:
 };
 
 // Codes of the host's own refusals, in documents. The codes of the readers stand with the readers.
-inline constexpr int kNotANumber = 269001;              // text
-inline constexpr int kNotAnInteger = 269002;            // text
-inline constexpr int kNumberTooLarge = 269003;          // text
-inline constexpr int kArrayLength = 269004;             // found, expected
-inline constexpr int kUnknownEncoding = 269005;         // name
-inline constexpr int kDuplicateField = 269006;          // name
-inline constexpr int kUnknownDataType = 269007;         // text, attribute, name
-inline constexpr int kExpressionNotSupported = 269008;  // element, derived field
-inline constexpr int kFunctionNotSupported = 269009;    // function, derived field
-inline constexpr int kWrongArgumentCount = 269010;      // function, found, expected, derived field
-inline constexpr int kUnknownFieldReference = 269011;   // name, derived field
-inline constexpr int kDerivedFieldCycle = 269012;       // derived field
-inline constexpr int kExpressionMissing = 269013;       // derived field
-inline constexpr int kNormPoints = 269014;              // derived field
-inline constexpr int kExpressionTooDeep = 269015;       // derived field
-inline constexpr int kTooManyDerivedTexts = 269016;     // limit, derived field
-inline constexpr int kFamilyNotAvailable = 269020;      // family, model type
-inline constexpr int kReferencePointFamily = 269021;    // parameter, model type
-inline constexpr int kModelWithoutTarget = 269022;      // model type
-inline constexpr int kCallNotAvailable = 269023;        // operation
-inline constexpr int kTableTooLarge = 269024;           // section, rows, columns
+inline constexpr int kNotANumber = 269001;               // text
+inline constexpr int kNotAnInteger = 269002;             // text
+inline constexpr int kNumberTooLarge = 269003;           // text
+inline constexpr int kArrayLength = 269004;              // found, expected
+inline constexpr int kUnknownEncoding = 269005;          // name
+inline constexpr int kDuplicateField = 269006;           // name
+inline constexpr int kUnknownDataType = 269007;          // text, attribute, name
+inline constexpr int kExpressionNotSupported = 269008;   // element, derived field
+inline constexpr int kFunctionNotSupported = 269009;     // function, derived field
+inline constexpr int kWrongArgumentCount = 269010;       // function, found, expected, derived field
+inline constexpr int kUnknownFieldReference = 269011;    // name, derived field
+inline constexpr int kDerivedFieldCycle = 269012;        // derived field
+inline constexpr int kExpressionMissing = 269013;        // derived field
+inline constexpr int kNormPoints = 269014;               // derived field
+inline constexpr int kExpressionTooDeep = 269015;        // derived field
+inline constexpr int kTooManyDerivedTexts = 269016;      // limit, derived field
+inline constexpr int kFamilyNotAvailable = 269020;       // family, model type
+inline constexpr int kReferencePointFamily = 269021;     // parameter, model type
+inline constexpr int kModelWithoutTarget = 269022;       // model type
+inline constexpr int kCallNotAvailable = 269023;         // operation
+inline constexpr int kTableTooLarge = 269024;            // section, rows, columns
+inline constexpr int kTooManyContrastRows = 269025;      // row, rows declared, predictor
+inline constexpr int kOrdinalTarget = 269026;            // target, categories
+inline constexpr int kTargetWithoutCategories = 269027;  // target, model type
 
 // Codes of a case that the engine refuses before a model sees it; they stand in column status.
 inline constexpr int kCaseTextNotANumber = 269050;    // text, field, row

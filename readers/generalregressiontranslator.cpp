@@ -44,9 +44,12 @@ ScoreModel* GeneralRegressionTranslator::ParseFromTree(DOMDocument* document,
         // The order is fixed: a later stage relies on what an earlier one left.
         ReadHead(document, parse);
         ConstructModel(parse);
+        ReadOrdinalLink(parse);
         ReadDictionaryAndTargets(parse);
+        ReadTargetReferenceCategory(parse);
         ReadModelDf(parse);
         ReadTransformations(parse);
+        ReadOrdinalOffset(parse);
         ReadMiningSchema(parse);
         CheckTarget(parse);
         ReadParameterList(parse);
@@ -126,7 +129,14 @@ void GeneralRegressionTranslator::RecordVersion(Parse& parse)
     parse.model->SetVersionInfo(new VersionInfo(parse.versionText));
 }
 
-void GeneralRegressionTranslator::CheckAndFinish(Parse& parse) { parse.model->FinishSetup(); }
+void GeneralRegressionTranslator::CheckAndFinish(Parse& parse)
+{
+    if (parse.IsAmong(kCategoryFamilies) && parse.model->GetCategoryMap().empty()) {
+        NoteElement(parse.modelElement);
+        Refuse(kTargetWithoutCategories, parse.targetName.c_str(), parse.modelType.c_str());
+    }
+    parse.model->FinishSetup();
+}
 
 std::string GeneralRegressionTranslator::AttributeText(const DOMElement* element,
                                                        const std::string& name) const

@@ -9,6 +9,7 @@ namespace MCVelscore_850 {
 
 class RegressionModel;
 class ScoreModel;
+struct ContrastMatrix;
 struct Parse;
 
 /// Reads a PMML document with a GeneralRegressionModel into a finished model.
@@ -44,9 +45,12 @@ private:
     void ReadHead(xercesc::DOMDocument* document, Parse& parse);
     void ReadTargetAttribute(Parse& parse);
     void ConstructModel(Parse& parse);
+    void ReadOrdinalLink(Parse& parse);
     void ReadDictionaryAndTargets(Parse& parse);
+    void ReadTargetReferenceCategory(Parse& parse);
     void ReadModelDf(Parse& parse);
     void ReadTransformations(Parse& parse);
+    void ReadOrdinalOffset(Parse& parse);
     void ReadMiningSchema(Parse& parse);
     void ResolveTarget(Parse& parse, bool hasSchema);
     void CheckTarget(Parse& parse);
@@ -56,8 +60,8 @@ private:
     void AddParameters(Parse& parse);
     void RecordVersion(Parse& parse);
     void ReadFactorList(Parse& parse);
-    void ReadContrastMatrix(Parse& parse, xercesc::DOMElement* predictor);
     void ReadCovariateList(Parse& parse);
+    void ExpectTablesFit(const Parse& parse) const;
     void SetUpModel(Parse& parse);
     void ReadParamMatrix(Parse& parse);
     void ReadReferencePoints(Parse& parse);
@@ -78,6 +82,25 @@ private:
     void ReadParamCell(Parse& parse, xercesc::DOMElement* element, struct TargetCells& cells);
     std::string CellCategory(Parse& parse, xercesc::DOMElement* element, TargetCells& cells);
     void ReadPPCell(Parse& parse, xercesc::DOMElement* element);
+
+    // Contrast matrices of factors.
+
+    void ReadContrastMatrix(Parse& parse, xercesc::DOMElement* predictor, ScoreDictVar* variable);
+    /// The own form: a child for each row, which names its category.
+    void HandleContrastMatrix(xercesc::DOMElement* element, ContrastMatrix& contrast,
+                              ScoreDictVar* variable);
+    /// The bare matrix, its rows in the order of the variable's values.
+    void HandleContrastMatrixEx(xercesc::DOMElement* matrix, ContrastMatrix& contrast,
+                                ScoreDictVar* variable);
+    /// The published form: a predictor with a contrast type, a list of categories or none, and a
+    /// matrix.
+    void HandleContrastMatrix41(xercesc::DOMElement* predictor, ContrastMatrix& contrast,
+                                ScoreDictVar* variable);
+    void ReadContrastCategories(xercesc::DOMElement* list, ContrastMatrix& contrast,
+                                ScoreDictVar* variable);
+    /// Gives the matrix to a family that takes contrasts; `element` is for the message.
+    void TakeContrastMatrix(Parse& parse, ContrastMatrix& contrast, const ScoreDictVar* variable,
+                            const std::string& element);
 
     double pmmlVersion = 0.0;
 };

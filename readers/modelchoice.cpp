@@ -6,8 +6,13 @@
 #include "host/messages.h"
 #include "host/pmmlmodeltags.h"
 #include "host/vsexception.h"
+#include "models/blrmodel.h"
+#include "models/clrmodel.h"
 #include "models/glrmodel.h"
 #include "models/lrmodel.h"
+#include "models/mlrmodel.h"
+#include "models/ogzlrmodel.h"
+#include "models/ormodel.h"
 #include "readers/codes.h"
 
 namespace MCVelscore_850 {
@@ -126,15 +131,15 @@ struct ClassRow {
 };
 
 constexpr ClassRow kClasses[] = {
-    {kMultinomial, "multinomial logistic regression", nullptr},
-    {kMultinomialGeneralized, "multinomial logistic regression (generalized)", nullptr},
+    {kMultinomial, "multinomial logistic regression", Make<MLRModel>},
+    {kMultinomialGeneralized, "multinomial logistic regression (generalized)", Make<MLRModel>},
     {kGeneralLinear, "general linear model", Make<GLRModel>},
     {kLinear, "linear regression", Make<LRModel>},
-    {kConditional, "conditional logistic regression", nullptr},
-    {kBinary, "binary logistic regression", nullptr},
-    {kOrdinal, "ordinal regression", nullptr},
+    {kConditional, "conditional logistic regression", Make<CLRModel>},
+    {kBinary, "binary logistic regression", Make<BLRModel>},
+    {kOrdinal, "ordinal regression", Make<ORModel>},
     {kGeneralizedLinear, "generalized linear model", nullptr},
-    {kOrdinalGeneralized, "ordinal regression (generalized)", nullptr},
+    {kOrdinalGeneralized, "ordinal regression (generalized)", Make<OGZLRModel>},
     {kCox, "Cox regression", nullptr},
     {kCoxComplexSamples, "Cox regression (complex samples)", nullptr},
 };

@@ -2,6 +2,7 @@
 // children of the model element, each a name and a value.
 
 #include "host/pmmlmodeltags.h"
+#include "models/blrmodel.h"
 #include "readers/codes.h"
 #include "readers/generalregressiontranslator.h"
 #include "readers/parse.h"
@@ -30,6 +31,10 @@ const ExtensionRow kExtensions[] = {
     {kAllFamilies, Tags::XML_ATT_RM_EXT_NAME_ALLMISSINGFACTORS,
      [](const BaseTranslator&, Parse& parse, const std::string& value) {
          if (value == "true") parse.model->SetAllowMissingFactors(true);  // this spelling alone
+     }},
+    {Family(kBinary), Tags::XML_ATT_RM_EXT_NAME_CUTOFF,
+     [](const BaseTranslator& reader, Parse& parse, const std::string& value) {
+         static_cast<BLRModel&>(*parse.model).SetCutoff(reader.VerifyDouble(value));
      }},
 };
 

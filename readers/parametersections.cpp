@@ -6,11 +6,13 @@
 #include "host/pmmlmodeltags.h"
 #include "host/stringvalue.h"
 #include "host/valueset.h"
+#include "models/blrmodel.h"
 #include "models/glrmodel.h"
 #include "models/lrmodel.h"
 #include "readers/codes.h"
 #include "readers/generalregressiontranslator.h"
 #include "readers/parse.h"
+#include "readers/tablelimit.h"
 
 namespace MCVelscore_850 {
 
@@ -21,15 +23,6 @@ namespace {
 
 const std::string kConstant = "(Constant)";
 const std::string kInterceptLabel = "Intercept";
-// Tables hold every cell, so a small document could ask for more memory than any machine has. At
-// eight bytes a cell this is 1 GiB.
-constexpr size_t kMostTableCells = size_t{1} << 27;
-
-void ExpectTableFits(const std::string& section, size_t rows, size_t columns)
-{
-    if (columns == 0 || rows <= kMostTableCells / columns) return;
-    Refuse(kTableTooLarge, section.c_str(), static_cast<int>(rows), static_cast<int>(columns));
-}
 
 std::unique_ptr<ScoreValue> MakeTargetValue(const ScoreDictVar& target, std::string& text)
 {
@@ -46,6 +39,7 @@ struct TargetCells {
     int categoryCount = 0;      // of the target
     int cellsWithCategory = 0;  // cells so far that named a category
     const XMLCh* lastCategoryAttribute = nullptr;
+    std::string firstCategory;  // of a binary model, whose cells all name one category
 };
 
 void GeneralRegressionTranslator::ReadParameterList(Parse& parse)
@@ -118,21 +112,7 @@ void GeneralRegressionTranslator::ReadFactorList(Parse& parse)
             Refuse(kRoleOrCategories, name.c_str());
         }
         parse.model->SetVarRole(variable, ScoreModel::ROLE_FACTOR);
-        ReadContrastMatrix(parse, child);
-    }
-}
-
-// The families built so far take no contrasts. The own form of a contrast matrix is refused in
-// them; the other forms are passed over, as they have no effect on the model.
-void GeneralRegressionTranslator::ReadContrastMatrix(Parse& parse, DOMElement* predictor)
-{
-    const bool typed = !IsBlank(GetAttribute(predictor, Tags::XML_ELE_GRM_CONTRASTMATRIXTYPE));
-    const DOMElement* child = GetFirstChildElt(predictor);
-    if (child == nullptr && typed) {
-        Refuse(kAbsent, Tags::XML_ELE_XBASIS.c_str(), Tags::XML_ELE_PREDICTOR.c_str());
-    }
-    if (child != nullptr && !typed && IsEqual(child->getTagName(), Tags::XML_ELE_XBASIS)) {
-        Refuse(kNoContrasts, Tags::XML_ELE_XBASIS.c_str(), parse.modelType.c_str());
+        ReadContrastMatrix(parse, child, variable);
     }
 }
 
@@ -154,6 +134,24 @@ void GeneralRegressionTranslator::ReadCovariateList(Parse& parse)
     }
 }
 
+void GeneralRegressionTranslator::ExpectTablesFit(const Parse& parse) const
+{
+    const size_t parameters = parse.model->GetParameterMap().size();
+    const auto categories = static_cast<size_t>(parse.model->GetTargetVar()->GetNumCategories());
+    ExpectTableFits(Tags::XML_ELE_PARAM_MATRIX, parameters, categories);
+    ExpectTableFits(Tags::XML_ELE_PP_MATRIX, parameters, parse.model->GetPredictorMap().size());
+    // These make their covariances always, others for the section.
+    constexpr FamilySet kWithCovariances = Family(kLinear) | Family(kBinary) | Family(kConditional);
+    if (!parse.IsAmong(kWithCovariances) &&
+        GetChildByTag(parse.modelElement, Tags::XML_ELE_PCOV_MATRIX) == nullptr) {
+        return;
+    }
+    size_t dimension = parameters;
+    if (parse.Is(kMultinomial) || parse.Is(kMultinomialGeneralized)) dimension *= categories;
+    if (parse.IsAmong(kOrdinalFamilies)) dimension += categories;
+    ExpectTableFits(Tags::XML_ELE_PCOV_MATRIX, dimension, dimension);
+}
+
 void GeneralRegressionTranslator::SetUpModel(Parse& parse)
 {
     NoteElement(parse.modelElement);
@@ -163,13 +161,13 @@ void GeneralRegressionTranslator::SetUpModel(Parse& parse)
     if (parse.model->GetTargetVar() == nullptr) {
         Refuse(kModelWithoutTarget, parse.modelType.c_str());
     }
-    const size_t parameters = parse.model->GetParameterMap().size();
-    ExpectTableFits(Tags::XML_ELE_PP_MATRIX, parameters, parse.model->GetPredictorMap().size());
-    // A linear model makes its covariances always, others for the section.
-    if (parse.Is(kLinear) || GetChildByTag(parse.modelElement, Tags::XML_ELE_PCOV_MATRIX)) {
-        ExpectTableFits(Tags::XML_ELE_PCOV_MATRIX, parameters, parameters);
-    }
+    ExpectTablesFit(parse);
     if (!parse.model->Setup()) Refuse(kSetupFailed);
+    // The betas of an ordinal model lie in the last row but one.
+    const size_t categories = parse.model->GetCategoryMap().size();
+    if (parse.IsAmong(kOrdinalFamilies) && parse.paramNames.size() > 1 && categories < 2) {
+        Refuse(kOrdinalTarget, parse.targetName.c_str(), static_cast<int>(categories));
+    }
 }
 
 void GeneralRegressionTranslator::ReadParamMatrix(Parse& parse)
@@ -218,9 +216,15 @@ std::string GeneralRegressionTranslator::CellCategory(Parse& parse, DOMElement* 
     cells.lastCategoryAttribute = GetAttributeForced(element, Tags::XML_ATT_PC_TARGET_CAT);
     std::string text = Transcode(cells.lastCategoryAttribute);
     ++cells.cellsWithCategory;
-    const std::unique_ptr<ScoreValue> value = MakeTargetValue(target, text);
-    if (!target.IsValid(value.get())) {
+    std::unique_ptr<ScoreValue> value = MakeTargetValue(target, text);
+    const bool isFirst = cells.cellsWithCategory == 1;
+    if (!target.IsValid(value.get()) ||
+        (parse.Is(kBinary) && !isFirst && text != cells.firstCategory)) {
         Refuse(kInvalidValue, text.c_str(), target.GetName().c_str());
+    }
+    if (parse.Is(kBinary) && isFirst) {
+        static_cast<BLRModel&>(*parse.model).SetReferencedTargetCate(value.release());
+        cells.firstCategory = text;
     }
     return text;
 }
