@@ -1,6 +1,8 @@
 #include "cli/modeltext.h"
 
+#include <algorithm>
 #include <cmath>
+#include <set>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -33,23 +35,30 @@ void AddLine(std::string& out, std::string_view label, const std::string& text)
     if (!text.empty()) out += fmt::format("{:<{}}{}\n", label, kLabelWidth, text);
 }
 
-std::string FactorText(const ModelDescription::Factor& factor)
+// The factors that enter a term by their contrast, not as 0 or 1.
+using Contrasted = std::set<std::string>;
+
+std::string FactorText(const ModelDescription::Factor& factor, const Contrasted& contrasted)
 {
-    if (factor.isCategory) return fmt::format("[{} = {}]", factor.predictor, factor.category);
+    if (factor.isCategory) {
+        return fmt::format("{}[{} = {}]", contrasted.contains(factor.predictor) ? "contrast" : "",
+                           factor.predictor, factor.category);
+    }
     if (factor.exponent == 1.0) return factor.predictor;  // exact: as the document writes it
     return fmt::format("{}^{}", factor.predictor, Number(factor.exponent));
 }
 
-std::string TermText(const ModelDescription::Term& term)
+std::string TermText(const ModelDescription::Term& term, const Contrasted& contrasted)
 {
     std::string text = Number(std::abs(term.beta));
     for (const ModelDescription::Factor& factor : term.factors) {
-        text += fmt::format(" * {}", FactorText(factor));
+        text += fmt::format(" * {}", FactorText(factor, contrasted));
     }
     return text;
 }
 
-void AddEquation(std::string& out, const ModelDescription::Equation& equation)
+void AddEquation(std::string& out, const ModelDescription::Equation& equation,
+                 const Contrasted& contrasted)
 {
     if (equation.category.empty()) {
         out += "equation\n";
@@ -59,7 +68,8 @@ void AddEquation(std::string& out, const ModelDescription::Equation& equation)
     }
     out += "  linear predictor =\n";
     for (const ModelDescription::Term& term : equation.terms) {
-        out += fmt::format("    {} {}\n", std::signbit(term.beta) ? '-' : '+', TermText(term));
+        out += fmt::format("    {} {}\n", std::signbit(term.beta) ? '-' : '+',
+                           TermText(term, contrasted));
     }
     if (equation.terms.empty()) out += "    0\n";
 }
@@ -83,6 +93,19 @@ void AddStrata(std::string& out, const ModelDescription& description)
                                               stratum.minTime, stratum.maxTime);
         AddLine(out, "baseline",
                 stratum.value.empty() ? times : fmt::format("{}: {}", stratum.value, times));
+    }
+}
+
+void AddQuantities(std::string& out, const ModelDescription& description)
+{
+    if (description.quantities.empty()) return;
+    out += "columns of the output\n";
+    size_t width = kLabelWidth - 2;
+    for (const ModelDescription::Quantity& quantity : description.quantities) {
+        width = std::max(width, quantity.column.size() + 2);
+    }
+    for (const ModelDescription::Quantity& quantity : description.quantities) {
+        out += fmt::format("  {:<{}}{}\n", quantity.column, width, quantity.meaning);
     }
 }
 
@@ -145,12 +168,15 @@ std::string ModelText(const LoadedModel& model)
     AddLine(out, "df", Number(about.degreesOfFreedom));
     AddLine(out, "covariances", about.hasCovariances ? "yes" : "none: no standard errors");
     AddStrata(out, about);
-    for (const ModelDescription::Equation& equation : about.equations) AddEquation(out, equation);
-    for (const ModelDescription::Contrast& contrast : about.contrasts) AddContrast(out, contrast);
-    if (!about.quantities.empty()) out += "columns of the output\n";
-    for (const ModelDescription::Quantity& quantity : about.quantities) {
-        out += fmt::format("  {:<{}}{}\n", quantity.column, kLabelWidth - 2, quantity.meaning);
+    Contrasted contrasted;
+    for (const ModelDescription::Contrast& contrast : about.contrasts) {
+        contrasted.insert(contrast.predictor);
     }
+    for (const ModelDescription::Equation& equation : about.equations) {
+        AddEquation(out, equation, contrasted);
+    }
+    for (const ModelDescription::Contrast& contrast : about.contrasts) AddContrast(out, contrast);
+    AddQuantities(out, about);
     for (const std::string& adaptation : model.Adaptations()) AddLine(out, "adapted", adaptation);
     return out;
 }

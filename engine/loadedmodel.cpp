@@ -1,5 +1,6 @@
 #include "engine/loadedmodel.h"
 
+#include <algorithm>
 #include <ostream>
 
 #include "engine/documents/documentadapter.h"
@@ -13,6 +14,20 @@
 #include "host/vsexception.h"
 
 namespace MCVelscore_850 {
+
+namespace {
+
+// Columns keep the document's own order of the categories.
+void RestoreTargetOrder(ModelDescription& description)
+{
+    auto& categories = description.targetCategories;
+    auto& quantities = description.quantities;
+    if (categories.empty() || quantities.size() != categories.size() + 1) return;
+    std::rotate(categories.begin(), categories.end() - 1, categories.end());
+    std::rotate(quantities.begin() + 1, quantities.end() - 1, quantities.end());
+}
+
+}  // namespace
 
 DocumentFailure::DocumentFailure(const VSException& refusal, std::string file)
     : Failure(FailureKind::Document, refusal.GetErrorCode(), refusal.GetArguments()),
@@ -30,9 +45,11 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
 {
     Document document = LoadDocument(path);
     file_ = document.File();
+    bool rotatedTarget = false;
     if (!options.asIs) {
         for (const Adaptation& adaptation : AdaptDocument(document)) {
             adaptations_.push_back(adaptation.ToString());
+            rotatedTarget |= adaptation.rotatedTarget;
         }
     }
     treatments_ = ReadMiningTreatments(document);
@@ -42,6 +59,7 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
         throw DocumentFailure(refusal, file_);
     }
     model_->Describe(description_);
+    if (rotatedTarget) RestoreTargetOrder(description_);
 }
 
 LoadedModel::~LoadedModel() = default;

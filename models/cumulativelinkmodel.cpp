@@ -46,13 +46,14 @@ double InverseProbit(double x) { return MCMath_850::MCDistFun::CdfNorm(x, 0.0, 1
 // By CumulLinkFunction.
 constexpr struct {
     double (*inverse)(double x);
-    const char* name;
+    const char* name;  // in the display
+    const char* description;
 } kLinks[] = {
-    {InverseLogit, "Logit"},
-    {InverseCauchit, "Cauchit"},
-    {InverseCloglog, "Complementary log-log"},
-    {InverseLoglog, "Negative log-log"},
-    {InverseProbit, "Probit"},
+    {InverseLogit, "Logit", "cumulative logit"},
+    {InverseCauchit, "Cauchit", "cumulative Cauchit"},
+    {InverseCloglog, "Complementary log-log", "cumulative complementary log-log"},
+    {InverseLoglog, "Negative log-log", "cumulative negative log-log"},
+    {InverseProbit, "Probit", "cumulative probit"},
 };
 
 }  // namespace
@@ -169,7 +170,8 @@ void CumulativeLinkModel::Describe(ModelDescription& description) const
 {
     DescribeCommon(description);
     description.family = ways_.road.family;
-    description.link = std::string("cumulative ") + LinkName();
+    const auto link = static_cast<size_t>(linkFunction);
+    if (link < std::size(kLinks)) description.link = kLinks[link].description;
     description.offset = offset.Describe();
     DescribeCategories(description);
     if (categoryBetas.size() < 2) return;

@@ -18,6 +18,8 @@ namespace MCVelscore_850 {
 struct Change {
     DocumentPlace place;
     std::string text;
+    /// The target's first category was declared last.
+    bool rotatedTarget = false;
 };
 
 /// A rule looks at a PMML document from its root and changes it where it applies; nothing is
@@ -39,12 +41,25 @@ std::optional<Change> ShortenVersion(xercesc::DOMElement* root);
 /// the generalized linear model: it would be read as general linear, and its link ignored.
 std::optional<Change> SelectGeneralizedLinear(xercesc::DOMElement* root);
 
+/// The link of an ordinal model that gives it as cumulativeLink alone goes to linkFunction, where
+/// the reader looks.
+std::optional<Change> TakeLinkFromCumulativeLink(xercesc::DOMElement* root);
+/// A multinomialLogistic model of two categories, with contrasts and without a selector, becomes
+/// contrastLogistic: the multinomial model knows no contrasts and would ignore them.
+std::optional<Change> SelectContrastLogistic(xercesc::DOMElement* root);
+/// A contrastLogistic model whose cells name the target's first category gets that category
+/// declared last: the row of betas that its first case uses is then the one of every case.
+std::optional<Change> DeclareBetaCategoryLast(xercesc::DOMElement* root);
+
 // Fields (adapterrules_fields.cpp).
 
 /// A mining field that is given again with the same attributes counts once.
 std::optional<Change> DropRepeatedMiningFields(xercesc::DOMElement* root);
 /// A covariate whose data field is categorical but holds numbers becomes continuous.
 std::optional<Change> MakeNumericCovariatesContinuous(xercesc::DOMElement* root);
+/// A factor of texts that lists no values and has no contrasts gets those of its cells, and any
+/// other value is accepted: the exporter left out its reference category at least.
+std::optional<Change> ListCategoriesOfCells(xercesc::DOMElement* root);
 /// A missingValueReplacement that is no number is dropped from a continuous field.
 std::optional<Change> DropReplacementsThatAreNoNumbers(xercesc::DOMElement* root);
 

@@ -6,8 +6,10 @@
 #include <xercesc/dom/DOM.hpp>
 
 #include "engine/documents/adapterrules.h"
+#include "engine/documents/treefields.h"
 #include "engine/documents/treetext.h"
 #include "host/documentplace.h"
+#include "host/numbertext.h"
 #include "host/pmmlmodeltags.h"
 
 namespace MCVelscore_850 {
@@ -22,6 +24,51 @@ const std::vector<std::reference_wrapper<const std::string>> kLinearSelectors{
     Tags::XML_VAL_MN_GLIN,   Tags::XML_VAL_MN_MIXEDLIN, Tags::XML_VAL_MN_ALM,
     Tags::XML_VAL_MN_COXREG, Tags::XML_VAL_MN_CSCOXREG};
 
+// And those of a multinomial model.
+const std::vector<std::reference_wrapper<const std::string>> kMultinomialSelectors{
+    Tags::XML_VAL_MT_XCONLOG, Tags::XML_VAL_MT_COND, Tags::XML_VAL_MN_GZLM, Tags::XML_VAL_MN_GEE,
+    Tags::XML_VAL_MN_GLMM};
+
+constexpr double kSelectorVersion = 3.1;  // below it the multinomial model has no selector
+
+bool IsAmong(const std::vector<std::reference_wrapper<const std::string>>& selectors,
+             const std::string& selector)
+{
+    return std::any_of(selectors.begin(), selectors.end(),
+                       [&](const std::string& known) { return known == selector; });
+}
+
+// The model element of a multinomial model with selectors; null for any other.
+xercesc::DOMElement* MultinomialModel(xercesc::DOMElement* root)
+{
+    xercesc::DOMElement* model = ModelElement(root);
+    if (model == nullptr || VersionOf(root) < kSelectorVersion) return nullptr;
+    const bool multinomial =
+        AttributeText(model, Tags::XML_ATT_RM_MODEL_TYPE) == Tags::XML_VAL_MT_MLR;
+    return multinomial ? model : nullptr;
+}
+
+// A predictor with a matrix in one of the forms that the reader of a binary model takes.
+bool HasContrasts(const xercesc::DOMElement* predictor)
+{
+    const auto* child = predictor->getFirstElementChild();
+    if (child == nullptr) return false;
+    if (!AttributeText(predictor, Tags::XML_ELE_GRM_CONTRASTMATRIXTYPE).empty()) return true;
+    if (ChildElement(predictor, Tags::XML_ELE_XBASIS) == child) return true;
+    return ChildElement(predictor, Tags::XML_ELE_EXTENSION) == child &&
+           AttributeText(child, Tags::XML_ATT_EXT_NAME) == Tags::XML_EXT_NAME_COXREG_CONTRASTMATRIX;
+}
+
+// The same category: by its text, or by its number in a field of numbers.
+bool SameCategory(const xercesc::DOMElement* field, const std::string& a, const std::string& b)
+{
+    if (!IsNumericType(AttributeText(field, "dataType"))) return a == b;
+    double x = 0.0;
+    double y = 0.0;
+    return ReadNumber(a, x) == NumberText::Number && ReadNumber(b, y) == NumberText::Number &&
+           x == y;
+}
+
 }  // namespace
 
 std::optional<Change> SelectGeneralizedLinear(xercesc::DOMElement* root)
@@ -32,15 +79,66 @@ std::optional<Change> SelectGeneralizedLinear(xercesc::DOMElement* root)
         return std::nullopt;
     }
     const std::string selector = SelectorOf(model);
-    if (std::any_of(kLinearSelectors.begin(), kLinearSelectors.end(),
-                    [&](const std::string& known) { return known == selector; })) {
-        return std::nullopt;
-    }
+    if (IsAmong(kLinearSelectors, selector)) return std::nullopt;
     const std::string before = AttributeText(model, Tags::XML_ATT_MODELALGO);
     SetAttributeText(model, Tags::XML_ATT_MODELALGO, Tags::XML_VAL_MN_GZLM);
     return Change{PlaceOf(model), "generalizedLinear with algorithmName \"" + before +
                                       "\" is read as algorithmName \"" + Tags::XML_VAL_MN_GZLM +
                                       "\""};
+}
+
+std::optional<Change> TakeLinkFromCumulativeLink(xercesc::DOMElement* root)
+{
+    xercesc::DOMElement* model = ModelElement(root);
+    if (model == nullptr ||
+        AttributeText(model, Tags::XML_ATT_RM_MODEL_TYPE) != Tags::XML_VAL_MT_ORDINAL ||
+        SelectorOf(model) == Tags::XML_VAL_MN_GZLM) {  // that family reads cumulativeLink
+        return std::nullopt;
+    }
+    const std::string link = AttributeText(model, Tags::XML_ATT_RM_NAME_CUMULATIVELINK);
+    if (link.empty() || !AttributeText(model, Tags::XML_ATT_LINKFUNCTION).empty()) {
+        return std::nullopt;
+    }
+    SetAttributeText(model, Tags::XML_ATT_LINKFUNCTION, link);
+    return Change{PlaceOf(model), "cumulativeLink \"" + link + "\" is read as linkFunction"};
+}
+
+std::optional<Change> SelectContrastLogistic(xercesc::DOMElement* root)
+{
+    xercesc::DOMElement* model = MultinomialModel(root);
+    if (model == nullptr || IsAmong(kMultinomialSelectors, SelectorOf(model))) return std::nullopt;
+    const auto factors = Predictors(root, Tags::XML_ELE_FAC_LIST);
+    if (std::none_of(factors.begin(), factors.end(), HasContrasts) ||
+        ValidValues(TargetDataField(root)).size() != 2) {
+        return std::nullopt;
+    }
+    SetAttributeText(model, Tags::XML_ATT_MODELALGO, Tags::XML_VAL_MT_XCONLOG);
+    return Change{PlaceOf(model),
+                  "multinomialLogistic of two categories with contrast matrices is "
+                  "read as algorithmName \"" +
+                      Tags::XML_VAL_MT_XCONLOG + "\""};
+}
+
+std::optional<Change> DeclareBetaCategoryLast(xercesc::DOMElement* root)
+{
+    const xercesc::DOMElement* model = MultinomialModel(root);
+    if (model == nullptr || SelectorOf(model) != Tags::XML_VAL_MT_XCONLOG) return std::nullopt;
+    const auto cells =
+        ChildElements(ChildElement(model, Tags::XML_ELE_PARAM_MATRIX), Tags::XML_ELE_PCELL);
+    xercesc::DOMElement* field = TargetDataField(root);
+    const auto values = ValidValues(field);
+    if (cells.empty() || values.size() != 2) return std::nullopt;
+    const std::string category = AttributeText(cells.front(), Tags::XML_ATT_PC_TARGET_CAT);
+    if (!SameCategory(field, AttributeText(values.front(), Tags::XML_ATT_VALUE), category)) {
+        return std::nullopt;
+    }
+    const DocumentPlace place = PlaceOf(field);
+    field->insertBefore(values.front(), values.back()->getNextSibling());
+    return Change{place,
+                  "the target's category \"" + category +
+                      "\", which has the betas, is declared last; of two equal probabilities the "
+                      "other category's is now predicted",
+                  true};
 }
 
 }  // namespace MCVelscore_850

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <map>
 #include <set>
 #include <string>
 #include <unordered_map>
@@ -7,6 +8,7 @@
 #include <xercesc/dom/DOM.hpp>
 
 #include "engine/documents/adapterrules.h"
+#include "engine/documents/treefields.h"
 #include "engine/documents/treetext.h"
 #include "host/documentplace.h"
 #include "host/numbertext.h"
@@ -19,35 +21,63 @@ namespace {
 
 using Tags = PMMLModelTags;
 
-const std::string kDataField = "DataField";
 const std::string kDerivedField = "DerivedField";
 const std::string kDataType = "dataType";
 const std::string kCategorical = "categorical";
-
-bool IsNumericType(const std::string& dataType)
-{
-    return dataType == "integer" || dataType == "float" || dataType == "double";
-}
-
-std::vector<xercesc::DOMElement*> DataFields(const xercesc::DOMElement* root)
-{
-    return ChildElements(ChildElement(root, Tags::XML_ELE_DATADICTIONARY), kDataField);
-}
-
-std::vector<xercesc::DOMElement*> MiningFields(const xercesc::DOMElement* root)
-{
-    return ChildElements(ChildElement(ModelElement(root), Tags::XML_ELE_MININGSCHEMA),
-                         Tags::XML_ELE_MININGFIELD);
-}
+const std::string kOrdinal = "ordinal";
 
 std::set<std::string> PredictorNames(const xercesc::DOMElement* root, const std::string& list)
 {
     std::set<std::string> names;
-    for (const auto* predictor :
-         ChildElements(ChildElement(ModelElement(root), list), Tags::XML_ELE_PREDICTOR)) {
+    for (const auto* predictor : Predictors(root, list)) {
         names.insert(AttributeText(predictor, Tags::XML_ATT_PRED_NAME));
     }
     return names;
+}
+
+// The categories that the cells of the PPMatrix name, by factor, each once.
+std::map<std::string, std::vector<std::string>> CategoriesOfCells(const xercesc::DOMElement* root)
+{
+    std::map<std::string, std::vector<std::string>> categories;
+    std::set<std::pair<std::string, std::string>> seen;
+    const auto* matrix = ChildElement(ModelElement(root), Tags::XML_ELE_PP_MATRIX);
+    for (const auto* cell : ChildElements(matrix, Tags::XML_ELE_PP_CELL)) {
+        const std::string predictor = AttributeText(cell, Tags::XML_ATT_PPC_PREDNAME);
+        const std::string value = AttributeText(cell, Tags::XML_ATT_PPC_VALUE);
+        if (!value.empty() && seen.emplace(predictor, value).second) {
+            categories[predictor].push_back(value);
+        }
+    }
+    return categories;
+}
+
+// The factors whose categories can come from cells: those without contrasts, which count
+// categories and may list them.
+std::set<std::string> FactorsWithoutContrasts(const xercesc::DOMElement* root)
+{
+    std::set<std::string> names;
+    for (const auto* predictor : Predictors(root, Tags::XML_ELE_FAC_LIST)) {
+        if (predictor->getFirstElementChild() == nullptr) {
+            names.insert(AttributeText(predictor, Tags::XML_ATT_PRED_NAME));
+        }
+    }
+    return names;
+}
+
+bool IsOpenText(const xercesc::DOMElement* field)
+{
+    const std::string optype = AttributeText(field, Tags::XML_ATT_DATAFIELD_OPTYPE);
+    const std::string type = AttributeText(field, kDataType);
+    return (optype == kCategorical || optype == kOrdinal) &&
+           (type == "string" || type == "boolean") &&
+           ChildElement(field, Tags::XML_ELE_VALUE) == nullptr;
+}
+
+xercesc::DOMElement* AppendElement(xercesc::DOMElement* parent, const std::string& tag)
+{
+    auto* element = parent->getOwnerDocument()->createElement(XmlFromUtf8(tag).c_str());
+    parent->appendChild(element);
+    return element;
 }
 
 // The same attributes with the same texts, and nothing within that could differ.
@@ -159,6 +189,35 @@ std::optional<Change> DropReplacementsThatAreNoNumbers(xercesc::DOMElement* root
     if (names.empty()) return std::nullopt;
     return Change{place, "missingValueReplacement \"" + firstText + "\" of " + Listed(names) +
                              " is no number and is dropped"};
+}
+
+std::optional<Change> ListCategoriesOfCells(xercesc::DOMElement* root)
+{
+    const std::set<std::string> factors = FactorsWithoutContrasts(root);
+    if (factors.empty()) return std::nullopt;
+    const auto categories = CategoriesOfCells(root);
+    std::vector<std::string> names;
+    DocumentPlace place;
+    for (auto* field : DataFields(root)) {
+        const std::string name = AttributeText(field, Tags::XML_ATT_NAME);
+        const auto found = categories.find(name);
+        if (!factors.contains(name) || found == categories.end() || !IsOpenText(field)) continue;
+        auto* extension = AppendElement(field, Tags::XML_ELE_EXTENSION);
+        SetAttributeText(extension, Tags::XML_ATT_EXTENSION_EXTENDER,
+                         Tags::XML_VAL_EXTENSION_EXTENDER);
+        SetAttributeText(extension, Tags::XML_ATT_EXT_NAME, "unlistedCategories");
+        SetAttributeText(extension, Tags::XML_ATT_EXT_VALUE, "accept");
+        for (const std::string& category : found->second) {
+            SetAttributeText(AppendElement(field, Tags::XML_ELE_VALUE), Tags::XML_ATT_VALUE,
+                             category);
+        }
+        if (names.empty()) place = PlaceOf(field);
+        names.push_back(name);
+    }
+    if (names.empty()) return std::nullopt;
+    return Change{place, "factor " + Listed(names) +
+                             " lists no values: those of its cells are taken, and any other value "
+                             "counts as the reference"};
 }
 
 }  // namespace MCVelscore_850

@@ -22,9 +22,13 @@ constexpr RuleRow kRules[] = {
     {"version-from-namespace", TakeVersionFromNamespace},
     {"short-version", ShortenVersion},
     {"generalized-linear", SelectGeneralizedLinear},
+    {"cumulative-link", TakeLinkFromCumulativeLink},
+    {"contrast-logistic", SelectContrastLogistic},
+    {"beta-category-last", DeclareBetaCategoryLast},
     {"repeated-mining-field", DropRepeatedMiningFields},
     {"numeric-covariate", MakeNumericCovariatesContinuous},
     {"replacement-no-number", DropReplacementsThatAreNoNumbers},
+    {"categories-of-cells", ListCategoriesOfCells},
     {"regression-order", MakeUnorderedRegressionGeneralLinear},
     {"reference-points", CompleteReferencePoints},
     {"no-estimates", NoteMissingEstimates},
@@ -49,7 +53,8 @@ std::vector<Adaptation> AdaptDocument(Document& document)
     if (!IsPmmlRoot(root)) return adaptations;
     for (const RuleRow& row : kRules) {
         if (auto change = row.apply(root)) {
-            adaptations.push_back({row.name, std::move(change->text), std::move(change->place)});
+            adaptations.push_back({row.name, std::move(change->text), std::move(change->place),
+                                   change->rotatedTarget});
         }
     }
     return adaptations;

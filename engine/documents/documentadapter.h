@@ -18,6 +18,8 @@ struct Adaptation {
     std::string change;
     /// The first element that it changed, as the file has it.
     DocumentPlace place;
+    /// The target's first category was declared last; its columns are to stay where they were.
+    bool rotatedTarget = false;
 
     /// "line 2, column 1: version "4.4.1" is read as "4.4" [short-version]"
     std::string ToString() const;

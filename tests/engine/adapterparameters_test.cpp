@@ -108,7 +108,9 @@ TEST(RegressionOrder, APredictorWithoutParameterNeedsAGeneralLinearModel)
 TEST(RegressionOrder, FactorsNeedAGeneralLinearModel)
 {
     Parts parts;
-    parts.fields += "<DataField name='f' optype='categorical' dataType='string'/>";
+    parts.fields +=
+        "<DataField name='f' optype='categorical' dataType='string'>"
+        "<Value value='x'/></DataField>";
     parts.factors = "<Predictor name='f'/>";
     parts.parameters += "<Parameter name='pf'/>";
     parts.cells += "<PPCell parameterName='pf' predictorName='f' value='x'/>";

@@ -1,0 +1,32 @@
+#ifndef VELSCORE_ENGINE_DOCUMENTS_TREEFIELDS_H
+#define VELSCORE_ENGINE_DOCUMENTS_TREEFIELDS_H
+
+#include <string>
+#include <vector>
+
+#include <xercesc/util/XercesDefs.hpp>
+
+XERCES_CPP_NAMESPACE_BEGIN
+class DOMElement;
+XERCES_CPP_NAMESPACE_END
+
+namespace MCVelscore_850 {
+
+/// The DataFields of a document's dictionary, in order.
+std::vector<xercesc::DOMElement*> DataFields(const xercesc::DOMElement* root);
+/// The fields of the model's mining schema, in order; those within extensions not among them.
+std::vector<xercesc::DOMElement*> MiningFields(const xercesc::DOMElement* root);
+/// The Predictor elements of a FactorList or CovariateList, in order.
+std::vector<xercesc::DOMElement*> Predictors(const xercesc::DOMElement* root,
+                                             const std::string& list);
+/// The DataField of the model's target: the one of the mining schema, else the one that the model
+/// names; null without one.
+xercesc::DOMElement* TargetDataField(const xercesc::DOMElement* root);
+/// The Value elements of a field that declare a valid value; none for a null field.
+std::vector<xercesc::DOMElement*> ValidValues(const xercesc::DOMElement* field);
+/// True for the data types whose values are numbers.
+bool IsNumericType(const std::string& dataType);
+
+}  // namespace MCVelscore_850
+
+#endif
