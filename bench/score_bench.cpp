@@ -14,17 +14,16 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include <fmt/format.h>
 
+#include "bench/timing.h"
 #include "host/caserecord.h"
 #include "host/dictvar.h"
 #include "host/numericvalue.h"
@@ -34,12 +33,12 @@
 #include "models/lrresult.h"
 
 using namespace MCVelscore_850;
+using namespace MCVelscore_850::bench;
 
 namespace {
 
 constexpr size_t kPredictors = 10;
 constexpr size_t kParameters = kPredictors + 1;
-constexpr int kBatch = 100;
 
 // The numbers of every model: betas with the intercept last, and a covariance matrix.
 struct Numbers {
@@ -142,31 +141,6 @@ public:
     ScoreResult* result = nullptr;
 };
 
-// Nanoseconds a call over batches; the call gets the number of the case.
-template <class Call>
-std::vector<double> Batches(int batches, Call call)
-{
-    std::vector<double> times;
-    times.reserve(static_cast<size_t>(batches));
-    double sink = 0.0;
-    for (int batch = 0; batch < batches; ++batch) {
-        const auto begin = std::chrono::steady_clock::now();
-        for (int i = 0; i < kBatch; ++i) sink += call(i);
-        const std::chrono::duration<double, std::nano> time =
-            std::chrono::steady_clock::now() - begin;
-        times.push_back(time.count() / kBatch);
-    }
-    volatile double kept = sink;  // the work has to be done
-    (void)kept;
-    std::sort(times.begin(), times.end());
-    return times;
-}
-
-double At(const std::vector<double>& sorted, double share)
-{
-    return sorted[static_cast<size_t>(share * static_cast<double>(sorted.size() - 1))];
-}
-
 template <class Model>
 void Run(const char* name, bool predictionOnly, int batches)
 {
@@ -192,17 +166,7 @@ void Run(const char* name, bool predictionOnly, int batches)
         fixture.values[0]->SetDoubleValue(1.5 + i);
         return fixture.Score();
     });
-    std::printf("%-14s %10.1f %10.1f %10.1f %10.1f\n", name, At(scored, 0.5), At(scored, 0.99),
-                At(plain, 0.5), At(scored, 0.5) / At(plain, 0.5));
-}
-
-std::string Cpu()
-{
-    std::ifstream info("/proc/cpuinfo");
-    for (std::string line; std::getline(info, line);) {
-        if (line.rfind("model name", 0) == 0) return line.substr(line.find(':') + 2);
-    }
-    return "unknown processor";
+    PrintRow(name, scored, plain);
 }
 
 }  // namespace
@@ -214,12 +178,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "usage: score_bench [BATCHES]\n");
         return 1;
     }
-    std::printf("%s, compiler %s\n", Cpu().c_str(), __VERSION__);
-#ifndef __OPTIMIZE__
-    std::printf("without optimisation: figures mean nothing\n");
-#endif
-    std::printf("%d batches of %d cases\n\n%-14s %10s %10s %10s %10s\n", batches, kBatch,
-                "ns a case", "median", "p99", "plain", "ratio");
+    PrintHead(batches);
     Run<GLRModel>("glr10_predict", true, batches);
     Run<GLRModel>("glr10_full", false, batches);
     Run<LRModel>("lr10_predict", true, batches);

@@ -1,10 +1,11 @@
-// Questions, one row each: how many nanoseconds a call of each statistics function takes, and how many its
-// counterpart in Boost.Math on the same arguments in the same run. The arguments are the function's reference
-// points that have an exact value (bulk, tails, small and large parameters alike), so a row is a mean over a
-// wide spread: a few slow points far out weigh as much as many quick ones.
+// Questions, one row each: how many nanoseconds a call of each statistics function takes, and how
+// many its counterpart in Boost.Math on the same arguments in the same run. The arguments are the
+// function's reference points that have an exact value (bulk, tails, small and large parameters
+// alike), so a row is a mean over a wide spread: a few slow points far out weigh as much as many
+// quick ones.
 //
-//   build/bench/bin/statistics_bench                            prints the table of docs/performance.md
-//   build/bench/bin/statistics_bench --benchmark_filter=betinv  one function
+//   build/bench/bin/statistics_bench                            prints the table of
+//   docs/performance.md build/bench/bin/statistics_bench --benchmark_filter=betinv  one function
 //
 // Each run first prints compiler and optimisation, and checks one value.
 
@@ -37,7 +38,8 @@ using reference::Row;
 using reference::Fill;
 using reference::kOutput;
 
-// One benchmark: all points of `file` through `function`; the arguments are ready before the clock runs.
+// One benchmark: all points of `file` through `function`; the arguments are ready before the clock
+// runs.
 template <class R, class... A>
 void Register(const std::string& label, const char* file, R (*function)(A...))
 {
@@ -46,19 +48,24 @@ void Register(const std::string& label, const char* file, R (*function)(A...))
         if (row.truth.empty()) continue;
         auto& point = points.emplace_back();
         std::size_t next = 0;
-        [&]<std::size_t... I>(std::index_sequence<I...>) {
+        [&]<std::size_t... I>(std::index_sequence<I...>)
+        {
             ((kOutput<A> ? void() : Fill(std::get<I>(point), row.args, next++)), ...);
-        }(std::index_sequence_for<A...>{});
+        }
+        (std::index_sequence_for<A...>{});
     }
-    benchmark::RegisterBenchmark(label.c_str(), [points, function](benchmark::State& state) mutable {
+    benchmark::RegisterBenchmark(label.c_str(), [points,
+                                                 function](benchmark::State& state) mutable {
         for (auto _ : state)
             for (auto& point : points) {
-                [&]<std::size_t... I>(std::index_sequence<I...>) {
+                [&]<std::size_t... I>(std::index_sequence<I...>)
+                {
                     if constexpr (std::is_void_v<R>)
                         function(static_cast<A>(std::get<I>(point))...);
                     else
                         benchmark::DoNotOptimize(function(static_cast<A>(std::get<I>(point))...));
-                }(std::index_sequence_for<A...>{});
+                }
+                (std::index_sequence_for<A...>{});
                 benchmark::ClobberMemory();
             }
         state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(points.size()));
@@ -66,7 +73,10 @@ void Register(const std::string& label, const char* file, R (*function)(A...))
 }
 
 template <class Own>
-void Alone(const char* name, Own own) { Register(std::string(name) + "/own", name, own); }
+void Alone(const char* name, Own own)
+{
+    Register(std::string(name) + "/own", name, own);
+}
 
 template <class Own, class Boost>
 void Beside(const char* name, Own own, Boost boost)
@@ -138,7 +148,8 @@ public:
             const std::string function = name.substr(0, slash);
             if (!rows_.count(function)) order_.push_back(function);
             const double nanoseconds = 1e9 / run.counters.at("items_per_second");
-            double& cell = name.substr(slash + 1) == "own" ? rows_[function].first : rows_[function].second;
+            double& cell =
+                name.substr(slash + 1) == "own" ? rows_[function].first : rows_[function].second;
             cell = cell == 0.0 ? nanoseconds : std::min(cell, nanoseconds);
         }
     }
@@ -150,7 +161,8 @@ public:
             const auto& [own, boost] = rows_[function];
             char line[160];
             if (boost > 0.0)
-                std::snprintf(line, sizeof line, "| `%s` | %.0f | %.0f | %.2f |", function.c_str(), own, boost, own / boost);
+                std::snprintf(line, sizeof line, "| `%s` | %.0f | %.0f | %.2f |", function.c_str(),
+                              own, boost, own / boost);
             else
                 std::snprintf(line, sizeof line, "| `%s` | %.0f | | |", function.c_str(), own);
             std::cout << line << "\n";
