@@ -88,6 +88,8 @@ public:
     ScoreValue* CarefullyMakeVarValue(const ScoreDictVar* var, const std::string& text) const;
     /// Makes the transcoder for the texts that a model keeps.
     void CreateTranscoder(const std::string& encoding);
+    /// Says that the reader looks at this element.
+    void NoteElement(const xercesc::DOMElement* element) const { current_ = element; }
 
 protected:
     /// The text in the narrow encoding, empty for null. UTF-8 until CreateTranscoder was called.
@@ -96,7 +98,6 @@ protected:
     /// The element that the reader last looked at, null before the first.
     const xercesc::DOMElement* CurrentElement() const { return current_; }
     void ForgetCurrentElement() const { current_ = nullptr; }
-    void NoteElement(const xercesc::DOMElement* element) const { current_ = element; }
 
 private:
     std::unique_ptr<VelTranscoder> transcoder_;

@@ -1,5 +1,6 @@
 #include "host/dictvar.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -116,6 +117,7 @@ DictVar::DictVar(const DictVar& other)
       missing_(other.missing_),
       invalid_(other.invalid_),
       intervals_(other.intervals_),
+      missingRanges_(other.missingRanges_),
       stats_(other.stats_ ? std::make_unique<VarStats>(*other.stats_) : nullptr),
       outlierTreatment_(other.outlierTreatment_),
       spellings_{other.spellings_[0], other.spellings_[1]},
@@ -130,7 +132,8 @@ DictVar::DictVar(const DictVar& other)
 void DictVar::UpdateSureRange()
 {
     const bool plain = type_.level == CONTINUOUS && type_.valueType == NUMERIC && !declared_ &&
-                       intervals_.empty() && outlierTreatment_ != AS_MISSING;
+                       intervals_.empty() && missingRanges_.empty() &&
+                       outlierTreatment_ != AS_MISSING;
     if (plain) {
         constexpr double kLargest = std::numeric_limits<double>::max();
         SetSureRange(std::nextafter(NumericValue::GetSysmisValue(), 0.0), kLargest);
@@ -148,6 +151,12 @@ void DictVar::SetOutlierTreatment(int treatment)
 void DictVar::DeclareInterval(const Interval& interval)
 {
     intervals_.push_back(interval);
+    UpdateSureRange();
+}
+
+void DictVar::DeclareMissingRange(double low, double high)
+{
+    missingRanges_.push_back({low, high, true, true});
     UpdateSureRange();
 }
 
@@ -180,6 +189,12 @@ bool DictVar::IsOutlier(double number) const
            (!NumericValue::IsSystemMissingValue(high) && number > high);
 }
 
+bool DictVar::IsInMissingRange(double number) const
+{
+    return std::any_of(missingRanges_.begin(), missingRanges_.end(),
+                       [number](const Interval& i) { return number >= i.low && number <= i.high; });
+}
+
 bool DictVar::IsMissing(const ScoreValue* value) const
 {
     if (value == nullptr) return true;
@@ -190,7 +205,9 @@ bool DictVar::IsMissing(const ScoreValue* value) const
     }
     // What the document says is missing, it says of values of the variable's own kind.
     if (!HasOwnKind(*value)) return false;
-    if (!text && IsOutlier(value->GetDouble())) return true;
+    if (!text && (IsOutlier(value->GetDouble()) || IsInMissingRange(value->GetDouble()))) {
+        return true;
+    }
     return !missing_.values.empty() && missing_.Find(*value) >= 0;
 }
 

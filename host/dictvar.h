@@ -82,6 +82,8 @@ public:
         bool highClosed;
     };
     void DeclareInterval(const Interval& interval);
+    /// Numbers from low to high, both included, are missing; several ranges add up.
+    void DeclareMissingRange(double low, double high);
     void SetAcceptsUnlisted(bool accepts) { acceptsUnlisted_ = accepts; }
 
     /// The spelling that a text takes in this variable: a boolean's declared word for the same
@@ -111,6 +113,7 @@ private:
 
     bool HasOwnKind(const ScoreValue& value) const;
     bool IsOutlier(double number) const;
+    bool IsInMissingRange(double number) const;
     /// Takes a category over unless it is there already.
     void Append(std::unique_ptr<ScoreValue> category);
     bool IsValidNumber(double number) const;
@@ -123,6 +126,7 @@ private:
     Listing invalid_;
     ValueSet valueSet_;
     std::vector<Interval> intervals_;
+    std::vector<Interval> missingRanges_;
     std::unique_ptr<VarStats> stats_;
     std::unique_ptr<CatEncoder> encoder_;
     int outlierTreatment_ = AS_IS;

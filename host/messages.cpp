@@ -152,6 +152,8 @@ constexpr Message kCatalogue[] = {
     {kTargetWithoutCategories, "ss",
      "the target {0} has no categories, and a model of type {1} predicts one",
      "Declare the target as categorical, with its values."},
+    {kStorageAndLevel, "sss", "the variable {0} is stored as {1} and can't be {2}",
+     "Declare a variable of texts as NOMINAL or ORDINAL."},
 
     {kCaseTextNotANumber, "ssd", "'{0}' in the field {1} of row {2} is not a number", kMendCase},
     {kCaseTextNotADateTime, "ssd",

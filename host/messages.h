@@ -60,6 +60,7 @@ inline constexpr int kTableTooLarge = 269024;            // section, rows, colum
 inline constexpr int kTooManyContrastRows = 269025;      // row, rows declared, predictor
 inline constexpr int kOrdinalTarget = 269026;            // target, categories
 inline constexpr int kTargetWithoutCategories = 269027;  // target, model type
+inline constexpr int kStorageAndLevel = 269028;          // variable, storage type, level
 
 // Codes of a case that the engine refuses before a model sees it; they stand in column status.
 inline constexpr int kCaseTextNotANumber = 269050;    // text, field, row

@@ -10,6 +10,7 @@
 #include "host/scoredictvar.h"
 #include "host/valueset.h"
 #include "models/blrmodel.h"
+#include "readers/cellreading.h"
 #include "readers/codes.h"
 #include "readers/contrastmatrix.h"
 #include "readers/generalregressiontranslator.h"
@@ -210,11 +211,8 @@ void GeneralRegressionTranslator::ReadContrastCategories(DOMElement* list, Contr
     const bool open = variable->HasOpenCategories();
     for (DOMElement* child = GetFirstChildElt(list); child != nullptr;
          child = GetNextSiblingElt(child)) {
-        if (!IsEqual(child->getTagName(), Tags::XML_ELE_GRM_CATEGORY)) {
-            NoteElement(child);
-            Refuse(kUnexpectedElement, ToString(child->getTagName()).c_str(),
-                   Tags::XML_ELE_GRM_CATEGORY.c_str(), Tags::XML_ELE_GRM_CATEGORIES.c_str());
-        }
+        ExpectTag(*this, child, Tags::XML_ELE_GRM_CATEGORY, Tags::XML_ELE_GRM_CATEGORIES,
+                  kUnexpectedElement);
         const std::string text = ForcedText(child, Tags::XML_ATT_VALUE_VALUE);
         std::unique_ptr<ScoreValue> category(CarefullyMakeVarValue(variable, text));
         // An open variable takes its categories from here, on purpose the other way round than

@@ -1,6 +1,7 @@
 // The covariances of the parameter estimates.
 
 #include "host/pmmlmodeltags.h"
+#include "readers/cellreading.h"
 #include "readers/codes.h"
 #include "readers/generalregressiontranslator.h"
 #include "readers/parse.h"
@@ -100,11 +101,8 @@ void GeneralRegressionTranslator::ReadPCovMatrix(Parse& parse)
     for (DOMElement* child = GetFirstChildElt(section); child != nullptr;
          child = GetNextSiblingElt(child)) {
         if (IsEqual(child->getTagName(), Tags::XML_ELE_EXTENSION)) continue;
-        if (!IsEqual(child->getTagName(), Tags::XML_ELE_PCOV_CELL)) {
-            NoteElement(child);
-            Refuse(kUnexpectedElement, ToString(child->getTagName()).c_str(),
-                   Tags::XML_ELE_PCOV_CELL.c_str(), Tags::XML_ELE_PCOV_MATRIX.c_str());
-        }
+        ExpectTag(*this, child, Tags::XML_ELE_PCOV_CELL, Tags::XML_ELE_PCOV_MATRIX,
+                  kUnexpectedElement);
         CovarianceCell cell;
         cell.pcol = ForcedText(child, Tags::XML_ATT_PCC_PCOL);
         cell.prow = ForcedText(child, Tags::XML_ATT_PCC_PROW);

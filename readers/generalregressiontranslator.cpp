@@ -10,6 +10,8 @@
 #include "host/versioninfo.h"
 #include "readers/codes.h"
 #include "readers/parse.h"
+#include "readers/regressiontranslator.h"
+#include "readers/zeltmodeltags.h"
 
 namespace MCVelscore_850 {
 
@@ -19,7 +21,6 @@ using Tags = PMMLModelTags;
 
 namespace {
 
-const std::string kLegacyRoot = "zelt-ml";
 constexpr double kOptionalTargetVersion = 3.1;  // below it the target attribute is required
 
 void Trace(int level, const char* format, const std::string& text)
@@ -38,6 +39,11 @@ ScoreModel* GeneralRegressionTranslator::ParseFromTree(DOMDocument* document,
 {
     ScoringLog::GetInstance()->TraceText(1, "Entry:%s", "ParseFromTree");
     ForgetCurrentElement();
+    if (IsEqual(document->getDocumentElement()->getTagName(), ZELTModelTags::XML_ELE_ZELTML)) {
+        CreateTranscoder(encoding);
+        RegressionTranslator legacy;
+        return legacy.ParseFromTree(document, "");  // the encoding is not passed on, on purpose
+    }
     Parse parse;  // owns the half-built model until it is handed over
     try {
         CreateTranscoder(encoding);
@@ -76,9 +82,6 @@ ScoreModel* GeneralRegressionTranslator::ParseFromTree(DOMDocument* document,
 void GeneralRegressionTranslator::ReadHead(DOMDocument* document, Parse& parse)
 {
     parse.root = document->getDocumentElement();
-    if (IsEqual(parse.root->getTagName(), kLegacyRoot)) {
-        Refuse(kFamilyNotAvailable, "the older document form", kLegacyRoot.c_str());
-    }
     parse.versionText = ForcedText(parse.root, Tags::XML_ATT_VERSION);
     pmmlVersion = VerifyDouble(parse.versionText);
     parse.modelElement = GetChildByTagForced(parse.root, Tags::XML_ELE_REGRESSMODEL);
@@ -148,14 +151,6 @@ std::string GeneralRegressionTranslator::ForcedText(const DOMElement* element,
                                                     const std::string& name) const
 {
     return Transcode(GetAttributeForced(element, name));
-}
-
-void GeneralRegressionTranslator::ExpectTag(const DOMElement* element, const std::string& tag,
-                                            const std::string& parent) const
-{
-    if (IsEqual(element->getTagName(), tag)) return;
-    NoteElement(element);
-    Refuse(kUnexpectedWord, ToString(element->getTagName()).c_str(), tag.c_str(), parent.c_str());
 }
 
 }  // namespace MCVelscore_850

@@ -75,9 +75,6 @@ private:
     /// An attribute's text in the narrow encoding, empty when absent.
     std::string AttributeText(const xercesc::DOMElement* element, const std::string& name) const;
     std::string ForcedText(const xercesc::DOMElement* element, const std::string& name) const;
-    /// Refuses with 260153 unless the element has the tag; `parent` is for the message.
-    void ExpectTag(const xercesc::DOMElement* element, const std::string& tag,
-                   const std::string& parent) const;
     void ReadFieldLimits(xercesc::DOMElement* field, ScoreDictVar* variable);
     void ReadParamCell(Parse& parse, xercesc::DOMElement* element, struct TargetCells& cells);
     std::string CellCategory(Parse& parse, xercesc::DOMElement* element, TargetCells& cells);

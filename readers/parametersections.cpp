@@ -1,14 +1,12 @@
 // The sections that define the regression: parameters, factors, covariates, betas, reference
 // points, and the predictor-to-parameter matrix.
 
-#include "host/catencoder.h"
 #include "host/messages.h"
 #include "host/pmmlmodeltags.h"
-#include "host/stringvalue.h"
-#include "host/valueset.h"
 #include "models/blrmodel.h"
 #include "models/glrmodel.h"
 #include "models/lrmodel.h"
+#include "readers/cellreading.h"
 #include "readers/codes.h"
 #include "readers/generalregressiontranslator.h"
 #include "readers/parse.h"
@@ -23,14 +21,6 @@ namespace {
 
 const std::string kConstant = "(Constant)";
 const std::string kInterceptLabel = "Intercept";
-
-std::unique_ptr<ScoreValue> MakeTargetValue(const ScoreDictVar& target, std::string& text)
-{
-    if (target.GetValueType() != ScoreDictVar::NUMERIC) return std::make_unique<StringValue>(text);
-    auto value = std::make_unique<NumericValue>(text);
-    text = value->GetString();  // "1.0" becomes "1"
-    return value;
-}
 
 }  // namespace
 
@@ -47,7 +37,7 @@ void GeneralRegressionTranslator::ReadParameterList(Parse& parse)
     DOMElement* list = GetChildByTagForced(parse.modelElement, Tags::XML_ELE_PARAM_LIST);
     for (DOMElement* child = GetFirstChildElt(list); child != nullptr;
          child = GetNextSiblingElt(child)) {
-        ExpectTag(child, Tags::XML_ELE_PARAM, Tags::XML_ELE_PARAM_LIST);
+        ExpectTag(*this, child, Tags::XML_ELE_PARAM, Tags::XML_ELE_PARAM_LIST);
         const std::string name = ForcedText(child, Tags::XML_ATT_PARAM_NAME);
         const std::string label = AttributeText(child, Tags::XML_ATT_PARAM_LABEL);
         const XMLCh* point = GetAttribute(child, Tags::XML_EXT_NAME_COXREG_REFERENCEPOINT);
@@ -100,7 +90,7 @@ void GeneralRegressionTranslator::ReadFactorList(Parse& parse)
     if (list == nullptr) return;
     for (DOMElement* child = GetFirstChildElt(list); child != nullptr;
          child = GetNextSiblingElt(child)) {
-        ExpectTag(child, Tags::XML_ELE_PREDICTOR, Tags::XML_ELE_FAC_LIST);
+        ExpectTag(*this, child, Tags::XML_ELE_PREDICTOR, Tags::XML_ELE_FAC_LIST);
         const std::string name = ForcedText(child, Tags::XML_ATT_PRED_NAME);
         parse.model->AddPredictor(name);
         ScoreDictVar* variable = FindVariable(parse, name);
@@ -122,7 +112,7 @@ void GeneralRegressionTranslator::ReadCovariateList(Parse& parse)
     if (list == nullptr) return;
     for (DOMElement* child = GetFirstChildElt(list); child != nullptr;
          child = GetNextSiblingElt(child)) {
-        ExpectTag(child, Tags::XML_ELE_PREDICTOR, Tags::XML_ELE_COV_LIST);
+        ExpectTag(*this, child, Tags::XML_ELE_PREDICTOR, Tags::XML_ELE_COV_LIST);
         const std::string name = ForcedText(child, Tags::XML_ATT_PRED_NAME);
         parse.model->AddPredictor(name);
         ScoreDictVar* variable = FindVariable(parse, name);
@@ -179,7 +169,7 @@ void GeneralRegressionTranslator::ReadParamMatrix(Parse& parse)
     for (DOMElement* child = GetFirstChildElt(matrix); child != nullptr;
          child = GetNextSiblingElt(child)) {
         if (IsEqual(child->getTagName(), Tags::XML_ELE_EXTENSION)) continue;
-        ExpectTag(child, Tags::XML_ELE_PCELL, Tags::XML_ELE_PARAM_MATRIX);
+        ExpectTag(*this, child, Tags::XML_ELE_PCELL, Tags::XML_ELE_PARAM_MATRIX);
         ReadParamCell(parse, child, cells);
     }
 }
@@ -189,10 +179,8 @@ void GeneralRegressionTranslator::ReadParamCell(Parse& parse, DOMElement* elemen
 {
     const std::string category = CellCategory(parse, element, cells);
     const std::string parameter = ForcedText(element, Tags::XML_ATT_PC_PARAMNAME);
-    ParamTableCell cell;
-    cell.SetBeta(VerifyDouble(GetAttributeForced(element, Tags::XML_ATT_PC_BETA)));
-    const XMLCh* df = GetAttribute(element, Tags::XML_ATT_PC_DF);
-    cell.SetDf(IsBlank(df) ? 0 : VerifyInt(df));
+    const ParamTableCell cell =
+        ReadParamTableCell(*this, element, Tags::XML_ATT_PC_BETA, Tags::XML_ATT_PC_DF);
     if (!parse.model->GetParamTable()->SetCell(category, parameter, cell)) {
         Refuse(kCellNotTaken, category.c_str(), Tags::XML_ATT_PC_TARGET_CAT.c_str(),
                parameter.c_str(), Tags::XML_ATT_PC_PARAMNAME.c_str(), Tags::XML_ELE_PCELL.c_str());
@@ -250,7 +238,7 @@ void GeneralRegressionTranslator::ReadPPMatrix(Parse& parse)
     if (matrix == nullptr) return;
     for (DOMElement* child = GetFirstChildElt(matrix); child != nullptr;
          child = GetNextSiblingElt(child)) {
-        ExpectTag(child, Tags::XML_ELE_PP_CELL, Tags::XML_ELE_PP_MATRIX);
+        ExpectTag(*this, child, Tags::XML_ELE_PP_CELL, Tags::XML_ELE_PP_MATRIX);
         ReadPPCell(parse, child);
     }
 }
@@ -264,32 +252,17 @@ void GeneralRegressionTranslator::ReadPPCell(Parse& parse, DOMElement* element)
     int index = -1;
     FillCateValuesToDataDict(variable, text, index);
 
-    std::unique_ptr<ScoreValue> value;
-    double number = index;
     const ScoreModel::VarRole role = parse.model->GetVarRole(variable);
-    if (role == ScoreModel::ROLE_FACTOR && variable->GetValueType() == ScoreDictVar::STRING) {
-        value = std::make_unique<StringValue>(text);
-    } else if (role == ScoreModel::ROLE_FACTOR || role == ScoreModel::ROLE_COVARIATE) {
-        number = VerifyDouble(text);
-        value = std::make_unique<NumericValue>(number);
-    } else {
-        Refuse(kNoPredictorRole, predictor.c_str());
-    }
-    if (role == ScoreModel::ROLE_FACTOR && !variable->IsValid(value.get())) {
+    PredictorCell cell = MakePredictorCell(*this, role, variable, predictor, text, index);
+    if (role == ScoreModel::ROLE_FACTOR && !variable->IsValid(cell.value.get())) {
         Refuse(kInvalidValue, text.c_str(), predictor.c_str());
     }
-    if (!parse.model->GetPPCMatrix()->SetCell(parameter, predictor, value.release())) {
+    if (!parse.model->GetPPCMatrix()->SetCell(parameter, predictor, cell.value.release())) {
         Refuse(kCellNotTaken, parameter.c_str(), Tags::XML_ATT_PPC_PARAMNAME.c_str(),
                predictor.c_str(), Tags::XML_ATT_PPC_PREDNAME.c_str(),
                Tags::XML_ELE_PP_CELL.c_str());
     }
-    RegressionModel::Matrix& numbers = parse.model->GetNumericPPMatrix();
-    if (numbers.empty()) return;
-    const int row = parse.model->GetParameterIndex(parameter);
-    const int column = parse.model->GetPredictorIndex(predictor);
-    if (row >= 0 && column >= 0) {
-        numbers[static_cast<size_t>(row)][static_cast<size_t>(column)] = number;
-    }
+    StoreCellNumber(*parse.model, parameter, predictor, cell.number);
 }
 
 bool GeneralRegressionTranslator::FillCateValuesToDataDict(ScoreDictVar* variable,
@@ -298,16 +271,7 @@ bool GeneralRegressionTranslator::FillCateValuesToDataDict(ScoreDictVar* variabl
     if (GetTranscoder() == nullptr || variable == nullptr || variable->HasOpenCategories()) {
         return false;
     }
-    if (ScoreValue* value = CarefullyMakeVarValue(variable, text)) {
-        variable->AddCategory(value, text);
-        if (variable->GetCatEncoder() != nullptr) {
-            index = variable->GetCatEncoderForUpdate()->EncodeString(text);
-        }
-    }
-    const ValueSet* values = variable->GetValueSet();
-    if (values != nullptr && values->GetKind() == ValueSet::NONE) {
-        Refuse(kRoleOrCategories, variable->GetName().c_str());
-    }
+    AddCategoryOfCell(*this, *variable, text, index);
     return true;
 }
 
