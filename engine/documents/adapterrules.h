@@ -51,6 +51,10 @@ std::optional<Change> SelectContrastLogistic(xercesc::DOMElement* root);
 /// declared last: the row of betas that its first case uses is then the one of every case.
 std::optional<Change> DeclareBetaCategoryLast(xercesc::DOMElement* root);
 
+/// Covariances of a multinomial model that name no categories have no place in it and are dropped:
+/// no score depends on them.
+std::optional<Change> DropCovariancesWithoutCategories(xercesc::DOMElement* root);
+
 // Fields (adapterrules_fields.cpp).
 
 /// A mining field that is given again with the same attributes counts once.
@@ -62,6 +66,12 @@ std::optional<Change> MakeNumericCovariatesContinuous(xercesc::DOMElement* root)
 std::optional<Change> ListCategoriesOfCells(xercesc::DOMElement* root);
 /// A missingValueReplacement that is no number is dropped from a continuous field.
 std::optional<Change> DropReplacementsThatAreNoNumbers(xercesc::DOMElement* root);
+
+// Transformations (adapterrules_transformations.cpp).
+
+/// Where a model has transformations of its own, the document's go before them, but for those of
+/// the same name: the reader keeps one of the two sections alone.
+std::optional<Change> MergeTransformations(xercesc::DOMElement* root);
 
 // Parameters (adapterrules_parameters.cpp).
 

@@ -141,4 +141,27 @@ std::optional<Change> DeclareBetaCategoryLast(xercesc::DOMElement* root)
                   true};
 }
 
+std::optional<Change> DropCovariancesWithoutCategories(xercesc::DOMElement* root)
+{
+    const xercesc::DOMElement* model = ModelElement(root);
+    if (model == nullptr ||
+        AttributeText(model, Tags::XML_ATT_RM_MODEL_TYPE) != Tags::XML_VAL_MT_MLR) {
+        return std::nullopt;
+    }
+    // With a selector it is another family, which takes such covariances.
+    if (VersionOf(root) >= kSelectorVersion && IsAmong(kMultinomialSelectors, SelectorOf(model))) {
+        return std::nullopt;
+    }
+    xercesc::DOMElement* matrix = ChildElement(model, Tags::XML_ELE_PCOV_MATRIX);
+    const auto cells = ChildElements(matrix, Tags::XML_ELE_PCOV_CELL);
+    const auto namesNone = [](const xercesc::DOMElement* cell) {
+        return AttributeText(cell, Tags::XML_ATT_PCC_TROW).empty() &&
+               AttributeText(cell, Tags::XML_ATT_PCC_TCol).empty();
+    };
+    if (cells.empty() || !std::all_of(cells.begin(), cells.end(), namesNone)) return std::nullopt;
+    const DocumentPlace place = PlaceOf(matrix);
+    matrix->getParentNode()->removeChild(matrix)->release();
+    return Change{place, "the covariances name no target categories and are dropped"};
+}
+
 }  // namespace MCVelscore_850

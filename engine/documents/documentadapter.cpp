@@ -29,6 +29,8 @@ constexpr RuleRow kRules[] = {
     {"numeric-covariate", MakeNumericCovariatesContinuous},
     {"replacement-no-number", DropReplacementsThatAreNoNumbers},
     {"categories-of-cells", ListCategoriesOfCells},
+    {"merged-transformations", MergeTransformations},
+    {"covariance-categories", DropCovariancesWithoutCategories},
     {"regression-order", MakeUnorderedRegressionGeneralLinear},
     {"reference-points", CompleteReferencePoints},
     {"no-estimates", NoteMissingEstimates},
