@@ -68,10 +68,10 @@ void DefineScore(CLI::App* command, ScoreArguments& score)
         "given again",
         "all|COLS");
     AddText(command, "--output", score.outputColumns,
-            "The columns of the output: default, the same for each model of a family. The columns "
-            "of the document's own Output section aren't offered yet",
-            "default")
-        ->check(CLI::IsMember({"default"}));
+            "The columns of the output: default, the same for each model of a family, or document, "
+            "those of the document's own Output section",
+            "default|document")
+        ->check(CLI::IsMember({"default", "document"}));
     AddText(command, "--delimiter", score.delimiter,
             "The character between fields, in the cases and in the output; tab for a tabulator",
             "C");

@@ -172,13 +172,17 @@ int RunScore(const ScoreArguments& arguments, Console& console)
             "the model and the cases can't both come from standard input; name a file "
             "for one of them");
     }
+    const bool documentColumns = arguments.outputColumns == "document";
+    if (documentColumns && arguments.predictionOnly) {
+        throw UsageError("--prediction-only has no meaning with --output document");
+    }
     ScoringOptions options;
     options.dialect = DialectOf(arguments);
     options.missingTexts = arguments.missingTexts;
     options.output = OutputOf(arguments);
 
     LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin),
-                      LoadOptions{arguments.asIs});
+                      LoadOptions{arguments.asIs, documentColumns});
     SetPolicy(model, arguments.policy);
     if (arguments.predictionOnly) model.WantPredictionOnly();
 

@@ -63,6 +63,10 @@ CasePreparer::CasePreparer(const ScoreModel& model, const ModelDescription& desc
         const ScoreDictVar* var = FindVariable(dictionary_, transformations_, name);
         if (var != nullptr) AddVariable(*var, names);
     }
+    for (const std::string& name : options_.alsoRead) {
+        const ScoreDictVar* var = FindVariable(dictionary_, transformations_, name);
+        if (var != nullptr) AddVariable(*var, names, &header);
+    }
     BindColumns(header, tableName);
 
     for (Binding& binding : bindings_) {
@@ -103,18 +107,24 @@ CasePreparer::CasePreparer(const ScoreModel& model, const ModelDescription& desc
 
 CasePreparer::~CasePreparer() = default;
 
-void CasePreparer::AddVariable(const ScoreDictVar& var, std::vector<std::string>& names)
+void CasePreparer::AddVariable(const ScoreDictVar& var, std::vector<std::string>& names,
+                               const std::span<const std::string>* columns)
 {
     if (std::find(seen_.begin(), seen_.end(), &var) != seen_.end()) return;
     seen_.push_back(&var);
     if (var.IsDerived()) {
         const auto& derived = static_cast<const TransformVar&>(var);
-        for (const ScoreDictVar* input : derived.Inputs()) AddVariable(*input, names);
+        for (const ScoreDictVar* input : derived.Inputs()) AddVariable(*input, names, columns);
         derived_.push_back({&derived, -1});
+        return;
+    }
+    const bool optional = columns != nullptr;
+    if (optional && std::find(columns->begin(), columns->end(), var.GetName()) == columns->end()) {
         return;
     }
     Binding binding;
     binding.var = &var;
+    binding.optional = optional;
     binding.dictVar = dynamic_cast<const DictVar*>(&var);
     binding.kind = var.GetValueType() == ScoreDictVar::STRING     ? Kind::Text
                    : var.GetValueType() == ScoreDictVar::DATETIME ? Kind::DateTime
@@ -196,7 +206,9 @@ CaseStatus CasePreparer::Prepare(std::span<const std::string_view> fields)
         const std::string_view text = fields[binding.column];
         long code = SetValue(binding, text);
         if (code == 0 && binding.treated) code = Treat(binding, text);
-        if (code != 0) return {code, &binding.var->GetName(), text};
+        if (code == 0) continue;
+        if (!binding.optional) return {code, &binding.var->GetName(), text};
+        SetMissing(binding);
     }
     for (const Derived& derived : derived_) {
         record_->Point(derived.position, derived.var->GetTransformedValue(

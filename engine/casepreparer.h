@@ -31,6 +31,9 @@ struct CaseOptions {
     bool substitutes = true;
     /// Texts that mean missing in every column, beside the empty field.
     std::vector<std::string> missingTexts{};
+    /// Variables to prepare beside those that the model reads. A table may lack their columns, and
+    /// text that can't be read is a missing value in them.
+    std::vector<std::string> alsoRead{};
 };
 
 /// Whether a row became a case.
@@ -99,6 +102,7 @@ private:
         NumericValue* number = nullptr;  ///< the one of these three that `kind` says
         StringValue* text = nullptr;
         DateTimeValue* dateTime = nullptr;
+        bool optional = false;  ///< of CaseOptions::alsoRead
         bool naIsMissing = true;
         bool spells = false;  ///< a boolean, whose declared spelling is taken
         bool clamps = false;
@@ -117,7 +121,9 @@ private:
         int position;
     };
 
-    void AddVariable(const ScoreDictVar& var, std::vector<std::string>& names);
+    /// `columns` are the table's, for variables that it may lack; null when it may not.
+    void AddVariable(const ScoreDictVar& var, std::vector<std::string>& names,
+                     const std::span<const std::string>* columns = nullptr);
     void BindColumns(std::span<const std::string> header, const std::string& tableName);
     void ApplyTreatment(Binding& binding, const MiningFieldTreatment& treatment) const;
     bool IsMissingText(const Binding& binding, std::string_view text) const;

@@ -7,7 +7,9 @@
 #include "engine/documents/documentloader.h"
 #include "engine/documents/miningtreatments.h"
 #include "engine/documents/modelreading.h"
+#include "engine/documents/outputsection.h"
 #include "engine/outputshaper.h"
+#include "host/messages.h"
 #include "host/scoremodel.h"
 #include "host/scoreresult.h"
 #include "host/versioninfo.h"
@@ -55,8 +57,12 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
     treatments_ = ReadMiningTreatments(document);
     try {
         model_ = ReadModel(*plugin_, document);
+        if (options.output) output_ = ReadOutputSection(document, *model_);
     } catch (const VSException& refusal) {
         throw DocumentFailure(refusal, file_);
+    }
+    if (options.output && !output_) {
+        throw Failure(FailureKind::Document, kNoOutputSection, {file_});
     }
     model_->Describe(description_);
     if (rotatedTarget) RestoreTargetOrder(description_);

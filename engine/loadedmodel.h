@@ -15,6 +15,7 @@ namespace MCVelscore_850 {
 
 class ScoreModel;
 class VSException;
+struct OutputSection;
 
 /// A document that its reader refused, with the place as far as it is known. What the loader
 /// refuses is a plain Failure, whose text tells the place.
@@ -47,6 +48,9 @@ enum class MissingPolicy {
 struct LoadOptions {
     /// Leaves the document as it is, without the adaptations.
     bool asIs = false;
+    /// Reads the document's Output section too; a document without one is refused with
+    /// kNoOutputSection.
+    bool output = false;
 };
 
 /// A model, read from its document by the plug-in.
@@ -82,6 +86,8 @@ public:
     void WantPredictionOnly();
     const ModelDescription& Description() const { return description_; }
     const std::vector<MiningFieldTreatment>& Treatments() const { return treatments_; }
+    /// The document's Output section; null unless it was asked for.
+    const OutputSection* Output() const { return output_.get(); }
     /// The document's version, empty when it tells none.
     std::string Version() const;
     /// The model's plain text of all that it holds.
@@ -94,6 +100,7 @@ private:
     std::vector<MiningFieldTreatment> treatments_;
     std::unique_ptr<ScoreModel> model_;
     bool substitutes_ = true;
+    std::unique_ptr<OutputSection> output_;
     ModelDescription description_;
 };
 

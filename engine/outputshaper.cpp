@@ -8,6 +8,7 @@
 
 #include "engine/csvwriter.h"
 #include "engine/failure.h"
+#include "engine/outputevaluator.h"
 #include "host/messages.h"
 #include "host/numericvalue.h"
 #include "host/scoremodel.h"
@@ -40,6 +41,22 @@ void WriteValue(CsvWriter& writer, const ScoreValue* value)
     } else {
         WriteNumber(writer, value->GetDouble());
     }
+}
+
+void WriteCell(CsvWriter& writer, const OutputCell& cell)
+{
+    switch (cell.kind) {
+        case OutputCell::Missing: writer.AddEmpty(); break;
+        case OutputCell::Number: writer.AddNumber(cell.number); break;
+        case OutputCell::Text: writer.AddText(cell.text); break;
+    }
+}
+
+std::vector<std::string> FieldNames(const OutputSection& section)
+{
+    std::vector<std::string> names;
+    for (const OutputField& field : section.fields) names.push_back(field.name);
+    return names;
 }
 
 std::vector<std::string> ResultColumns(int resultType, const std::vector<std::string>& categories,
@@ -83,13 +100,16 @@ int OutputShaper::ResultTypeOf(int modelType, const ModelDescription& descriptio
 
 OutputShaper::OutputShaper(int resultType, const ModelDescription& description,
                            std::span<const std::string> header, const std::string& tableName,
-                           const OutputOptions& options)
+                           const OutputOptions& options, const DocumentOutput& document)
     : resultType_(resultType),
       predictionOnly_(options.predictionOnly),
+      document_(document),
       variables_(description.variables)
 {
     if (resultType == ScoreResult::MLR_RESULT) categories_ = description.targetCategories;
-    std::vector<std::string> results = ResultColumns(resultType, categories_, predictionOnly_);
+    std::vector<std::string> results = document.fields == nullptr
+                                           ? ResultColumns(resultType, categories_, predictionOnly_)
+                                           : FieldNames(*document.section);
     resultColumns_ = results.size();
     results.insert(results.end(), {"status", "status_field"});
 
@@ -128,13 +148,31 @@ void OutputShaper::WriteHeader(CsvWriter& writer) const
 }
 
 void OutputShaper::WriteScored(CsvWriter& writer, std::span<const std::string_view> fields,
-                               const ScoreResult& result)
+                               const ScoreCaseRecord& record, const ScoreResult& result)
 {
     if (result.GetScoreResultType() != resultType_) {
         throw std::logic_error("the model's result isn't of the kind that its description tells");
     }
     WriteKept(writer, fields);
-    WriteValue(writer, result.GetPrediction());
+    if (document_.fields != nullptr) {
+        for (const OutputCell& cell : document_.fields->Evaluate(record, result)) {
+            WriteCell(writer, cell);
+        }
+    } else {
+        WriteOwnColumns(writer, result);
+    }
+    writer.AddText("0");
+    writer.AddEmpty();
+    writer.EndRow();
+}
+
+void OutputShaper::WriteOwnColumns(CsvWriter& writer, const ScoreResult& result)
+{
+    if (document_.target != nullptr && resultType_ == ScoreResult::LR_RESULT) {
+        WriteCell(writer, PredictedValue(result, document_.target));
+    } else {
+        WriteValue(writer, result.GetPrediction());
+    }
     if (!predictionOnly_) {
         switch (resultType_) {
             case ScoreResult::LR_RESULT: {
@@ -155,16 +193,19 @@ void OutputShaper::WriteScored(CsvWriter& writer, std::span<const std::string_vi
             default: break;
         }
     }
-    writer.AddText("0");
-    writer.AddEmpty();
-    writer.EndRow();
 }
 
 void OutputShaper::WriteNotScored(CsvWriter& writer, std::span<const std::string_view> fields,
                                   long code, std::string_view field) const
 {
     WriteKept(writer, fields);
-    for (size_t i = 0; i < resultColumns_; ++i) writer.AddEmpty();
+    if (document_.fields != nullptr) {
+        for (const OutputCell& cell : document_.fields->EvaluateDefaults()) {
+            WriteCell(writer, cell);
+        }
+    } else {
+        for (size_t i = 0; i < resultColumns_; ++i) writer.AddEmpty();
+    }
     writer.AddText(std::to_string(code));
     writer.AddText(field);
     writer.EndRow();

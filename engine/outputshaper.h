@@ -13,7 +13,12 @@ namespace MCVelscore_850 {
 
 class CsvWriter;
 class ScoreClsResult;
+class OutputEvaluator;
+class ScoreCaseRecord;
 class ScoreResult;
+struct OutputCell;
+struct OutputSection;
+struct TargetDeclaration;
 
 /// Which columns an output row has.
 struct OutputOptions {
@@ -21,6 +26,15 @@ struct OutputOptions {
     std::vector<std::string> keep{};
     bool keepAll = false;
     bool predictionOnly = false;
+};
+
+/// What the document says of the output.
+struct DocumentOutput {
+    /// What becomes of a predicted number; null leaves it as it is.
+    const TargetDeclaration* target = nullptr;
+    /// Fills the columns in place of the model's own; null for these.
+    OutputEvaluator* fields = nullptr;
+    const OutputSection* section = nullptr;  ///< of `fields`
 };
 
 /// Names and fills the columns of the output: the kept ones, what the model's result holds, then
@@ -31,15 +45,17 @@ struct OutputOptions {
 ///              MLRResult     prediction, probability(CATEGORY) for each target category
 ///              CLRResult     prediction
 ///              CoxRegResult  prediction, cum_hazard
-///          A kept column of the same name gets the prefix "input.".
-/// Rows     A status other than 0 leaves the result's columns empty; so does a missing number.
+///          or those of the document's Output section. A kept column of the same name gets the
+///          prefix "input.".
+/// Rows     A status other than 0 leaves the result's columns empty, but for defaults that the
+///          document gives its output fields; so does a missing number.
 /// Errors   kUnknownKeptColumn (usage), kDuplicateColumn (cases) from the constructor.
 class OutputShaper {
 public:
     /// `resultType` is what the model's results answer to GetScoreResultType().
     OutputShaper(int resultType, const ModelDescription& description,
                  std::span<const std::string> header, const std::string& tableName,
-                 const OutputOptions& options);
+                 const OutputOptions& options, const DocumentOutput& document = {});
 
     /// The kind of result that a model of this type and description makes.
     static int ResultTypeOf(int modelType, const ModelDescription& description);
@@ -49,7 +65,7 @@ public:
 
     /// The row of a scored case; `result` is of the type given to the constructor.
     void WriteScored(CsvWriter& writer, std::span<const std::string_view> fields,
-                     const ScoreResult& result);
+                     const ScoreCaseRecord& record, const ScoreResult& result);
     /// The row of a case without a score. `field` may be empty.
     void WriteNotScored(CsvWriter& writer, std::span<const std::string_view> fields, long code,
                         std::string_view field) const;
@@ -58,11 +74,13 @@ public:
     std::string_view FieldOf(const MCScore::MCStatus& status) const;
 
 private:
+    void WriteOwnColumns(CsvWriter& writer, const ScoreResult& result);
     void WriteKept(CsvWriter& writer, std::span<const std::string_view> fields) const;
     void WritePercents(CsvWriter& writer, const ScoreClsResult& result);
 
     int resultType_;
     bool predictionOnly_;
+    DocumentOutput document_;
     std::vector<std::string> variables_;   ///< the model's, in the order of its predictors
     std::vector<std::string> categories_;  ///< the target's, a column each
     std::vector<size_t> kept_;             ///< positions in the input

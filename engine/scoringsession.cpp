@@ -25,9 +25,16 @@ ScoringSession::ScoringSession(LoadedModel& model, ByteSource& source,
       reader_(source, options.dialect.delimiter),
       preparer_(model.Model(), model.Description(), model.Treatments(), reader_.Header(),
                 source.Name(),
-                CaseOptions{options.dialect.decimal, model.Substitutes(), options.missingTexts}),
-      shaper_(OutputShaper::ResultTypeOf(model.Model().GetModelType(), model.Description()),
-              model.Description(), reader_.Header(), source.Name(), options.output),
+                CaseOptions{options.dialect.decimal, model.Substitutes(), options.missingTexts,
+                            model.Output() == nullptr ? std::vector<std::string>()
+                                                      : model.Output()->inputs}),
+      fields_(model.Output() == nullptr
+                  ? nullptr
+                  : std::make_unique<OutputEvaluator>(*model.Output(), model.Model())),
+      shaper_(
+          OutputShaper::ResultTypeOf(model.Model().GetModelType(), model.Description()),
+          model.Description(), reader_.Header(), source.Name(), options.output,
+          DocumentOutput{TargetOf(model.Model().GetTargetVar()), fields_.get(), model.Output()}),
       stop_(stop)
 {}
 
@@ -94,7 +101,7 @@ void ScoringSession::ScoreRow(CsvWriter& writer, std::span<const std::string_vie
     result_.reset(result);
     if (status.IsOK() && result_ != nullptr) {
         ++report_.scored;
-        shaper_.WriteScored(writer, fields, *result_);
+        shaper_.WriteScored(writer, fields, preparer_.Record(), *result_);
     } else {
         const std::string_view field = shaper_.FieldOf(status);
         Note(status.GetErrorCode(), field, {});

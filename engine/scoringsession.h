@@ -13,6 +13,7 @@
 #include "engine/csvreader.h"
 #include "engine/csvwriter.h"
 #include "engine/loadedmodel.h"
+#include "engine/outputevaluator.h"
 #include "engine/outputshaper.h"
 
 namespace MCVelscore_850 {
@@ -78,6 +79,7 @@ private:
     LoadedModel& model_;
     CsvReader reader_;
     CasePreparer preparer_;
+    std::unique_ptr<OutputEvaluator> fields_;  ///< of the document's Output section, when asked for
     OutputShaper shaper_;
     const StopFlag* stop_;
     std::unique_ptr<ScoreResult> result_;

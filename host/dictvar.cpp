@@ -10,6 +10,7 @@
 #include "host/datetimevalue.h"
 #include "host/numericvalue.h"
 #include "host/stringvalue.h"
+#include "host/targetdeclaration.h"
 #include "host/varstats.h"
 
 namespace MCVelscore_850 {
@@ -119,6 +120,7 @@ DictVar::DictVar(const DictVar& other)
       intervals_(other.intervals_),
       missingRanges_(other.missingRanges_),
       stats_(other.stats_ ? std::make_unique<VarStats>(*other.stats_) : nullptr),
+      target_(other.target_),
       outlierTreatment_(other.outlierTreatment_),
       spellings_{other.spellings_[0], other.spellings_[1]},
       declared_(other.declared_),
@@ -161,6 +163,11 @@ void DictVar::DeclareMissingRange(double low, double high)
 }
 
 DictVar::~DictVar() = default;
+
+void DictVar::SetTargetDeclaration(TargetDeclaration target)
+{
+    target_ = std::make_shared<const TargetDeclaration>(std::move(target));
+}
 
 ScoreDictVar* DictVar::Clone() const { return new DictVar(*this); }
 

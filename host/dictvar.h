@@ -14,6 +14,8 @@
 
 namespace MCVelscore_850 {
 
+struct TargetDeclaration;
+
 /// The type of a variable, as its declaration tells it.
 struct DictVarType {
     std::string name;
@@ -60,6 +62,10 @@ public:
     bool AcceptsUnlisted() const override { return acceptsUnlisted_; }
 
     const DictVarType& Type() const { return type_; }
+
+    /// What the document says of predictions of this variable; null when it says nothing.
+    const TargetDeclaration* GetTargetDeclaration() const { return target_.get(); }
+    void SetTargetDeclaration(TargetDeclaration target);
 
     /// Gives the variable its encoder, once; later calls do nothing.
     void SetUpCatEncoder();
@@ -129,6 +135,7 @@ private:
     std::vector<Interval> missingRanges_;
     std::unique_ptr<VarStats> stats_;
     std::unique_ptr<CatEncoder> encoder_;
+    std::shared_ptr<const TargetDeclaration> target_;
     int outlierTreatment_ = AS_IS;
     int spellings_[2] = {-1, -1};  // of a boolean's false and true: the positions of their words
     bool declared_ = false;        // some Value child stood in the declaration

@@ -178,6 +178,11 @@ constexpr Message kCatalogue[] = {
     {kDocumentTooLarge, "sd", "{0} has more than {1} bytes", kHostile},
     {kNotAModelDocument, "ss", "{0} is no model document: its root is '{1}'",
      "Give a PMML document with a GeneralRegressionModel."},
+    {kNoOutputSection, "s", "{0} has no Output section, whose columns were asked for",
+     "Score with the default columns, or add an Output section to the model."},
+    {kOutputFeature, "ss",
+     "the feature '{0}' of the output field {1} is none that a regression has",
+     "Score with the default columns, or remove the field from the Output section."},
 
     {kPluginNotLoaded, "ss", "the plug-in {0} can't be loaded: {1}",
      "Install velscore whole, or name the plug-in with --plugin."},

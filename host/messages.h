@@ -78,6 +78,8 @@ inline constexpr int kTokenTooLong = 269107;       // file, line, column, limit
 inline constexpr int kTooManyElements = 269108;    // file, line, column, limit
 inline constexpr int kDocumentTooLarge = 269109;   // file, limit
 inline constexpr int kNotAModelDocument = 269110;  // file, root
+inline constexpr int kNoOutputSection = 269111;    // file
+inline constexpr int kOutputFeature = 269112;      // feature, output field
 
 // Codes of the engine: the plug-in.
 inline constexpr int kPluginNotLoaded = 269201;  // file, reason

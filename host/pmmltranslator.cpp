@@ -14,11 +14,6 @@ namespace MCVelscore_850 {
 PMMLTranslator::PMMLTranslator(const std::string& encoding) { CreateTranscoder(encoding); }
 PMMLTranslator::~PMMLTranslator() = default;
 
-void PMMLTranslator::HandleTargets(xercesc::DOMElement* element, ScoreDictionary*)
-{
-    NoteElement(element);
-}
-
 void PMMLTranslator::SetupCatEncoder(ScoreDictVar* var)
 {
     // Every variable of this host is a DictVar.

@@ -10,6 +10,7 @@
 namespace MCVelscore_850 {
 
 class DictVar;
+struct TargetDeclaration;
 class TransformationDictionary;
 
 /// The base of readers of PMML documents: what the standard puts around a model.
@@ -23,8 +24,9 @@ public:
     /// A new dictionary of all DataFields below the DataDictionary element, owned by the caller.
     /// Refuses a second field of one name, and types that the standard doesn't know.
     ScoreDictionary* ParseDictionary(xercesc::DOMNode* element, bool withValues);
-    /// Reads the Targets element. Its declarations rescale a prediction, which the engine does
-    /// from the document; the dictionary stays as it is.
+    /// Reads the Targets element into the declarations of the dictionary's variables; no model reads
+    /// them. A Target without a field is for the mining schema's target. Refuses with 260125 a field
+    /// that isn't in the dictionary, and kUnknownDataType for an unknown castInteger.
     void HandleTargets(xercesc::DOMElement* element, ScoreDictionary* dictionary);
     /// A new dictionary of the DerivedFields below the element, owned by the caller; null when
     /// there is none. Expressions: FieldRef, Constant, NormContinuous, Apply with + - * /.
@@ -44,6 +46,8 @@ private:
     /// Value, Interval and the own Extension children of a field.
     void ReadDeclaredValues(xercesc::DOMElement* element, DictVar& var);
     void ReadInterval(xercesc::DOMElement* element, DictVar& var);
+    TargetDeclaration ReadTarget(xercesc::DOMElement* element, const std::string& name) const;
+    std::string NameOfTarget(const xercesc::DOMNode* model) const;
 };
 
 }  // namespace MCVelscore_850

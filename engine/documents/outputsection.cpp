@@ -1,0 +1,259 @@
+#include "engine/documents/outputsection.h"
+
+#include <algorithm>
+#include <set>
+
+#include <xercesc/dom/DOM.hpp>
+
+#include "engine/documents/documenttree.h"
+#include "engine/documents/treefields.h"
+#include "engine/documents/treetext.h"
+#include "host/dictvar.h"
+#include "host/documentplace.h"
+#include "host/messages.h"
+#include "host/pmmlmodeltags.h"
+#include "host/pmmltranslator.h"
+#include "host/scoremodel.h"
+#include "host/targetdeclaration.h"
+#include "host/transformvar.h"
+#include "host/veltranscoder.h"
+#include "host/vsexception.h"
+
+namespace MCVelscore_850 {
+
+using xercesc::DOMElement;
+using Tags = PMMLModelTags;
+using Feature = OutputField::Feature;
+
+namespace {
+
+const std::string kDerivedField = "DerivedField";
+const std::string kDefineFunction = "DefineFunction";
+const std::string kDataType = "dataType";
+const std::string kCategorical = "categorical";
+
+struct FeatureRow {
+    const char* word;
+    Feature feature;
+};
+
+// A field without a feature is the predicted value.
+constexpr FeatureRow kFeatures[] = {
+    {"", Feature::PredictedValue},
+    {"predictedValue", Feature::PredictedValue},
+    {"predictedDisplayValue", Feature::PredictedDisplayValue},
+    {"probability", Feature::Probability},
+    {"standardError", Feature::StandardError},
+    {"confidenceIntervalLower", Feature::ConfidenceIntervalLower},
+    {"confidenceIntervalUpper", Feature::ConfidenceIntervalUpper},
+    {"residual", Feature::Residual},
+    {"transformedValue", Feature::Expression},
+    {"decision", Feature::Expression},
+};
+
+// The host's part of a reader, for the expressions.
+class ExpressionReader final : public PMMLTranslator {
+public:
+    ExpressionReader() : PMMLTranslator("") {}
+    ScoreModel* ParseFromTree(xercesc::DOMDocument*, const std::string&) override
+    {
+        return nullptr;
+    }
+};
+
+// The expression of an output field; null without one.
+const DOMElement* ExpressionOf(const DOMElement* field)
+{
+    for (const auto* child = field->getFirstElementChild(); child != nullptr;
+         child = child->getNextElementSibling()) {
+        const std::string tag = Utf8FromXml(child->getTagName());
+        if (tag != Tags::XML_ELE_EXTENSION && tag != Tags::XML_ELE_VALUE && tag != "Decisions") {
+            return child;
+        }
+    }
+    return nullptr;
+}
+
+// The type of what an expression yields, where neither it nor the field says so.
+std::string TypeOf(const DOMElement* field, const DOMElement* expression)
+{
+    for (const DOMElement* element : {field, expression}) {
+        const std::string type = AttributeText(element, kDataType);
+        if (!type.empty()) return type;
+    }
+    const std::string tag = Utf8FromXml(expression->getTagName());
+    const bool text = tag == "MapValues" || tag == "Discretize";
+    return text ? "string" : "double";
+}
+
+bool IsTextType(const std::string& dataType)
+{
+    return dataType == "string" || dataType == "boolean";
+}
+
+// An element of a tree that stands for itself, released at the end.
+class Fragment {
+public:
+    Fragment(xercesc::DOMDocument* document, const std::string& tag)
+        : document_(document), element_(document->createElement(XmlFromUtf8(tag).c_str()))
+    {}
+    Fragment(const Fragment&) = delete;
+    Fragment& operator=(const Fragment&) = delete;
+    ~Fragment() { element_->release(); }
+
+    DOMElement* Get() const { return element_; }
+    void AppendCopy(const DOMElement* element)
+    {
+        element_->appendChild(document_->importNode(element, true));
+    }
+    DOMElement* Append(const std::string& tag)
+    {
+        DOMElement* child = document_->createElement(XmlFromUtf8(tag).c_str());
+        element_->appendChild(child);
+        return child;
+    }
+
+private:
+    xercesc::DOMDocument* document_;
+    DOMElement* element_;
+};
+
+Feature FeatureOf(const DOMElement* element)
+{
+    const std::string word = AttributeText(element, "feature");
+    for (const FeatureRow& row : kFeatures) {
+        if (word == row.word) return row.feature;
+    }
+    VSException refusal(gErrorFormater);
+    refusal.PutErrorMessage(kOutputFeature, word.c_str(),
+                            AttributeText(element, Tags::XML_ATT_NAME).c_str());
+    refusal.SetPlace(PlaceOf(element));
+    throw refusal;
+}
+
+// The declared categories' words for people, the Target's before the field's own.
+std::map<std::string, std::string> DisplayValues(const DOMElement* root, const ScoreModel& model)
+{
+    std::map<std::string, std::string> display;
+    const auto* target = dynamic_cast<const DictVar*>(model.GetTargetVar());
+    if (target != nullptr && target->GetTargetDeclaration() != nullptr) {
+        for (const auto& [value, text] : target->GetTargetDeclaration()->displayValues) {
+            display.emplace(value, text);
+        }
+    }
+    for (const DOMElement* value : ValidValues(TargetDataField(root))) {
+        const std::string text = AttributeText(value, "displayValue");
+        if (!text.empty()) display.emplace(AttributeText(value, Tags::XML_ATT_VALUE), text);
+    }
+    return display;
+}
+
+// A variable for what an output field without expression holds.
+std::unique_ptr<DictVar> VariableOf(const OutputField& field, const ScoreModel& model)
+{
+    DictVarType type;
+    type.name = field.name;
+    const ScoreDictVar* target = model.GetTargetVar();
+    const bool text = field.feature == Feature::PredictedDisplayValue ||
+                      (field.feature == Feature::PredictedValue && target != nullptr &&
+                       target->GetValueType() == ScoreDictVar::STRING);
+    if (text) {
+        type.level = ScoreDictVar::CATEGORICAL;
+        type.valueType = ScoreDictVar::STRING;
+    }
+    return std::make_unique<DictVar>(type);
+}
+
+// The document's own fields, those but that have the name of an output field.
+void AddFields(BaseDictionary& dictionary, const ScoreModel& model,
+               const std::set<std::string>& outputNames)
+{
+    if (model.GetDictionary() != nullptr) {
+        for (const ScoreDictVar* var : model.GetDictionary()->GetVars()) {
+            if (!outputNames.contains(var->GetName())) {
+                dictionary.AddVar(var->GetName(), var->Clone());
+            }
+        }
+    }
+    if (model.GetTransformationDictionary() == nullptr) return;
+    for (const ScoreDictVar* var : model.GetTransformationDictionary()->GetVars()) {
+        // Its value is in the case already; here it is a field like any other.
+        if (!outputNames.contains(var->GetName())) {
+            const DictVarType& type = static_cast<const TransformVar&>(*var).Type();
+            dictionary.AddVar(var->GetName(), new DictVar(type));
+        }
+    }
+}
+
+}  // namespace
+
+std::unique_ptr<OutputSection> ReadOutputSection(const Document& document, const ScoreModel& model)
+{
+    xercesc::DOMDocument* tree = document.GetTree().dom.get();
+    const DOMElement* root = tree->getDocumentElement();
+    const DOMElement* modelElement = ModelElement(root);
+    const DOMElement* output = ChildElement(modelElement, "Output");
+    if (output == nullptr) return nullptr;
+
+    auto section = std::make_unique<OutputSection>();
+    section->displayValues = DisplayValues(root, model);
+    section->dictionary = std::make_unique<BaseDictionary>();
+
+    Fragment expressions(tree, Tags::XML_ELE_LOCALTRANSFORMATIONS);
+    for (const DOMElement* transformations :
+         {ChildElement(root, Tags::XML_ELE_TRANSFORMATION),
+          ChildElement(modelElement, Tags::XML_ELE_LOCALTRANSFORMATIONS)}) {
+        for (const DOMElement* function : ChildElements(transformations, kDefineFunction)) {
+            expressions.AppendCopy(function);
+        }
+    }
+    const auto elements = ChildElements(output, "OutputField");
+    std::set<std::string> names;
+    for (const DOMElement* element : elements) {
+        names.insert(AttributeText(element, Tags::XML_ATT_NAME));
+    }
+    AddFields(*section->dictionary, model, names);
+    for (const DOMElement* element : elements) {
+        OutputField field;
+        field.name = AttributeText(element, Tags::XML_ATT_NAME);
+        field.feature = FeatureOf(element);
+        field.category = AttributeText(element, Tags::XML_ATT_VALUE);
+        const DOMElement* expression = ExpressionOf(element);
+        if (field.feature == Feature::Expression) {
+            if (expression == nullptr) Refuse(kExpressionMissing, field.name.c_str());
+            const std::string type = TypeOf(element, expression);
+            const std::string optype = AttributeText(element, Tags::XML_ATT_DATAFIELD_OPTYPE);
+            DOMElement* derived = expressions.Append(kDerivedField);
+            SetAttributeText(derived, Tags::XML_ATT_NAME, field.name);
+            SetAttributeText(derived, kDataType, type);
+            SetAttributeText(derived, Tags::XML_ATT_DATAFIELD_OPTYPE,
+                             !optype.empty()    ? optype
+                             : IsTextType(type) ? kCategorical
+                                                : Tags::XML_VAL_OT_CONTINUOUS);
+            derived->appendChild(tree->importNode(expression, true));
+        } else if (!section->dictionary->AddVar(field.name, VariableOf(field, model).release())) {
+            Refuse(kDuplicateField, field.name.c_str());
+        }
+        section->fields.push_back(std::move(field));
+    }
+
+    ExpressionReader reader;
+    section->expressions.reset(
+        reader.HandleTransformationDictionary(expressions.Get(), section->dictionary.get()));
+    std::set<std::string> inputs;
+    for (OutputField& field : section->fields) {
+        if (field.feature == Feature::Residual && model.GetTargetVar() != nullptr) {
+            inputs.insert(model.GetTargetVar()->GetName());
+        }
+        if (field.feature != Feature::Expression) continue;
+        field.expression =
+            static_cast<const TransformVar*>(section->expressions->GetVar(field.name));
+        for (const ScoreDictVar* input : field.expression->Inputs()) {
+            if (!names.contains(input->GetName())) inputs.insert(input->GetName());
+        }
+    }
+    section->inputs.assign(inputs.begin(), inputs.end());
+    return section;
+}
+
+}  // namespace MCVelscore_850
