@@ -108,6 +108,17 @@ void DefineInspect(CLI::App* command, InspectArguments& inspect)
     command->footer("Example:\n  velscore inspect model.pmml");
 }
 
+void DefineVerify(CLI::App* command, VerifyArguments& verify)
+{
+    command->add_option("MODEL", verify.model, "The model document; - is standard input")
+        ->required();
+    command->add_flag("--json", verify.json, "The report as JSON");
+    AddDocumentOptions(command, verify.plugin, verify.asIs);
+    command->footer(
+        "Example:\n  velscore verify model.pmml\n\n"
+        "Ends with 6 when a value differs from the document's own by more than it allows.");
+}
+
 void DefineHelp(CLI::App* command, HelpArguments& help)
 {
     command->add_option("CODE", help.code,
@@ -130,15 +141,19 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
     ScoreArguments score;
     CheckArguments check;
     InspectArguments inspect;
+    VerifyArguments verify;
     HelpArguments help;
     CLI::App* scoreCommand = app.add_subcommand("score", "Score a table of cases with a model");
     CLI::App* checkCommand =
         app.add_subcommand("check", "Read documents and report what was adapted or refused");
     CLI::App* inspectCommand = app.add_subcommand("inspect", "Show what a model is");
+    CLI::App* verifyCommand =
+        app.add_subcommand("verify", "Score the records that a document carries, and compare");
     CLI::App* helpCommand = app.add_subcommand("help", "Explain a code");
     DefineScore(scoreCommand, score);
     DefineCheck(checkCommand, check);
     DefineInspect(inspectCommand, inspect);
+    DefineVerify(verifyCommand, verify);
     DefineHelp(helpCommand, help);
 
     try {
@@ -150,15 +165,16 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
         return kExitDone;
     } catch (const CLI::ParseError& wrong) {
         if (argumentCount > 1 && arguments[1][0] != '-' && app.get_subcommands().empty()) {
-            throw UsageError(
-                fmt::format("'{}' is no command; the commands are score, check, inspect and help",
-                            arguments[1]));
+            throw UsageError(fmt::format(
+                "'{}' is no command; the commands are score, check, inspect, verify and help",
+                arguments[1]));
         }
         throw UsageError(wrong.what());
     }
     if (scoreCommand->parsed()) return RunScore(score, console);
     if (checkCommand->parsed()) return RunCheck(check, console);
     if (inspectCommand->parsed()) return RunInspect(inspect);
+    if (verifyCommand->parsed()) return RunVerify(verify, console);
     return RunHelp(help);
 }
 

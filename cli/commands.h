@@ -42,6 +42,13 @@ struct InspectArguments {
     bool json = false;
 };
 
+struct VerifyArguments {
+    std::string model;
+    std::string plugin;
+    bool asIs = false;
+    bool json = false;
+};
+
 struct HelpArguments {
     std::string code;  ///< empty: every code
 };
@@ -56,6 +63,7 @@ public:
 int RunScore(const ScoreArguments& arguments, Console& console);
 int RunCheck(const CheckArguments& arguments, Console& console);
 int RunInspect(const InspectArguments& arguments);
+int RunVerify(const VerifyArguments& arguments, Console& console);
 int RunHelp(const HelpArguments& arguments);
 
 }  // namespace MCVelscore_850

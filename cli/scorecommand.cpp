@@ -182,7 +182,8 @@ int RunScore(const ScoreArguments& arguments, Console& console)
     options.output = OutputOf(arguments);
 
     LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin),
-                      LoadOptions{arguments.asIs, documentColumns});
+                      LoadOptions{arguments.asIs,
+                                  documentColumns ? OutputColumns::Document : OutputColumns::Own});
     SetPolicy(model, arguments.policy);
     if (arguments.predictionOnly) model.WantPredictionOnly();
 

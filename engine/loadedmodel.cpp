@@ -8,6 +8,7 @@
 #include "engine/documents/miningtreatments.h"
 #include "engine/documents/modelreading.h"
 #include "engine/documents/outputsection.h"
+#include "engine/documents/verificationsection.h"
 #include "engine/outputshaper.h"
 #include "host/messages.h"
 #include "host/scoremodel.h"
@@ -57,12 +58,16 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
     treatments_ = ReadMiningTreatments(document);
     try {
         model_ = ReadModel(*plugin_, document);
-        if (options.output) output_ = ReadOutputSection(document, *model_);
+        if (options.output != OutputColumns::Own) output_ = ReadOutputSection(document, *model_);
+        if (options.verification) verification_ = ReadVerification(document);
     } catch (const VSException& refusal) {
         throw DocumentFailure(refusal, file_);
     }
-    if (options.output && !output_) {
+    if (options.output == OutputColumns::Document && !output_) {
         throw Failure(FailureKind::Document, kNoOutputSection, {file_});
+    }
+    if (options.verification && !verification_) {
+        throw Failure(FailureKind::Document, kNoVerification, {file_});
     }
     model_->Describe(description_);
     if (rotatedTarget) RestoreTargetOrder(description_);

@@ -16,6 +16,7 @@ namespace MCVelscore_850 {
 class ScoreModel;
 class VSException;
 struct OutputSection;
+struct VerificationTable;
 
 /// A document that its reader refused, with the place as far as it is known. What the loader
 /// refuses is a plain Failure, whose text tells the place.
@@ -45,12 +46,17 @@ enum class MissingPolicy {
     StatusOnly     ///< answer the status alone
 };
 
+/// Which columns are wanted: the model's own or those of the document's Output section. Where
+/// `Document` wants one that isn't there, the document is refused with kNoOutputSection.
+enum class OutputColumns { Own, DocumentIfAny, Document };
+
 struct LoadOptions {
     /// Leaves the document as it is, without the adaptations.
     bool asIs = false;
-    /// Reads the document's Output section too; a document without one is refused with
-    /// kNoOutputSection.
-    bool output = false;
+    OutputColumns output = OutputColumns::Own;
+    /// Reads the ModelVerification section too; a document without one is refused with
+    /// kNoVerification.
+    bool verification = false;
 };
 
 /// A model, read from its document by the plug-in.
@@ -88,6 +94,8 @@ public:
     const std::vector<MiningFieldTreatment>& Treatments() const { return treatments_; }
     /// The document's Output section; null unless it was asked for.
     const OutputSection* Output() const { return output_.get(); }
+    /// The records of the ModelVerification section; null unless they were asked for.
+    const VerificationTable* Verification() const { return verification_.get(); }
     /// The document's version, empty when it tells none.
     std::string Version() const;
     /// The model's plain text of all that it holds.
@@ -101,6 +109,7 @@ private:
     std::unique_ptr<ScoreModel> model_;
     bool substitutes_ = true;
     std::unique_ptr<OutputSection> output_;
+    std::unique_ptr<VerificationTable> verification_;
     ModelDescription description_;
 };
 

@@ -20,6 +20,17 @@ VELHOST_API void NotePlace(xercesc::DOMElement* element, unsigned long line, uns
 /// PPCell[3]"), and line and column where they were noted.
 VELHOST_API DocumentPlace PlaceOf(const xercesc::DOMElement* element);
 
+/// Refuse, with the place of the element.
+template <class... Args>
+[[noreturn]] void RefuseAt(const xercesc::DOMElement* element, int code, Args... args)
+{
+    static_assert((std::is_scalar_v<Args> && ...), "text travels as a C string");
+    VSException refusal(gErrorFormater);
+    refusal.PutErrorMessage(code, args...);
+    refusal.SetPlace(PlaceOf(element));
+    throw VSException(refusal);
+}
+
 }  // namespace MCVelscore_850
 
 #endif

@@ -183,6 +183,12 @@ constexpr Message kCatalogue[] = {
     {kOutputFeature, "ss",
      "the feature '{0}' of the output field {1} is none that a regression has",
      "Score with the default columns, or remove the field from the Output section."},
+    {kNoVerification, "s", "{0} has no ModelVerification section",
+     "Verify a document that carries records of its own, or add some with --emit."},
+    {kVerificationField, "ss",
+     "{0} in the ModelVerification section of {1} is neither an output field nor the target nor a "
+     "field of the data dictionary",
+     "Correct the field's name."},
 
     {kPluginNotLoaded, "ss", "the plug-in {0} can't be loaded: {1}",
      "Install velscore whole, or name the plug-in with --plugin."},

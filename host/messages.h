@@ -80,6 +80,8 @@ inline constexpr int kDocumentTooLarge = 269109;   // file, limit
 inline constexpr int kNotAModelDocument = 269110;  // file, root
 inline constexpr int kNoOutputSection = 269111;    // file
 inline constexpr int kOutputFeature = 269112;      // feature, output field
+inline constexpr int kNoVerification = 269113;     // file
+inline constexpr int kVerificationField = 269114;  // field, file
 
 // Codes of the engine: the plug-in.
 inline constexpr int kPluginNotLoaded = 269201;  // file, reason

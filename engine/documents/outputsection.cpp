@@ -124,11 +124,8 @@ Feature FeatureOf(const DOMElement* element)
     for (const FeatureRow& row : kFeatures) {
         if (word == row.word) return row.feature;
     }
-    VSException refusal(gErrorFormater);
-    refusal.PutErrorMessage(kOutputFeature, word.c_str(),
-                            AttributeText(element, Tags::XML_ATT_NAME).c_str());
-    refusal.SetPlace(PlaceOf(element));
-    throw refusal;
+    RefuseAt(element, kOutputFeature, word.c_str(),
+             AttributeText(element, Tags::XML_ATT_NAME).c_str());
 }
 
 // The declared categories' words for people, the Target's before the field's own.
@@ -220,7 +217,7 @@ std::unique_ptr<OutputSection> ReadOutputSection(const Document& document, const
         field.category = AttributeText(element, Tags::XML_ATT_VALUE);
         const DOMElement* expression = ExpressionOf(element);
         if (field.feature == Feature::Expression) {
-            if (expression == nullptr) Refuse(kExpressionMissing, field.name.c_str());
+            if (expression == nullptr) RefuseAt(element, kExpressionMissing, field.name.c_str());
             const std::string type = TypeOf(element, expression);
             const std::string optype = AttributeText(element, Tags::XML_ATT_DATAFIELD_OPTYPE);
             DOMElement* derived = expressions.Append(kDerivedField);
@@ -232,7 +229,7 @@ std::unique_ptr<OutputSection> ReadOutputSection(const Document& document, const
                                                 : Tags::XML_VAL_OT_CONTINUOUS);
             derived->appendChild(tree->importNode(expression, true));
         } else if (!section->dictionary->AddVar(field.name, VariableOf(field, model).release())) {
-            Refuse(kDuplicateField, field.name.c_str());
+            RefuseAt(element, kDuplicateField, field.name.c_str());
         }
         section->fields.push_back(std::move(field));
     }

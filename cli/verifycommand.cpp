@@ -1,0 +1,70 @@
+#include <cmath>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "cli/exitcode.h"
+#include "engine/loadedmodel.h"
+#include "engine/verification.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string Shown(const std::string& value) { return value.empty() ? "nothing" : value; }
+
+std::string DifferenceText(const Difference& difference)
+{
+    std::string text =
+        fmt::format("record {}, {}: expected {}, found {}", difference.record, difference.field,
+                    Shown(difference.expected), Shown(difference.found));
+    if (difference.status != 0) text += fmt::format(" (status {})", difference.status);
+    return text + "\n";
+}
+
+Json ReportJson(const std::string& file, const VerificationReport& report)
+{
+    Json differences = Json::array();
+    for (const Difference& difference : report.differences) {
+        differences.push_back({{"record", difference.record},
+                               {"field", difference.field},
+                               {"expected", difference.expected},
+                               {"found", difference.found},
+                               {"precision", difference.precision},
+                               {"status", difference.status}});
+    }
+    return {{"document", file},
+            {"records", report.records},
+            {"compared", report.compared},
+            {"differences", std::move(differences)}};
+}
+
+}  // namespace
+
+int RunVerify(const VerifyArguments& arguments, Console& console)
+{
+    LoadOptions options;
+    options.asIs = arguments.asIs;
+    options.output = OutputColumns::DocumentIfAny;
+    options.verification = true;
+    LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin), options);
+    const VerificationReport report = Verify(model, *model.Verification());
+    if (arguments.json) {
+        PrintOut(
+            ReportJson(model.File(), report).dump(2, ' ', false, Json::error_handler_t::replace) +
+            "\n");
+    } else {
+        for (const Difference& difference : report.differences) {
+            PrintOut(DifferenceText(difference));
+        }
+    }
+    console.Say(fmt::format("{} records, {} values compared, {} differ", report.records,
+                            report.compared, report.differences.size()));
+    return report.differences.empty() ? kExitDone : kExitDifferences;
+}
+
+}  // namespace MCVelscore_850

@@ -1,0 +1,56 @@
+#ifndef VELSCORE_ENGINE_VERIFICATION_H
+#define VELSCORE_ENGINE_VERIFICATION_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace MCVelscore_850 {
+
+class LoadedModel;
+
+/// The records of a document's ModelVerification section: inputs, and what the model that wrote the
+/// document made of them.
+struct VerificationTable {
+    struct Field {
+        std::string name;
+        /// How much a number may differ, as a share of the expected one.
+        double precision = 1e-6;
+        /// Numbers up to this size count as 0.
+        double zeroThreshold = 1e-16;
+    };
+    std::vector<Field> fields;
+    /// By record and field; an empty text is a missing value.
+    std::vector<std::vector<std::string>> records;
+};
+
+/// One value that is not the expected one.
+struct Difference {
+    int64_t record = 0;  ///< from 1
+    std::string field;
+    std::string expected;  ///< empty for a missing value
+    std::string found;     ///< empty for a missing value
+    double precision = 0.0;
+    long status = 0;  ///< of a record that wasn't scored
+};
+
+struct VerificationReport {
+    int64_t records = 0;
+    int64_t compared = 0;  ///< values
+    std::vector<Difference> differences;
+};
+
+/// True when a found number agrees with an expected one: both at most zeroThreshold in size, or
+/// |found - expected| <= precision |expected|.
+bool AgreesWith(double found, double expected, const VerificationTable::Field& field);
+
+/// Scores the records and compares. A field is looked for among the document's output fields, then
+/// it is the target, whose predicted value is compared, then an input.
+///
+/// Errors  Failure of kind Document: kVerificationField for a field that is none of them; what
+///         CasePreparer refuses of a table that lacks inputs.
+VerificationReport Verify(LoadedModel& model, const VerificationTable& table);
+
+}  // namespace MCVelscore_850
+
+#endif
