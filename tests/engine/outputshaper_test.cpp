@@ -11,6 +11,7 @@
 
 #include "engine/csvwriter.h"
 #include "engine/failure.h"
+#include "host/caserecord.h"
 #include "host/messages.h"
 #include "host/scoremodel.h"
 #include "host/stringvalue.h"
@@ -144,7 +145,7 @@ TEST_F(OutputShaperTest, LinearResultFillsItsColumnsAndKeepsTheInputsText)
     result.SetStdDev(0.5);
     result.SetCIBottom(-1.0);
     result.SetCITop(3.5);
-    shaper.WriteScored(writer_, Row{"a,1", "01.50", "7"}, result);
+    shaper.WriteScored(writer_, Row{"a,1", "01.50", "7"}, CaseRecord({}), result);
     EXPECT_EQ(Written(), "\"a,1\",01.50,1.25,0.5,-1,3.5,0,\n");
 }
 
@@ -157,7 +158,7 @@ TEST_F(OutputShaperTest, WhatIsNoNumberIsAnEmptyField)
     result.SetStdDev(-none);
     result.SetCIBottom(none);
     result.SetCITop(-none);
-    shaper.WriteScored(writer_, Row{"1", "2", "3"}, result);
+    shaper.WriteScored(writer_, Row{"1", "2", "3"}, CaseRecord({}), result);
     EXPECT_EQ(Written(), ",,,,0,\n");
 }
 
@@ -179,7 +180,7 @@ TEST_F(OutputShaperTest, MissingNumbersAreEmptyFields)
     OutputShaper shaper = Shaper(ScoreResult::LR_RESULT);
     LRResult result(nullptr);  // no error was written into it: -1, and no limits
     result.SetPrediction(new NumericValue(2.0));
-    shaper.WriteScored(writer_, Row{"1", "2", "3"}, result);
+    shaper.WriteScored(writer_, Row{"1", "2", "3"}, CaseRecord({}), result);
     EXPECT_EQ(Written(), "2,,,,0,\n");
 }
 
@@ -194,8 +195,9 @@ TEST_F(OutputShaperTest, PercentsFindTheirColumnsWhateverTheResultsOrder)
 {
     description_.targetCategories = {"b", "a", "c"};
     OutputShaper shaper = Shaper(ScoreResult::MLR_RESULT);
-    shaper.WriteScored(writer_, Row{"", "", ""}, Percents("a", {{"a", 0.75}, {"b", 0.25}}));
-    shaper.WriteScored(writer_, Row{"", "", ""},
+    shaper.WriteScored(writer_, Row{"", "", ""}, CaseRecord({}),
+                       Percents("a", {{"a", 0.75}, {"b", 0.25}}));
+    shaper.WriteScored(writer_, Row{"", "", ""}, CaseRecord({}),
                        Percents("c", {{"b", 0.25}, {"c", 0.5}, {"a", 0.125}}));
     EXPECT_EQ(Written(), "a,0.25,0.75,,0,\nc,0.25,0.125,0.5,0,\n");
 }
@@ -206,7 +208,7 @@ TEST_F(OutputShaperTest, CoxResultShowsItsCumulativeHazard)
     CoxRegResult result(nullptr);
     result.SetPrediction(new NumericValue(0.5));
     result.SetCumHazardValue(0.75);
-    shaper.WriteScored(writer_, Row{"", "", ""}, result);
+    shaper.WriteScored(writer_, Row{"", "", ""}, CaseRecord({}), result);
     EXPECT_EQ(Written(), "0.5,0.75,0,\n");
 }
 

@@ -14,6 +14,8 @@ struct TestModel {
     std::string sexMining = R"(<MiningField name="sex" usageType="active"/>)";
     std::string modelHead = R"(modelType="generalLinear" functionName="regression" modelDF="8")";
     std::string xBeta = "2";
+    std::string afterSchema;  ///< Output, Targets, LocalTransformations
+    std::string atEnd;        ///< ModelVerification
     std::string parameterList = R"(<ParameterList><Parameter name="p0" label="Intercept"/>
       <Parameter name="p1" label="x"/><Parameter name="p2" label="[sex=m]"/></ParameterList>)";
 
@@ -35,7 +37,8 @@ struct TestModel {
       )" + xMining +
                "\n      " + sexMining + R"(
     </MiningSchema>
-    )" + parameterList +
+    )" + afterSchema +
+               parameterList +
                R"(
     <FactorList><Predictor name="sex"/></FactorList>
     <CovariateList><Predictor name="x"/></CovariateList>
@@ -57,6 +60,8 @@ struct TestModel {
                xBeta + R"(" df="1"/>
       <PCell parameterName="p2" beta="10" df="1"/>
     </ParamMatrix>
+    )" + atEnd +
+               R"(
   </GeneralRegressionModel>
 </PMML>
 )";
