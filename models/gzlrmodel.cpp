@@ -315,10 +315,11 @@ void GZLRModel::DescribeClasses(ModelDescription& description) const
     description.equations.push_back(std::move(equation));
     description.referenceCategory = otherName;
     description.quantities = {
-        {"prediction", eventName + " where the mean is 0.5 or more, else " + otherName},
-        {"probability(" + eventName + ")", "mean"},
-        {"probability(" + otherName + ")", "1 - mean"},
-    };
+        {"prediction", eventName + " where the mean is 0.5 or more, else " + otherName}};
+    for (const std::string& category : description.targetCategories) {
+        description.quantities.push_back(
+            {"probability(" + category + ")", category == eventName ? "mean" : "1 - mean"});
+    }
 }
 
 }  // namespace MCVelscore_850

@@ -733,6 +733,9 @@ TEST(GZLRModel, DescribesMeanLinkAndWhatACaseIsReadFor)
     EXPECT_EQ(classes.targetCategories, (std::vector<std::string>{"yes", "no"}));
     EXPECT_EQ(classes.equations.at(0).category, "no");
     EXPECT_EQ(classes.quantities.at(0).meaning, "no where the mean is 0.5 or more, else yes");
+    EXPECT_EQ(classes.quantities.at(1).column, "probability(yes)");
+    EXPECT_EQ(classes.quantities.at(1).meaning, "1 - mean");
+    EXPECT_EQ(classes.quantities.at(2).meaning, "mean");
 }
 
 }  // namespace
