@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "host/messages.h"
+#include "models/blrmodel.h"
 #include "models/glrmodel.h"
 #include "models/gzlrmodel.h"
 #include "models/lrresult.h"
@@ -527,6 +528,17 @@ TEST(Options, RefusalNamesTheExtensionsPlace)
 {
     const VSException refusal = RefusalOf(AsExtension(kGeneralizedLinearType, "linkFunction", "c"));
     EXPECT_NE(refusal.GetPlace().path.find("Extension"), std::string::npos);
+}
+
+TEST(Options, CutoffAndSigmaAreNumbersOfTheirOwnFamilies)
+{
+    const auto binary = Read(AsExtension(kBinaryType, "cutoff", "0.3"));
+    EXPECT_EQ(static_cast<const BLRModel&>(*binary).GetCutoff(), 0.3);
+    ExpectRefused(AsExtension(kBinaryType, "cutoff", "?"), kNotANumber, {"?"});
+    const auto linear = Read(
+        Document(kGeneralLinearType, "", Extension("sigma", "1.5") + Extension("percentile", "2")));
+    EXPECT_EQ(static_cast<GLRModel&>(*linear).GetSigmaValue(), 1.5);
+    EXPECT_EQ(static_cast<GLRModel&>(*linear).GetPercentileValue(), 2.0);
 }
 
 // The linear support vector machine: a general linear document with a sigma and a percentile.

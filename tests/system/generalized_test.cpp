@@ -135,6 +135,26 @@ TEST_F(Generalized, InspectTellsWhichCategoryTheMeanIsFor)
     }
 }
 
+// Not a generalized model, but one that learns from extensions what it is: its error and the
+// half-width of its limits are the document's.
+TEST_F(Generalized, LinearSVMScoresWithSigmaAndPercentileOfTheDocument)
+{
+    TestModel model;
+    model.modelHead =
+        "modelType=\"generalLinear\" algorithmName=\"linearSVM\" functionName=\"regression\"";
+    std::string text = model.Text();
+    text.insert(text.find("<MiningSchema>"),
+                "<Extension extender=\"velscore\" name=\"sigma\" value=\"1.5\"/>"
+                "<Extension extender=\"velscore\" name=\"percentile\" value=\"0.75\"/>");
+    const std::string document = folder_.Write("model.pmml", text);
+    const CsvText scores = Scores(document, "x,sex\n3,m\n");
+    EXPECT_EQ(scores.Texts("prediction"), Texts{"17"});
+    EXPECT_EQ(scores.Texts("std_dev"), Texts{"1.5"});
+    EXPECT_EQ(scores.Texts("ci_lower"), Texts{"16.25"});
+    EXPECT_EQ(scores.Texts("ci_upper"), Texts{"17.75"});
+    EXPECT_TRUE(Has(RunVelscore({"inspect", document}).out, "sigma of the document"));
+}
+
 // R's own documents are taken as they stand; check says what was done to them.
 TEST_F(Generalized, DocumentOfRIsAdapted)
 {
