@@ -52,7 +52,7 @@ inline void PrintHead(int batches)
 #ifndef __OPTIMIZE__
     std::printf("without optimisation: figures mean nothing\n");
 #endif
-    std::printf("%d batches of %d cases\n\n%-14s %10s %10s %10s %10s\n", batches, kBatch,
+    std::printf("%d batches of %d cases\n\n%-18s %10s %10s %10s %10s\n", batches, kBatch,
                 "ns a case", "median", "p99", "plain", "ratio");
 }
 
@@ -60,7 +60,7 @@ inline void PrintHead(int batches)
 inline void PrintRow(const char* name, const std::vector<double>& ours,
                      const std::vector<double>& plain)
 {
-    std::printf("%-14s %10.1f %10.1f %10.1f %10.1f\n", name, At(ours, 0.5), At(ours, 0.99),
+    std::printf("%-18s %10.1f %10.1f %10.1f %10.1f\n", name, At(ours, 0.5), At(ours, 0.99),
                 At(plain, 0.5), At(ours, 0.5) / At(plain, 0.5));
 }
 

@@ -175,6 +175,7 @@ std::string ModelText(const LoadedModel& model)
     for (const ModelDescription::Equation& equation : about.equations) {
         AddEquation(out, equation, contrasted);
     }
+    AddLine(out, "mean", about.mean);
     for (const ModelDescription::Contrast& contrast : about.contrasts) AddContrast(out, contrast);
     AddQuantities(out, about);
     for (const std::string& adaptation : model.Adaptations()) AddLine(out, "adapted", adaptation);
@@ -201,6 +202,7 @@ Json ModelJson(const LoadedModel& model)
               {"distribution", about.distribution},
               {"link", about.link}};
     json["linkParameter"] = about.hasLinkParameter ? Json(about.linkParameter) : Json();
+    json["mean"] = about.mean;
     json["cutoff"] = about.hasCutoff ? Json(about.cutoff) : Json();
     json["cutoffCategory"] = about.cutoffCategory;
     json["df"] = about.degreesOfFreedom;

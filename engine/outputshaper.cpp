@@ -32,6 +32,14 @@ void WriteNumber(CsvWriter& writer, double number)
     }
 }
 
+// A limit without a mean may come multiplied by a number of trials: whatever is as large as the
+// system-missing number is no limit.
+void WriteLimit(CsvWriter& writer, double limit)
+{
+    const bool exists = std::fabs(limit) < std::fabs(NumericValue::GetSysmisValue());
+    WriteNumber(writer, exists ? limit : NumericValue::GetSysmisValue());
+}
+
 void WriteValue(CsvWriter& writer, const ScoreValue* value)
 {
     if (value == nullptr) {
@@ -180,8 +188,8 @@ void OutputShaper::WriteOwnColumns(CsvWriter& writer, const ScoreResult& result)
                 // -1 is what a result holds that no standard error was written into.
                 const double stdDev = linear.GetStdDev();
                 WriteNumber(writer, stdDev < 0.0 ? NumericValue::GetSysmisValue() : stdDev);
-                WriteNumber(writer, linear.GetCIBottom());
-                WriteNumber(writer, linear.GetCITop());
+                WriteLimit(writer, linear.GetCIBottom());
+                WriteLimit(writer, linear.GetCITop());
                 break;
             }
             case ScoreResult::MLR_RESULT:

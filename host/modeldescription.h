@@ -61,6 +61,7 @@ struct ModelDescription {
     bool hasLinkParameter = false;
     double linkParameter = 0.0;
     std::string distribution;
+    std::string mean;    ///< the mean's equation in the linear predictor, where a link is between
     std::string offset;  ///< the variable's name or the number
     std::string trials;  ///< the variable's name or the number
     double degreesOfFreedom = 0.0;

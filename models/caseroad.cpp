@@ -133,17 +133,28 @@ bool CaseWalk::HasEveryValue(size_t count)
     return true;
 }
 
+bool CaseWalk::IsCovariate(size_t predictor, const ScoreDictVar* var) const
+{
+    if (road_.substitute == Substitute::ReplacementAlone) {
+        return model_.GetVarRole(var->GetName()) == ScoreModel::ROLE_COVARIATE;
+    }
+    return predictor < model_.predictorRoles.size() &&
+           model_.predictorRoles[predictor] == ScoreModel::ROLE_COVARIATE;
+}
+
 bool CaseWalk::SubstituteValue(size_t predictor, const ScoreDictVar* var, ScoreValue* value)
 {
-    if (predictor >= model_.predictorRoles.size() ||
-        model_.predictorRoles[predictor] != ScoreModel::ROLE_COVARIATE) {
-        return false;
-    }
     const VarStats* stats = var->GetVarStats();
-    if (stats == nullptr) return false;
+    if (stats == nullptr || !IsCovariate(predictor, var)) return false;
     const ScoreValue* replacement = stats->GetMissingReplacement();
-    const double number = replacement != nullptr ? replacement->GetDouble() : stats->GetMean();
-    if (NumericValue::IsSystemMissingValue(number)) return false;
+    double number = 0.0;
+    if (road_.substitute == Substitute::ReplacementAlone) {
+        if (replacement == nullptr) return false;
+        number = replacement->GetDouble();
+    } else {
+        number = replacement != nullptr ? replacement->GetDouble() : stats->GetMean();
+        if (NumericValue::IsSystemMissingValue(number)) return false;
+    }
     if (value != nullptr && value->Kind() == ScoreValue::NUMERIC) {
         // The record's own object is overwritten, on purpose: the caller sees what was scored.
         static_cast<NumericValue*>(value)->SetDoubleValue(number);

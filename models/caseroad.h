@@ -25,6 +25,16 @@ enum class MissingPrediction {
     TargetTyped
 };
 
+/// What stands in for a bad covariate under MV_SUBSTITUTE, in the value family.
+enum class Substitute {
+    /// The field's replacement, else its mean; the system-missing number stands in for nothing.
+    /// The role is the one of Setup().
+    ReplacementOrMean,
+    /// The field's replacement alone, whatever number it is. The role is asked for by the
+    /// variable's name, as it is at that case.
+    ReplacementAlone
+};
+
 /// What a family does its own way on the road of a case. Everything else is one piece of code,
 /// CaseWalk, so a family is a row of these, its walk's order, and its own computation.
 struct CaseRoad {
@@ -44,6 +54,7 @@ struct CaseRoad {
     /// Value family: before validation each predictor is asked for by name once more, and that
     /// answer replaces what was found, also by nothing.
     bool rereadsByName = false;
+    Substitute substitute = Substitute::ReplacementOrMean;
 };
 
 /// One case on its way through a model. The steps, in the order in which GetScore takes them:
@@ -142,6 +153,8 @@ public:
     /// probability is written.
     template <class Percent>
     void WriteCategories(int predicted, Percent percent);
+    /// What the family itself finds wrong with a case.
+    void SetStatus(long code) { status_ = MCScore::MCStatus(code, false); }
 
 private:
     /// True for a value that is missing or not valid.
@@ -159,6 +172,7 @@ private:
     /// Steps 5 (its end) to 7 of the number family for one value.
     void JudgeNumber(size_t predictor, const ScoreValue* value);
     bool SubstituteValue(size_t predictor, const ScoreDictVar* var, ScoreValue* value);
+    bool IsCovariate(size_t predictor, const ScoreDictVar* var) const;
     /// Step 7 for a value that isn't substituted.
     void FailCase(size_t predictor);
 

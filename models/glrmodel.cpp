@@ -1,6 +1,5 @@
 #include "models/glrmodel.h"
 
-#include <algorithm>
 #include <cmath>
 #include <ostream>
 
@@ -57,7 +56,6 @@ bool GLRModel::Setup()
     numParameters = static_cast<int>(parameterMap.size());
     numPredictors = static_cast<int>(predictorMap.size());
     SizeNumericPPMatrix();
-    metParameters.resize(parameterMap.size());
     return true;
 }
 
@@ -137,25 +135,7 @@ double GLRModel::StandardError()
     const bool fixed = !NumericValue::IsSystemMissingValue(sigmaValue);
     if (fixed && IsLinearSVM()) return sigmaValue;
     // A sigma of any other algorithm says nothing about the error.
-    if (pcovMatrix == nullptr) return 0.0;
-    // Only parameters that the case meets count, in ascending order.
-    const Matrix& covariances = pcovMatrix->GetCells();
-    const size_t n = std::min(designRow.size(), covariances.size());
-    size_t met = 0;
-    for (size_t p = 0; p < n; ++p) {
-        metParameters[met] = p;
-        if (designRow[p] != 0.0) ++met;
-    }
-    double s = 0.0;
-    for (size_t i = 0; i < met; ++i) {
-        const double r = designRow[metParameters[i]];
-        const double* const row = covariances[metParameters[i]].data();
-        for (size_t j = 0; j < met; ++j) {
-            const double c = row[metParameters[j]];
-            if (c != 0.0) s += (c * r) * designRow[metParameters[j]];
-        }
-    }
-    return s < 0.0 ? 0.0 : std::sqrt(s);
+    return pcovMatrix == nullptr ? 0.0 : DesignStandardError();
 }
 
 void GLRModel::Display(std::ostream& out) const

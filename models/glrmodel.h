@@ -61,7 +61,6 @@ private:
     std::string algorithmName;
     double sigmaValue = NumericValue::GetSysmisValue();
     double percentileValue = NumericValue::GetSysmisValue();
-    std::vector<size_t> metParameters;  ///< scratch: parameters whose design value isn't 0
 };
 
 }  // namespace MCVelscore_850

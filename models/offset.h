@@ -1,6 +1,7 @@
 #ifndef VELSCORE_MODELS_OFFSET_H
 #define VELSCORE_MODELS_OFFSET_H
 
+#include <ostream>
 #include <string>
 
 #include "host/numericvalue.h"
@@ -26,6 +27,12 @@ struct Offset {
         if (kind != NONE) return;
         value = constant;
         kind = VALUE;
+    }
+    /// The offset's line of a model's display, when there is one.
+    void Display(std::ostream& out) const
+    {
+        if (kind == VARIABLE) out << "Offset variable: " << Describe() << std::endl;
+        if (kind == VALUE) out << "Offset value: " << value << std::endl;
     }
     /// The variable's name or the constant; empty without an offset.
     std::string Describe() const

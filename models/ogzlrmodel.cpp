@@ -38,11 +38,7 @@ void OGZLRModel::Display(std::ostream& out) const
     RegressionModel::Display(out);
     out << "Link function: " << LinkName() << std::endl;
     out << "Distribution: Multinomial" << std::endl;
-    switch (offset.kind) {
-        case Offset::VARIABLE: out << "Offset variable: " << offset.Describe() << std::endl; break;
-        case Offset::VALUE: out << "Offset value: " << offset.value << std::endl; break;
-        case Offset::NONE: break;
-    }
+    offset.Display(out);
     out << "End display of OGZLRModel" << std::endl;
 }
 

@@ -1,5 +1,8 @@
 #include "models/regressionmodel.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "host/scorecaserecord.h"
 #include "host/transformvar.h"
 #include "host/valueset.h"
@@ -170,6 +173,7 @@ bool RegressionModel::FinishSetup()
     }
 
     designRow.resize(parameters);
+    metParameters.resize(parameters);
     caseValueRefs.resize(predictors);
     caseValues.resize(predictors);
     caseSubstitutes.assign(predictors, NumericValue(NumericValue::GetSysmisValue()));
@@ -244,6 +248,28 @@ void RegressionModel::ListParameterCells()
         }
         parameterCellsBegin.push_back(parameterCells.size());
     }
+}
+
+double RegressionModel::DesignStandardError()
+{
+    // Only parameters that the case meets count.
+    const Matrix& covariances = pcovMatrix->GetCells();
+    const size_t n = std::min(designRow.size(), covariances.size());
+    size_t met = 0;
+    for (size_t p = 0; p < n; ++p) {
+        metParameters[met] = p;
+        if (designRow[p] != 0.0) ++met;
+    }
+    double s = 0.0;
+    for (size_t i = 0; i < met; ++i) {
+        const double r = designRow[metParameters[i]];
+        const double* const row = covariances[metParameters[i]].data();
+        for (size_t j = 0; j < met; ++j) {
+            const double c = row[metParameters[j]];
+            if (c != 0.0) s += (c * r) * designRow[metParameters[j]];
+        }
+    }
+    return s < 0.0 ? 0.0 : std::sqrt(s);
 }
 
 void RegressionModel::SetUpDictVarIndex(const ScoreCaseRecord* record, bool derivedInRecord)

@@ -101,6 +101,9 @@ protected:
     void SizeNumericPPMatrix();
     /// The beta of a cell, 0.0 for one that the table doesn't have.
     double BetaAt(int category, int parameter) const;
+    /// sqrt(d' V d) for the case's designRow d and the covariances V, which have to be there; 0.0
+    /// where rounding makes the sum negative. The sum takes (V[i,j] d[i]) d[j] in ascending order.
+    double DesignStandardError();
     void DisplayMatrix(const std::string& name, const Matrix& matrix, std::ostream& out) const;
     void DisplayMap(const std::string& name, const NameMap& map, std::ostream& out) const;
     /// What every family tells: target, predictors, degrees of freedom, variables to read.
@@ -180,6 +183,7 @@ protected:
 
     // Scratch of the case.
     std::vector<double> designRow;
+    std::vector<size_t> metParameters;  ///< parameters whose design value isn't 0
     std::vector<double> caseValues;
     std::vector<const ScoreValue*> caseValueRefs;
     /// The numbers that the value family puts in place of absent values.

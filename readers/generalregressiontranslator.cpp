@@ -61,6 +61,9 @@ ScoreModel* GeneralRegressionTranslator::ParseFromTree(DOMDocument* document,
         ReadParameterList(parse);
         DetectIntercept(parse);
         ReadExtensions(parse);
+        ReadModelAttributes(parse);
+        ReadDistributionParameter(parse);
+        ExpectLinkParameter(parse);
         AddParameters(parse);
         RecordVersion(parse);
         ReadFactorList(parse);

@@ -38,6 +38,9 @@ public:
     /// stays as it is for a variable without encoder. False, with nothing changed, for a null
     /// variable and for one whose categories are open.
     bool FillCateValuesToDataDict(ScoreDictVar* variable, const std::string& text, int& index);
+    /// The variable of that name: in the dictionary, else among the derived ones, which notes that
+    /// the model needs them. Refuses with 260125.
+    ScoreDictVar* FindVariable(Parse& parse, const std::string& name);
 
 private:
     // The stages of a parse, in their order. Each asks for itself whether it applies.
@@ -57,6 +60,9 @@ private:
     void ReadParameterList(Parse& parse);
     void DetectIntercept(Parse& parse);
     void ReadExtensions(Parse& parse);
+    void ReadModelAttributes(Parse& parse);
+    void ReadDistributionParameter(Parse& parse);
+    void ExpectLinkParameter(Parse& parse);
     void AddParameters(Parse& parse);
     void RecordVersion(Parse& parse);
     void ReadFactorList(Parse& parse);
@@ -69,9 +75,6 @@ private:
     void ReadPPMatrix(Parse& parse);
     void CheckAndFinish(Parse& parse);
 
-    /// The variable of that name: in the dictionary, else among the derived ones, which notes that
-    /// the model needs them. Refuses with 260125.
-    ScoreDictVar* FindVariable(Parse& parse, const std::string& name);
     /// An attribute's text in the narrow encoding, empty when absent.
     std::string AttributeText(const xercesc::DOMElement* element, const std::string& name) const;
     std::string ForcedText(const xercesc::DOMElement* element, const std::string& name) const;

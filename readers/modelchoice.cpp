@@ -9,6 +9,7 @@
 #include "models/blrmodel.h"
 #include "models/clrmodel.h"
 #include "models/glrmodel.h"
+#include "models/gzlrmodel.h"
 #include "models/lrmodel.h"
 #include "models/mlrmodel.h"
 #include "models/ogzlrmodel.h"
@@ -138,7 +139,7 @@ constexpr ClassRow kClasses[] = {
     {kConditional, "conditional logistic regression", Make<CLRModel>},
     {kBinary, "binary logistic regression", Make<BLRModel>},
     {kOrdinal, "ordinal regression", Make<ORModel>},
-    {kGeneralizedLinear, "generalized linear model", nullptr},
+    {kGeneralizedLinear, "generalized linear model", Make<GZLRModel>},
     {kOrdinalGeneralized, "ordinal regression (generalized)", Make<OGZLRModel>},
     {kCox, "Cox regression", nullptr},
     {kCoxComplexSamples, "Cox regression (complex samples)", nullptr},

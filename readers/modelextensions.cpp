@@ -3,8 +3,10 @@
 
 #include "host/pmmlmodeltags.h"
 #include "models/blrmodel.h"
+#include "models/glrmodel.h"
 #include "readers/codes.h"
 #include "readers/generalregressiontranslator.h"
+#include "readers/modeloptions.h"
 #include "readers/parse.h"
 
 namespace MCVelscore_850 {
@@ -14,29 +16,57 @@ using Tags = PMMLModelTags;
 
 namespace {
 
-// One option: the families that read it, its name, what its value does.
-struct ExtensionRow {
-    FamilySet families;
-    const std::string& name;
-    void (*apply)(const BaseTranslator& reader, Parse& parse, const std::string& value);
-};
+GLRModel& GeneralLinear(const Parse& parse) { return static_cast<GLRModel&>(*parse.model); }
 
-// Compared in this order; the first hit ends an extension's turn, and a name that no row has is
-// passed over.
-const ExtensionRow kExtensions[] = {
+// What all families have. An extension of these ends its turn here.
+const ModelOptionRow kCommonExtensions[] = {
     {kAllFamilies, Tags::XML_VAL_NAME_MODELDF,
-     [](const BaseTranslator& reader, Parse& parse, const std::string& value) {
-         if (!value.empty()) parse.model->SetDF(reader.VerifyDouble(value));
+     [](const ModelOption& option) {
+         if (option.value.empty()) return;
+         option.parse.model->SetDF(option.reader.VerifyDouble(option.value));
      }},
     {kAllFamilies, Tags::XML_ATT_RM_EXT_NAME_ALLMISSINGFACTORS,
-     [](const BaseTranslator&, Parse& parse, const std::string& value) {
-         if (value == "true") parse.model->SetAllowMissingFactors(true);  // this spelling alone
-     }},
-    {Family(kBinary), Tags::XML_ATT_RM_EXT_NAME_CUTOFF,
-     [](const BaseTranslator& reader, Parse& parse, const std::string& value) {
-         static_cast<BLRModel&>(*parse.model).SetCutoff(reader.VerifyDouble(value));
+     [](const ModelOption& option) {
+         // This spelling alone.
+         if (option.value == "true") option.parse.model->SetAllowMissingFactors(true);
      }},
 };
+
+// What single families have, compared in this order.
+const ModelOptionRow kFamilyExtensions[] = {
+    {kGeneralizedFamilies, Tags::XML_VAL_RM_EXT_NAME_TRIALVAR, TakeTrialsVariable},
+    {kGeneralizedFamilies, Tags::XML_VAL_RM_EXT_NAME_OFFSETVAR, TakeOffsetVariable},
+    {kGeneralizedFamilies, Tags::XML_ATT_RM_EXT_NAME_TRIALS_VALUE, TakeTrialsValue},
+    {kGeneralizedFamilies, Tags::XML_ATT_RM_EXT_NAME_OFFSET_VALUE, TakeOffsetValue},
+    {kGeneralizedFamilies, Tags::XML_VAL_RM_EXT_NAME_LINK, TakeLinkOfExtension},
+    {kGeneralizedFamilies, Tags::XML_ATT_RM_EXT_NAME_LINK_PARAM, TakeLinkParameter},
+    {kGeneralizedFamilies, Tags::XML_VAL_RM_EXT_NAME_DISTRIBUTION, TakeDistribution},
+    {Family(kBinary), Tags::XML_ATT_RM_EXT_NAME_CUTOFF,
+     [](const ModelOption& option) {
+         static_cast<BLRModel&>(*option.parse.model)
+             .SetCutoff(option.reader.VerifyDouble(option.value));
+     }},
+    {Family(kGeneralLinear), Tags::XML_ATT_RM_EXT_NAME_SIGMA,
+     [](const ModelOption& option) {
+         GeneralLinear(option.parse).SetSigmaValue(option.reader.VerifyDouble(option.value));
+     }},
+    {Family(kGeneralLinear), Tags::XML_ATT_RM_EXT_NAME_PERCENTILE,
+     [](const ModelOption& option) {
+         GeneralLinear(option.parse).SetPercentileValue(option.reader.VerifyDouble(option.value));
+     }},
+};
+
+// The first row that fits takes the option; false when none does, and it is passed over.
+template <size_t n>
+bool TakeByTable(const ModelOption& option, const ModelOptionRow (&rows)[n])
+{
+    for (const ModelOptionRow& row : rows) {
+        if (!option.parse.IsAmong(row.families) || option.name != row.name) continue;
+        row.take(option);
+        return true;
+    }
+    return false;
+}
 
 }  // namespace
 
@@ -48,10 +78,15 @@ void GeneralRegressionTranslator::ReadExtensions(Parse& parse)
          child = GetNextSiblingElt(child)) {
         const std::string name = AttributeText(child, Tags::XML_ATT_EXT_NAME);
         const std::string value = AttributeText(child, Tags::XML_ATT_VALUE);
-        for (const ExtensionRow& row : kExtensions) {
-            if (!parse.IsAmong(row.families) || name != row.name) continue;
-            row.apply(*this, parse, value);
-            break;
+        NoteElement(child);
+        const ModelOption option{*this, parse, child, name, value};
+        if (TakeByTable(option, kCommonExtensions)) continue;
+        TakeByTable(option, kFamilyExtensions);
+        // On purpose: a general linear model learns its algorithm from any other extension, of
+        // whatever name, and without one never.
+        const std::string algorithm = AttributeText(parse.modelElement, Tags::XML_ATT_MODELALGO);
+        if (parse.Is(kGeneralLinear) && !algorithm.empty()) {
+            GeneralLinear(parse).SetAlgorithmName(algorithm);
         }
     }
 }

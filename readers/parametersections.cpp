@@ -5,6 +5,7 @@
 #include "host/pmmlmodeltags.h"
 #include "models/blrmodel.h"
 #include "models/glrmodel.h"
+#include "models/gzlrmodel.h"
 #include "models/lrmodel.h"
 #include "readers/cellreading.h"
 #include "readers/codes.h"
@@ -185,6 +186,12 @@ void GeneralRegressionTranslator::ReadParamCell(Parse& parse, DOMElement* elemen
         Refuse(kCellNotTaken, category.c_str(), Tags::XML_ATT_PC_TARGET_CAT.c_str(),
                parameter.c_str(), Tags::XML_ATT_PC_PARAMNAME.c_str(), Tags::XML_ELE_PCELL.c_str());
     }
+    if (parse.Is(kGeneralizedLinear)) {
+        // The category that the cells name is the event, by its text as written. Each cell says so
+        // anew, on purpose.
+        static_cast<GZLRModel&>(*parse.model)
+            .UpdateResAndRefCat(AttributeText(element, Tags::XML_ATT_PCC_TARGET_CAT));
+    }
 }
 
 std::string GeneralRegressionTranslator::CellCategory(Parse& parse, DOMElement* element,
@@ -193,6 +200,9 @@ std::string GeneralRegressionTranslator::CellCategory(Parse& parse, DOMElement* 
     // Families with one equation have one row of betas, whatever the cell names.
     if (parse.Is(kLinear)) return static_cast<LRModel&>(*parse.model).GetDummyCategory();
     if (parse.Is(kGeneralLinear)) return static_cast<GLRModel&>(*parse.model).GetDummyCategory();
+    if (parse.Is(kGeneralizedLinear) && parse.choice.targetIsScale) {
+        return static_cast<GZLRModel&>(*parse.model).GetDummyCategory();
+    }
 
     const ScoreDictVar& target = *parse.model->GetTargetVar();
     if (parse.IsAmong(kOrdinalFamilies) && cells.cellsWithCategory == cells.categoryCount - 1) {

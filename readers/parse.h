@@ -41,6 +41,10 @@ struct Parse {
     std::map<std::string, double> basePoints;
     bool hasIntercept = false;
 
+    // Options of the generalized families.
+    bool linkParamRequired = false;  ///< a link with a parameter was named
+    bool linkParamSeen = false;
+
     bool Is(FamilyCode code) const { return choice.code == code; }
     bool IsAmong(FamilySet families) const { return Has(families, choice.code); }
 };

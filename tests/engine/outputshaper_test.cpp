@@ -162,6 +162,23 @@ TEST_F(OutputShaperTest, WhatIsNoNumberIsAnEmptyField)
     EXPECT_EQ(Written(), ",,,,0,\n");
 }
 
+// What a model makes of the system-missing limit with 20, with 1 and with -1 trials.
+TEST_F(OutputShaperTest, MissingLimitTimesTrialsIsAnEmptyField)
+{
+    OutputShaper shaper = Shaper(ScoreResult::LR_RESULT);
+    LRResult result(nullptr);
+    result.SetPrediction(new NumericValue(3.0));
+    result.SetStdDev(0.5);
+    std::string wanted;
+    for (const double trials : {20.0, 1.0, -1.0}) {
+        result.SetCIBottom(1e300);
+        result.SetCITop(NumericValue::GetSysmisValue() * trials);
+        shaper.WriteScored(writer_, Row{"1", "2", "3"}, result);
+        wanted += "3,0.5,1e+300,,0,\n";
+    }
+    EXPECT_EQ(Written(), wanted);
+}
+
 // Compared each with each, these would take a minute.
 TEST_F(OutputShaperTest, ManyKeptColumnsAreNamedAtOnce)
 {

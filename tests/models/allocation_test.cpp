@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "models/glrmodel.h"
+#include "models/gzlrmodel.h"
 #include "models/lrmodel.h"
 #include "tests/models/allocationcounter.h"
 #include "tests/models/modelfixture.h"
@@ -14,7 +15,7 @@ using namespace testing;
 
 template <class Model>
 class Scoring : public ::testing::Test {};
-using Models = ::testing::Types<LRModel, GLRModel>;
+using Models = ::testing::Types<LRModel, GLRModel, GZLRModel>;
 TYPED_TEST_SUITE(Scoring, Models);
 
 TYPED_TEST(Scoring, MillionCasesThroughOneResultAllocateNothing)
@@ -57,6 +58,46 @@ TYPED_TEST(Scoring, MillionCasesThroughOneResultAllocateNothing)
     EXPECT_EQ(AllocationCount() - before, 0);
     // 0.5 times the mean of 0..99, plus 0.5 (2 + .. + 10), in every case.
     EXPECT_DOUBLE_EQ(total / kCases, 0.5 * 49.5 + 0.5 * 54.0);
+}
+
+// Two categories with names that don't fit into a string's own buffer, predicted in turn.
+TEST(Classifying, GeneralizedLinearModelAllocatesNothingAfterTheFirstCase)
+{
+    const std::string event = "the event, under a long name";
+    const std::string other = "the other one, under a long name too";
+    Built<GZLRModel> built(Categorical("y", {event, other}));
+    built.Covariate("x");
+    built.Factor("f", {"a category with a long name", "another category with a long name"});
+    built.Parameters({"b", "c"});
+    built.model.SetLinkFunction(GZLRModel::LINK_LOGIT);
+    ASSERT_TRUE(built.SetUp());
+    built.Cell("b", "x", "1");
+    built.Cell("c", "f", "another category with a long name");
+    for (const char* parameter : {"b", "c"}) {
+        built.model.GetParamTable()->SetCell(event, parameter, ParamTableCell(1.0, 1));
+    }
+    built.model.FinishSetup();
+    Case c;
+    c.With("x", 1.0).With("f", "another category with a long name");
+    CaseRecord& record = c.Record();
+    auto& x = static_cast<NumericValue&>(*record.GetValue(0));
+    Slot slot;
+    ASSERT_TRUE(built.model.GetScore(&record, slot.result, true).IsOK());
+    // The prediction's text grows to the longer of the two names once.
+    x.SetDoubleValue(-5.0);
+    ASSERT_TRUE(built.model.GetScore(&record, slot.result, true).IsOK());
+
+    const long before = AllocationCount();
+    int events = 0;
+    constexpr int kCases = 100000;
+    for (int i = 0; i < kCases; ++i) {
+        x.SetDoubleValue(i % 2 == 0 ? 1.0 : -5.0);  // eta 2 and -4
+        built.model.GetScore(&record, slot.result, true);
+        const auto& prediction = static_cast<const StringValue&>(*slot.result->GetPrediction());
+        events += prediction.Text() == event ? 1 : 0;
+    }
+    EXPECT_EQ(AllocationCount() - before, 0);
+    EXPECT_EQ(events, kCases / 2);
 }
 
 TEST(AllocationCounter, SeesAnAllocation)

@@ -105,8 +105,8 @@ TEST(ChooseFamily, UnknownModelTypeIsRefusedBeforeAnyModel)
 
 TEST(MakeModel, FamiliesThatCannotBeScoredYetAreNamed)
 {
-    const std::pair<FamilyCode, const char*> families[] = {
-        {kGeneralizedLinear, "generalized linear"}, {kCox, "Cox"}, {kCoxComplexSamples, "Cox"}};
+    const std::pair<FamilyCode, const char*> families[] = {{kCox, "Cox"},
+                                                           {kCoxComplexSamples, "Cox"}};
     for (const auto& [code, word] : families) {
         try {
             MakeModel(code, "some type");

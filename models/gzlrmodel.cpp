@@ -1,0 +1,325 @@
+#include "models/gzlrmodel.h"
+
+#include <algorithm>
+#include <iterator>
+#include <limits>
+#include <ostream>
+
+#include "host/valueset.h"
+#include "models/caseroad.h"
+#include "models/gzlrlinks.h"
+#include "models/lrresult.h"
+#include "models/mlrresult.h"
+#include "stats/mcdistfun.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+constexpr CaseRoad kRoad{
+    .family = "generalized linear model",
+    .tracesNullRecord = true,
+    .fetchesDerivedRecord = true,
+    .failsUnderStatusOnly = true,
+    .namesBadPredictor = false,
+    .clearsNumbers = false,
+    .missingPrediction = MissingPrediction::TargetTyped,
+    .substitute = Substitute::ReplacementAlone,
+};
+
+constexpr double kNone = NumericValue::GetSysmisValue();
+constexpr double kEventBoundary = 0.5;  // a mean of it is the event still
+
+// By GZLRModel::DistType.
+constexpr const char* kDistributions[] = {
+    "Normal", "Binomial", "Gamma", "Inverse Gaussian", "Negative binomial", "Poisson", "Tweedie"};
+
+const char* DistributionName(GZLRModel::DistType type)
+{
+    const auto row = static_cast<size_t>(type);
+    return row < std::size(kDistributions) ? kDistributions[row] : "";
+}
+
+void KeepFirstOfEach(std::vector<std::string>& names)
+{
+    std::vector<std::string> kept;
+    for (std::string& name : names) {
+        if (std::find(kept.begin(), kept.end(), name) == kept.end())
+            kept.push_back(std::move(name));
+    }
+    names = std::move(kept);
+}
+
+// The standard normal quantile of two-sided 95% limits.
+double LimitQuantile()
+{
+    static const double kQuantile = MCMath_850::MCDistFun::IdfNorm(0.975, 0.0, 1.0);
+    return kQuantile;
+}
+
+}  // namespace
+
+GZLRModel::GZLRModel() : dummyCategory("GZLRdummy") {}
+GZLRModel::~GZLRModel() = default;
+
+void GZLRModel::SetTrialsVar(const ScoreDictVar* var)
+{
+    if (trialsKind != NONE) return;
+    trialsVar = var;
+    trialsKind = VARIABLE;
+}
+
+void GZLRModel::SetTrialsValue(int value)
+{
+    if (trialsKind != NONE || value <= 0) return;
+    trialsValue = value;
+    trialsKind = VALUE;
+}
+
+double GZLRModel::GetInverseValue(double eta) const
+{
+    const GZLRLink* link = GZLRLink::Find(linkFunction);
+    return link == nullptr ? kNone : link->Mean(eta, linkParameter);
+}
+
+double GZLRModel::TimesTrials(double mean, int trials) const
+{
+    if (distType != DIST_BINOMIAL || trialsKind == NONE) return mean;
+    return mean * (trialsKind == VARIABLE ? trials : trialsValue);
+}
+
+double GZLRModel::GetMeanPred(double eta, int trials) const
+{
+    const double mean = GetInverseValue(eta);
+    return mean == kNone ? kNone : TimesTrials(mean, trials);
+}
+
+std::pair<double, double> GZLRModel::GetCIMeanPred(double eta, double se, int trials) const
+{
+    if (se == kNone) return {kNone, kNone};
+    const double z = LimitQuantile() * se;
+    // On purpose: a limit without a mean is multiplied like any other.
+    const double lower = TimesTrials(GetInverseValue(eta - z), trials);
+    const double upper = TimesTrials(GetInverseValue(eta + z), trials);
+    if (linkFunction == LINK_POWER && linkParameter < 0.0) return {upper, lower};
+    return {lower, upper};
+}
+
+void GZLRModel::UpdateResAndRefCat(std::string refCategory)
+{
+    const ValueSet* values = targetVar == nullptr ? nullptr : targetVar->GetValueSet();
+    if (values == nullptr || refCategory.empty()) return;
+    for (const ValueSetEntry& entry : values->GetEntries()) {
+        const ScoreValue* value = entry.GetEntryValue();
+        if (value == nullptr) continue;
+        // Compared as written: a number's text has to be the dictionary's own.
+        (value->GetString() == refCategory ? eventCategory : otherCategory) = value;
+    }
+    NameCategories();
+}
+
+void GZLRModel::NameCategories()
+{
+    if (eventCategory != nullptr) eventName = eventCategory->GetString();
+    if (otherCategory != nullptr) otherName = otherCategory->GetString();
+}
+
+bool GZLRModel::Setup()
+{
+    RegisterTargetCategories();
+    const ValueSet* values = targetVar == nullptr ? nullptr : targetVar->GetValueSet();
+    if (values != nullptr) {
+        for (const ValueSetEntry& entry : values->GetEntries()) {
+            (eventCategory == nullptr ? eventCategory : otherCategory) = entry.GetEntryValue();
+        }
+    }
+    NameCategories();
+    if (categoryMap.size() > 2) return false;
+    binaryTarget = !categoryMap.empty();
+    if (!binaryTarget) categoryMap.emplace(dummyCategory, 0);
+
+    const bool resolved = ResolvePredictors();
+    predictorCount = predictorVars.size();
+    for (const ScoreDictVar* var : {offset.variable, trialsVar}) {
+        if (var == nullptr) continue;
+        predictorVars.push_back(var);
+        predictorRoles.push_back(GetVarRole(var));
+    }
+    paramTable = std::make_unique<ParamTable>(this);
+    ppcMatrix = std::make_unique<PPCMatrix>(this);
+    return resolved;
+}
+
+int GZLRModel::RowOfEvent() const
+{
+    const auto found = categoryMap.find(eventName);
+    return eventCategory == nullptr || found == categoryMap.end() ? 0 : found->second;
+}
+
+MCScore::MCStatus GZLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
+                                      bool derivedInRecord)
+{
+    CaseWalk walk(*this, kRoad, record, derivedInRecord);
+    if (!walk.Start()) return walk.Status();
+    LRResult* measured = nullptr;
+    if (binaryTarget) {
+        walk.PrepareResult<MLRResult>(result, ScoreResult::MLR_RESULT);
+    } else {
+        measured = &walk.PrepareResult<LRResult>(result, ScoreResult::LR_RESULT);
+    }
+    if (eventRow < 0) eventRow = RowOfEvent();  // for good: a later event keeps this row
+    walk.FetchDerived();
+    const size_t n = predictorVars.size();  // the offset and trials variables among them
+    walk.GatherValues(n);
+    if (!walk.Status().IsOK() || !walk.HasEveryValue(n)) return walk.Status();
+
+    double eta = walk.LinearPredictor(categoryBetas[static_cast<size_t>(eventRow)]);
+    if (offset.kind == Offset::VALUE) eta += offset.value;
+    if (offset.kind == Offset::VARIABLE && offset.variable != nullptr) {
+        eta += NumericReading(*caseValueRefs[predictorCount], *offset.variable);
+    }
+    int trials = -1;
+    if (trialsKind == VARIABLE && !ReadTrials(trials)) {
+        if (missingValuePolicy != MV_STATUS_ONLY) walk.WriteMissingPrediction();
+        walk.SetStatus(MCScore::kCaseNotScorable);
+        return walk.Status();
+    }
+    if (binaryTarget) {
+        WriteCategory(walk, GetMeanPred(eta, trials));
+    } else {
+        walk.WritePrediction(GetMeanPred(eta, trials));
+        if (!predictionOnly) WriteLimits(*measured, eta, trials);
+    }
+    return walk.Status();
+}
+
+bool GZLRModel::ReadTrials(int& trials) const
+{
+    if (trialsVar == nullptr) return true;
+    const double number = NumericReading(*caseValueRefs.back(), *trialsVar);
+    using Limits = std::numeric_limits<int>;
+    // Written so that a NaN fails; truncated, the limits are still in reach.
+    if (!(number > Limits::min() - 1.0 && number < Limits::max() + 1.0)) return false;
+    trials = static_cast<int>(number);
+    return true;
+}
+
+void GZLRModel::WriteLimits(LRResult& answer, double eta, int trials)
+{
+    const double se = pcovMatrix == nullptr ? 0.0 : DesignStandardError();
+    answer.SetStdDev(se);
+    const auto [lower, upper] = GetCIMeanPred(eta, se, trials);
+    answer.SetCIBottom(lower);
+    answer.SetCITop(upper);
+}
+
+void GZLRModel::WriteCategory(CaseWalk& walk, double mean)
+{
+    // The mean is compared as it stands, times the trials where there are any; a NaN is below.
+    const bool isEvent = mean >= kEventBoundary;
+    if (mean == kNone || (!isEvent && otherCategory == nullptr)) {
+        walk.WriteMissingPrediction();
+        walk.SetStatus(MCScore::kNoMean);
+    } else {
+        walk.WriteCategory(isEvent ? eventName : otherName);
+    }
+    if (predictionOnly) return;
+    // Without a mean too: the status says that they are none.
+    walk.WritePercent(eventName, mean);
+    if (otherCategory != nullptr) walk.WritePercent(otherName, 1.0 - mean);
+}
+
+void GZLRModel::Display(std::ostream& out) const
+{
+    out << "Begin display of GZLRModel" << std::endl;
+    RegressionModel::Display(out);
+    const GZLRLink* link = GZLRLink::Find(linkFunction);
+    out << "Link function: " << (link == nullptr ? "" : link->name) << std::endl;
+    if (link != nullptr && link->takesParameter) {
+        out << "Link parameter: " << linkParameter << std::endl;
+    }
+    out << "Distribution: " << DistributionName(distType);
+    if (distType == DIST_BINOMIAL) {
+        out << ", ";
+        if (trialsKind == NONE) {
+            out << "target is binary";
+        } else {
+            out << "events and trials: " << DescribeTrials();
+        }
+    }
+    out << std::endl;
+    offset.Display(out);
+    out << "End display of GZLRModel" << std::endl;
+}
+
+std::string GZLRModel::DescribeTrials() const
+{
+    switch (trialsKind) {
+        case VARIABLE: return trialsVar == nullptr ? "" : trialsVar->GetName();
+        case VALUE: return std::to_string(trialsValue);
+        case NONE: break;
+    }
+    return "";
+}
+
+void GZLRModel::Describe(ModelDescription& description) const
+{
+    DescribeCommon(description);
+    // The offset or trials variable may be a predictor too.
+    KeepFirstOfEach(description.factors);
+    KeepFirstOfEach(description.covariates);
+    KeepFirstOfEach(description.variables);
+    description.family = kRoad.family;
+    description.className = "GZLRModel";
+    description.distribution = DistributionName(distType);
+    description.offset = offset.Describe();
+    description.trials = DescribeTrials();
+    if (const GZLRLink* link = GZLRLink::Find(linkFunction)) {
+        description.link = link->name;
+        description.hasLinkParameter = link->takesParameter;
+        description.linkParameter = linkParameter;
+        description.mean = DescribeMean(*link);
+    }
+    if (binaryTarget) {
+        DescribeClasses(description);
+    } else {
+        description.equations.push_back(DescribeEquation(0));
+        description.quantities = {
+            {"prediction", "mean of the target"},
+            {"std_dev", "standard error of the linear predictor"},
+            {"ci_lower", "mean at the lower 95% confidence limit of the linear predictor"},
+            {"ci_upper", "mean at the upper 95% confidence limit of the linear predictor"},
+        };
+        if (linkFunction == LINK_POWER && linkParameter < 0.0) {
+            std::swap(description.quantities[2].meaning, description.quantities[3].meaning);
+        }
+    }
+}
+
+std::string GZLRModel::DescribeMean(const GZLRLink& link) const
+{
+    const bool atZero = linkParameter == 0.0 && link.meanAtZero != nullptr;
+    std::string text = atZero ? link.meanAtZero : link.mean;
+    if (distType == DIST_BINOMIAL && trialsKind != NONE) text.insert(0, DescribeTrials() + " * ");
+    text += ", eta = linear predictor";
+    if (offset.kind != Offset::NONE) text += " + " + offset.Describe();
+    if (link.takesParameter && !atZero) text += ", k = " + NumericValue(linkParameter).GetString();
+    return text;
+}
+
+void GZLRModel::DescribeClasses(ModelDescription& description) const
+{
+    DescribeCategories(description);
+    ModelDescription::Equation equation = DescribeEquation(RowOfEvent());
+    equation.category = eventName;
+    description.equations.push_back(std::move(equation));
+    description.referenceCategory = otherName;
+    description.quantities = {
+        {"prediction", eventName + " where the mean is 0.5 or more, else " + otherName}};
+    for (const std::string& category : description.targetCategories) {
+        description.quantities.push_back(
+            {"probability(" + category + ")", category == eventName ? "mean" : "1 - mean"});
+    }
+}
+
+}  // namespace MCVelscore_850
