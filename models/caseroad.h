@@ -258,6 +258,7 @@ double CaseWalk::DesignValue(size_t parameter, Factor factor) const
         const double x = NumericReading(*value, *model_.predictorVars[k]);
         if (x == 0.0) return 0.0;
         d *= CovariatePower(x, term.exponent);
+        if (d == 0.0) return 0.0;
     }
     return d;
 }

@@ -8,6 +8,7 @@
 #include "host/vsexception.h"
 #include "models/blrmodel.h"
 #include "models/clrmodel.h"
+#include "models/coxregrmodel.h"
 #include "models/glrmodel.h"
 #include "models/lrmodel.h"
 #include "models/mlrmodel.h"
@@ -123,6 +124,12 @@ std::unique_ptr<RegressionModel> Make()
     return std::make_unique<Model>();
 }
 
+template <ScoreModel::ModelType type>
+std::unique_ptr<RegressionModel> MakeCox()
+{
+    return std::make_unique<CoxRegModel>(type);
+}
+
 // The class of each family; a row without one can't be scored yet.
 struct ClassRow {
     FamilyCode code;
@@ -140,8 +147,8 @@ constexpr ClassRow kClasses[] = {
     {kOrdinal, "ordinal regression", Make<ORModel>},
     {kGeneralizedLinear, "generalized linear model", nullptr},
     {kOrdinalGeneralized, "ordinal regression (generalized)", Make<OGZLRModel>},
-    {kCox, "Cox regression", nullptr},
-    {kCoxComplexSamples, "Cox regression (complex samples)", nullptr},
+    {kCox, "Cox regression", MakeCox<ScoreModel::TYPE_COXREG>},
+    {kCoxComplexSamples, "Cox regression (complex samples)", MakeCox<ScoreModel::TYPE_CSCOXREG>},
 };
 
 [[noreturn]] void RefuseModelType(const std::string& modelType)

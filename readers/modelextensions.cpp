@@ -53,6 +53,7 @@ void GeneralRegressionTranslator::ReadExtensions(Parse& parse)
             row.apply(*this, parse, value);
             break;
         }
+        if (parse.IsAmong(kCoxFamilies)) ReadCoxExtension(parse, child, name, value);
     }
 }
 
