@@ -106,7 +106,7 @@ TEST(ChooseFamily, UnknownModelTypeIsRefusedBeforeAnyModel)
 TEST(MakeModel, FamiliesThatCannotBeScoredYetAreNamed)
 {
     const std::pair<FamilyCode, const char*> families[] = {
-        {kGeneralizedLinear, "generalized linear"}, {kCox, "Cox"}, {kCoxComplexSamples, "Cox"}};
+        {kGeneralizedLinear, "generalized linear"}};
     for (const auto& [code, word] : families) {
         try {
             MakeModel(code, "some type");
@@ -118,6 +118,8 @@ TEST(MakeModel, FamiliesThatCannotBeScoredYetAreNamed)
     }
     EXPECT_EQ(MakeModel(kLinear, "")->GetModelType(), ScoreModel::TYPE_LR);
     EXPECT_EQ(MakeModel(kGeneralLinear, "")->GetModelType(), ScoreModel::TYPE_GLR);
+    EXPECT_EQ(MakeModel(kCox, "")->GetModelType(), ScoreModel::TYPE_COXREG);
+    EXPECT_EQ(MakeModel(kCoxComplexSamples, "")->GetModelType(), ScoreModel::TYPE_CSCOXREG);
     EXPECT_THROW(MakeModel(static_cast<FamilyCode>(4), ""), VSException);
 }
 
