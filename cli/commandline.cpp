@@ -47,31 +47,20 @@ void AddDocumentOptions(CLI::App* command, std::string& plugin, bool& asIs)
             "The plug-in's library, instead of the one beside the program", "FILE");
 }
 
-void DefineScore(CLI::App* command, ScoreArguments& score)
+// What `score` and `curve` share: the inputs, where the output goes, and how tables are written.
+void DefineTable(CLI::App* command, ScoreArguments& score)
 {
     command->add_option("MODEL", score.model, "The model document; - is standard input")
         ->required();
     command->add_option("CASES", score.cases,
                         "The table of cases, with a header; - or nothing is standard input");
     AddText(command, "-o,--out", score.output,
-            "Where the scores go; - or nothing is standard output", "FILE");
+            "Where the output goes; - or nothing is standard output", "FILE");
     AddText(command, "--policy", score.policy,
             "What to do with a missing or invalid predictor: substitute its replacement, answer a "
             "missing prediction, or answer the status alone. Without it the model's own stands",
             "substitute|sysmis|status")
         ->check(CLI::IsMember({"substitute", "sysmis", "status"}));
-    command->add_flag("--prediction-only", score.predictionOnly,
-                      "Leave out standard errors, limits, probabilities and hazards");
-    AddRepeatable(
-        command, "--keep", score.keep,
-        "Columns of the input to repeat in the output, separated by commas, or all; may be "
-        "given again",
-        "all|COLS");
-    AddText(command, "--output", score.outputColumns,
-            "The columns of the output: default, the same for each model of a family, or document, "
-            "those of the document's own Output section",
-            "default|document")
-        ->check(CLI::IsMember({"default", "document"}));
     AddText(command, "--delimiter", score.delimiter,
             "The character between fields, in the cases and in the output; tab for a tabulator",
             "C");
@@ -84,7 +73,34 @@ void DefineScore(CLI::App* command, ScoreArguments& score)
                       "End with 5 when a case wasn't scored or held an unlisted value");
     command->add_flag("--quiet", score.quiet, "No progress and no closing line");
     AddDocumentOptions(command, score.plugin, score.asIs);
+}
+
+void DefineScore(CLI::App* command, ScoreArguments& score)
+{
+    DefineTable(command, score);
+    command->add_flag("--prediction-only", score.predictionOnly,
+                      "Leave out standard errors, limits, probabilities and hazards");
+    AddRepeatable(
+        command, "--keep", score.keep,
+        "Columns of the input to repeat in the output, separated by commas, or all; may be "
+        "given again",
+        "all|COLS");
+    AddText(command, "--output", score.outputColumns,
+            "The columns of the output: default, the same for each model of a family, or document, "
+            "those of the document's own Output section",
+            "default|document")
+        ->check(CLI::IsMember({"default", "document"}));
     command->footer(kScoreFooter);
+}
+
+void DefineCurve(CLI::App* command, ScoreArguments& curve)
+{
+    DefineTable(command, curve);
+    command->footer(
+        "Example:\n"
+        "  velscore curve model.pmml cases.csv -o curves.csv\n\n"
+        "Writes row, time, survival and cum_hazard: a line for each time of the baseline of each\n"
+        "case. The cases need no end time. Exit codes as those of score.");
 }
 
 void DefineCheck(CLI::App* command, CheckArguments& check)
@@ -139,11 +155,14 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
         "VELSCORE_TRACE=LEVEL or LEVEL:FILE in the environment traces the model's work.");
 
     ScoreArguments score;
+    ScoreArguments curve;
     CheckArguments check;
     InspectArguments inspect;
     VerifyArguments verify;
     HelpArguments help;
     CLI::App* scoreCommand = app.add_subcommand("score", "Score a table of cases with a model");
+    CLI::App* curveCommand =
+        app.add_subcommand("curve", "Write the survival curve of each case of a table");
     CLI::App* checkCommand =
         app.add_subcommand("check", "Read documents and report what was adapted or refused");
     CLI::App* inspectCommand = app.add_subcommand("inspect", "Show what a model is");
@@ -151,6 +170,7 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
         app.add_subcommand("verify", "Score the records that a document carries, and compare");
     CLI::App* helpCommand = app.add_subcommand("help", "Explain a code");
     DefineScore(scoreCommand, score);
+    DefineCurve(curveCommand, curve);
     DefineCheck(checkCommand, check);
     DefineInspect(inspectCommand, inspect);
     DefineVerify(verifyCommand, verify);
@@ -165,13 +185,15 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
         return kExitDone;
     } catch (const CLI::ParseError& wrong) {
         if (argumentCount > 1 && arguments[1][0] != '-' && app.get_subcommands().empty()) {
-            throw UsageError(fmt::format(
-                "'{}' is no command; the commands are score, check, inspect, verify and help",
-                arguments[1]));
+            throw UsageError(
+                fmt::format("'{}' is no command; the commands are score, curve, check, inspect, "
+                            "verify and help",
+                            arguments[1]));
         }
         throw UsageError(wrong.what());
     }
     if (scoreCommand->parsed()) return RunScore(score, console);
+    if (curveCommand->parsed()) return RunCurve(curve, console);
     if (checkCommand->parsed()) return RunCheck(check, console);
     if (inspectCommand->parsed()) return RunInspect(inspect);
     if (verifyCommand->parsed()) return RunVerify(verify, console);

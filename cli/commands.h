@@ -61,6 +61,8 @@ public:
 
 // The commands. Each answers the exit code and throws UsageError or the engine's Failure.
 int RunScore(const ScoreArguments& arguments, Console& console);
+/// Takes what `score` takes but for the output's columns.
+int RunCurve(const ScoreArguments& arguments, Console& console);
 int RunCheck(const CheckArguments& arguments, Console& console);
 int RunInspect(const InspectArguments& arguments);
 int RunVerify(const VerifyArguments& arguments, Console& console);

@@ -57,6 +57,19 @@ std::string TermText(const ModelDescription::Term& term, const Contrasted& contr
     return text;
 }
 
+// What is taken off each parameter's product of factors, where the model is centred.
+void AddBasePoint(std::string& out, const ModelDescription::Equation& equation)
+{
+    const auto& terms = equation.terms;
+    if (terms.empty() || !terms.front().referencePoint) return;
+    out += "base point, taken off before each beta multiplies\n";
+    for (const ModelDescription::Term& term : terms) {
+        const std::string& name = term.label.empty() ? term.parameter : term.label;
+        out += fmt::format("  {:<{}} {}\n", name, kLabelWidth - 3,
+                           Number(term.referencePoint.value_or(0.0)));
+    }
+}
+
 void AddEquation(std::string& out, const ModelDescription::Equation& equation,
                  const Contrasted& contrasted)
 {
@@ -72,6 +85,7 @@ void AddEquation(std::string& out, const ModelDescription::Equation& equation,
                            TermText(term, contrasted));
     }
     if (equation.terms.empty()) out += "    0\n";
+    AddBasePoint(out, equation);
 }
 
 void AddContrast(std::string& out, const ModelDescription::Contrast& contrast)
@@ -88,9 +102,10 @@ void AddContrast(std::string& out, const ModelDescription::Contrast& contrast)
 
 void AddStrata(std::string& out, const ModelDescription& description)
 {
+    const auto time = [](double limit) { return std::isnan(limit) ? "none" : Number(limit); };
     for (const ModelDescription::Stratum& stratum : description.strata) {
         const std::string times = fmt::format("{} cells, times {} to {}", stratum.cells,
-                                              stratum.minTime, stratum.maxTime);
+                                              time(stratum.minTime), time(stratum.maxTime));
         AddLine(out, "baseline",
                 stratum.value.empty() ? times : fmt::format("{}: {}", stratum.value, times));
     }
@@ -123,10 +138,10 @@ Json EquationJson(const ModelDescription::Equation& equation)
             }
             factors.push_back(std::move(entry));
         }
-        terms.push_back({{"parameter", term.parameter},
-                         {"label", term.label},
-                         {"beta", term.beta},
-                         {"factors", std::move(factors)}});
+        Json entry{{"parameter", term.parameter}, {"label", term.label}, {"beta", term.beta}};
+        if (term.referencePoint) entry["referencePoint"] = *term.referencePoint;
+        entry["factors"] = std::move(factors);
+        terms.push_back(std::move(entry));
     }
     Json json = Json::object();
     if (!equation.category.empty()) json["category"] = equation.category;
@@ -156,6 +171,7 @@ std::string ModelText(const LoadedModel& model)
     AddLine(out, "offset", about.offset);
     AddLine(out, "trials", about.trials);
     AddLine(out, "end time", about.endTimeVariable);
+    AddLine(out, "events", Joined(about.eventValues));
     AddLine(out, "strata", about.stratumVariable);
     AddLine(out, "reads", Joined(about.variables));
     AddLine(out, "distribution", about.distribution);
@@ -197,6 +213,7 @@ Json ModelJson(const LoadedModel& model)
               {"offset", about.offset},
               {"trials", about.trials},
               {"endTime", about.endTimeVariable},
+              {"eventValues", about.eventValues},
               {"strata", about.stratumVariable},
               {"reads", about.variables},
               {"distribution", about.distribution},

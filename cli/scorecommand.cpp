@@ -7,6 +7,7 @@
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/stopsignals.h"
+#include "engine/curveshaper.h"
 #include "engine/explanation.h"
 #include "engine/scoringsession.h"
 #include "engine/shorttext.h"
@@ -163,9 +164,8 @@ int ExitCodeOf(const ScoringReport& report, bool strict)
     return kExitDone;
 }
 
-}  // namespace
-
-int RunScore(const ScoreArguments& arguments, Console& console)
+// Both commands: reads the model, then the table, and writes what the options ask for.
+int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& console)
 {
     if (arguments.model == "-" && arguments.cases == "-") {
         throw UsageError(
@@ -176,14 +176,17 @@ int RunScore(const ScoreArguments& arguments, Console& console)
     if (documentColumns && arguments.predictionOnly) {
         throw UsageError("--prediction-only has no meaning with --output document");
     }
-    ScoringOptions options;
     options.dialect = DialectOf(arguments);
     options.missingTexts = arguments.missingTexts;
-    options.output = OutputOf(arguments);
 
     LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin),
                       LoadOptions{arguments.asIs,
                                   documentColumns ? OutputColumns::Document : OutputColumns::Own});
+    if (options.curves && !CurveShaper::Suits(model.Description())) {
+        throw UsageError(fmt::format(
+            "{} has no survival curves: its family is {}, and Cox models alone have them",
+            model.File(), model.Description().family));
+    }
     SetPolicy(model, arguments.policy);
     if (arguments.predictionOnly) model.WantPredictionOnly();
 
@@ -220,6 +223,22 @@ int RunScore(const ScoreArguments& arguments, Console& console)
         console.Say(ClosingLine(report));
     }
     return ExitCodeOf(report, arguments.strict);
+}
+
+}  // namespace
+
+int RunScore(const ScoreArguments& arguments, Console& console)
+{
+    ScoringOptions options;
+    options.output = OutputOf(arguments);
+    return RunTable(arguments, std::move(options), console);
+}
+
+int RunCurve(const ScoreArguments& arguments, Console& console)
+{
+    ScoringOptions options;
+    options.curves = true;
+    return RunTable(arguments, std::move(options), console);
 }
 
 }  // namespace MCVelscore_850

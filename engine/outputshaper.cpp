@@ -1,7 +1,6 @@
 #include "engine/outputshaper.h"
 
 #include <algorithm>
-#include <cmath>
 #include <stdexcept>
 #include <unordered_map>
 #include <unordered_set>
@@ -9,6 +8,7 @@
 #include "engine/csvwriter.h"
 #include "engine/failure.h"
 #include "engine/outputevaluator.h"
+#include "engine/resultnumber.h"
 #include "host/messages.h"
 #include "host/numericvalue.h"
 #include "host/scoremodel.h"
@@ -23,21 +23,12 @@ namespace {
 
 constexpr size_t kNoPercent = static_cast<size_t>(-1);
 
-void WriteNumber(CsvWriter& writer, double number)
-{
-    if (NumericValue::IsSystemMissingValue(number) || std::isnan(number)) {
-        writer.AddEmpty();
-    } else {
-        writer.AddNumber(number);
-    }
-}
-
 // A limit without a mean may come multiplied by a number of trials: whatever is as large as the
 // system-missing number is no limit.
 void WriteLimit(CsvWriter& writer, double limit)
 {
     const bool exists = std::fabs(limit) < std::fabs(NumericValue::GetSysmisValue());
-    WriteNumber(writer, exists ? limit : NumericValue::GetSysmisValue());
+    WriteResultNumber(writer, exists ? limit : NumericValue::GetSysmisValue());
 }
 
 void WriteValue(CsvWriter& writer, const ScoreValue* value)
@@ -47,7 +38,7 @@ void WriteValue(CsvWriter& writer, const ScoreValue* value)
     } else if (value->GetValueType() == ScoreValue::STRING) {
         writer.AddText(static_cast<const StringValue*>(value)->Text());
     } else {
-        WriteNumber(writer, value->GetDouble());
+        WriteResultNumber(writer, value->GetDouble());
     }
 }
 
@@ -187,7 +178,7 @@ void OutputShaper::WriteOwnColumns(CsvWriter& writer, const ScoreResult& result)
                 const auto& linear = static_cast<const LRResult&>(result);
                 // -1 is what a result holds that no standard error was written into.
                 const double stdDev = linear.GetStdDev();
-                WriteNumber(writer, stdDev < 0.0 ? NumericValue::GetSysmisValue() : stdDev);
+                WriteResultNumber(writer, stdDev < 0.0 ? NumericValue::GetSysmisValue() : stdDev);
                 WriteLimit(writer, linear.GetCIBottom());
                 WriteLimit(writer, linear.GetCITop());
                 break;
@@ -196,7 +187,8 @@ void OutputShaper::WriteOwnColumns(CsvWriter& writer, const ScoreResult& result)
                 WritePercents(writer, static_cast<const ScoreClsResult&>(result));
                 break;
             case ScoreResult::COXREG_RESULT:
-                WriteNumber(writer, static_cast<const CoxRegResult&>(result).GetCumHazardValue());
+                WriteResultNumber(writer,
+                                  static_cast<const CoxRegResult&>(result).GetCumHazardValue());
                 break;
             default: break;
         }
@@ -252,7 +244,7 @@ void OutputShaper::WritePercents(CsvWriter& writer, const ScoreClsResult& result
         if (place == kNoPercent) {
             writer.AddEmpty();
         } else {
-            WriteNumber(writer, percents[place].second);
+            WriteResultNumber(writer, percents[place].second);
         }
     }
 }

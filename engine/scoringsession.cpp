@@ -1,6 +1,6 @@
 #include "engine/scoringsession.h"
 
-#include "host/mcstatus.h"
+#include "engine/curveshaper.h"
 #include "host/scoremodel.h"
 #include "host/scoreresult.h"
 
@@ -23,8 +23,9 @@ ScoringSession::ScoringSession(LoadedModel& model, ByteSource& source,
                                const ScoringOptions& options, const StopFlag* stop)
     : model_(model),
       reader_(source, options.dialect.delimiter),
-      preparer_(model.Model(), model.Description(), model.Treatments(), reader_.Header(),
-                source.Name(),
+      preparer_(model.Model(),
+                options.curves ? CurveShaper::Needs(model.Description()) : model.Description(),
+                model.Treatments(), reader_.Header(), source.Name(),
                 CaseOptions{options.dialect.decimal, model.Substitutes(), options.missingTexts,
                             model.Output() == nullptr ? std::vector<std::string>()
                                                       : model.Output()->inputs}),
@@ -35,7 +36,8 @@ ScoringSession::ScoringSession(LoadedModel& model, ByteSource& source,
           OutputShaper::ResultTypeOf(model.Model().GetModelType(), model.Description()),
           model.Description(), reader_.Header(), source.Name(), options.output,
           DocumentOutput{TargetOf(model.Model().GetTargetVar()), fields_.get(), model.Output()}),
-      stop_(stop)
+      stop_(stop),
+      curves_(options.curves)
 {}
 
 ScoringSession::~ScoringSession() = default;
@@ -48,7 +50,11 @@ void ScoringSession::Run(CsvWriter& writer, const Progress& progress)
         report_.outputClosed = writer.IsClosed();
     };
     try {
-        shaper_.WriteHeader(writer);
+        if (curves_) {
+            CurveShaper::WriteHeader(writer);
+        } else {
+            shaper_.WriteHeader(writer);
+        }
         ScoreRows(writer, progress);
         writer.Close();
     } catch (const Failure& failure) {
@@ -86,12 +92,30 @@ void ScoringSession::ScoreRow(CsvWriter& writer, std::span<const std::string_vie
     const CaseStatus prepared = preparer_.Prepare(fields);
     if (!prepared.IsOK()) {
         Note(prepared.code, *prepared.field, prepared.text);
-        shaper_.WriteNotScored(writer, fields, prepared.code, *prepared.field);
+        WriteNotScored(writer, fields, prepared.code, *prepared.field);
         return;
+    }
+    const MCScore::MCStatus status = ScoreCase(writer, fields);
+    if (status.IsOK()) {
+        ++report_.scored;
+    } else {
+        const std::string_view field = shaper_.FieldOf(status);
+        Note(status.GetErrorCode(), field, {});
+        WriteNotScored(writer, fields, status.GetErrorCode(), field);
+    }
+}
+
+MCScore::MCStatus ScoringSession::ScoreCase(CsvWriter& writer,
+                                            std::span<const std::string_view> fields)
+{
+    MCScore::MCStatus status;
+    if (curves_) {
+        status = model_.Model().GetCurve(&preparer_.Record(), true, curve_);
+        if (status.IsOK()) CurveShaper::WriteCurve(writer, reader_.RowNumber(), curve_);
+        return status;
     }
     // The model may replace the result by one of its own making.
     ScoreResult* result = result_.release();
-    MCScore::MCStatus status;
     try {
         status = model_.Model().GetScore(&preparer_.Record(), result, true);
     } catch (...) {
@@ -99,13 +123,20 @@ void ScoringSession::ScoreRow(CsvWriter& writer, std::span<const std::string_vie
         throw;
     }
     result_.reset(result);
-    if (status.IsOK() && result_ != nullptr) {
-        ++report_.scored;
-        shaper_.WriteScored(writer, fields, preparer_.Record(), *result_);
+    if (result_ == nullptr && status.IsOK()) {  // a plug-in's slip: nothing to show
+        status = MCScore::MCStatus(MCScore::kCaseNotScorable, false);
+    }
+    if (status.IsOK()) shaper_.WriteScored(writer, fields, preparer_.Record(), *result_);
+    return status;
+}
+
+void ScoringSession::WriteNotScored(CsvWriter& writer, std::span<const std::string_view> fields,
+                                    long code, std::string_view field)
+{
+    if (curves_) {
+        CurveShaper::WriteNoCurve(writer, reader_.RowNumber());
     } else {
-        const std::string_view field = shaper_.FieldOf(status);
-        Note(status.GetErrorCode(), field, {});
-        shaper_.WriteNotScored(writer, fields, status.GetErrorCode(), field);
+        shaper_.WriteNotScored(writer, fields, code, field);
     }
 }
 

@@ -15,6 +15,8 @@
 #include "engine/loadedmodel.h"
 #include "engine/outputevaluator.h"
 #include "engine/outputshaper.h"
+#include "host/mcstatus.h"
+#include "host/survivalpoint.h"
 
 namespace MCVelscore_850 {
 
@@ -28,6 +30,9 @@ struct ScoringOptions {
     TableDialect dialect;
     std::vector<std::string> missingTexts;
     OutputOptions output;
+    /// Survival curves in place of scores, of a model that has them (CurveShaper::Suits); nothing
+    /// of `output` is heeded then, and the table needs no end time.
+    bool curves = false;
 };
 
 /// The cases of one status code: how many, and the first of them.
@@ -74,6 +79,10 @@ private:
     bool IsStopped() const { return stop_ != nullptr && stop_->load(std::memory_order_relaxed); }
     void ScoreRows(CsvWriter& writer, const Progress& progress);
     void ScoreRow(CsvWriter& writer, std::span<const std::string_view> fields);
+    /// Asks the model about the prepared case and writes what it answers.
+    MCScore::MCStatus ScoreCase(CsvWriter& writer, std::span<const std::string_view> fields);
+    void WriteNotScored(CsvWriter& writer, std::span<const std::string_view> fields, long code,
+                        std::string_view field);
     void Note(long code, std::string_view field, std::string_view text);
 
     LoadedModel& model_;
@@ -82,7 +91,9 @@ private:
     std::unique_ptr<OutputEvaluator> fields_;  ///< of the document's Output section, when asked for
     OutputShaper shaper_;
     const StopFlag* stop_;
+    bool curves_;
     std::unique_ptr<ScoreResult> result_;
+    std::vector<SurvivalPoint> curve_;
     ScoringReport report_;
 };
 

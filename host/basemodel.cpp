@@ -79,6 +79,13 @@ const ScoreDictVar* BaseModel::FindVar(const std::string& name) const
     return var;
 }
 
+MCScore::MCStatus BaseModel::GetCurve(const ScoreCaseRecord*, bool,
+                                      std::vector<SurvivalPoint>& curve)
+{
+    curve.clear();
+    return MCScore::MCStatus(MCScore::kCaseNotScorable, false);
+}
+
 BaseModel::FUNCNAME_TYPE BaseModel::MiningFunctionFromString(const std::string& text)
 {
     static const std::pair<const char*, FUNCNAME_TYPE> kFunctions[] = {

@@ -50,6 +50,8 @@ public:
     ScoreDictionary* GetResultDictionary() const override { return resultDictionary_.get(); }
     MVPolicy GetMissingValuePolicy() const override { return missingValuePolicy; }
     void SetScoreDictionary(ScoreDictionary* dictionary, bool owned) override;
+    MCScore::MCStatus GetCurve(const ScoreCaseRecord* record, bool derivedInRecord,
+                               std::vector<SurvivalPoint>& curve) override;
 
     void SetAlgorithmName(const std::string& name) { algorithmName_ = name; }
     const std::string& GetAlgorithmName() const { return algorithmName_; }

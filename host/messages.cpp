@@ -132,8 +132,6 @@ constexpr Message kCatalogue[] = {
     {kTooManyDerivedTexts, "ds",
      "the derived fields up to {1} can yield more than {0} texts in all",
      "Refer to fields of many categories in fewer derived fields."},
-    {kFamilyNotAvailable, "ss", "models of the family '{0}' ({1}) can't be scored yet",
-     "Score this model with a release that lists the family in its documentation."},
     {kReferencePointFamily, "ss",
      "the parameter {0} has a reference point, and models of type {1} take none",
      "Remove referencePoint from the parameters."},

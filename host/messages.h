@@ -52,7 +52,6 @@ inline constexpr int kExpressionMissing = 269013;        // derived field
 inline constexpr int kNormPoints = 269014;               // derived field
 inline constexpr int kExpressionTooDeep = 269015;        // derived field
 inline constexpr int kTooManyDerivedTexts = 269016;      // limit, derived field
-inline constexpr int kFamilyNotAvailable = 269020;       // family, model type
 inline constexpr int kReferencePointFamily = 269021;     // parameter, model type
 inline constexpr int kModelWithoutTarget = 269022;       // model type
 inline constexpr int kCallNotAvailable = 269023;         // operation

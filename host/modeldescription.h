@@ -1,6 +1,7 @@
 #ifndef VELSCORE_HOST_MODELDESCRIPTION_H
 #define VELSCORE_HOST_MODELDESCRIPTION_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,9 @@ struct ModelDescription {
         std::string label;
         double beta = 0.0;
         std::vector<Factor> factors;
+        /// What is taken off the product of the factors before beta multiplies it: the base point
+        /// of a model that is centred.
+        std::optional<double> referencePoint{};
     };
     /// One linear predictor: the sum of its terms. Models with one equation name no category.
     struct Equation {
@@ -37,6 +41,7 @@ struct ModelDescription {
         std::vector<std::string> categories;
         std::vector<std::vector<double>> rows;
     };
+    /// The baseline of one stratum. A time that the document doesn't have is NaN.
     struct Stratum {
         std::string value;
         size_t cells = 0;
@@ -72,7 +77,8 @@ struct ModelDescription {
     std::vector<Contrast> contrasts;
     std::string stratumVariable;
     std::string endTimeVariable;
-    std::vector<Stratum> strata;
+    std::vector<Stratum> strata;           ///< one without value where the model isn't stratified
+    std::vector<std::string> eventValues;  ///< of the status variable, where the document has them
     std::vector<Quantity> quantities;
 
     /// Every variable that a case is read for, derived ones among them, each once: predictors in

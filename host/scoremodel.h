@@ -3,9 +3,11 @@
 
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 #include "host/export.h"
 #include "host/mcstatus.h"
+#include "host/survivalpoint.h"
 
 namespace MCVelscore_850 {
 
@@ -97,6 +99,11 @@ public:
 
     /// What the model is, in plain data.
     virtual void Describe(ModelDescription& description) const = 0;
+    /// The case's survival at every time of its baseline, ascending, into `curve`, which keeps its
+    /// memory from case to case. The case's own time isn't read. Only a model whose description
+    /// has strata answers OK; any other fails every case with 90029.
+    virtual MCScore::MCStatus GetCurve(const ScoreCaseRecord* record, bool derivedInRecord,
+                                       std::vector<SurvivalPoint>& curve) = 0;
 };
 
 }  // namespace MCVelscore_850

@@ -15,10 +15,7 @@ bool CaseWalk::Start()
 {
     if (record_ == nullptr) {
         status_ = MCStatus(MCScore::kCaseNotScorable, false);
-        if (road_.tracesNullRecord) {
-            ScoringLog::GetInstance()->TraceText(1, "MCStatus error code is :%ld",
-                                                 status_.GetErrorCode());
-        }
+        if (road_.tracesNullRecord) TraceStatus(road_.nullRecordLine);
         return false;
     }
     if (record_->HasIndexedAccess()) {
@@ -32,6 +29,12 @@ bool CaseWalk::Start()
         }
     }
     return true;
+}
+
+void CaseWalk::TraceStatus(const char* line) const
+{
+    // The lines are this room's own literals.
+    ScoringLog::GetInstance()->TraceText(1, line, status_.GetErrorCode());
 }
 
 void CaseWalk::FetchDerived()
@@ -148,8 +151,11 @@ bool CaseWalk::SubstituteValue(size_t predictor, const ScoreDictVar* var, ScoreV
     if (stats == nullptr || !IsCovariate(predictor, var)) return false;
     const ScoreValue* replacement = stats->GetMissingReplacement();
     double number = 0.0;
-    if (road_.substitute == Substitute::ReplacementAlone) {
+    if (road_.substitute != Substitute::ReplacementOrMean) {
         if (replacement == nullptr) return false;
+        if (road_.substitute == Substitute::KnownReplacement && replacement->IsMissingValue()) {
+            return false;
+        }
         number = replacement->GetDouble();
     } else {
         number = replacement != nullptr ? replacement->GetDouble() : stats->GetMean();
@@ -183,20 +189,10 @@ void CaseWalk::FailCase(size_t predictor)
 
 double CaseWalk::DesignValue(size_t parameter) const
 {
-    double d = 1.0;
-    for (const RegressionModel::ParameterCell& term : model_.CellsOf(parameter)) {
-        const ScoreValue* value = model_.caseValueRefs[static_cast<size_t>(term.predictor)];
-        if (value == nullptr) return 0.0;
-        if (term.isFactor) {
-            if (!term.cell->Equals(value)) return 0.0;
-            continue;
-        }
-        const double x =
-            NumericReading(*value, *model_.predictorVars[static_cast<size_t>(term.predictor)]);
-        if (x == 0.0) return 0.0;
-        d *= CovariatePower(x, term.exponent);
-    }
-    return d;
+    return DesignValue(parameter, [](const auto& term, const ScoreValue& value, double& d) {
+        if (!term.cell->Equals(&value)) d = 0.0;
+        return d != 0.0;
+    });
 }
 
 double CaseWalk::LinearPredictor(const std::vector<double>& betas, size_t first)

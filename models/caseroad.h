@@ -32,8 +32,13 @@ enum class Substitute {
     ReplacementOrMean,
     /// The field's replacement alone, whatever number it is. The role is asked for by the
     /// variable's name, as it is at that case.
-    ReplacementAlone
+    ReplacementAlone,
+    /// The field's replacement alone, unless that is missing itself.
+    KnownReplacement
 };
+
+/// The line that a failed case leaves in the trace, where its family traces.
+inline constexpr char kStatusLine[] = "MCStatus error code is :%ld";
 
 /// What a family does its own way on the road of a case. Everything else is one piece of code,
 /// CaseWalk, so a family is a row of these, its walk's order, and its own computation.
@@ -55,6 +60,8 @@ struct CaseRoad {
     /// answer replaces what was found, also by nothing.
     bool rereadsByName = false;
     Substitute substitute = Substitute::ReplacementOrMean;
+    /// The line that a null record leaves in the trace.
+    const char* nullRecordLine = kStatusLine;
 };
 
 /// One case on its way through a model. The steps, in the order in which GetScore takes them:
@@ -130,6 +137,10 @@ public:
     ///
     /// 0.0 as soon as one of them makes it so, and for an absent value.
     double DesignValue(size_t parameter) const;
+    /// The same where factors count otherwise: `factor(cell, value, d)` multiplies a factor into
+    /// the product d, and ends it by false.
+    template <class Factor>
+    double DesignValue(size_t parameter, Factor factor) const;
     /// The sum over the parameters from `first` on of beta times design value, which go to the
     /// model's designRow; a parameter with beta 0.0 is passed over and its design value is 0.0.
     double LinearPredictor(const std::vector<double>& betas, size_t first = 0);
@@ -155,6 +166,8 @@ public:
     void WriteCategories(int predicted, Percent percent);
     /// What the family itself finds wrong with a case.
     void SetStatus(long code) { status_ = MCScore::MCStatus(code, false); }
+    /// Leaves the status in the trace.
+    void TraceStatus(const char* line = kStatusLine) const;
 
 private:
     /// True for a value that is missing or not valid.
@@ -233,6 +246,26 @@ inline const NumericValue* CaseWalk::SureNumber(size_t predictor) const
     if (value == nullptr || value->Kind() != ScoreValue::NUMERIC) return nullptr;
     const auto* number = static_cast<const NumericValue*>(value);
     return variables_[predictor]->SurelyAccepts(number->GetDouble()) ? number : nullptr;
+}
+
+template <class Factor>
+double CaseWalk::DesignValue(size_t parameter, Factor factor) const
+{
+    double d = 1.0;
+    for (const RegressionModel::ParameterCell& term : model_.CellsOf(parameter)) {
+        const auto k = static_cast<size_t>(term.predictor);
+        const ScoreValue* value = model_.caseValueRefs[k];
+        if (value == nullptr) return 0.0;
+        if (term.isFactor) {
+            if (!factor(term, *value, d)) return d;
+            continue;
+        }
+        const double x = NumericReading(*value, *model_.predictorVars[k]);
+        if (x == 0.0) return 0.0;
+        d *= CovariatePower(x, term.exponent);
+        if (d == 0.0) return 0.0;
+    }
+    return d;
 }
 
 template <class Find>

@@ -11,6 +11,8 @@ namespace MCVelscore_850 {
 inline constexpr int kAbsent = 260115;                  // element or attribute, parent
 inline constexpr int kLowValueNeeded = 260117;          // low-value tag, mining-field tag
 inline constexpr int kHighValueNeeded = 260118;         // high-value tag, mining-field tag
+inline constexpr int kNoEndTime = 260120;               // end-time tag, model tag
+inline constexpr int kNoHazardTables = 260121;          // hazard-tables, extension, model tags
 inline constexpr int kNotInDictionary = 260124;         // name, dictionary tag
 inline constexpr int kNotInDictionaries = 260125;       // name, dictionary tag, transformation tag
 inline constexpr int kRoleOrCategories = 260126;        // name

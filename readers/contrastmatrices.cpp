@@ -10,6 +10,7 @@
 #include "host/scoredictvar.h"
 #include "host/valueset.h"
 #include "models/blrmodel.h"
+#include "models/coxregrmodel.h"
 #include "readers/cellreading.h"
 #include "readers/codes.h"
 #include "readers/contrastmatrix.h"
@@ -231,15 +232,22 @@ void GeneralRegressionTranslator::TakeContrastMatrix(Parse& parse, ContrastMatri
                                                      const ScoreDictVar* variable,
                                                      const std::string& element)
 {
-    if (!parse.Is(kBinary)) return;  // the family takes none
-    std::vector<double> numbers;
-    for (const auto& category : contrast.categories) {
-        numbers.push_back(CategoryNumber(*variable, category.get()));
+    const std::string& name = variable->GetName();
+    bool taken = true;  // by a family that takes none it is dropped
+    if (parse.Is(kBinary)) {
+        std::vector<double> numbers;
+        for (const auto& category : contrast.categories) {
+            numbers.push_back(CategoryNumber(*variable, category.get()));
+        }
+        taken =
+            static_cast<BLRModel&>(*parse.model).SetContrastMatrix(name, contrast.rows, numbers);
+    } else if (parse.IsAmong(kCoxFamilies)) {
+        std::vector<ScoreValue*> categories;  // the model's, whatever it answers
+        for (auto& category : contrast.categories) categories.push_back(category.release());
+        taken = static_cast<CoxRegModel&>(*parse.model)
+                    .SetContrastMatrix(name, contrast.rows, categories);
     }
-    auto& model = static_cast<BLRModel&>(*parse.model);
-    if (!model.SetContrastMatrix(variable->GetName(), contrast.rows, numbers)) {
-        Refuse(kContrastRefused, element.c_str(), variable->GetName().c_str());
-    }
+    if (!taken) Refuse(kContrastRefused, element.c_str(), name.c_str());
 }
 
 }  // namespace MCVelscore_850

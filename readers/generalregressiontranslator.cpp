@@ -53,6 +53,7 @@ ScoreModel* GeneralRegressionTranslator::ParseFromTree(DOMDocument* document,
         ReadOrdinalLink(parse);
         ReadDictionaryAndTargets(parse);
         ReadTargetReferenceCategory(parse);
+        ReadCoxAttributes(parse);
         ReadModelDf(parse);
         ReadTransformations(parse);
         ReadOrdinalOffset(parse);
@@ -61,6 +62,7 @@ ScoreModel* GeneralRegressionTranslator::ParseFromTree(DOMDocument* document,
         ReadParameterList(parse);
         DetectIntercept(parse);
         ReadExtensions(parse);
+        ReadBaseCumHazardTables(parse);
         ReadModelAttributes(parse);
         ReadDistributionParameter(parse);
         ExpectLinkParameter(parse);
@@ -141,6 +143,7 @@ void GeneralRegressionTranslator::CheckAndFinish(Parse& parse)
         NoteElement(parse.modelElement);
         Refuse(kTargetWithoutCategories, parse.targetName.c_str(), parse.modelType.c_str());
     }
+    if (parse.IsAmong(kCoxFamilies)) CheckCox(parse);
     parse.model->FinishSetup();
 }
 

@@ -1,7 +1,9 @@
 #ifndef VELSCORE_READERS_GENERALREGRESSIONTRANSLATOR_H
 #define VELSCORE_READERS_GENERALREGRESSIONTRANSLATOR_H
 
+#include <map>
 #include <string>
+#include <vector>
 
 #include "host/pmmltranslator.h"
 
@@ -9,6 +11,7 @@ namespace MCVelscore_850 {
 
 class RegressionModel;
 class ScoreModel;
+struct Baseline;
 struct ContrastMatrix;
 struct Parse;
 
@@ -42,6 +45,31 @@ public:
     /// the model needs them. Refuses with 260125.
     ScoreDictVar* FindVariable(Parse& parse, const std::string& name);
 
+    /// Adds the reference points of a list of elements; a parameter that has one keeps it.
+    void HandleBasePointElem(const xercesc::DOMNodeList* points,
+                             std::map<std::string, double>& basePoints);
+    /// One baseline: from time to cumulative hazard, of cells of one time the first. The time of
+    /// the first cell of all goes to `firstTime`, which stays as it is without cells. The second
+    /// is the published form.
+    void HandleBaseCumHazardTables(xercesc::DOMElement* table, std::map<double, double>& cells,
+                                   double& firstTime);
+    void HandleBaseCumHazardTablesEx(xercesc::DOMElement* table, std::map<double, double>& cells,
+                                     double& firstTime);
+    /// The baselines of a section, appended to the collections; answers the stratum variable's
+    /// name, empty without one. The own form lets tables and largest times be absent, and what it
+    /// has of a stratum then no longer stands at one index; the published form demands them.
+    std::string HandleStratumElements(xercesc::DOMElement* section,
+                                      std::vector<std::map<double, double>>& hazardTables,
+                                      std::vector<std::string>& stratumCategories,
+                                      std::vector<double>& minTimes, std::vector<double>& maxTimes,
+                                      std::map<std::string, double>& stratumMaxTimes);
+    std::string HandleStratumElementsEx(xercesc::DOMElement* section,
+                                        std::vector<std::map<double, double>>& hazardTables,
+                                        std::vector<std::string>& stratumCategories,
+                                        std::vector<double>& minTimes,
+                                        std::vector<double>& maxTimes,
+                                        std::map<std::string, double>& stratumMaxTimes);
+
 private:
     // The stages of a parse, in their order. Each asks for itself whether it applies.
 
@@ -51,6 +79,7 @@ private:
     void ReadOrdinalLink(Parse& parse);
     void ReadDictionaryAndTargets(Parse& parse);
     void ReadTargetReferenceCategory(Parse& parse);
+    void ReadCoxAttributes(Parse& parse);
     void ReadModelDf(Parse& parse);
     void ReadTransformations(Parse& parse);
     void ReadOrdinalOffset(Parse& parse);
@@ -60,6 +89,7 @@ private:
     void ReadParameterList(Parse& parse);
     void DetectIntercept(Parse& parse);
     void ReadExtensions(Parse& parse);
+    void ReadBaseCumHazardTables(Parse& parse);
     void ReadModelAttributes(Parse& parse);
     void ReadDistributionParameter(Parse& parse);
     void ExpectLinkParameter(Parse& parse);
@@ -101,6 +131,18 @@ private:
     /// Gives the matrix to a family that takes contrasts; `element` is for the message.
     void TakeContrastMatrix(Parse& parse, ContrastMatrix& contrast, const ScoreDictVar* variable,
                             const std::string& element);
+
+    // What only a Cox document has.
+
+    void ReadCoxExtension(Parse& parse, xercesc::DOMElement* extension, const std::string& name,
+                          const std::string& value);
+    void ReadHazardCells(const xercesc::DOMNodeList* elements, std::map<double, double>& cells,
+                         double& firstTime);
+    void FindStratum(Parse& parse, const Baseline& baseline, const xercesc::DOMElement* section);
+    void TakeBaseline(Parse& parse, const Baseline& baseline);
+    void ReadCoxStatus(xercesc::DOMElement* field, ScoreModel* model);
+    void CheckCox(Parse& parse);
+    double ForcedNumber(const xercesc::DOMElement* element, const std::string& name) const;
 
     double pmmlVersion = 0.0;
 };

@@ -4,6 +4,7 @@
 #include "host/pmmlmodeltags.h"
 #include "host/valueset.h"
 #include "host/varstats.h"
+#include "models/coxregrmodel.h"
 #include "readers/codes.h"
 #include "readers/generalregressiontranslator.h"
 #include "readers/parse.h"
@@ -97,6 +98,8 @@ void GeneralRegressionTranslator::HandleMiningField(DOMElement* field,
     if (isTarget) {
         taken = model->SetVarRole(variable, ScoreModel::ROLE_TARGET) &&
                 static_cast<RegressionModel*>(model)->SetTargetVar(variable);
+        // The Cox model of complex samples keeps no status values, on purpose.
+        if (model->GetModelType() == ScoreModel::TYPE_COXREG) ReadCoxStatus(field, model);
     }
     if (!taken) Refuse(kRoleRefused, Tags::XML_ELE_MININGFIELD.c_str(), name.c_str());
 
@@ -105,6 +108,23 @@ void GeneralRegressionTranslator::HandleMiningField(DOMElement* field,
     } else {
         ReadFieldLimits(field, variable);
     }
+}
+
+// The values of the target that mean the event happened: each followed by a comma, the last too.
+void GeneralRegressionTranslator::ReadCoxStatus(DOMElement* field, ScoreModel* model)
+{
+    const auto* status = static_cast<const DOMElement*>(
+        GetElementsByTagName(field, Tags::XML_EXT_ELE_COXREG_STRATUM)->item(0));
+    if (status == nullptr ||
+        AttributeText(status, Tags::XML_ATT_NAME) != Tags::XML_EXT_NAME_COXREG_STATUS) {
+        return;
+    }
+    std::string values;
+    const xercesc::DOMNodeList* elements = GetElementsByTagName(status, Tags::XML_ELE_VALUE);
+    for (XMLSize_t i = 0; const xercesc::DOMNode* value = elements->item(i); ++i) {
+        values += AttributeText(static_cast<const DOMElement*>(value), Tags::XML_ATT_VALUE) + ",";
+    }
+    if (!values.empty()) static_cast<CoxRegModel*>(model)->SetTargetString(values);
 }
 
 void GeneralRegressionTranslator::ReadFieldLimits(DOMElement* field, ScoreDictVar* variable)

@@ -8,6 +8,7 @@
 #include "host/vsexception.h"
 #include "models/blrmodel.h"
 #include "models/clrmodel.h"
+#include "models/coxregrmodel.h"
 #include "models/glrmodel.h"
 #include "models/gzlrmodel.h"
 #include "models/lrmodel.h"
@@ -124,25 +125,30 @@ std::unique_ptr<RegressionModel> Make()
     return std::make_unique<Model>();
 }
 
-// The class of each family; a row without one can't be scored yet.
+template <ScoreModel::ModelType type>
+std::unique_ptr<RegressionModel> MakeCox()
+{
+    return std::make_unique<CoxRegModel>(type);
+}
+
+// The class of each family.
 struct ClassRow {
     FamilyCode code;
-    const char* family;
     std::unique_ptr<RegressionModel> (*make)();
 };
 
 constexpr ClassRow kClasses[] = {
-    {kMultinomial, "multinomial logistic regression", Make<MLRModel>},
-    {kMultinomialGeneralized, "multinomial logistic regression (generalized)", Make<MLRModel>},
-    {kGeneralLinear, "general linear model", Make<GLRModel>},
-    {kLinear, "linear regression", Make<LRModel>},
-    {kConditional, "conditional logistic regression", Make<CLRModel>},
-    {kBinary, "binary logistic regression", Make<BLRModel>},
-    {kOrdinal, "ordinal regression", Make<ORModel>},
-    {kGeneralizedLinear, "generalized linear model", Make<GZLRModel>},
-    {kOrdinalGeneralized, "ordinal regression (generalized)", Make<OGZLRModel>},
-    {kCox, "Cox regression", nullptr},
-    {kCoxComplexSamples, "Cox regression (complex samples)", nullptr},
+    {kMultinomial, Make<MLRModel>},
+    {kMultinomialGeneralized, Make<MLRModel>},
+    {kGeneralLinear, Make<GLRModel>},
+    {kLinear, Make<LRModel>},
+    {kConditional, Make<CLRModel>},
+    {kBinary, Make<BLRModel>},
+    {kOrdinal, Make<ORModel>},
+    {kGeneralizedLinear, Make<GZLRModel>},
+    {kOrdinalGeneralized, Make<OGZLRModel>},
+    {kCox, MakeCox<ScoreModel::TYPE_COXREG>},
+    {kCoxComplexSamples, MakeCox<ScoreModel::TYPE_CSCOXREG>},
 };
 
 [[noreturn]] void RefuseModelType(const std::string& modelType)
@@ -168,9 +174,7 @@ ModelChoice ChooseFamily(const ModelHead& head)
 std::unique_ptr<RegressionModel> MakeModel(FamilyCode code, const std::string& modelType)
 {
     for (const ClassRow& row : kClasses) {
-        if (row.code != code) continue;
-        if (row.make == nullptr) Refuse(kFamilyNotAvailable, row.family, modelType.c_str());
-        return row.make();
+        if (row.code == code) return row.make();
     }
     RefuseModelType(modelType);
 }

@@ -56,8 +56,7 @@ struct ModelHead {
 /// refuses with 260153.
 ModelChoice ChooseFamily(const ModelHead& head);
 
-/// A new model of the family. A family that can't be scored yet refuses with kFamilyNotAvailable,
-/// which names it.
+/// A new model of the family. Refuses with 260153 a code without one.
 std::unique_ptr<RegressionModel> MakeModel(FamilyCode code, const std::string& modelType);
 
 }  // namespace MCVelscore_850

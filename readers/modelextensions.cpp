@@ -88,6 +88,7 @@ void GeneralRegressionTranslator::ReadExtensions(Parse& parse)
         if (parse.Is(kGeneralLinear) && !algorithm.empty()) {
             GeneralLinear(parse).SetAlgorithmName(algorithm);
         }
+        if (parse.IsAmong(kCoxFamilies)) ReadCoxExtension(parse, child, name, value);
     }
 }
 

@@ -4,6 +4,7 @@
 #include "host/messages.h"
 #include "host/pmmlmodeltags.h"
 #include "models/blrmodel.h"
+#include "models/coxregrmodel.h"
 #include "models/glrmodel.h"
 #include "models/gzlrmodel.h"
 #include "models/lrmodel.h"
@@ -203,6 +204,9 @@ std::string GeneralRegressionTranslator::CellCategory(Parse& parse, DOMElement* 
     if (parse.Is(kGeneralizedLinear) && parse.choice.targetIsScale) {
         return static_cast<GZLRModel&>(*parse.model).GetDummyCategory();
     }
+    if (parse.IsAmong(kCoxFamilies)) {
+        return static_cast<CoxRegModel&>(*parse.model).GetDummyCategory();
+    }
 
     const ScoreDictVar& target = *parse.model->GetTargetVar();
     if (parse.IsAmong(kOrdinalFamilies) && cells.cellsWithCategory == cells.categoryCount - 1) {
@@ -238,8 +242,17 @@ void GeneralRegressionTranslator::ReadReferencePoints(Parse& parse)
                Tags::XML_EXT_NAME_COXREG_REFERENCEPOINT.c_str(), std::to_string(parameters).c_str(),
                Tags::XML_ELE_PARAM.c_str(), Tags::XML_ELE_PARAM_LIST.c_str());
     }
-    // Only a Cox model has a place for them.
-    Refuse(kReferencePointFamily, parse.basePoints.begin()->first.c_str(), parse.modelType.c_str());
+    if (!parse.IsAmong(kCoxFamilies)) {  // no other has a place for them
+        Refuse(kReferencePointFamily, parse.basePoints.begin()->first.c_str(),
+               parse.modelType.c_str());
+    }
+    std::vector<double> points(parameters, 0.0);
+    for (const auto& [name, point] : parse.basePoints) {
+        const int index = parse.model->GetParamTable()->GetParameterIndex(name);
+        // Counted above, a point of an unknown parameter is dropped.
+        if (index >= 0) points[static_cast<size_t>(index)] = point;
+    }
+    static_cast<CoxRegModel&>(*parse.model).SetBasePointTable(points);
 }
 
 void GeneralRegressionTranslator::ReadPPMatrix(Parse& parse)

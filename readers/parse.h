@@ -44,9 +44,20 @@ struct Parse {
     // Options of the generalized families.
     bool linkParamRequired = false;  ///< a link with a parameter was named
     bool linkParamSeen = false;
+    // Baselines of a Cox model, from every section that the document has.
+    std::vector<std::map<double, double>> hazardTables;
+    std::map<std::string, double> stratumMaxTimes;
 
     bool Is(FamilyCode code) const { return choice.code == code; }
     bool IsAmong(FamilySet families) const { return Has(families, choice.code); }
+};
+
+/// What one baseline section tells of its strata; the tables themselves are in Parse.
+struct Baseline {
+    std::string stratumName;  ///< empty when the model isn't stratified
+    std::vector<std::string> stratumCategories;
+    std::vector<double> minTimes;
+    std::vector<double> maxTimes;
 };
 
 }  // namespace MCVelscore_850

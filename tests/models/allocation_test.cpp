@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "models/coxregresult.h"
+#include "models/coxregrmodel.h"
 #include "models/glrmodel.h"
 #include "models/gzlrmodel.h"
 #include "models/lrmodel.h"
@@ -98,6 +100,51 @@ TEST(Classifying, GeneralizedLinearModelAllocatesNothingAfterTheFirstCase)
     }
     EXPECT_EQ(AllocationCount() - before, 0);
     EXPECT_EQ(events, kCases / 2);
+}
+
+TEST(ScoringOfCox, MillionCasesThroughOneResultAllocateNothing)
+{
+    // Stratified by a text too long for a string's own buffer, centred, with contrasts.
+    const std::string south = "the southern of the two strata";
+    Built<CoxRegModel> built("status");
+    built.Factor("f", {"a", "b"});
+    built.Covariate("x");
+    for (const char* name : {"time", "s"}) {
+        auto var = *name == 's' ? Categorical("s", {"north", south}) : Continuous(name);
+        built.Dictionary().AddVar(name, var.release());
+    }
+    built.Parameters({"pf", "px"});
+    built.model.SetContrastMatrix("f", {{1}, {-1}}, {new StringValue("a"), new StringValue("b")});
+    built.model.SetBasePointTable({0.0, 1.0});
+    built.model.SetEndTimeVariableName("time");
+    CoxRegModel::HazardTable table;
+    for (int i = 0; i < 1000; ++i) table[i] = 0.001 * i;
+    built.model.SetCumHazardTable({{}, table}, {"north", south}, "s");
+    built.model.SetMinMaxTime({0.0, 0.0}, {1.0, 1000.0});
+    ASSERT_TRUE(built.SetUp());
+    built.Cell("pf", "f", "a");
+    built.Cell("px", "x", "1");
+    built.Beta("pf", 1.0);
+    built.Beta("px", 0.5);
+    built.model.FinishSetup();
+    Case c;
+    c.With("f", "b").With("x", 3.0).With("time", 0.0).With("s", south.c_str());
+    CaseRecord& record = c.Record();
+    Slot slot;
+    ASSERT_TRUE(built.model.GetScore(&record, slot.result, true).IsOK());
+
+    const long before = AllocationCount();
+    auto& time = static_cast<NumericValue&>(*record.GetValue("time"));
+    double total = 0.0;
+    constexpr int kCases = 1000000;
+    for (int i = 0; i < kCases; ++i) {
+        time.SetDoubleValue(i % 1000 + 0.5);
+        built.model.GetScore(&record, slot.result, true);
+        total += slot.As<CoxRegResult>().GetCumHazardValue();
+    }
+    EXPECT_EQ(AllocationCount() - before, 0);
+    // lp = -1 + 0.5 (3 - 1) = 0, so the mean hazard is that of 0, 0.001, .., 0.999.
+    EXPECT_NEAR(total / kCases, 0.4995, 1e-9);
 }
 
 TEST(AllocationCounter, SeesAnAllocation)

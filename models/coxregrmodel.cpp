@@ -1,0 +1,418 @@
+#include "models/coxregrmodel.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <ostream>
+
+#include "host/stringvalue.h"
+#include "host/transformvar.h"
+#include "models/caseroad.h"
+#include "models/coxregresult.h"
+
+namespace MCVelscore_850 {
+
+using MCScore::MCStatus;
+
+namespace {
+
+constexpr CaseRoad kRoad{
+    .family = "Cox regression",
+    .tracesNullRecord = true,
+    .fetchesDerivedRecord = true,
+    .failsUnderStatusOnly = true,
+    .namesBadPredictor = true,
+    .clearsNumbers = false,
+    .missingPrediction = MissingPrediction::Number,
+    .substitute = Substitute::KnownReplacement,
+    .nullRecordLine = "MCStatus error code is : %ld",  // with a blank here and nowhere else
+};
+
+constexpr double kNone = NumericValue::GetSysmisValue();
+constexpr size_t kNotLookedUp = static_cast<size_t>(-1);
+constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
+
+double LimitOf(const std::vector<double>& limits, size_t stratum)
+{
+    return stratum < limits.size() ? limits[stratum] : kNotANumber;
+}
+
+// The first of the categories that equals the value, their count when none does.
+size_t PlaceOf(const std::vector<std::unique_ptr<ScoreValue>>& categories, const ScoreValue& value)
+{
+    size_t i = 0;
+    while (i < categories.size() && !(categories[i] && categories[i]->Equals(&value))) ++i;
+    return i;
+}
+
+}  // namespace
+
+CoxRegModel::CoxRegModel(ModelType type) : dummyCategory("CoxRegDummy"), modelType(type) {}
+CoxRegModel::~CoxRegModel() = default;
+
+bool CoxRegModel::SetContrastMatrix(const std::string& predictorName, const Matrix& matrix,
+                                    const std::vector<ScoreValue*>& categories)
+{
+    OwnedCategories owned(categories.size());
+    for (size_t i = 0; i < owned.size(); ++i) owned[i].reset(categories[i]);
+    const int index = GetPredictorIndex(predictorName);
+    if (index < 0) return false;
+    const auto predictor = static_cast<size_t>(index);
+    if (predictor >= contrastMatrices.size()) {
+        contrastMatrices.resize(predictor + 1);
+        contrastCategories.resize(predictor + 1);
+    }
+    contrastMatrices[predictor] = matrix;
+    contrastCategories[predictor] = std::move(owned);
+    return true;
+}
+
+void CoxRegModel::SetCumHazardTable(const std::vector<HazardTable>& tables,
+                                    const std::vector<std::string>& stratumCategories,
+                                    const std::string& stratumName)
+{
+    cumHazardTables = tables;
+    stratumCategs = stratumCategories;
+    stratumVariableName = stratumName;
+
+    baselines.clear();
+    for (const HazardTable& table : cumHazardTables) {
+        Baseline& baseline = baselines.emplace_back();
+        baseline.times.reserve(table.size());
+        baseline.hazards.reserve(table.size());
+        for (const auto& [time, hazard] : table) {
+            baseline.times.push_back(time);
+            baseline.hazards.push_back(hazard);
+        }
+    }
+    stratumByText.clear();
+    stratumByNumber.clear();
+    for (size_t i = 0; i < stratumCategs.size(); ++i) {
+        stratumByText.emplace(stratumCategs[i], static_cast<int>(i));
+        const NumericValue number(stratumCategs[i]);
+        // A category that is no number isn't the stratum of a case whose number is missing.
+        if (number.IsMissingValue()) continue;
+        stratumByNumber.emplace(number.GetDouble(), static_cast<int>(i));
+    }
+}
+
+void CoxRegModel::SetMinMaxTime(const std::vector<double>& min, const std::vector<double>& max)
+{
+    minTimes = min;
+    maxTimes = max;
+}
+
+bool CoxRegModel::Setup()
+{
+    if (categoryMap.empty()) categoryMap.emplace(dummyCategory, 0);
+    const bool resolved = ResolvePredictors() && EveryFactorHasContrasts();
+    paramTable = std::make_unique<ParamTable>(this);
+    ppcMatrix = std::make_unique<PPCMatrix>(this);
+    pcovMatrix.reset();  // this family has no use for covariances
+    if (!stratumVariableName.empty()) SetBaseLineStratumVariable(FindVar(stratumVariableName));
+    if (!endTimeVariableName.empty()) SetEndTimeVariable(FindVar(endTimeVariableName));
+    return resolved;
+}
+
+// A model that gives contrasts gives them for every factor.
+bool CoxRegModel::EveryFactorHasContrasts() const
+{
+    if (contrastMatrices.empty()) return true;
+    for (size_t k = 0; k < predictorRoles.size(); ++k) {
+        if (predictorRoles[k] != ROLE_FACTOR) continue;
+        if (k >= contrastMatrices.size() || contrastMatrices[k].empty()) return false;
+    }
+    return true;
+}
+
+void CoxRegModel::computeRefValues(std::vector<double>& parameterBetas, int parameterCount)
+{
+    refValuesComputed = true;
+    const auto count = static_cast<size_t>(std::max(parameterCount, 0));
+    if (count == 0 || basePointTable.size() != count) return;
+    refValues.resize(std::max(refValues.size(), count));
+    parameterBetas.resize(std::max(parameterBetas.size(), count));
+    for (size_t p = 0; p < count; ++p) {
+        parameterBetas[p] = BetaAt(0, static_cast<int>(p));
+        refValues[p] = basePointTable[p] * parameterBetas[p];
+    }
+}
+
+MCStatus CoxRegModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
+                               bool derivedInRecord)
+{
+    CaseWalk walk(*this, kRoad, record, derivedInRecord);
+    if (!walk.Start()) return walk.Status();
+    CoxRegResult& answer = walk.PrepareResult<CoxRegResult>(result, ScoreResult::COXREG_RESULT);
+    if (walk.IsFresh()) answer.SetDeadString(targetString);
+    walk.FetchDerived();
+
+    const ScoreValue* stratumValue = nullptr;
+    const ScoreValue* endTimeValue = nullptr;
+    if ((!stratumVariableName.empty() &&
+         !FindOwnValue(*record, stratumVariable, stratumVariableName, stratumValue)) ||
+        !FindOwnValue(*record, endTimeVariable, endTimeVariableName, endTimeValue) ||
+        endTimeVariable->IsMissing(endTimeValue)) {
+        return Fail(walk, MCScore::kCaseNotScorable);
+    }
+    double lp = 0.0;
+    if (!ComputeLinearPredictor(walk, lp)) return walk.Status();
+    const int stratum = StratumOf(stratumValue);
+    if (stratum < 0) return Fail(walk, MCScore::kCaseNotScorable);
+
+    const double t = NumericReading(*endTimeValue, *endTimeVariable);
+    const SurvivalPoint point = PointAt(t, BaselineAt(static_cast<size_t>(stratum), t), lp);
+    answer.SetCumHazardValue(point.cumHazard);
+    walk.WritePrediction(point.survival);
+    return walk.Status();
+}
+
+MCStatus CoxRegModel::GetCurve(const ScoreCaseRecord* record, bool derivedInRecord,
+                               std::vector<SurvivalPoint>& curve)
+{
+    curve.clear();
+    CaseWalk walk(*this, kRoad, record, derivedInRecord);
+    if (!walk.Start()) return walk.Status();
+    CoxRegResult unused(targetVar);  // where a policy writes its missing prediction
+    ScoreResult* result = &unused;
+    walk.PrepareResult<CoxRegResult>(result, ScoreResult::COXREG_RESULT);
+    walk.FetchDerived();
+    const ScoreValue* stratumValue = nullptr;
+    if (!stratumVariableName.empty() &&
+        !FindOwnValue(*record, stratumVariable, stratumVariableName, stratumValue)) {
+        return Fail(walk, MCScore::kCaseNotScorable);
+    }
+    double lp = 0.0;
+    if (!ComputeLinearPredictor(walk, lp)) return walk.Status();
+    const int stratum = StratumOf(stratumValue);
+    if (stratum < 0) return Fail(walk, MCScore::kCaseNotScorable);
+
+    const auto index = static_cast<size_t>(stratum);
+    if (index >= baselines.size()) return walk.Status();
+    for (const double t : baselines[index].times) {
+        curve.push_back(PointAt(t, BaselineAt(index, t), lp));
+    }
+    return walk.Status();
+}
+
+bool CoxRegModel::FindOwnValue(const ScoreCaseRecord& record, const ScoreDictVar* var,
+                               const std::string& name, const ScoreValue*& value) const
+{
+    if (var == nullptr) return false;
+    if (!var->IsDerived()) {
+        value = record.GetValue(name);  // by name alone, on purpose, and null is no failure
+        return true;
+    }
+    value = static_cast<const TransformVar*>(var)->GetTransformedValue(&record, dictionary,
+                                                                       transformationDictionary);
+    return value != nullptr;
+}
+
+bool CoxRegModel::ComputeLinearPredictor(CaseWalk& walk, double& lp)
+{
+    const size_t n = predictorVars.size();
+    walk.GatherValues(n);
+
+    // Also for a case that has failed by now. A base point of another length centres nothing, and
+    // the next case looks again.
+    if (refValues.size() < betas.size()) refValues.resize(betas.size(), 0.0);
+    if (!refValuesComputed && basePointTable.size() == betas.size()) {
+        computeRefValues(betas, static_cast<int>(betas.size()));
+    }
+    if (!walk.Status().IsOK() || !walk.HasEveryValue(n)) {
+        walk.TraceStatus();
+        return false;
+    }
+
+    const bool contrasts = !contrastMatrices.empty();
+    if (contrasts) PrepareContrasts();
+    const auto multiplyContrast = [&](const ParameterCell& term, const ScoreValue& value,
+                                      double& d) {
+        const double contrast = ContrastOf(walk, term, value);
+        d *= contrast;
+        return contrast != 0.0 && d != 0.0;
+    };
+    lp = 0.0;
+    for (size_t p = 0; p < betas.size(); ++p) {
+        designRow[p] = 0.0;
+        if (betas[p] == 0.0) continue;  // not even its reference term, which is 0 then
+        designRow[p] = contrasts ? walk.DesignValue(p, multiplyContrast) : walk.DesignValue(p);
+        if (!walk.Status().IsOK()) {
+            walk.TraceStatus();
+            return false;
+        }
+        if (designRow[p] != 0.0 || refValues[p] != 0.0) {
+            lp += designRow[p] * betas[p] - refValues[p];
+        }
+    }
+    return true;
+}
+
+void CoxRegModel::PrepareContrasts()
+{
+    contrastRows.assign(predictorVars.size(), kNotLookedUp);
+    if (contrastColumns.size() == parameterCells.size()) return;
+    for (const ParameterCell& term : parameterCells) {
+        const auto k = static_cast<size_t>(term.predictor);
+        const bool has = term.isFactor && k < contrastCategories.size();
+        contrastColumns.push_back(has ? PlaceOf(contrastCategories[k], *term.cell) : kNotLookedUp);
+    }
+}
+
+// The entry of the factor's matrix in the row of the case's category and the column of the
+// parameter's. Where there is none the case fails, and the 0 ends the parameter's walk.
+double CoxRegModel::ContrastOf(CaseWalk& walk, const ParameterCell& term, const ScoreValue& value)
+{
+    const auto k = static_cast<size_t>(term.predictor);
+    if (k < contrastMatrices.size()) {
+        size_t& row = contrastRows[k];
+        if (row == kNotLookedUp) row = PlaceOf(contrastCategories[k], value);
+        const size_t column = contrastColumns[static_cast<size_t>(&term - parameterCells.data())];
+        const Matrix& matrix = contrastMatrices[k];
+        const bool known =
+            row < contrastCategories[k].size() && column < contrastCategories[k].size();
+        if (known && row < matrix.size() && column < matrix[row].size()) {
+            return matrix[row][column];
+        }
+    }
+    walk.SetStatus(MCScore::kFactorOutsideContrasts);
+    return 0.0;
+}
+
+int CoxRegModel::StratumOf(const ScoreValue* value) const
+{
+    if (value == nullptr) return 0;
+    const auto find = [](const auto& strata, const auto& key) {
+        const auto found = strata.find(key);
+        return found == strata.end() ? -1 : found->second;
+    };
+    switch (value->Kind()) {
+        case ScoreValue::NUMERIC: return find(stratumByNumber, value->GetDouble());
+        case ScoreValue::STRING: {
+            const auto& text = static_cast<const StringValue&>(*value);
+            return text.IsMissingText() ? -1 : find(stratumByText, text.Text());
+        }
+        case ScoreValue::DATETIME: break;
+    }
+    return find(stratumByText, value->GetString());
+}
+
+double CoxRegModel::BaselineAt(size_t stratum, double t) const
+{
+    if (LimitOf(minTimes, stratum) > t) return 0.0;
+    const double last = LimitOf(maxTimes, stratum);
+    if (last < t || std::isnan(last) || std::isnan(t)) return kNone;
+    if (stratum >= baselines.size()) return kNone;
+    const auto& [times, hazards] = baselines[stratum];
+    const auto after =
+        static_cast<size_t>(std::upper_bound(times.begin(), times.end(), t) - times.begin());
+    // The first cell of a document needn't be its smallest time.
+    if (after == 0) return kNone;
+    const double hazard = hazards[after - 1];
+    // A cell of the very time that holds the missing number lets the one before it stand.
+    const bool gives = hazard == kNone && times[after - 1] == t && after > 1;
+    return gives ? hazards[after - 2] : hazard;
+}
+
+SurvivalPoint CoxRegModel::PointAt(double t, double baseline, double lp)
+{
+    if (baseline == kNone) return {t, kNone, kNone};
+    const double cumHazard = std::exp(lp) * baseline;  // an infinite exp times 0 is NaN, on purpose
+    return {t, 1.0 / std::exp(cumHazard), cumHazard};
+}
+
+MCStatus CoxRegModel::Fail(CaseWalk& walk, long code)
+{
+    walk.SetStatus(code);
+    walk.TraceStatus();
+    return walk.Status();
+}
+
+void CoxRegModel::Display(std::ostream& out) const
+{
+    using std::endl;
+    out << "Begin display of CoxRegModel" << endl;
+    RegressionModel::Display(out);
+    out << "Contrast matrices:" << endl;
+    for (size_t k = 0; k < contrastMatrices.size(); ++k) {
+        if (contrastMatrices[k].empty() || k >= predictorVars.size()) continue;
+        const ScoreDictVar* var = predictorVars[k];
+        out << "For factor ";
+        DisplayMatrix(var == nullptr ? "" : var->GetName(), contrastMatrices[k], out);
+    }
+    out << "endTimeVariable: " << endTimeVariableName << endl;
+    if (!basePointTable.empty()) {
+        out << "X-BasePoint: " << endl;
+        for (const double point : basePointTable) out << point << endl;
+    }
+    if (!cumHazardTables.empty() && !stratumVariableName.empty()) {
+        out << "X-Stratum varName=" << stratumVariableName << endl;
+    }
+    for (size_t i = 0; i < cumHazardTables.size(); ++i) {
+        if (i < stratumCategs.size()) out << "value=" << stratumCategs[i] << endl;
+        out << "  X-BaseCumHazardTable: " << endl;
+        for (const auto& [time, hazard] : cumHazardTables[i]) {
+            out << "     time=" << time << "; cumHazard= " << hazard << endl;
+        }
+    }
+    out << "End display of CoxRegModel" << endl;
+}
+
+void CoxRegModel::Describe(ModelDescription& description) const
+{
+    DescribeCommon(description);
+    description.family = kRoad.family;
+    description.className = "CoxRegModel";
+    const auto reads = [&](const std::string& name) {
+        std::vector<std::string>& all = description.variables;
+        const bool known = std::find(all.begin(), all.end(), name) != all.end();
+        if (!name.empty() && !known) all.push_back(name);
+    };
+    reads(endTimeVariableName);
+    reads(stratumVariableName);
+    description.endTimeVariable = endTimeVariableName;
+    description.stratumVariable = stratumVariableName;
+
+    ModelDescription::Equation equation = DescribeEquation(0);
+    for (size_t p = 0; p < equation.terms.size(); ++p) {
+        if (basePointTable.size() != equation.terms.size()) break;
+        equation.terms[p].referencePoint = basePointTable[p];
+    }
+    description.equations.push_back(std::move(equation));
+
+    for (size_t k = 0; k < contrastMatrices.size() && k < predictorVars.size(); ++k) {
+        if (contrastMatrices[k].empty() || predictorVars[k] == nullptr) continue;
+        ModelDescription::Contrast contrast;
+        contrast.predictor = predictorVars[k]->GetName();
+        contrast.rows = contrastMatrices[k];
+        for (const auto& category : contrastCategories[k]) {
+            contrast.categories.push_back(category ? category->GetString() : "");
+        }
+        description.contrasts.push_back(std::move(contrast));
+    }
+
+    // What a table without cells has for a first time is no time.
+    const auto time = [](double limit) {
+        return std::fabs(limit) == std::fabs(kNone) ? kNotANumber : limit;
+    };
+    for (size_t i = 0; i < std::max(cumHazardTables.size(), stratumCategs.size()); ++i) {
+        ModelDescription::Stratum stratum;
+        if (i < stratumCategs.size()) stratum.value = stratumCategs[i];
+        if (i < cumHazardTables.size()) stratum.cells = cumHazardTables[i].size();
+        stratum.minTime = time(LimitOf(minTimes, i));
+        stratum.maxTime = time(LimitOf(maxTimes, i));
+        description.strata.push_back(std::move(stratum));
+    }
+
+    for (size_t begin = 0; begin < targetString.size();) {
+        const size_t comma = std::min(targetString.find(',', begin), targetString.size());
+        description.eventValues.push_back(targetString.substr(begin, comma - begin));
+        begin = comma + 1;
+    }
+    description.quantities = {
+        {"prediction", "probability to survive the case's end time"},
+        {"cum_hazard", "cumulative hazard up to the case's end time"},
+    };
+}
+
+}  // namespace MCVelscore_850
