@@ -62,13 +62,13 @@ struct Function {
 const Function* FindFunction(std::string_view name);
 
 /// All functions of a topic.
-std::span<const Function> ArithmeticFunctions();
-std::span<const Function> DistributionFunctions();
-std::span<const Function> LogicFunctions();
-std::span<const Function> TextFunctions();
-std::span<const Function> PatternFunctions();
-std::span<const Function> FormatFunctions();
-std::span<const Function> DateFunctions();
+VELHOST_API std::span<const Function> ArithmeticFunctions();
+VELHOST_API std::span<const Function> DistributionFunctions();
+VELHOST_API std::span<const Function> LogicFunctions();
+VELHOST_API std::span<const Function> TextFunctions();
+VELHOST_API std::span<const Function> PatternFunctions();
+VELHOST_API std::span<const Function> FormatFunctions();
+VELHOST_API std::span<const Function> DateFunctions();
 
 }  // namespace MCVelscore_850
 

@@ -87,10 +87,7 @@ public:
         return *Var(name).GetTransformedValue(record_.get(), dictionary_.get(), derived_.get());
     }
     double Number(const std::string& name) const { return (*this)[name].GetDouble(); }
-    bool Missing(const std::string& name) const
-    {
-        return Var(name).IsMissing(&(*this)[name]);
-    }
+    bool Missing(const std::string& name) const { return Var(name).IsMissing(&(*this)[name]); }
 
     /// Neither missing nor valid.
     bool Invalid(const std::string& name) const

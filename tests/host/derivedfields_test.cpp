@@ -123,8 +123,8 @@ TEST(Apply, OutcomeThatIsNotValidIsTreatedAsAsked)
             EXPECT_EQ(found, row.expected) << row.attributes;
         }
     }
-    EXPECT_EQ(RefusedFor(DerivedField("d", Apply("ln", FieldRef("x"),
-                                                 "invalidValueTreatment='asValue'"))),
+    EXPECT_EQ(RefusedFor(
+                  DerivedField("d", Apply("ln", FieldRef("x"), "invalidValueTreatment='asValue'"))),
               (Refusal{kUnknownDataType, {"asValue", "invalidValueTreatment", "d"}}));
 }
 
@@ -139,8 +139,9 @@ TEST(Apply, InfinityThatIsLeftAsItIsIsANumber)
 {
     const std::string inner =
         Apply("/", Constant("1") + FieldRef("x"), "invalidValueTreatment='asIs'");
-    Derivation d(DerivedField("d", Apply("/", Constant("1") + inner)) +
-                 DerivedField("e", Apply("lessThan", FieldRef("y") + Constant("INF", "dataType='double'"))));
+    Derivation d(
+        DerivedField("d", Apply("/", Constant("1") + inner)) +
+        DerivedField("e", Apply("lessThan", FieldRef("y") + Constant("INF", "dataType='double'"))));
     EXPECT_EQ(d.With("x", 0.0).Number("d"), 0.0);
     EXPECT_EQ(d.With("y", 1e300).Number("e"), 1.0);
 }
