@@ -142,8 +142,9 @@ private:
             each.push_back({{}, outcomes.left});
             if (!argument->CollectOutcomes(each.back())) return false;
             combinations *= each.back().values.size();
-            if (combinations > kMostCombinations) return false;
+            if (combinations > std::min(kMostCombinations, outcomes.left)) return false;
         }
+        outcomes.left -= combinations;
         std::unordered_set<std::string> seen;
         ExpressionValue outcome;
         for (size_t combination = 0; combination < combinations; ++combination) {

@@ -160,8 +160,15 @@ bool ReadValue(std::string_view text, const DataType& type, ExpressionValue& val
             return true;
         }
     }
-    value.SetText(type.valueType == ScoreDictVar::STRING && !type.boolean ? text
-                                                                          : TrimBlanks(text));
+    const bool isText = type.valueType == ScoreDictVar::STRING && !type.boolean;
+    value.SetText(isText ? text : TrimBlanks(text));
+    if (type.valueType == ScoreDictVar::NUMERIC) {
+        // A number as it stands: only outcomes are cut to whole ones.
+        double number = 0.0;
+        if (!AsNumber(value, number)) return false;
+        value.SetNumber(number);
+        return true;
+    }
     CastTo(type, value);
     return value.HasValue();
 }

@@ -1,6 +1,7 @@
 // MapValues: a table of the document, looked up by one or several fields.
 
 #include <algorithm>
+#include <cmath>
 #include <string>
 #include <unordered_map>
 
@@ -11,21 +12,23 @@ namespace MCVelscore_850 {
 
 namespace {
 
-// Appends what a value looks like in a key, so that equal values look alike: a truth value by its
-// canonical word, a number, also one that a text spells, by its shortest spelling. The texts of a
+// Appends what a value looks like in a key, so that equal values look alike: a number, also one
+// that a text spells, by its shortest spelling, a truth value by its canonical word. The texts of a
 // field that is declared as text stay as they are. False for a value without a look.
 bool AppendKey(const DataType* type, ExpressionValue& value, std::string& key)
 {
     double number = 0.0;
-    if (type != nullptr) {
-        const bool boolean = type->boolean;
+    if (type == nullptr || type->valueType == ScoreDictVar::NUMERIC) {
+        if (AsNumber(value, number)) {
+            value.SetNumber(number);
+        } else if (type != nullptr) {
+            return false;
+        }
+    } else {
         CastTo(*type, value);
-        if (boolean && value.kind == ExpressionValue::Boolean) value.text.clear();
-    } else if (value.kind == ExpressionValue::Text && AsNumber(value, number)) {
-        value.SetNumber(number);
     }
-    if (value.kind == ExpressionValue::Number && number != number) return false;
     if (value.kind == ExpressionValue::Number) {
+        if (!std::isfinite(value.number)) return false;
         AppendNumber(value.number, key);
     } else {
         MakeText(value);

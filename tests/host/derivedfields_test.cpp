@@ -187,6 +187,7 @@ TEST(DerivedFields, UnknownFieldFunctionOrExpressionIsRefusedByName)
         Refusal expected;
     } kRows[] = {
         {FieldRef("nobody"), {kUnknownFieldReference, {"nobody", "d"}}},
+        {FieldRef("X"), {kUnknownFieldReference, {"X", "d"}}},  // x is another name
         {Apply("cosh2", FieldRef("x")), {kFunctionNotSupported, {"cosh2", "d"}}},
         {"<Lag field='x'/>", {kExpressionNotSupported, {"Lag", "d"}}},
         {"<Aggregate field='x' function='sum'/>", {kExpressionNotSupported, {"Aggregate", "d"}}},

@@ -249,6 +249,15 @@ TEST(MapValues, CellsMatchAsValuesOfTheirFieldsType)
     EXPECT_EQ(d.With("t", "1.0").Number("g"), 2.0);
 }
 
+// The code 1 is not 1.9, though a derived whole number would be cut to it.
+TEST(MapValues, CellsOfAWholeFieldAreNotCutToWholeOnes)
+{
+    Derivation d(DerivedField("d", MapValues(Pair("k", "in1") + Rows({{"1.9", "9"}, {"1", "1"}}))) +
+                 DerivedField("e", NormDiscrete("k", "1.9")));
+    EXPECT_EQ(d.With("k", 1.0).Number("d"), 1.0);
+    EXPECT_EQ(d.Number("e"), 0.0);
+}
+
 TEST(MapValues, CellsMayHaveAPrefix)
 {
     for (const char* column : {"in1", "data:in1"}) {
