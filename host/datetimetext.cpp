@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
+#include <cmath>
+
+#include <fmt/format.h>
 
 #include "host/numbertext.h"
 
@@ -15,9 +18,7 @@ using std::chrono::sys_days;
 using std::chrono::year;
 using std::chrono::year_month_day;
 
-constexpr double kSecondsPerDay = 86400.0;
-
-enum class Shape { Date, Time, DateTime };
+using Shape = DateTimeShape;
 
 // What the text of a type looks like, and the days from the type's origin to 1970-01-01. Year 0
 // counts from 0000-01-01 of the proleptic Gregorian calendar.
@@ -109,14 +110,52 @@ bool TakeTime(std::string_view& text, double& seconds)
     return true;
 }
 
+// An offset from Greenwich behind a time, in seconds; 0 where there is none.
+bool TakeOffset(std::string_view& text, double& seconds)
+{
+    seconds = 0.0;
+    if (text.empty() || TakeChar(text, 'Z')) return true;
+    const bool east = text.front() == '+';
+    if (!TakeChar(text, '+') && !TakeChar(text, '-')) return false;
+    int h = 0;
+    int m = 0;
+    if (!TakeDigits(text, 2, h) || !TakeChar(text, ':') || !TakeDigits(text, 2, m)) return false;
+    if (h > 14 || m > 59) return false;
+    seconds = (east ? 1.0 : -1.0) * (h * 3600.0 + m * 60.0);
+    return true;
+}
+
+bool ReadShape(std::string_view text, Shape shape, double& plain)
+{
+    double date = 0.0;
+    double time = 0.0;
+    double offset = 0.0;
+    if (shape != Shape::Time && !TakeDate(text, date)) return false;
+    if (shape == Shape::DateTime && !TakeChar(text, 'T') && !TakeChar(text, ' ')) return false;
+    if (shape != Shape::Date && !TakeTime(text, time)) return false;
+    if (shape == Shape::DateTime && !TakeOffset(text, offset)) return false;
+    if (shape == Shape::Time) TakeChar(text, 'Z');
+    if (!text.empty()) return false;
+    plain = shape == Shape::Date ? date : date * kSecondsPerDay + time - offset;
+    return true;
+}
+
+void AppendTime(double seconds, std::string& out)
+{
+    const int whole = static_cast<int>(seconds);
+    fmt::format_to(std::back_inserter(out), "{:02}:{:02}:", whole / 3600, whole / 60 % 60);
+    const double rest = seconds - whole / 60 * 60.0;
+    if (rest < 10.0) out += '0';
+    AppendNumber(rest, out);
+}
+
 }  // namespace
 
 double OriginShift(ScoreDictVar::DateTimeType type)
 {
     const TypeRow* row = FindType(type);
     if (row == nullptr || row->shape == Shape::Time) return 0.0;
-    const sys_days origin{year{row->originYear} / std::chrono::January / 1};
-    const double shift = -static_cast<double>(origin.time_since_epoch().count());
+    const double shift = -DaysToYear(row->originYear);
     return row->shape == Shape::Date ? shift : shift * kSecondsPerDay;
 }
 
@@ -130,14 +169,68 @@ bool ReadDateTime(std::string_view text, ScoreDictVar::DateTimeType type, double
         plain = number - OriginShift(type);
         return true;
     }
-    double date = 0.0;
-    double time = 0.0;
-    if (row->shape != Shape::Time && !TakeDate(text, date)) return false;
-    if (row->shape == Shape::DateTime && !TakeChar(text, 'T') && !TakeChar(text, ' ')) return false;
-    if (row->shape != Shape::Date && !TakeTime(text, time)) return false;
-    if (!text.empty()) return false;
-    plain = row->shape == Shape::Date ? date : date * kSecondsPerDay + time;
+    return ReadShape(text, row->shape, plain);
+}
+
+bool ReadAnyDateTime(std::string_view text, DateTimeShape& shape, double& plain)
+{
+    text = TrimBlanks(text);
+    for (const Shape candidate : {Shape::Date, Shape::Time, Shape::DateTime}) {
+        shape = candidate;
+        if (ReadShape(text, candidate, plain)) return true;
+    }
+    return false;
+}
+
+void AppendDateTime(double plain, ScoreDictVar::DateTimeType type, std::string& out)
+{
+    const TypeRow* row = FindType(type);
+    if (row == nullptr || !std::isfinite(plain)) return;
+    if (row->countsFromOrigin) return AppendNumber(plain + OriginShift(type), out);
+    if (row->shape == Shape::Time) {
+        if (plain >= 0.0 && plain < kSecondsPerDay) AppendTime(plain, out);
+        return;
+    }
+    const double day =
+        row->shape == Shape::Date ? std::floor(plain) : std::floor(plain / kSecondsPerDay);
+    if (day < DaysToYear(0) || day >= DaysToYear(9999) + 365.0) return;
+    const year_month_day date{sys_days{days{static_cast<int>(day)}}};
+    fmt::format_to(std::back_inserter(out), "{:04}-{:02}-{:02}", static_cast<int>(date.year()),
+                   static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
+    if (row->shape == Shape::Date) return;
+    out += 'T';
+    AppendTime(plain - day * kSecondsPerDay, out);
+}
+
+DateTimeShape ShapeOf(ScoreDictVar::DateTimeType type)
+{
+    const TypeRow* row = FindType(type);
+    return row == nullptr ? Shape::DateTime : row->shape;
+}
+
+bool CountsFromOrigin(ScoreDictVar::DateTimeType type)
+{
+    const TypeRow* row = FindType(type);
+    return row != nullptr && row->countsFromOrigin;
+}
+
+bool ChangeShape(DateTimeShape from, DateTimeShape to, double& plain)
+{
+    if (from == to) return true;
+    if (from == Shape::Date && to == Shape::DateTime) {
+        plain *= kSecondsPerDay;
+        return true;
+    }
+    if (from != Shape::DateTime) return false;
+    const double day = std::floor(plain / kSecondsPerDay);
+    plain = to == Shape::Date ? day : plain - day * kSecondsPerDay;
     return true;
+}
+
+double DaysToYear(int y)
+{
+    const sys_days first{year{y} / std::chrono::January / 1};
+    return static_cast<double>(first.time_since_epoch().count());
 }
 
 }  // namespace MCVelscore_850

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <optional>
 
 #include "host/catencoder.h"
 #include "host/datetimetext.h"
@@ -21,6 +20,8 @@ namespace {
 constexpr std::string_view kTrueWords[] = {"true", "TRUE", "T", "1"};
 constexpr std::string_view kFalseWords[] = {"false", "FALSE", "F", "0"};
 
+}  // namespace
+
 std::optional<bool> TruthOf(std::string_view text)
 {
     for (const std::string_view word : kTrueWords) {
@@ -31,8 +32,6 @@ std::optional<bool> TruthOf(std::string_view text)
     }
     return std::nullopt;
 }
-
-}  // namespace
 
 // The encoder looks at the variable's categories, so it is live.
 class DictVar::Encoder final : public CatEncoder {

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -15,6 +16,9 @@
 namespace MCVelscore_850 {
 
 struct TargetDeclaration;
+
+/// The truth that a word spells: true, TRUE, T, 1 or false, FALSE, F, 0; nothing for other texts.
+std::optional<bool> TruthOf(std::string_view text);
 
 /// The type of a variable, as its declaration tells it.
 struct DictVarType {

@@ -82,6 +82,18 @@ inline constexpr int kOutputFeature = 269112;      // feature, output field
 inline constexpr int kNoVerification = 269113;     // file
 inline constexpr int kVerificationField = 269114;  // field, file
 
+// Codes of the host's own refusals: the expressions of derived fields.
+inline constexpr int kNotOfDataType = 269111;      // text, data type, derived field
+inline constexpr int kDuplicateFunction = 269112;  // function
+inline constexpr int kFunctionCycle = 269113;      // function
+inline constexpr int kBadPattern = 269114;         // text, function, reason, derived field
+inline constexpr int kTooManyPatterns = 269115;    // limit, derived field
+inline constexpr int kTooManySteps = 269116;       // limit, derived field
+inline constexpr int kTableLocator = 269117;       // derived field
+inline constexpr int kMapCellMissing = 269118;     // column, derived field
+inline constexpr int kMapColumnTwice = 269119;     // column, derived field
+inline constexpr int kMapWithoutColumns = 269120;  // derived field
+
 // Codes of the engine: the plug-in.
 inline constexpr int kPluginNotLoaded = 269201;  // file, reason
 inline constexpr int kPluginNoEntry = 269202;    // file, entry

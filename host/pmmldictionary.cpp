@@ -4,8 +4,11 @@
 
 #include <xercesc/dom/DOM.hpp>
 
+#include "host/datatypes.h"
+#include "host/datetimetext.h"
 #include "host/dictvar.h"
 #include "host/messages.h"
+#include "host/numbertext.h"
 #include "host/pmmlmodeltags.h"
 #include "host/pmmltranslator.h"
 #include "host/pmmltypes.h"
@@ -26,37 +29,6 @@ const std::string kInterval = "Interval";
 const std::string kProperty = "property";
 const std::string kUnlistedCategories = "unlistedCategories";
 const std::string kAccept = "accept";
-
-struct DataTypeRow {
-    const char* name;
-    ScoreDictVar::ValueType valueType;
-    ScoreDictVar::DateTimeType dateTimeType;
-    bool boolean;
-};
-
-constexpr DataTypeRow kDataTypes[] = {
-    {"string", ScoreDictVar::STRING, ScoreDictVar::NOT_DATETIME, false},
-    {"boolean", ScoreDictVar::STRING, ScoreDictVar::NOT_DATETIME, true},
-    {"integer", ScoreDictVar::NUMERIC, ScoreDictVar::NOT_DATETIME, false},
-    {"float", ScoreDictVar::NUMERIC, ScoreDictVar::NOT_DATETIME, false},
-    {"double", ScoreDictVar::NUMERIC, ScoreDictVar::NOT_DATETIME, false},
-    {"date", ScoreDictVar::DATETIME, ScoreDictVar::DATE, false},
-    {"time", ScoreDictVar::DATETIME, ScoreDictVar::TIME, false},
-    {"dateTime", ScoreDictVar::DATETIME, ScoreDictVar::DATE_TIME, false},
-    {"dateDaysSince[0]", ScoreDictVar::DATETIME, ScoreDictVar::DATE_DAYS_SINCE_0, false},
-    {"dateDaysSince[1960]", ScoreDictVar::DATETIME, ScoreDictVar::DATE_DAYS_SINCE_1960, false},
-    {"dateDaysSince[1970]", ScoreDictVar::DATETIME, ScoreDictVar::DATE_DAYS_SINCE_1970, false},
-    {"dateDaysSince[1980]", ScoreDictVar::DATETIME, ScoreDictVar::DATE_DAYS_SINCE_1980, false},
-    {"timeSeconds", ScoreDictVar::DATETIME, ScoreDictVar::TIME_SECONDS, false},
-    {"dateTimeSecondsSince[0]", ScoreDictVar::DATETIME, ScoreDictVar::DATE_TIME_SECONDS_SINCE_0,
-     false},
-    {"dateTimeSecondsSince[1960]", ScoreDictVar::DATETIME,
-     ScoreDictVar::DATE_TIME_SECONDS_SINCE_1960, false},
-    {"dateTimeSecondsSince[1970]", ScoreDictVar::DATETIME,
-     ScoreDictVar::DATE_TIME_SECONDS_SINCE_1970, false},
-    {"dateTimeSecondsSince[1980]", ScoreDictVar::DATETIME,
-     ScoreDictVar::DATE_TIME_SECONDS_SINCE_1980, false},
-};
 
 struct OptypeRow {
     const char* name;
@@ -93,29 +65,24 @@ constexpr ClosureRow kClosures[] = {
     {"closedClosed", true, true},
 };
 
-// The row of that name; refuses a text that the standard doesn't know for this attribute.
-template <class Row, size_t N>
-const Row& FindRow(const Row (&rows)[N], const std::string& text, const char* attribute,
-                   const std::string& field)
-{
-    for (const Row& row : rows) {
-        if (text == row.name) return row;
-    }
-    Refuse(kUnknownDataType, text.c_str(), attribute, field.c_str());
-}
+// Documents before this version may leave a field's dataType out.
+constexpr double kFirstVersionWithDataType = 3.1;
 
 }  // namespace
 
 DictVarType FieldType(const std::string& name, const std::string& optype,
                       const std::string& dataType)
 {
-    const DataTypeRow& row = FindRow(kDataTypes, dataType, kDataType.c_str(), name);
+    const DataType* row = FindDataType(dataType);
+    if (row == nullptr) {
+        Refuse(kUnknownDataType, dataType.c_str(), kDataType.c_str(), name.c_str());
+    }
     DictVarType type;
     type.name = name;
     type.level = FindRow(kOptypes, optype, Tags::XML_ATT_DATAFIELD_OPTYPE.c_str(), name).level;
-    type.valueType = row.valueType;
-    type.dateTimeType = row.dateTimeType;
-    type.boolean = row.boolean;
+    type.valueType = row->valueType;
+    type.dateTimeType = row->dateTimeType;
+    type.boolean = row->boolean;
     type.dataType = dataType;
     return type;
 }
@@ -142,7 +109,12 @@ void PMMLTranslator::ReadDeclaredValues(DOMElement* element, DictVar& var)
                 Refuse(260127, text.c_str(), name.c_str());
             }
         } else if (IsEqual(child->getTagName(), kInterval)) {
-            ReadInterval(child, var);
+            DictVar::Interval interval = ReadInterval(child, var.GetDateTimeType(), name);
+            // The values of a variable count from 1970.
+            const double shift = OriginShift(var.GetDateTimeType());
+            interval.low -= shift;
+            interval.high -= shift;
+            var.DeclareInterval(interval);
         } else if (IsEqual(child->getTagName(), Tags::XML_ELE_EXTENSION) &&
                    IsEqual(GetAttribute(child, Tags::XML_ATT_EXTENSION_EXTENDER),
                            Tags::XML_VAL_EXTENSION_EXTENDER) &&
@@ -153,17 +125,37 @@ void PMMLTranslator::ReadDeclaredValues(DOMElement* element, DictVar& var)
     }
 }
 
-void PMMLTranslator::ReadInterval(DOMElement* element, DictVar& var)
+DictVar::Interval PMMLTranslator::ReadInterval(DOMElement* element, ScoreDictVar::DateTimeType type,
+                                               const std::string& field) const
 {
     const std::string closure = "closure";
-    const auto& row = FindRow(kClosures, ToString(GetAttributeForced(element, closure)),
-                              closure.c_str(), var.GetName());
+    const auto& row =
+        FindRow(kClosures, ToString(GetAttributeForced(element, closure)), closure.c_str(), field);
+    const auto margin = [&](const char* attribute, double unbounded) {
+        const XMLCh* text = GetAttribute(element, attribute);
+        double plain = 0.0;
+        if (IsBlank(text)) return unbounded;
+        if (type != ScoreDictVar::NOT_DATETIME && ReadDateTime(ToString(text), type, plain)) {
+            return plain + OriginShift(type);
+        }
+        return VerifyDouble(text);
+    };
     constexpr double kNoBound = std::numeric_limits<double>::infinity();
-    const XMLCh* low = GetAttribute(element, "leftMargin");
-    const XMLCh* high = GetAttribute(element, "rightMargin");
-    var.DeclareInterval({IsBlank(low) ? -kNoBound : VerifyDouble(low),
-                         IsBlank(high) ? kNoBound : VerifyDouble(high), row.lowClosed,
-                         row.highClosed});
+    return {margin("leftMargin", -kNoBound), margin("rightMargin", kNoBound), row.lowClosed,
+            row.highClosed};
+}
+
+std::string PMMLTranslator::DataTypeText(DOMElement* field, const std::string& optype) const
+{
+    const DOMElement* root = field->getOwnerDocument()->getDocumentElement();
+    double version = 0.0;
+    if (GetAttribute(field, kDataType) == nullptr &&
+        ReadNumber(ToString(GetAttribute(root, Tags::XML_ATT_VERSION)), version) ==
+            NumberText::Number &&
+        version < kFirstVersionWithDataType) {
+        return optype == Tags::XML_VAL_OT_CONTINUOUS ? "double" : "string";
+    }
+    return ToString(GetAttributeForced(field, kDataType));
 }
 
 ScoreDictionary* PMMLTranslator::ParseDictionary(xercesc::DOMNode* node, bool withValues)
@@ -175,7 +167,7 @@ ScoreDictionary* PMMLTranslator::ParseDictionary(xercesc::DOMNode* node, bool wi
         const std::string name = Transcode(GetAttributeForced(field, Tags::XML_ATT_NAME));
         const std::string optype =
             ToString(GetAttributeForced(field, Tags::XML_ATT_DATAFIELD_OPTYPE));
-        const std::string dataType = ToString(GetAttributeForced(field, kDataType));
+        const std::string dataType = DataTypeText(field, optype);
         auto var = std::make_unique<DictVar>(FieldType(name, optype, dataType));
         if (withValues) ReadDeclaredValues(field, *var);
         NoteElement(field);

@@ -5,11 +5,11 @@
 #include <vector>
 
 #include "host/basetranslator.h"
+#include "host/dictvar.h"
 #include "host/scoredictvar.h"
 
 namespace MCVelscore_850 {
 
-class DictVar;
 struct TargetDeclaration;
 class TransformationDictionary;
 
@@ -29,7 +29,8 @@ public:
     /// that isn't in the dictionary, and kUnknownDataType for an unknown castInteger.
     void HandleTargets(xercesc::DOMElement* element, ScoreDictionary* dictionary);
     /// A new dictionary of the DerivedFields below the element, owned by the caller; null when
-    /// there is none. Expressions: FieldRef, Constant, NormContinuous, Apply with + - * /.
+    /// there is none. All expressions of the standard but TextIndex, Lag and Aggregate, and the
+    /// functions that the section or the document's TransformationDictionary defines.
     TransformationDictionary* HandleTransformationDictionary(xercesc::DOMElement* element,
                                                              const ScoreDictionary* dictionary);
     /// Gives a categorical variable its encoder; a second call does nothing.
@@ -45,7 +46,11 @@ private:
 
     /// Value, Interval and the own Extension children of a field.
     void ReadDeclaredValues(xercesc::DOMElement* element, DictVar& var);
-    void ReadInterval(xercesc::DOMElement* element, DictVar& var);
+    /// The margins count from the type's own origin; a date or time may be spelled out there.
+    DictVar::Interval ReadInterval(xercesc::DOMElement* element, ScoreDictVar::DateTimeType type,
+                                   const std::string& field) const;
+    /// The dataType of a DataField or DerivedField, which the first versions may leave out.
+    std::string DataTypeText(xercesc::DOMElement* field, const std::string& optype) const;
     TargetDeclaration ReadTarget(xercesc::DOMElement* element, const std::string& name) const;
     std::string NameOfTarget(const xercesc::DOMNode* model) const;
 };

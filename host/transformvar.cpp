@@ -1,10 +1,10 @@
 #include "host/transformvar.h"
 
+#include <limits>
 #include <unordered_set>
 
+#include "host/datetimetext.h"
 #include "host/datetimevalue.h"
-#include "host/expression.h"
-#include "host/numbertext.h"
 #include "host/numericvalue.h"
 #include "host/stringvalue.h"
 
@@ -26,12 +26,14 @@ std::unique_ptr<ScoreValue> MakeMissing(int valueType)
     }
 }
 
-double NumberOf(const ExpressionValue& value)
+// The number that the value objects hold for an outcome.
+double NumberOf(const ExpressionValue& outcome)
 {
-    double number = NumericValue::GetSysmisValue();
-    if (value.kind == ExpressionValue::Number) return value.number;
-    if (value.kind == ExpressionValue::Text) ReadNumber(value.text, number);
-    return number;
+    switch (outcome.kind) {
+        case ExpressionValue::Missing: return NumericValue::GetSysmisValue();
+        case ExpressionValue::Number: return outcome.number - OriginShift(outcome.dateTime);
+        default: return std::numeric_limits<double>::quiet_NaN();
+    }
 }
 
 }  // namespace
@@ -39,6 +41,7 @@ double NumberOf(const ExpressionValue& value)
 TransformVar::TransformVar(DictVarType type, std::shared_ptr<const Expression> expression)
     : DictVar(std::move(type)),
       expression_(std::move(expression)),
+      cast_(DataTypeOf(Type())),
       height_(expression_->Height()),
       value_(MakeMissing(GetValueType()))
 {
@@ -53,6 +56,7 @@ TransformVar::TransformVar(DictVarType type, std::shared_ptr<const Expression> e
 TransformVar::TransformVar(const TransformVar& other)
     : DictVar(other),
       expression_(other.expression_),
+      cast_(other.cast_),
       inputs_(other.inputs_),
       height_(other.height_),
       value_(MakeMissing(GetValueType()))
@@ -73,26 +77,23 @@ ScoreValue* TransformVar::ValueIn(const ExpressionCase& c) const
 {
     if (evaluation_ == c.evaluation) return value_.get();
     evaluation_ = c.evaluation;
-    ExpressionValue outcome;
-    expression_->Evaluate(c, outcome);
+    expression_->Evaluate(c, outcome_);
+    CastTo(cast_, outcome_);
     switch (value_->GetValueType()) {
         case ScoreValue::STRING: {
             auto& value = static_cast<StringValue&>(*value_);
-            if (outcome.kind == ExpressionValue::Missing) {
-                value.SetMissing();
-            } else if (outcome.kind == ExpressionValue::Text) {
-                value.Assign(Spelling(outcome.text));
+            MakeText(outcome_);
+            if (outcome_.HasValue()) {
+                value.Assign(Spelling(outcome_.text));
             } else {
-                outcome.text.clear();
-                AppendNumber(outcome.number, outcome.text);
-                value.Assign(Spelling(outcome.text));
+                value.SetMissing();
             }
             break;
         }
         case ScoreValue::DATETIME:
-            static_cast<DateTimeValue&>(*value_).SetNumber(NumberOf(outcome));
+            static_cast<DateTimeValue&>(*value_).SetNumber(NumberOf(outcome_));
             break;
-        default: static_cast<NumericValue&>(*value_).SetDoubleValue(NumberOf(outcome)); break;
+        default: static_cast<NumericValue&>(*value_).SetDoubleValue(NumberOf(outcome_)); break;
     }
     return value_.get();
 }

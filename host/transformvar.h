@@ -6,11 +6,10 @@
 #include <vector>
 
 #include "host/dictvar.h"
+#include "host/expression.h"
 
 namespace MCVelscore_850 {
 
-class Expression;
-struct ExpressionCase;
 class ScoreCaseRecord;
 class ScoreDictionary;
 
@@ -24,7 +23,8 @@ public:
     ScoreDictVar* Clone() const override;
     bool IsDerived() const override { return true; }
 
-    /// The derived value for the case, a missing value where the expression yields none. It
+    /// The derived value for the case, cast to the variable's type: a missing value where the
+    /// expression yields none, NaN (of a text a missing one) where it yields no valid one. It
     /// belongs to the variable and stands until the next call; null never.
     ScoreValue* GetTransformedValue(const ScoreCaseRecord* record,
                                     const ScoreDictionary* dictionary,
@@ -42,9 +42,11 @@ public:
 
 private:
     std::shared_ptr<const Expression> expression_;
+    const DataType& cast_;
     std::vector<const ScoreDictVar*> inputs_;
     int height_;
     std::unique_ptr<ScoreValue> value_;
+    mutable ExpressionValue outcome_;       // scratch, for its buffer
     mutable unsigned long evaluation_ = 0;  // the one that value_ comes from
 };
 

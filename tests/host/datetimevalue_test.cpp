@@ -104,6 +104,10 @@ TEST(ReadDateTime, ReadsEveryTypeAsThePlainNumber)
         {"01:01:01.25", Var::TIME, 3661.25},
         {"2000-01-01T00:00:01", Var::DATE_TIME, kDays2000 * kDay + 1.0},
         {"2000-01-01 12:00", Var::DATE_TIME, kDays2000 * kDay + 43200.0},
+        {"2000-01-01T01:00:01Z", Var::DATE_TIME, kDays2000 * kDay + 3601.0},
+        {"2000-01-01T01:00:01.5+01:00", Var::DATE_TIME, kDays2000 * kDay + 1.5},
+        {"1999-12-31T19:00:00-05:30", Var::DATE_TIME, kDays2000 * kDay + 1800.0},
+        {"01:01:01Z", Var::TIME, 3661.0},
         // A date in text is the same day whatever its type counts from.
         {"2000-01-01", Var::DATE_DAYS_SINCE_1960, kDays2000},
         {"2000-01-01T00:00:01", Var::DATE_TIME_SECONDS_SINCE_1980, kDays2000 * kDay + 1.0},

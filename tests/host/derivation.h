@@ -1,7 +1,7 @@
 #ifndef VELSCORE_TESTS_HOST_DERIVATION_H
 #define VELSCORE_TESTS_HOST_DERIVATION_H
 
-#include <map>
+#include <limits>
 #include <memory>
 #include <string>
 #include <utility>
@@ -18,7 +18,8 @@
 namespace MCVelscore_850 {
 
 /// The fields that the documents of these tests derive from: numbers x, y and z, a text t, a text
-/// c of the categories a and b, and a code k of the numbers 1 and 2.
+/// c of the categories a and b, a code k of the numbers 1 and 2, truths b and w (which spells them
+/// yet otherwise), an ordinal text o, and dates and times of several types.
 inline constexpr char kDataFields[] =
     "<DataField name='x' optype='continuous' dataType='double'/>"
     "<DataField name='y' optype='continuous' dataType='double'/>"
@@ -28,7 +29,20 @@ inline constexpr char kDataFields[] =
     "<DataField name='c' optype='categorical' dataType='string'>"
     "<Value value='a'/><Value value='b'/></DataField>"
     "<DataField name='k' optype='categorical' dataType='integer'>"
-    "<Value value='1'/><Value value='2'/></DataField>";
+    "<Value value='1'/><Value value='2'/></DataField>"
+    "<DataField name='b' optype='categorical' dataType='boolean'/>"
+    "<DataField name='w' optype='categorical' dataType='boolean'>"
+    "<Value value='T'/><Value value='F'/></DataField>"
+    "<DataField name='o' optype='ordinal' dataType='string'>"
+    "<Value value='small'/><Value value='medium'/><Value value='large'/></DataField>"
+    "<DataField name='day' optype='continuous' dataType='date'/>"
+    "<DataField name='clock' optype='continuous' dataType='time'/>"
+    "<DataField name='moment' optype='continuous' dataType='dateTime'/>"
+    "<DataField name='days60' optype='continuous' dataType='dateDaysSince[1960]'/>"
+    "<DataField name='seconds80' optype='continuous' dataType='dateTimeSecondsSince[1980]'/>";
+
+inline constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+inline constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 /// Derived fields and one case.
 class Derivation {
@@ -59,15 +73,27 @@ public:
         return *this;
     }
 
+    /// The value that the field's type reads from the text.
+    Derivation& Read(const std::string& name, const std::string& text)
+    {
+        record_->Own(record_->GetVarIndex(name),
+                     std::unique_ptr<ScoreValue>(dictionary_->GetVar(name)->MakeValue(text)));
+        return *this;
+    }
+
     /// The value of a derived field in the case.
     const ScoreValue& operator[](const std::string& name) const
     {
         return *Var(name).GetTransformedValue(record_.get(), dictionary_.get(), derived_.get());
     }
     double Number(const std::string& name) const { return (*this)[name].GetDouble(); }
-    bool Missing(const std::string& name) const
+    bool Missing(const std::string& name) const { return Var(name).IsMissing(&(*this)[name]); }
+
+    /// Neither missing nor valid.
+    bool Invalid(const std::string& name) const
     {
-        return Var(name).IsMissing(&(*this)[name]);
+        const ScoreValue& value = (*this)[name];
+        return !Var(name).IsMissing(&value) && !Var(name).IsValid(&value);
     }
 
     const TransformVar& Var(const std::string& name) const

@@ -1,5 +1,6 @@
 // Derived fields: how they are read, and what FieldRef, Constant and Apply yield.
 
+#include <cmath>
 #include <limits>
 
 #include <gtest/gtest.h>
@@ -37,7 +38,7 @@ TEST(FieldRef, IsTheValueOfItsField)
     EXPECT_EQ(d["e"].GetValueType(), ScoreValue::STRING);
 }
 
-TEST(FieldRef, MissingOrInvalidFieldIsMissingOrItsReplacement)
+TEST(FieldRef, MissingOrInvalidFieldStaysSoOrIsItsReplacement)
 {
     const std::string fields =
         DerivedField("d", FieldRef("z")) + DerivedField("e", FieldRef("z", "mapMissingTo='-1.5'")) +
@@ -45,7 +46,8 @@ TEST(FieldRef, MissingOrInvalidFieldIsMissingOrItsReplacement)
     Derivation d(fields);
     for (int invalid = 0; invalid < 2; ++invalid) {
         if (invalid == 1) d.With("z", 11.0).With("c", "not declared");
-        EXPECT_TRUE(d.Missing("d")) << invalid;
+        EXPECT_EQ(d.Missing("d"), invalid == 0);
+        EXPECT_EQ(d.Invalid("d"), invalid == 1);
         EXPECT_EQ(d.Number("e"), -1.5) << invalid;
         EXPECT_TRUE(d.Missing("f")) << invalid;
         EXPECT_EQ(d["g"].GetString(), "none") << invalid;
@@ -96,24 +98,52 @@ TEST(Apply, Nests)
     EXPECT_EQ(d.With("x", 9.0).Number("d"), 18.0);
 }
 
-TEST(Apply, DivisionByZeroHasNoResult)
+// The default treatment is returnInvalid, and a default stands for a missing outcome alone.
+TEST(Apply, OutcomeThatIsNotValidIsTreatedAsAsked)
 {
-    const std::string division = FieldRef("x") + FieldRef("y");
-    Derivation d(DerivedField("d", Apply("/", division)) +
-                 DerivedField("e", Apply("/", division, "defaultValue='-7'")) +
-                 DerivedField("f", Apply("/", division, "mapMissingTo='-8'")));
-    for (const double numerator : {1.0, -1.0, 0.0}) {
-        d.With("x", numerator).With("y", 0.0);
-        EXPECT_TRUE(d.Missing("d")) << numerator;
-        EXPECT_EQ(d.Number("e"), -7.0) << numerator;
-        EXPECT_TRUE(d.Missing("f")) << "no argument is missing";
+    const struct {
+        const char* attributes;
+        double expected;  // NaN: not valid
+    } kRows[] = {
+        {"", kNaN},
+        {"defaultValue='-7'", kNaN},
+        {"mapMissingTo='-8'", kNaN},  // no argument is missing
+        {"invalidValueTreatment='returnInvalid' defaultValue='-7'", kNaN},
+        {"invalidValueTreatment='asMissing'", NumericValue::GetSysmisValue()},
+        {"invalidValueTreatment='asMissing' defaultValue='-7'", -7.0},
+        {"invalidValueTreatment='asMissing' mapMissingTo='-8'", NumericValue::GetSysmisValue()},
+        {"invalidValueTreatment='asIs' defaultValue='-7'", kInfinity},
+    };
+    for (const auto& row : kRows) {
+        Derivation d(DerivedField("d", Apply("/", FieldRef("x") + FieldRef("y"), row.attributes)));
+        const double found = d.With("x", 1.0).With("y", 0.0).Number("d");
+        if (std::isnan(row.expected)) {
+            EXPECT_TRUE(d.Invalid("d")) << row.attributes;
+        } else {
+            EXPECT_EQ(found, row.expected) << row.attributes;
+        }
     }
+    EXPECT_EQ(RefusedFor(
+                  DerivedField("d", Apply("ln", FieldRef("x"), "invalidValueTreatment='asValue'"))),
+              (Refusal{kUnknownDataType, {"asValue", "invalidValueTreatment", "d"}}));
 }
 
-TEST(Apply, OverflowHasNoResult)
+TEST(Apply, OverflowIsNotValid)
 {
-    Derivation d(DerivedField("d", Apply("*", FieldRef("x") + FieldRef("x"), "defaultValue='0'")));
-    EXPECT_EQ(d.With("x", 1e200).Number("d"), 0.0);
+    Derivation d(DerivedField("d", Apply("*", FieldRef("x") + FieldRef("x"))));
+    EXPECT_TRUE(d.With("x", 1e200).Invalid("d"));
+}
+
+// 1 / (1 / 0): the inner infinity goes on.
+TEST(Apply, InfinityThatIsLeftAsItIsIsANumber)
+{
+    const std::string inner =
+        Apply("/", Constant("1") + FieldRef("x"), "invalidValueTreatment='asIs'");
+    Derivation d(
+        DerivedField("d", Apply("/", Constant("1") + inner)) +
+        DerivedField("e", Apply("lessThan", FieldRef("y") + Constant("INF", "dataType='double'"))));
+    EXPECT_EQ(d.With("x", 0.0).Number("d"), 0.0);
+    EXPECT_EQ(d.With("y", 1e300).Number("e"), 1.0);
 }
 
 TEST(Apply, MissingArgumentIsMapMissingToElseTheDefaultElseMissing)
@@ -134,9 +164,9 @@ TEST(Apply, MissingArgumentIsMapMissingToElseTheDefaultElseMissing)
 
 TEST(Apply, TextThatSpellsANumberCounts)
 {
-    Derivation d(DerivedField("d", Apply("+", FieldRef("t") + Constant("1"), "defaultValue='0'")));
+    Derivation d(DerivedField("d", Apply("+", FieldRef("t") + Constant("1"))));
     EXPECT_EQ(d.With("t", "41").Number("d"), 42.0);
-    EXPECT_EQ(d.With("t", "many").Number("d"), 0.0);
+    EXPECT_TRUE(d.With("t", "many").Invalid("d"));
 }
 
 TEST(Apply, OtherCountOfArgumentsIsRefused)
@@ -157,6 +187,7 @@ TEST(DerivedFields, UnknownFieldFunctionOrExpressionIsRefusedByName)
         Refusal expected;
     } kRows[] = {
         {FieldRef("nobody"), {kUnknownFieldReference, {"nobody", "d"}}},
+        {FieldRef("X"), {kUnknownFieldReference, {"X", "d"}}},  // x is another name
         {Apply("cosh2", FieldRef("x")), {kFunctionNotSupported, {"cosh2", "d"}}},
         {"<Lag field='x'/>", {kExpressionNotSupported, {"Lag", "d"}}},
         {"<Aggregate field='x' function='sum'/>", {kExpressionNotSupported, {"Aggregate", "d"}}},
@@ -199,8 +230,8 @@ TEST(DerivedFields, SectionWithoutFieldsYieldsNone)
 
 TEST(DerivedFields, OtherElementOfTheSectionIsRefusedByName)
 {
-    EXPECT_EQ(RefusedFor("<DefineFunction name='f' optype='continuous'/>"),
-              (Refusal{kExpressionNotSupported, {"DefineFunction", "TransformationDictionary"}}));
+    EXPECT_EQ(RefusedFor("<DataField name='f' optype='continuous' dataType='double'/>"),
+              (Refusal{kExpressionNotSupported, {"DataField", "TransformationDictionary"}}));
 }
 
 TEST(DerivedFields, MayUseFieldsThatStandAfterThem)

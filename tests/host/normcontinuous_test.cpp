@@ -74,7 +74,7 @@ TEST(NormContinuous, ReadsATextThatSpellsANumber)
                               "<NormContinuous field='t'><LinearNorm orig='0' norm='0'/>"
                               "<LinearNorm orig='4' norm='1'/></NormContinuous>"));
     EXPECT_EQ(d.With("t", "2").Number("d"), 0.5);
-    EXPECT_TRUE(d.With("t", "two").Missing("d"));
+    EXPECT_TRUE(d.With("t", "two").Invalid("d"));
 }
 
 TEST(NormContinuous, PointsThatDoNotAscendOrAreTooFewAreRefused)

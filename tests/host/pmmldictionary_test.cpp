@@ -225,6 +225,73 @@ TEST(ParseDictionary, IntervalOfAnUnknownClosureOrMarginIsRefused)
               (Refusal{kNotANumber, {"x"}}));
 }
 
+// Margins are numbers from the type's own origin, or dates and times as text.
+TEST(ParseDictionary, IntervalsOfDatesCountFromTheOriginOfTheirType)
+{
+    for (const char* low : {"3653", "1970-01-01"}) {  // 3653 days from 1960 to 1970
+        const Dictionary d = Read(Field("v", "continuous", "dateDaysSince[1960]",
+                                        "<Interval closure='closedOpen' leftMargin='" +
+                                            std::string(low) + "' rightMargin='3663'/>"));
+        const struct {
+            const char* day;
+            bool valid;
+        } kRows[] = {{"1969-12-31", false},
+                     {"1970-01-01", true},
+                     {"1970-01-10", true},
+                     {"1970-01-11", false},
+                     {"3654", true}};
+        for (const auto& row : kRows) {
+            const std::unique_ptr<ScoreValue> day(d->GetVar("v")->MakeValue(row.day));
+            EXPECT_EQ(d->GetVar("v")->IsValid(day.get()), row.valid) << row.day << " from " << low;
+        }
+    }
+}
+
+TEST(ParseDictionary, ValuesOfDatesAreReadInEitherForm)
+{
+    const Dictionary d = Read(Field("v", "ordinal", "dateDaysSince[1960]",
+                                    "<Value value='1960-01-11'/><Value value='20'/>"
+                                    "<Value value='-1' property='missing'/>"));
+    const auto has = [&](const char* text) {
+        const std::unique_ptr<ScoreValue> value(d->GetVar("v")->MakeValue(text));
+        return d->GetVar("v")->Accepts(value.get());
+    };
+    EXPECT_TRUE(has("10"));
+    EXPECT_TRUE(has("1960-01-21"));
+    EXPECT_FALSE(has("21"));
+    const std::unique_ptr<ScoreValue> missing(d->GetVar("v")->MakeValue("1959-12-31"));
+    EXPECT_TRUE(d->GetVar("v")->IsMissing(missing.get()));
+}
+
+// What is shown to people, cycles and taxonomies play no part in scoring.
+TEST(ParseDictionary, DisplayCyclesAndTaxonomiesArePassedOver)
+{
+    const Dictionary d = Read(
+        "<Extension/><DataField name='v' displayName='V' optype='ordinal' dataType='string' "
+        "isCyclic='1' taxonomy='t'><Extension name='x'/>"
+        "<Value value='a' displayValue='first'><Extension/></Value><Value value='b'/></DataField>"
+        "<Taxonomy name='t'><ChildParent parentField='p' childField='c'/></Taxonomy>");
+    ASSERT_EQ(d->GetVarCount(), 1);
+    EXPECT_EQ(d->GetVar("v")->GetNumCategories(), 2);
+}
+
+TEST(ParseDictionary, FirstVersionsMayLeaveTheDataTypeOut)
+{
+    const auto read = [](const char* version) {
+        const Dom dom("<PMML version='" + std::string(version) +
+                      "'><DataDictionary><DataField name='n' optype='continuous'/>"
+                      "<DataField name='t' optype='categorical'/></DataDictionary></PMML>");
+        PmmlReader reader;
+        return Dictionary(reader.ParseDictionary(dom.First("DataDictionary"), true));
+    };
+    const Dictionary d = read("3.0");
+    EXPECT_EQ(d->GetVar("n")->GetValueType(), ScoreDictVar::NUMERIC);
+    EXPECT_EQ(d->GetVar("t")->GetValueType(), ScoreDictVar::STRING);
+    for (const char* version : {"3.1", "4.4"}) {
+        EXPECT_EQ(RefusalOf([&] { read(version); }), (Refusal{260115, {"dataType", "DataField"}}));
+    }
+}
+
 TEST(ParseDictionary, OwnExtensionAcceptsUnlistedCategories)
 {
     const auto accepts = [](const char* extension) {
