@@ -20,6 +20,8 @@ constexpr const char* kScoreFooter =
     "column; 4 output can't be written; 5 with --strict, a case wasn't scored or held an\n"
     "unlisted value; 7 plug-in can't be loaded; 130 interrupted.";
 
+constexpr const char* kPluginHelp = "The plug-in's library, instead of the one beside the program";
+
 // Each takes just one text: it must not swallow the positional arguments behind it.
 template <class Target>
 CLI::Option* AddText(CLI::App* command, const std::string& name, Target& target,
@@ -43,8 +45,7 @@ void AddRepeatable(CLI::App* command, const std::string& name, std::vector<std::
 void AddDocumentOptions(CLI::App* command, std::string& plugin, bool& asIs)
 {
     command->add_flag("--as-is", asIs, "Take the document as it is, without the adaptations");
-    AddText(command, "--plugin", plugin,
-            "The plug-in's library, instead of the one beside the program", "FILE");
+    AddText(command, "--plugin", plugin, kPluginHelp, "FILE");
 }
 
 void DefineScore(CLI::App* command, ScoreArguments& score)
@@ -108,6 +109,20 @@ void DefineInspect(CLI::App* command, InspectArguments& inspect)
     command->footer("Example:\n  velscore inspect model.pmml");
 }
 
+void DefineConvert(CLI::App* command, ConvertArguments& convert)
+{
+    command
+        ->add_option("MODEL", convert.model,
+                     "The model document, in the older form; - is standard input")
+        ->required();
+    AddText(command, "-o,--out", convert.output,
+            "Where the PMML document goes; - or nothing is standard output", "FILE");
+    AddText(command, "--plugin", convert.plugin, kPluginHelp, "FILE");
+    command->footer(
+        "Example:\n  velscore convert old.xml -o new.pmml\n\n"
+        "Ends with 2 when the document is refused, or says what PMML can't.");
+}
+
 void DefineHelp(CLI::App* command, HelpArguments& help)
 {
     command->add_option("CODE", help.code,
@@ -130,15 +145,19 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
     ScoreArguments score;
     CheckArguments check;
     InspectArguments inspect;
+    ConvertArguments convert;
     HelpArguments help;
     CLI::App* scoreCommand = app.add_subcommand("score", "Score a table of cases with a model");
     CLI::App* checkCommand =
         app.add_subcommand("check", "Read documents and report what was adapted or refused");
     CLI::App* inspectCommand = app.add_subcommand("inspect", "Show what a model is");
+    CLI::App* convertCommand =
+        app.add_subcommand("convert", "Write a document of the older form as PMML");
     CLI::App* helpCommand = app.add_subcommand("help", "Explain a code");
     DefineScore(scoreCommand, score);
     DefineCheck(checkCommand, check);
     DefineInspect(inspectCommand, inspect);
+    DefineConvert(convertCommand, convert);
     DefineHelp(helpCommand, help);
 
     try {
@@ -150,15 +169,17 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
         return kExitDone;
     } catch (const CLI::ParseError& wrong) {
         if (argumentCount > 1 && arguments[1][0] != '-' && app.get_subcommands().empty()) {
-            throw UsageError(
-                fmt::format("'{}' is no command; the commands are score, check, inspect and help",
-                            arguments[1]));
+            throw UsageError(fmt::format(
+                "'{}' is no command; the commands are score, check, inspect, convert and "
+                "help",
+                arguments[1]));
         }
         throw UsageError(wrong.what());
     }
     if (scoreCommand->parsed()) return RunScore(score, console);
     if (checkCommand->parsed()) return RunCheck(check, console);
     if (inspectCommand->parsed()) return RunInspect(inspect);
+    if (convertCommand->parsed()) return RunConvert(convert, console);
     return RunHelp(help);
 }
 

@@ -42,6 +42,12 @@ struct InspectArguments {
     bool json = false;
 };
 
+struct ConvertArguments {
+    std::string model;
+    std::string output = "-";
+    std::string plugin;
+};
+
 struct HelpArguments {
     std::string code;  ///< empty: every code
 };
@@ -56,6 +62,7 @@ public:
 int RunScore(const ScoreArguments& arguments, Console& console);
 int RunCheck(const CheckArguments& arguments, Console& console);
 int RunInspect(const InspectArguments& arguments);
+int RunConvert(const ConvertArguments& arguments, Console& console);
 int RunHelp(const HelpArguments& arguments);
 
 }  // namespace MCVelscore_850
