@@ -1,8 +1,10 @@
 #include "cli/commandline.h"
 
 #include <sstream>
+#include <vector>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <CLI/CLI.hpp>
 
 #include "cli/commands.h"
@@ -19,6 +21,8 @@ constexpr const char* kScoreFooter =
     "Exit codes: 0 done; 1 wrong usage; 2 document refused; 3 cases can't be read or lack a\n"
     "column; 4 output can't be written; 5 with --strict, a case wasn't scored or held an\n"
     "unlisted value; 7 plug-in can't be loaded; 130 interrupted.";
+
+constexpr const char* kPluginHelp = "The plug-in's library, instead of the one beside the program";
 
 // Each takes just one text: it must not swallow the positional arguments behind it.
 template <class Target>
@@ -43,8 +47,7 @@ void AddRepeatable(CLI::App* command, const std::string& name, std::vector<std::
 void AddDocumentOptions(CLI::App* command, std::string& plugin, bool& asIs)
 {
     command->add_flag("--as-is", asIs, "Take the document as it is, without the adaptations");
-    AddText(command, "--plugin", plugin,
-            "The plug-in's library, instead of the one beside the program", "FILE");
+    AddText(command, "--plugin", plugin, kPluginHelp, "FILE");
 }
 
 // What `score` and `curve` share: the inputs, where the output goes, and how tables are written.
@@ -135,11 +138,34 @@ void DefineVerify(CLI::App* command, VerifyArguments& verify)
         "Ends with 6 when a value differs from the document's own by more than it allows.");
 }
 
+void DefineConvert(CLI::App* command, ConvertArguments& convert)
+{
+    command
+        ->add_option("MODEL", convert.model,
+                     "The model document, in the older form; - is standard input")
+        ->required();
+    AddText(command, "-o,--out", convert.output,
+            "Where the PMML document goes; - or nothing is standard output", "FILE");
+    AddText(command, "--plugin", convert.plugin, kPluginHelp, "FILE");
+    command->footer(
+        "Example:\n  velscore convert old.xml -o new.pmml\n\n"
+        "Ends with 2 when the document is refused, or says what PMML can't.");
+}
+
 void DefineHelp(CLI::App* command, HelpArguments& help)
 {
     command->add_option("CODE", help.code,
                         "The code of an error or of a status; none lists them all");
     command->footer("Example:\n  velscore help 90029");
+}
+
+std::string CommandNames(const CLI::App& app)
+{
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands(nullptr)) {
+        names.push_back(command->get_name());
+    }
+    return fmt::format("{} and {}", fmt::join(names.begin(), names.end() - 1, ", "), names.back());
 }
 
 }  // namespace
@@ -159,6 +185,7 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
     CheckArguments check;
     InspectArguments inspect;
     VerifyArguments verify;
+    ConvertArguments convert;
     HelpArguments help;
     CLI::App* scoreCommand = app.add_subcommand("score", "Score a table of cases with a model");
     CLI::App* curveCommand =
@@ -168,12 +195,15 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
     CLI::App* inspectCommand = app.add_subcommand("inspect", "Show what a model is");
     CLI::App* verifyCommand =
         app.add_subcommand("verify", "Score the records that a document carries, and compare");
+    CLI::App* convertCommand =
+        app.add_subcommand("convert", "Write a document of the older form as PMML");
     CLI::App* helpCommand = app.add_subcommand("help", "Explain a code");
     DefineScore(scoreCommand, score);
     DefineCurve(curveCommand, curve);
     DefineCheck(checkCommand, check);
     DefineInspect(inspectCommand, inspect);
     DefineVerify(verifyCommand, verify);
+    DefineConvert(convertCommand, convert);
     DefineHelp(helpCommand, help);
 
     try {
@@ -185,10 +215,8 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
         return kExitDone;
     } catch (const CLI::ParseError& wrong) {
         if (argumentCount > 1 && arguments[1][0] != '-' && app.get_subcommands().empty()) {
-            throw UsageError(
-                fmt::format("'{}' is no command; the commands are score, curve, check, inspect, "
-                            "verify and help",
-                            arguments[1]));
+            throw UsageError(fmt::format("'{}' is no command; the commands are {}", arguments[1],
+                                         CommandNames(app)));
         }
         throw UsageError(wrong.what());
     }
@@ -197,6 +225,7 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
     if (checkCommand->parsed()) return RunCheck(check, console);
     if (inspectCommand->parsed()) return RunInspect(inspect);
     if (verifyCommand->parsed()) return RunVerify(verify, console);
+    if (convertCommand->parsed()) return RunConvert(convert, console);
     return RunHelp(help);
 }
 

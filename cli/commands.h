@@ -49,6 +49,12 @@ struct VerifyArguments {
     bool json = false;
 };
 
+struct ConvertArguments {
+    std::string model;
+    std::string output = "-";
+    std::string plugin;
+};
+
 struct HelpArguments {
     std::string code;  ///< empty: every code
 };
@@ -66,6 +72,7 @@ int RunCurve(const ScoreArguments& arguments, Console& console);
 int RunCheck(const CheckArguments& arguments, Console& console);
 int RunInspect(const InspectArguments& arguments);
 int RunVerify(const VerifyArguments& arguments, Console& console);
+int RunConvert(const ConvertArguments& arguments, Console& console);
 int RunHelp(const HelpArguments& arguments);
 
 }  // namespace MCVelscore_850

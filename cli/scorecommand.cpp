@@ -1,11 +1,11 @@
 #include <optional>
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
+#include "cli/outputguard.h"
 #include "cli/stopsignals.h"
 #include "engine/curveshaper.h"
 #include "engine/explanation.h"
@@ -102,22 +102,11 @@ void SetPolicy(LoadedModel& model, const std::string& policy)
 // The output must not be an input: a table would be emptied or never end, a model be spoilt.
 void RefuseOutputOntoInput(const ScoreArguments& arguments, const InputFile& cases)
 {
-    const auto refuse = [](const std::string& input) {
-        throw UsageError(
-            fmt::format("the output is the input {} itself; write to another file", input));
-    };
-    const auto isOutput = [&](const auto& input) {
-        return arguments.output == "-" ? IsSameFile(STDOUT_FILENO, input)
-                                       : IsSameFile(input, arguments.output);
-    };
-    if (arguments.model == "-") {
-        if (isOutput(STDIN_FILENO)) refuse("standard input");
-    } else if (isOutput(arguments.model)) {
-        refuse(arguments.model);
-    }
+    RefuseOutputOntoDocument(arguments.output, arguments.model);
     // What the shell has emptied for the output is an empty table, and told as one.
-    if ((arguments.output != "-" || cases.Size() > 0) && isOutput(cases.Descriptor())) {
-        refuse(cases.Name());
+    if ((arguments.output != "-" || cases.Size() > 0) &&
+        IsOutput(arguments.output, cases.Descriptor())) {
+        RefuseOutputOnto(cases.Name());
     }
 }
 

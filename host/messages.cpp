@@ -21,6 +21,8 @@ constexpr char kMendMatrix[] =
 constexpr char kHostile[] =
     "Documents of models stay far below this limit; check where the file comes from.";
 constexpr char kMendTable[] = "Mend the table and score it again.";
+constexpr char kKeepOlderForm[] =
+    "Score the document as it is: the older form is read like the published one.";
 constexpr char kMendExpression[] = "Mend the expression of the derived field.";
 
 // Every message, in ascending order of the codes.
@@ -152,6 +154,36 @@ constexpr Message kCatalogue[] = {
      "Declare the target as categorical, with its values."},
     {kStorageAndLevel, "sss", "the variable {0} is stored as {1} and can't be {2}",
      "Declare a variable of texts as NOMINAL or ORDINAL."},
+    {kAlreadyPublished, "s", "{0} is a PMML document already",
+     "Use it as it is: only documents of the older form are converted."},
+    {kUnpairedParameters, "dd",
+     "{0} parameters beside (Constant) can't be paired with {1} predictors: a linear regression "
+     "pairs them by position",
+     "List one parameter for each covariate, in the same order, and call the constant (Constant)."},
+    {kFactorOfLinear, "s",
+     "the factor {0} of a linear regression counts as a number in the older form alone",
+     kKeepOlderForm},
+    {kConditionalConstant, "s",
+     "the parameter {0} is a constant, and a conditional logistic model takes none in the "
+     "published form",
+     kKeepOlderForm},
+    {kTwoUses, "sss", "{0} is both {1} and {2}, and the published form has one use for a field",
+     kKeepOlderForm},
+    {kTextsAsNumbers, "ss", "{0} holds texts, and the published form wants numbers of a {1}",
+     kKeepOlderForm},
+    {kOpenFactor, "s",
+     "the factor {0} has texts and no list of its categories: the published form would score it "
+     "otherwise",
+     "List the factor's categories in the dictionary."},
+    {kFactorCell, "ss",
+     "a cell names '{0}', which the factor {1} never takes; the published form refuses that",
+     "Correct the cell, or declare the value."},
+    {kMissingRangeOfList, "s",
+     "the missing ranges of {0} can't be said in the published form: they hold a listed value or "
+     "every number, or belong to a factor without a list",
+     "Declare the missing values one by one, or list the valid ones."},
+    {kPublishedFormRefused, "s", "the published form of this document would be refused: {0}",
+     kKeepOlderForm},
 
     {kCaseTextNotANumber, "ssd", "'{0}' in the field {1} of row {2} is not a number", kMendCase},
     {kCaseTextNotADateTime, "ssd",

@@ -61,6 +61,18 @@ inline constexpr int kOrdinalTarget = 269026;            // target, categories
 inline constexpr int kTargetWithoutCategories = 269027;  // target, model type
 inline constexpr int kStorageAndLevel = 269028;          // variable, storage type, level
 
+// Codes of the engine: what the published form can't say of a document in the older one.
+inline constexpr int kAlreadyPublished = 269030;      // file
+inline constexpr int kUnpairedParameters = 269031;    // parameters, predictors
+inline constexpr int kFactorOfLinear = 269032;        // factor
+inline constexpr int kConditionalConstant = 269033;   // parameter
+inline constexpr int kTwoUses = 269034;               // variable, use, use
+inline constexpr int kTextsAsNumbers = 269035;        // variable, use
+inline constexpr int kOpenFactor = 269036;            // factor
+inline constexpr int kFactorCell = 269037;            // value, factor
+inline constexpr int kMissingRangeOfList = 269038;    // variable
+inline constexpr int kPublishedFormRefused = 269039;  // reason
+
 // Codes of a case that the engine refuses before a model sees it; they stand in column status.
 inline constexpr int kCaseTextNotANumber = 269050;    // text, field, row
 inline constexpr int kCaseTextNotADateTime = 269051;  // text, field, row

@@ -1,0 +1,511 @@
+#include "engine/documents/legacyconverter.h"
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <set>
+
+#include <xercesc/dom/DOM.hpp>
+
+#include "engine/documents/documentadapter.h"
+#include "engine/documents/documentloader.h"
+#include "engine/documents/documenttree.h"
+#include "engine/documents/legacyfields.h"
+#include "engine/documents/modelreading.h"
+#include "engine/documents/treetext.h"
+#include "engine/documents/treewriting.h"
+#include "engine/loadedmodel.h"
+#include "host/documentplace.h"
+#include "host/messages.h"
+#include "host/numbertext.h"
+#include "host/numericvalue.h"
+#include "host/pmmlmodeltags.h"
+#include "host/scoredictionary.h"
+#include "host/scoredictvar.h"
+#include "host/scoremodel.h"
+#include "host/valueset.h"
+#include "readers/zeltmodeltags.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+using xercesc::DOMElement;
+using Old = ZELTModelTags;
+using Tags = PMMLModelTags;
+using Elements = std::vector<DOMElement*>;
+using Names = std::vector<std::string>;
+// Attribute names and texts, in order; an empty text is left out.
+using Attributes = std::vector<std::pair<std::string, std::string>>;
+
+const std::string kConstant = "(Constant)";
+// The row of betas beside the target's first category in a conditional model.
+const std::string kConditionalDummy = "CLRdummy";
+const std::string kNameSpace = "http://www.dmg.org/PMML-4_4";
+const std::string kVersion = "4.4";
+
+enum class Type { Regression, Multinomial, Conditional };
+
+// The model types of the older form and what the published one calls them.
+struct TypeRow {
+    const std::string& word;
+    Type type;
+    const std::string& modelType;
+    std::string algorithm;
+    std::string function;
+};
+const TypeRow kTypes[] = {
+    {Old::XML_VAL_MT_REGRESS, Type::Regression, Tags::XML_VAL_MT_REGRESS, "", "regression"},
+    {Old::XML_VAL_MT_MLR, Type::Multinomial, Tags::XML_VAL_MT_MLR, "",
+     Tags::XML_VAL_RM_FUNC_NAME_C},
+    {Old::XML_VAL_MT_CLR, Type::Conditional, Tags::XML_VAL_MT_MLR, Tags::XML_VAL_MT_COND,
+     Tags::XML_VAL_RM_FUNC_NAME_C},
+};
+
+template <class... Args>
+[[noreturn]] void RefuseAt(const DOMElement* element, int code, Args... args)
+{
+    VSException refusal(gErrorFormater);
+    refusal.PutErrorMessage(code, args...);
+    refusal.SetPlace(PlaceOf(element));
+    throw VSException(refusal);
+}
+
+bool Contains(const Names& names, const std::string& name)
+{
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+DOMElement* Add(DOMElement* parent, const std::string& tag, const Attributes& attributes)
+{
+    DOMElement* element = AddElement(parent, tag);
+    for (const auto& [name, text] : attributes) {
+        if (!text.empty()) SetAttributeText(element, name, text);
+    }
+    return element;
+}
+
+// A document in the older form that its reader took, and the tree that says the same.
+class Conversion {
+public:
+    Conversion(const Document& document, const ScoreModel& model);
+
+    PublishedForm Convert();
+
+private:
+    Names NamesIn(const std::string& list, const std::string& tag) const;
+    Elements CellsOf(const std::string& section, const std::string& cell) const;
+    const ScoreDictVar& Variable(const std::string& name) const;
+    FieldUse UseOf(const std::string& name) const;
+
+    // What the published form can't say.
+
+    void RefuseVariables() const;
+    void RefuseFactorCells() const;
+    void RefuseUnpaired() const;
+    void RefuseConstant() const;
+
+    // The sections, in the published order.
+
+    void AddHeader(DOMElement* root) const;
+    void AddDictionary(DOMElement* root);
+    DOMElement* AddModel(DOMElement* root) const;
+    void AddMiningSchema(DOMElement* model) const;
+    void AddNames(DOMElement* model, const std::string& list, const std::string& tag,
+                  const Names& names) const;
+    void AddPPMatrix(DOMElement* model);
+    void AddPairs(DOMElement* matrix);
+    void AddPCovMatrix(DOMElement* model);
+    void AddParamMatrix(DOMElement* model);
+
+    bool IsParameter(const DOMElement* cell, const std::string& attribute) const
+    {
+        return Contains(parameters_, AttributeText(cell, attribute));
+    }
+    bool HasRow(const DOMElement* cell) const;
+    void NoteLeftOut(const std::string& section, const Elements& cells);
+
+    const DOMElement* root_;
+    const DOMElement* modelElement_;
+    const ScoreDictionary& dictionary_;
+    const TypeRow* type_;
+    std::string target_;
+    Names parameters_;  // each once, the constant last
+    Names factors_;
+    Names covariates_;
+    Elements ppCells_;
+    Names notes_;
+};
+
+Conversion::Conversion(const Document& document, const ScoreModel& model)
+    : root_(document.GetTree().dom->getDocumentElement()),
+      modelElement_(
+          ChildElement(ChildElement(root_, Old::XML_ELE_MODEL), Old::XML_ELE_REGRESS_MODEL)),
+      dictionary_(*model.GetDictionary()),
+      target_(AttributeText(modelElement_, Old::XML_ATT_RM_TARGET_VAR)),
+      parameters_(NamesIn(Old::XML_ELE_PARAM_LIST, Old::XML_ELE_PARAM)),
+      factors_(NamesIn(Old::XML_ELE_FAC_LIST, Old::XML_ELE_PREDICTOR)),
+      covariates_(NamesIn(Old::XML_ELE_COV_LIST, Old::XML_ELE_PREDICTOR)),
+      ppCells_(CellsOf(Old::XML_ELE_PP_MATRIX, Old::XML_ELE_PP_CELL))
+{
+    const std::string word = AttributeText(modelElement_, Old::XML_ATT_RM_MODEL_TYPE);
+    type_ = std::find_if(std::begin(kTypes), std::end(kTypes),
+                         [&](const TypeRow& row) { return row.word == word; });
+    std::stable_partition(parameters_.begin(), parameters_.end(),
+                          [](const std::string& name) { return name != kConstant; });
+}
+
+// The reader registers a name that is listed again once.
+Names Conversion::NamesIn(const std::string& list, const std::string& tag) const
+{
+    Names names;
+    std::set<std::string> seen;
+    for (const auto* element : ChildElements(ChildElement(modelElement_, list), tag)) {
+        std::string name = AttributeText(element, Old::XML_ATT_NAME);
+        if (seen.insert(name).second) names.push_back(std::move(name));
+    }
+    return names;
+}
+
+Elements Conversion::CellsOf(const std::string& section, const std::string& cell) const
+{
+    return ChildElements(ChildElement(modelElement_, section), cell);
+}
+
+const ScoreDictVar& Conversion::Variable(const std::string& name) const
+{
+    return *dictionary_.GetVar(name);
+}
+
+FieldUse Conversion::UseOf(const std::string& name) const
+{
+    if (name == target_) {
+        return type_->type == Type::Regression ? FieldUse::MeanTarget : FieldUse::CategoryTarget;
+    }
+    if (Contains(factors_, name)) return FieldUse::Factor;
+    return Contains(covariates_, name) ? FieldUse::Covariate : FieldUse::None;
+}
+
+PublishedForm Conversion::Convert()
+{
+    RefuseVariables();
+    if (type_->type == Type::Regression) RefuseUnpaired();
+    if (type_->type == Type::Conditional) RefuseConstant();
+    RefuseFactorCells();
+
+    const OwnedTree tree = NewTree(kNameSpace, Tags::XML_ELE_PMML);
+    DOMElement* root = tree->getDocumentElement();
+    SetAttributeText(root, Tags::XML_ATT_VERSION, kVersion);
+    // In the order that the published schema prescribes.
+    AddHeader(root);
+    AddDictionary(root);
+    DOMElement* model = AddModel(root);
+    AddMiningSchema(model);
+    AddNames(model, Tags::XML_ELE_PARAM_LIST, Tags::XML_ELE_PARAM, parameters_);
+    AddNames(model, Tags::XML_ELE_FAC_LIST, Tags::XML_ELE_PREDICTOR, factors_);
+    AddNames(model, Tags::XML_ELE_COV_LIST, Tags::XML_ELE_PREDICTOR, covariates_);
+    AddPPMatrix(model);
+    AddPCovMatrix(model);
+    AddParamMatrix(model);
+    return {"", TreeText(*tree), std::move(notes_)};
+}
+
+void Conversion::RefuseVariables() const
+{
+    for (const auto* list : {&factors_, &covariates_}) {
+        for (const std::string& name : *list) {
+            if (name == target_) {
+                RefuseAt(modelElement_, kTwoUses, name.c_str(), "the target", "a predictor");
+            }
+        }
+    }
+    for (const std::string& name : covariates_) {
+        if (Contains(factors_, name)) {
+            RefuseAt(modelElement_, kTwoUses, name.c_str(), "a factor", "a covariate");
+        }
+        if (Variable(name).GetValueType() == ScoreDictVar::STRING) {
+            RefuseAt(modelElement_, kTextsAsNumbers, name.c_str(), "covariate");
+        }
+    }
+    if (type_->type == Type::Regression) {
+        if (!factors_.empty()) RefuseAt(modelElement_, kFactorOfLinear, factors_.front().c_str());
+        if (Variable(target_).GetValueType() == ScoreDictVar::STRING) {
+            RefuseAt(modelElement_, kTextsAsNumbers, target_.c_str(), "target");
+        }
+    }
+}
+
+// Slope i belongs to predictor i, and the constant comes after them.
+void Conversion::RefuseUnpaired() const
+{
+    const size_t slopes = parameters_.size() - (Contains(parameters_, kConstant) ? 1 : 0);
+    if (slopes == covariates_.size()) return;
+    RefuseAt(modelElement_, kUnpairedParameters, static_cast<int>(slopes),
+             static_cast<int>(covariates_.size()));
+}
+
+void Conversion::RefuseConstant() const
+{
+    std::set<std::string> withCells;
+    for (const auto* cell : ppCells_) {
+        withCells.insert(AttributeText(cell, Old::XML_ATT_PARAMETER_NAME));
+    }
+    for (const std::string& parameter : parameters_) {
+        if (parameter == kConstant || !withCells.contains(parameter)) {
+            RefuseAt(modelElement_, kConditionalConstant, parameter.c_str());
+        }
+    }
+}
+
+// A multinomial model finds no category of a factor without a list, and scores no case; the
+// published form gives it the list of its cells. A cell for a value that its factor doesn't accept
+// is one that no case meets; there it is an error.
+void Conversion::RefuseFactorCells() const
+{
+    constexpr std::string_view kNotAvailable = "NA";
+    for (const std::string& factor : factors_) {
+        const ScoreDictVar& var = Variable(factor);
+        const bool anyText = var.GetValueType() == ScoreDictVar::STRING && var.HasOpenCategories();
+        if (anyText && type_->type == Type::Multinomial) {
+            RefuseAt(modelElement_, kOpenFactor, factor.c_str());
+        }
+        for (const auto* cell : ppCells_) {
+            if (AttributeText(cell, Old::XML_ATT_PP_PREDICTOR) != factor) continue;
+            if (!IsParameter(cell, Old::XML_ATT_PARAMETER_NAME)) continue;
+            const std::string text = AttributeText(cell, Old::XML_ATT_VALUE);
+            const std::unique_ptr<ScoreValue> value(var.MakeValue(text));
+            if (text.empty() || !var.Accepts(value.get())) {
+                RefuseAt(cell, kFactorCell, text.c_str(), factor.c_str());
+            }
+            // In a table this text means a missing value until a category is called so.
+            if (anyText && text == kNotAvailable) RefuseAt(cell, kOpenFactor, factor.c_str());
+        }
+    }
+}
+
+void Conversion::AddHeader(DOMElement* root) const
+{
+    DOMElement* header = Add(root, "Header", {{"description", "Converted from the older form"}});
+    Add(header, "Application", {{"name", "velscore"}});
+}
+
+void Conversion::AddDictionary(DOMElement* root)
+{
+    std::map<std::string, Names> cellValues;
+    for (const auto* cell : ppCells_) {
+        std::string text = AttributeText(cell, Old::XML_ATT_VALUE);
+        if (text.empty()) continue;
+        cellValues[AttributeText(cell, Old::XML_ATT_PP_PREDICTOR)].push_back(std::move(text));
+    }
+    const Elements variables =
+        ChildElements(ChildElement(root_, Old::XML_ELE_DICTIONARY), Old::XML_ELE_VARIABLE);
+    DOMElement* dictionary = Add(root, Tags::XML_ELE_DATADICTIONARY,
+                                 {{"numberOfFields", std::to_string(variables.size())}});
+    bool hasMeans = false;
+    for (const auto* element : variables) {
+        const std::string name = AttributeText(element, Old::XML_ATT_NAME);
+        AddDataField(dictionary, {element, &Variable(name), UseOf(name), cellValues[name]});
+        for (const auto* stats : ChildElements(element, Old::XML_ELE_VAR_STATS)) {
+            hasMeans = hasMeans || !AttributeText(stats, Old::XML_ATT_VS_MEAN).empty();
+        }
+    }
+    if (hasMeans) {
+        notes_.push_back("left out the means of var-stats, which --policy substitute alone takes");
+    }
+}
+
+DOMElement* Conversion::AddModel(DOMElement* root) const
+{
+    return Add(
+        root, Tags::XML_ELE_REGRESSMODEL,
+        {{Tags::XML_ATT_RM_MODEL_TYPE, type_->modelType},
+         {Tags::XML_ATT_RM_ALGOR_NAME, type_->algorithm},
+         {Tags::XML_ATT_FUNCTIONNAME, type_->function},
+         {Tags::XML_ATT_RM_TARGET_VAR, target_},
+         {Tags::XML_VAL_NAME_MODELDF, AttributeText(modelElement_, Old::XML_ATT_RM_MODEL_DF)}});
+}
+
+void Conversion::AddMiningSchema(DOMElement* model) const
+{
+    DOMElement* schema = Add(model, Tags::XML_ELE_MININGSCHEMA, {});
+    Add(schema, Tags::XML_ELE_MININGFIELD,
+        {{Tags::XML_ATT_MININGFIELD_NAME, target_},
+         {Tags::XML_ATT_MININGFIELD_USAGETYPE, Tags::XML_ATT_MF_FUT_TARGET}});
+    for (const auto* list : {&factors_, &covariates_}) {
+        for (const std::string& name : *list) {
+            Add(schema, Tags::XML_ELE_MININGFIELD,
+                {{Tags::XML_ATT_MININGFIELD_NAME, name},
+                 {Tags::XML_ATT_MININGFIELD_USAGETYPE, Tags::XML_ATT_MF_FUT_ACTIVE}});
+        }
+    }
+}
+
+void Conversion::AddNames(DOMElement* model, const std::string& list, const std::string& tag,
+                          const Names& names) const
+{
+    // Only the list of parameters is required.
+    if (names.empty() && list != Tags::XML_ELE_PARAM_LIST) return;
+    DOMElement* element = Add(model, list, {});
+    for (const std::string& name : names) {
+        SetAttributeText(AddElement(element, tag), Tags::XML_ATT_NAME, name);
+    }
+}
+
+void Conversion::AddPPMatrix(DOMElement* model)
+{
+    DOMElement* matrix = Add(model, Tags::XML_ELE_PP_MATRIX, {});
+    if (type_->type == Type::Regression) {
+        AddPairs(matrix);
+        return;
+    }
+    Elements unknown;
+    for (auto* cell : ppCells_) {
+        if (!IsParameter(cell, Old::XML_ATT_PARAMETER_NAME)) {
+            unknown.push_back(cell);
+            continue;
+        }
+        Add(matrix, Tags::XML_ELE_PP_CELL,
+            {{Tags::XML_ATT_PPC_VALUE, AttributeText(cell, Old::XML_ATT_VALUE)},
+             {Tags::XML_ATT_PPC_PREDNAME, AttributeText(cell, Old::XML_ATT_PP_PREDICTOR)},
+             {Tags::XML_ATT_PPC_PARAMNAME, AttributeText(cell, Old::XML_ATT_PARAMETER_NAME)}});
+    }
+    NoteLeftOut(Old::XML_ELE_PP_MATRIX, unknown);
+}
+
+// A linear regression pairs by position, whatever its pp-matrix says.
+void Conversion::AddPairs(DOMElement* matrix)
+{
+    for (size_t i = 0; i < covariates_.size(); ++i) {
+        Add(matrix, Tags::XML_ELE_PP_CELL,
+            {{Tags::XML_ATT_PPC_VALUE, "1"},
+             {Tags::XML_ATT_PPC_PREDNAME, covariates_[i]},
+             {Tags::XML_ATT_PPC_PARAMNAME, parameters_[i]}});
+    }
+    const auto saysOtherwise = [&](const DOMElement* cell) {
+        const std::string parameter = AttributeText(cell, Old::XML_ATT_PARAMETER_NAME);
+        const auto found = std::find(parameters_.begin(), parameters_.end(), parameter);
+        const auto i = static_cast<size_t>(found - parameters_.begin());
+        double exponent = 0.0;
+        ReadNumber(AttributeText(cell, Old::XML_ATT_VALUE), exponent);
+        return i >= covariates_.size() || exponent != 1.0 ||  // exact: as the document writes it
+               covariates_[i] != AttributeText(cell, Old::XML_ATT_PP_PREDICTOR);
+    };
+    if (std::any_of(ppCells_.begin(), ppCells_.end(), saysOtherwise)) {
+        notes_.push_back(
+            "the pp-matrix doesn't say what the model computes: in a linear regression each "
+            "parameter belongs to the predictor in its position, and so they are written");
+    }
+}
+
+void Conversion::AddPCovMatrix(DOMElement* model)
+{
+    const Elements cells = CellsOf(Old::XML_ELE_PCOV_MATRIX, Old::XML_ELE_PCOV_CELL);
+    if (cells.empty()) return;
+    if (type_->type != Type::Regression) {
+        notes_.push_back("left out the pcov-matrix, which a model of this type doesn't read");
+        return;
+    }
+    Elements unknown;
+    DOMElement* matrix = nullptr;
+    for (auto* cell : cells) {
+        if (!IsParameter(cell, Old::XML_ATT_PCOV_P_ROW) ||
+            !IsParameter(cell, Old::XML_ATT_PCOV_P_COL)) {
+            unknown.push_back(cell);
+            continue;
+        }
+        if (matrix == nullptr) matrix = Add(model, Tags::XML_ELE_PCOV_MATRIX, {});
+        Add(matrix, Tags::XML_ELE_PCOV_CELL,
+            {{Tags::XML_ATT_PCC_PROW, AttributeText(cell, Old::XML_ATT_PCOV_P_ROW)},
+             {Tags::XML_ATT_PCC_PCOL, AttributeText(cell, Old::XML_ATT_PCOV_P_COL)},
+             {Tags::XML_ATT_PCC_VALUE, AttributeText(cell, Old::XML_ATT_VALUE)}});
+    }
+    NoteLeftOut(Old::XML_ELE_PCOV_MATRIX, unknown);
+}
+
+void Conversion::AddParamMatrix(DOMElement* model)
+{
+    DOMElement* matrix = Add(model, Tags::XML_ELE_PARAM_MATRIX, {});
+    Elements unknown;
+    for (auto* cell : CellsOf(Old::XML_ELE_P_TABLE, Old::XML_ELE_P_CELL)) {
+        if (!IsParameter(cell, Old::XML_ATT_PARAMETER_NAME) || !HasRow(cell)) {
+            unknown.push_back(cell);
+            continue;
+        }
+        const bool hasCategory = type_->type != Type::Regression;
+        Add(matrix, Tags::XML_ELE_PCELL,
+            {{Tags::XML_ATT_PC_TARGET_CAT,
+              hasCategory ? AttributeText(cell, Old::XML_ATT_PC_TARGET_CAT) : ""},
+             {Tags::XML_ATT_PC_PARAMNAME, AttributeText(cell, Old::XML_ATT_PARAMETER_NAME)},
+             {Tags::XML_ATT_PC_BETA, AttributeText(cell, Old::XML_ATT_PC_BETA)},
+             {Tags::XML_ATT_PC_DF, AttributeText(cell, Old::XML_ATT_PC_DF)}});
+    }
+    NoteLeftOut(Old::XML_ELE_P_TABLE, unknown);
+}
+
+// Whether the model has a row of betas for the cell's category.
+bool Conversion::HasRow(const DOMElement* cell) const
+{
+    if (type_->type == Type::Regression) return true;
+    const ScoreDictVar& target = Variable(target_);
+    std::string category = AttributeText(cell, Old::XML_ATT_PC_TARGET_CAT);
+    if (target.GetValueType() == ScoreDictVar::NUMERIC) {
+        category = NumericValue(category).GetString();
+    }
+    const auto& entries = target.GetValueSet()->GetEntries();
+    if (type_->type == Type::Conditional) {
+        return category == entries.front().GetEntryValue()->GetString() ||
+               category == kConditionalDummy;
+    }
+    return std::any_of(entries.begin(), entries.end(), [&](const ValueSetEntry& entry) {
+        return entry.GetEntryValue()->GetString() == category;
+    });
+}
+
+void Conversion::NoteLeftOut(const std::string& section, const Elements& cells)
+{
+    if (cells.empty()) return;
+    const DocumentPlace place = PlaceOf(cells.front());
+    notes_.push_back("left out " + std::to_string(cells.size()) +
+                     (cells.size() == 1 ? " cell" : " cells") + " of the " + section +
+                     " that name a parameter or category which the model doesn't have, the first "
+                     "in line " +
+                     std::to_string(place.line));
+}
+
+// What is written is what the reader takes, without any adaptation.
+void ReadBack(const PublishedForm& published, const Plugin& plugin)
+{
+    Document document = LoadDocumentText(published.text, published.file);
+    std::string reason;
+    if (const auto adaptations = AdaptDocument(document); !adaptations.empty()) {
+        reason = adaptations.front().change;
+    } else {
+        try {
+            ReadModel(plugin, document);
+            return;
+        } catch (const VSException& refusal) {
+            reason = refusal.GetText();
+        }
+    }
+    Refuse(kPublishedFormRefused, reason.c_str());
+}
+
+}  // namespace
+
+PublishedForm ConvertLegacyDocument(const Document& document, const Plugin& plugin)
+{
+    if (IsPmmlRoot(document.GetTree().dom->getDocumentElement())) {
+        throw Failure(FailureKind::Document, kAlreadyPublished, {document.File()});
+    }
+    try {
+        const std::unique_ptr<ScoreModel> model = ReadModel(plugin, document);
+        PublishedForm published = Conversion(document, *model).Convert();
+        published.file = document.File();
+        ReadBack(published, plugin);
+        return published;
+    } catch (const VSException& refusal) {
+        throw DocumentFailure(refusal, document.File());
+    }
+}
+
+}  // namespace MCVelscore_850

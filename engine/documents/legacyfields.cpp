@@ -1,0 +1,246 @@
+#include "engine/documents/legacyfields.h"
+
+#include <algorithm>
+#include <limits>
+#include <set>
+
+#include <xercesc/dom/DOM.hpp>
+
+#include "engine/documents/treetext.h"
+#include "engine/documents/treewriting.h"
+#include "host/documentplace.h"
+#include "host/messages.h"
+#include "host/numbertext.h"
+#include "host/numericvalue.h"
+#include "host/pmmlmodeltags.h"
+#include "host/scoredictvar.h"
+#include "host/vsexception.h"
+#include "readers/zeltmodeltags.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+using xercesc::DOMElement;
+using Old = ZELTModelTags;
+using Tags = PMMLModelTags;
+
+constexpr double kNoBound = std::numeric_limits<double>::infinity();
+
+struct DeclaredValue {
+    std::string text;
+    std::string display;
+    bool missing = false;
+};
+
+// One end of a range: a number as the document writes it; without text there is no bound.
+struct Bound {
+    std::string text;
+    double number;
+};
+
+struct Range {
+    Bound low;
+    Bound high;
+};
+
+// The values of a declaration, each once: the first of two alike counts, whatever it says.
+class ValueList {
+public:
+    explicit ValueList(bool numeric) : numeric_(numeric) {}
+
+    void Add(DeclaredValue value)
+    {
+        if (seen_.insert(numeric_ ? NumericValue(value.text).GetString() : value.text).second) {
+            values_.push_back(std::move(value));
+        }
+    }
+    const std::vector<DeclaredValue>& Get() const { return values_; }
+    bool HasValid() const
+    {
+        return std::any_of(values_.begin(), values_.end(),
+                           [](const auto& v) { return !v.missing; });
+    }
+
+private:
+    bool numeric_;
+    std::set<std::string> seen_;
+    std::vector<DeclaredValue> values_;
+};
+
+bool IsNumeric(const ScoreDictVar& var) { return var.GetValueType() == ScoreDictVar::NUMERIC; }
+bool IsContinuous(const ScoreDictVar& var)
+{
+    return var.GetMeasureLevel() == ScoreDictVar::CONTINUOUS;
+}
+
+ValueList DeclaredValues(const LegacyVariable& variable)
+{
+    ValueList values(IsNumeric(*variable.var));
+    for (const auto* part = variable.element->getFirstElementChild(); part != nullptr;
+         part = part->getNextElementSibling()) {
+        // In the document's order: a value that is both counts as what it is first.
+        for (const auto* category : ChildElements(part, Old::XML_ELE_CATEGORY)) {
+            values.Add({AttributeText(category, Old::XML_ATT_VALUE),
+                        AttributeText(category, Old::XML_ATT_CA_DISPLAY_VALUE), false});
+        }
+        for (const auto* missing : ChildElements(part, Old::XML_ATT_VALUE)) {
+            values.Add({AttributeText(missing, Old::XML_ATT_VALUE), "", true});
+        }
+    }
+    return values;
+}
+
+Bound BoundOf(const std::string& text, const std::string& none, double noBound)
+{
+    Bound bound{text, noBound};
+    if (text == none) {
+        bound.text.clear();
+    } else {
+        ReadNumber(text, bound.number);
+    }
+    return bound;
+}
+
+// The missing ranges of a variable of numbers, from the lowest on. A text lies in no range, and an
+// inverted one holds nothing.
+std::vector<Range> MissingRanges(const LegacyVariable& variable)
+{
+    std::vector<Range> ranges;
+    if (!IsNumeric(*variable.var)) return ranges;
+    for (const auto* part : ChildElements(variable.element, Old::XML_ELE_MISSING_VALUES)) {
+        for (const auto* range : ChildElements(part, Old::XML_ELE_RANGE)) {
+            Range found{BoundOf(AttributeText(range, Old::XML_ATT_VS_MIN), Old::XML_VAL_VA_LOWEST,
+                                -kNoBound),
+                        BoundOf(AttributeText(range, Old::XML_ATT_VS_MAX), Old::XML_VAL_VA_HIGHEST,
+                                kNoBound)};
+            if (found.low.number <= found.high.number) ranges.push_back(std::move(found));
+        }
+    }
+    std::stable_sort(ranges.begin(), ranges.end(),
+                     [](const Range& a, const Range& b) { return a.low.number < b.low.number; });
+    return ranges;
+}
+
+void AddInterval(DOMElement* field, const Bound& low, const Bound& high)
+{
+    DOMElement* interval = AddElement(field, "Interval");
+    SetAttributeText(interval, "closure", "openOpen");
+    if (!low.text.empty()) SetAttributeText(interval, "leftMargin", low.text);
+    if (!high.text.empty()) SetAttributeText(interval, "rightMargin", high.text);
+}
+
+// The numbers in none of the ranges; false when there is none.
+bool AddIntervalsAround(DOMElement* field, const std::vector<Range>& ranges)
+{
+    bool any = false;
+    Bound reached{"", -kNoBound};
+    for (const Range& range : ranges) {
+        if (range.low.number > reached.number) {
+            AddInterval(field, reached, range.low);
+            any = true;
+        }
+        if (range.high.number > reached.number) reached = range.high;
+    }
+    if (reached.number == kNoBound) return any;  // exact: no bound at all
+    AddInterval(field, reached, {"", kNoBound});
+    return true;
+}
+
+bool LiesInOne(const std::vector<Range>& ranges, const std::string& text)
+{
+    const double number = NumericValue(text).GetDouble();
+    return std::any_of(ranges.begin(), ranges.end(), [number](const Range& range) {
+        return number >= range.low.number && number <= range.high.number;
+    });
+}
+
+ScoreDictVar::MeasureLevel LevelOf(const LegacyVariable& variable)
+{
+    switch (variable.use) {
+        case FieldUse::Factor:
+            return IsContinuous(*variable.var) ? ScoreDictVar::CATEGORICAL
+                                               : variable.var->GetMeasureLevel();
+        case FieldUse::Covariate:
+        case FieldUse::MeanTarget: return ScoreDictVar::CONTINUOUS;
+        case FieldUse::CategoryTarget:
+        case FieldUse::None: break;
+    }
+    return variable.var->GetMeasureLevel();
+}
+
+const char* OpTypeOf(ScoreDictVar::MeasureLevel level)
+{
+    switch (level) {
+        case ScoreDictVar::CONTINUOUS: return "continuous";
+        case ScoreDictVar::ORDINAL: return "ordinal";
+        case ScoreDictVar::CATEGORICAL: break;
+    }
+    return "categorical";
+}
+
+// How a field says that it accepts more than it lists.
+void AddAcceptance(DOMElement* field)
+{
+    DOMElement* extension = AddElement(field, Tags::XML_ELE_EXTENSION);
+    SetAttributeText(extension, Tags::XML_ATT_EXTENSION_EXTENDER, Tags::XML_VAL_EXTENSION_EXTENDER);
+    SetAttributeText(extension, Tags::XML_ATT_EXT_NAME, "unlistedCategories");
+    SetAttributeText(extension, Tags::XML_ATT_EXT_VALUE, "accept");
+}
+
+void AddMissingRanges(DOMElement* field, const LegacyVariable& variable, const ValueList& values,
+                      ScoreDictVar::MeasureLevel level)
+{
+    const std::vector<Range> ranges = MissingRanges(variable);
+    if (ranges.empty()) return;
+    const bool matters = variable.use != FieldUse::None && variable.use != FieldUse::MeanTarget;
+    bool said = true;
+    if (values.HasValid()) {
+        // What isn't listed isn't valid anyway, so a range around the list says nothing more.
+        said = std::none_of(values.Get().begin(), values.Get().end(), [&](const auto& value) {
+            return !value.missing && LiesInOne(ranges, value.text);
+        });
+    } else {
+        said = level == ScoreDictVar::CONTINUOUS && AddIntervalsAround(field, ranges);
+    }
+    if (said || !matters) return;
+    VSException refusal(gErrorFormater);
+    refusal.PutErrorMessage(kMissingRangeOfList, variable.var->GetName().c_str());
+    refusal.SetPlace(PlaceOf(variable.element));
+    throw VSException(refusal);
+}
+
+}  // namespace
+
+void AddDataField(DOMElement* dictionary, const LegacyVariable& variable)
+{
+    const ScoreDictVar& var = *variable.var;
+    const ScoreDictVar::MeasureLevel level = LevelOf(variable);
+    ValueList values = DeclaredValues(variable);
+    const bool isFactor = variable.use == FieldUse::Factor;
+    // Any number may meet a factor that isn't declared as one and lists no valid value; once a
+    // value is declared missing the field would be closed to those that no cell names.
+    const bool anyNumber = isFactor && IsContinuous(var) && !values.HasValid();
+    // Likewise any text a factor without a list, whose cells tell their categories here.
+    const bool anyText = isFactor && !IsNumeric(var) && var.HasOpenCategories();
+    if (anyText || (!IsContinuous(var) && !var.HasOpenCategories())) {
+        for (const std::string& text : variable.cellValues) values.Add({text, "", false});
+    }
+
+    DOMElement* field = AddElement(dictionary, "DataField");
+    SetAttributeText(field, Tags::XML_ATT_NAME, var.GetName());
+    const std::string label = AttributeText(variable.element, Old::XML_ATT_LABEL);
+    if (!label.empty()) SetAttributeText(field, "displayName", label);
+    SetAttributeText(field, Tags::XML_ATT_DATAFIELD_OPTYPE, OpTypeOf(level));
+    SetAttributeText(field, "dataType", IsNumeric(var) ? "double" : "string");
+    if ((anyNumber || anyText) && !values.Get().empty()) AddAcceptance(field);
+    AddMissingRanges(field, variable, values, level);
+    for (const DeclaredValue& value : values.Get()) {
+        DOMElement* element = AddElement(field, Tags::XML_ELE_VALUE);
+        SetAttributeText(element, Tags::XML_ATT_VALUE_VALUE, value.text);
+        if (!value.display.empty()) SetAttributeText(element, "displayValue", value.display);
+        if (value.missing) SetAttributeText(element, "property", "missing");
+    }
+}
+
+}  // namespace MCVelscore_850

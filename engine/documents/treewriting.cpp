@@ -1,0 +1,57 @@
+#include "engine/documents/treewriting.h"
+
+#include <memory>
+
+#include <xercesc/framework/MemBufFormatTarget.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include "host/veltranscoder.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+struct Release {
+    template <class Object>
+    void operator()(Object* object) const
+    {
+        object->release();
+    }
+};
+
+xercesc::DOMImplementation& Implementation()
+{
+    return *xercesc::DOMImplementationRegistry::getDOMImplementation(XmlFromUtf8("LS").c_str());
+}
+
+}  // namespace
+
+OwnedTree NewTree(const std::string& nameSpace, const std::string& root)
+{
+    return OwnedTree(Implementation().createDocument(XmlFromUtf8(nameSpace).c_str(),
+                                                     XmlFromUtf8(root).c_str(), nullptr));
+}
+
+xercesc::DOMElement* AddElement(xercesc::DOMElement* parent, const std::string& tag)
+{
+    xercesc::DOMElement* element = parent->getOwnerDocument()->createElementNS(
+        parent->getNamespaceURI(), XmlFromUtf8(tag).c_str());
+    parent->appendChild(element);
+    return element;
+}
+
+std::string TreeText(const xercesc::DOMDocument& tree)
+{
+    xercesc::DOMImplementation& implementation = Implementation();
+    const std::unique_ptr<xercesc::DOMLSSerializer, Release> serializer(
+        implementation.createLSSerializer());
+    serializer->getDomConfig()->setParameter(xercesc::XMLUni::fgDOMWRTFormatPrettyPrint, true);
+    const std::unique_ptr<xercesc::DOMLSOutput, Release> output(implementation.createLSOutput());
+    xercesc::MemBufFormatTarget target;
+    output->setByteStream(&target);
+    output->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
+    serializer->write(&tree, output.get());
+    return {reinterpret_cast<const char*>(target.getRawBuffer()), target.getLen()};
+}
+
+}  // namespace MCVelscore_850
