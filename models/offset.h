@@ -27,6 +27,8 @@ struct Offset {
         value = constant;
         kind = VALUE;
     }
+    /// A null variable counts as an offset that adds nothing.
+    bool HasVariable() const { return kind == VARIABLE && variable != nullptr; }
     /// The variable's name or the constant; empty without an offset.
     std::string Describe() const
     {
