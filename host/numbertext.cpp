@@ -81,15 +81,32 @@ NumberText ReadInteger(std::string_view text, int& number)
     return NumberText::Number;
 }
 
-void AppendNumber(double number, std::string& out)
+namespace {
+
+using NumberBuffer = char[32];
+
+std::string_view WriteNumber(double number, NumberBuffer& buffer)
 {
-    char buffer[32];
     constexpr double kWholeLimit = 1e15;  // below it every whole double is exact in a long long
     const bool whole = std::fabs(number) < kWholeLimit && number == std::trunc(number);
     const auto written =
         whole ? std::to_chars(buffer, buffer + sizeof buffer, static_cast<long long>(number))
               : std::to_chars(buffer, buffer + sizeof buffer, number);
-    out.append(buffer, written.ptr);
+    return {buffer, written.ptr};
+}
+
+}  // namespace
+
+void AppendNumber(double number, std::string& out)
+{
+    NumberBuffer buffer;
+    out += WriteNumber(number, buffer);
+}
+
+bool IsTextOfNumber(std::string_view text, double number)
+{
+    NumberBuffer buffer;
+    return text == WriteNumber(number, buffer);
 }
 
 }  // namespace MCVelscore_850

@@ -24,6 +24,9 @@ VELHOST_API NumberText ReadInteger(std::string_view text, int& number);
 /// absolute value without point or exponent, minus zero as "0".
 VELHOST_API void AppendNumber(double number, std::string& out);
 
+/// True for the text that AppendNumber writes for the number; nothing is allocated.
+VELHOST_API bool IsTextOfNumber(std::string_view text, double number);
+
 /// The text without blanks (space, tab, line end) at its ends.
 std::string_view TrimBlanks(std::string_view text);
 

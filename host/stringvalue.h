@@ -31,6 +31,8 @@ public:
         text_.assign(text);
         missing_ = false;
     }
+    /// Makes room for a text of that many bytes, so that it can be set without allocating.
+    void Reserve(size_t bytes) { text_.reserve(bytes); }
     /// Makes this the missing text, whose bytes are empty.
     void SetMissing()
     {

@@ -63,8 +63,11 @@ ScoreValue* CaseWalk::FindValue(size_t predictor, const ScoreDictVar* var) const
 
 const ScoreValue* CaseWalk::FindByPosition(size_t predictor) const
 {
-    bool bound = false;
-    const ScoreValue* value = ValueAtPosition(predictor, bound);
+    const ScoreValue* value = nullptr;
+    if (derivedInRecord_ || !model_.predictorIsDerived[predictor]) {
+        bool bound = false;
+        value = ValueAtPosition(predictor, bound);
+    }
     if (value == nullptr && derivedRecord_ != nullptr) {
         value = derivedRecord_->GetValue(model_.predictorVars[predictor]->GetName());
     }
@@ -239,7 +242,7 @@ void CaseWalk::WriteMissingPrediction()
                model_.targetVar->GetValueType() == ScoreDictVar::NUMERIC) {
         result_->SetPrediction(new NumericValue(kMissing));
     } else {
-        result_->SetPrediction(new StringValue(""));
+        SetNewPrediction(new StringValue(""));
     }
 }
 
@@ -251,8 +254,18 @@ void CaseWalk::WriteCategory(const std::string& name)
     } else if (prediction != nullptr && prediction->Kind() == ScoreValue::STRING) {
         static_cast<StringValue*>(prediction)->SetString(name);
     } else {
-        result_->SetPrediction(model_.targetVar->MakeValue(name));
+        SetNewPrediction(model_.targetVar->MakeValue(name));
     }
+}
+
+void CaseWalk::SetNewPrediction(ScoreValue* value)
+{
+    if (value->Kind() == ScoreValue::STRING) {
+        size_t longest = 0;
+        for (const auto& [name, row] : model_.categoryMap) longest = std::max(longest, name.size());
+        static_cast<StringValue*>(value)->Reserve(longest);
+    }
+    result_->SetPrediction(value);
 }
 
 void CaseWalk::WritePercent(const std::string& name, double percent)

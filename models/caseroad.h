@@ -184,6 +184,8 @@ private:
     const NumericValue* SureNumber(size_t predictor) const;
     /// Steps 5 (its end) to 7 of the number family for one value.
     void JudgeNumber(size_t predictor, const ScoreValue* value);
+    /// Hands a new prediction over; a text gets room for the name of each category.
+    void SetNewPrediction(ScoreValue* value);
     bool SubstituteValue(size_t predictor, const ScoreDictVar* var, ScoreValue* value);
     bool IsCovariate(size_t predictor, const ScoreDictVar* var) const;
     /// Step 7 for a value that isn't substituted.

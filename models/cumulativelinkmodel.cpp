@@ -132,7 +132,7 @@ double CumulativeLinkModel::LinearPredictor(CaseWalk& walk)
         std::fill(designRow.begin(), designRow.end(), 0.0);
     }
     switch (offset.kind) {
-        case Offset::VARIABLE: return lp + OffsetOfCase(walk);
+        case Offset::VARIABLE: return offset.HasVariable() ? lp + OffsetOfCase(walk) : lp;
         case Offset::VALUE: return lp + offset.value;
         case Offset::NONE: break;
     }
@@ -143,7 +143,9 @@ double CumulativeLinkModel::LinearPredictor(CaseWalk& walk)
 size_t CumulativeLinkModel::ComputeCategoryProbs(double linearPredictor)
 {
     const int categories = static_cast<int>(categoryProbs.size());
-    for (size_t i = 0; i < thresholds.size(); ++i) thresholds[i] = categoryBetas[i].front();
+    for (size_t i = 0; i < thresholds.size() && !betas.empty(); ++i) {
+        thresholds[i] = categoryBetas[i].front();
+    }
     double previous = 0.0;
     double best = 0.0;
     size_t predicted = 0;

@@ -51,7 +51,7 @@ MCScore::MCStatus MLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*
     walk.GatherNumbers([&](size_t i, const ScoreDictVar* var) { return walk.FindValue(i, var); });
     if (!walk.Status().IsOK()) return walk.Status();
 
-    if (offset.kind == Offset::VARIABLE) offset.value = caseValues[predictorCount];
+    if (offset.HasVariable()) offset.value = caseValues[predictorCount];
     // Design values don't depend on the category: each is computed once for all rows of betas.
     for (size_t p = 0; p < designRow.size(); ++p) designRow[p] = DesignValue(p);
     for (size_t c = 0; c < linearPredictors.size(); ++c) {

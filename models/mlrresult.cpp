@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "host/numbertext.h"
 #include "host/numericvalue.h"
 #include "host/scoredictvar.h"
 #include "host/stringvalue.h"
@@ -55,14 +56,14 @@ double MLRResult::GetPercent(const ScoreValue* value) const
 
 bool MLRResult::SetPercent(const std::string& key, double percent)
 {
-    // Texts are compared where they lie, and a number is spelt out only where it is the key's: this
-    // runs for every category of every case.
+    // Runs for every category of every case, so texts are compared where they lie, and a number is
+    // spelt out only where it is the key's.
     const double number = NumericValue(key).GetDouble();
     const auto reads = [&](const ScoreValue& value) {
         if (value.Kind() == ScoreValue::STRING) {
             return static_cast<const StringValue&>(value).Text() == key;
         }
-        return value.GetDouble() == number && value.GetString() == key;
+        return value.GetDouble() == number && IsTextOfNumber(key, number);
     };
     for (auto& entry : valuePercents_) {
         if (reads(*entry.first)) {

@@ -51,15 +51,22 @@ std::map<std::string, std::vector<std::string>> CategoriesOfCells(const xercesc:
     return categories;
 }
 
+// A contrast matrix or its categories, in any form; an extension of another name is none.
+bool IsOfContrasts(const xercesc::DOMElement* child)
+{
+    return Utf8FromXml(child->getTagName()) != Tags::XML_ELE_EXTENSION ||
+           AttributeText(child, Tags::XML_ATT_EXT_NAME) == Tags::XML_EXT_NAME_COXREG_CONTRASTMATRIX;
+}
+
 // The factors whose categories can come from cells: those without contrasts, which count
 // categories and may list them.
 std::set<std::string> FactorsWithoutContrasts(const xercesc::DOMElement* root)
 {
     std::set<std::string> names;
     for (const auto* predictor : Predictors(root, Tags::XML_ELE_FAC_LIST)) {
-        if (predictor->getFirstElementChild() == nullptr) {
-            names.insert(AttributeText(predictor, Tags::XML_ATT_PRED_NAME));
-        }
+        const auto* child = predictor->getFirstElementChild();
+        while (child != nullptr && !IsOfContrasts(child)) child = child->getNextElementSibling();
+        if (child == nullptr) names.insert(AttributeText(predictor, Tags::XML_ATT_PRED_NAME));
     }
     return names;
 }

@@ -122,7 +122,11 @@ public:
     }
     void Beta(const std::string& parameter, double beta)
     {
-        const std::string category = model.GetCategoryVector().at(0).first;
+        Beta(model.GetCategoryVector().at(0).first, parameter, beta);
+    }
+    /// The beta in the row of a target category.
+    void Beta(const std::string& category, const std::string& parameter, double beta)
+    {
         model.GetParamTable()->SetCell(category, parameter, ParamTableCell(beta, 1));
     }
     BaseDictionary& Dictionary() { return *dictionary_; }
@@ -189,6 +193,22 @@ public:
         return static_cast<Result&>(*result);
     }
     double Number() const { return result->GetPrediction()->GetDouble(); }
+    std::string Text() const { return result->GetPrediction()->GetString(); }
+    size_t PercentCount() const { return Percents().size(); }
+    /// The probability of a category, by its text; -1 without one.
+    double Percent(const std::string& category) const
+    {
+        for (const auto& [value, percent] : Percents()) {
+            if (value->GetString() == category) return percent;
+        }
+        return -1.0;
+    }
+
+private:
+    const ScoreClsResult::ValuePercents& Percents() const
+    {
+        return static_cast<const ScoreClsResult&>(*result).GetAllValuePercent();
+    }
 };
 
 }  // namespace MCVelscore_850::testing

@@ -105,18 +105,17 @@ TEST(ChooseFamily, UnknownModelTypeIsRefusedBeforeAnyModel)
 
 TEST(MakeModel, EveryFamilyHasItsClass)
 {
-    const std::pair<FamilyCode, int> families[] = {
-        {kMultinomial, ScoreModel::TYPE_MLR},
-        {kMultinomialGeneralized, ScoreModel::TYPE_MLR},
-        {kGeneralLinear, ScoreModel::TYPE_GLR},
-        {kLinear, ScoreModel::TYPE_LR},
-        {kConditional, ScoreModel::TYPE_CLR},
-        {kBinary, ScoreModel::TYPE_BLR},
-        {kOrdinal, ScoreModel::TYPE_ORDINAL},
-        {kGeneralizedLinear, ScoreModel::TYPE_GZLR},
-        {kOrdinalGeneralized, ScoreModel::TYPE_ORDINAL},
-        {kCox, ScoreModel::TYPE_COXREG},
-        {kCoxComplexSamples, ScoreModel::TYPE_CSCOXREG}};
+    const std::pair<FamilyCode, int> families[] = {{kMultinomial, ScoreModel::TYPE_MLR},
+                                                   {kMultinomialGeneralized, ScoreModel::TYPE_MLR},
+                                                   {kGeneralLinear, ScoreModel::TYPE_GLR},
+                                                   {kLinear, ScoreModel::TYPE_LR},
+                                                   {kConditional, ScoreModel::TYPE_CLR},
+                                                   {kBinary, ScoreModel::TYPE_BLR},
+                                                   {kOrdinal, ScoreModel::TYPE_ORDINAL},
+                                                   {kGeneralizedLinear, ScoreModel::TYPE_GZLR},
+                                                   {kOrdinalGeneralized, ScoreModel::TYPE_ORDINAL},
+                                                   {kCox, ScoreModel::TYPE_COXREG},
+                                                   {kCoxComplexSamples, ScoreModel::TYPE_CSCOXREG}};
     for (const auto& [code, type] : families) {
         EXPECT_EQ(MakeModel(code, "")->GetModelType(), type) << code;
     }
