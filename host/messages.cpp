@@ -208,17 +208,6 @@ constexpr Message kCatalogue[] = {
     {kDocumentTooLarge, "sd", "{0} has more than {1} bytes", kHostile},
     {kNotAModelDocument, "ss", "{0} is no model document: its root is '{1}'",
      "Give a PMML document with a GeneralRegressionModel."},
-    {kNoOutputSection, "s", "{0} has no Output section, whose columns were asked for",
-     "Score with the default columns, or add an Output section to the model."},
-    {kOutputFeature, "ss",
-     "the feature '{0}' of the output field {1} is none that a regression has",
-     "Score with the default columns, or remove the field from the Output section."},
-    {kNoVerification, "s", "{0} has no ModelVerification section",
-     "Verify a document that carries records of its own, or add some with --emit."},
-    {kVerificationField, "ss",
-     "{0} in the ModelVerification section of {1} is neither an output field nor the target nor a "
-     "field of the data dictionary",
-     "Correct the field's name."},
 
     {kNotOfDataType, "sss", "'{0}' is no value of the type {1}, in the derived field {2}",
      kMendExpression},
@@ -243,6 +232,18 @@ constexpr Message kCatalogue[] = {
      "Give each field a column of its own."},
     {kMapWithoutColumns, "s", "the MapValues of the derived field {0} has no FieldColumnPair",
      "Name the field that the table is looked up by."},
+
+    {kNoOutputSection, "s", "{0} has no Output section, whose columns were asked for",
+     "Score with the default columns, or add an Output section to the model."},
+    {kOutputFeature, "ss",
+     "the feature '{0}' of the output field {1} is none that a regression has",
+     "Score with the default columns, or remove the field from the Output section."},
+    {kNoVerification, "s", "{0} has no ModelVerification section",
+     "Verify a document that carries records of its own, or add some with --emit."},
+    {kVerificationField, "ss",
+     "{0} in the ModelVerification section of {1} is neither an output field nor the target nor a "
+     "field of the data dictionary",
+     "Correct the field's name."},
 
     {kPluginNotLoaded, "ss", "the plug-in {0} can't be loaded: {1}",
      "Install velscore whole, or name the plug-in with --plugin."},

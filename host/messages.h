@@ -89,10 +89,6 @@ inline constexpr int kTokenTooLong = 269107;       // file, line, column, limit
 inline constexpr int kTooManyElements = 269108;    // file, line, column, limit
 inline constexpr int kDocumentTooLarge = 269109;   // file, limit
 inline constexpr int kNotAModelDocument = 269110;  // file, root
-inline constexpr int kNoOutputSection = 269111;    // file
-inline constexpr int kOutputFeature = 269112;      // feature, output field
-inline constexpr int kNoVerification = 269113;     // file
-inline constexpr int kVerificationField = 269114;  // field, file
 
 // Codes of the host's own refusals: the expressions of derived fields.
 inline constexpr int kNotOfDataType = 269111;      // text, data type, derived field
@@ -105,6 +101,12 @@ inline constexpr int kTableLocator = 269117;       // derived field
 inline constexpr int kMapCellMissing = 269118;     // column, derived field
 inline constexpr int kMapColumnTwice = 269119;     // column, derived field
 inline constexpr int kMapWithoutColumns = 269120;  // derived field
+
+// Codes of the engine: the document's output and its records.
+inline constexpr int kNoOutputSection = 269191;    // file
+inline constexpr int kOutputFeature = 269192;      // feature, output field
+inline constexpr int kNoVerification = 269193;     // file
+inline constexpr int kVerificationField = 269194;  // field, file
 
 // Codes of the engine: the plug-in.
 inline constexpr int kPluginNotLoaded = 269201;  // file, reason

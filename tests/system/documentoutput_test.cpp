@@ -120,7 +120,7 @@ TEST_F(DocumentOutput, WithoutASectionIsRefused)
 {
     const Finished run = Score(TestModel(), "x,sex\n2,m\n");
     EXPECT_EQ(run.exitCode, 2);
-    EXPECT_NE(run.err.find("269111"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("269191"), std::string::npos) << run.err;
     EXPECT_EQ(run.out, "");
 }
 
@@ -189,7 +189,7 @@ TEST_F(DocumentOutput, ARecordFieldThatNothingKnowsIsRefused)
 {
     const Finished run = Verify("<VerificationField field='q' column='a'/>", "<row><a>2</a></row>");
     EXPECT_EQ(run.exitCode, 2);
-    EXPECT_NE(run.err.find("269114"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("269194"), std::string::npos) << run.err;
 }
 
 TEST_F(DocumentOutput, ADocumentWithoutRecordsIsRefused)
@@ -197,7 +197,7 @@ TEST_F(DocumentOutput, ADocumentWithoutRecordsIsRefused)
     const std::string model = folder_.Write("model.pmml", TestModel().Text());
     const Finished run = RunVelscore({"verify", model});
     EXPECT_EQ(run.exitCode, 2);
-    EXPECT_NE(run.err.find("269113"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("269193"), std::string::npos) << run.err;
 }
 
 }  // namespace
