@@ -127,7 +127,7 @@ TEST(DerivedFieldsOfExporters, FeedThePredictionsOfR)
                   {"xform-normdiscrete-pima-public", 120, true, "probability(Yes)"}};
     for (const auto& each : kCases) {
         SCOPED_TRACE(each.name);
-        const std::string folder = std::string("tests/data/derived/") + each.name + "/";
+        const std::string folder = std::string("tests/data/cases/") + each.name + "/";
         const Document document(folder);
         const std::vector<Row> input = Table(folder + "input.csv");
         const std::vector<Row> expected = Table(folder + "expected.csv");
