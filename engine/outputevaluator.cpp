@@ -73,6 +73,12 @@ void OutputCell::SetNumber(double value)
     number = value;
 }
 
+double ExistingLimit(double limit)
+{
+    const double none = NumericValue::GetSysmisValue();
+    return std::fabs(limit) < std::fabs(none) ? limit : none;
+}
+
 const TargetDeclaration* TargetOf(const ScoreDictVar* var)
 {
     const auto* declared = dynamic_cast<const DictVar*>(var);
@@ -175,9 +181,11 @@ std::span<const OutputCell> OutputEvaluator::Evaluate(const ScoreCaseRecord& rec
                 break;
             case Feature::ConfidenceIntervalLower:
                 SetLinear(cell, result, &LRResult::GetCIBottom);
+                if (cell.kind == OutputCell::Number) cell.SetNumber(ExistingLimit(cell.number));
                 break;
             case Feature::ConfidenceIntervalUpper:
                 SetLinear(cell, result, &LRResult::GetCITop);
+                if (cell.kind == OutputCell::Number) cell.SetNumber(ExistingLimit(cell.number));
                 break;
             case Feature::Residual: FillResidual(field, record, result, cell); break;
             case Feature::Expression: {

@@ -32,6 +32,10 @@ struct OutputCell {
     }
 };
 
+/// A limit of a result, system-missing when it is none. A limit without a mean may come multiplied
+/// by a number of trials, so whatever is as large as the system-missing number is none.
+double ExistingLimit(double limit);
+
 /// What a model predicts, as a document means it: after its Target, and in a Cox model the
 /// cumulative hazard.
 OutputCell PredictedValue(const ScoreResult& result, const TargetDeclaration* target);

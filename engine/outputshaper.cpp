@@ -23,14 +23,6 @@ namespace {
 
 constexpr size_t kNoPercent = static_cast<size_t>(-1);
 
-// A limit without a mean may come multiplied by a number of trials: whatever is as large as the
-// system-missing number is no limit.
-void WriteLimit(CsvWriter& writer, double limit)
-{
-    const bool exists = std::fabs(limit) < std::fabs(NumericValue::GetSysmisValue());
-    WriteResultNumber(writer, exists ? limit : NumericValue::GetSysmisValue());
-}
-
 void WriteValue(CsvWriter& writer, const ScoreValue* value)
 {
     if (value == nullptr) {
@@ -179,8 +171,8 @@ void OutputShaper::WriteOwnColumns(CsvWriter& writer, const ScoreResult& result)
                 // -1 is what a result holds that no standard error was written into.
                 const double stdDev = linear.GetStdDev();
                 WriteResultNumber(writer, stdDev < 0.0 ? NumericValue::GetSysmisValue() : stdDev);
-                WriteLimit(writer, linear.GetCIBottom());
-                WriteLimit(writer, linear.GetCITop());
+                WriteResultNumber(writer, ExistingLimit(linear.GetCIBottom()));
+                WriteResultNumber(writer, ExistingLimit(linear.GetCITop()));
                 break;
             }
             case ScoreResult::MLR_RESULT:

@@ -62,6 +62,27 @@ TEST_F(Generalized, LimitWithoutAMeanIsAnEmptyField)
     }
 }
 
+TEST_F(Generalized, LimitWithoutAMeanIsAnEmptyFieldOfTheDocumentsOutputToo)
+{
+    TestModel model;
+    model.modelHead =
+        "modelType=\"generalizedLinear\" modelName=\"GZLM\" functionName=\"regression\" "
+        "linkFunction=\"log\" distribution=\"binomial\" trialsValue=\"2\"";
+    std::string text = model.Text();
+    text.insert(text.find("<ParameterList>"),
+                "<Output><OutputField name=\"low\" dataType=\"double\" optype=\"continuous\" "
+                "feature=\"confidenceIntervalLower\"/><OutputField name=\"high\" "
+                "dataType=\"double\" optype=\"continuous\" "
+                "feature=\"confidenceIntervalUpper\"/></Output>");
+    const Finished run =
+        RunVelscore({"score", "--quiet", "--output", "document", folder_.Write("model.pmml", text),
+                     folder_.Write("cases.csv", "x,sex\n353.5,f\n")});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    const CsvText scores = ParseCsv(run.out);
+    EXPECT_NE(scores.Texts("low"), Texts{""});
+    EXPECT_EQ(scores.Texts("high"), Texts{""});
+}
+
 TEST_F(Generalized, NumericTargetWithoutAMeanIsScoredAsNone)
 {
     const CsvText scores = Scores(Model("linkFunction=\"log\""), "x,sex\n400,f\n");
