@@ -221,7 +221,7 @@ TEST_F(Classification, UnlistedCategoriesOfAFactorWithoutValuesAreCountedAtTheEn
     EXPECT_NEAR(Number(ParseCsv(run.out), "probability(yes)", 0), Logistic(2.0), 1e-15);
     EXPECT_NEAR(Number(ParseCsv(run.out), "probability(yes)", 2), Logistic(1.0), 1e-15);
     EXPECT_NE(run.err.find("column f has 3 values that the model's dictionary doesn't list "
-                           "('a', 'typo', 'a')"),
+                           "('a', 'typo')"),
               std::string::npos)
         << run.err;
     document.factorField = "dataType='boolean'>";
