@@ -186,6 +186,17 @@ TEST(AppendNumber, EveryFiniteDoubleReadsBackToItself)
     EXPECT_GT(finite, 99000);  // 1 in 2048 has the exponent of infinities and NaN
 }
 
+TEST(IsTextOfNumber, IsTrueForTheTextThatIsWrittenAlone)
+{
+    EXPECT_TRUE(IsTextOfNumber("1", 1.0));
+    EXPECT_TRUE(IsTextOfNumber("0", -0.0));
+    EXPECT_TRUE(IsTextOfNumber("0.30000000000000004", 0.30000000000000004));
+    EXPECT_TRUE(IsTextOfNumber("-1.7976931348623157e+308", -1.7976931348623157e308));
+    for (const char* text : {"1.0", "01", "+1", "1 ", "1e0", "", "2"}) {
+        EXPECT_FALSE(IsTextOfNumber(text, 1.0)) << text;
+    }
+}
+
 TEST(TrimBlanks, TakesBlanksOffBothEndsAlone)
 {
     EXPECT_EQ(TrimBlanks(" \t a b \r\n"), "a b");

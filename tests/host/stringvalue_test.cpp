@@ -69,6 +69,18 @@ TEST(StringValue, SettingATextEndsItsBeingMissing)
     EXPECT_EQ(text.GetString(), "y");
 }
 
+TEST(StringValue, ReservedTextKeepsItsPlace)
+{
+    StringValue value("a");
+    value.Reserve(100);
+    EXPECT_EQ(value.Text(), "a");
+    const char* place = value.Text().data();
+    value.SetString(std::string(100, 'b'));
+    EXPECT_EQ(value.Text().data(), place);
+    value.Reserve(1);
+    EXPECT_EQ(value.Text(), std::string(100, 'b'));
+}
+
 TEST(StringValue, CloneKeepsBeingMissing)
 {
     StringValue text("x");

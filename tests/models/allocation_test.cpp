@@ -2,13 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include "models/clrmodel.h"
 #include "models/coxregresult.h"
 #include "models/coxregrmodel.h"
 #include "models/glrmodel.h"
 #include "models/gzlrmodel.h"
 #include "models/lrmodel.h"
 #include "tests/models/allocationcounter.h"
-#include "tests/models/modelfixture.h"
+#include "tests/models/classifierfixture.h"
 
 namespace MCVelscore_850 {
 namespace {
@@ -145,6 +146,76 @@ TEST(ScoringOfCox, MillionCasesThroughOneResultAllocateNothing)
     EXPECT_EQ(AllocationCount() - before, 0);
     // lp = -1 + 0.5 (3 - 1) = 0, so the mean hazard is that of 0, 0.001, .., 0.999.
     EXPECT_NEAR(total / kCases, 0.4995, 1e-9);
+}
+
+const std::string kShort = "b";
+const std::string kLong = "a category of a name that no small buffer holds";
+
+template <class Model>
+class ScoringCategories : public ::testing::Test {
+protected:
+    // Cases whose factor and whose predicted category change from one to the next, the shorter
+    // name first; a case in a hundred is bad.
+    static void ScoreManyCases(std::unique_ptr<DictVar> target)
+    {
+        Built<Model> built(std::move(target));
+        built.Covariate("x");
+        built.Factor("f", {kShort, kLong});
+        if constexpr (std::is_same_v<Model, BLRModel>) {
+            built.model.SetContrastMatrix("f", {{1, 0}, {0, 1}}, {0, 1});
+        }
+        built.Parameters({"p0", "px", "pf"});
+        ASSERT_TRUE(built.SetUp());
+        built.Cell("px", "x", "1");
+        built.Cell("pf", "f", kLong);
+        // An ordinal model has its betas in the last row but one, here the first.
+        constexpr bool kFirstRow = Family<Model>::isOrdinal || std::is_same_v<Model, CLRModel>;
+        for (const auto& [category, row] : built.model.GetCategoryVector()) {
+            if (row != (kFirstRow ? 0 : 1)) continue;
+            built.Beta(category, "px", 1.0);
+            built.Beta(category, "pf", 0.5);
+        }
+        built.model.FinishSetup();
+
+        Case c;
+        c.With("x", -3).With("f", kLong.c_str());
+        CaseRecord& record = c.Record();
+        auto& x = static_cast<NumericValue&>(*record.GetValue(0));
+        auto& f = static_cast<StringValue&>(*record.GetValue(1));
+        f.SetString(kShort);
+        Slot slot;
+        ASSERT_TRUE(built.model.GetScore(&record, slot.result, true).IsOK());
+        const std::string firstPrediction = slot.Text();
+
+        const long before = AllocationCount();
+        constexpr int kCases = 100000;
+        int scored = 0;
+        for (int i = 0; i < kCases; ++i) {
+            x.SetDoubleValue(i % 100 == 7 ? kSysmis : i % 2 == 0 ? 3.0 : -3.0);
+            f.SetString(i % 3 == 0 ? kLong : kShort);
+            if (built.model.GetScore(&record, slot.result, true).IsOK()) ++scored;
+        }
+        EXPECT_EQ(AllocationCount() - before, 0);
+        EXPECT_EQ(scored, kCases - kCases / 100);
+        x.SetDoubleValue(3.0);
+        ASSERT_TRUE(built.model.GetScore(&record, slot.result, true).IsOK());
+        EXPECT_NE(slot.Text(), firstPrediction);
+    }
+};
+using CategoryModels = ::testing::Types<BLRModel, MLRModel, CLRModel, ORModel, OGZLRModel>;
+TYPED_TEST_SUITE(ScoringCategories, CategoryModels);
+
+TYPED_TEST(ScoringCategories, OfTextsOfAnyLengthAllocateNothingAfterTheFirst)
+{
+    this->ScoreManyCases(Categorical("y", {kShort, kLong}));
+    this->ScoreManyCases(Categorical("y", {kLong, kShort}));
+}
+
+TYPED_TEST(ScoringCategories, OfNumbersOfAnyLengthAllocateNothingAfterTheFirst)
+{
+    this->ScoreManyCases(Categorical("y", {"1", "0.30000000000000004"}, ScoreDictVar::NUMERIC));
+    this->ScoreManyCases(
+        Categorical("y", {"-1.2345678901234567e-100", "2"}, ScoreDictVar::NUMERIC));
 }
 
 TEST(AllocationCounter, SeesAnAllocation)

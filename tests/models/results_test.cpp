@@ -172,6 +172,19 @@ TEST(MLRResult, SameCategoryTwiceIsAddedTwice)
     EXPECT_EQ(result.GetAllValuePercent()[1].second, 0.2);
 }
 
+TEST(MLRResult, NumericCategoryIsFoundByItsTextAndNotByItsNumber)
+{
+    const auto target = Categorical("y", {"1", "0.5"}, ScoreDictVar::NUMERIC);
+    MLRResult result(target.get());
+    const NumericValue one(1.0);
+    ASSERT_TRUE(result.AddValuePercent(one.Clone(), 0.25));
+    for (const char* key : {"1.0", "01", "1e0", "one", "", "0.5"}) {
+        EXPECT_FALSE(result.SetPercent(key, 0.75)) << key;
+    }
+    EXPECT_TRUE(result.SetPercent("1", 0.75));
+    EXPECT_EQ(result.GetPercent(&one), 0.75);
+}
+
 TEST(MLRResult, SetPercentOfAnUnknownCategoryChangesNothing)
 {
     const auto target = Categorical("y", {"a", "b"});

@@ -189,6 +189,28 @@ TEST(ContrastMatrix, TooFewRowsLeaveACategoryThatMatchesNothing)
     EXPECT_TRUE(model->GetScore(&c.Record(), slot.result, true).IsOK());
 }
 
+TEST(ContrastMatrix, CategoryWithoutARowIsNoNumberAtAll)
+{
+    // Not even -1, which is the number of what has no place elsewhere.
+    LogisticDocument document =
+        WithFactor(Typed(MatrixOf(kSize, "<Array>1 0</Array><Array>0 1</Array>")));
+    document.fields = With(document.fields,
+                           "dataType='string'><Value value='u'/><Value value='v'/>"
+                           "<Value value='w'/>",
+                           "dataType='integer'><Value value='10'/><Value value='20'/>"
+                           "<Value value='-1'/>");
+    document.cells = With(document.cells, "value='u'", "value='10'");
+    document.cells = With(document.cells, "value='v'", "value='20'");
+    const auto model = ReadModel(document.Text());
+    Slot slot;
+    for (const double f : {10.0, 20.0, -1.0}) {
+        Case c;
+        c.With("f", f).With("x", 1);
+        EXPECT_EQ(model->GetScore(&c.Record(), slot.result, true).GetErrorCode(),
+                  f < 0 ? 90017 : 0);
+    }
+}
+
 TEST(ContrastMatrix, WithoutElementsIsReadAndMatchesNothing)
 {
     const auto model = ReadModel(WithFactor(Typed(MatrixOf(kSize, ""))).Text());
