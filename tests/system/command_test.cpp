@@ -50,7 +50,7 @@ TEST_F(Command, UnknownCommandsAndOptionsAreWrongUsage)
 
 TEST_F(Command, HelpOfEachCommandShowsAnExample)
 {
-    for (const char* name : {"score", "check", "inspect", "help"}) {
+    for (const char* name : {"score", "check", "inspect", "convert", "help"}) {
         const Finished run = RunVelscore({name, "--help"});
         EXPECT_EQ(run.exitCode, 0) << name;
         EXPECT_EQ(run.err, "") << name;
