@@ -173,7 +173,7 @@ TEST_F(OutputShaperTest, MissingLimitTimesTrialsIsAnEmptyField)
     for (const double trials : {20.0, 1.0, -1.0}) {
         result.SetCIBottom(1e300);
         result.SetCITop(NumericValue::GetSysmisValue() * trials);
-        shaper.WriteScored(writer_, Row{"1", "2", "3"}, result);
+        shaper.WriteScored(writer_, Row{"1", "2", "3"}, CaseRecord({}), result);
         wanted += "3,0.5,1e+300,,0,\n";
     }
     EXPECT_EQ(Written(), wanted);

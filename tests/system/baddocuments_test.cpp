@@ -126,16 +126,5 @@ TEST(BadDocumentFile, MissingFolderAndUnreadableFilesAreRefused)
     }
 }
 
-TEST(BadDocumentFile, FamilyThatIsNotScoredYetIsNamed)
-{
-    const ScratchFolder folder;
-    const std::string model = folder.Write(
-        "model.pmml", WithHead("modelType=\"generalizedLinear\" algorithmName=\"GZLM\" "
-                               "functionName=\"regression\""));
-    const Finished run = RunVelscore({"score", model}, "x,sex\n1,f\n");
-    EXPECT_EQ(run.exitCode, 2);
-    EXPECT_NE(run.err.find("generalized linear"), std::string::npos) << run.err;
-}
-
 }  // namespace
 }  // namespace MCVelscore_850

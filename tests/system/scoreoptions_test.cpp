@@ -210,10 +210,11 @@ TEST_F(ScoreOptions, QuietSaysNothingOfARunThatWorks)
     EXPECT_EQ(Score("x,sex\n1,f\n,f\n", {"--quiet"}).err, "");
 }
 
-TEST_F(ScoreOptions, OutputDefaultIsTheOnlyOneOffered)
+TEST_F(ScoreOptions, OutputOffersTheDefaultAndTheDocumentsOwnColumns)
 {
     EXPECT_EQ(Score("x,sex\n1,f\n", {"--output", "default"}).exitCode, 0);
-    EXPECT_EQ(Score("x,sex\n1,f\n", {"--output", "document"}).exitCode, 1);
+    EXPECT_EQ(Score("x,sex\n1,f\n", {"--output", "document"}).exitCode, 2);  // it has none
+    EXPECT_EQ(Score("x,sex\n1,f\n", {"--output", "other"}).exitCode, 1);
 }
 
 TEST_F(ScoreOptions, AsIsLeavesADocumentToTheReader)
