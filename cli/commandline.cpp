@@ -132,9 +132,16 @@ void DefineVerify(CLI::App* command, VerifyArguments& verify)
     command->add_option("MODEL", verify.model, "The model document; - is standard input")
         ->required();
     command->add_flag("--json", verify.json, "The report as JSON");
+    AddText(command, "--emit", verify.emit,
+            "Instead of verifying, write the document with these cases and their scores as its "
+            "records",
+            "CASES");
+    AddText(command, "-o,--out", verify.output,
+            "Where that document goes; - or nothing is standard output", "FILE");
     AddDocumentOptions(command, verify.plugin, verify.asIs);
     command->footer(
-        "Example:\n  velscore verify model.pmml\n\n"
+        "Examples:\n  velscore verify model.pmml\n"
+        "  velscore verify model.pmml --emit cases.csv -o verified.pmml\n\n"
         "Ends with 6 when a value differs from the document's own by more than it allows.");
 }
 

@@ -44,6 +44,8 @@ struct InspectArguments {
 
 struct VerifyArguments {
     std::string model;
+    std::string emit;  ///< a table of cases to make records of; empty to verify
+    std::string output = "-";
     std::string plugin;
     bool asIs = false;
     bool json = false;

@@ -6,8 +6,12 @@
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
+#include "cli/outputguard.h"
+#include "engine/bytesource.h"
+#include "engine/documents/verificationsection.h"
 #include "engine/loadedmodel.h"
 #include "engine/verification.h"
+#include "engine/wholefile.h"
 
 namespace MCVelscore_850 {
 
@@ -43,6 +47,23 @@ Json ReportJson(const std::string& file, const VerificationReport& report)
             {"differences", std::move(differences)}};
 }
 
+// The document with the cases of a table as its records.
+int Emit(const VerifyArguments& arguments, LoadOptions options, Console& console)
+{
+    if (arguments.model == "-") {
+        throw UsageError("--emit reads the document twice; name its file");
+    }
+    if (arguments.json) throw UsageError("--emit has no report to write as JSON");
+    RefuseOutputOntoDocument(arguments.output, arguments.model);
+    LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin), options);
+    InputFile cases(arguments.emit);
+    const MadeVerification made = MakeVerification(model, cases, {});
+    WriteWholeFile(arguments.output, TextWithVerification(arguments.model, made.table));
+    console.Say(fmt::format("{} records written, {} cases without a score left out",
+                            made.table.records.size(), made.leftOut));
+    return kExitDone;
+}
+
 }  // namespace
 
 int RunVerify(const VerifyArguments& arguments, Console& console)
@@ -50,6 +71,8 @@ int RunVerify(const VerifyArguments& arguments, Console& console)
     LoadOptions options;
     options.asIs = arguments.asIs;
     options.output = OutputColumns::DocumentIfAny;
+    if (!arguments.emit.empty()) return Emit(arguments, options, console);
+    if (arguments.output != "-") throw UsageError("-o has a meaning with --emit alone");
     options.verification = true;
     LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin), options);
     const VerificationReport report = Verify(model, *model.Verification());

@@ -217,6 +217,27 @@ CaseStatus CasePreparer::Prepare(std::span<const std::string_view> fields)
     return {};
 }
 
+std::vector<std::string> CasePreparer::InputNames() const
+{
+    std::vector<std::string> names;
+    for (const Binding& binding : bindings_) names.push_back(binding.var->GetName());
+    return names;
+}
+
+std::vector<std::string> CasePreparer::InputTexts(std::span<const std::string_view> fields) const
+{
+    std::vector<std::string> texts;
+    for (const Binding& binding : bindings_) {
+        std::string text(fields[binding.column]);
+        if (IsMissingText(binding, text)) text.clear();
+        if (binding.kind == Kind::Number && options_.decimal != '.') {
+            std::replace(text.begin(), text.end(), options_.decimal, '.');
+        }
+        texts.push_back(std::move(text));
+    }
+    return texts;
+}
+
 std::vector<UnlistedValues> CasePreparer::Unlisted() const
 {
     std::vector<UnlistedValues> met;

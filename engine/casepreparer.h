@@ -86,6 +86,12 @@ public:
 
     const CaseRecord& Record() const { return *record_; }
 
+    /// The data variables that are read, in the order of their values in the record.
+    std::vector<std::string> InputNames() const;
+    /// A row's texts of these variables as a document writes them: a missing value is empty, and
+    /// numbers have a decimal point.
+    std::vector<std::string> InputTexts(std::span<const std::string_view> fields) const;
+
     /// The columns that met unlisted values, in the order of the variables.
     std::vector<UnlistedValues> Unlisted() const;
 

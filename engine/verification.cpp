@@ -1,11 +1,14 @@
 #include "engine/verification.h"
 
+#include <algorithm>
 #include <cmath>
-#include <memory>
 #include <optional>
+#include <span>
 #include <string_view>
 
+#include "engine/bytesource.h"
 #include "engine/casepreparer.h"
+#include "engine/csvreader.h"
 #include "engine/failure.h"
 #include "engine/loadedmodel.h"
 #include "engine/outputevaluator.h"
@@ -59,6 +62,49 @@ bool Agrees(const OutputCell& found, const std::string& expected,
            AgreesWith(found.number, number, field);
 }
 
+// Scores rows one by one, keeping what the model and the output fields made of the last one.
+class RecordScorer {
+public:
+    RecordScorer(LoadedModel& model, CasePreparer& preparer)
+        : model_(model.Model()),
+          preparer_(preparer),
+          target_(TargetOf(model.Model().GetTargetVar()))
+    {
+        if (model.Output() != nullptr) output_.emplace(*model.Output(), model.Model());
+    }
+    RecordScorer(const RecordScorer&) = delete;
+    RecordScorer& operator=(const RecordScorer&) = delete;
+    ~RecordScorer() { delete result_; }
+
+    // The status of the case.
+    long Score(std::span<const std::string_view> fields)
+    {
+        long status = preparer_.Prepare(fields).code;
+        if (status == 0) {
+            status = model_.GetScore(&preparer_.Record(), result_, true).GetErrorCode();
+        }
+        predicted_.SetMissing();
+        if (status == 0) {
+            if (output_) cells_ = output_->Evaluate(preparer_.Record(), *result_);
+            predicted_ = PredictedValue(*result_, target_);
+        } else if (output_) {
+            cells_ = output_->EvaluateDefaults();
+        }
+        return status;
+    }
+    const OutputCell& Predicted() const { return predicted_; }
+    std::span<const OutputCell> OutputCells() const { return cells_; }
+
+private:
+    ScoreModel& model_;
+    CasePreparer& preparer_;
+    const TargetDeclaration* target_;
+    std::optional<OutputEvaluator> output_;
+    ScoreResult* result_ = nullptr;
+    std::span<const OutputCell> cells_;
+    OutputCell predicted_;
+};
+
 std::string TextOf(const OutputCell& cell)
 {
     std::string text;
@@ -84,42 +130,67 @@ VerificationReport Verify(LoadedModel& model, const VerificationTable& table)
     if (model.Output() != nullptr) options.alsoRead = model.Output()->inputs;
     CasePreparer preparer(model.Model(), model.Description(), model.Treatments(), header,
                           "ModelVerification", options);
-    std::optional<OutputEvaluator> output;
-    if (model.Output() != nullptr) output.emplace(*model.Output(), model.Model());
-    const TargetDeclaration* target = TargetOf(model.Model().GetTargetVar());
+    RecordScorer scorer(model, preparer);
 
     VerificationReport report;
-    ScoreResult* result = nullptr;
-    const std::unique_ptr<ScoreResult*, void (*)(ScoreResult**)> releases(
-        &result, [](ScoreResult** last) { delete *last; });
     std::vector<std::string_view> fields(header.size());
     for (const std::vector<std::string>& record : table.records) {
         ++report.records;
-        for (size_t i = 0; i < fields.size(); ++i) fields[i] = record[i];
-        long status = preparer.Prepare(fields).code;
-        if (status == 0) {
-            status = model.Model().GetScore(&preparer.Record(), result, true).GetErrorCode();
-        }
-        std::span<const OutputCell> cells;
-        OutputCell predicted;
-        if (status == 0) {
-            if (output) cells = output->Evaluate(preparer.Record(), *result);
-            predicted = PredictedValue(*result, target);
-        } else if (output) {
-            cells = output->EvaluateDefaults();
-        }
+        std::copy(record.begin(), record.end(), fields.begin());
+        const long status = scorer.Score(fields);
         for (const Comparison& comparison : comparisons) {
             ++report.compared;
             const VerificationTable::Field& field = table.fields[comparison.column];
             const std::string& expected = record[comparison.column];
-            const OutputCell& found =
-                comparison.outputField ? cells[*comparison.outputField] : predicted;
+            const OutputCell& found = comparison.outputField
+                                          ? scorer.OutputCells()[*comparison.outputField]
+                                          : scorer.Predicted();
             if (Agrees(found, expected, field)) continue;
             report.differences.push_back(
                 {report.records, field.name, expected, TextOf(found), field.precision, status});
         }
     }
     return report;
+}
+
+MadeVerification MakeVerification(LoadedModel& model, ByteSource& cases,
+                                  const VerificationOptions& options)
+{
+    constexpr double kPrecision = 1e-9;
+    CsvReader reader(cases, options.delimiter);
+    CasePreparer preparer(model.Model(), model.Description(), model.Treatments(), reader.Header(),
+                          cases.Name(),
+                          CaseOptions{options.decimal, true, options.missingTexts, {}});
+    RecordScorer scorer(model, preparer);
+    MadeVerification made;
+    for (const std::string& name : preparer.InputNames()) made.table.fields.push_back({name});
+    const ScoreDictVar* target = model.Model().GetTargetVar();
+    if (target != nullptr) made.table.fields.push_back({target->GetName(), kPrecision});
+    std::vector<size_t> outputs;
+    if (model.Output() != nullptr) {
+        const auto& fields = model.Output()->fields;
+        for (size_t i = 0; i < fields.size(); ++i) {
+            if (fields[i].feature == OutputField::Feature::Residual) continue;
+            outputs.push_back(i);
+            made.table.fields.push_back({fields[i].name, kPrecision});
+        }
+    }
+    std::span<const std::string_view> fields;
+    while (reader.Next(fields)) {
+        if (scorer.Score(fields) != 0) {
+            ++made.leftOut;
+            continue;
+        }
+        if (static_cast<int64_t>(made.table.records.size()) == kMostRecords) {
+            throw Failure(FailureKind::Cases, kTooManyRecords,
+                          {cases.Name(), std::to_string(kMostRecords)});
+        }
+        std::vector<std::string> record = preparer.InputTexts(fields);
+        if (target != nullptr) record.push_back(TextOf(scorer.Predicted()));
+        for (const size_t i : outputs) record.push_back(TextOf(scorer.OutputCells()[i]));
+        made.table.records.push_back(std::move(record));
+    }
+    return made;
 }
 
 }  // namespace MCVelscore_850

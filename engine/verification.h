@@ -7,6 +7,7 @@
 
 namespace MCVelscore_850 {
 
+class ByteSource;
 class LoadedModel;
 
 /// The records of a document's ModelVerification section: inputs, and what the model that wrote the
@@ -50,6 +51,27 @@ bool AgreesWith(double found, double expected, const VerificationTable::Field& f
 /// Errors  Failure of kind Document: kVerificationField for a field that is none of them; what
 ///         CasePreparer refuses of a table that lacks inputs.
 VerificationReport Verify(LoadedModel& model, const VerificationTable& table);
+
+/// Cases as records, with what the model makes of them: the inputs, the predicted value of the
+/// target, and the output fields but for residuals, which need an observed value.
+struct MadeVerification {
+    VerificationTable table;
+    int64_t leftOut = 0;  ///< cases without a score
+};
+
+/// How a table of cases to make records of is written.
+struct VerificationOptions {
+    char delimiter = ',';
+    char decimal = '.';
+    std::vector<std::string> missingTexts{};
+};
+
+/// The most cases that become records: a document isn't the place for more.
+inline constexpr int64_t kMostRecords = 10000;
+
+/// Errors  what CsvReader and CasePreparer refuse; kTooManyRecords (cases).
+MadeVerification MakeVerification(LoadedModel& model, ByteSource& cases,
+                                  const VerificationOptions& options);
 
 }  // namespace MCVelscore_850
 

@@ -244,6 +244,8 @@ constexpr Message kCatalogue[] = {
      "{0} in the ModelVerification section of {1} is neither an output field nor the target nor a "
      "field of the data dictionary",
      "Correct the field's name."},
+    {kTooManyRecords, "ss", "{0} has more than {1} cases that a document could carry as records",
+     "Give fewer cases."},
 
     {kPluginNotLoaded, "ss", "the plug-in {0} can't be loaded: {1}",
      "Install velscore whole, or name the plug-in with --plugin."},

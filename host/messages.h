@@ -107,6 +107,7 @@ inline constexpr int kNoOutputSection = 269191;    // file
 inline constexpr int kOutputFeature = 269192;      // feature, output field
 inline constexpr int kNoVerification = 269193;     // file
 inline constexpr int kVerificationField = 269194;  // field, file
+inline constexpr int kTooManyRecords = 269195;     // file, limit
 
 // Codes of the engine: the plug-in.
 inline constexpr int kPluginNotLoaded = 269201;  // file, reason

@@ -6,6 +6,8 @@
 
 #include "engine/documents/documenttree.h"
 #include "engine/documents/treetext.h"
+#include "engine/documents/treewriting.h"
+#include "engine/failure.h"
 #include "host/documentplace.h"
 #include "host/messages.h"
 #include "host/numbertext.h"
@@ -80,6 +82,58 @@ std::unique_ptr<VerificationTable> ReadVerification(const Document& document)
         table->records.push_back(std::move(record));
     }
     return table;
+}
+
+std::string TextWithVerification(const std::string& path, const VerificationTable& table)
+{
+    const Document document = LoadDocument(path);
+    const Document::Tree& tree = document.GetTree();
+    DOMElement* model = ModelElement(tree.dom->getDocumentElement());
+    if (model == nullptr) {
+        throw Failure(FailureKind::Document, kNotAModelDocument,
+                      {document.File(), document.RootName()});
+    }
+    if (DOMElement* old = ChildElement(model, kSection)) {
+        old->getParentNode()->removeChild(old)->release();
+    }
+    // A prefix of the document's own elements is the new ones' too.
+    const std::string tag = Utf8FromXml(model->getTagName());
+    std::string prefix(PrefixOf(tag));
+    if (!prefix.empty()) prefix += ':';
+    const auto add = [&](DOMElement* parent, const std::string& name) {
+        return AddElement(parent, prefix + name);
+    };
+    DOMElement* section = add(model, kSection);
+    // Before the extensions that may end a model.
+    xercesc::DOMNode* place = nullptr;
+    for (DOMElement* last = section->getPreviousElementSibling();
+         last != nullptr && LocalNameOf(Utf8FromXml(last->getTagName())) == Tags::XML_ELE_EXTENSION;
+         last = last->getPreviousElementSibling()) {
+        place = last;
+    }
+    if (place != nullptr) model->insertBefore(section, place);
+    SetAttributeText(section, "recordCount", std::to_string(table.records.size()));
+    SetAttributeText(section, "fieldCount", std::to_string(table.fields.size()));
+    DOMElement* fields = add(section, kFields);
+    std::vector<std::string> columns;
+    for (const VerificationTable::Field& field : table.fields) {
+        columns.push_back("c" + std::to_string(columns.size() + 1));
+        DOMElement* element = add(fields, kField);
+        SetAttributeText(element, kFieldName, field.name);
+        SetAttributeText(element, kColumn, columns.back());
+        std::string precision;
+        AppendNumber(field.precision, precision);
+        SetAttributeText(element, kPrecision, precision);
+    }
+    DOMElement* rows = add(section, kTable);
+    for (const std::vector<std::string>& record : table.records) {
+        DOMElement* row = add(rows, kRow);
+        for (size_t i = 0; i < record.size(); ++i) {
+            if (record[i].empty()) continue;  // a cell that isn't there is a missing value
+            add(row, columns[i])->setTextContent(XmlFromUtf8(record[i]).c_str());
+        }
+    }
+    return TreeText(*tree.dom);
 }
 
 }  // namespace MCVelscore_850

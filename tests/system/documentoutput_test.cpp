@@ -200,5 +200,46 @@ TEST_F(DocumentOutput, ADocumentWithoutRecordsIsRefused)
     EXPECT_NE(run.err.find("269193"), std::string::npos) << run.err;
 }
 
+TEST_F(DocumentOutput, CasesBecomeRecordsThatVerify)
+{
+    TestModel model = With(
+        "<OutputField name='se' feature='standardError'/>"
+        "<OutputField name='r' feature='residual'/>");
+    model.atEnd = "<ModelVerification/><Extension name='last'/>";
+    const std::string document = folder_.Write("model.pmml", model.Text());
+    const std::string cases = folder_.Write("cases.csv", "id,x,sex\n1,2,m\n2,,f\n3,0.5,f\n");
+    const std::string verified = folder_.Path("verified.pmml");
+    const Finished emitted = RunVelscore({"verify", document, "--emit", cases, "-o", verified});
+    EXPECT_EQ(emitted.exitCode, 0) << emitted.err;
+    EXPECT_EQ(emitted.err, "velscore: 2 records written, 1 cases without a score left out\n");
+    const std::string text = ReadFile(verified);
+    // one section, before the extension that ends the model; the residual has nothing to verify
+    const size_t section = text.find("<ModelVerification");
+    EXPECT_EQ(text.find("<ModelVerification", section + 1), std::string::npos);
+    EXPECT_LT(section, text.find("<Extension name=\"last\""));
+    EXPECT_NE(text.find("recordCount=\"2\""), std::string::npos);
+    EXPECT_EQ(text.find("field=\"r\""), std::string::npos);
+    const Finished run = RunVelscore({"verify", verified});
+    EXPECT_EQ(run.exitCode, 0) << run.out;
+    EXPECT_EQ(run.err, "velscore: 2 records, 4 values compared, 0 differ\n");
+    // and they can fail
+    std::string spoilt = text;
+    const size_t value = spoilt.find(">15<");
+    ASSERT_NE(value, std::string::npos);
+    spoilt.replace(value, 4, ">16<");
+    EXPECT_EQ(RunVelscore({"verify", folder_.Write("spoilt.pmml", spoilt)}).exitCode, 6);
+}
+
+TEST_F(DocumentOutput, EmitKeepsItsInputsWhole)
+{
+    const std::string document = folder_.Write("model.pmml", TestModel().Text());
+    const std::string cases = folder_.Write("cases.csv", "x,sex\n2,m\n");
+    EXPECT_EQ(RunVelscore({"verify", document, "--emit", cases, "-o", document}).exitCode, 1);
+    EXPECT_EQ(RunVelscore({"verify", "-", "--emit", cases}).exitCode, 1);
+    EXPECT_EQ(RunVelscore({"verify", document, "-o", "x.pmml"}).exitCode, 1);
+    EXPECT_EQ(RunVelscore({"verify", document, "--emit", folder_.Path("none.csv")}).exitCode, 3);
+    EXPECT_EQ(ReadFile(document), TestModel().Text());
+}
+
 }  // namespace
 }  // namespace MCVelscore_850
