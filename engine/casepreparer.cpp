@@ -250,6 +250,7 @@ std::vector<UnlistedValues> CasePreparer::Unlisted() const
 bool CasePreparer::IsMissingText(const Binding& binding, std::string_view text) const
 {
     if (text.empty() || (binding.naIsMissing && text == kNotAvailable)) return true;
+    if (binding.dictVar != nullptr && binding.dictVar->IsMissingWord(text)) return true;
     if (options_.missingTexts.empty()) return false;
     return std::find(options_.missingTexts.begin(), options_.missingTexts.end(), text) !=
            options_.missingTexts.end();

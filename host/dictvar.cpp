@@ -118,6 +118,7 @@ DictVar::DictVar(const DictVar& other)
       invalid_(other.invalid_),
       intervals_(other.intervals_),
       missingRanges_(other.missingRanges_),
+      missingWords_(other.missingWords_),
       stats_(other.stats_ ? std::make_unique<VarStats>(*other.stats_) : nullptr),
       target_(other.target_),
       outlierTreatment_(other.outlierTreatment_),

@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -95,6 +96,13 @@ public:
     /// Numbers from low to high, both included, are missing; several ranges add up.
     void DeclareMissingRange(double low, double high);
     void SetAcceptsUnlisted(bool accepts) { acceptsUnlisted_ = accepts; }
+    /// A text that stands for a missing value and is none of the variable's type: "." in a field of
+    /// numbers. No value of a case can be it; who reads texts asks IsMissingWord().
+    void DeclareMissingWord(const std::string& text) { missingWords_.insert(text); }
+    bool IsMissingWord(std::string_view text) const
+    {
+        return !missingWords_.empty() && missingWords_.contains(text);
+    }
 
     /// The spelling that a text takes in this variable: a boolean's declared word for the same
     /// truth, any other text as it stands. The view lives as long as `text` and the variable.
@@ -137,6 +145,7 @@ private:
     ValueSet valueSet_;
     std::vector<Interval> intervals_;
     std::vector<Interval> missingRanges_;
+    std::set<std::string, std::less<>> missingWords_;
     std::unique_ptr<VarStats> stats_;
     std::unique_ptr<CatEncoder> encoder_;
     std::shared_ptr<const TargetDeclaration> target_;

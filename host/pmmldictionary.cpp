@@ -107,6 +107,8 @@ void PMMLTranslator::ReadDeclaredValues(DOMElement* element, DictVar& var)
                 var.DeclareValue(std::move(value), text, row.property);
             } else if (row.property == DictVar::Property::Valid) {
                 Refuse(260127, text.c_str(), name.c_str());
+            } else if (row.property == DictVar::Property::Missing) {
+                var.DeclareMissingWord(text);
             }
         } else if (IsEqual(child->getTagName(), kInterval)) {
             DictVar::Interval interval = ReadInterval(child, var.GetDateTimeType(), name);

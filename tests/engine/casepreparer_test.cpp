@@ -101,6 +101,18 @@ TEST_F(CasePreparerTest, NaIsMissingUnlessItIsADeclaredCategory)
     EXPECT_EQ(Value(2).GetString(), "NA");
 }
 
+TEST_F(CasePreparerTest, AWordThatTheDocumentCallsMissingIsNoFaultInAFieldOfNumbers)
+{
+    DictVar& x = model_.AddNumber("x");
+    model_.AddNumber("y");
+    x.DeclareMissingWord(".");
+    Bind({"x", "y"});
+    ASSERT_TRUE(Prepare({".", "1"}).IsOK());
+    EXPECT_TRUE(IsMissing(x, 0));
+    EXPECT_EQ(Prepare({"1", "."}).code, kCaseTextNotANumber);  // it is x's word alone
+    EXPECT_EQ(Prepare({"..", "1"}).code, kCaseTextNotANumber);
+}
+
 TEST_F(CasePreparerTest, GivenTextsAreMissingInEveryColumn)
 {
     DictVar& x = model_.AddNumber("x");

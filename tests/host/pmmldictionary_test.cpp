@@ -168,7 +168,7 @@ TEST(ParseDictionary, ValidValueThatIsNoneOfItsTypeIsRefused)
               (Refusal{260127, {"2023-02-29", "v"}}));
 }
 
-TEST(ParseDictionary, MissingWordOfANumericFieldIsPassedOver)
+TEST(ParseDictionary, MissingWordOfANumericFieldIsKeptForReadersOfTexts)
 {
     const Dictionary d = Read(Field("v", "continuous", "double",
                                     "<Value value='NA' property='missing'/>"
@@ -177,6 +177,10 @@ TEST(ParseDictionary, MissingWordOfANumericFieldIsPassedOver)
     const NumericValue minus9(-9.0);
     const NumericValue minus8(-8.0);
     const NumericValue one(1.0);
+    const auto& var = static_cast<const DictVar&>(*d->GetVar("v"));
+    EXPECT_TRUE(var.IsMissingWord("NA"));
+    EXPECT_FALSE(var.IsMissingWord("-9"));  // a number, which the variable judges itself
+    EXPECT_FALSE(var.IsMissingWord("-8"));
     EXPECT_TRUE(d->GetVar("v")->IsMissing(&minus9));
     EXPECT_FALSE(d->GetVar("v")->IsValid(&minus8));
     EXPECT_TRUE(d->GetVar("v")->Accepts(&one));
