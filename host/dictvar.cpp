@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 #include "host/catencoder.h"
@@ -158,7 +159,17 @@ void DictVar::DeclareInterval(const Interval& interval)
 
 void DictVar::DeclareMissingRange(double low, double high)
 {
-    missingRanges_.push_back({low, high, true, true});
+    if (!(low <= high)) return;  // holds nothing
+    auto range = missingRanges_.upper_bound(low);
+    if (range != missingRanges_.begin() && std::prev(range)->second >= low) {
+        --range;
+        low = range->first;
+    }
+    while (range != missingRanges_.end() && range->first <= high) {
+        high = std::max(high, range->second);
+        range = missingRanges_.erase(range);
+    }
+    missingRanges_.emplace(low, high);
     UpdateSureRange();
 }
 
@@ -198,8 +209,9 @@ bool DictVar::IsOutlier(double number) const
 
 bool DictVar::IsInMissingRange(double number) const
 {
-    return std::any_of(missingRanges_.begin(), missingRanges_.end(),
-                       [number](const Interval& i) { return number >= i.low && number <= i.high; });
+    if (missingRanges_.empty() || std::isnan(number)) return false;
+    const auto above = missingRanges_.upper_bound(number);
+    return above != missingRanges_.begin() && number <= std::prev(above)->second;
 }
 
 bool DictVar::IsMissing(const ScoreValue* value) const

@@ -2,6 +2,7 @@
 #define VELSCORE_HOST_DICTVAR_H
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -144,7 +145,7 @@ private:
     Listing invalid_;
     ValueSet valueSet_;
     std::vector<Interval> intervals_;
-    std::vector<Interval> missingRanges_;
+    std::map<double, double> missingRanges_;  // low to high, none overlapping another
     std::set<std::string, std::less<>> missingWords_;
     std::unique_ptr<VarStats> stats_;
     std::unique_ptr<CatEncoder> encoder_;

@@ -71,11 +71,6 @@ template <class... Args>
     throw VSException(refusal);
 }
 
-bool Contains(const Names& names, const std::string& name)
-{
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
-
 DOMElement* Add(DOMElement* parent, const std::string& tag, const Attributes& attributes)
 {
     DOMElement* element = AddElement(parent, tag);
@@ -120,9 +115,9 @@ private:
 
     bool IsParameter(const DOMElement* cell, const std::string& attribute) const
     {
-        return Contains(parameters_, AttributeText(cell, attribute));
+        return positions_.contains(AttributeText(cell, attribute));
     }
-    bool HasRow(const DOMElement* cell) const;
+    std::set<std::string> Rows() const;
     void NoteLeftOut(const std::string& section, const Elements& cells);
 
     const DOMElement* root_;
@@ -130,9 +125,11 @@ private:
     const ScoreDictionary& dictionary_;
     const TypeRow* type_;
     std::string target_;
-    Names parameters_;  // each once, the constant last
+    Names parameters_;                         // each once, the constant last
+    std::map<std::string, size_t> positions_;  // of the parameters
     Names factors_;
     Names covariates_;
+    std::map<std::string, FieldUse> uses_;
     Elements ppCells_;
     Names notes_;
 };
@@ -153,6 +150,11 @@ Conversion::Conversion(const Document& document, const ScoreModel& model)
                          [&](const TypeRow& row) { return row.word == word; });
     std::stable_partition(parameters_.begin(), parameters_.end(),
                           [](const std::string& name) { return name != kConstant; });
+    for (size_t i = 0; i < parameters_.size(); ++i) positions_.emplace(parameters_[i], i);
+    uses_[target_] =
+        type_->type == Type::Regression ? FieldUse::MeanTarget : FieldUse::CategoryTarget;
+    for (const std::string& name : factors_) uses_.emplace(name, FieldUse::Factor);
+    for (const std::string& name : covariates_) uses_.emplace(name, FieldUse::Covariate);
 }
 
 // The reader registers a name that is listed again once.
@@ -179,11 +181,8 @@ const ScoreDictVar& Conversion::Variable(const std::string& name) const
 
 FieldUse Conversion::UseOf(const std::string& name) const
 {
-    if (name == target_) {
-        return type_->type == Type::Regression ? FieldUse::MeanTarget : FieldUse::CategoryTarget;
-    }
-    if (Contains(factors_, name)) return FieldUse::Factor;
-    return Contains(covariates_, name) ? FieldUse::Covariate : FieldUse::None;
+    const auto use = uses_.find(name);
+    return use == uses_.end() ? FieldUse::None : use->second;
 }
 
 PublishedForm Conversion::Convert()
@@ -220,7 +219,7 @@ void Conversion::RefuseVariables() const
         }
     }
     for (const std::string& name : covariates_) {
-        if (Contains(factors_, name)) {
+        if (UseOf(name) == FieldUse::Factor) {
             RefuseAt(modelElement_, kTwoUses, name.c_str(), "a factor", "a covariate");
         }
         if (Variable(name).GetValueType() == ScoreDictVar::STRING) {
@@ -238,7 +237,7 @@ void Conversion::RefuseVariables() const
 // Slope i belongs to predictor i, and the constant comes after them.
 void Conversion::RefuseUnpaired() const
 {
-    const size_t slopes = parameters_.size() - (Contains(parameters_, kConstant) ? 1 : 0);
+    const size_t slopes = parameters_.size() - (positions_.contains(kConstant) ? 1 : 0);
     if (slopes == covariates_.size()) return;
     RefuseAt(modelElement_, kUnpairedParameters, static_cast<int>(slopes),
              static_cast<int>(covariates_.size()));
@@ -263,23 +262,26 @@ void Conversion::RefuseConstant() const
 void Conversion::RefuseFactorCells() const
 {
     constexpr std::string_view kNotAvailable = "NA";
+    const auto isOpenText = [](const ScoreDictVar& var) {
+        return var.GetValueType() == ScoreDictVar::STRING && var.HasOpenCategories();
+    };
     for (const std::string& factor : factors_) {
-        const ScoreDictVar& var = Variable(factor);
-        const bool anyText = var.GetValueType() == ScoreDictVar::STRING && var.HasOpenCategories();
-        if (anyText && type_->type == Type::Multinomial) {
+        if (type_->type == Type::Multinomial && isOpenText(Variable(factor))) {
             RefuseAt(modelElement_, kOpenFactor, factor.c_str());
         }
-        for (const auto* cell : ppCells_) {
-            if (AttributeText(cell, Old::XML_ATT_PP_PREDICTOR) != factor) continue;
-            if (!IsParameter(cell, Old::XML_ATT_PARAMETER_NAME)) continue;
-            const std::string text = AttributeText(cell, Old::XML_ATT_VALUE);
-            const std::unique_ptr<ScoreValue> value(var.MakeValue(text));
-            if (text.empty() || !var.Accepts(value.get())) {
-                RefuseAt(cell, kFactorCell, text.c_str(), factor.c_str());
-            }
-            // In a table this text means a missing value until a category is called so.
-            if (anyText && text == kNotAvailable) RefuseAt(cell, kOpenFactor, factor.c_str());
+    }
+    for (const auto* cell : ppCells_) {
+        const std::string factor = AttributeText(cell, Old::XML_ATT_PP_PREDICTOR);
+        if (UseOf(factor) != FieldUse::Factor) continue;
+        if (!IsParameter(cell, Old::XML_ATT_PARAMETER_NAME)) continue;
+        const ScoreDictVar& var = Variable(factor);
+        const std::string text = AttributeText(cell, Old::XML_ATT_VALUE);
+        const std::unique_ptr<ScoreValue> value(var.MakeValue(text));
+        if (text.empty() || !var.Accepts(value.get())) {
+            RefuseAt(cell, kFactorCell, text.c_str(), factor.c_str());
         }
+        // In a table this text means a missing value until a category is called so.
+        if (isOpenText(var) && text == kNotAvailable) RefuseAt(cell, kOpenFactor, factor.c_str());
     }
 }
 
@@ -382,13 +384,12 @@ void Conversion::AddPairs(DOMElement* matrix)
              {Tags::XML_ATT_PPC_PARAMNAME, parameters_[i]}});
     }
     const auto saysOtherwise = [&](const DOMElement* cell) {
-        const std::string parameter = AttributeText(cell, Old::XML_ATT_PARAMETER_NAME);
-        const auto found = std::find(parameters_.begin(), parameters_.end(), parameter);
-        const auto i = static_cast<size_t>(found - parameters_.begin());
+        const auto found = positions_.find(AttributeText(cell, Old::XML_ATT_PARAMETER_NAME));
         double exponent = 0.0;
         ReadNumber(AttributeText(cell, Old::XML_ATT_VALUE), exponent);
-        return i >= covariates_.size() || exponent != 1.0 ||  // exact: as the document writes it
-               covariates_[i] != AttributeText(cell, Old::XML_ATT_PP_PREDICTOR);
+        return found == positions_.end() || found->second >= covariates_.size() ||
+               exponent != 1.0 ||  // exact: as the document writes it
+               covariates_[found->second] != AttributeText(cell, Old::XML_ATT_PP_PREDICTOR);
     };
     if (std::any_of(ppCells_.begin(), ppCells_.end(), saysOtherwise)) {
         notes_.push_back(
@@ -425,16 +426,22 @@ void Conversion::AddPCovMatrix(DOMElement* model)
 void Conversion::AddParamMatrix(DOMElement* model)
 {
     DOMElement* matrix = Add(model, Tags::XML_ELE_PARAM_MATRIX, {});
+    const bool hasCategories = type_->type != Type::Regression;
+    const bool areNumbers = Variable(target_).GetValueType() == ScoreDictVar::NUMERIC;
+    const std::set<std::string> rows = hasCategories ? Rows() : std::set<std::string>();
     Elements unknown;
     for (auto* cell : CellsOf(Old::XML_ELE_P_TABLE, Old::XML_ELE_P_CELL)) {
-        if (!IsParameter(cell, Old::XML_ATT_PARAMETER_NAME) || !HasRow(cell)) {
+        const std::string category =
+            hasCategories ? AttributeText(cell, Old::XML_ATT_PC_TARGET_CAT) : "";
+        const bool hasRow =
+            !hasCategories ||
+            rows.contains(areNumbers ? NumericValue(category).GetString() : category);
+        if (!hasRow || !IsParameter(cell, Old::XML_ATT_PARAMETER_NAME)) {
             unknown.push_back(cell);
             continue;
         }
-        const bool hasCategory = type_->type != Type::Regression;
         Add(matrix, Tags::XML_ELE_PCELL,
-            {{Tags::XML_ATT_PC_TARGET_CAT,
-              hasCategory ? AttributeText(cell, Old::XML_ATT_PC_TARGET_CAT) : ""},
+            {{Tags::XML_ATT_PC_TARGET_CAT, category},
              {Tags::XML_ATT_PC_PARAMNAME, AttributeText(cell, Old::XML_ATT_PARAMETER_NAME)},
              {Tags::XML_ATT_PC_BETA, AttributeText(cell, Old::XML_ATT_PC_BETA)},
              {Tags::XML_ATT_PC_DF, AttributeText(cell, Old::XML_ATT_PC_DF)}});
@@ -442,23 +449,16 @@ void Conversion::AddParamMatrix(DOMElement* model)
     NoteLeftOut(Old::XML_ELE_P_TABLE, unknown);
 }
 
-// Whether the model has a row of betas for the cell's category.
-bool Conversion::HasRow(const DOMElement* cell) const
+// The categories that have a row of betas.
+std::set<std::string> Conversion::Rows() const
 {
-    if (type_->type == Type::Regression) return true;
-    const ScoreDictVar& target = Variable(target_);
-    std::string category = AttributeText(cell, Old::XML_ATT_PC_TARGET_CAT);
-    if (target.GetValueType() == ScoreDictVar::NUMERIC) {
-        category = NumericValue(category).GetString();
-    }
-    const auto& entries = target.GetValueSet()->GetEntries();
+    std::set<std::string> rows;
+    const auto& entries = Variable(target_).GetValueSet()->GetEntries();
     if (type_->type == Type::Conditional) {
-        return category == entries.front().GetEntryValue()->GetString() ||
-               category == kConditionalDummy;
+        return {entries.front().GetEntryValue()->GetString(), kConditionalDummy};
     }
-    return std::any_of(entries.begin(), entries.end(), [&](const ValueSetEntry& entry) {
-        return entry.GetEntryValue()->GetString() == category;
-    });
+    for (const ValueSetEntry& entry : entries) rows.insert(entry.GetEntryValue()->GetString());
+    return rows;
 }
 
 void Conversion::NoteLeftOut(const std::string& section, const Elements& cells)

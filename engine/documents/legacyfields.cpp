@@ -1,6 +1,7 @@
 #include "engine/documents/legacyfields.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <set>
 
@@ -102,8 +103,8 @@ Bound BoundOf(const std::string& text, const std::string& none, double noBound)
     return bound;
 }
 
-// The missing ranges of a variable of numbers, from the lowest on. A text lies in no range, and an
-// inverted one holds nothing.
+// The missing ranges of a variable of numbers, from the lowest on, those that overlap as one. A
+// text lies in no range, and an inverted one holds nothing.
 std::vector<Range> MissingRanges(const LegacyVariable& variable)
 {
     std::vector<Range> ranges;
@@ -119,7 +120,15 @@ std::vector<Range> MissingRanges(const LegacyVariable& variable)
     }
     std::stable_sort(ranges.begin(), ranges.end(),
                      [](const Range& a, const Range& b) { return a.low.number < b.low.number; });
-    return ranges;
+    std::vector<Range> merged;
+    for (Range& range : ranges) {
+        if (merged.empty() || range.low.number > merged.back().high.number) {
+            merged.push_back(std::move(range));
+        } else if (range.high.number > merged.back().high.number) {
+            merged.back().high = std::move(range.high);
+        }
+    }
+    return merged;
 }
 
 void AddInterval(DOMElement* field, const Bound& low, const Bound& high)
@@ -140,7 +149,7 @@ bool AddIntervalsAround(DOMElement* field, const std::vector<Range>& ranges)
             AddInterval(field, reached, range.low);
             any = true;
         }
-        if (range.high.number > reached.number) reached = range.high;
+        reached = range.high;
     }
     if (reached.number == kNoBound) return any;  // exact: no bound at all
     AddInterval(field, reached, {"", kNoBound});
@@ -150,9 +159,10 @@ bool AddIntervalsAround(DOMElement* field, const std::vector<Range>& ranges)
 bool LiesInOne(const std::vector<Range>& ranges, const std::string& text)
 {
     const double number = NumericValue(text).GetDouble();
-    return std::any_of(ranges.begin(), ranges.end(), [number](const Range& range) {
-        return number >= range.low.number && number <= range.high.number;
-    });
+    const auto above =
+        std::upper_bound(ranges.begin(), ranges.end(), number,
+                         [](double value, const Range& range) { return value < range.low.number; });
+    return above != ranges.begin() && number <= std::prev(above)->high.number;
 }
 
 ScoreDictVar::MeasureLevel LevelOf(const LegacyVariable& variable)

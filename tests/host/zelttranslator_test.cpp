@@ -190,6 +190,13 @@ TEST(ZeltDictionary, MissingRangesHoldTheirEnds)
         {"<range minimum='LOWEST' maximum='HIGHEST'/>", {-1e308, 0, 1e308}, {}},
         {"<range minimum='5' maximum='5'/>", {5}, {4, 6}},
         {"<range minimum='4' maximum='2'/>", {}, {2, 3, 4}},
+        // one within another, one that bridges two, one that begins where another ends
+        {"<range minimum='1' maximum='9'/><range minimum='2' maximum='3'/>", {1, 2, 5, 9}, {0, 10}},
+        {"<range minimum='2' maximum='3'/><range minimum='1' maximum='9'/>", {1, 2, 5, 9}, {0, 10}},
+        {"<range minimum='1' maximum='2'/><range minimum='5' maximum='6'/>"
+         "<range minimum='2' maximum='5'/>",
+         {1, 2, 3.5, 5, 6},
+         {0.5, 6.5}},
         {"<range minimum='1' maximum='2'/><value value='9'/><range minimum='4' maximum='5'/>",
          {1, 2, 9, 4, 5},
          {3, 6}},
