@@ -41,7 +41,7 @@ std::vector<Shown> ShownCommands()
 TEST(Readme, ShowsWhatTheCommandAnswers)
 {
     const std::vector<Shown> commands = ShownCommands();
-    ASSERT_EQ(commands.size(), 2u);
+    ASSERT_EQ(commands.size(), 4u);
     for (const Shown& shown : commands) {
         const Finished result = RunVelscore(shown.arguments);
         EXPECT_EQ(result.exitCode, 0);
