@@ -29,6 +29,15 @@ std::string Joined(const std::vector<std::string>& names)
     return text;
 }
 
+std::vector<std::string> EachOnce(const std::vector<std::string>& names)
+{
+    std::vector<std::string> once;
+    for (const std::string& name : names) {
+        if (std::find(once.begin(), once.end(), name) == once.end()) once.push_back(name);
+    }
+    return once;
+}
+
 // A line "label         text", left out when there is nothing to say.
 void AddLine(std::string& out, std::string_view label, const std::string& text)
 {
@@ -173,7 +182,7 @@ std::string ModelText(const LoadedModel& model)
     AddLine(out, "end time", about.endTimeVariable);
     AddLine(out, "events", Joined(about.eventValues));
     AddLine(out, "strata", about.stratumVariable);
-    AddLine(out, "reads", Joined(about.variables));
+    AddLine(out, "reads", Joined(EachOnce(about.variables)));
     AddLine(out, "distribution", about.distribution);
     if (!about.link.empty()) {
         AddLine(out, "link",
@@ -215,7 +224,7 @@ Json ModelJson(const LoadedModel& model)
               {"endTime", about.endTimeVariable},
               {"eventValues", about.eventValues},
               {"strata", about.stratumVariable},
-              {"reads", about.variables},
+              {"reads", EachOnce(about.variables)},
               {"distribution", about.distribution},
               {"link", about.link}};
     json["linkParameter"] = about.hasLinkParameter ? Json(about.linkParameter) : Json();

@@ -81,8 +81,9 @@ struct ModelDescription {
     std::vector<std::string> eventValues;  ///< of the status variable, where the document has them
     std::vector<Quantity> quantities;
 
-    /// Every variable that a case is read for, derived ones among them, each once: predictors in
-    /// their order, then offset, trials, times and strata.
+    /// Every variable that a case is read for, derived ones among them: predictors in their order,
+    /// then offset, trials, times and strata. A status names a predictor by its position here, so
+    /// one that is the offset too stands twice.
     std::vector<std::string> variables;
 };
 
