@@ -223,12 +223,8 @@ void SetOrdinalBetas(Fixture<Model>& fixture)
 
 int main(int argc, char** argv)
 {
-    const int batches = argc > 1 ? std::atoi(argv[1]) : 20000;
-    if (batches < 1) {
-        std::fprintf(stderr, "usage: classification_bench [BATCHES]\n");
-        return 1;
-    }
-    PrintHead(batches);
+    const int batches = Begin(argc, argv);
+    if (batches < 1) return 1;
 
     Fixture<MLRModel> multinomial(kCategories);
     for (size_t c = 1; c < kCategories; ++c) {

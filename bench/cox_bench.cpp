@@ -240,12 +240,8 @@ void RunReading(const char* name, int strata, int cells)
 
 int main(int argc, char** argv)
 {
-    const int batches = argc > 1 ? std::atoi(argv[1]) : 20000;
-    if (batches < 1) {
-        std::fprintf(stderr, "usage: cox_bench [BATCHES]\n");
-        return 1;
-    }
-    PrintHead(batches);
+    const int batches = Begin(argc, argv);
+    if (batches < 1) return 1;
     Run("cells10", 10, 0, batches);
     Run("cells100", 100, 0, batches);
     Run("cells1k", 1000, 0, batches);

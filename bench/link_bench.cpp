@@ -216,12 +216,8 @@ void Run(const Link& link, bool predictionOnly, int batches)
 
 int main(int argc, char** argv)
 {
-    const int batches = argc > 1 ? std::atoi(argv[1]) : 20000;
-    if (batches < 1) {
-        std::fprintf(stderr, "usage: link_bench [BATCHES]\n");
-        return 1;
-    }
-    PrintHead(batches);
+    const int batches = Begin(argc, argv);
+    if (batches < 1) return 1;
     for (const bool predictionOnly : {true, false}) {
         for (const Link& link : kLinks) Run(link, predictionOnly, batches);
     }

@@ -173,12 +173,8 @@ void Run(const char* name, bool predictionOnly, int batches)
 
 int main(int argc, char** argv)
 {
-    const int batches = argc > 1 ? std::atoi(argv[1]) : 20000;
-    if (batches < 1) {
-        std::fprintf(stderr, "usage: score_bench [BATCHES]\n");
-        return 1;
-    }
-    PrintHead(batches);
+    const int batches = Begin(argc, argv);
+    if (batches < 1) return 1;
     Run<GLRModel>("glr10_predict", true, batches);
     Run<GLRModel>("glr10_full", false, batches);
     Run<LRModel>("lr10_predict", true, batches);

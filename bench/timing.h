@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -54,6 +55,19 @@ inline void PrintHead(int batches)
 #endif
     std::printf("%d batches of %d cases\n\n%-18s %10s %10s %10s %10s\n", batches, kBatch,
                 "ns a case", "median", "p99", "plain", "ratio");
+}
+
+/// The number of batches from the command line, and the table's head; 0, with the usage told, for
+/// what is none.
+inline int Begin(int argc, char** argv)
+{
+    const int batches = argc > 1 ? std::atoi(argv[1]) : 20000;
+    if (batches < 1) {
+        std::fprintf(stderr, "usage: %s [BATCHES]\n", argv[0]);
+        return 0;
+    }
+    PrintHead(batches);
+    return batches;
 }
 
 /// One row: a call of ours beside the plain loop that computes the same.

@@ -109,6 +109,13 @@ void AddContrast(std::string& out, const ModelDescription::Contrast& contrast)
     }
 }
 
+bool HasColumn(const ModelDescription& description, std::string_view column)
+{
+    return std::any_of(
+        description.quantities.begin(), description.quantities.end(),
+        [&](const ModelDescription::Quantity& quantity) { return quantity.column == column; });
+}
+
 void AddStrata(std::string& out, const ModelDescription& description)
 {
     const auto time = [](double limit) { return std::isnan(limit) ? "none" : Number(limit); };
@@ -190,8 +197,10 @@ std::string ModelText(const LoadedModel& model)
                     ? fmt::format("{} with parameter {}", about.link, about.linkParameter)
                     : about.link);
     }
-    AddLine(out, "df", Number(about.degreesOfFreedom));
-    AddLine(out, "covariances", about.hasCovariances ? "yes" : "none: no standard errors");
+    if (HasColumn(about, "std_dev")) {  // other families use neither
+        AddLine(out, "df", Number(about.degreesOfFreedom));
+        AddLine(out, "covariances", about.hasCovariances ? "yes" : "none: no standard errors");
+    }
     AddStrata(out, about);
     Contrasted contrasted;
     for (const ModelDescription::Contrast& contrast : about.contrasts) {

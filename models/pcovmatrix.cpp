@@ -100,4 +100,14 @@ double PCovMatrix::GetCell(const std::string& parameterA, const std::string& par
     return GetCell(ParameterIndex(parameterA), ParameterIndex(parameterB));
 }
 
+bool PCovMatrix::HasNonzeroCell() const
+{
+    for (const auto& row : cells) {
+        for (const double cell : row) {
+            if (cell != 0.0) return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace MCVelscore_850

@@ -48,6 +48,8 @@ public:
         return SetCell(parameterA, parameterB, categoryA, std::string(categoryB), value);
     }
 
+    /// False when nothing was written but zeros.
+    bool HasNonzeroCell() const;
     /// The cell, 0.0 unless both are in 0 .. P - 1, in every form: no scorer reads beyond.
     double GetCell(int row, int column) const
     {
