@@ -17,7 +17,6 @@
 #include "engine/loadedmodel.h"
 #include "host/documentplace.h"
 #include "host/messages.h"
-#include "host/numbertext.h"
 #include "host/numericvalue.h"
 #include "host/pmmlmodeltags.h"
 #include "host/scoredictionary.h"
@@ -69,6 +68,15 @@ template <class... Args>
     refusal.PutErrorMessage(code, args...);
     refusal.SetPlace(PlaceOf(element));
     throw VSException(refusal);
+}
+
+// As readers make it of a document's text: a number may have a plus sign.
+std::unique_ptr<ScoreValue> ValueOf(const ScoreDictVar& var, const std::string& text)
+{
+    if (var.GetValueType() == ScoreDictVar::NUMERIC) {
+        return std::make_unique<NumericValue>(NumberOf(text));
+    }
+    return std::unique_ptr<ScoreValue>(var.MakeValue(text));
 }
 
 DOMElement* Add(DOMElement* parent, const std::string& tag, const Attributes& attributes)
@@ -276,7 +284,7 @@ void Conversion::RefuseFactorCells() const
         if (!IsParameter(cell, Old::XML_ATT_PARAMETER_NAME)) continue;
         const ScoreDictVar& var = Variable(factor);
         const std::string text = AttributeText(cell, Old::XML_ATT_VALUE);
-        const std::unique_ptr<ScoreValue> value(var.MakeValue(text));
+        const std::unique_ptr<ScoreValue> value = ValueOf(var, text);
         if (text.empty() || !var.Accepts(value.get())) {
             RefuseAt(cell, kFactorCell, text.c_str(), factor.c_str());
         }
@@ -385,8 +393,7 @@ void Conversion::AddPairs(DOMElement* matrix)
     }
     const auto saysOtherwise = [&](const DOMElement* cell) {
         const auto found = positions_.find(AttributeText(cell, Old::XML_ATT_PARAMETER_NAME));
-        double exponent = 0.0;
-        ReadNumber(AttributeText(cell, Old::XML_ATT_VALUE), exponent);
+        const double exponent = NumberOf(AttributeText(cell, Old::XML_ATT_VALUE));
         return found == positions_.end() || found->second >= covariates_.size() ||
                exponent != 1.0 ||  // exact: as the document writes it
                covariates_[found->second] != AttributeText(cell, Old::XML_ATT_PP_PREDICTOR);

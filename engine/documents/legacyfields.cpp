@@ -52,7 +52,8 @@ public:
 
     void Add(DeclaredValue value)
     {
-        if (seen_.insert(numeric_ ? NumericValue(value.text).GetString() : value.text).second) {
+        if (seen_.insert(numeric_ ? NumericValue(NumberOf(value.text)).GetString() : value.text)
+                .second) {
             values_.push_back(std::move(value));
         }
     }
@@ -98,7 +99,7 @@ Bound BoundOf(const std::string& text, const std::string& none, double noBound)
     if (text == none) {
         bound.text.clear();
     } else {
-        ReadNumber(text, bound.number);
+        bound.number = NumberOf(text);
     }
     return bound;
 }
@@ -158,7 +159,7 @@ bool AddIntervalsAround(DOMElement* field, const std::vector<Range>& ranges)
 
 bool LiesInOne(const std::vector<Range>& ranges, const std::string& text)
 {
-    const double number = NumericValue(text).GetDouble();
+    const double number = NumberOf(text);
     const auto above =
         std::upper_bound(ranges.begin(), ranges.end(), number,
                          [](double value, const Range& range) { return value < range.low.number; });
@@ -221,6 +222,13 @@ void AddMissingRanges(DOMElement* field, const LegacyVariable& variable, const V
 }
 
 }  // namespace
+
+double NumberOf(const std::string& text)
+{
+    double number = NumericValue::GetSysmisValue();
+    ReadNumber(text, number);
+    return number;
+}
 
 void AddDataField(DOMElement* dictionary, const LegacyVariable& variable)
 {

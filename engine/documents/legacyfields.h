@@ -28,6 +28,9 @@ struct LegacyVariable {
     std::vector<std::string> cellValues;
 };
 
+/// The number that a text spells in a document; the reader has taken it as one already.
+double NumberOf(const std::string& text);
+
 /// Appends the variable as a DataField that accepts just the values that the variable accepts, its
 /// categories in the same order. A missing range becomes the intervals around it: its values are
 /// then invalid instead of missing, which no model tells apart.

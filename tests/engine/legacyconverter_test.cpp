@@ -316,6 +316,16 @@ TEST(LegacyConverter, ARangeAroundAListSaysNothingMore)
               "<Value value='2'></></>");
 }
 
+TEST(LegacyConverter, NumbersMayHaveAPlusSign)
+{
+    EXPECT_EQ(FieldOf(WithG("NUMERIC", "NOMINAL", OldCategories({"1", "+2"}), "+3"), "g"),
+              "<DataField dataType='double' name='g' optype='categorical'><Value value='1'></>"
+              "<Value value='+2'></><Value value='+3'></></>");
+    EXPECT_EQ(FieldOf(WithG("NUMERIC", "NOMINAL", OldCategories({"1", "+2"}), "2"), "g"),
+              "<DataField dataType='double' name='g' optype='categorical'><Value value='1'></>"
+              "<Value value='+2'></></>");
+}
+
 TEST(LegacyConverter, CategoriesThatOnlyCellsNameAreListed)
 {
     LegacyParts parts = WithG("NUMERIC", "NOMINAL", OldCategories({"1", "2"}), "3");
@@ -556,6 +566,10 @@ std::vector<Fault> Faults()
         {"range over a category of the target", target, kMissingRangeOfList, {"c"}},
         {"range over a listed value of a covariate",
          WithX("NUMERIC", "CONTINUOUS", three + kMissingAbove7),
+         kMissingRangeOfList,
+         {"x"}},
+        {"range over a listed value with a plus sign",
+         WithX("NUMERIC", "CONTINUOUS", OldCategories({"1", "+8"}) + kMissingAbove7),
          kMissingRangeOfList,
          {"x"}},
         {"range of a factor without a list",
