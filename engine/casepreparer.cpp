@@ -1,6 +1,8 @@
 #include "engine/casepreparer.h"
 
 #include <algorithm>
+#include <iterator>
+#include <unordered_map>
 
 #include "engine/failure.h"
 #include "engine/plainnumber.h"
@@ -69,11 +71,11 @@ CasePreparer::CasePreparer(const ScoreModel& model, const ModelDescription& desc
     }
     BindColumns(header, tableName);
 
+    std::unordered_map<std::string_view, const MiningFieldTreatment*> treatmentOf;
+    for (const MiningFieldTreatment& each : treatments) treatmentOf.emplace(each.name, &each);
     for (Binding& binding : bindings_) {
-        const auto treatment = std::find_if(
-            treatments.begin(), treatments.end(),
-            [&](const auto& candidate) { return candidate.name == binding.var->GetName(); });
-        if (treatment != treatments.end()) ApplyTreatment(binding, *treatment);
+        const auto treatment = treatmentOf.find(binding.var->GetName());
+        if (treatment != treatmentOf.end()) ApplyTreatment(binding, *treatment->second);
     }
 
     // Data variables come first in the record, then the derived ones; both by their own order.
@@ -110,8 +112,7 @@ CasePreparer::~CasePreparer() = default;
 void CasePreparer::AddVariable(const ScoreDictVar& var, std::vector<std::string>& names,
                                const std::span<const std::string>* columns)
 {
-    if (std::find(seen_.begin(), seen_.end(), &var) != seen_.end()) return;
-    seen_.push_back(&var);
+    if (!seen_.insert(&var).second) return;
     if (var.IsDerived()) {
         const auto& derived = static_cast<const TransformVar&>(var);
         for (const ScoreDictVar* input : derived.Inputs()) AddVariable(*input, names, columns);
@@ -152,16 +153,18 @@ void CasePreparer::AddVariable(const ScoreDictVar& var, std::vector<std::string>
 
 void CasePreparer::BindColumns(std::span<const std::string> header, const std::string& tableName)
 {
+    std::unordered_multimap<std::string_view, size_t> columns;
+    for (size_t i = 0; i < header.size(); ++i) columns.emplace(header[i], i);
     std::vector<std::string> missing;
     for (Binding& binding : bindings_) {
         const std::string& name = binding.var->GetName();
-        const auto found = std::find(header.begin(), header.end(), name);
-        if (found == header.end()) {
+        const auto [first, last] = columns.equal_range(name);
+        if (first == last) {
             missing.push_back(name);
-        } else if (std::find(found + 1, header.end(), name) != header.end()) {
+        } else if (std::next(first) != last) {
             throw Failure(FailureKind::Cases, kDuplicateColumn, {tableName, name});
         } else {
-            binding.column = static_cast<size_t>(found - header.begin());
+            binding.column = first->second;
         }
     }
     if (!missing.empty()) {

@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "engine/miningtreatment.h"
@@ -146,7 +147,7 @@ private:
     const ScoreDictionary* transformations_;
     std::vector<Binding> bindings_;
     std::vector<Derived> derived_;  ///< inputs before what reads them
-    std::vector<const ScoreDictVar*> seen_;
+    std::unordered_set<const ScoreDictVar*> seen_;
     std::unique_ptr<CaseRecord> record_;
     std::string decimalText_;  // scratch of ReadDecimal
 };
