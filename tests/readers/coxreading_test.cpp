@@ -423,6 +423,31 @@ TEST(CoxBaselines, DocumentWithBothFormsHasTheTablesOfBothAndTheCategoriesOfTheP
     EXPECT_EQ(Score(*model, "a", 0.0, 2.0, "north").hazard, 0.5);
 }
 
+TEST(CoxBaselines, OfTwoStrataOfOneNameTheFirstKeepsItsLargestTimeByCategory)
+{
+    CoxParts parts;
+    parts.variables += " baselineStrataVariable=\"s\"";
+    parts.baseline = With(kTwoStrata, "value=\"south\"", "value=\"north\"");
+    const auto model = ReadCox(parts);
+    EXPECT_EQ(model->GetStratumCatValMaxMap(), (std::map<std::string, double>{{"north", 9}}));
+    EXPECT_EQ(model->GetMaxTimes(), (std::vector<double>{9, 4}));
+    EXPECT_EQ(Score(*model, "a", 0.0, 5.0, "north").hazard, 0.1);
+}
+
+TEST(CoxBaselines, OwnStrataOfOneNameKeepTheFirstLargestTimeByCategory)
+{
+    CoxParts parts = OlderForm();
+    parts.extensions =
+        Extension("endTimeVariable", "time") +
+        TablesExtension(
+            OwnStratum("varName=\"s\" value=\"north\"",
+                       "<X-BaseMaxTime value=\"9\"/>" + OwnTable("2", 0.5)) +
+            OwnStratum("value=\"north\"", "<X-BaseMaxTime value=\"4\"/>" + OwnTable("3", 1.5)));
+    const auto model = ReadCox(parts);
+    EXPECT_EQ(model->GetStratumCatValMaxMap(), (std::map<std::string, double>{{"north", 9}}));
+    EXPECT_EQ(model->GetMaxTimes(), (std::vector<double>{9, 4}));
+}
+
 TEST(CoxBaselines, StratumMayBeADerivedField)
 {
     CoxParts parts;
@@ -822,6 +847,16 @@ TEST(CoxRefusals, AttributesBelowVersion4AreNotLookedAt)
     EXPECT_EQ(RefusalOf(parts.Text()).GetErrorCode(), 260120);
     parts.extensions = Extension("endTimeVariable", "time");
     EXPECT_EQ(RefusalOf(parts.Text()).GetErrorCode(), 0);
+}
+
+TEST(CoxRefusals, AttributesAreLookedAtFromVersion4On)
+{
+    CoxParts parts;
+    parts.version = "4.0";
+    EXPECT_EQ(ReadCox(parts)->GetEndTimeVariableName(), "time");
+    parts.variables = "";
+    parts.extensions = Extension("endTimeVariable", "time");  // comes too late to be enough
+    EXPECT_EQ(RefusalOf(parts.Text()).GetErrorCode(), 260115);
 }
 
 TEST(CoxRefusals, BaselineIsMissedBeforeTheEndTime)
