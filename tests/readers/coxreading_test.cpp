@@ -859,6 +859,49 @@ TEST(CoxRefusals, AttributesAreLookedAtFromVersion4On)
     EXPECT_EQ(RefusalOf(parts.Text()).GetErrorCode(), 260115);
 }
 
+// Of two faults the one of the earlier stage is told.
+TEST(CoxRefusals, FollowTheOrderOfTheStages)
+{
+    const std::pair<const char*, const char*> noEndTime{"endTimeVariable=\"time\"", ""};
+    const std::pair<const char*, const char*> badDf{" functionName=",
+                                                    " modelDF=\"many\" functionName="};
+    const std::pair<const char*, const char*> badTransformation{
+        "<ParameterList>",
+        "<LocalTransformations><DerivedField/></LocalTransformations><ParameterList>"};
+    const std::pair<const char*, const char*> badTime{"time=\"2\"", "time=\"two\""};
+    const std::pair<const char*, const char*> badFactor{"<FactorList>", "<FactorList><Wrong/>"};
+    const std::pair<const char*, const char*> badBeta{"beta=\"0.5\"", "beta=\"half\""};
+    const std::pair<const char*, const char*> onePoint{
+        "<Parameter name=\"px\"/>", "<Parameter name=\"px\" referencePoint=\"1\"/>"};
+    const std::pair<const char*, const char*> badCovariance{
+        "<PPMatrix>", "<PCovMatrix><Wrong/></PCovMatrix><PPMatrix>"};
+    const std::pair<const char*, const char*> badPredictorCell{"<PPMatrix>", "<PPMatrix><Wrong/>"};
+    struct Faults {
+        std::pair<const char*, const char*> earlier;
+        std::pair<const char*, const char*> later;
+        int code;
+        const char* argument;
+    };
+    for (const Faults& faults : {
+             Faults{noEndTime, badDf, 260115, "endTimeVariable"},
+             {badDf, badTransformation, kNotANumber, "many"},
+             {badTime, badFactor, kNotANumber, "two"},
+             {badBeta, onePoint, kNotANumber, "half"},
+             {onePoint, badCovariance, 260251, "1"},
+             {badCovariance, badPredictorCell, 260178, "Wrong"},
+         }) {
+        const VSException refusal =
+            RefusalOf(With(With(CoxParts().Text(), faults.earlier.first, faults.earlier.second),
+                           faults.later.first, faults.later.second));
+        EXPECT_EQ(refusal.GetErrorCode(), faults.code) << refusal.GetText();
+        ASSERT_FALSE(refusal.GetArguments().empty());
+        EXPECT_EQ(refusal.GetArguments()[0], faults.argument);
+        EXPECT_NE(RefusalOf(With(CoxParts().Text(), faults.later.first, faults.later.second))
+                      .GetErrorCode(),
+                  0);
+    }
+}
+
 TEST(CoxRefusals, BaselineIsMissedBeforeTheEndTime)
 {
     CoxParts older = OlderForm();
