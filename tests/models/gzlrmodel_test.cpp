@@ -795,6 +795,13 @@ TEST(GZLRModel, DescribesMeanLinkAndWhatACaseIsReadFor)
         about.mean,
         "n * (1 + k eta)^(1/k) / (1 + (1 + k eta)^(1/k)), eta = linear predictor + o, k = 0.5");
     EXPECT_TRUE(about.targetCategories.empty());
+    // The trials multiply the whole of a difference.
+    w.model.SetLinkFunction(GZLRModel::LINK_CLOGLOG);
+    w.model.Describe(about);
+    EXPECT_EQ(about.mean, "n * (1 - exp(-exp(eta))), eta = linear predictor + o");
+    w.model.SetLinkFunction(GZLRModel::LINK_LOGC);
+    w.model.Describe(about);
+    EXPECT_EQ(about.mean, "n * (1 - exp(eta)), eta = linear predictor + o");
 
     Small small(GZLRModel::LINK_PROBIT, YesNo());
     GZLRModel& model = small.Ready();
