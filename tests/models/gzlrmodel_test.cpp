@@ -791,6 +791,7 @@ TEST(GZLRModel, DescribesMeanLinkAndWhatACaseIsReadFor)
     EXPECT_EQ(about.offset, "o");
     EXPECT_EQ(about.trials, "n");
     EXPECT_EQ(about.variables, (std::vector<std::string>{"f", "x", "o", "n"}));
+    EXPECT_EQ(about.covariates, (std::vector<std::string>{"x"}));
     EXPECT_EQ(
         about.mean,
         "n * (1 + k eta)^(1/k) / (1 + (1 + k eta)^(1/k)), eta = linear predictor + o, k = 0.5");

@@ -213,6 +213,19 @@ TEST(CoxReading, ExtensionsOfTheTimesSetTheirRolesAfterTheSchema)
     EXPECT_EQ(model->GetSubjectVariableName(), "who");
 }
 
+TEST(CoxReading, PredictorMayBeADerivedField)
+{
+    CoxParts parts;
+    parts.transformations =
+        "<LocalTransformations><DerivedField name=\"twice\" optype=\"continuous\" "
+        "dataType=\"double\"><Apply function=\"*\"><Constant dataType=\"double\">2</Constant>"
+        "<FieldRef field=\"x\"/></Apply></DerivedField></LocalTransformations>";
+    const auto model =
+        ReadModel(With(With(parts.Text(), "<Predictor name=\"x\"/>", "<Predictor name=\"twice\"/>"),
+                       "predictorName=\"x\"", "predictorName=\"twice\""));
+    EXPECT_EQ(Score(static_cast<CoxRegModel&>(*model), "a", 2.0, 6.0).hazard, std::exp(1.0) * 0.3);
+}
+
 TEST(CoxReading, EndTimeMayBeADerivedField)
 {
     CoxParts parts;
@@ -800,6 +813,13 @@ const std::vector<RefusalRow> kRefusals{
      true,
      "<Extension",
      "<Extension name=\"referencePoint\"><X-BasePoint parameterName=\"p\"/></Extension><Extension",
+     260115,
+     {"value", "X-BasePoint"}},
+    {"reference point of a name that has one already, without a value",
+     true,
+     "<Extension",
+     "<Extension name=\"referencePoint\"><X-BasePoint parameterName=\"p\" value=\"1\"/>"
+     "<X-BasePoint parameterName=\"p\"/></Extension><Extension",
      260115,
      {"value", "X-BasePoint"}},
     {"contrasts as a direct child",
