@@ -300,7 +300,10 @@ std::string GZLRModel::DescribeMean(const GZLRLink& link) const
 {
     const bool atZero = linkParameter == 0.0 && link.meanAtZero != nullptr;
     std::string text = atZero ? link.meanAtZero : link.mean;
-    if (distType == DIST_BINOMIAL && trialsKind != NONE) text.insert(0, DescribeTrials() + " * ");
+    if (distType == DIST_BINOMIAL && trialsKind != NONE) {
+        if (text.starts_with("1 - ")) text = "(" + text + ")";
+        text.insert(0, DescribeTrials() + " * ");
+    }
     text += ", eta = linear predictor";
     if (offset.kind != Offset::NONE) text += " + " + offset.Describe();
     if (link.takesParameter && !atZero) text += ", k = " + NumericValue(linkParameter).GetString();

@@ -230,6 +230,11 @@ TYPED_TEST(EveryFamily, DerivedValueComesFromTheTransformationsUnlessTheRecordHo
     this->built.model.dictVarIndexSet = false;
     ASSERT_TRUE(this->built.model.GetScore(&c.Record(), this->slot.result, true).IsOK());
     EXPECT_EQ(this->slot.Number(), 40.0);
+    // A record that is said to hold it and doesn't: nothing is computed in its place.
+    Case lacking;
+    lacking.With("d", nullptr);
+    EXPECT_EQ(this->built.model.GetScore(&lacking.Record(), this->slot.result, true).GetErrorCode(),
+              90029);
 }
 
 TEST(ValueFamily, SubstitutionOverwritesTheRecordsOwnObject)

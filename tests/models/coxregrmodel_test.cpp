@@ -219,6 +219,41 @@ TEST(CoxRegModel, MissingEndTimeOfAFreshResultWritesNoPrediction)
     EXPECT_EQ(slot.result->GetPrediction(), nullptr);
 }
 
+// The steps of a case in their order, by which of two faults is told.
+TEST(CoxRegModel, EndTimeIsAskedBeforeThePredictorsAndTheStratumIsFoundAfterThem)
+{
+    Small small(true);
+    small.model.SetMissingValuePolicy(ScoreModel::MV_SYSMIS_RESULT);
+    CoxRegModel& model = small.Ready();
+    Slot slot;
+    const auto score = [&](double x, double time, const char* stratum) {
+        Case c = Row("b", x, time);
+        c.With("s", stratum);
+        return model.GetScore(&c.Record(), slot.result, true);
+    };
+    ASSERT_TRUE(score(2.0, 5.0, "north").IsOK());
+    const double before = slot.Number();
+    EXPECT_EQ(score(kSysmis, kSysmis, "north").GetDiscreteDatum(), -1);
+    EXPECT_EQ(slot.Number(), before);  // no policy was asked
+    EXPECT_EQ(score(2.0, 5.0, "east").GetErrorCode(), 90029);
+    EXPECT_EQ(slot.Number(), before);
+    EXPECT_EQ(score(kSysmis, 5.0, "east").GetDiscreteDatum(), 1);
+    EXPECT_EQ(slot.Number(), kSysmis);
+}
+
+TEST(CoxRegModel, TimeBeyondTheTableMakesAReusedResultMissing)
+{
+    Small small;
+    CoxRegModel& model = small.Ready();
+    Slot slot;
+    ASSERT_TRUE(model.GetScore(&Row("b", 2.0, 5).Record(), slot.result, true).IsOK());
+    const ScoreValue* prediction = slot.result->GetPrediction();
+    ASSERT_TRUE(model.GetScore(&Row("b", 2.0, 13).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.result->GetPrediction(), prediction);
+    EXPECT_EQ(slot.Number(), kSysmis);
+    EXPECT_EQ(slot.As<CoxRegResult>().GetCumHazardValue(), kSysmis);
+}
+
 TEST(CoxRegModel, EndTimeIsReadByName)
 {
     Small small;
@@ -389,6 +424,18 @@ TEST(CoxRegModel, NumericStratumIsComparedAsANumberWithTheFirstThatReadsSo)
     EXPECT_EQ(baselineOf(kSysmis), -1.0);  // a missing number is no stratum without a number
 }
 
+TEST(CoxRegModel, OfTwoStrataOfOneTextTheFirstCounts)
+{
+    Small small(true);
+    small.model.SetCumHazardTable({{{1.0, 0.5}}, {{1.0, 0.6}}}, {"north", "north"}, "s");
+    small.model.SetMinMaxTime({1, 1}, {9, 9});
+    Slot slot;
+    Case c = Row("a", 2.0, 3.0);
+    c.With("s", "north");
+    ASSERT_TRUE(small.Ready().GetScore(&c.Record(), slot.result, true).IsOK());
+    ExpectScore(slot, 1.0, 0.5, "the first");
+}
+
 TEST(CoxRegModel, StratumWithoutATableOfItsOwnHasNoScore)
 {
     Small small(true);
@@ -414,6 +461,20 @@ TEST(CoxRegModel, BasePointCentresTheDesign)
     // A parameter that the case doesn't meet is taken off all the same.
     ASSERT_TRUE(model.GetScore(&Row("a", 0.0, 5).Record(), slot.result, true).IsOK());
     ExpectScore(slot, (0.0 - 0.5 * 0.5) + (0.0 - 3.0 * 0.25), 0.3, "a");
+}
+
+TEST(CoxRegModel, ReferenceTermIsTakenOffEachTermAndNotOffTheSum)
+{
+    Small small;
+    small.model.SetBasePointTable({0.0, 3999996.0});
+    ASSERT_TRUE(small.SetUp());
+    small.Fill();
+    small.Beta("pf", 0.1);
+    small.model.FinishSetup();
+    Slot slot;
+    ASSERT_TRUE(small.model.GetScore(&Row("b", 2000.0, 5).Record(), slot.result, true).IsOK());
+    // 4e6 * 0.25 - 999999 is 1 exactly; 0.1 + 1e6 would have lost digits.
+    ExpectScore(slot, 0.1 + 1.0, 0.3, "0.1 + (1e6 - 999999)");
 }
 
 TEST(CoxRegModel, BasePointOfAnotherLengthCentresNothing)
@@ -602,6 +663,17 @@ TEST(CoxRegModelContrasts, CategoryWithoutARowOrAColumnFailsTheCase)
     EXPECT_EQ(
         other.GetScore(&Contrasted::Row("a", 1, 3.0).Record(), slot.result, true).GetErrorCode(),
         90017);
+}
+
+TEST(CoxRegModelContrasts, OfTwoEqualCategoriesTheFirstGivesRowAndColumn)
+{
+    Contrasted built;
+    built.model.SetContrastMatrix("f", {{3, 5}, {7, 9}}, Contrasted::Texts({"b", "b"}));
+    Slot slot;
+    ASSERT_TRUE(
+        built.Ready().GetScore(&Contrasted::Row("b", 1, 3.0).Record(), slot.result, true).IsOK());
+    // pf 3, pg -1 * 3 * 2
+    EXPECT_EQ(slot.As<CoxRegResult>().GetCumHazardValue(), std::exp(3.0 - 6.0));
 }
 
 TEST(CoxRegModelContrasts, MatrixShorterThanItsCategoriesFailsTheCase)

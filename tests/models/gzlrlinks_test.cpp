@@ -150,6 +150,7 @@ TEST(GZLRLinks, GuardsAndRangesAtTheirEdges)
         {GZLRModel::LINK_POWER, 0, 710, kSysmis},
         {GZLRModel::LINK_POWER, 2, -8, kSysmis},
         {GZLRModel::LINK_POWER, 2, 0, 0},
+        {GZLRModel::LINK_POWER, 3, 0, 0},
         {GZLRModel::LINK_POWER, -1, 0, kSysmis},
         {GZLRModel::LINK_POWER, 0.5, -3, 9.0},  // a whole exponent takes a negative base
         {GZLRModel::LINK_POWER, 4294967297.0, -8, kSysmis},  // odd, and beyond what is trusted
@@ -169,12 +170,24 @@ TEST(GZLRLinks, GuardsAndRangesAtTheirEdges)
     }
 }
 
+TEST(GZLRLinks, NegativeBinomialDividesByItsParameterLast)
+{
+    // Dividing by the product of the two rounds otherwise at most of these.
+    for (const double k : {0.3, 0.7, 3.0}) {
+        for (const double eta : {-3.7, -2.1, -1.3, -0.9, -0.4, -0.1}) {
+            const double e = std::exp(eta);
+            EXPECT_EQ(Mean(GZLRModel::LINK_NEGBIN, eta, k), (e / (1.0 - e)) / k) << k << ' ' << eta;
+        }
+    }
+}
+
 TEST(GZLRLinks, OddWholePowerTakesTheRootOfANegativeNumber)
 {
     EXPECT_NEAR(Mean(GZLRModel::LINK_POWER, -8.0, 3.0), -2.0, 10.0 * kEps);
     EXPECT_NEAR(Mean(GZLRModel::LINK_POWER, -8.0, -3.0), -0.5, 10.0 * kEps);
     EXPECT_NEAR(Mean(GZLRModel::LINK_POWER, -32.0, 5.0), -2.0, 10.0 * kEps);
-    EXPECT_EQ(Mean(GZLRModel::LINK_POWER, -1e-320, 1e-300), kSysmis);  // no odd number
+    EXPECT_EQ(Mean(GZLRModel::LINK_POWER, -1e-320, 1e-300), kSysmis);   // no odd number
+    EXPECT_FALSE(std::signbit(Mean(GZLRModel::LINK_POWER, 0.0, 3.0)));  // 0 is not negative
 }
 
 TEST(GZLRLinks, LinearPredictorThatIsNoNumberHasNoMeanOrIsHandedOn)

@@ -181,6 +181,24 @@ TEST(GZLRModel, PredictionOnlyLeavesErrorAndLimitsAsTheyWere)
     EXPECT_EQ(scored.Numbers().GetCITop(), top);
 }
 
+TEST(GZLRModel, CovarianceIsMultipliedByTheRowsDesignValueFirst)
+{
+    Built<GZLRModel> built;
+    built.Covariate("x");
+    built.Parameters({"p"});
+    ASSERT_TRUE(built.SetUp());
+    built.Cell("p", "x", "1");
+    built.Beta("p", 1.0);
+    built.model.CreatePCovMatrix()->SetCell("p", "p", 0.3);
+    built.model.FinishSetup();
+    Scored scored;
+    Case c;
+    c.With("x", 1.7);
+    Score(built.model, c, scored);
+    EXPECT_EQ(scored.Numbers().GetStdDev(), std::sqrt((0.3 * 1.7) * 1.7));
+    EXPECT_NE(scored.Numbers().GetStdDev(), std::sqrt(0.3 * (1.7 * 1.7)));
+}
+
 TEST(GZLRModel, NegativeVarianceFromRoundingIsAnErrorOfZero)
 {
     Built<GZLRModel> built;
@@ -209,6 +227,10 @@ TEST(GZLRModel, OnlyANegativePowerSwapsTheLimits)
     std::tie(lower, upper) = model.GetCIMeanPred(4.0, 1.0, -1);
     EXPECT_DOUBLE_EQ(lower, (4.0 - kZ) * (4.0 - kZ));
     EXPECT_DOUBLE_EQ(upper, (4.0 + kZ) * (4.0 + kZ));
+    model.SetLinkParameter(0.0);  // the exponential, which rises
+    std::tie(lower, upper) = model.GetCIMeanPred(4.0, 1.0, -1);
+    EXPECT_NEAR(lower, std::exp(4.0 - kZ), 1e-14 * lower);
+    EXPECT_NEAR(upper, std::exp(4.0 + kZ), 1e-14 * upper);
     // A mean that falls under another link leaves the lower above the upper.
     model.SetLinkFunction(GZLRModel::LINK_LOGC);
     model.SetLinkParameter(-1.0);
@@ -350,6 +372,36 @@ TEST(GZLRModel, OffsetOrTrialsThatAreMissingFailTheCaseWithoutNamingIt)
     }
 }
 
+TEST(GZLRModel, StatusOnlyPolicyKeepsTheWholeResult)
+{
+    WithVariables w;
+    w.model.SetMissingValuePolicy(ScoreModel::MV_STATUS_ONLY);
+    w.Ready();
+    ASSERT_TRUE(w.Score("a", 1.0, 1.0, 2.0).IsOK());
+    const double top = w.slot.As<LRResult>().GetCITop();
+    EXPECT_EQ(w.Score("c", 1.0, 1.0, 2.0).GetErrorCode(), 90029);
+    EXPECT_EQ(w.Score("a", kSysmis, 1.0, 2.0).GetErrorCode(), 90029);
+    EXPECT_EQ(w.Score("a", 1.0, kSysmis, 2.0).GetErrorCode(), 90029);
+    EXPECT_EQ(w.Score("a", 1.0, 1.0, kSysmis).GetErrorCode(), 90029);
+    EXPECT_EQ(w.slot.Number(), 5.0);  // (1 + 0.5 + 1) * 2
+    EXPECT_EQ(w.slot.As<LRResult>().GetCITop(), top);
+}
+
+TEST(GZLRModel, BadValueLeavesErrorAndLimitsOfTheCaseBefore)
+{
+    Small small;
+    small.model.SetMissingValuePolicy(ScoreModel::MV_SYSMIS_RESULT);
+    GZLRModel& model = small.Ready();
+    Scored scored;
+    Case good = Row("b", 2.0);
+    Score(model, good, scored);
+    Case bad = Row("c", 2.0);
+    Score(model, bad, scored);
+    EXPECT_EQ(scored.status.GetErrorCode(), 90029);
+    EXPECT_EQ(scored.slot.Number(), kSysmis);
+    EXPECT_EQ(scored.Numbers().GetStdDev(), std::sqrt(10.0));
+}
+
 TEST(GZLRModel, TrialsThatAreNoNumberOrNoIntFailTheCase)
 {
     for (const double trials :
@@ -468,6 +520,26 @@ TEST(GZLRModel, TwoCategoriesAreClassified)
     EXPECT_EQ(scored.Text(), "no");
     ASSERT_EQ(percents.size(), 2u);
     EXPECT_EQ(percents[0].second, 1.0 - std::exp(1.0));
+}
+
+TEST(GZLRModel, BadValueOfATextTargetReadsByTheResultAndLeavesThePercents)
+{
+    Small small(GZLRModel::LINK_LOGIT, YesNo());
+    small.model.SetMissingValuePolicy(ScoreModel::MV_SYSMIS_RESULT);
+    GZLRModel& model = small.Ready();
+    Scored scored;
+    Case bad = Row("b", kSysmis);
+    Score(model, bad, scored);
+    EXPECT_EQ(scored.status.GetErrorCode(), 90029);
+    EXPECT_EQ(scored.Text(), "");
+    EXPECT_TRUE(scored.Classes().GetAllValuePercent().empty());
+    Case good = Row("b", 2.0);
+    Score(model, good, scored);
+    ASSERT_EQ(scored.Classes().GetAllValuePercent().size(), 2u);
+    const double percent = scored.Classes().GetAllValuePercent()[0].second;
+    Score(model, bad, scored);
+    EXPECT_EQ(scored.Text(), "NULL");
+    EXPECT_EQ(scored.Classes().GetAllValuePercent()[0].second, percent);
 }
 
 TEST(GZLRModel, NumericCategoriesAreWrittenAsNumbers)
@@ -719,10 +791,18 @@ TEST(GZLRModel, DescribesMeanLinkAndWhatACaseIsReadFor)
     EXPECT_EQ(about.offset, "o");
     EXPECT_EQ(about.trials, "n");
     EXPECT_EQ(about.variables, (std::vector<std::string>{"f", "x", "o", "n"}));
+    EXPECT_EQ(about.covariates, (std::vector<std::string>{"x"}));
     EXPECT_EQ(
         about.mean,
         "n * (1 + k eta)^(1/k) / (1 + (1 + k eta)^(1/k)), eta = linear predictor + o, k = 0.5");
     EXPECT_TRUE(about.targetCategories.empty());
+    // The trials multiply the whole of a difference.
+    w.model.SetLinkFunction(GZLRModel::LINK_CLOGLOG);
+    w.model.Describe(about);
+    EXPECT_EQ(about.mean, "n * (1 - exp(-exp(eta))), eta = linear predictor + o");
+    w.model.SetLinkFunction(GZLRModel::LINK_LOGC);
+    w.model.Describe(about);
+    EXPECT_EQ(about.mean, "n * (1 - exp(eta)), eta = linear predictor + o");
 
     Small small(GZLRModel::LINK_PROBIT, YesNo());
     GZLRModel& model = small.Ready();

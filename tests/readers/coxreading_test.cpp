@@ -213,6 +213,19 @@ TEST(CoxReading, ExtensionsOfTheTimesSetTheirRolesAfterTheSchema)
     EXPECT_EQ(model->GetSubjectVariableName(), "who");
 }
 
+TEST(CoxReading, PredictorMayBeADerivedField)
+{
+    CoxParts parts;
+    parts.transformations =
+        "<LocalTransformations><DerivedField name=\"twice\" optype=\"continuous\" "
+        "dataType=\"double\"><Apply function=\"*\"><Constant dataType=\"double\">2</Constant>"
+        "<FieldRef field=\"x\"/></Apply></DerivedField></LocalTransformations>";
+    const auto model =
+        ReadModel(With(With(parts.Text(), "<Predictor name=\"x\"/>", "<Predictor name=\"twice\"/>"),
+                       "predictorName=\"x\"", "predictorName=\"twice\""));
+    EXPECT_EQ(Score(static_cast<CoxRegModel&>(*model), "a", 2.0, 6.0).hazard, std::exp(1.0) * 0.3);
+}
+
 TEST(CoxReading, EndTimeMayBeADerivedField)
 {
     CoxParts parts;
@@ -421,6 +434,31 @@ TEST(CoxBaselines, DocumentWithBothFormsHasTheTablesOfBothAndTheCategoriesOfTheP
     EXPECT_EQ(model->GetStratumCatValMaxMap(),
               (std::map<std::string, double>{{"b", 7}, {"north", 9}, {"south", 4}}));
     EXPECT_EQ(Score(*model, "a", 0.0, 2.0, "north").hazard, 0.5);
+}
+
+TEST(CoxBaselines, OfTwoStrataOfOneNameTheFirstKeepsItsLargestTimeByCategory)
+{
+    CoxParts parts;
+    parts.variables += " baselineStrataVariable=\"s\"";
+    parts.baseline = With(kTwoStrata, "value=\"south\"", "value=\"north\"");
+    const auto model = ReadCox(parts);
+    EXPECT_EQ(model->GetStratumCatValMaxMap(), (std::map<std::string, double>{{"north", 9}}));
+    EXPECT_EQ(model->GetMaxTimes(), (std::vector<double>{9, 4}));
+    EXPECT_EQ(Score(*model, "a", 0.0, 5.0, "north").hazard, 0.1);
+}
+
+TEST(CoxBaselines, OwnStrataOfOneNameKeepTheFirstLargestTimeByCategory)
+{
+    CoxParts parts = OlderForm();
+    parts.extensions =
+        Extension("endTimeVariable", "time") +
+        TablesExtension(
+            OwnStratum("varName=\"s\" value=\"north\"",
+                       "<X-BaseMaxTime value=\"9\"/>" + OwnTable("2", 0.5)) +
+            OwnStratum("value=\"north\"", "<X-BaseMaxTime value=\"4\"/>" + OwnTable("3", 1.5)));
+    const auto model = ReadCox(parts);
+    EXPECT_EQ(model->GetStratumCatValMaxMap(), (std::map<std::string, double>{{"north", 9}}));
+    EXPECT_EQ(model->GetMaxTimes(), (std::vector<double>{9, 4}));
 }
 
 TEST(CoxBaselines, StratumMayBeADerivedField)
@@ -777,6 +815,13 @@ const std::vector<RefusalRow> kRefusals{
      "<Extension name=\"referencePoint\"><X-BasePoint parameterName=\"p\"/></Extension><Extension",
      260115,
      {"value", "X-BasePoint"}},
+    {"reference point of a name that has one already, without a value",
+     true,
+     "<Extension",
+     "<Extension name=\"referencePoint\"><X-BasePoint parameterName=\"p\" value=\"1\"/>"
+     "<X-BasePoint parameterName=\"p\"/></Extension><Extension",
+     260115,
+     {"value", "X-BasePoint"}},
     {"contrasts as a direct child",
      false,
      "<Predictor name=\"f\"/>",
@@ -822,6 +867,59 @@ TEST(CoxRefusals, AttributesBelowVersion4AreNotLookedAt)
     EXPECT_EQ(RefusalOf(parts.Text()).GetErrorCode(), 260120);
     parts.extensions = Extension("endTimeVariable", "time");
     EXPECT_EQ(RefusalOf(parts.Text()).GetErrorCode(), 0);
+}
+
+TEST(CoxRefusals, AttributesAreLookedAtFromVersion4On)
+{
+    CoxParts parts;
+    parts.version = "4.0";
+    EXPECT_EQ(ReadCox(parts)->GetEndTimeVariableName(), "time");
+    parts.variables = "";
+    parts.extensions = Extension("endTimeVariable", "time");  // comes too late to be enough
+    EXPECT_EQ(RefusalOf(parts.Text()).GetErrorCode(), 260115);
+}
+
+// Of two faults the one of the earlier stage is told.
+TEST(CoxRefusals, FollowTheOrderOfTheStages)
+{
+    const std::pair<const char*, const char*> noEndTime{"endTimeVariable=\"time\"", ""};
+    const std::pair<const char*, const char*> badDf{" functionName=",
+                                                    " modelDF=\"many\" functionName="};
+    const std::pair<const char*, const char*> badTransformation{
+        "<ParameterList>",
+        "<LocalTransformations><DerivedField/></LocalTransformations><ParameterList>"};
+    const std::pair<const char*, const char*> badTime{"time=\"2\"", "time=\"two\""};
+    const std::pair<const char*, const char*> badFactor{"<FactorList>", "<FactorList><Wrong/>"};
+    const std::pair<const char*, const char*> badBeta{"beta=\"0.5\"", "beta=\"half\""};
+    const std::pair<const char*, const char*> onePoint{
+        "<Parameter name=\"px\"/>", "<Parameter name=\"px\" referencePoint=\"1\"/>"};
+    const std::pair<const char*, const char*> badCovariance{
+        "<PPMatrix>", "<PCovMatrix><Wrong/></PCovMatrix><PPMatrix>"};
+    const std::pair<const char*, const char*> badPredictorCell{"<PPMatrix>", "<PPMatrix><Wrong/>"};
+    struct Faults {
+        std::pair<const char*, const char*> earlier;
+        std::pair<const char*, const char*> later;
+        int code;
+        const char* argument;
+    };
+    for (const Faults& faults : {
+             Faults{noEndTime, badDf, 260115, "endTimeVariable"},
+             {badDf, badTransformation, kNotANumber, "many"},
+             {badTime, badFactor, kNotANumber, "two"},
+             {badBeta, onePoint, kNotANumber, "half"},
+             {onePoint, badCovariance, 260251, "1"},
+             {badCovariance, badPredictorCell, 260178, "Wrong"},
+         }) {
+        const VSException refusal =
+            RefusalOf(With(With(CoxParts().Text(), faults.earlier.first, faults.earlier.second),
+                           faults.later.first, faults.later.second));
+        EXPECT_EQ(refusal.GetErrorCode(), faults.code) << refusal.GetText();
+        ASSERT_FALSE(refusal.GetArguments().empty());
+        EXPECT_EQ(refusal.GetArguments()[0], faults.argument);
+        EXPECT_NE(RefusalOf(With(CoxParts().Text(), faults.later.first, faults.later.second))
+                      .GetErrorCode(),
+                  0);
+    }
 }
 
 TEST(CoxRefusals, BaselineIsMissedBeforeTheEndTime)

@@ -100,6 +100,8 @@ TEST(MiningSchema, ExtremeValuesNeedBothLimitsFromVersion43On)
     EXPECT_EQ(RefusalOf(WithField(high, "4.4")).GetErrorCode(), 260118);
     EXPECT_EQ(RefusalOf(WithField(high, "4.4")).GetArguments(),
               (std::vector<std::string>{"highValue", "MiningField"}));
+    const char* neither = "<MiningField name=\"z\" outliers=\"asExtremeValues\"/>";
+    EXPECT_EQ(RefusalOf(WithField(neither, "4.3")).GetErrorCode(), 260117);
     EXPECT_EQ(RefusalOf(WithField("<MiningField name=\"z\" outliers=\"asMissingValues\"/>", "4.3"))
                   .GetErrorCode(),
               0);

@@ -324,6 +324,16 @@ TEST(LinkParameter, OfAnOrdinalModelIsReadAndDropped)
     ExpectRefused(AsExtension(kGeneralizedLinearType, "linkParameter", ""), kNotANumber, {""});
 }
 
+TEST(LinkParameter, OfZeroIsOneToo)
+{
+    for (const char* link : {"power", "oddspower", "negbin"}) {
+        const auto model =
+            Read(Document(kGeneralizedLinearType,
+                          Attribute("linkFunction", link) + Attribute("linkParameter", "0")));
+        EXPECT_EQ(Generalized(model).GetLinkParameter(), 0.0) << link;
+    }
+}
+
 TEST(LinkParameter, IsNeededByALinkThatALaterSpellingReplaces)
 {
     const std::string power = Extension("linkFunction", "power");
