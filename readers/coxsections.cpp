@@ -5,6 +5,7 @@
 #include "models/coxregrmodel.h"
 #include "readers/codes.h"
 #include "readers/generalregressiontranslator.h"
+#include "readers/modeloptions.h"
 #include "readers/parse.h"
 
 namespace MCVelscore_850 {
@@ -39,7 +40,43 @@ DOMElement* OnlyOf(const DOMNodeList* elements)
     return At(elements, 1) == nullptr ? At(elements, 0) : nullptr;
 }
 
+// A variable that the model keeps by its name, and its role. It needs none from the mining schema.
+void TakeVariable(const ModelOption& option, void (CoxRegModel::*keep)(const std::string& name),
+                  ScoreModel::VarRole role)
+{
+    const ScoreDictVar* variable = option.reader.FindVariable(option.parse, option.value);
+    (CoxModel(option.parse).*keep)(option.value);
+    option.parse.model->SetVarRole(variable, role);
+}
+
 }  // namespace
+
+void TakeEndTimeVariable(const ModelOption& option)
+{
+    TakeVariable(option, &CoxRegModel::SetEndTimeVariableName, ScoreModel::ROLE_TIME);
+}
+
+void TakeStartTimeVariable(const ModelOption& option)
+{
+    TakeVariable(option, &CoxRegModel::SetStartTimeVariableName, ScoreModel::ROLE_TIME);
+}
+
+void TakeSubjectVariable(const ModelOption& option)
+{
+    TakeVariable(option, &CoxRegModel::SetSubjectVariableName, ScoreModel::ROLE_SUBJECT);
+}
+
+void TakeReferencePoints(const ModelOption& option)
+{
+    option.reader.HandleBasePointElem(
+        option.reader.GetElementsByTagName(option.element, Tags::XML_EXT_ELE_COXREG_BASEPOINT),
+        option.parse.basePoints);
+}
+
+void TakeHazardTables(const ModelOption& option)
+{
+    option.reader.ReadBaselineExtension(option.parse, option.element);
+}
 
 // The end time is required here and the others aren't; what role their variables get the mining
 // schema may still change. No name is looked for yet: the derived fields aren't read.
@@ -68,45 +105,17 @@ void GeneralRegressionTranslator::ReadCoxAttributes(Parse& parse)
     }
 }
 
-void GeneralRegressionTranslator::ReadCoxExtension(Parse& parse, DOMElement* extension,
-                                                   const std::string& name,
-                                                   const std::string& value)
+void GeneralRegressionTranslator::ReadBaselineExtension(Parse& parse, DOMElement* extension)
 {
-    // A variable by its name: how the model keeps it, and its role.
-    struct VariableRow {
-        const std::string& name;
-        void (CoxRegModel::*keep)(const std::string& name);
-        ScoreModel::VarRole role;
-    };
-    static const VariableRow kVariables[] = {
-        {Tags::XML_EXT_NAME_COXREG_ENDTIMEVARIABLE, &CoxRegModel::SetEndTimeVariableName,
-         ScoreModel::ROLE_TIME},
-        {Tags::XML_EXT_NAME_COXREG_STARTTIMEVARIABLE, &CoxRegModel::SetStartTimeVariableName,
-         ScoreModel::ROLE_TIME},
-        {Tags::XML_EXT_NAME_COXREG_SUBJECT_VARIABLE, &CoxRegModel::SetSubjectVariableName,
-         ScoreModel::ROLE_SUBJECT},
-    };
-    for (const VariableRow& row : kVariables) {
-        if (name != row.name) continue;
-        const ScoreDictVar* variable = FindVariable(parse, value);
-        (CoxModel(parse).*row.keep)(value);
-        parse.model->SetVarRole(variable, row.role);
-        return;
+    Baseline baseline;
+    baseline.stratumName =
+        HandleStratumElements(extension, parse.hazardTables, baseline.stratumCategories,
+                              baseline.minTimes, baseline.maxTimes, parse.stratumMaxTimes);
+    if (!baseline.stratumName.empty()) {
+        FindStratum(parse, baseline, extension);
+        CoxModel(parse).SetStratumVarName(baseline.stratumName);
     }
-    if (name == Tags::XML_EXT_NAME_COXREG_REFERENCEPOINT) {
-        HandleBasePointElem(GetElementsByTagName(extension, Tags::XML_EXT_ELE_COXREG_BASEPOINT),
-                            parse.basePoints);
-    } else if (name == Tags::XML_EXT_NAME_COXREG_XBASE_CUMHAZARD_TABLES) {
-        Baseline baseline;
-        baseline.stratumName =
-            HandleStratumElements(extension, parse.hazardTables, baseline.stratumCategories,
-                                  baseline.minTimes, baseline.maxTimes, parse.stratumMaxTimes);
-        if (!baseline.stratumName.empty()) {
-            FindStratum(parse, baseline, extension);
-            CoxModel(parse).SetStratumVarName(baseline.stratumName);
-        }
-        TakeBaseline(parse, baseline);
-    }
+    TakeBaseline(parse, baseline);
 }
 
 void GeneralRegressionTranslator::ReadBaseCumHazardTables(Parse& parse)

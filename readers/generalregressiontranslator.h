@@ -69,6 +69,8 @@ public:
                                         std::vector<double>& minTimes,
                                         std::vector<double>& maxTimes,
                                         std::map<std::string, double>& stratumMaxTimes);
+    /// The baselines of an extension's own form, with their strata, into the model.
+    void ReadBaselineExtension(Parse& parse, xercesc::DOMElement* extension);
 
 private:
     // The stages of a parse, in their order. Each asks for itself whether it applies.
@@ -134,8 +136,6 @@ private:
 
     // What only a Cox document has.
 
-    void ReadCoxExtension(Parse& parse, xercesc::DOMElement* extension, const std::string& name,
-                          const std::string& value);
     void ReadHazardCells(const xercesc::DOMNodeList* elements, std::map<double, double>& cells,
                          double& firstTime);
     void FindStratum(Parse& parse, const Baseline& baseline, const xercesc::DOMElement* section);

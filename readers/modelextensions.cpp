@@ -41,6 +41,11 @@ const ModelOptionRow kFamilyExtensions[] = {
     {kGeneralizedFamilies, Tags::XML_VAL_RM_EXT_NAME_LINK, TakeLinkOfExtension},
     {kGeneralizedFamilies, Tags::XML_ATT_RM_EXT_NAME_LINK_PARAM, TakeLinkParameter},
     {kGeneralizedFamilies, Tags::XML_VAL_RM_EXT_NAME_DISTRIBUTION, TakeDistribution},
+    {kCoxFamilies, Tags::XML_EXT_NAME_COXREG_ENDTIMEVARIABLE, TakeEndTimeVariable},
+    {kCoxFamilies, Tags::XML_EXT_NAME_COXREG_STARTTIMEVARIABLE, TakeStartTimeVariable},
+    {kCoxFamilies, Tags::XML_EXT_NAME_COXREG_SUBJECT_VARIABLE, TakeSubjectVariable},
+    {kCoxFamilies, Tags::XML_EXT_NAME_COXREG_REFERENCEPOINT, TakeReferencePoints},
+    {kCoxFamilies, Tags::XML_EXT_NAME_COXREG_XBASE_CUMHAZARD_TABLES, TakeHazardTables},
     {Family(kBinary), Tags::XML_ATT_RM_EXT_NAME_CUTOFF,
      [](const ModelOption& option) {
          static_cast<BLRModel&>(*option.parse.model)
@@ -88,7 +93,6 @@ void GeneralRegressionTranslator::ReadExtensions(Parse& parse)
         if (parse.Is(kGeneralLinear) && !algorithm.empty()) {
             GeneralLinear(parse).SetAlgorithmName(algorithm);
         }
-        if (parse.IsAmong(kCoxFamilies)) ReadCoxExtension(parse, child, name, value);
     }
 }
 

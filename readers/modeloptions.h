@@ -56,6 +56,16 @@ void TakeLinkParameter(const ModelOption& option);
 /// Refuses with 260153 for an unknown word.
 void TakeDistribution(const ModelOption& option);
 
+// What the options of Cox models do, as extensions.
+
+/// Refuse with 260125 for an unknown name.
+void TakeEndTimeVariable(const ModelOption& option);
+void TakeStartTimeVariable(const ModelOption& option);
+void TakeSubjectVariable(const ModelOption& option);
+/// The reference points of parameters, and the baselines of the strata: the extension's children.
+void TakeReferencePoints(const ModelOption& option);
+void TakeHazardTables(const ModelOption& option);
+
 }  // namespace MCVelscore_850
 
 #endif
