@@ -49,14 +49,14 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
     Document document = LoadDocument(path);
     file_ = document.File();
     bool rotatedTarget = false;
-    if (!options.asIs) {
-        for (const Adaptation& adaptation : AdaptDocument(document)) {
-            adaptations_.push_back(adaptation.ToString());
-            rotatedTarget |= adaptation.rotatedTarget;
-        }
-    }
-    treatments_ = ReadMiningTreatments(document);
     try {
+        if (!options.asIs) {
+            for (const Adaptation& adaptation : AdaptDocument(document)) {
+                adaptations_.push_back(adaptation.ToString());
+                rotatedTarget |= adaptation.rotatedTarget;
+            }
+        }
+        treatments_ = ReadMiningTreatments(document);
         model_ = ReadModel(*plugin_, document);
         if (options.output != OutputColumns::Own) output_ = ReadOutputSection(document, *model_);
         if (options.verification) verification_ = ReadVerification(document);
