@@ -253,6 +253,8 @@ constexpr Message kCatalogue[] = {
      "Export the model as multinomialLogistic, or give the parameter one beta."},
     {kContrastsTooLarge, "sd", "the contrast matrix of {0} has more than {1} numbers",
      "Export the model with indicator variables."},
+    {kOtherModel, "s", "the document holds a {0}; velscore reads a GeneralRegressionModel alone",
+     "Export the model as a GeneralRegressionModel, where its program can."},
 
     {kPluginNotLoaded, "ss", "the plug-in {0} can't be loaded: {1}",
      "Install velscore whole, or name the plug-in with --plugin."},

@@ -112,6 +112,7 @@ inline constexpr int kTooManyRecords = 269195;     // file, limit
 // Codes of the engine: what no adaptation can put right.
 inline constexpr int kSeveralSlopes = 269196;      // parameter
 inline constexpr int kContrastsTooLarge = 269197;  // factor, limit
+inline constexpr int kOtherModel = 269198;         // element
 
 // Codes of the engine: the plug-in.
 inline constexpr int kPluginNotLoaded = 269201;  // file, reason

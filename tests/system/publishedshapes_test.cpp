@@ -157,6 +157,14 @@ TEST(PublishedShapes, ContrastsInAGeneralLinearModel)
                   {0.5, std::sqrt(0.25 + 2 * 0.125 + 1), std::sqrt(0.25 - 2 * 0.125 + 1)});
 }
 
+// The derived covariates are none of the table's columns.
+TEST(PublishedShapes, InspectTellsTheColumnsOfTheTable)
+{
+    const Finished run =
+        RunVelscore({"inspect", DataFile("published/contrasts-general-linear.pmml")});
+    EXPECT_NE(run.out.find("reads         rain, soil\n"), std::string::npos) << run.out;
+}
+
 TEST(PublishedShapes, CoxRegression)
 {
     const CsvText scores = Scores(
