@@ -29,15 +29,6 @@ std::string Joined(const std::vector<std::string>& names)
     return text;
 }
 
-std::vector<std::string> EachOnce(const std::vector<std::string>& names)
-{
-    std::vector<std::string> once;
-    for (const std::string& name : names) {
-        if (std::find(once.begin(), once.end(), name) == once.end()) once.push_back(name);
-    }
-    return once;
-}
-
 // A line "label         text", left out when there is nothing to say.
 void AddLine(std::string& out, std::string_view label, const std::string& text)
 {
@@ -189,7 +180,7 @@ std::string ModelText(const LoadedModel& model)
     AddLine(out, "end time", about.endTimeVariable);
     AddLine(out, "events", Joined(about.eventValues));
     AddLine(out, "strata", about.stratumVariable);
-    AddLine(out, "reads", Joined(EachOnce(about.variables)));
+    AddLine(out, "reads", Joined(model.Columns()));
     AddLine(out, "distribution", about.distribution);
     if (!about.link.empty()) {
         AddLine(out, "link",
@@ -233,7 +224,7 @@ Json ModelJson(const LoadedModel& model)
               {"endTime", about.endTimeVariable},
               {"eventValues", about.eventValues},
               {"strata", about.stratumVariable},
-              {"reads", EachOnce(about.variables)},
+              {"reads", model.Columns()},
               {"distribution", about.distribution},
               {"link", about.link}};
     json["linkParameter"] = about.hasLinkParameter ? Json(about.linkParameter) : Json();

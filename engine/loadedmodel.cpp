@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ostream>
+#include <unordered_set>
 
 #include "engine/documents/documentadapter.h"
 #include "engine/documents/documentloader.h"
@@ -11,8 +12,10 @@
 #include "engine/documents/verificationsection.h"
 #include "engine/outputshaper.h"
 #include "host/messages.h"
+#include "host/scoredictionary.h"
 #include "host/scoremodel.h"
 #include "host/scoreresult.h"
+#include "host/transformvar.h"
 #include "host/versioninfo.h"
 #include "host/vsexception.h"
 
@@ -49,14 +52,14 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
     Document document = LoadDocument(path);
     file_ = document.File();
     bool rotatedTarget = false;
-    if (!options.asIs) {
-        for (const Adaptation& adaptation : AdaptDocument(document)) {
-            adaptations_.push_back(adaptation.ToString());
-            rotatedTarget |= adaptation.rotatedTarget;
-        }
-    }
-    treatments_ = ReadMiningTreatments(document);
     try {
+        if (!options.asIs) {
+            for (const Adaptation& adaptation : AdaptDocument(document)) {
+                adaptations_.push_back(adaptation.ToString());
+                rotatedTarget |= adaptation.rotatedTarget;
+            }
+        }
+        treatments_ = ReadMiningTreatments(document);
         model_ = ReadModel(*plugin_, document);
         if (options.output != OutputColumns::Own) output_ = ReadOutputSection(document, *model_);
         if (options.verification) verification_ = ReadVerification(document);
@@ -97,6 +100,26 @@ void LoadedModel::WantPredictionOnly()
 {
     const int type = OutputShaper::ResultTypeOf(model_->GetModelType(), description_);
     if (type == ScoreResult::LR_RESULT) model_->SetPredictionOnly(true);
+}
+
+std::vector<std::string> LoadedModel::Columns() const
+{
+    const ScoreDictionary* dictionary = model_->GetDictionary();
+    const ScoreDictionary* transformations = model_->GetTransformationDictionary();
+    std::vector<std::string> columns;
+    std::unordered_set<std::string> seen;
+    const auto add = [&](const auto& self, const ScoreDictVar& var) -> void {
+        if (!seen.insert(var.GetName()).second) return;
+        if (!var.IsDerived()) return columns.push_back(var.GetName());
+        // Reading bounds the chain of derived fields, and with it this recursion.
+        for (const auto* input : static_cast<const TransformVar&>(var).Inputs()) self(self, *input);
+    };
+    for (const std::string& name : description_.variables) {
+        const ScoreDictVar* var = dictionary == nullptr ? nullptr : dictionary->GetVar(name);
+        if (var == nullptr && transformations != nullptr) var = transformations->GetVar(name);
+        if (var != nullptr) add(add, *var);
+    }
+    return columns;
 }
 
 std::string LoadedModel::Version() const

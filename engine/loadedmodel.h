@@ -91,6 +91,9 @@ public:
     /// among others than those with standard errors it can.
     void WantPredictionOnly();
     const ModelDescription& Description() const { return description_; }
+    /// The columns that a table needs, each once: the description's variables, and in the place of
+    /// a derived one the fields that it is computed from.
+    std::vector<std::string> Columns() const;
     const std::vector<MiningFieldTreatment>& Treatments() const { return treatments_; }
     /// The document's Output section; null unless it was asked for.
     const OutputSection* Output() const { return output_.get(); }

@@ -247,6 +247,15 @@ constexpr Message kCatalogue[] = {
     {kTooManyRecords, "ss", "{0} has more than {1} cases that a document could carry as records",
      "Give fewer cases."},
 
+    {kSeveralSlopes, "s",
+     "parameter {0} has different betas for different categories: an ordinal model has one, and "
+     "only its thresholds differ",
+     "Export the model as multinomialLogistic, or give the parameter one beta."},
+    {kContrastsTooLarge, "sd", "the contrast matrix of {0} has more than {1} numbers",
+     "Export the model with indicator variables."},
+    {kOtherModel, "s", "the document holds a {0}; velscore reads a GeneralRegressionModel alone",
+     "Export the model as a GeneralRegressionModel, where its program can."},
+
     {kPluginNotLoaded, "ss", "the plug-in {0} can't be loaded: {1}",
      "Install velscore whole, or name the plug-in with --plugin."},
     {kPluginNoEntry, "ss", "{0} is no plug-in: it has no {1}", "Name another with --plugin."},

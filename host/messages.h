@@ -109,6 +109,11 @@ inline constexpr int kNoVerification = 269193;     // file
 inline constexpr int kVerificationField = 269194;  // field, file
 inline constexpr int kTooManyRecords = 269195;     // file, limit
 
+// Codes of the engine: what no adaptation can put right.
+inline constexpr int kSeveralSlopes = 269196;      // parameter
+inline constexpr int kContrastsTooLarge = 269197;  // factor, limit
+inline constexpr int kOtherModel = 269198;         // element
+
 // Codes of the engine: the plug-in.
 inline constexpr int kPluginNotLoaded = 269201;  // file, reason
 inline constexpr int kPluginNoEntry = 269202;    // file, entry

@@ -55,12 +55,37 @@ std::optional<Change> DeclareBetaCategoryLast(xercesc::DOMElement* root);
 /// no score depends on them.
 std::optional<Change> DropCovariancesWithoutCategories(xercesc::DOMElement* root);
 
+/// A binomial generalizedLinear model whose target has two categories is a classification, also
+/// where functionName says regression or nothing.
+std::optional<Change> ClassifyCategoricalTarget(xercesc::DOMElement* root);
+/// Betas of a model of two categories whose cells name neither are those of the category that
+/// isn't the model's targetReferenceCategory.
+std::optional<Change> NameCategoryOfBetas(xercesc::DOMElement* root);
+
+// Ordinal models (adapterrules_ordinal.cpp).
+
+/// The thresholds of an ordinal model, the cells of the one parameter without predictors, go before
+/// the betas in the order of the target's categories, and their parameter before the others: the
+/// reader knows them by their place. A beta that is given for several categories counts once.
+/// Refuses with kSeveralSlopes one that differs between them.
+std::optional<Change> PutThresholdsFirst(xercesc::DOMElement* root);
+
+// Contrasts (adapterrules_contrasts.cpp).
+
+/// In a family that knows no contrast matrices a factor with one becomes covariates, derived from
+/// it by a table, one for each column: the family would read its cells as plain categories. A
+/// matrix whose columns mark their own categories says the same, and stays.
+std::optional<Change> SpreadContrasts(xercesc::DOMElement* root);
+
 // Fields (adapterrules_fields.cpp).
 
 /// A mining field that is given again with the same attributes counts once.
 std::optional<Change> DropRepeatedMiningFields(xercesc::DOMElement* root);
 /// A covariate whose data field is categorical but holds numbers becomes continuous.
 std::optional<Change> MakeNumericCovariatesContinuous(xercesc::DOMElement* root);
+/// A field with invalidValueTreatment "asIs" loses its intervals, and a factor of texts accepts
+/// values that it doesn't list: the document wants such values scored, not refused.
+std::optional<Change> AcceptValuesAsIs(xercesc::DOMElement* root);
 /// A factor of texts that lists no values and has no contrasts gets those of its cells, and any
 /// other value is accepted: the exporter left out its reference category at least.
 std::optional<Change> ListCategoriesOfCells(xercesc::DOMElement* root);

@@ -9,7 +9,6 @@
 #include "engine/documents/treefields.h"
 #include "engine/documents/treetext.h"
 #include "host/documentplace.h"
-#include "host/numbertext.h"
 #include "host/pmmlmodeltags.h"
 
 namespace MCVelscore_850 {
@@ -28,6 +27,10 @@ const std::vector<std::reference_wrapper<const std::string>> kLinearSelectors{
 const std::vector<std::reference_wrapper<const std::string>> kMultinomialSelectors{
     Tags::XML_VAL_MT_XCONLOG, Tags::XML_VAL_MT_COND, Tags::XML_VAL_MN_GZLM, Tags::XML_VAL_MN_GEE,
     Tags::XML_VAL_MN_GLMM};
+
+// Those of a generalized linear model.
+const std::vector<std::reference_wrapper<const std::string>> kGeneralizedSelectors{
+    Tags::XML_VAL_MN_GZLM, Tags::XML_VAL_MN_GEE, Tags::XML_VAL_MN_GLMM};
 
 constexpr double kSelectorVersion = 3.1;  // below it the multinomial model has no selector
 
@@ -59,14 +62,14 @@ bool HasContrasts(const xercesc::DOMElement* predictor)
            AttributeText(child, Tags::XML_ATT_EXT_NAME) == Tags::XML_EXT_NAME_COXREG_CONTRASTMATRIX;
 }
 
-// The same category: by its text, or by its number in a field of numbers.
-bool SameCategory(const xercesc::DOMElement* field, const std::string& a, const std::string& b)
+// The binary model wants contrasts of every factor. Where some have them alone, all in the
+// published form, the document is left to the rule that makes covariates of them.
+bool AreOfSome(const std::vector<xercesc::DOMElement*>& factors)
 {
-    if (!IsNumericType(AttributeText(field, "dataType"))) return a == b;
-    double x = 0.0;
-    double y = 0.0;
-    return ReadNumber(a, x) == NumberText::Number && ReadNumber(b, y) == NumberText::Number &&
-           x == y;
+    return !std::all_of(factors.begin(), factors.end(), HasContrasts) &&
+           std::none_of(factors.begin(), factors.end(), [](const auto* factor) {
+               return HasContrasts(factor) && ChildElement(factor, Tags::XML_ELE_MATRIX) == nullptr;
+           });
 }
 
 }  // namespace
@@ -103,12 +106,72 @@ std::optional<Change> TakeLinkFromCumulativeLink(xercesc::DOMElement* root)
     return Change{PlaceOf(model), "cumulativeLink \"" + link + "\" is read as linkFunction"};
 }
 
+std::optional<Change> ClassifyCategoricalTarget(xercesc::DOMElement* root)
+{
+    xercesc::DOMElement* model = ModelElement(root);
+    if (model == nullptr ||
+        AttributeText(model, Tags::XML_ATT_RM_MODEL_TYPE) != Tags::XML_VAL_MT_GDLIN ||
+        !IsAmong(kGeneralizedSelectors, SelectorOf(model)) ||
+        AttributeText(model, Tags::XML_VAL_RM_EXT_NAME_DISTRIBUTION) !=
+            Tags::XML_VAL_RM_EXT_VALUE_DIST_BINOMIAL) {
+        return std::nullopt;
+    }
+    const std::string function = AttributeText(model, Tags::XML_ATT_RM_FUNC_NAME);
+    const xercesc::DOMElement* target = TargetDataField(root);
+    if (function == Tags::XML_VAL_RM_FUNC_NAME_C || ValidValues(target).size() != 2 ||
+        AttributeText(target, Tags::XML_ATT_DATAFIELD_OPTYPE) == Tags::XML_VAL_OT_CONTINUOUS) {
+        return std::nullopt;
+    }
+    SetAttributeText(model, Tags::XML_ATT_RM_FUNC_NAME, Tags::XML_VAL_RM_FUNC_NAME_C);
+    return Change{PlaceOf(model), "functionName \"" + function +
+                                      "\" of a binomial model with a target of two categories is "
+                                      "read as \"" +
+                                      Tags::XML_VAL_RM_FUNC_NAME_C + "\""};
+}
+
+std::optional<Change> NameCategoryOfBetas(xercesc::DOMElement* root)
+{
+    const xercesc::DOMElement* model = ModelElement(root);
+    if (model == nullptr) return std::nullopt;
+    const std::string type = AttributeText(model, Tags::XML_ATT_RM_MODEL_TYPE);
+    const bool classifies =
+        AttributeText(model, Tags::XML_ATT_RM_FUNC_NAME) == Tags::XML_VAL_RM_FUNC_NAME_C;
+    if (type != Tags::XML_VAL_MT_MLR && (type != Tags::XML_VAL_MT_GDLIN || !classifies)) {
+        return std::nullopt;
+    }
+    const xercesc::DOMElement* target = TargetDataField(root);
+    const auto values = ValidValues(target);
+    const auto cells =
+        ChildElements(ChildElement(model, Tags::XML_ELE_PARAM_MATRIX), Tags::XML_ELE_PCELL);
+    const auto namesNone = [](const xercesc::DOMElement* cell) {
+        return AttributeText(cell, Tags::XML_ATT_PC_TARGET_CAT).empty();
+    };
+    if (values.size() != 2 || cells.empty() ||
+        !std::all_of(cells.begin(), cells.end(), namesNone)) {
+        return std::nullopt;
+    }
+    const std::string reference = AttributeText(model, Tags::XML_ATT_TARGETREFCATEGORY);
+    for (size_t i = 0; i < 2; ++i) {
+        if (CategoryKey(target, AttributeText(values[i], Tags::XML_ATT_VALUE)) !=
+            CategoryKey(target, reference)) {
+            continue;
+        }
+        const std::string other = AttributeText(values[1 - i], Tags::XML_ATT_VALUE);
+        for (auto* cell : cells) SetAttributeText(cell, Tags::XML_ATT_PC_TARGET_CAT, other);
+        return Change{PlaceOf(cells.front()),
+                      "the cells name no category: the betas are those of "
+                      "\"" +
+                          other + "\", the reference being \"" + reference + "\""};
+    }
+    return std::nullopt;
+}
+
 std::optional<Change> SelectContrastLogistic(xercesc::DOMElement* root)
 {
     xercesc::DOMElement* model = MultinomialModel(root);
     if (model == nullptr || IsAmong(kMultinomialSelectors, SelectorOf(model))) return std::nullopt;
     const auto factors = Predictors(root, Tags::XML_ELE_FAC_LIST);
-    if (std::none_of(factors.begin(), factors.end(), HasContrasts) ||
+    if (std::none_of(factors.begin(), factors.end(), HasContrasts) || AreOfSome(factors) ||
         ValidValues(TargetDataField(root)).size() != 2) {
         return std::nullopt;
     }
@@ -129,7 +192,8 @@ std::optional<Change> DeclareBetaCategoryLast(xercesc::DOMElement* root)
     const auto values = ValidValues(field);
     if (cells.empty() || values.size() != 2) return std::nullopt;
     const std::string category = AttributeText(cells.front(), Tags::XML_ATT_PC_TARGET_CAT);
-    if (!SameCategory(field, AttributeText(values.front(), Tags::XML_ATT_VALUE), category)) {
+    if (CategoryKey(field, AttributeText(values.front(), Tags::XML_ATT_VALUE)) !=
+        CategoryKey(field, category)) {
         return std::nullopt;
     }
     const DocumentPlace place = PlaceOf(field);

@@ -87,6 +87,15 @@ xercesc::DOMElement* AppendElement(xercesc::DOMElement* parent, const std::strin
     return element;
 }
 
+// The dictionary's own extension by which a field takes values that it doesn't list.
+void AcceptUnlisted(xercesc::DOMElement* field)
+{
+    auto* extension = AppendElement(field, Tags::XML_ELE_EXTENSION);
+    SetAttributeText(extension, Tags::XML_ATT_EXTENSION_EXTENDER, Tags::XML_VAL_EXTENSION_EXTENDER);
+    SetAttributeText(extension, Tags::XML_ATT_EXT_NAME, "unlistedCategories");
+    SetAttributeText(extension, Tags::XML_ATT_EXT_VALUE, "accept");
+}
+
 // The same attributes with the same texts, and nothing within that could differ.
 bool AreAlike(const xercesc::DOMElement* one, const xercesc::DOMElement* other)
 {
@@ -198,6 +207,39 @@ std::optional<Change> DropReplacementsThatAreNoNumbers(xercesc::DOMElement* root
                              " is no number and is dropped"};
 }
 
+std::optional<Change> AcceptValuesAsIs(xercesc::DOMElement* root)
+{
+    const std::set<std::string> factors = FactorsWithoutContrasts(root);
+    std::set<std::string> asIs;
+    for (const auto* field : MiningFields(root)) {
+        const std::string usage = AttributeText(field, Tags::XML_ATT_MININGFIELD_USAGETYPE);
+        if (AttributeText(field, "invalidValueTreatment") != "asIs") continue;
+        if (!usage.empty() && usage != Tags::XML_ATT_MF_FUT_ACTIVE) continue;
+        asIs.insert(AttributeText(field, Tags::XML_ATT_MININGFIELD_NAME));
+    }
+    std::vector<std::string> names;
+    DocumentPlace place;
+    for (auto* field : DataFields(root)) {
+        const std::string name = AttributeText(field, Tags::XML_ATT_NAME);
+        if (!asIs.contains(name)) continue;
+        const auto intervals = ChildElements(field, "Interval");
+        const bool isFactorOfTexts = factors.contains(name) &&
+                                     AttributeText(field, kDataType) == "string" &&
+                                     ChildElement(field, Tags::XML_ELE_VALUE) != nullptr &&
+                                     ChildElement(field, Tags::XML_ELE_EXTENSION) == nullptr;
+        if (intervals.empty() && !isFactorOfTexts) continue;
+        for (auto* interval : intervals) field->removeChild(interval)->release();
+        if (isFactorOfTexts) AcceptUnlisted(field);
+        if (names.empty()) place = PlaceOf(field);
+        names.push_back(name);
+    }
+    if (names.empty()) return std::nullopt;
+    return Change{place,
+                  "invalidValueTreatment \"asIs\": " + Listed(names) +
+                      " takes values out of its intervals or categories, of which the latter "
+                      "count as the reference"};
+}
+
 std::optional<Change> ListCategoriesOfCells(xercesc::DOMElement* root)
 {
     const std::set<std::string> factors = FactorsWithoutContrasts(root);
@@ -209,11 +251,7 @@ std::optional<Change> ListCategoriesOfCells(xercesc::DOMElement* root)
         const std::string name = AttributeText(field, Tags::XML_ATT_NAME);
         const auto found = categories.find(name);
         if (!factors.contains(name) || found == categories.end() || !IsOpenText(field)) continue;
-        auto* extension = AppendElement(field, Tags::XML_ELE_EXTENSION);
-        SetAttributeText(extension, Tags::XML_ATT_EXTENSION_EXTENDER,
-                         Tags::XML_VAL_EXTENSION_EXTENDER);
-        SetAttributeText(extension, Tags::XML_ATT_EXT_NAME, "unlistedCategories");
-        SetAttributeText(extension, Tags::XML_ATT_EXT_VALUE, "accept");
+        AcceptUnlisted(field);
         for (const std::string& category : found->second) {
             SetAttributeText(AppendElement(field, Tags::XML_ELE_VALUE), Tags::XML_ATT_VALUE,
                              category);

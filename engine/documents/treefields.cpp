@@ -1,8 +1,12 @@
 #include "engine/documents/treefields.h"
 
+#include <bit>
+#include <cstdint>
+
 #include <xercesc/dom/DOM.hpp>
 
 #include "engine/documents/treetext.h"
+#include "host/numbertext.h"
 #include "host/pmmlmodeltags.h"
 
 namespace MCVelscore_850 {
@@ -53,6 +57,17 @@ std::vector<DOMElement*> ValidValues(const DOMElement* field)
         if (property.empty() || property == "valid") valid.push_back(value);
     }
     return valid;
+}
+
+std::string CategoryKey(const DOMElement* field, const std::string& text)
+{
+    double number = 0.0;
+    if (!IsNumericType(AttributeText(field, "dataType")) ||
+        ReadNumber(text, number) != NumberText::Number) {
+        return text;
+    }
+    // its bits, since no shorter text tells all numbers apart; adding 0 makes -0 the plain one
+    return std::to_string(std::bit_cast<uint64_t>(number + 0.0));
 }
 
 bool IsNumericType(const std::string& dataType)
