@@ -215,24 +215,33 @@ void OutputShaper::WriteKept(CsvWriter& writer, std::span<const std::string_view
     for (const size_t position : kept_) writer.AddText(fields[position]);
 }
 
-// Results keep the order of their entries from case to case, so where a category stands is looked
-// up again only when the entry there isn't it.
+// Results keep the order of their entries from case to case, so where the categories stand is
+// looked up again only when the entry at a place isn't the category.
 void OutputShaper::WritePercents(CsvWriter& writer, const ScoreClsResult& result)
 {
     const ScoreClsResult::ValuePercents& percents = result.GetAllValuePercent();
-    percentOfCategory_.resize(categories_.size(), kNoPercent);
-    for (size_t i = 0; i < categories_.size(); ++i) {
-        const auto isCategory = [&](const auto& entry) {
-            return entry.first->GetValueType() == ScoreValue::STRING
-                       ? static_cast<const StringValue*>(entry.first)->Text() == categories_[i]
-                       : entry.first->GetString() == categories_[i];
-        };
-        size_t& place = percentOfCategory_[i];
-        if (place >= percents.size() || !isCategory(percents[place])) {
-            const auto found = std::find_if(percents.begin(), percents.end(), isCategory);
-            place = found == percents.end() ? kNoPercent
-                                            : static_cast<size_t>(found - percents.begin());
+    const auto isCategory = [](const ScoreValue& value, const std::string& category) {
+        return value.Kind() == ScoreValue::STRING
+                   ? static_cast<const StringValue&>(value).Text() == category
+                   : value.GetString() == category;
+    };
+    bool inPlace = percentOfCategory_.size() == categories_.size();
+    for (size_t i = 0; inPlace && i < categories_.size(); ++i) {
+        const size_t place = percentOfCategory_[i];
+        inPlace = place < percents.size() && isCategory(*percents[place].first, categories_[i]);
+    }
+    if (!inPlace) {
+        std::unordered_map<std::string, size_t> places;
+        for (size_t i = 0; i < percents.size(); ++i) {
+            places.emplace(percents[i].first->GetString(), i);
         }
+        percentOfCategory_.assign(categories_.size(), kNoPercent);
+        for (size_t i = 0; i < categories_.size(); ++i) {
+            const auto found = places.find(categories_[i]);
+            if (found != places.end()) percentOfCategory_[i] = found->second;
+        }
+    }
+    for (const size_t place : percentOfCategory_) {
         if (place == kNoPercent) {
             writer.AddEmpty();
         } else {

@@ -273,7 +273,8 @@ void CaseWalk::WritePercent(const std::string& name, double percent)
     if (appendsPercents_) {
         percents_->AddValuePercent(model_.targetVar->MakeValue(name), percent);
     } else {
-        percents_->SetPercent(name, percent);
+        // The categories come in the order in which they were appended.
+        percents_->SetPercentAt(nextPercent_++, name, percent);
     }
 }
 

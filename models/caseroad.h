@@ -206,6 +206,7 @@ private:
     ScoreResult* result_ = nullptr;
     MLRResult* percents_ = nullptr;  // the same, of a family that predicts a category
     bool appendsPercents_ = false;
+    size_t nextPercent_ = 0;  // where the next category likely stands
     MCScore::MCStatus status_;
 };
 

@@ -54,24 +54,46 @@ double MLRResult::GetPercent(const ScoreValue* value) const
     return -1.0;
 }
 
+namespace {
+
+// Whether a value's text is the key. Runs for every category of every case, so texts are compared
+// where they lie, and a number is spelt out only where it is the key's.
+class Key {
+public:
+    explicit Key(const std::string& text) : text_(text), number_(NumericValue(text).GetDouble()) {}
+    bool IsTextOf(const ScoreValue& value) const
+    {
+        if (value.Kind() == ScoreValue::STRING) {
+            return static_cast<const StringValue&>(value).Text() == text_;
+        }
+        return value.GetDouble() == number_ && IsTextOfNumber(text_, number_);
+    }
+
+private:
+    const std::string& text_;
+    double number_;
+};
+
+}  // namespace
+
 bool MLRResult::SetPercent(const std::string& key, double percent)
 {
-    // Runs for every category of every case, so texts are compared where they lie, and a number is
-    // spelt out only where it is the key's.
-    const double number = NumericValue(key).GetDouble();
-    const auto reads = [&](const ScoreValue& value) {
-        if (value.Kind() == ScoreValue::STRING) {
-            return static_cast<const StringValue&>(value).Text() == key;
-        }
-        return value.GetDouble() == number && IsTextOfNumber(key, number);
-    };
+    const Key wanted(key);
     for (auto& entry : valuePercents_) {
-        if (reads(*entry.first)) {
-            entry.second = percent;
-            return true;
-        }
+        if (!wanted.IsTextOf(*entry.first)) continue;
+        entry.second = percent;
+        return true;
     }
     return false;
+}
+
+bool MLRResult::SetPercentAt(size_t place, const std::string& key, double percent)
+{
+    if (place >= valuePercents_.size() || !Key(key).IsTextOf(*valuePercents_[place].first)) {
+        return SetPercent(key, percent);
+    }
+    valuePercents_[place].second = percent;
+    return true;
 }
 
 }  // namespace MCVelscore_850

@@ -34,6 +34,9 @@ public:
 
     /// Overwrites the percent of the first entry whose value reads `key`; false without one.
     bool SetPercent(const std::string& key, double percent);
+    /// The same where the entries read differently all, and the wanted one likely stands at
+    /// `place`: time doesn't grow with the entries before it.
+    bool SetPercentAt(size_t place, const std::string& key, double percent);
 
 private:
     const ScoreDictVar* target_;

@@ -136,6 +136,22 @@ TEST(CLRResult, KeepsNoStandardError)
     EXPECT_EQ(result.GetConfidence(), 1.0);
 }
 
+TEST(MLRResult, APercentIsSetWhereverTheCallerLooksFirst)
+{
+    const auto target = Categorical("y", {"a", "b"});
+    for (const size_t place : {size_t{0}, size_t{1}, size_t{2}}) {
+        MLRResult result(target.get());
+        result.AddValuePercent(new StringValue("a"), 0.25);
+        result.AddValuePercent(new StringValue("b"), 0.75);
+        EXPECT_TRUE(result.SetPercentAt(place, "b", 0.5));
+        EXPECT_FALSE(result.SetPercentAt(place, "c", 0.1));
+        const StringValue a("a");
+        const StringValue b("b");
+        EXPECT_EQ(result.GetPercent(&a), 0.25) << place;
+        EXPECT_EQ(result.GetPercent(&b), 0.5) << place;
+    }
+}
+
 TEST(MLRResult, ConfidenceIsThePercentOfThePrediction)
 {
     const auto target = Categorical("y", {"a", "b"});
