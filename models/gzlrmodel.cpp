@@ -305,7 +305,11 @@ std::string GZLRModel::DescribeMean(const GZLRLink& link) const
         text.insert(0, DescribeTrials() + " * ");
     }
     text += ", eta = linear predictor";
-    if (offset.kind != Offset::NONE) text += " + " + offset.Describe();
+    if (offset.kind == Offset::VALUE && offset.value < 0.0) {
+        text += " - " + NumericValue(-offset.value).GetString();
+    } else if (offset.kind != Offset::NONE) {
+        text += " + " + offset.Describe();
+    }
     if (link.takesParameter && !atZero) text += ", k = " + NumericValue(linkParameter).GetString();
     return text;
 }

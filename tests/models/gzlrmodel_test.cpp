@@ -777,6 +777,24 @@ TEST(GZLRModel, DisplayTellsLinkDistributionAndOffset)
               "Offset variable: o\nEnd display of GZLRModel\n");
 }
 
+TEST(GZLRModel, DescribesAConstantOffsetWithItsSign)
+{
+    const std::pair<double, const char*> offsets[] = {{-1.5, "eta, eta = linear predictor - 1.5"},
+                                                      {1.5, "eta, eta = linear predictor + 1.5"}};
+    for (const auto& [offset, mean] : offsets) {
+        Built<GZLRModel> built;
+        built.Covariate("x");
+        built.Parameters({"b"});
+        built.model.SetLinkFunction(GZLRModel::LINK_IDENTITY);
+        built.model.SetOffsetValue(offset);
+        ASSERT_TRUE(built.SetUp());
+        built.model.FinishSetup();
+        ModelDescription about;
+        built.model.Describe(about);
+        EXPECT_EQ(about.mean, mean);
+    }
+}
+
 TEST(GZLRModel, DescribesMeanLinkAndWhatACaseIsReadFor)
 {
     WithVariables w;
