@@ -20,6 +20,7 @@
 #include "host/documentplace.h"
 #include "host/messages.h"
 #include "host/veltranscoder.h"
+#include "tests/scratchfolder.h"
 
 namespace MCVelscore_850 {
 namespace {
@@ -49,28 +50,6 @@ int LoadCode(const std::string& bytes, std::string* text = nullptr)
     return CodeOf([&] { LoadDocumentText(bytes, "m.pmml"); }, text);
 }
 
-// A folder of a test's own, gone with it.
-class Folder {
-public:
-    Folder()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "velscore-XXXXXX").string();
-        if (::mkdtemp(name.data()) != nullptr) path_ = name;
-    }
-    ~Folder() { std::filesystem::remove_all(path_); }
-
-    std::string Path() const { return path_; }
-    std::string Write(const std::string& name, const std::string& bytes) const
-    {
-        const std::string file = path_ + "/" + name;
-        std::ofstream(file, std::ios::binary) << bytes;
-        return file;
-    }
-
-private:
-    std::string path_;
-};
-
 const xercesc::DOMElement* RootOf(const Document& document)
 {
     return document.GetTree().dom->getDocumentElement();
@@ -80,7 +59,7 @@ std::string Tag(const xercesc::DOMElement* element) { return Utf8FromXml(element
 
 TEST(DocumentLoader, ReadsAFile)
 {
-    const Folder folder;
+    const ScratchFolder folder;
     const std::string file = folder.Write("m.pmml", kDocument);
     const Document document = LoadDocument(file);
     EXPECT_EQ(document.File(), file);
@@ -94,7 +73,7 @@ TEST(DocumentLoader, ReadsAFile)
 
 TEST(DocumentLoader, ReadsStandardInput)
 {
-    const Folder folder;
+    const ScratchFolder folder;
     const std::string file = folder.Write("m.pmml", kDocument);
     const int saved = ::dup(STDIN_FILENO);
     const int input = ::open(file.c_str(), O_RDONLY);
@@ -165,7 +144,7 @@ TEST(DocumentLoader, RefusesAFileThatIsNotThere)
 
 TEST(DocumentLoader, RefusesADirectory)
 {
-    const Folder folder;
+    const ScratchFolder folder;
     std::string text;
     EXPECT_EQ(CodeOf([&] { LoadDocument(folder.Path()); }, &text), kCannotRead);
     EXPECT_NE(text.find(std::strerror(EISDIR)), std::string::npos);
@@ -176,7 +155,7 @@ TEST(DocumentLoader, RefusesAFileThatMayNotBeRead)
     // Opens for anybody, root too; its first page can be read by nobody.
     EXPECT_EQ(CodeOf([] { LoadDocument("/proc/self/mem"); }), kCannotRead);
 
-    const Folder folder;
+    const ScratchFolder folder;
     const std::string file = folder.Write("m.pmml", kDocument);
     std::filesystem::permissions(file, std::filesystem::perms::none);
     const bool mayReadEverything = ::access(file.c_str(), R_OK) == 0;
@@ -185,7 +164,7 @@ TEST(DocumentLoader, RefusesAFileThatMayNotBeRead)
 
 TEST(DocumentLoader, RefusesAnEmptyFile)
 {
-    const Folder folder;
+    const ScratchFolder folder;
     const std::string file = folder.Write("m.pmml", "");
     EXPECT_EQ(CodeOf([&] { LoadDocument(file); }), kEmptyDocument);
     EXPECT_EQ(LoadCode(""), kEmptyDocument);
@@ -193,7 +172,7 @@ TEST(DocumentLoader, RefusesAnEmptyFile)
 
 TEST(DocumentLoader, RefusesAFileOverTheLimitUnread)
 {
-    const Folder folder;
+    const ScratchFolder folder;
     // 300 MB that take no room on the disk; their zero bytes are no document either
     const std::string file = folder.Write("m.pmml", "");
     std::filesystem::resize_file(file, 300'000'000);
@@ -250,7 +229,7 @@ TEST(DocumentLoader, RefusesARootThatIsNoModelDocument)
 
 TEST(DocumentLoader, NeverReadsAFileThroughAnEntity)
 {
-    const Folder folder;
+    const ScratchFolder folder;
     const std::string secret = folder.Write("secret.txt", "secret");
     EXPECT_EQ(LoadCode("<!DOCTYPE PMML [<!ENTITY s SYSTEM \"" + secret +
                        "\">]>"
@@ -260,7 +239,7 @@ TEST(DocumentLoader, NeverReadsAFileThroughAnEntity)
 
 TEST(DocumentTree, KnowsNoEntityEvenWithoutTheGuard)
 {
-    const Folder folder;
+    const ScratchFolder folder;
     const std::string secret = folder.Write("secret.txt", "secret");
     const XercesSession session;
     for (const std::string& declaration :
@@ -309,7 +288,7 @@ std::string Times(size_t count, const std::string& text)
 TEST(DocumentLoaderAttack, EachIsRefusedWithin64Mebibytes)
 {
     constexpr rlim_t kBound = rlim_t{64} << 20;
-    const Folder folder;
+    const ScratchFolder folder;
     std::string attributes = "<PMML";
     for (int i = 0; i < 400'000; ++i) attributes += " a" + std::to_string(i) + "=''";
     const std::pair<std::string, int> attacks[] = {

@@ -10,6 +10,7 @@
 
 #include "engine/failure.h"
 #include "host/messages.h"
+#include "tests/scratchfolder.h"
 
 namespace MCVelscore_850 {
 namespace {
@@ -18,15 +19,7 @@ namespace fs = std::filesystem;
 
 class WholeFile : public testing::Test {
 protected:
-    WholeFile()
-    {
-        std::string folder = (fs::temp_directory_path() / "velscore_whole_XXXXXX").string();
-        if (::mkdtemp(folder.data()) == nullptr) ADD_FAILURE() << "no folder";
-        folder_ = folder;
-    }
-    ~WholeFile() override { fs::remove_all(folder_); }
-
-    std::string Path(const std::string& name) const { return (folder_ / name).string(); }
+    std::string Path(const std::string& name) const { return folder_.Path(name); }
     static std::string Content(const std::string& path)
     {
         std::stringstream text;
@@ -36,7 +29,7 @@ protected:
     size_t Files() const
     {
         return static_cast<size_t>(
-            std::distance(fs::directory_iterator(folder_), fs::directory_iterator()));
+            std::distance(fs::directory_iterator(folder_.Path()), fs::directory_iterator()));
     }
     static int CodeOfWriting(const std::string& path, const std::string& text = "new")
     {
@@ -50,7 +43,7 @@ protected:
         return 0;
     }
 
-    fs::path folder_;
+    ScratchFolder folder_;
 };
 
 TEST_F(WholeFile, IsMadeOrReplaced)
@@ -85,7 +78,7 @@ TEST_F(WholeFile, GoesWhereALinkLeads)
 
 TEST_F(WholeFile, FoldersAreRefused)
 {
-    EXPECT_EQ(CodeOfWriting(folder_.string()), kOutputNotWritten);
+    EXPECT_EQ(CodeOfWriting(folder_.Path()), kOutputNotWritten);
     EXPECT_EQ(CodeOfWriting(Path("none/a")), kOutputNotWritten);
     EXPECT_EQ(Files(), 0u);
 }

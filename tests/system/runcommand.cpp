@@ -4,7 +4,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -218,25 +217,6 @@ Finished RunVelscore(std::vector<std::string> arguments, const std::string& inpu
                      const std::vector<std::string>& environment)
 {
     return RunProgram(WithCommand(std::move(arguments)), input, environment);
-}
-
-ScratchFolder::ScratchFolder()
-{
-    std::string folder = (std::filesystem::temp_directory_path() / "velscore_XXXXXX").string();
-    if (::mkdtemp(folder.data()) == nullptr) throw std::runtime_error("no scratch folder");
-    folder_ = folder;
-}
-
-ScratchFolder::~ScratchFolder()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
-}
-
-std::string ScratchFolder::Write(const std::string& name, const std::string& text) const
-{
-    std::ofstream(Path(name), std::ios::binary) << text;
-    return Path(name);
 }
 
 std::string ReadFile(const std::string& path)

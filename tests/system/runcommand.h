@@ -7,6 +7,8 @@
 
 #include <sys/types.h>
 
+#include "tests/scratchfolder.h"
+
 namespace MCVelscore_850 {
 
 /// How a child process ended and what it wrote.
@@ -59,22 +61,6 @@ private:
     int out_ = -1;
     int err_ = -1;
     Finished finished_;
-};
-
-/// A folder of its own for a test's files, removed with all that it holds.
-class ScratchFolder {
-public:
-    ScratchFolder();
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    ~ScratchFolder();
-
-    /// Writes a file and answers its path.
-    std::string Write(const std::string& name, const std::string& text) const;
-    std::string Path(const std::string& name) const { return folder_ + "/" + name; }
-
-private:
-    std::string folder_;
 };
 
 std::string ReadFile(const std::string& path);
