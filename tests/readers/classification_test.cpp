@@ -23,14 +23,9 @@ using Matrix = RegressionModel::Matrix;
 constexpr double kRounding = 1e-15;
 double Logistic(double lp) { return 1.0 / (1.0 + std::exp(-lp)); }
 
-// Target y (a, b, c), covariate x, parameters p0 and p1.
-LogisticDocument ThreeCategories()
+// The covariates x and w, two parameters, no factor.
+void UseTwoCovariates(LogisticDocument& document)
 {
-    LogisticDocument document;
-    document.selector = "";
-    document.target =
-        "<DataField name='y' optype='ordinal' dataType='string'>"
-        "<Value value='a'/><Value value='b'/><Value value='c'/></DataField>";
     document.fields =
         "<DataField name='x' optype='continuous' dataType='double'/>"
         "<DataField name='w' optype='continuous' dataType='double'/>";
@@ -39,6 +34,17 @@ LogisticDocument ThreeCategories()
         "<MiningField name='w'/>";
     document.parameters = "<Parameter name='p0'/><Parameter name='p1'/>";
     document.factors = "";
+}
+
+// Target y (a, b, c), covariate x, parameters p0 and p1.
+LogisticDocument ThreeCategories()
+{
+    LogisticDocument document;
+    document.selector = "";
+    document.target =
+        "<DataField name='y' optype='ordinal' dataType='string'>"
+        "<Value value='a'/><Value value='b'/><Value value='c'/></DataField>";
+    UseTwoCovariates(document);
     document.cells = "<PPCell value='1' predictorName='x' parameterName='p1'/>";
     document.betas =
         "<PCell targetCategory='a' parameterName='p0' beta='-0.5'/>"
@@ -70,14 +76,7 @@ LogisticDocument Conditional()
 {
     LogisticDocument document;
     document.selector = "conditionalLogistic";
-    document.fields =
-        "<DataField name='x' optype='continuous' dataType='double'/>"
-        "<DataField name='w' optype='continuous' dataType='double'/>";
-    document.schema =
-        "<MiningField name='y' usageType='target'/><MiningField name='x'/>"
-        "<MiningField name='w'/>";
-    document.parameters = "<Parameter name='p0'/><Parameter name='p1'/>";
-    document.factors = "";
+    UseTwoCovariates(document);
     document.covariates = "<Predictor name='x'/><Predictor name='w'/>";
     document.cells =
         "<PPCell value='1' predictorName='x' parameterName='p0'/>"
