@@ -1,0 +1,61 @@
+#!/usr/bin/env bash
+# What a release has to pass beside .ci/run and takes too long, or needs too much, for every change:
+#
+#   clang   the release build and all its tests with clang++, warnings being errors
+#   tidy    clang-tidy over every source
+#   root    README.md's commands in a new Debian root, made by debootstrap from the committed tree
+#           (needs root)
+#
+# scripts/release-check.sh runs them all, scripts/release-check.sh STAGE... those. Every stage runs,
+# the end says which failed.
+set -uo pipefail
+cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." || exit 1
+
+stage_clang() {
+    scripts/ensure-packages.sh packages.txt tests/packages.txt &&
+        cmake --preset clang -DVELSCORE_WERROR=ON >/dev/null &&
+        cmake --build --preset clang &&
+        ctest --preset clang -j "$(nproc)"
+}
+
+stage_tidy() { scripts/lint.sh --all; }
+
+# The new root takes this machine's package sources, so it gets packages from where they come here.
+stage_root() {
+    scripts/ensure-packages.sh .ci/release-packages.txt || return 1
+    local root suite mirror ended=0
+    root=$(mktemp -d)
+    suite=$(sed -n 's|^VERSION_CODENAME=||p' /etc/os-release)
+    mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' | head -n 1)
+    {
+        debootstrap --variant=minbase --include=ca-certificates "$suite" "$root" "$mirror" >"$root.log" &&
+            cp -a /etc/apt/. "$root/etc/apt/" && cp /etc/resolv.conf "$root/etc/" &&
+            git clone --quiet . "$root/velscore" &&
+            sed -n 's/^\$ \(\.\/velscore .*\)/\1/p' README.md >"$root/velscore/readme-commands" &&
+            chroot "$root" bash -ec 'cd /velscore; while read -r line; do
+                echo "\$ $line"; bash -c "$line"; done <readme-commands' &&
+            chroot "$root" bash -ec 'cd /velscore; cmake --install build/release --prefix /opt/velscore
+                /opt/velscore/bin/velscore --version'
+    } || ended=1
+    rm -rf "$root" "$root.log"
+    return $ended
+}
+
+stages=(clang tidy root)
+[ $# -gt 0 ] || set -- "${stages[@]}"
+failed=()
+for stage in "$@"; do
+    case " ${stages[*]} " in
+        *" $stage "*) ;;
+        *)
+            echo "scripts/release-check.sh: no stage '$stage'; the stages are: ${stages[*]}" >&2
+            exit 1
+            ;;
+    esac
+    echo "== $stage" >&2
+    "stage_$stage" || failed+=("$stage")
+done
+[ ${#failed[@]} -eq 0 ] || {
+    echo "failed: ${failed[*]}" >&2
+    exit 1
+}
