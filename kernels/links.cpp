@@ -23,6 +23,18 @@ double InverseOddsPower(double eta, double k)
 
 namespace {
 
+template <Link kLink>
+double MeanOfOne(double eta, double k)
+{
+    return MeanOf<kLink>(eta, k);
+}
+
+template <CumulativeLink kLink>
+double ProbabilityOfOne(double x)
+{
+    return CumulativeProbability<kLink>(x);
+}
+
 bool IsOddWhole(double k)
 {
     const double half = 0.5 * k + 0.5;
@@ -44,6 +56,30 @@ double InversePower(double eta, double k)
         MCPower::Power(eta, 1.0 / k, r);
     }
     return r;
+}
+
+double Mean(Link link, double eta, double k)
+{
+    constexpr double (*kMeans[kLinks])(double, double) = {
+        MeanOfOne<Link::Identity>,         MeanOfOne<Link::ComplementaryLogLog>,
+        MeanOfOne<Link::Log>,              MeanOfOne<Link::LogComplement>,
+        MeanOfOne<Link::Logit>,            MeanOfOne<Link::NegativeBinomial>,
+        MeanOfOne<Link::NegativeLogLog>,   MeanOfOne<Link::OddsPower>,
+        MeanOfOne<Link::Power>,            MeanOfOne<Link::Probit>,
+    };
+    return kMeans[static_cast<int>(link)](eta, k);
+}
+
+double ProbabilityOf(CumulativeLink link, double x)
+{
+    constexpr double (*kProbabilities[kCumulativeLinks])(double) = {
+        ProbabilityOfOne<CumulativeLink::Logit>,
+        ProbabilityOfOne<CumulativeLink::Cauchit>,
+        ProbabilityOfOne<CumulativeLink::ComplementaryLogLog>,
+        ProbabilityOfOne<CumulativeLink::NegativeLogLog>,
+        ProbabilityOfOne<CumulativeLink::Probit>,
+    };
+    return kProbabilities[static_cast<int>(link)](x);
 }
 
 double NormalProbability(double x) { return MCDistFun::CdfStdNorm(x); }

@@ -71,6 +71,9 @@ double InversePower(double eta, double k);
 /// The standard normal distribution function.
 double NormalProbability(double x);
 
+/// The mean of one linear predictor: MeanOf with a link that is known only now.
+double Mean(Link link, double eta, double k);
+
 inline namespace VELSCORE_LANES {
 
 /// The formula of a link between its guards; k is the link's parameter.
@@ -130,6 +133,8 @@ inline constexpr int kCumulativeLinks = 5;
 double CauchyProbability(double x);
 /// The standard normal distribution function as the ordinal families take it.
 double OrdinalNormalProbability(double x);
+/// CumulativeProbability with a link that is known only now.
+double ProbabilityOf(CumulativeLink link, double x);
 
 inline namespace VELSCORE_LANES {
 

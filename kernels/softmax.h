@@ -21,7 +21,7 @@ struct Largest {
 template <class Lane>
 VELSCORE_LANE Largest<Lane> LargestOf(const Lane* lp, size_t categories)
 {
-    Largest<Lane> largest{lp[0], All<Lane>(0.0)};
+    Largest<Lane> largest{categories > 0 ? lp[0] : All<Lane>(0.0), All<Lane>(0.0)};
     for (size_t c = 1; c < categories; ++c) {
         const Mask<Lane> larger = lp[c] > largest.value;
         largest.value = Select(larger, lp[c], largest.value);
@@ -34,17 +34,18 @@ VELSCORE_LANE Largest<Lane> LargestOf(const Lane* lp, size_t categories)
 ///
 ///     p[c] = exp(lp[c]) / (exp(lp[0]) + ... + exp(lp[C-1]))
 ///
-/// in place of the linear predictors, and their sum as the answer. A `largest` linear predictor
-/// above kLargestExponent is subtracted from all first; below -kLargestExponent the numerator is 0.
+/// into `exponentials`, and their sum as the answer. A `largest` linear predictor above
+/// kLargestExponent is subtracted from all first; below -kLargestExponent the numerator is 0.
 template <class Lane>
-VELSCORE_LANE Lane Exponentials(Lane* lp, size_t categories, Lane largest)
+VELSCORE_LANE Lane Exponentials(const Lane* lp, size_t categories, Lane largest,
+                                Lane* exponentials)
 {
     const Mask<Lane> shifts = largest > kLargestExponent;  // strictly: the limit itself stays
     Lane sum = All<Lane>(0.0);
     for (size_t c = 0; c < categories; ++c) {
         const Lane shifted = Select(shifts, lp[c] - largest, lp[c]);
-        lp[c] = Select(shifted < -kLargestExponent, All<Lane>(0.0), Exp(shifted));
-        sum += lp[c];
+        exponentials[c] = Select(shifted < -kLargestExponent, All<Lane>(0.0), Exp(shifted));
+        sum += exponentials[c];
     }
     return sum;
 }
