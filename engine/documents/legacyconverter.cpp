@@ -61,15 +61,6 @@ const TypeRow kTypes[] = {
      Tags::XML_VAL_RM_FUNC_NAME_C},
 };
 
-template <class... Args>
-[[noreturn]] void RefuseAt(const DOMElement* element, int code, Args... args)
-{
-    VSException refusal(gErrorFormater);
-    refusal.PutErrorMessage(code, args...);
-    refusal.SetPlace(PlaceOf(element));
-    throw VSException(refusal);
-}
-
 // As readers make it of a document's text: a number may have a plus sign.
 std::unique_ptr<ScoreValue> ValueOf(const ScoreDictVar& var, const std::string& text)
 {

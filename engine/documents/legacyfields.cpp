@@ -15,7 +15,6 @@
 #include "host/numericvalue.h"
 #include "host/pmmlmodeltags.h"
 #include "host/scoredictvar.h"
-#include "host/vsexception.h"
 #include "readers/zeltmodeltags.h"
 
 namespace MCVelscore_850 {
@@ -215,10 +214,7 @@ void AddMissingRanges(DOMElement* field, const LegacyVariable& variable, const V
         said = level == ScoreDictVar::CONTINUOUS && AddIntervalsAround(field, ranges);
     }
     if (said || !matters) return;
-    VSException refusal(gErrorFormater);
-    refusal.PutErrorMessage(kMissingRangeOfList, variable.var->GetName().c_str());
-    refusal.SetPlace(PlaceOf(variable.element));
-    throw VSException(refusal);
+    RefuseAt(variable.element, kMissingRangeOfList, variable.var->GetName().c_str());
 }
 
 }  // namespace
