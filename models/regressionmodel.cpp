@@ -134,12 +134,14 @@ bool RegressionModel::ResolvePredictors()
     return true;
 }
 
+void RegressionModel::RegisterCategory(const std::string& name) { Register(categoryMap, name); }
+
 void RegressionModel::RegisterTargetCategories()
 {
     const ValueSet* values = targetVar == nullptr ? nullptr : targetVar->GetValueSet();
     if (values == nullptr) return;
     for (const ValueSetEntry& entry : values->GetEntries()) {
-        Register(categoryMap, entry.GetEntryValue()->GetString());
+        RegisterCategory(entry.GetEntryValue()->GetString());
     }
 }
 
