@@ -157,9 +157,8 @@ void RegressionTranslator::SetUpModel(Parse& parse)
     const size_t parameters = parse.model->GetParameterMap().size();
     const auto categories = static_cast<size_t>(parse.model->GetTargetVar()->GetNumCategories());
     ExpectTableFits(Tags::XML_ELE_P_TABLE, parameters, categories);
-    ExpectTableFits(Tags::XML_ELE_PP_MATRIX, parameters, parse.model->GetPredictorMap().size());
-    if (parse.code != kMultinomialType) {
-        ExpectTableFits(Tags::XML_ELE_PCOV_MATRIX, parameters, parameters);
+    if (parse.code == kMultinomialType) {  // the others keep the cells that are written alone
+        ExpectTableFits(Tags::XML_ELE_PP_MATRIX, parameters, parse.model->GetPredictorMap().size());
     }
     // A model that can't be set up is not refused here, but one without tables has no place for
     // what follows, and one without categories predicts nothing.
@@ -222,6 +221,9 @@ void RegressionTranslator::ReadPCovMatrix(Parse& parse)
         ExpectTag(*this, child, Tags::XML_ELE_PCOV_CELL, Tags::XML_ELE_PCOV_MATRIX,
                   kUnexpectedElement);
         // One triangle is given; SetCell writes both.
+        PCovMatrix& covariances = *parse.model->GetPCovMatrix();
+        ExpectTableFits(Tags::XML_ELE_PCOV_MATRIX, covariances.GetDimension(),
+                        covariances.GetDimension());
         parse.model->GetPCovMatrix()->SetCell(
             ForcedAttribute(child, Tags::XML_ATT_PCOV_P_COL),
             ForcedAttribute(child, Tags::XML_ATT_PCOV_P_ROW),

@@ -575,14 +575,35 @@ TEST(LegacyRefusals, SayWhereInTheDocument)
 
 TEST(LegacyRefusals, TablesThatTakeAllMemoryAreRefusedBeforeTheyAreMade)
 {
-    LegacyParts parts;
-    parts.parameters.clear();
+    // 12,000 squared is more than 2^27.
+    std::string parameters, variables, predictors;
     for (int i = 0; i < 12000; ++i) {
-        parts.parameters += "<parameter name='p" + std::to_string(i) + "'/>";
+        const std::string n = std::to_string(i);
+        parameters += "<parameter name='p" + n + "'/>";
+        variables += OldVariable("z" + n, "NUMERIC", "CONTINUOUS");
+        predictors += "<predictor name='z" + n + "'/>";
     }
-    const VSException refusal = RefusalOf(parts.Text());
+    LegacyParts linear;
+    linear.parameters = parameters + "<parameter name='(Constant)'/>";
+    linear.variables += variables;
+    linear.covariates = predictors;
+    linear.betas = "<p-cell parameter-name='(Constant)' beta='1'/>";
+    linear.cells = "<pp-cell parameter-name='p11999' predictor-name='z11999' value='1'/>";
+    EXPECT_EQ(RefusalOf(linear.Text()).GetErrorCode(), 0);  // it needs none of them
+    linear.covariances = "<pcov-cell p-row='p0' p-col='p1' value='1'/>";
+    const VSException refusal = RefusalOf(linear.Text());
     EXPECT_EQ(refusal.GetErrorCode(), kTableTooLarge);
-    EXPECT_EQ(refusal.GetArguments(), (Texts{"pcov-matrix", "12000", "12000"}));
+    EXPECT_EQ(refusal.GetArguments(), (Texts{"pcov-matrix", "12001", "12001"}));
+
+    LegacyParts conditional = ConditionalParts();
+    conditional.parameters += parameters;
+    EXPECT_EQ(RefusalOf(conditional.Text()).GetErrorCode(), 0);
+
+    LegacyParts multinomial = MultinomialParts();
+    multinomial.parameters += parameters;
+    multinomial.variables += variables;
+    multinomial.covariates += predictors;
+    EXPECT_EQ(RefusalOf(multinomial.Text()).GetArguments(), (Texts{"pp-matrix", "12004", "12002"}));
 }
 
 TEST(LegacyRefusals, ReleaseTheHalfBuiltModel)
