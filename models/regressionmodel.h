@@ -43,6 +43,10 @@ public:
     const ScoreDictVar* GetTargetVar() const override { return targetVar; }
     bool GetPredictionOnly() const override { return predictionOnly; }
     void Display(std::ostream& out) const override;
+    /// The pieces of Display(): a matrix row by row under its name and size, and a map's entries
+    /// ascending by name.
+    void DisplayMatrix(const std::string& name, const Matrix& matrix, std::ostream& out) const;
+    void DisplayMap(const std::string& name, const NameMap& map, std::ostream& out) const;
 
     /// Registers a name once, with the next index. A name that is there keeps its index and label,
     /// and the answer is false.
@@ -107,8 +111,6 @@ protected:
     /// sqrt(d' V d) for the case's designRow d and the covariances V, which have to be there; 0.0
     /// where rounding makes the sum negative. The sum takes (V[i,j] d[i]) d[j] in ascending order.
     double DesignStandardError();
-    void DisplayMatrix(const std::string& name, const Matrix& matrix, std::ostream& out) const;
-    void DisplayMap(const std::string& name, const NameMap& map, std::ostream& out) const;
     /// What every family tells: target, predictors, degrees of freedom, variables to read.
     void DescribeCommon(ModelDescription& description) const;
     /// The target's categories in dictionary order, and the columns of a family that predicts one.
