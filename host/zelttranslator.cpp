@@ -151,8 +151,11 @@ void ZELTTranslator::DeclareText(DOMElement* element, DictVar& var, bool missing
     const std::string text = Transcode(GetAttributeForced(element, Tags::kValue));
     std::unique_ptr<ScoreValue> value(CarefullyMakeVarValue(&var, text));
     if (value == nullptr) Refuse(kInvalidValue, text.c_str(), var.GetName().c_str());
-    var.DeclareValue(std::move(value), text,
-                     missing ? DictVar::Property::Missing : DictVar::Property::Valid);
+    if (missing) {
+        var.DeclareMissingValue(std::move(value));
+    } else {
+        var.DeclareValue(std::move(value), text, DictVar::Property::Valid);
+    }
 }
 
 void ZELTTranslator::ReadVarStats(DOMElement* element, DictVar& var)

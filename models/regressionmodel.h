@@ -100,13 +100,13 @@ protected:
     /// Sizes predictorVars and predictorRoles and fills them from the main dictionary, then the
     /// derived variables, in the order of the names. Stops with false at a name that is in neither.
     bool ResolvePredictors();
+    /// Registers a target category once, with the next row of the beta table.
+    void RegisterCategory(const std::string& name);
     /// Registers the target's categories by name, in the order of its dictionary entry.
     void RegisterTargetCategories();
     /// numericPPMatrix by parameters and predictors, every cell system-missing: no dependence.
     void SizeNumericPPMatrix();
     /// The beta of a cell, 0.0 for one that the table doesn't have.
-    /// Registers a target category once, with the next row of the beta table.
-    void RegisterCategory(const std::string& name);
     double BetaAt(int category, int parameter) const;
     /// sqrt(d' V d) for the case's designRow d and the covariances V, which have to be there; 0.0
     /// where rounding makes the sum negative. The sum takes (V[i,j] d[i]) d[j] in ascending order.

@@ -177,7 +177,8 @@ void GeneralRegressionTranslator::ReadParamCell(Parse& parse, DOMElement* elemen
     const std::string category = CellCategory(parse, element, cells);
     const std::string parameter = ForcedText(element, Tags::XML_ATT_PC_PARAMNAME);
     const ParamTableCell cell =
-        ReadParamTableCell(*this, element, Tags::XML_ATT_PC_BETA, Tags::XML_ATT_PC_DF);
+        MakeParamTableCell(*this, GetAttributeForced(element, Tags::XML_ATT_PC_BETA),
+                           GetAttribute(element, Tags::XML_ATT_PC_DF));
     if (!parse.model->GetParamTable()->SetCell(category, parameter, cell)) {
         Refuse(kCellNotTaken, category.c_str(), Tags::XML_ATT_PC_TARGET_CAT.c_str(),
                parameter.c_str(), Tags::XML_ATT_PC_PARAMNAME.c_str(), Tags::XML_ELE_PCELL.c_str());

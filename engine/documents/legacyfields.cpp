@@ -232,11 +232,12 @@ void AddDataField(DOMElement* dictionary, const LegacyVariable& variable)
     const ScoreDictVar::MeasureLevel level = LevelOf(variable);
     ValueList values = DeclaredValues(variable);
     const bool isFactor = variable.use == FieldUse::Factor;
-    // Any number may meet a factor that isn't declared as one and lists no valid value; once a
+    // Any number may meet a factor that lists no valid value, declared as one or continuous; once a
     // value is declared missing the field would be closed to those that no cell names.
-    const bool anyNumber = isFactor && IsContinuous(var) && !values.HasValid();
-    // Likewise any text a factor without a list, whose cells tell their categories here.
-    const bool anyText = isFactor && !IsNumeric(var) && var.HasOpenCategories();
+    const bool isOpen = IsContinuous(var) ? !values.HasValid() : var.HasOpenCategories();
+    const bool anyNumber = isFactor && isOpen && IsNumeric(var);
+    // Likewise any text, whose cells tell their categories here.
+    const bool anyText = isFactor && isOpen && !IsNumeric(var);
     if (anyText || (!IsContinuous(var) && !var.HasOpenCategories())) {
         for (const std::string& text : variable.cellValues) values.Add({text, "", false});
     }
