@@ -8,7 +8,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "engine/failure.h"
 #include "host/messages.h"
 
 namespace MCVelscore_850 {
@@ -40,8 +39,8 @@ bool AreSame(const FileStatus& one, const FileStatus& other)
 
 ByteSource::~ByteSource() = default;
 
-InputFile::InputFile(const std::string& path, const StopFlag* stop)
-    : name_(path == "-" ? "standard input" : path), stop_(stop)
+InputFile::InputFile(const std::string& path, const StopFlag* stop, FailureKind content)
+    : name_(path == "-" ? "standard input" : path), stop_(stop), content_(content)
 {
     descriptor_ = path == "-" ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor_ < 0) Refuse(std::strerror(errno));
@@ -68,7 +67,8 @@ size_t InputFile::Read(char* buffer, size_t size)
 
 void InputFile::Refuse(const std::string& reason) const
 {
-    throw Failure(FailureKind::Cases, kCasesNotRead, {name_, reason});
+    const int code = content_ == FailureKind::Document ? kCannotRead : kCasesNotRead;
+    throw Failure(content_, code, {name_, reason});
 }
 
 bool IsSameFile(int descriptor, int other)

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string>
 
+#include "engine/failure.h"
+
 namespace MCVelscore_850 {
 
 /// Set from outside, by a signal handler say, to end a run at the next whole row.
@@ -24,13 +26,15 @@ public:
 
 /// A file, or standard input, as a source of bytes.
 ///
-/// Errors  kCasesNotRead for what can't be opened or read, a directory among it.
+/// Errors  for what can't be opened or read, a directory among it: kCannotRead of kind Document for
+///         a document, kCasesNotRead of kind Cases for anything else.
 /// Owner   closes what it opened; standard input stays open.
 class InputFile final : public ByteSource {
 public:
     /// `path` "-" is standard input. With a stop flag, a read that a signal interrupts answers
     /// the end once the flag is set.
-    explicit InputFile(const std::string& path, const StopFlag* stop = nullptr);
+    explicit InputFile(const std::string& path, const StopFlag* stop = nullptr,
+                       FailureKind content = FailureKind::Cases);
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
     ~InputFile() override;
@@ -47,6 +51,7 @@ private:
 
     std::string name_;
     const StopFlag* stop_;
+    FailureKind content_;
     int descriptor_ = -1;
     uint64_t size_ = 0;
 };

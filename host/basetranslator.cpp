@@ -17,8 +17,6 @@ namespace MCVelscore_850 {
 
 namespace {
 
-constexpr int kAbsent = 260115;  // element or attribute, parent
-
 // A tag or attribute name as 16-bit text: on the stack where it is ASCII and short, as nearly
 // every one is.
 class XmlName {

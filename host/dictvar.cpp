@@ -135,7 +135,7 @@ DictVar::DictVar(const DictVar& other)
 void DictVar::UpdateSureRange()
 {
     const bool plain = type_.level == CONTINUOUS && type_.valueType == NUMERIC && !declared_ &&
-                       intervals_.empty() && missingRanges_.empty() &&
+                       missing_.values.empty() && intervals_.empty() && missingRanges_.empty() &&
                        outlierTreatment_ != AS_MISSING;
     if (plain) {
         constexpr double kLargest = std::numeric_limits<double>::max();
@@ -154,6 +154,13 @@ void DictVar::SetOutlierTreatment(int treatment)
 void DictVar::DeclareInterval(const Interval& interval)
 {
     intervals_.push_back(interval);
+    UpdateSureRange();
+}
+
+void DictVar::DeclareMissingValue(std::unique_ptr<ScoreValue> value)
+{
+    if (IsDeclared(*value)) return;
+    missing_.Add(std::move(value));
     UpdateSureRange();
 }
 
@@ -315,14 +322,20 @@ void DictVar::Append(std::unique_ptr<ScoreValue> category)
     }
 }
 
+bool DictVar::IsDeclared(const ScoreValue& value) const
+{
+    for (const Listing* listing : {&categories_, &missing_, &invalid_}) {
+        if (listing->Find(value) >= 0) return true;
+    }
+    return false;
+}
+
 void DictVar::DeclareValue(std::unique_ptr<ScoreValue> value, const std::string& text,
                            Property property)
 {
     declared_ = true;
     SetSureRange(1.0, 0.0);  // from now on the lists have to be asked
-    for (const Listing* listing : {&categories_, &missing_, &invalid_}) {
-        if (listing->Find(*value) >= 0) return;
-    }
+    if (IsDeclared(*value)) return;
     switch (property) {
         case Property::Missing: missing_.Add(std::move(value)); return;
         case Property::Invalid: invalid_.Add(std::move(value)); return;

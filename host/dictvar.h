@@ -94,6 +94,9 @@ public:
         bool highClosed;
     };
     void DeclareInterval(const Interval& interval);
+    /// A value that is missing, which says nothing of those that are valid: an open variable stays
+    /// open. Dropped when the value was declared before.
+    void DeclareMissingValue(std::unique_ptr<ScoreValue> value);
     /// Numbers from low to high, both included, are missing; several ranges add up.
     void DeclareMissingRange(double low, double high);
     void SetAcceptsUnlisted(bool accepts) { acceptsUnlisted_ = accepts; }
@@ -133,6 +136,7 @@ private:
     bool HasOwnKind(const ScoreValue& value) const;
     bool IsOutlier(double number) const;
     bool IsInMissingRange(double number) const;
+    bool IsDeclared(const ScoreValue& value) const;
     /// Takes a category over unless it is there already.
     void Append(std::unique_ptr<ScoreValue> category);
     bool IsValidNumber(double number) const;
@@ -152,7 +156,7 @@ private:
     std::shared_ptr<const TargetDeclaration> target_;
     int outlierTreatment_ = AS_IS;
     int spellings_[2] = {-1, -1};  // of a boolean's false and true: the positions of their words
-    bool declared_ = false;        // some Value child stood in the declaration
+    bool declared_ = false;        // DeclareValue() was called
     bool acceptsUnlisted_ = false;
     mutable int dictIndex_ = -1;
 };

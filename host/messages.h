@@ -35,7 +35,14 @@ public:
     static std::vector<std::string> ReadArguments(int code, va_list arguments);
 };
 
-// Codes of the host's own refusals, in documents. The codes of the readers stand with the readers.
+// Codes of refusals that the host and the readers of models share; those of the readers alone stand
+// with them.
+inline constexpr int kAbsent = 260115;             // element or attribute, parent
+inline constexpr int kNotInDictionaries = 260125;  // name, dictionary tag, transformation tag
+inline constexpr int kInvalidValue = 260127;       // value, name
+inline constexpr int kUnexpectedWord = 260153;     // text, tag, tag
+
+// Codes of the host's own refusals, in documents.
 inline constexpr int kNotANumber = 269001;               // text
 inline constexpr int kNotAnInteger = 269002;             // text
 inline constexpr int kNumberTooLarge = 269003;           // text

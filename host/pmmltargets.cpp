@@ -67,7 +67,7 @@ void PMMLTranslator::HandleTargets(DOMElement* element, ScoreDictionary* diction
         ScoreDictVar* var = dictionary->GetVar(name);
         if (var == nullptr) {
             NoteElement(child);
-            Refuse(260125, name.c_str(), Tags::XML_ELE_DATADICTIONARY.c_str(),
+            Refuse(kNotInDictionaries, name.c_str(), Tags::XML_ELE_DATADICTIONARY.c_str(),
                    Tags::XML_ELE_TRANSFORMATION.c_str());
         }
         // Every variable of this host is a DictVar.

@@ -126,11 +126,13 @@ void GZLRModel::NameCategories()
 
 bool GZLRModel::Setup()
 {
-    RegisterTargetCategories();
     const ValueSet* values = targetVar == nullptr ? nullptr : targetVar->GetValueSet();
     if (values != nullptr) {
+        // The first category is the event, also where another one was set before.
         for (const ValueSetEntry& entry : values->GetEntries()) {
-            (eventCategory == nullptr ? eventCategory : otherCategory) = entry.GetEntryValue();
+            const ScoreValue* value = entry.GetEntryValue();
+            RegisterCategory(value->GetString());
+            (categoryMap.size() == 1 ? eventCategory : otherCategory) = value;
         }
     }
     NameCategories();

@@ -4,6 +4,7 @@
 #include <iosfwd>
 #include <map>
 #include <memory>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,35 +20,41 @@ class RegressionModel;
 /// exponent; an empty cell means that the parameter doesn't depend on the predictor, and a row of
 /// empty cells is an intercept.
 ///
-/// Shapes  from the model's registries at construction.
+/// Shapes  from the model's registries at construction; only cells that hold a value take memory.
 /// Owner   of the values; it looks at the model's maps, which outlive it.
 class PPCMatrix {
 public:
+    /// A cell that holds a value.
+    struct Cell {
+        int predictor;
+        std::unique_ptr<ScoreValue> value;
+    };
+
     explicit PPCMatrix(const RegressionModel* model);
     ~PPCMatrix();
 
-    /// Takes `value` over in both outcomes. False when a name is unknown. The value that the cell
-    /// held is released.
+    /// Takes `value` over in both outcomes. False when a name is unknown, and when the matrix is
+    /// closed. The value that the cell held is released.
     bool SetCell(const std::string& parameter, const std::string& predictor, ScoreValue* value);
     /// Null when a name is unknown or the cell is empty.
     const ScoreValue* GetCell(const std::string& parameter, const std::string& predictor) const;
     ScoreValue* GetCell(const std::string& parameter, const std::string& predictor);
     /// Null out of range or when the cell is empty.
-    const ScoreValue* GetCell(int parameter, int predictor) const
-    {
-        const auto row = static_cast<size_t>(parameter);  // a negative index is out of range too
-        const auto column = static_cast<size_t>(predictor);
-        if (row >= cells.size() || column >= cells[row].size()) return nullptr;
-        return cells[row][column].get();
-    }
+    const ScoreValue* GetCell(int parameter, int predictor) const;
     ScoreValue* GetCell(int parameter, int predictor)
     {
         return const_cast<ScoreValue*>(std::as_const(*this).GetCell(parameter, predictor));
     }
+    /// The cells of a parameter that hold a value, predictors ascending; none out of range.
+    std::span<const Cell> Row(int parameter) const;
+    /// From here on no cell changes: the model's lists point to the values.
+    void Close() { closed = true; }
     void Display(std::ostream& out) const;
 
 private:
-    std::vector<std::vector<std::unique_ptr<ScoreValue>>> cells;
+    std::vector<std::vector<Cell>> cells;  ///< by parameter, each row as Row() answers it
+    size_t columns;
+    bool closed = false;
     const RegressionModel* model;
     const std::map<std::string, int>* parameters;
     const std::map<std::string, int>* predictors;

@@ -43,6 +43,10 @@ public:
     const ScoreDictVar* GetTargetVar() const override { return targetVar; }
     bool GetPredictionOnly() const override { return predictionOnly; }
     void Display(std::ostream& out) const override;
+    /// The pieces of Display(): a matrix row by row under its name and size, and a map's entries
+    /// ascending by name.
+    void DisplayMatrix(const std::string& name, const Matrix& matrix, std::ostream& out) const;
+    void DisplayMap(const std::string& name, const NameMap& map, std::ostream& out) const;
 
     /// Registers a name once, with the next index. A name that is there keeps its index and label,
     /// and the answer is false.
@@ -84,7 +88,8 @@ public:
     void SetNeedDerivedPredictor(bool need) { needDerivedPredictor = need; }
     bool NeedDerivedPredictor() const { return needDerivedPredictor; }
 
-    /// Copies the tables into plain arrays; once, after every cell is written. Always true. Under
+    /// Copies the tables into plain arrays; once, after every cell is written. Always true. The
+    /// predictor-to-parameter matrix takes no further cell. Under
     /// MV_SUBSTITUTE with nothing to substitute the policy becomes MV_SYSMIS_RESULT for good.
     bool FinishSetup();
     /// Binds the model to the layout of the first indexed record; all later records are taken to
@@ -95,6 +100,8 @@ protected:
     /// Sizes predictorVars and predictorRoles and fills them from the main dictionary, then the
     /// derived variables, in the order of the names. Stops with false at a name that is in neither.
     bool ResolvePredictors();
+    /// Registers a target category once, with the next row of the beta table.
+    void RegisterCategory(const std::string& name);
     /// Registers the target's categories by name, in the order of its dictionary entry.
     void RegisterTargetCategories();
     /// numericPPMatrix by parameters and predictors, every cell system-missing: no dependence.
@@ -104,8 +111,6 @@ protected:
     /// sqrt(d' V d) for the case's designRow d and the covariances V, which have to be there; 0.0
     /// where rounding makes the sum negative. The sum takes (V[i,j] d[i]) d[j] in ascending order.
     double DesignStandardError();
-    void DisplayMatrix(const std::string& name, const Matrix& matrix, std::ostream& out) const;
-    void DisplayMap(const std::string& name, const NameMap& map, std::ostream& out) const;
     /// What every family tells: target, predictors, degrees of freedom, variables to read.
     void DescribeCommon(ModelDescription& description) const;
     /// The target's categories in dictionary order, and the columns of a family that predicts one.

@@ -36,7 +36,7 @@ const DOMElement* ForcedChild(const DOMElement* parent, const std::string& tag)
 {
     const DOMElement* child = ChildElement(parent, tag);
     if (child != nullptr) return child;
-    RefuseAt(parent, 260115, tag.c_str(), Utf8FromXml(parent->getTagName()).c_str());
+    RefuseAt(parent, kAbsent, tag.c_str(), Utf8FromXml(parent->getTagName()).c_str());
 }
 
 void ReadShare(const DOMElement* field, const std::string& attribute, double& share)

@@ -27,7 +27,6 @@ public:
     }
 };
 
-constexpr int kAbsent = 260115;
 
 // Comments, text and a nested element of the same tag stand between what is looked for.
 constexpr char kSmall[] =

@@ -98,7 +98,8 @@ TEST(Messages, EveryOwnCodeHasARowWithTheArgumentsThatItsConstantNames)
         const Message* message = Messages::Find(code);
         ASSERT_NE(message, nullptr) << code;
         EXPECT_EQ(ArgumentCount(*message), count) << code;
-        EXPECT_GE(code, kFirstOwnCode);
+        // The host's own, or one that it shares with a plug-in.
+        EXPECT_TRUE(code >= kFirstOwnCode || kPluginCodes.contains(code)) << code;
     }
 }
 

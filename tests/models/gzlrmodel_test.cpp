@@ -699,6 +699,26 @@ TEST(GZLRModel, NamedCategoryBecomesTheEventAndItsRowIsRead)
     EXPECT_EQ(named.slot.result->GetPrediction()->GetString(), "yes");
 }
 
+TEST(GZLRModel, SetupMakesTheFirstCategoryTheEventWhateverWasSetBefore)
+{
+    Built<GZLRModel> built(YesNo());
+    built.Parameters({"p"});
+    built.model.UpdateResAndRefCat("no");
+    ASSERT_TRUE(built.SetUp());
+    built.model.GetParamTable()->SetCell("yes", "p", ParamTableCell(0.75, 1));
+    built.model.GetParamTable()->SetCell("no", "p", ParamTableCell(0.125, 1));
+    built.model.FinishSetup();
+    Case c;
+    Slot slot;
+    ASSERT_TRUE(built.model.GetScore(&c.Record(), slot.result, true).IsOK());
+    const auto& percents = slot.As<MLRResult>().GetAllValuePercent();
+    ASSERT_EQ(percents.size(), 2u);
+    EXPECT_EQ(percents[0].first->GetString(), "yes");
+    EXPECT_EQ(percents[0].second, 0.75);
+    EXPECT_EQ(percents[1].first->GetString(), "no");
+    EXPECT_EQ(slot.result->GetPrediction()->GetString(), "yes");
+}
+
 TEST(GZLRModel, EmptyOrUnknownNameOfTheEvent)
 {
     TwoRows empty;

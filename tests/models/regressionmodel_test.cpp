@@ -214,6 +214,19 @@ TEST(FinishSetup, AllowedMissingFactorIsSubstitutedByInfinity)
     EXPECT_EQ(built.model.predictorSubstitutes, std::vector<double>{NumericValue::GetInfinity()});
 }
 
+TEST(FinishSetup, AllowedMissingFactorsLetNoCovariateBeMissing)
+{
+    Built<Bare> built;
+    built.Covariate("x");
+    built.Factor("f", {"a"});
+    built.Add(Continuous("o"), RegressionModel::ROLE_OFFSET);
+    built.model.SetAllowMissingFactors(true);
+    ASSERT_TRUE(built.SetUp());
+    built.model.FinishSetup();
+    EXPECT_EQ(built.model.predictorSubstitutes,
+              (std::vector<double>{kSysmis, NumericValue::GetInfinity(), kSysmis}));
+}
+
 TEST(FinishSetup, UnderTheOtherPoliciesNothingIsSubstituted)
 {
     for (const auto policy : {ScoreModel::MV_SYSMIS_RESULT, ScoreModel::MV_STATUS_ONLY}) {

@@ -342,6 +342,35 @@ TEST(ConditionalDocument, InterceptIsRefused)
     Refuses(continuous, 260192, arguments);
 }
 
+TEST(ConditionalDocument, LabelOfTheConstantCountsAsAnyOther)
+{
+    // Three parameters and three cells: by counting there is no intercept.
+    LogisticDocument document = Conditional();
+    document.parameters =
+        "<Parameter name='p0'/><Parameter name='p1'/><Parameter name='(Constant)'/>";
+    document.cells += "<PPCell value='1' predictorName='x' parameterName='(Constant)'/>";
+    EXPECT_EQ(RefusalOf(document.Text()).GetErrorCode(), 0);
+    document.parameters =
+        With(document.parameters, "'(Constant)'", "'(Constant)' label='Intercept'");
+    Refuses(document, 260192, {"intercept", "label", "multinomialLogistic"});
+    // The words in each other's place say nothing.
+    document.parameters = With(document.parameters, "label='Intercept'", "label='(Constant)'");
+    document.parameters += "<Parameter name='Intercept'/>";
+    document.cells += "<PPCell value='1' predictorName='w' parameterName='Intercept'/>";
+    EXPECT_EQ(RefusalOf(document.Text()).GetErrorCode(), 0);
+    const auto model = Read<CLRModel>(document);
+    EXPECT_EQ(model->GetParameterIndex("Intercept"), 2);
+    EXPECT_EQ(model->GetParameterIndex("(Constant)"), 3);
+}
+
+TEST(ConditionalDocument, TargetThatDeclaresNoValidValueHasNoList)
+{
+    LogisticDocument document = Conditional();
+    document.target = With(document.target, "value='no'", "value='no' property='missing'");
+    document.target = With(document.target, "value='yes'", "value='yes' property='missing'");
+    Refuses(document, 260192, {"intercept", "label", "multinomialLogistic"});
+}
+
 TEST(ConditionalDocument, WithoutPredictorsIsNotSetUp)
 {
     LogisticDocument document = Conditional();
@@ -657,6 +686,28 @@ TEST(CovarianceCells, GoWhereTheFamilyPutsThem)
             EXPECT_EQ(Outcome(document), wanted->second)
                 << "family " << family.what << ": " << r.parameters << " " << r.categories;
         }
+    }
+}
+
+TEST(CovarianceCells, ExtensionsAmongThemArePassedOver)
+{
+    for (const CovarianceFamily& family : CovarianceFamilies()) {
+        LogisticDocument document = family.document;
+        document.covariances = CovarianceCell("pRow='p0' pCol='p0'", "tRow='b' tCol='a'");
+        const std::string plain = Outcome(document);
+        document.covariances = "<Extension name='x'/>" + document.covariances + "<Extension/>";
+        EXPECT_EQ(Outcome(document), plain) << family.what;
+        EXPECT_NE(plain.find(": 0,"), std::string::npos) << plain;
+    }
+}
+
+TEST(CovarianceCells, FamiliesOfOneEquationRefuseCategories)
+{
+    const std::string cell = "<PCovCell pRow=\"(Constant)\" pCol=\"(Constant)\"";
+    for (const char* categories : {" tRow=\"1\" tCol=\"1\"", " tCol=\"1\""}) {
+        const VSException refusal = RefusalOf(With(kLinearDocument, cell, cell + categories));
+        EXPECT_EQ(refusal.GetErrorCode(), 260191) << categories;
+        EXPECT_EQ(refusal.GetArguments(), (Texts{"tCol", "regression"})) << categories;
     }
 }
 

@@ -6,6 +6,7 @@
 #include "models/blrmodel.h"
 #include "models/glrmodel.h"
 #include "models/mlrmodel.h"
+#include "readers/generalregressiontranslator.h"
 #include "tests/models/modelfixture.h"
 #include "tests/readers/logisticdocument.h"
 
@@ -164,6 +165,57 @@ TEST(ContrastMatrix, OpenFactorTakesItsCategoriesFromTheList)
         EXPECT_EQ(refusal.GetErrorCode(), 260249);
         EXPECT_EQ(refusal.GetArguments(), (Texts{"3", "nbRows", "0", "f"}));
     }
+}
+
+// The readers as another reader of documents calls them: rows and values to fill, the variable as
+// it stands in a dictionary. What is in the values is the caller's.
+TEST(ContrastMatrix, ReadersAreThereForOthers)
+{
+    using Reader = void (GeneralRegressionTranslator::*)(
+        xercesc::DOMElement*, Matrix&, std::vector<ScoreValue*>&, const ScoreDictVar*);
+    const struct {
+        Reader read;
+        std::string element;
+        Texts categories;
+    } kRows[] = {
+        {&GeneralRegressionTranslator::HandleContrastMatrix,
+         Basis("any", {"w", "u", "v"}),
+         {"w", "u", "v"}},
+        {&GeneralRegressionTranslator::HandleContrastMatrixEx,
+         MatrixOf(kSize, kSum),
+         {"u", "v", "w"}},
+        {&GeneralRegressionTranslator::HandleContrastMatrix41,
+         Typed(MatrixOf(kSize, kSum)),
+         {"u", "v", "w"}},
+        {&GeneralRegressionTranslator::HandleContrastMatrix41,
+         Typed(Categories({"v", "u", "w"}) + MatrixOf(kSize, kSum)),
+         {"v", "u", "w"}},
+    };
+    const std::unique_ptr<const ScoreDictVar> variable = Categorical("f", {"u", "v", "w"});
+    for (const auto& row : kRows) {
+        ParsedText text(row.element);
+        GeneralRegressionTranslator reader;
+        Matrix contrastRows;
+        std::vector<ScoreValue*> contrastValues;
+        (reader.*row.read)(text.Get()->getDocumentElement(), contrastRows, contrastValues,
+                           variable.get());
+        EXPECT_EQ(contrastRows, (Matrix{{1, 0}, {0, 1}, {-1, -1}})) << row.element;
+        Texts categories;
+        for (const ScoreValue* value : contrastValues) {
+            categories.push_back(value == nullptr ? "none" : value->GetString());
+            delete value;
+        }
+        EXPECT_EQ(categories, row.categories) << row.element;
+    }
+    const auto open = Categorical("f", {});
+    ParsedText text(Typed(Categories({"b", "a"}) +
+                          MatrixOf("nbRows='2' nbCols='1'", "<Array>1</Array><Array>0</Array>")));
+    Matrix rows;
+    std::vector<ScoreValue*> values;
+    GeneralRegressionTranslator().HandleContrastMatrix41(text.Get()->getDocumentElement(), rows,
+                                                         values, open.get());
+    EXPECT_EQ(open->GetNumCategories(), 2);
+    for (const ScoreValue* value : values) delete value;
 }
 
 TEST(ContrastMatrix, TooFewRowsLeaveACategoryThatMatchesNothing)

@@ -543,6 +543,16 @@ TEST(CoxReferencePoints, StandInTheParameterListOrInTheExtensionAndTheListOutran
     EXPECT_EQ(ReadCox(older)->GetBasePointTable(), (std::vector<double>{7, 4}));
 }
 
+TEST(CoxReferencePoints, OfTwoParametersOfOneNameTheFirstGivesThePoint)
+{
+    CoxParts parts;
+    parts.parameters =
+        "<Parameter name=\"pf\" referencePoint=\"0.5\"/>"
+        "<Parameter name=\"px\" referencePoint=\"3\"/>"
+        "<Parameter name=\"px\" referencePoint=\"9\"/>";
+    EXPECT_EQ(ReadCox(parts)->GetBasePointTable(), (std::vector<double>{0.5, 3}));
+}
+
 TEST(CoxReferencePoints, PointOfAnUnknownParameterIsCountedAndThenDropped)
 {
     CoxParts parts;
@@ -563,6 +573,31 @@ TEST(CoxReferencePoints, OnAnotherFamilyAreRefusedByParameterAndModelType)
     const VSException refusal = RefusalOf(document);
     EXPECT_EQ(refusal.GetErrorCode(), kReferencePointFamily);
     EXPECT_EQ(refusal.GetArguments(), (Texts{"p0", "generalLinear"}));
+}
+
+TEST(CoxReading, CategoricalTargetNeedsNoList)
+{
+    const std::string open = With(CoxParts().Text(), "name=\"status\" optype=\"continuous\"",
+                                  "name=\"status\" optype=\"categorical\"");
+    const auto model = ReadModel(open);
+    EXPECT_TRUE(model->GetTargetVar()->HasOpenCategories());
+    EXPECT_EQ(Score(static_cast<CoxRegModel&>(*model), "a", 0.0, 6.0).hazard, 0.3);
+}
+
+TEST(CoxReading, CovarianceOfCategoriesIsRefused)
+{
+    const struct {
+        const char* categories;
+        const char* named;
+    } kRows[] = {{"tRow=\"1\" tCol=\"1\"", "tCol"}, {"tCol=\"1\"", "tCol"}, {"tRow=\"1\"", "tRow"}};
+    for (const auto& row : kRows) {
+        const VSException refusal = RefusalOf(
+            With(CoxParts().Text(), "<ParamMatrix>",
+                 std::string("<PCovMatrix><PCovCell pRow=\"pf\" pCol=\"px\" value=\"1\" ") +
+                     row.categories + "/></PCovMatrix><ParamMatrix>"));
+        EXPECT_EQ(refusal.GetErrorCode(), 260191) << row.categories;
+        EXPECT_EQ(refusal.GetArguments(), (Texts{row.named, "CoxRegression"})) << row.categories;
+    }
 }
 
 TEST(CoxReading, EmptyParameterListIsTaken)

@@ -566,9 +566,14 @@ TEST(Refusals, TablesThatTakeAllMemoryAreRefusedBeforeTheyAreMade)
     EXPECT_EQ(square.GetErrorCode(), kTableTooLarge);
     EXPECT_EQ(square.GetArguments(), (std::vector<std::string>{"PCovMatrix", "12000", "12000"}));
     EXPECT_EQ(RefusalOf(Wide("generalLinear", 12000, 0, "")).GetErrorCode(), 0);
-    // A linear regression has its covariances always, one row more for its constant.
-    EXPECT_EQ(RefusalOf(Wide("regression", 12000, 0, "")).GetArguments(),
+    // A linear regression has one row more for its constant. Without a covariance it needs none,
+    // and of its predictors' cells those that are given.
+    EXPECT_EQ(RefusalOf(Wide("regression", 12000, 0, covariances)).GetArguments(),
               (std::vector<std::string>{"PCovMatrix", "12001", "12001"}));
+    const std::string cells =
+        "<PPMatrix><PPCell value=\"1\" predictorName=\"z11999\" parameterName=\"p11999\"/>"
+        "</PPMatrix><PCovMatrix/>";
+    EXPECT_EQ(RefusalOf(Wide("regression", 12000, 12000, cells)).GetErrorCode(), 0);
     const VSException design = RefusalOf(Wide("generalLinear", 12000, 13000, ""));
     EXPECT_EQ(design.GetErrorCode(), kTableTooLarge);
     EXPECT_EQ(design.GetArguments(), (std::vector<std::string>{"PPMatrix", "12000", "13000"}));
