@@ -285,16 +285,10 @@ void RegressionModel::SetUpDictVarIndex(const ScoreCaseRecord* record, bool deri
     dictVarIndexSet = true;
     numPredictors = static_cast<int>(predictorVars.size());
     predictorDictIndex.assign(predictorVars.size(), -1);
-    if (needDerivedPredictor) derivedDictIndex.assign(predictorVars.size(), -1);
     for (size_t i = 0; i < predictorVars.size(); ++i) {
         const ScoreDictVar* var = predictorVars[i];
         if (var == nullptr) continue;
-        if (!var->IsDerived()) {
-            predictorDictIndex[i] = var->GetDictIndex();
-            continue;
-        }
-        if (needDerivedPredictor) derivedDictIndex[i] = var->GetDictIndex();
-        if (derivedInRecord) predictorDictIndex[i] = var->GetDictIndex();
+        if (derivedInRecord || !var->IsDerived()) predictorDictIndex[i] = var->GetDictIndex();
     }
 }
 

@@ -177,9 +177,8 @@ protected:
 
     std::vector<char> predictorIsDerived;  ///< per predictor what its variable answers
 
-    // Positions of SetUpDictVarIndex(); -1 when unknown.
+    /// Per predictor its position in the record, by SetUpDictVarIndex(); -1 when unknown.
     std::vector<int> predictorDictIndex;
-    std::vector<int> derivedDictIndex;
 
     // Scratch of the case.
     std::vector<double> designRow;

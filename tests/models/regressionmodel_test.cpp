@@ -153,7 +153,6 @@ public:
     bool forgetRoles = false;
     using RegressionModel::betas;
     using RegressionModel::categoryBetas;
-    using RegressionModel::derivedDictIndex;
     using RegressionModel::dictVarIndexSet;
     using RegressionModel::ParameterPredictor;
     using RegressionModel::predictorDictIndex;
@@ -280,14 +279,12 @@ TEST_F(Binding, WritesPositionsIntoTheSharedVariables)
     EXPECT_EQ(built.Dictionary().GetVar("x")->GetDictIndex(), 2);
     EXPECT_EQ(built.Dictionary().GetVar("y")->GetDictIndex(), -1);  // not in the record
     EXPECT_EQ(built.model.predictorDictIndex, (std::vector<int>{2, -1}));
-    EXPECT_EQ(built.model.derivedDictIndex, (std::vector<int>{-1, -1}));
 }
 
 TEST_F(Binding, FindsDerivedPositionsWhenTheRecordHoldsThem)
 {
     built.model.SetUpDictVarIndex(&record, true);
     EXPECT_EQ(built.model.predictorDictIndex, (std::vector<int>{2, 0}));
-    EXPECT_EQ(built.model.derivedDictIndex, (std::vector<int>{-1, 0}));
 }
 
 }  // namespace
