@@ -740,6 +740,19 @@ TEST(GZLRModel, RowOfBetasIsSettledByTheFirstCase)
     EXPECT_EQ(rows.slot.result->GetPrediction()->GetString(), "no");  // a mean of 0.75 still
 }
 
+TEST(GZLRModel, CellWrittenAfterTheSetupIsFinishedChangesNoScore)
+{
+    Small small;
+    GZLRModel& model = small.Ready();
+    small.Cell("p1", "f", "a");  // releases the value that stood there
+    small.Cell("p2", "x", "3");
+    Scored scored;
+    Case c = Row("b", 2.0);
+    Score(model, c, scored);
+    ASSERT_TRUE(scored.status.IsOK());
+    EXPECT_EQ(scored.slot.Number(), 1.0 + 2.0 + 0.5 * 4.0);
+}
+
 std::string LinesAfterTheCommonPart(const GZLRModel& model)
 {
     std::ostringstream out;
