@@ -147,7 +147,6 @@ public:
 
     bool IsFresh() const { return fresh_; }
     const MCScore::MCStatus& Status() const { return status_; }
-    bool DerivedInRecord() const { return derivedInRecord_; }
 
     /// Step 10: the prediction as a number. A result that has no prediction yet is filled as a
     /// fresh one.

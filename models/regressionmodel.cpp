@@ -245,8 +245,9 @@ void RegressionModel::ListParameterCells()
             const auto k = static_cast<size_t>(predictor);
             if (k >= predictorVars.size()) break;
             const bool isFactor = k < predictorRoles.size() && predictorRoles[k] == ROLE_FACTOR;
-            parameterCells.push_back(
-                {predictor, isFactor, value.get(), isFactor ? 0.0 : value->GetDouble()});
+            parameterCells.push_back({predictor, isFactor,
+                                      std::unique_ptr<const ScoreValue>(value->Clone()),
+                                      isFactor ? 0.0 : value->GetDouble()});
         }
         parameterCellsBegin.push_back(parameterCells.size());
     }
@@ -287,16 +288,10 @@ void RegressionModel::SetUpDictVarIndex(const ScoreCaseRecord* record, bool deri
     dictVarIndexSet = true;
     numPredictors = static_cast<int>(predictorVars.size());
     predictorDictIndex.assign(predictorVars.size(), -1);
-    if (needDerivedPredictor) derivedDictIndex.assign(predictorVars.size(), -1);
     for (size_t i = 0; i < predictorVars.size(); ++i) {
         const ScoreDictVar* var = predictorVars[i];
         if (var == nullptr) continue;
-        if (!var->IsDerived()) {
-            predictorDictIndex[i] = var->GetDictIndex();
-            continue;
-        }
-        if (needDerivedPredictor) derivedDictIndex[i] = var->GetDictIndex();
-        if (derivedInRecord) predictorDictIndex[i] = var->GetDictIndex();
+        if (derivedInRecord || !var->IsDerived()) predictorDictIndex[i] = var->GetDictIndex();
     }
 }
 

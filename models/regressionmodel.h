@@ -163,11 +163,12 @@ protected:
                 parameterPredictors.data() + parameterPredictorsBegin[parameter + 1]};
     }
 
-    /// One predictor that a parameter depends on, with its cell of ppcMatrix.
+    /// One predictor that a parameter depends on, with a copy of its cell of ppcMatrix: what is
+    /// written there after FinishSetup() changes nothing here.
     struct ParameterCell {
         int predictor;
         bool isFactor;
-        const ScoreValue* cell;
+        std::unique_ptr<const ScoreValue> cell;
         double exponent;  ///< a covariate's; the cell as a number
     };
     /// ppcMatrix without its empty cells, for the families that have no numericPPMatrix: parameter
@@ -182,9 +183,8 @@ protected:
 
     std::vector<char> predictorIsDerived;  ///< per predictor what its variable answers
 
-    // Positions of SetUpDictVarIndex(); -1 when unknown.
+    /// Per predictor its position in the record, by SetUpDictVarIndex(); -1 when unknown.
     std::vector<int> predictorDictIndex;
-    std::vector<int> derivedDictIndex;
 
     // Scratch of the case.
     std::vector<double> designRow;

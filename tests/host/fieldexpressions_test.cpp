@@ -5,10 +5,10 @@
 
 #include <gtest/gtest.h>
 
-#include "allocations.h"
 #include "derivation.h"
 #include "host/catencoder.h"
 #include "host/messages.h"
+#include "tests/allocations.h"
 
 namespace MCVelscore_850 {
 namespace {
@@ -507,9 +507,9 @@ TEST(Evaluation, AllocatesNothingAfterTheFirstCase)
     for (int round = 0; round < 3; ++round) {
         for (const std::string& name : names) d[name];
     }
-    const long before = Allocations();
+    const long before = AllocationCount();
     for (const std::string& name : names) d[name];
-    EXPECT_EQ(Allocations(), before);
+    EXPECT_EQ(AllocationCount(), before);
 }
 
 }  // namespace

@@ -14,9 +14,9 @@
 #include "models/mlrresult.h"
 #include "readers/generalregressiontranslator.h"
 #include "readers/regressiontranslator.h"
+#include "tests/allocations.h"
 #include "tests/models/modelfixture.h"
 #include "tests/readers/legacyparts.h"
-#include "tests/readers/liveallocations.h"
 #include "tests/readers/readdocument.h"
 
 namespace MCVelscore_850 {
