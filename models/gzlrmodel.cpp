@@ -181,7 +181,7 @@ MCScore::MCStatus GZLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult
     int trials = -1;
     if (trialsKind == VARIABLE && !ReadTrials(trials)) {
         if (missingValuePolicy != MV_STATUS_ONLY) walk.WriteMissingPrediction();
-        walk.SetStatus(MCScore::kCaseNotScorable);
+        walk.SetStatus(MCScore::kCaseNotScorable, trialsVar);
         return walk.Status();
     }
     if (binaryTarget) {

@@ -43,6 +43,7 @@ public:
     const ScoreDictVar* GetTargetVar() const override { return targetVar; }
     bool GetPredictionOnly() const override { return predictionOnly; }
     void Display(std::ostream& out) const override;
+    const ScoreDictVar* GetFailedVar() const override { return failedVar; }
 
     /// Registers a name once, with the next index. A name that is there keeps its index and label,
     /// and the answer is false.
@@ -182,6 +183,7 @@ protected:
     std::vector<int> derivedDictIndex;
 
     // Scratch of the case.
+    const ScoreDictVar* failedVar = nullptr;  ///< as GetFailedVar() tells it
     std::vector<double> designRow;
     std::vector<size_t> metParameters;  ///< parameters whose design value isn't 0
     std::vector<double> caseValues;
