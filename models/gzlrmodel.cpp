@@ -284,11 +284,12 @@ void GZLRModel::Describe(ModelDescription& description) const
         DescribeClasses(description);
     } else {
         description.equations.push_back(DescribeEquation(0));
+        const bool lacks = !description.hasCovariances;
         description.quantities = {
             {"prediction", "mean of the target"},
-            {"std_dev", "standard error of the linear predictor"},
-            {"ci_lower", "mean at the lower 95% confidence limit of the linear predictor"},
-            {"ci_upper", "mean at the upper 95% confidence limit of the linear predictor"},
+            {"std_dev", "standard error of the linear predictor", lacks},
+            {"ci_lower", "mean at the lower 95% confidence limit of the linear predictor", lacks},
+            {"ci_upper", "mean at the upper 95% confidence limit of the linear predictor", lacks},
         };
         if (linkFunction == LINK_POWER && linkParameter < 0.0) {
             std::swap(description.quantities[2].meaning, description.quantities[3].meaning);
