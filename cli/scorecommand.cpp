@@ -112,12 +112,12 @@ void RefuseOutputOntoInput(const ScoreArguments& arguments, const InputFile& cas
 
 std::string FirstCaseText(long code, const NotScored& cases)
 {
-    if (!cases.text.empty()) {
+    if (cases.text && TellsTheCase(static_cast<int>(code))) {
         return MessageText(static_cast<int>(code),
-                           {ShortText(cases.text), cases.field, std::to_string(cases.row)});
+                           {ShortText(*cases.text), cases.field, std::to_string(cases.row)});
     }
-    return cases.field.empty() ? fmt::format("row {}", cases.row)
-                               : fmt::format("row {}, field {}", cases.row, cases.field);
+    const std::string fault = FaultText(cases.field, cases.text);
+    return fmt::format("row {}{}{}", cases.row, fault.empty() ? "" : ", ", fault);
 }
 
 // One line: cases scored, cases not scored by code, values that the dictionary doesn't list.
@@ -140,7 +140,7 @@ std::string ClosingLine(const ScoringReport& report)
         for (size_t i = 0; i < unlisted.first.size(); ++i) {
             line += fmt::format("{}'{}'", i == 0 ? "" : ", ", ShortText(unlisted.first[i]));
         }
-        line += ")";
+        line += unlisted.oneMayBeReference ? "; one of these may be the reference)" : ")";
     }
     return line;
 }

@@ -147,6 +147,9 @@ void CasePreparer::AddVariable(const ScoreDictVar& var, std::vector<std::string>
     binding.countsUnlisted = binding.dictVar != nullptr && var.AcceptsUnlisted();
     binding.treated = binding.countsUnlisted;
     binding.unlisted.column = var.GetName();
+    const auto& withoutReference = options_.withoutReference;
+    binding.unlisted.oneMayBeReference = std::find(withoutReference.begin(), withoutReference.end(),
+                                                   var.GetName()) != withoutReference.end();
     names.push_back(var.GetName());
     bindings_.push_back(std::move(binding));
 }
@@ -218,6 +221,30 @@ CaseStatus CasePreparer::Prepare(std::span<const std::string_view> fields)
                                              record_.get(), dictionary_, transformations_));
     }
     return {};
+}
+
+const ScoreDictVar* CasePreparer::FindVar(const std::string& name) const
+{
+    return FindVariable(dictionary_, transformations_, name);
+}
+
+CaseStatus CasePreparer::Refusal(long code, const ScoreDictVar* failed,
+                                 std::span<const std::string_view> fields) const
+{
+    if (failed == nullptr) return {code};
+    const ScoreDictVar* blamed = failed;
+    while (blamed->IsDerived()) {
+        const auto& inputs = static_cast<const TransformVar*>(blamed)->Inputs();
+        const auto bad = std::find_if(inputs.begin(), inputs.end(), [&](const auto* input) {
+            return !input->Accepts(record_->GetValue(input->GetName()));
+        });
+        if (bad == inputs.end() && inputs.size() != 1) break;
+        blamed = bad == inputs.end() ? inputs.front() : *bad;
+    }
+    for (const Binding& binding : bindings_) {
+        if (binding.var == blamed) return {code, &blamed->GetName(), fields[binding.column]};
+    }
+    return {code, &blamed->GetName()};
 }
 
 std::vector<std::string> CasePreparer::InputNames() const
@@ -361,11 +388,12 @@ bool CasePreparer::SetReplacement(const Binding& binding, const std::string& tex
 void CasePreparer::CountUnlisted(Binding& binding, std::string_view text)
 {
     UnlistedValues& unlisted = binding.unlisted;
-    ++unlisted.count;
     if (unlisted.first.size() < UnlistedValues::kShown &&
         std::find(unlisted.first.begin(), unlisted.first.end(), text) == unlisted.first.end()) {
         unlisted.first.emplace_back(text);
     }
+    if (unlisted.oneMayBeReference && unlisted.first.front() == text) return;
+    ++unlisted.count;
 }
 
 }  // namespace MCVelscore_850

@@ -35,15 +35,19 @@ struct CaseOptions {
     /// Variables to prepare beside those that the model reads. A table may lack their columns, and
     /// text that can't be read is a missing value in them.
     std::vector<std::string> alsoRead{};
+    /// Variables whose list of categories may lack their reference category.
+    std::vector<std::string> withoutReference{};
 };
 
 /// Whether a row became a case.
 struct CaseStatus {
-    long code = 0;                       ///< 0, or the code that refuses the row
-    const std::string* field = nullptr;  ///< the field at fault, when there is one
-    std::string_view text;               ///< what stood in it
+    long code = 0;                           ///< 0, or the code that refuses the row
+    const std::string* field = nullptr;      ///< the field at fault, when there is one
+    std::optional<std::string_view> text{};  ///< what stood in it; none of a derived field
 
     bool IsOK() const { return code == 0; }
+    /// Empty when no single field is at fault.
+    std::string_view FieldName() const { return field == nullptr ? std::string_view() : *field; }
 };
 
 /// Values of one column that its variable accepts without listing them: often a typing error.
@@ -53,6 +57,9 @@ struct UnlistedValues {
     std::string column;
     int64_t count = 0;
     std::vector<std::string> first;  ///< the first different ones, at most kShown
+    /// One different value may be the reference category, which the list lacks. The first one
+    /// isn't counted then; which of them it is nobody knows.
+    bool oneMayBeReference = false;
 };
 
 /// Turns the rows of a table into cases for one model: typed values in one record, overwritten
@@ -86,6 +93,14 @@ public:
     CaseStatus Prepare(std::span<const std::string_view> fields);
 
     const CaseRecord& Record() const { return *record_; }
+
+    /// The model's variable of that name, data or derived; null when it has none.
+    const ScoreDictVar* FindVar(const std::string& name) const;
+    /// The status of a prepared row that the model failed with a code for a variable, null when it
+    /// blames none. A derived variable hands the blame on to its first input that is missing or
+    /// not valid, or to its only one: the table has no field of its own name.
+    CaseStatus Refusal(long code, const ScoreDictVar* failed,
+                       std::span<const std::string_view> fields) const;
 
     /// The data variables that are read, in the order of their values in the record.
     std::vector<std::string> InputNames() const;

@@ -55,6 +55,7 @@ bool PCovMatrix::Write(int row, int column, double value)
     if (cells.empty()) cells.assign(dimension, std::vector<double>(dimension, 0.0));
     cells[r][c] = value;
     cells[c][r] = value;
+    written = true;
     return true;
 }
 
@@ -98,16 +99,6 @@ double PCovMatrix::GetCell(const std::string& parameterA, const std::string& par
 {
     if (form != PLAIN) return 0.0;
     return GetCell(ParameterIndex(parameterA), ParameterIndex(parameterB));
-}
-
-bool PCovMatrix::HasNonzeroCell() const
-{
-    for (const auto& row : cells) {
-        for (const double cell : row) {
-            if (cell != 0.0) return true;
-        }
-    }
-    return false;
 }
 
 }  // namespace MCVelscore_850

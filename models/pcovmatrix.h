@@ -50,8 +50,8 @@ public:
         return SetCell(parameterA, parameterB, categoryA, std::string(categoryB), value);
     }
 
-    /// False when nothing was written but zeros.
-    bool HasNonzeroCell() const;
+    /// True when some cell was written, were it a zero: a document's zeros are covariances too.
+    bool IsWritten() const { return written; }
     /// The cell, 0.0 unless both are in 0 .. P - 1, in every form: no scorer reads beyond.
     double GetCell(int row, int column) const
     {
@@ -78,6 +78,7 @@ private:
     size_t dimension;
     size_t numParameters;
     int numCategories;
+    bool written = false;
 };
 
 }  // namespace MCVelscore_850

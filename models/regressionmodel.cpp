@@ -300,7 +300,7 @@ void RegressionModel::DescribeCommon(ModelDescription& description) const
     if (targetVar != nullptr) description.target = targetVar->GetName();
     description.degreesOfFreedom = df;
     // Some families make the matrix whether the document has covariances or not.
-    description.hasCovariances = pcovMatrix != nullptr && pcovMatrix->HasNonzeroCell();
+    description.hasCovariances = pcovMatrix != nullptr && pcovMatrix->IsWritten();
     for (size_t i = 0; i < predictorVars.size(); ++i) {
         if (predictorVars[i] == nullptr) continue;
         const std::string& name = predictorVars[i]->GetName();

@@ -43,6 +43,7 @@ public:
     const ScoreDictVar* GetTargetVar() const override { return targetVar; }
     bool GetPredictionOnly() const override { return predictionOnly; }
     void Display(std::ostream& out) const override;
+    const ScoreDictVar* GetFailedVar() const override { return failedVar; }
     /// The pieces of Display(): a matrix row by row under its name and size, and a map's entries
     /// ascending by name.
     void DisplayMatrix(const std::string& name, const Matrix& matrix, std::ostream& out) const;
@@ -187,6 +188,7 @@ protected:
     std::vector<int> predictorDictIndex;
 
     // Scratch of the case.
+    const ScoreDictVar* failedVar = nullptr;  ///< as GetFailedVar() tells it
     std::vector<double> designRow;
     std::vector<size_t> metParameters;  ///< parameters whose design value isn't 0
     std::vector<double> caseValues;

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <xercesc/util/XercesDefs.hpp>
 
@@ -20,6 +21,8 @@ struct Change {
     std::string text;
     /// The target's first category was declared last.
     bool rotatedTarget = false;
+    /// Fields that got the categories of their cells as their list.
+    std::vector<std::string> listedByCells{};
 };
 
 /// A rule looks at a PMML document from its root and changes it where it applies; nothing is

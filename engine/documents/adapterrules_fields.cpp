@@ -260,9 +260,11 @@ std::optional<Change> ListCategoriesOfCells(xercesc::DOMElement* root)
         names.push_back(name);
     }
     if (names.empty()) return std::nullopt;
-    return Change{place, "factor " + Listed(names) +
+    Change change{place, "factor " + Listed(names) +
                              " lists no values: those of its cells are taken, and any other value "
                              "counts as the reference"};
+    change.listedByCells = std::move(names);
+    return change;
 }
 
 }  // namespace MCVelscore_850

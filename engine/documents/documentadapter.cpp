@@ -61,7 +61,7 @@ std::vector<Adaptation> AdaptDocument(Document& document)
     for (const RuleRow& row : kRules) {
         if (auto change = row.apply(root)) {
             adaptations.push_back({row.name, std::move(change->text), std::move(change->place),
-                                   change->rotatedTarget});
+                                   change->rotatedTarget, std::move(change->listedByCells)});
         }
     }
     return adaptations;

@@ -291,6 +291,20 @@ TEST_F(CasePreparerTest, UnlistedValuesAreCountedWithTheFirstThreeDifferentOnes)
     EXPECT_EQ(unlisted[0].first, (std::vector<std::string>{"femal", "mael", "M"}));
 }
 
+TEST_F(CasePreparerTest, TheFirstUnlistedValueMayBeTheReferenceThatAListLacks)
+{
+    model_.AddText("sex", {"f"}).SetAcceptsUnlisted(true);
+    Bind({"sex"}, {.withoutReference = {"sex"}});
+    for (const char* text : {"m", "f", "m", "", "m"}) ASSERT_TRUE(Prepare({text}).IsOK());
+    EXPECT_TRUE(preparer_->Unlisted().empty());
+    for (const char* text : {"mael", "m", "mael"}) ASSERT_TRUE(Prepare({text}).IsOK());
+    const std::vector<UnlistedValues> unlisted = preparer_->Unlisted();
+    ASSERT_EQ(unlisted.size(), 1u);
+    EXPECT_EQ(unlisted[0].count, 2);
+    EXPECT_EQ(unlisted[0].first, (std::vector<std::string>{"m", "mael"}));
+    EXPECT_TRUE(unlisted[0].oneMayBeReference);
+}
+
 // Twice a variable, read from the record as any expression does.
 class Twice final : public Expression {
 public:

@@ -30,9 +30,7 @@ class OutputShaperTest : public testing::Test {
 protected:
     OutputShaperTest()
         : file_(testing::TempDir() + "outputshaper_" + std::to_string(::getpid())), writer_(file_)
-    {
-        description_.variables = {"x", "y"};
-    }
+    {}
     ~OutputShaperTest() override { std::remove(file_.c_str()); }
 
     OutputShaper Shaper(int resultType, OutputOptions options = {}, Names header = {"id", "x", "y"})
@@ -201,6 +199,19 @@ TEST_F(OutputShaperTest, MissingNumbersAreEmptyFields)
     EXPECT_EQ(Written(), "2,,,,0,\n");
 }
 
+TEST_F(OutputShaperTest, NumbersThatTheDocumentCannotGiveAreEmptyFields)
+{
+    description_.quantities = {{"prediction", ""}, {"std_dev", "", true}, {"ci_upper", "", true}};
+    OutputShaper shaper = Shaper(ScoreResult::LR_RESULT);
+    LRResult result(nullptr);
+    result.SetPrediction(new NumericValue(2.0));
+    result.SetStdDev(0.0);
+    result.SetCIBottom(2.0);
+    result.SetCITop(2.0);
+    shaper.WriteScored(writer_, Row{"1", "2", "3"}, CaseRecord({}), result);
+    EXPECT_EQ(Written(), "2,,2,,0,\n");
+}
+
 TEST_F(OutputShaperTest, RowWithoutAScoreShowsStatusAndFieldAlone)
 {
     OutputShaper shaper = Shaper(ScoreResult::LR_RESULT, {.keep = {"id"}});
@@ -227,17 +238,6 @@ TEST_F(OutputShaperTest, CoxResultShowsItsCumulativeHazard)
     result.SetCumHazardValue(0.75);
     shaper.WriteScored(writer_, Row{"", "", ""}, CaseRecord({}), result);
     EXPECT_EQ(Written(), "0.5,0.75,0,\n");
-}
-
-TEST_F(OutputShaperTest, StatusNamesThePredictorThatItBlames)
-{
-    const OutputShaper shaper = Shaper(ScoreResult::LR_RESULT);
-    MCScore::MCStatus status(90029, false);
-    EXPECT_EQ(shaper.FieldOf(status), "");
-    status.SetDiscreteDatum(0, 1);
-    EXPECT_EQ(shaper.FieldOf(status), "y");
-    status.SetDiscreteDatum(0, 2);
-    EXPECT_EQ(shaper.FieldOf(status), "");
 }
 
 }  // namespace

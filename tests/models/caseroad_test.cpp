@@ -118,6 +118,27 @@ TYPED_TEST(EveryFamily, NullRecordIsTracedWhereTheFamilyDoes)
     EXPECT_EQ(lines, std::vector<std::string>{"MCStatus error code is :90029"});
 }
 
+TYPED_TEST(EveryFamily, TheVariableThatACaseFailedForIsRememberedUntilTheNext)
+{
+    this->Build();
+    const auto failed = [&] { return this->built.model.GetFailedVar(); };
+    const auto var = [&](const char* name) {
+        return this->built.model.GetDictionary()->GetVar(name);
+    };
+    for (const bool names : {true, false}) {  // the status may name it or not
+        this->built.model.road.namesBadPredictor = names;
+        EXPECT_FALSE(this->Score(kSysmis, 2).IsOK());
+        EXPECT_EQ(failed(), var("a"));
+        EXPECT_FALSE(this->Score(kSysmis, kSysmis).IsOK());
+        EXPECT_EQ(failed(), var("b"));  // the last one
+        EXPECT_TRUE(this->Score(1, 2).IsOK());
+        EXPECT_EQ(failed(), nullptr);
+    }
+    EXPECT_FALSE(this->Score(kSysmis, 2).IsOK());
+    this->built.model.GetScore(nullptr, this->slot.result, true);
+    EXPECT_EQ(failed(), nullptr);
+}
+
 TYPED_TEST(EveryFamily, ResultOfTheRightTypeIsReusedWithItsPredictionObject)
 {
     this->Build();

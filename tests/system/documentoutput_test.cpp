@@ -169,7 +169,7 @@ TEST_F(DocumentOutput, EachDifferenceIsTold)
               "record 1, y: expected 15.2, found 15\n"
               "record 1, se: expected 2.00001, found 2\n"
               "record 2, y: expected 0.5, found 0.6\n"
-              "record 3, y: expected 1, found nothing (status 90029)\n"
+              "record 3, y: expected 1, found nothing (status 90029, field x: empty)\n"
               "record 4, y: expected nothing, found 3\n");
     EXPECT_EQ(run.err, "velscore: 4 records, 8 values compared, 5 differ\n");
 }
