@@ -12,12 +12,12 @@
 
 #include "engine/miningtreatment.h"
 #include "host/caserecord.h"
+#include "host/dictvar.h"
 #include "host/modeldescription.h"
 
 namespace MCVelscore_850 {
 
 class DateTimeValue;
-class DictVar;
 class NumericValue;
 class ScoreDictVar;
 class ScoreDictionary;
@@ -72,8 +72,11 @@ struct UnlistedValues {
 ///           category of that name. Every value is set anew for each row, since a model may write
 ///           its replacements into the record.
 /// Treatment What the mining schema leaves to the host, in this order: outliers that count as the
-///           limits; invalid values as missing, as another value or as a refusal; missing values
-///           of categorical fields by their replacement.
+///           limits, missing values apart; invalid values as they are, as missing, as another value
+///           or as a refusal; missing values by their replacement, but for continuous fields that
+///           the model alone reads, since it replaces them itself. What the schema puts in, or
+///           wants as it is, is valid whatever the variable lists; where a factor's contrasts have
+///           a row for each category alone, its variable judges it all the same.
 /// Derived   values stand in the same record: GetScore is told that they are there.
 /// Errors    kMissingColumn, kDuplicateColumn (Failure) from the constructor; a row that can't be
 ///           a case answers its code.
@@ -113,7 +116,7 @@ public:
 
 private:
     enum class Kind { Number, Text, DateTime };
-    enum class Invalid { LeaveToModel, AsMissing, AsValue, Refuse };
+    enum class Invalid { LeaveToModel, AsIs, AsMissing, AsValue, Refuse };
 
     /// One data variable: its column, its value in the record, and what to do with the value.
     struct Binding {
@@ -126,14 +129,14 @@ private:
         DateTimeValue* dateTime = nullptr;
         bool optional = false;  ///< of CaseOptions::alsoRead
         bool naIsMissing = true;
-        bool spells = false;  ///< a boolean, whose declared spelling is taken
-        bool clamps = false;
-        double low = 0.0;
-        double high = 0.0;
-        bool treated = false;  ///< some member below says something
+        bool spells = false;                      ///< a boolean, whose declared spelling is taken
+        std::optional<DictVar::Limits> extremes;  ///< of outliers that count as the limits
+        bool treated = false;                     ///< some member below says something
         Invalid invalid = Invalid::LeaveToModel;
         bool refusesMissing = false;
         bool countsUnlisted = false;
+        bool isFactor = false;  ///< of the model's equations
+        bool hasContrasts = false;
         std::optional<std::string> invalidReplacement;
         std::optional<std::string> missingReplacement;
         UnlistedValues unlisted;
@@ -147,12 +150,18 @@ private:
     void AddVariable(const ScoreDictVar& var, std::vector<std::string>& names,
                      const std::span<const std::string>* columns = nullptr);
     void BindColumns(std::span<const std::string> header, const std::string& tableName);
-    void ApplyTreatment(Binding& binding, const MiningFieldTreatment& treatment) const;
+    void ApplyTreatment(Binding& binding, const MiningFieldTreatment& treatment,
+                        const ModelDescription& description) const;
+    bool LeavesReplacementToModel(const ScoreDictVar& var,
+                                  const ModelDescription& description) const;
     bool IsMissingText(const Binding& binding, std::string_view text) const;
     long SetValue(Binding& binding, std::string_view text);
     long Treat(Binding& binding, std::string_view text);
     bool ReadDecimal(std::string_view text, double& number);
+    static void TakeExtreme(Binding& binding);
     static void SetMissing(Binding& binding);
+    /// Not for a text.
+    static void SetPlainNumber(const Binding& binding, double number);
     static ScoreValue& ValueOf(const Binding& binding);
     static bool SetReplacement(const Binding& binding, const std::string& text);
     static void CountUnlisted(Binding& binding, std::string_view text);
@@ -160,6 +169,7 @@ private:
     CaseOptions options_;
     const ScoreDictionary* dictionary_;
     const ScoreDictionary* transformations_;
+    bool modelSubstitutes_;
     std::vector<Binding> bindings_;
     std::vector<Derived> derived_;  ///< inputs before what reads them
     std::unordered_set<const ScoreDictVar*> seen_;

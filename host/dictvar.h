@@ -19,8 +19,9 @@ namespace MCVelscore_850 {
 
 struct TargetDeclaration;
 
-/// The truth that a word spells: true, TRUE, T, 1 or false, FALSE, F, 0; nothing for other texts.
-std::optional<bool> TruthOf(std::string_view text);
+/// The truth that a word spells: true, TRUE, True, T, 1, 1.0 or false, FALSE, False, F, 0, 0.0;
+/// nothing for other texts.
+VELHOST_API std::optional<bool> TruthOf(std::string_view text);
 
 /// The type of a variable, as its declaration tells it.
 struct DictVarType {
@@ -97,6 +98,13 @@ public:
     /// A value that is missing, which says nothing of those that are valid: an open variable stays
     /// open. Dropped when the value was declared before.
     void DeclareMissingValue(std::unique_ptr<ScoreValue> value);
+    /// The limits beyond which a value is an outlier, as plain numbers of the variable's values;
+    /// infinite where there is none.
+    struct Limits {
+        double low;
+        double high;
+    };
+    Limits OutlierLimits() const;
     /// Numbers from low to high, both included, are missing; several ranges add up.
     void DeclareMissingRange(double low, double high);
     void SetAcceptsUnlisted(bool accepts) { acceptsUnlisted_ = accepts; }
@@ -140,10 +148,14 @@ private:
     /// Takes a category over unless it is there already.
     void Append(std::unique_ptr<ScoreValue> category);
     bool IsValidNumber(double number) const;
+    /// True for a fraction in a continuous variable of whole numbers. The limits that outliers are
+    /// set to are the document's own and may have one.
+    bool RefusesFraction(double number) const;
     /// Every finite number but the system-missing one is sure where nothing restricts the variable.
     void UpdateSureRange();
 
     DictVarType type_;
+    bool whole_;  // a continuous variable of whole numbers
     Listing categories_;
     Listing missing_;
     Listing invalid_;

@@ -94,6 +94,9 @@ std::optional<Change> AcceptValuesAsIs(xercesc::DOMElement* root);
 std::optional<Change> ListCategoriesOfCells(xercesc::DOMElement* root);
 /// A missingValueReplacement that is no number is dropped from a continuous field.
 std::optional<Change> DropReplacementsThatAreNoNumbers(xercesc::DOMElement* root);
+/// Changes nothing, but says that a factor's missing or invalid values are replaced by a text that
+/// is none of its categories: the exporter means that no indicator is met.
+std::optional<Change> NoteUnlistedReplacements(xercesc::DOMElement* root);
 
 // Transformations (adapterrules_transformations.cpp).
 

@@ -34,6 +34,7 @@ constexpr RuleRow kRules[] = {
     {"categories-of-cells", ListCategoriesOfCells},
     {"values-as-is", AcceptValuesAsIs},
     {"contrast-columns", SpreadContrasts},
+    {"replacement-unlisted", NoteUnlistedReplacements},
     {"merged-transformations", MergeTransformations},
     {"covariance-categories", DropCovariancesWithoutCategories},
     {"regression-order", MakeUnorderedRegressionGeneralLinear},

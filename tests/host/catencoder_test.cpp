@@ -93,6 +93,19 @@ TEST(CatEncoder, UnlistedValuesShareThePositionAfterTheLast)
     EXPECT_EQ(var.GetCatEncoder()->EncodeValue(&otherKind), -1);
 }
 
+TEST(CatEncoder, TextThatIsTakenAsItIsHasThePositionAfterTheLast)
+{
+    DictVar var(TextType());
+    Declare(var, {"a", "b"});
+    var.SetUpCatEncoder();
+    StringValue value("z");
+    EXPECT_EQ(var.GetCatEncoder()->EncodeValue(&value), -1);
+    value.SetTakenAsIs(true);
+    EXPECT_EQ(var.GetCatEncoder()->EncodeValue(&value), 2);
+    value.Assign("b");
+    EXPECT_EQ(var.GetCatEncoder()->EncodeValue(&value), 1);
+}
+
 TEST(CatEncoder, ReadsATextAsTheVariablesKind)
 {
     DictVar code(CodeType());
