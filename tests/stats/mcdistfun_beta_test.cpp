@@ -138,6 +138,23 @@ TEST(BetaQuantile, OddStartValueIsMadeUpForByTheIteration)
     EXPECT_NEAR(Beta(D::betinv(0.3, 0.7, 0.5), 0.7, 0.5), 0.3, 1e-9);
 }
 
+// Values by tests/data/stats/branches.py. Each first step is above 3^200, and has to be cut below 1.
+TEST(BetaQuantile, StepOfAnySizeIsCutUntilItStaysInside)
+{
+    EXPECT_NEAR(D::betinv(1e-20, 20.0, 0.5), 0.11063208709344213, 2e-10);
+    EXPECT_NEAR(D::betinv(0.5, 3000.0, 0.05), 0.99999999981417463, 2e-10);
+    EXPECT_NEAR(D::betinv(1e-11, 15.0, 0.5), 0.20870273591956823, 2e-10);
+}
+
+// On purpose the 50th round is the last, settled or not, and a factor that overflows ends it with the
+// mean: so far out the answer is not the quantile (0.00257 and 0.108 by tests/data/stats/branches.py,
+// which has the answers of the same steps at 50 digits as well).
+TEST(BetaQuantile, SearchThatHasNotSettledEndsWhereItIs)
+{
+    EXPECT_NEAR(D::betinv(2e-40, 15.0, 0.5), 0.029941565745381748, 1e-12);
+    EXPECT_EQ(D::betinv(2e-40, 40.0, 0.5), 40.0 / 40.5);
+}
+
 TEST(BetaQuantile, DampingIsBound)
 {
     // An infinite parameter makes every step NaN, which no cut brings inside.

@@ -54,10 +54,6 @@ TEST(RoundTrip, BetaEndsWithinItsStep)
         for (const double b : kSizes)
             for (const double p : kProbabilities) {
                 const double x = D::IdfBeta(p, a, b);
-                if (x == -1.0) {  // the first step is beyond the 200 cuts of the damping, 3^200
-                    EXPECT_GT(std::max(a, b) / std::min(a, b), 5e4) << p << ", " << a << ", " << b;
-                    continue;
-                }
                 const double low = D::CdfBeta(std::max(0.0, x - 2e-10), a, b);
                 const double high = D::CdfBeta(std::min(1.0, x + 2e-10), a, b);
                 const double rounding = 1e-12 + 6e-14 * (a + b);
