@@ -89,9 +89,9 @@ public:
     void SetNeedDerivedPredictor(bool need) { needDerivedPredictor = need; }
     bool NeedDerivedPredictor() const { return needDerivedPredictor; }
 
-    /// Copies the tables into plain arrays; once, after every cell is written. Always true. The
-    /// predictor-to-parameter matrix takes no further cell. Under
-    /// MV_SUBSTITUTE with nothing to substitute the policy becomes MV_SYSMIS_RESULT for good.
+    /// Copies the tables into plain arrays; once, after every cell is written. Always true. From
+    /// then on the predictor-to-parameter matrix takes no further cell. Under MV_SUBSTITUTE with
+    /// nothing to substitute the policy becomes MV_SYSMIS_RESULT for good.
     bool FinishSetup();
     /// Binds the model to the layout of the first indexed record; all later records are taken to
     /// have it. Writes the positions into the shared variables.

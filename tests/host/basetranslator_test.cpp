@@ -27,7 +27,6 @@ public:
     }
 };
 
-
 // Comments, text and a nested element of the same tag stand between what is looked for.
 constexpr char kSmall[] =
     "<a x='1' empty=''> text <!-- note --><b n='first'><c n='inner'/></b>"
