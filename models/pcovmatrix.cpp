@@ -55,7 +55,6 @@ bool PCovMatrix::Write(int row, int column, double value)
     if (cells.empty()) cells.assign(dimension, std::vector<double>(dimension, 0.0));
     cells[r][c] = value;
     cells[c][r] = value;
-    written = true;
     return true;
 }
 

@@ -51,7 +51,7 @@ public:
     }
 
     /// True when some cell was written, were it a zero: a document's zeros are covariances too.
-    bool IsWritten() const { return written; }
+    bool IsWritten() const { return !cells.empty(); }
     /// The cell, 0.0 unless both are in 0 .. P - 1, in every form: no scorer reads beyond.
     double GetCell(int row, int column) const
     {
@@ -78,7 +78,6 @@ private:
     size_t dimension;
     size_t numParameters;
     int numCategories;
-    bool written = false;
 };
 
 }  // namespace MCVelscore_850

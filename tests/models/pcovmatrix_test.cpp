@@ -60,8 +60,9 @@ TEST(PCovMatrix, CellsAreMadeWithTheFirstThatIsWritten)
     EXPECT_TRUE(v.GetCells().empty());
     EXPECT_EQ(v.GetCell(0, 1), 0.0);
     EXPECT_EQ(v.GetCell("p0", "p1"), 0.0);
-    EXPECT_FALSE(v.HasNonzeroCell());
+    EXPECT_FALSE(v.IsWritten());
     EXPECT_TRUE(v.SetCell("p0", "p1", 0.5));
+    EXPECT_TRUE(v.IsWritten());
     EXPECT_EQ(v.GetCells(), (RegressionModel::Matrix{{0, 0.5, 0}, {0.5, 0, 0}, {0, 0, 0}}));
 }
 

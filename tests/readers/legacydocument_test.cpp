@@ -244,7 +244,7 @@ TEST(LegacyDocument, CellsWithoutNamesHaveNoEffectWhereNothingBearsTheEmptyName)
     Case c;
     c.With("x", 1).With("w", 1);
     EXPECT_EQ(Score(*model, c), 6.0);
-    EXPECT_FALSE(model->GetPCovMatrix()->HasNonzeroCell());
+    EXPECT_FALSE(model->GetPCovMatrix()->IsWritten());
 }
 
 TEST(LegacyDocument, CellOfATextFactorWithoutValueIsOneThatNoCaseMeets)
