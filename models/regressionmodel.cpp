@@ -244,7 +244,9 @@ void RegressionModel::ListParameterCells()
             const auto predictor = static_cast<size_t>(k);
             const bool isFactor =
                 predictor < predictorRoles.size() && predictorRoles[predictor] == ROLE_FACTOR;
-            parameterCells.push_back({k, isFactor, cell, isFactor ? 0.0 : cell->GetDouble()});
+            const double exponent = isFactor ? 0.0 : cell->GetDouble();
+            parameterCells.push_back(
+                {k, isFactor, std::unique_ptr<const ScoreValue>(cell->Clone()), exponent});
         }
         parameterCellsBegin.push_back(parameterCells.size());
     }

@@ -158,11 +158,12 @@ protected:
                 parameterPredictors.data() + parameterPredictorsBegin[parameter + 1]};
     }
 
-    /// One predictor that a parameter depends on, with its cell of ppcMatrix.
+    /// One predictor that a parameter depends on, with a copy of its cell of ppcMatrix: what is
+    /// written there after FinishSetup() changes nothing here.
     struct ParameterCell {
         int predictor;
         bool isFactor;
-        const ScoreValue* cell;
+        std::unique_ptr<const ScoreValue> cell;
         double exponent;  ///< a covariate's; the cell as a number
     };
     /// ppcMatrix without its empty cells, for the families that have no numericPPMatrix: parameter

@@ -740,6 +740,22 @@ TEST(GZLRModel, RowOfBetasIsSettledByTheFirstCase)
     EXPECT_EQ(rows.slot.result->GetPrediction()->GetString(), "no");  // a mean of 0.75 still
 }
 
+TEST(GZLRModel, CellWrittenAfterTheSetupIsFinishedChangesNoScore)
+{
+    Small small;
+    GZLRModel& model = small.Ready();
+    Scored scored;
+    Case c = Row("b", 2.0);
+    const double score = 1.0 + 2.0 + 0.5 * 4.0;
+    static_cast<StringValue&>(*model.GetPPCMatrix()->GetCell("p1", "f")).SetString("a");
+    Score(model, c, scored);
+    EXPECT_EQ(scored.slot.Number(), score);
+    small.Cell("p1", "f", "a");  // releases the value that stood there
+    small.Cell("p2", "x", "3");
+    Score(model, c, scored);
+    EXPECT_EQ(scored.slot.Number(), score);
+}
+
 std::string LinesAfterTheCommonPart(const GZLRModel& model)
 {
     std::ostringstream out;
