@@ -215,6 +215,18 @@ TEST(GZLRModel, NegativeVarianceFromRoundingIsAnErrorOfZero)
 }
 
 // Limits of the mean at eta -+ z se, by link; which of the two is larger.
+TEST(GZLRModel, CovarianceOfZeroAddsNothingToTheVarianceOfAnInfiniteDesignValue)
+{
+    Small small;
+    small.Filled().model.GetPCovMatrix()->SetCell("p2", "p2", 0.0);
+    small.model.FinishSetup();
+    Scored scored;
+    Case c = Row("b", 1e200);  // its square is infinite
+    Score(small.model, c, scored);
+    ASSERT_TRUE(scored.status.IsOK());
+    EXPECT_EQ(scored.Numbers().GetStdDev(), std::sqrt(6.0));  // 1 + 4 + 2 * 0.5
+}
+
 TEST(GZLRModel, OnlyANegativePowerSwapsTheLimits)
 {
     GZLRModel model;
@@ -738,6 +750,26 @@ TEST(GZLRModel, RowOfBetasIsSettledByTheFirstCase)
     rows.model.UpdateResAndRefCat("no");
     rows.EventPercent();
     EXPECT_EQ(rows.slot.result->GetPrediction()->GetString(), "no");  // a mean of 0.75 still
+}
+
+TEST(GZLRModel, RowOfBetasIsSettledAlsoByACaseThatFails)
+{
+    Built<GZLRModel> built(YesNo());
+    built.Covariate("x");
+    built.Parameters({"p"});
+    ASSERT_TRUE(built.SetUp());
+    built.Beta("yes", "p", 0.75);
+    built.Beta("no", "p", 0.25);
+    built.model.FinishSetup();
+    Slot slot;
+    Case bad;
+    bad.With("x", kSysmis);
+    EXPECT_EQ(built.model.GetScore(&bad.Record(), slot.result, true).GetErrorCode(), 90029);
+    built.model.UpdateResAndRefCat("no");
+    Case good;
+    good.With("x", 1);
+    ASSERT_TRUE(built.model.GetScore(&good.Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.Percent("no"), 0.75);  // the row of yes still
 }
 
 TEST(GZLRModel, CellWrittenAfterTheSetupIsFinishedChangesNoScore)

@@ -237,6 +237,18 @@ TEST(FinishSetup, TakesRolesFromTheModelWhereSetupLeftNone)
     EXPECT_EQ(built.model.predictorRoles, (std::vector<int>{4, 3}));
 }
 
+TEST(FinishSetup, KeepsTheRolesThatSetupTook)
+{
+    Built<Bare> built;
+    DictVar& x = built.Covariate("x");
+    DictVar& f = built.Factor("f", {"a"});
+    ASSERT_TRUE(built.SetUp());
+    built.model.SetVarRole(&x, ScoreModel::ROLE_FACTOR);
+    built.model.SetVarRole(&f, ScoreModel::ROLE_COVARIATE);
+    built.model.FinishSetup();
+    EXPECT_EQ(built.model.predictorRoles, (std::vector<int>{4, 3}));
+}
+
 TEST(FinishSetup, ListsThePredictorsOfEachParameterInOrder)
 {
     Built<Bare> built;
