@@ -11,6 +11,7 @@
 #include "engine/explanation.h"
 #include "engine/scoringsession.h"
 #include "engine/shorttext.h"
+#include "engine/suggestions.h"
 
 namespace MCVelscore_850 {
 
@@ -39,9 +40,10 @@ TableDialect DialectOf(const ScoreArguments& arguments)
     if (kNoDecimals.find(dialect.decimal) != std::string_view::npos) {
         throw UsageError(fmt::format("--decimal can't be '{}'", arguments.decimal));
     }
-    // A decimal comma in a comma-separated table stands in quotes; any other pair is a slip.
-    if (dialect.delimiter == dialect.decimal && dialect.delimiter != ',') {
-        throw UsageError("--delimiter and --decimal are the same character");
+    if (dialect.delimiter == dialect.decimal) {
+        throw UsageError(fmt::format(
+            "--delimiter and --decimal are both '{}'; give the fields another delimiter: {}",
+            dialect.decimal, dialect.decimal == ',' ? "--delimiter ';'" : "--delimiter ,"));
     }
     return dialect;
 }
@@ -110,18 +112,34 @@ void RefuseOutputOntoInput(const ScoreArguments& arguments, const InputFile& cas
     }
 }
 
-std::string FirstCaseText(long code, const NotScored& cases)
+std::string FirstCaseText(long code, const NotScored& cases, const ScoreModel& model)
 {
     if (!cases.text.empty()) {
-        return MessageText(static_cast<int>(code),
-                           {ShortText(cases.text), cases.field, std::to_string(cases.row)});
+        std::string text = MessageText(static_cast<int>(code), {ShortText(cases.text), cases.field,
+                                                                std::to_string(cases.row)});
+        const std::string meant = SuggestCategory(model, cases.field, cases.text);
+        return meant.empty() ? text : text + "; " + meant;
     }
     return cases.field.empty() ? fmt::format("row {}", cases.row)
                                : fmt::format("row {}, field {}", cases.row, cases.field);
 }
 
+std::string UnlistedText(const UnlistedValues& unlisted, const ScoreModel& model)
+{
+    std::string line =
+        fmt::format("column {} has {} {} that the model's dictionary doesn't list (",
+                    unlisted.column, unlisted.count, unlisted.count == 1 ? "value" : "values");
+    std::string meant;
+    for (size_t i = 0; i < unlisted.first.size(); ++i) {
+        line += fmt::format("{}'{}'", i == 0 ? "" : ", ", ShortText(unlisted.first[i]));
+        if (meant.empty()) meant = SuggestCategory(model, unlisted.column, unlisted.first[i]);
+    }
+    line += ")";
+    return meant.empty() ? line : line + ". " + meant;
+}
+
 // One line: cases scored, cases not scored by code, values that the dictionary doesn't list.
-std::string ClosingLine(const ScoringReport& report)
+std::string ClosingLine(const ScoringReport& report, const ScoreModel& model)
 {
     const int64_t notScored = report.NotScoredCount();
     std::string line =
@@ -130,17 +148,11 @@ std::string ClosingLine(const ScoringReport& report)
     const char* between = " ";
     for (const auto& [code, cases] : report.notScored) {
         line += fmt::format("{}{} with status {} (first: {})", between, cases.count, code,
-                            FirstCaseText(code, cases));
+                            FirstCaseText(code, cases, model));
         between = ", ";
     }
     for (const UnlistedValues& unlisted : report.unlisted) {
-        line +=
-            fmt::format("; column {} has {} {} that the model's dictionary doesn't list (",
-                        unlisted.column, unlisted.count, unlisted.count == 1 ? "value" : "values");
-        for (size_t i = 0; i < unlisted.first.size(); ++i) {
-            line += fmt::format("{}'{}'", i == 0 ? "" : ", ", ShortText(unlisted.first[i]));
-        }
-        line += ")";
+        line += "; " + UnlistedText(unlisted, model);
     }
     return line;
 }
@@ -209,7 +221,7 @@ int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& c
     if (report.interrupted) {
         console.Say(fmt::format("interrupted; whole rows written: {}", report.rowsWritten));
     } else if (!arguments.quiet && !report.outputClosed) {
-        console.Say(ClosingLine(report));
+        console.Say(ClosingLine(report, model.Model()));
     }
     return ExitCodeOf(report, arguments.strict);
 }

@@ -9,6 +9,7 @@
 #include "engine/failure.h"
 #include "engine/outputevaluator.h"
 #include "engine/resultnumber.h"
+#include "engine/suggestions.h"
 #include "host/messages.h"
 #include "host/numericvalue.h"
 #include "host/scoremodel.h"
@@ -116,7 +117,8 @@ OutputShaper::OutputShaper(int resultType, const ModelDescription& description,
     for (const std::string& name : keep) {
         const auto found = positions.find(name);
         if (found == positions.end()) {
-            throw Failure(FailureKind::Usage, kUnknownKeptColumn, {name, tableName});
+            throw Failure(FailureKind::Usage, kUnknownKeptColumn, {name, tableName},
+                          SuggestWord(name, header));
         }
         if (twice.contains(name)) {
             throw Failure(FailureKind::Cases, kDuplicateColumn, {tableName, name});

@@ -130,6 +130,10 @@ inline constexpr int kStrayQuote = 269308;         // file, row
 inline constexpr int kFieldTooLong = 269309;       // file, row, limit
 inline constexpr int kOutputNotWritten = 269310;   // file, reason, rows written
 inline constexpr int kUnknownKeptColumn = 269311;  // column, file
+inline constexpr int kTableCut = 269313;           // file, row
+inline constexpr int kRowTooLong = 269314;         // file, row, limit
+inline constexpr int kTooManyColumns = 269315;     // file, limit
+inline constexpr int kNoTextTable = 269316;        // file, what it is
 
 }  // namespace MCVelscore_850
 
