@@ -77,6 +77,9 @@ void DefineTable(CLI::App* command, ScoreArguments& score)
                         "The table of cases, with a header; - or nothing is standard input");
     AddText(command, "-o,--out", score.output,
             "Where the output goes; - or nothing is standard output", "FILE");
+    command->add_flag("--partial", score.partial,
+                      "When the run ends early, give the whole rows written so far the name of -o "
+                      "all the same; else they stay in a temporary file beside it");
     AddText(command, "--policy", score.policy,
             "What to do with a missing or invalid predictor: substitute its replacement, answer a "
             "missing prediction, or answer the status alone. Without it the model's own stands",

@@ -17,6 +17,9 @@ namespace MCVelscore_850 {
 
 namespace {
 
+constexpr std::string_view kInterrupted = "interrupted; whole rows written";
+constexpr std::string_view kBeforeThat = "whole rows written before that";
+
 char SingleCharacter(std::string_view option, const std::string& text)
 {
     if (text == "\\t" || text == "tab") return '\t';
@@ -101,17 +104,6 @@ void SetPolicy(LoadedModel& model, const std::string& policy)
     }
 }
 
-// The output must not be an input: a table would be emptied or never end, a model be spoilt.
-void RefuseOutputOntoInput(const ScoreArguments& arguments, const InputFile& cases)
-{
-    RefuseOutputOntoDocument(arguments.output, arguments.model);
-    // What the shell has emptied for the output is an empty table, and told as one.
-    if ((arguments.output != "-" || cases.Size() > 0) &&
-        IsOutput(arguments.output, cases.Descriptor())) {
-        RefuseOutputOnto(cases.Name());
-    }
-}
-
 std::string FirstCaseText(long code, const NotScored& cases, const ScoreModel& model)
 {
     if (!cases.text.empty()) {
@@ -165,6 +157,21 @@ int ExitCodeOf(const ScoringReport& report, bool strict)
     return kExitDone;
 }
 
+// Ends the output of a run that came to no end of its own, and says what there is of it.
+void EndEarly(std::string_view why, CsvWriter& writer, const ScoreArguments& arguments,
+              Console& console)
+{
+    const std::string place = writer.EndEarly(arguments.partial);
+    std::string line = fmt::format("{}: {}", why, writer.RowsWritten());
+    if (place == arguments.output) {
+        line += fmt::format(", in {}", place);
+    } else if (!place.empty()) {
+        line += fmt::format(", in {}; {} is as it was (--partial would give it these rows)", place,
+                            arguments.output);
+    }
+    console.Say(line);
+}
+
 // Both commands: reads the model, then the table, and writes what the options ask for.
 int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& console)
 {
@@ -193,7 +200,8 @@ int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& c
 
     CatchStopSignals();
     InputFile cases(arguments.cases, &StopRequested());
-    RefuseOutputOntoInput(arguments, cases);
+    RefuseOutputOntoDocument(arguments.output, arguments.model);
+    RefuseOutputOntoTable(arguments.output, cases);
 
     std::optional<ScoringSession> session;
     std::optional<CsvWriter> writer;
@@ -205,21 +213,24 @@ int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& c
             progress = [&](uint64_t done) { console.ShowProgress(done, cases.Size()); };
         }
         session->Run(*writer, progress);
+        if (!session->Report().interrupted) writer->Close();
     } catch (const Failure& failure) {
-        if (StopSignal() != 0 && !session) {  // the header was still being read
-            console.Say("interrupted; whole rows written: 0");
+        // The header was still being read, or a pipe that is the output had no reader yet.
+        if (StopSignal() != 0 && !writer) {
+            console.Say(fmt::format("{}: 0", kInterrupted));
             return kExitSignal + StopSignal();
         }
         console.SayFailure(failure);
-        if (writer && failure.Kind() != FailureKind::Output) {
-            console.Say(fmt::format("whole rows written before that: {}", writer->RowsWritten()));
-        }
+        if (writer) EndEarly(kBeforeThat, *writer, arguments, console);
         return static_cast<int>(failure.Kind());
+    } catch (...) {
+        if (writer) EndEarly(kBeforeThat, *writer, arguments, console);
+        throw;
     }
 
     const ScoringReport& report = session->Report();
     if (report.interrupted) {
-        console.Say(fmt::format("interrupted; whole rows written: {}", report.rowsWritten));
+        EndEarly(kInterrupted, *writer, arguments, console);
     } else if (!arguments.quiet && !report.outputClosed) {
         console.Say(ClosingLine(report, model.Model()));
     }
