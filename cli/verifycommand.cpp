@@ -11,8 +11,8 @@
 #include "engine/documents/verificationsection.h"
 #include "engine/explanation.h"
 #include "engine/loadedmodel.h"
+#include "engine/outputfile.h"
 #include "engine/verification.h"
-#include "engine/wholefile.h"
 
 namespace MCVelscore_850 {
 
@@ -65,6 +65,7 @@ int Emit(const VerifyArguments& arguments, LoadOptions options, Console& console
     RefuseOutputOntoDocument(arguments.output, arguments.model);
     LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin), options);
     InputFile cases(arguments.emit);
+    RefuseOutputOntoTable(arguments.output, cases);
     const MadeVerification made = MakeVerification(model, cases, {});
     WriteWholeFile(arguments.output, TextWithVerification(arguments.model, made.table));
     console.Say(fmt::format("{} records written, {} cases without a score left out",

@@ -44,9 +44,10 @@ InputFile::InputFile(const std::string& path, const StopFlag* stop, FailureKind 
 {
     descriptor_ = path == "-" ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor_ < 0) Refuse(std::strerror(errno));
-    struct stat status {};
-    if (::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
-        size_ = static_cast<uint64_t>(status.st_size);
+    const FileStatus status = StatusOf(descriptor_);
+    if (status && S_ISREG(status->st_mode)) {
+        regular_ = true;
+        size_ = static_cast<uint64_t>(status->st_size);
     }
 }
 
@@ -63,6 +64,13 @@ size_t InputFile::Read(char* buffer, size_t size)
         if (count >= 0) return static_cast<size_t>(count);
         if (errno != EINTR) Refuse(std::strerror(errno));
     }
+}
+
+bool InputFile::HasChangedSize() const
+{
+    if (!regular_) return false;
+    const FileStatus status = StatusOf(descriptor_);
+    return status && static_cast<uint64_t>(status->st_size) != size_;
 }
 
 void InputFile::Refuse(const std::string& reason) const

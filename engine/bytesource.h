@@ -22,6 +22,8 @@ public:
     virtual size_t Read(char* buffer, size_t size) = 0;
     /// How messages call it.
     virtual const std::string& Name() const = 0;
+    /// True once another size than at first shows that someone else writes what is read here.
+    virtual bool HasChangedSize() const { return false; }
 };
 
 /// A file, or standard input, as a source of bytes.
@@ -41,8 +43,10 @@ public:
 
     size_t Read(char* buffer, size_t size) override;
     const std::string& Name() const override { return name_; }
+    /// Of a regular file alone.
+    bool HasChangedSize() const override;
 
-    /// The size of a regular file, 0 for anything else.
+    /// The size that a regular file had at first, 0 for anything else.
     uint64_t Size() const { return size_; }
     int Descriptor() const { return descriptor_; }
 
@@ -53,6 +57,7 @@ private:
     const StopFlag* stop_;
     FailureKind content_;
     int descriptor_ = -1;
+    bool regular_ = false;
     uint64_t size_ = 0;
 };
 

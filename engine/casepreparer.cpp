@@ -8,6 +8,7 @@
 #include "engine/failure.h"
 #include "engine/plainnumber.h"
 #include "engine/shorttext.h"
+#include "engine/suggestions.h"
 #include "host/datetimetext.h"
 #include "host/datetimevalue.h"
 #include "host/mcstatus.h"
@@ -162,6 +163,7 @@ void CasePreparer::BindColumns(std::span<const std::string> header, const std::s
     std::unordered_multimap<std::string_view, size_t> columns;
     for (size_t i = 0; i < header.size(); ++i) columns.emplace(header[i], i);
     std::vector<std::string> missing;
+    std::vector<std::string> bound;
     for (Binding& binding : bindings_) {
         const std::string& name = binding.var->GetName();
         const auto [first, last] = columns.equal_range(name);
@@ -171,11 +173,13 @@ void CasePreparer::BindColumns(std::span<const std::string> header, const std::s
             throw Failure(FailureKind::Cases, kDuplicateColumn, {tableName, name});
         } else {
             binding.column = first->second;
+            bound.push_back(name);
         }
     }
     if (!missing.empty()) {
         throw Failure(FailureKind::Cases, kMissingColumn,
-                      {tableName, JoinNames(missing, "', '"), JoinNames(header, ", ")});
+                      {tableName, JoinNames(missing, "', '"), JoinNames(header, ", ")},
+                      SuggestColumns(missing, header, bound));
     }
 }
 

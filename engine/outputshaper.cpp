@@ -8,6 +8,7 @@
 #include "engine/csvwriter.h"
 #include "engine/failure.h"
 #include "engine/resultnumber.h"
+#include "engine/suggestions.h"
 #include "host/messages.h"
 #include "host/scoremodel.h"
 #include "host/scoreresult.h"
@@ -114,7 +115,8 @@ OutputShaper::OutputShaper(int resultType, const ModelDescription& description,
     for (const std::string& name : keep) {
         const auto found = positions.find(name);
         if (found == positions.end()) {
-            throw Failure(FailureKind::Usage, kUnknownKeptColumn, {name, tableName});
+            throw Failure(FailureKind::Usage, kUnknownKeptColumn, {name, tableName},
+                          SuggestWord(name, header));
         }
         if (twice.contains(name)) {
             throw Failure(FailureKind::Cases, kDuplicateColumn, {tableName, name});

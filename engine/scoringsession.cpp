@@ -50,9 +50,9 @@ void ScoringSession::Run(CsvWriter& writer, const Progress& progress)
             shaper_.WriteHeader(writer);
         }
         ScoreRows(writer, progress);
-        writer.Close();
+        writer.Flush();
     } catch (const Failure& failure) {
-        if (failure.Kind() != FailureKind::Output) writer.Close();
+        if (failure.Kind() != FailureKind::Output) writer.Flush();
         settle();
         throw;
     } catch (...) {

@@ -58,7 +58,8 @@ struct ScoringReport {
 /// Scores a table through a model, row by row in constant memory, on one thread.
 ///
 /// Order   the constructor reads the header and binds the columns, so what can't be scored at all
-///         is refused before any output file is touched; Run() once.
+///         is refused before any output file is touched; Run() once. It writes everything out, but
+///         leaves the end to the writer's owner: Close() of a whole table, or EndEarly().
 /// Errors  Failure: what CsvReader, CasePreparer, OutputShaper and CsvWriter refuse. A fault in
 ///         mid-table leaves the whole rows before it written; Report() tells how many.
 /// Owner   model, source and stop flag outlive the session.

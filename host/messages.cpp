@@ -275,10 +275,22 @@ constexpr Message kCatalogue[] = {
      kMendTable},
     {kFieldTooLong, "sdd", "{0}: row {1} has a field of more than {2} bytes; is a quote open?",
      kMendTable},
-    {kOutputNotWritten, "ssd", "{0} can't be written: {1}; whole rows written: {2}",
-     "Make room or choose another file, and score again."},
+    {kOutputNotWritten, "ss", "{0} can't be written: {1}",
+     "Name a file that may be written, in a folder that is there and lets files be made: until it "
+     "is whole, a temporary one stands beside it."},
     {kUnknownKeptColumn, "ss", "--keep names '{0}', which is no column of {1}",
      "Name columns of the table, or 'all'."},
+    {kOutputFull, "ss", "{0} can't be written: {1}",
+     "Make room or choose another place, and start again."},
+    {kTableCut, "sd",
+     "{0} changed its size while it was read, and its last row {1} has no line end: it may be half "
+     "a row",
+     "Wait until the table is written whole, and score it again."},
+    {kRowTooLong, "sdd", "{0}: row {1} has more than {2} bytes; is a line end lacking?",
+     kMendTable},
+    {kTooManyColumns, "sd", "{0} has more than {1} columns; is a line end lacking?", kMendTable},
+    {kNoTextTable, "ss", "{0} is {1}; a table of cases is text in UTF-8",
+     "Give comma-separated values with a header."},
 };
 
 static_assert(std::is_sorted(std::begin(kCatalogue), std::end(kCatalogue),

@@ -135,8 +135,13 @@ inline constexpr int kNulByte = 269306;            // file, row
 inline constexpr int kDuplicateColumn = 269307;    // file, column
 inline constexpr int kStrayQuote = 269308;         // file, row
 inline constexpr int kFieldTooLong = 269309;       // file, row, limit
-inline constexpr int kOutputNotWritten = 269310;   // file, reason, rows written
+inline constexpr int kOutputNotWritten = 269310;   // file, reason
 inline constexpr int kUnknownKeptColumn = 269311;  // column, file
+inline constexpr int kOutputFull = 269312;         // file, reason
+inline constexpr int kTableCut = 269313;           // file, row
+inline constexpr int kRowTooLong = 269314;         // file, row, limit
+inline constexpr int kTooManyColumns = 269315;     // file, limit
+inline constexpr int kNoTextTable = 269316;        // file, what it is
 
 }  // namespace MCVelscore_850
 

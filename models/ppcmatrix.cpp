@@ -22,7 +22,7 @@ bool PPCMatrix::SetCell(const std::string& parameter, const std::string& predict
     std::unique_ptr<ScoreValue> owned(value);
     const auto named = parameters->find(parameter);
     const auto column = predictors->find(predictor);
-    if (closed || named == parameters->end() || column == predictors->end()) return false;
+    if (named == parameters->end() || column == predictors->end()) return false;
     const auto r = static_cast<size_t>(named->second);
     if (r >= cells.size() || static_cast<size_t>(column->second) >= columns) return false;
     std::vector<Cell>& row = cells[r];

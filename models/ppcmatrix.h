@@ -33,8 +33,8 @@ public:
     explicit PPCMatrix(const RegressionModel* model);
     ~PPCMatrix();
 
-    /// Takes `value` over in both outcomes. False when a name is unknown, and when the matrix is
-    /// closed. The value that the cell held is released.
+    /// Takes `value` over in both outcomes. False when a name is unknown. The value that the cell
+    /// held is released.
     bool SetCell(const std::string& parameter, const std::string& predictor, ScoreValue* value);
     /// Null when a name is unknown or the cell is empty.
     const ScoreValue* GetCell(const std::string& parameter, const std::string& predictor) const;
@@ -47,14 +47,11 @@ public:
     }
     /// The cells of a parameter that hold a value, predictors ascending; none out of range.
     std::span<const Cell> Row(int parameter) const;
-    /// From here on no cell changes: the model's lists point to the values.
-    void Close() { closed = true; }
     void Display(std::ostream& out) const;
 
 private:
     std::vector<std::vector<Cell>> cells;  ///< by parameter, each row as Row() answers it
     size_t columns;
-    bool closed = false;
     const RegressionModel* model;
     const std::map<std::string, int>* parameters;
     const std::map<std::string, int>* predictors;

@@ -212,7 +212,6 @@ bool RegressionModel::FinishSetup()
         }
     }
 
-    if (ppcMatrix) ppcMatrix->Close();
     if (!numericPPMatrix.empty()) {
         ListParameterPredictors();
     } else if (ppcMatrix) {

@@ -122,35 +122,6 @@ TEST(PPCMatrix, PredictorRegisteredAfterItsConstructionHasNoColumn)
     EXPECT_FALSE(built.model.GetPPCMatrix()->SetCell("a", "late", new NumericValue(1.0)));
 }
 
-// A family that scores from the values of the cells themselves.
-TEST(PPCMatrix, TakesNoCellOnceTheModelIsFinished)
-{
-    Built<CLRModel> built(Categorical("y", {"case", "control"}));
-    built.Covariate("x");
-    built.Factor("f", {"a", "b"});
-    built.Parameters({"px", "pf"});
-    ASSERT_TRUE(built.SetUp());
-    built.Cell("px", "x", "1");
-    built.Cell("pf", "f", "b");
-    built.Beta("case", "px", 0.5);
-    built.Beta("case", "pf", 2.0);
-    built.model.FinishSetup();
-    const auto probability = [&] {
-        Case c;
-        c.With("x", 1.0).With("f", "b");
-        Slot slot;
-        EXPECT_TRUE(built.model.GetScore(&c.Record(), slot.result, true).IsOK());
-        return slot.Number();
-    };
-    const double before = probability();
-    PPCMatrix& cells = *built.model.GetPPCMatrix();
-    EXPECT_FALSE(cells.SetCell("pf", "f", new StringValue("a")));
-    EXPECT_FALSE(cells.SetCell("pf", "f", nullptr));
-    EXPECT_FALSE(cells.SetCell("pf", "x", new NumericValue(2.0)));
-    EXPECT_EQ(cells.GetCell("pf", "f")->GetString(), "b");
-    EXPECT_EQ(probability(), before);
-}
-
 TEST(ParamTable, CategoryRegisteredAfterItsConstructionHasNoRow)
 {
     class Late : public RegressionModel {

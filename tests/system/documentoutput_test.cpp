@@ -235,6 +235,9 @@ TEST_F(DocumentOutput, EmitKeepsItsInputsWhole)
     const std::string document = folder_.Write("model.pmml", TestModel().Text());
     const std::string cases = folder_.Write("cases.csv", "x,sex\n2,m\n");
     EXPECT_EQ(RunVelscore({"verify", document, "--emit", cases, "-o", document}).exitCode, 1);
+    const std::string before = ReadFile(cases);
+    EXPECT_EQ(RunVelscore({"verify", document, "--emit", cases, "-o", cases}).exitCode, 1);
+    EXPECT_EQ(ReadFile(cases), before);
     EXPECT_EQ(RunVelscore({"verify", "-", "--emit", cases}).exitCode, 1);
     EXPECT_EQ(RunVelscore({"verify", document, "-o", "x.pmml"}).exitCode, 1);
     EXPECT_EQ(RunVelscore({"verify", document, "--emit", folder_.Path("none.csv")}).exitCode, 3);
