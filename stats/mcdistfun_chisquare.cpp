@@ -135,16 +135,10 @@ bool Refine(const ChiProblem& q, double start, double& ch)
 
 }  // namespace
 
-// Chi-square quantile.
-//   Method  Best and Roberts (1975), Algorithm AS 91, Applied Statistics 24, 385-388: one of three
-//           start values, then a seven-term Taylor series; where that fails, bisection (idfchb).
-//   Domain  0 <= p < 1 and df > 0, else code 1 and the missing value; exactly 0.0 at p = 0. A NaN df
-//           gives NaN.
-//   Error   1e-12 in the bulk; 3e-7 where the start is the answer (below 5e-07) or bisection ends.
-//   Codes   2 when a start value overflows. A failed refinement leaves the code of the bisection,
-//           also its code 1 for a start that is not positive.
-//   Departs from the paper by its constants, which are single-precision numbers on purpose, by the
-//           guards on the logarithms and by the bisection.
+// Method  Best and Roberts (1975), Algorithm AS 91, Applied Statistics 24, 385-388: one of three
+//         start values, then a seven-term Taylor series; where that fails, bisection (idfchb).
+// Departs from the paper by its constants, which are single-precision numbers on purpose, by the
+//         guards on the logarithms and by the bisection.
 double MCDistFun::zeltidfchi(const double& p, const double& df, long& code)
 {
     code = kOk;
@@ -169,12 +163,6 @@ double MCDistFun::zeltidfchi(const double& p, const double& df, long& code)
     return idfchb(p, df, start.ch, code);
 }
 
-// Chi-square quantile by bisection between a quarter and the whole of `start` on the gamma scale
-// (half of chi-square), the upper end doubled once if it lies too low.
-//   Domain  start > 0, else code 1; the quantile must lie between half and four times `start`, else
-//           code 2, also when the gamma function refuses df. Missing with either.
-//           A NaN start gives NaN; any other NaN passes no test and walks to an end of the bracket.
-//   Error   1e-08 relative; running out of its 40 rounds is no failure.
 double MCDistFun::idfchb(const double& p, const double& df, const double& start, long& code)
 {
     code = kOk;
@@ -217,8 +205,7 @@ double MCDistFun::IdfChi(double p, double df)
     return MissingOnCode(result, code);
 }
 
-// Gamma quantile, zeltidfchi(p, 2 shape) / (2 rate); missing unless 0 <= p < 1, shape >= 0, rate > 0.
-// On purpose: shape 0 passes that test, and then p = 0 gives 0.0 and any other p the missing value.
+// On purpose a shape of 0 passes the test: with p = 0 the answer is 0.0, else zeltidfchi refuses it.
 double MCDistFun::IdfGam(const double& p, const double& shape, const double& rate)
 {
     if (!(p >= 0.0 && p < 1.0) || !(shape >= 0.0) || !(rate > 0.0)) return MCMV::Missing();

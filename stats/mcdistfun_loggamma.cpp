@@ -27,14 +27,9 @@ double Stirling(double x)
 
 }  // namespace
 
-// Natural logarithm of the gamma function.
-//   Method  polynomials in four ranges: of x below 0.5, of x - 4.5 / (x + 0.5) below 3.5, of x below
-//           8, Stirling's series from there.
-//   Source  T. Ooura, dlgamma of his package of gamma and error functions (1996), with its tables.
-//   Domain  x > 0; zero and all negative arguments answer the missing value at once. NaN gives NaN.
-//           Exactly 0.0 at 1 and 2. Infinity gives NaN (Stirling's infinity minus infinity).
-//   Error   2e-15 relative or absolute, whichever is larger: close to 1 and 2, where the logarithm
-//           vanishes, only the absolute error is small.
+// Method  polynomials in four ranges: of x below 0.5, of x - 4.5 / (x + 0.5) below 3.5, of x below
+//         8, Stirling's series from there.
+// Source  T. Ooura, dlgamma of his package of gamma and error functions (1996), with its tables.
 double MCDistFun::dnlgam(const double& x)
 {
     static constexpr double a[22] = {

@@ -54,14 +54,8 @@ struct Walk {
 
 }  // namespace
 
-// Non-central t distribution function.
-//   Method  Lenth (1989), Algorithm AS 243, Applied Statistics 38, 185-189, started as Frick's AS R84
-//           has it: normal tail plus Poisson-like sums of the incomplete beta ratio.
-//   Domain  df > 0, else missing; a NaN is missing too, but at t = 0, where a NaN delta gives NaN.
-//           Beyond |t| of 1.3e154 a step at delta; a t or a delta whose square vanishes is missing.
-//   Failure missing where the beta ratio has no answer, a factor overflows, or 60,000 terms do not
-//           reach 1e-12.
-//   Error   1e-12 absolute.
+// Method  Lenth (1989), Algorithm AS 243, Applied Statistics 38, 185-189, started as Frick's AS R84
+//         has it: normal tail plus Poisson-like sums of the incomplete beta ratio.
 double MCDistFun::NonCentralCdfT(double t, double df, double delta)
 {
     if (df <= 0.0) return MCMV::Missing();
@@ -116,13 +110,8 @@ double MCDistFun::NonCentralCdfT(double t, double df, double delta)
     return MCMV::Missing();
 }
 
-// Density of the non-central t distribution.
-//   Method  the series in (t delta sqrt 2 / sqrt(df + t^2))^i / i! gamma((df + i + 1) / 2), summed
-//           outwards from its largest term (Johnson, Kotz and Balakrishnan 1995, chapter 31).
-//   Domain  df > 0, else code 1; all t and delta. A NaN gives code 2, but at t = 0 a NaN delta or df
-//           counts as too small for exp and gives 0.0.
-//   Codes   2 a term or an index out of range; missing with both.
-//   Error   1e-10 of the sum; terms of opposite sign cancel where t and delta differ in sign.
+// Method  the series in (t delta sqrt 2 / sqrt(df + t^2))^i / i! gamma((df + i + 1) / 2), summed
+//         outwards from its largest term (Johnson, Kotz and Balakrishnan 1995, chapter 31).
 double MCDistFun::NonCentralPdfT(double t, double df, double delta, long& code)
 {
     code = kOk;

@@ -81,9 +81,6 @@ double SearchPositive(const F& distribution, double p, double start, double tole
 
 }  // namespace
 
-// Non-centrality of chi-square with NonCentralCdfChi(x, df, v) = p; 0.0 if p is not below F(0).
-//   Domain  df > 0, 0 <= p <= 1, tolerance >= 0 (so no NaN), else missing.
-//   Error   ends when F is within `tolerance` of p and the bracket no wider, or at 8 ulps.
 double MCDistFun::FindNCParamChi(double x, double df, double p, double tolerance)
 {
     if (!(df > 0.0) || !IsProbability(p) || !(tolerance >= 0.0)) return MCMV::Missing();
@@ -91,10 +88,6 @@ double MCDistFun::FindNCParamChi(double x, double df, double p, double tolerance
                           [=](const Bracket& b) { return std::fabs(b.hi - b.lo) <= tolerance; });
 }
 
-// Non-centrality of F with NonCentralCdfF(f, df1, df2, v, tolerance) = p; 0.0 if p is not below F(0).
-//   Domain  df1 > 0, df2 > 0, 0 <= p <= 1, tolerance >= 0 (so no NaN), else missing, as for a NaN f.
-//   Error   as FindNCParamChi, but the width counts relative to the ends where they exceed 1, and F
-//           itself is only computed to `tolerance`.
 double MCDistFun::FindNCParamF(double f, double df1, double df2, double p, double tolerance)
 {
     if (!(df1 > 0.0) || !(df2 > 0.0) || !IsProbability(p) || !(tolerance >= 0.0))
@@ -107,10 +100,7 @@ double MCDistFun::FindNCParamF(double f, double df1, double df2, double p, doubl
         });
 }
 
-// Non-centrality of t, of either sign, with NonCentralCdfT(t, df, v) = p.
-//   Domain  t >= 0, df > 0, 0 <= p <= 1, tolerance >= 0 (so no NaN), else missing.
-//   Method  additive steps of max(1, t) away from 0, then bisection.
-//   Error   as FindNCParamChi.
+// Method  additive steps of max(1, t) away from 0, then bisection.
 double MCDistFun::FindNCParamT(double t, double df, double p, double tolerance)
 {
     if (!(t >= 0.0) || !(df > 0.0) || !IsProbability(p) || !(tolerance >= 0.0))

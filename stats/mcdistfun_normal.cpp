@@ -49,10 +49,7 @@ constexpr Rational kFar{
 
 }  // namespace
 
-// Standard normal quantile: the x with Phi(x) = p.
-//   Method  Wichura (1988), Algorithm AS 241 (PPND16), Applied Statistics 37, 477-484.
-//   Domain  0 < p < 1; anything else, NaN too, answers the missing value. Exactly 0.0 at p = 0.5.
-//   Error   about 1 part in 1e16 by the paper; no refinement step follows.
+// Method  Wichura (1988), Algorithm AS 241 (PPND16), Applied Statistics 37, 477-484.
 double MCDistFun::probit(const double& p)
 {
     if (!(p > 0.0 && p < 1.0)) return MCMV::Missing();  // written so that a NaN fails it
@@ -65,10 +62,9 @@ double MCDistFun::probit(const double& p)
     return q < 0.0 ? -x : x;
 }
 
-// Error function, erf(x) = 2 / sqrt(pi) * integral of exp(-t^2) from 0 to x.
-//   Method  piecewise polynomials of degree 12: |x| times one in x^2 below 2.2, 1 - y^16 below 6.9.
-//   Source  T. Ooura, derf of his package of gamma and error functions (1996), with its two tables.
-//   Domain  all x; exactly 1.0 from 6.9 on. On purpose a NaN counts as large: erf of it is 1.0.
+// Method  piecewise polynomials of degree 12: |x| times one in x^2 below 2.2, 1 - y^16 below 6.9.
+// Source  T. Ooura, derf of his package of gamma and error functions (1996), with its two tables.
+// On purpose a NaN counts as large.
 double MCDistFun::derf(const double& x)
 {
     static constexpr double a[65] = {
@@ -140,11 +136,9 @@ double MCDistFun::derf(const double& x)
     return x < 0.0 ? -y : y;
 }
 
-// Complementary error function, erfc(x) = 1 - erf(x), relatively accurate in the upper tail.
-//   Method  t P(t - 1/2) exp(-x^2), t = c / (|x| + c), with the product formed as a logarithm.
-//   Source  T. Ooura, derfc of his package of gamma and error functions (1996).
-//   Domain  all x; NaN gives NaN. The tail is 0.0, with no call of exp, below exp(-708).
-//   Departs from the source by that guard, and by 1.0 at zero.
+// Method  t P(t - 1/2) exp(-x^2), t = c / (|x| + c), with the product formed as a logarithm.
+// Source  T. Ooura, derfc of his package of gamma and error functions (1996).
+// Departs from the source by the floor of the logarithm, and by 1.0 at zero.
 double MCDistFun::derfc(const double& x)
 {
     static constexpr double kScale = 3.97886080735226;
@@ -166,9 +160,7 @@ double MCDistFun::derfc(const double& x)
     return x < 0.0 ? 2.0 - tail : tail;
 }
 
-// Standard normal distribution function Phi(z) = erfc(-z / sqrt 2) / 2.
-//   Method  derf for z > 0, derfc for z < 0: the lower tail keeps its relative accuracy.
-//   Domain  all z; exactly 0.5 at 0; NaN gives NaN.
+// Method  derf for z > 0, derfc for z < 0: the lower tail keeps its relative accuracy.
 double MCDistFun::prbnrm(const double& z)
 {
     if (z > 0.0) return (derf(z / kSqrt2) + 1.0) * 0.5;
@@ -178,7 +170,6 @@ double MCDistFun::prbnrm(const double& z)
 
 double MCDistFun::CdfStdNorm(double z) { return prbnrm(z); }
 
-// Phi((x - mu) / sigma); missing unless sigma > 0.
 double MCDistFun::CdfNorm(double x, double mu, double sigma)
 {
     if (!(sigma > 0.0)) return MCMV::Missing();
@@ -192,7 +183,6 @@ double MCDistFun::IdfStdNorm(double p)
     return probit(p);
 }
 
-// mu + sigma * probit(p); missing unless 0 < p < 1 and sigma > 0.
 double MCDistFun::IdfNorm(double p, double mu, double sigma)
 {
     if (!(p > 0.0 && p < 1.0) || !(sigma > 0.0)) return MCMV::Missing();
@@ -206,7 +196,6 @@ double MCDistFun::PdfNormalStandard(double z)
     return std::exp((z * -0.5) * z) * kOneOverSqrt2Pi;
 }
 
-// Normal density; missing only if sigma is exactly 0.
 double MCDistFun::PdfNormal(double x, double mu, double sigma)
 {
     if (sigma == 0.0) return MCMV::Missing();
