@@ -86,8 +86,9 @@ bool Fraction(const Tail& w, double& S)
 double Ratio(const Tail& w, double S)
 {
     if (S <= 0.0) return w.Answer(0.0);
-    const double L = MCDistFun::dnlgam(w.sum) - MCDistFun::dnlgam(w.p + 1.0) - MCDistFun::dnlgam(w.q) +
-                     std::log(w.t) * w.p + std::log(w.u) * w.q + std::log(S);
+    const double L = MCDistFun::dnlgam(w.sum) - MCDistFun::dnlgam(w.p + 1.0) -
+                     MCDistFun::dnlgam(w.q) + std::log(w.t) * w.p + std::log(w.u) * w.q +
+                     std::log(S);
     return w.Answer(ExpOrZero(L));
 }
 
@@ -112,7 +113,8 @@ double NormalApproximation(const Tail& w)
 // Source  Peizer and Pratt (1968), Journal of the American Statistical Association 63, 1416-1456.
 double MCDistFun::cbtaux(const double& x)
 {
-    static const double oflo = std::bit_cast<double>(std::uint64_t{0x5FEFFFFFFFFFFFFF});  // 1.34e154
+    // 1.34e154
+    static const double oflo = std::bit_cast<double>(std::uint64_t{0x5FEFFFFFFFFFFFFF});
     if (x < 0.0) return MCMV::Missing();
     if (x == 0.0) return 1.0;
     if (x > oflo) return -1.0;

@@ -17,8 +17,8 @@ constexpr long kCdfBinBadArgument = 1;
 constexpr long kIdfBinNotWhole = 1;
 constexpr long kIdfBinBadArgument = 2;
 
-constexpr double kProductLimit = 33.0;   // n up to which the binomial coefficient is multiplied out
-constexpr double kCloseUlps = 128.0;     // of IdfBin's start, in units of mEpsilon
+constexpr double kProductLimit = 33.0;  // n up to which the binomial coefficient is multiplied out
+constexpr double kCloseUlps = 128.0;    // of IdfBin's start, in units of mEpsilon
 
 struct Binomial {
     double n;

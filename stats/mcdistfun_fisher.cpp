@@ -44,9 +44,8 @@ double MCDistFun::SigF(double f, double df1, double df2)
     if (df1 <= 0.0 || df2 <= 0.0) return MCMV::Missing();
     if (f <= 0.0) return 1.0;
     long code = kOk;
-    const double r = f < 1.0
-                         ? 1.0 - cdfbet(f / (df2 / df1 + f), df1 / 2.0, df2 / 2.0, code)
-                         : cdfbet((df2 / df1) / (f + df2 / df1), df2 / 2.0, df1 / 2.0, code);
+    const double r = f < 1.0 ? 1.0 - cdfbet(f / (df2 / df1 + f), df1 / 2.0, df2 / 2.0, code)
+                             : cdfbet((df2 / df1) / (f + df2 / df1), df2 / 2.0, df1 / 2.0, code);
     return MissingOnCode(r, code);
 }
 

@@ -12,10 +12,10 @@ using MCCommon_850::MCMV;
 
 namespace {
 
-constexpr double kTermTolerance = 1e-14;       // of the series and of the continued fraction
-constexpr double kRescaleAt = 1.34e+154;       // about the root of the largest double
-constexpr double kMostTerms = 2147483647.0;    // more than this and the normal approximation serves
-constexpr long kMostRounds = 2147483647L;      // of the fraction, the same bound
+constexpr double kTermTolerance = 1e-14;     // of the series and of the continued fraction
+constexpr double kRescaleAt = 1.34e+154;     // about the root of the largest double
+constexpr double kMostTerms = 2147483647.0;  // more than this and the normal approximation serves
+constexpr long kMostRounds = 2147483647L;    // of the fraction, the same bound
 
 // log(s) with s the sum of the series 1 + x/(a+1) + x^2/((a+1)(a+2)) + ... (Shea, AS 239).
 double LogSeries(double x, double a)
@@ -159,8 +159,9 @@ double MCDistFun::PdfGamma(double x, double shape, double rate)
         return shape == 1.0 ? rate : MCMV::Missing();
     }
     const double z = x * rate;
-    const double L = shape == 1.0 ? std::log(rate) - z
-                                  : ((shape - 1.0) * std::log(z) + std::log(rate)) - z - dnlgam(shape);
+    const double L = shape == 1.0
+                         ? std::log(rate) - z
+                         : ((shape - 1.0) * std::log(z) + std::log(rate)) - z - dnlgam(shape);
     if (L < MCPower::gMachineMinExp) return 0.0;
     return L <= MCPower::gMachineMaxExp ? std::exp(L) : MCMV::Missing();
 }
@@ -170,7 +171,8 @@ double MCDistFun::CdfGam(double x, double shape, double rate)
     if (shape <= 0.0 || rate <= 0.0) return MCMV::Missing();
     if (x <= 0.0) return 0.0;
     long code = kOk;
-    const double result = shape == 1.0 ? cdfexp(x, rate, code) : gammad(x * rate, shape, true, code);
+    const double result =
+        shape == 1.0 ? cdfexp(x, rate, code) : gammad(x * rate, shape, true, code);
     return MissingOnCode(result, code);
 }
 

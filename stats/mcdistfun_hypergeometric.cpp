@@ -96,7 +96,8 @@ double SumShorterSide(const Arranged& r, double N, double P, double T)
 
 }  // namespace
 
-// Method  exp of three log binomial coefficients. Outside of the support on purpose missing, not 0.0.
+// Method  exp of three log binomial coefficients. Outside of the support on purpose missing, not
+//         0.0.
 double MCDistFun::PdfHyper(long x, long population, long successes, long draws)
 {
     if (!(0 < successes && successes <= population && 0 < draws && draws <= population))

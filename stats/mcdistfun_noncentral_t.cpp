@@ -18,8 +18,8 @@ constexpr double kHalfLn2 = 0.34657359027997264;
 constexpr double kLogPi = 1.1447298858494002;
 constexpr double kSqrt2 = 1.4142135623730951;
 
-constexpr double kReach = 10000.0;            // terms of the density's series, each way
-constexpr double kSeriesTolerance = 1e-10;    // relative
+constexpr double kReach = 10000.0;          // terms of the density's series, each way
+constexpr double kSeriesTolerance = 1e-10;  // relative
 constexpr double kLargestIndex = 2147483647.0;
 
 double ExpAboveMinimum(double L) { return L < MCPower::gMachineMinExp ? 0.0 : std::exp(L); }
@@ -27,8 +27,8 @@ double ExpAboveMinimum(double L) { return L < MCPower::gMachineMinExp ? 0.0 : st
 // The terms |T(i)| of the density's series, walked in one direction: the factorial and the power
 // are carried along, the gamma factor is taken anew for each.
 struct Walk {
-    double base;   // what all terms share, logarithm
-    double A;      // log of the power's base
+    double base;  // what all terms share, logarithm
+    double A;     // log of the power's base
     double df;
     double i;
     double carry;  // i A - log(i!)
@@ -131,9 +131,11 @@ double MCDistFun::NonCentralPdfT(double t, double df, double delta, long& code)
         return L > MCPower::gMachineMinExp ? std::exp(L) : 0.0;
     }
     const double w = df + t * t;
-    const double A = std::log(std::fabs(t)) + std::log(std::fabs(delta * kSqrt2)) - 0.5 * std::log(w);
-    const double base = -0.5 * (kLogPi - df * std::log(df) + (df + 1.0) * std::log(w) + delta * delta) -
-                        dnlgam(df / 2.0);
+    const double A =
+        std::log(std::fabs(t)) + std::log(std::fabs(delta * kSqrt2)) - 0.5 * std::log(w);
+    const double base =
+        -0.5 * (kLogPi - df * std::log(df) + (df + 1.0) * std::log(w) + delta * delta) -
+        dnlgam(df / 2.0);
     const double r = t * t * delta * delta / w;
     const double m = ((r - 3.0) + std::sqrt(((r - 2.0) + 4.0 * df) * r + 1.0)) / 2.0;
     if (!(m + kReach < kLargestIndex)) return overflow();

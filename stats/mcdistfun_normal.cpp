@@ -67,6 +67,8 @@ double MCDistFun::probit(const double& p)
 // On purpose a NaN counts as large.
 double MCDistFun::derf(const double& x)
 {
+    // A block a piece.
+    // clang-format off
     static constexpr double a[65] = {
         5.958930743e-11, -1.13739022964e-9, 1.466005199839e-8, -1.635035446196e-7,
         1.6461004480962e-6, -1.492559551950604e-5, 1.2055331122299265e-4, -8.548326981129666e-4,
@@ -117,6 +119,7 @@ double MCDistFun::derf(const double& x)
         1.8006992266137e-7, -7.8441223763969e-7, -6.75407647949153e-6, 8.428418334440096e-5,
         -1.7604388937031815e-4, -0.0023972961143507161, 0.0206412902387602297,
         -0.06905562880005864105, 0.09084526782065478489};
+    // clang-format on
 
     const double w = std::fabs(x);
     double y = 1.0;
@@ -142,6 +145,7 @@ double MCDistFun::derf(const double& x)
 double MCDistFun::derfc(const double& x)
 {
     static constexpr double kScale = 3.97886080735226;
+    // clang-format off
     static constexpr double kP[23] = {
         0.00127109764952614092, 1.19314022838340944e-4, -0.003963850973605135,
         -8.70779635317295828e-4, 0.00773672528313526668, 0.00383335126264887303,
@@ -151,6 +155,7 @@ double MCDistFun::derfc(const double& x)
         0.805276408752910567, 1.18902982909273333, 1.37040217682338167,
         1.31314653831023098, 1.07925515155856677, 0.774368199119538609,
         0.490165080585318424, 0.275374741597376782};
+    // clang-format on
 
     const double w = std::fabs(x);
     if (w <= 0.0) return 1.0;
@@ -191,15 +196,13 @@ double MCDistFun::IdfNorm(double p, double mu, double sigma)
     return MCMV::IsMissing(z) ? z : sigma * z + mu;
 }
 
-double MCDistFun::PdfNormalStandard(double z)
-{
-    return std::exp((z * -0.5) * z) * kOneOverSqrt2Pi;
-}
+double MCDistFun::PdfNormalStandard(double z) { return std::exp((z * -0.5) * z) * kOneOverSqrt2Pi; }
 
 double MCDistFun::PdfNormal(double x, double mu, double sigma)
 {
     if (sigma == 0.0) return MCMV::Missing();
-    return PdfNormalStandard((x - mu) / sigma) / sigma;  // on purpose: negative for a negative sigma
+    // On purpose negative for a negative sigma.
+    return PdfNormalStandard((x - mu) / sigma) / sigma;
 }
 
 }  // namespace MCMath_850

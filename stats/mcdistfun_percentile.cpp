@@ -109,7 +109,8 @@ double ByBoundaries(long count, const Values& x, const Values& freq, const Value
         if (c.cHi == 0.0 && target == 0.0) return y[0];
         if (c.cHi == target) {
             // An empty class at the target: the class before ends there.
-            if (c.cLo == target) return Interpolate({before.L, before.U, before.cLo, c.cLo}, target);
+            if (c.cLo == target)
+                return Interpolate({before.L, before.U, before.cLo, c.cLo}, target);
             if (i == classes) return c.U;
         }
         c.L = b;
@@ -122,8 +123,8 @@ double ByBoundaries(long count, const Values& x, const Values& freq, const Value
 
 }  // namespace
 
-void MCDistFun::GPTile(long count, double percent, const Values& x, const Values& freq, const Values& y,
-                       long method, double& result, long& status)
+void MCDistFun::GPTile(long count, double percent, const Values& x, const Values& freq,
+                       const Values& y, long method, double& result, long& status)
 {
     result = MCMV::Missing();
     status = kTooFewValues;

@@ -83,7 +83,9 @@ TEST(IncompleteGamma, TailsBelowTheGuardAreZeroAndOne)
 TEST(IncompleteGamma, StaysAProbabilityWhereOnlyTheNormalApproximationsServe)
 {
     // Argument pairs: too many terms; a logarithm of 0; an x whose fourth power overflows.
-    struct Pair { double x, a; };
+    struct Pair {
+        double x, a;
+    };
     for (const Pair w : {Pair{1e16, 1e16}, Pair{1.0, 1e-20}, Pair{1e-300, 1e-310}, Pair{1e80, 2.0},
                          Pair{1e80, 0.25}, Pair{1e6, 1e6 + 5}}) {
         const double lower = Gamma(w.x, w.a, true);
@@ -101,8 +103,8 @@ TEST(IncompleteGamma, LengthOfTheSeriesCountsOnlyWhereItIsTheSeries)
     EXPECT_TRUE(expect::Near(Gamma(4.0, 3.0, true), 1.0 - 13.0 * std::exp(-4.0), 1e-14));
 }
 
-// At 1 it is still the series, and for the smallest parameters the normal approximation instead of it,
-// whose tail is 0; the fraction would have 2.2e-18.
+// At 1 it is still the series, and for the smallest parameters the normal approximation instead of
+// it, whose tail is 0; the fraction would have 2.2e-18.
 TEST(IncompleteGamma, FractionBeginsAboveOne)
 {
     EXPECT_EQ(Gamma(1.0, 1e-17, false), 0.0);

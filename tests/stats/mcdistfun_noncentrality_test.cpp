@@ -55,8 +55,8 @@ TEST(FindNonCentralityChi, BracketEndThatHitsIsTheAnswer)
 
 bool IsOdd(double x) { return std::fmod(x, 2.0) == 1.0; }
 
-// From 4 the search doubles to the bracket [4, 8] and halves that: the middle of a bracket of the width
-// w is an odd multiple of w / 2. A difference of probabilities is never above 0.5.
+// From 4 the search doubles to the bracket [4, 8] and halves that: the middle of a bracket of the
+// width w is an odd multiple of w / 2. A difference of probabilities is never above 0.5.
 TEST(FindNonCentrality, EndsAtTheFirstBracketNoWiderThanTheTolerance)
 {
     const double chi = D::FindNCParamChi(4.0, 3.0, 0.2, 0.5);
@@ -85,8 +85,8 @@ TEST(FindNonCentralityF, EndsOnlyWhereTheProbabilityIsWithinTheTolerance)
     }
 }
 
-// Without a tolerance the bracket [4, 8] is halved until its ends agree within 8 units of 2^-52 of the
-// upper one, which are 32 to 64 of them here: the width is 2^-47.
+// Without a tolerance the bracket [4, 8] is halved until its ends agree within 8 units of 2^-52 of
+// the upper one, which are 32 to 64 of them here: the width is 2^-47.
 TEST(FindNonCentrality, WithoutAToleranceItEndsAtEightUnitsInTheLastPlace)
 {
     const double units = std::ldexp(1.0, 48);
@@ -94,8 +94,8 @@ TEST(FindNonCentrality, WithoutAToleranceItEndsAtEightUnitsInTheLastPlace)
     EXPECT_TRUE(IsOdd(D::FindNCParamT(4.0, 20.0, 0.1, 0.0) * units));
 }
 
-// 6 is the first middle of [4, 8], and its difference is exactly 0, but the bracket is still wide. A
-// difference that is not above 0 makes the middle the upper end: the answer comes from below.
+// 6 is the first middle of [4, 8], and its difference is exactly 0, but the bracket is still wide.
+// A difference that is not above 0 makes the middle the upper end: the answer comes from below.
 TEST(FindNonCentrality, MiddleThatHitsBecomesTheUpperEnd)
 {
     const double v = D::FindNCParamChi(4.0, 3.0, D::NonCentralCdfChi(4.0, 3.0, 6.0), 0.0);
@@ -144,11 +144,13 @@ TEST(FindNonCentralityT, RunsOverBothSigns)
     EXPECT_LT(D::FindNCParamT(1.0, 5.0, 0.99, 1e-9), 0.0);
     EXPECT_GT(D::FindNCParamT(1.0, 5.0, 0.01, 1e-9), 0.0);
     EXPECT_EQ(D::FindNCParamT(1.0, 5.0, D::NonCentralCdfT(1.0, 5.0, 0.0), 1e-6), 0.0);
-    EXPECT_EQ(D::FindNCParamT(2.0, 5.0, D::NonCentralCdfT(2.0, 5.0, 2.0), 1e-6), 2.0);  // the step itself
+    EXPECT_EQ(D::FindNCParamT(2.0, 5.0, D::NonCentralCdfT(2.0, 5.0, 2.0), 1e-6),
+              2.0);  // the step itself
 }
 
-// At 0 the distribution is Student's own, beside it a sum that is exact to 1e-12 only. A probability
-// between the two has no point to narrow to: the search ends where no double is left between its ends.
+// At 0 the distribution is Student's own, beside it a sum that is exact to 1e-12 only. A
+// probability between the two has no point to narrow to: the search ends where no double is left
+// between its ends.
 TEST(FindNonCentralityT, ProbabilityInTheGapAtZeroEnds)
 {
     const double atZero = D::NonCentralCdfT(1.0, 5.0, 0.0);
