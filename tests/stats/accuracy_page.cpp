@@ -1,10 +1,11 @@
 // Writes docs/statistics.md from the reference files, or checks that it still tells the truth.
 //
 //   stats_accuracy_page --write FILE
-//   stats_accuracy_page --check FILE    0 if the page stands, 1 and the first difference if it is stale
+//   stats_accuracy_page --check FILE    0 if the page stands, 1 and the first difference if it's
+//                                       stale
 //
-// The check wants every word as it is, and every measured error within a factor of 3: the last bits of
-// exp and log differ between C libraries.
+// The check wants every word as it is, and every measured error within a factor of 3: the last bits
+// of exp and log differ between C libraries.
 
 #include <cctype>
 #include <cmath>
@@ -63,14 +64,16 @@ bool IsTail(Tails tails, const Args& args, double truth)
     return false;
 }
 
-Measured Measure(const std::vector<Row>& rows, const Call& call, Tails tails, bool (*compared)(const Args&))
+Measured Measure(const std::vector<Row>& rows, const Call& call, Tails tails,
+                 bool (*compared)(const Args&))
 {
     Measured m;
     for (const Row& row : rows) {
         if (row.truth.empty() || !compared(row.args)) continue;
         const Outcome outcome = call(row.args);
         for (std::size_t i = 0; i < row.truth.size(); ++i)
-            (IsTail(tails, row.args, row.truth[i]) ? m.tails : m.bulk).Take(outcome.values[i], row.truth[i]);
+            (IsTail(tails, row.args, row.truth[i]) ? m.tails : m.bulk)
+                .Take(outcome.values[i], row.truth[i]);
     }
     return m;
 }
@@ -81,7 +84,8 @@ void WriteTables(std::ostream& page)
 {
     for (const PageFamily& family : PageFamilies()) {
         page << "\n## " << family.title << "\n\n"
-             << "| Function | Domain | Source | Failure | Points | Bulk | Tails | `Precise` | Bulk | Tails |\n"
+             << "| Function | Domain | Source | Failure | Points | Bulk | Tails | `Precise` | Bulk "
+                "| Tails |\n"
              << "| --- | --- | --- | --- | --- | --- | --- | --- | --- | --- |\n";
         for (const PageEntry& entry : family.entries) {
             const std::string names = entry.function;
@@ -89,12 +93,13 @@ void WriteTables(std::ostream& page)
             const std::vector<Row> rows = Read(function);
             const Measured own = Measure(rows, Find(function).call, entry.tails, All);
             const PreciseFunction& precise = PreciseFor(function);
-            page << "| `" << names << "` | " << entry.domain << " | " << entry.source << " | " << entry.failure
-                 << " | " << own.bulk.points + own.tails.points << " | " << own.bulk.Text() << " | "
-                 << own.tails.Text() << " | ";
+            page << "| `" << names << "` | " << entry.domain << " | " << entry.source << " | "
+                 << entry.failure << " | " << own.bulk.points + own.tails.points << " | "
+                 << own.bulk.Text() << " | " << own.tails.Text() << " | ";
             if (precise.name) {
                 const Measured other = Measure(rows, precise.call, entry.tails, precise.compared);
-                page << "`" << precise.name << "` | " << other.bulk.Text() << " | " << other.tails.Text() << " |\n";
+                page << "`" << precise.name << "` | " << other.bulk.Text() << " | "
+                     << other.tails.Text() << " |\n";
             } else {
                 page << "| | |\n";
             }
@@ -117,8 +122,10 @@ void WriteSteps(std::ostream& page)
     const Call& precise = PreciseFor("CDFHyper").call;
     page << "\n## Hypergeometric populations above 1,000\n\n"
          << "| Population | `CDFHyper` | `Precise::CDFHyper` |\n| --- | --- | --- |\n"
-         << "| 1,001 to 10,000 | " << compared(step, own).Text() << " | " << compared(step, precise).Text() << " |\n"
-         << "| 10,001 to 100,000 | " << compared(large, own).Text() << " | " << compared(large, precise).Text() << " |\n";
+         << "| 1,001 to 10,000 | " << compared(step, own).Text() << " | "
+         << compared(step, precise).Text() << " |\n"
+         << "| 10,001 to 100,000 | " << compared(large, own).Text() << " | "
+         << compared(large, precise).Text() << " |\n";
 }
 
 std::string Page()
@@ -182,8 +189,8 @@ Line Part(const std::string& text)
         char* end = nullptr;
         const double value = std::strtod(text.c_str() + i, &end);
         const std::string number = text.substr(i, static_cast<std::size_t>(end - text.c_str()) - i);
-        if (number.size() >= 7 && std::isdigit(static_cast<unsigned char>(number[0])) && number[1] == '.' &&
-            number[3] == 'e') {
+        if (number.size() >= 7 && std::isdigit(static_cast<unsigned char>(number[0])) &&
+            number[1] == '.' && number[3] == 'e') {
             line.words += '#';
             line.errors.push_back(value);
             i += number.size();
@@ -219,7 +226,8 @@ int Check(const char* path)
         const bool there = static_cast<bool>(std::getline(file, found));
         if (!more && !there) return 0;
         if (more == there && Agree(wanted, found)) continue;
-        std::cerr << path << ":" << line << ": stale\n  page:     " << (there ? found : "(ends here)")
+        std::cerr << path << ":" << line
+                  << ": stale\n  page:     " << (there ? found : "(ends here)")
                   << "\n  measured: " << (more ? wanted : "(ends here)")
                   << "\nwrite it anew with stats_accuracy_page --write " << path << "\n";
         return 1;

@@ -16,8 +16,8 @@ using MCVelscore_850::AllocationCount;
 using reference::Read;
 using reference::Row;
 
-// A function of numbers alone, called with the numbers of its reference rows. The numbers are parsed
-// before the counting starts.
+// A function of numbers alone, called with the numbers of its reference rows. The numbers are
+// parsed before the counting starts.
 template <class F>
 void ExpectNoAllocation(const char* name, F call)
 {
@@ -79,12 +79,17 @@ TEST(Allocation, NoFunctionOfNumbersAllocates)
     });
     ExpectNoAllocation("CDFHyper", [](double* a) { D::CDFHyper(a[0], a[1], a[2], a[3], icode); });
     ExpectNoAllocation("ncdbet", [](double* a) { D::ncdbet(a[0], a[1], a[2], a[3], code, a[4]); });
-    ExpectNoAllocation("NonCentralCdfF", [](double* a) { D::NonCentralCdfF(a[0], a[1], a[2], a[3], a[4]); });
-    ExpectNoAllocation("NonCentralCdfChi", [](double* a) { D::NonCentralCdfChi(a[0], a[1], a[2]); });
+    ExpectNoAllocation("NonCentralCdfF",
+                       [](double* a) { D::NonCentralCdfF(a[0], a[1], a[2], a[3], a[4]); });
+    ExpectNoAllocation("NonCentralCdfChi",
+                       [](double* a) { D::NonCentralCdfChi(a[0], a[1], a[2]); });
     ExpectNoAllocation("NonCentralCdfT", [](double* a) { D::NonCentralCdfT(a[0], a[1], a[2]); });
-    ExpectNoAllocation("NonCentralPdfT", [](double* a) { D::NonCentralPdfT(a[0], a[1], a[2], code); });
-    ExpectNoAllocation("FindNCParamChi", [](double* a) { D::FindNCParamChi(a[0], a[1], a[2], a[3]); });
-    ExpectNoAllocation("FindNCParamF", [](double* a) { D::FindNCParamF(a[0], a[1], a[2], a[3], a[4]); });
+    ExpectNoAllocation("NonCentralPdfT",
+                       [](double* a) { D::NonCentralPdfT(a[0], a[1], a[2], code); });
+    ExpectNoAllocation("FindNCParamChi",
+                       [](double* a) { D::FindNCParamChi(a[0], a[1], a[2], a[3]); });
+    ExpectNoAllocation("FindNCParamF",
+                       [](double* a) { D::FindNCParamF(a[0], a[1], a[2], a[3], a[4]); });
     ExpectNoAllocation("FindNCParamT", [](double* a) { D::FindNCParamT(a[0], a[1], a[2], a[3]); });
 }
 

@@ -120,6 +120,7 @@ def beta_quantile_by_the_steps(p, a, b):
     return x
 
 
+show("gammad(100, 0.125), upper", gammainc(mpf("0.125"), 100, inf, regularized=True))
 show("betinv(1e-20, 20, 0.5)", beta_quantile(1e-20, 20, 0.5))
 show("betinv(1e-11, 15, 0.5)", beta_quantile(1e-11, 15, 0.5))
 show("betinv(0.5, 3000, 0.05)", beta_quantile(0.5, 3000, 0.05))
