@@ -243,7 +243,7 @@ them.
 
 - A number that must agree with the scores: `MCDistFun`, always.
 - Quantiles of t, F and beta: `Precise`. Those of `MCDistFun` come from one search that ends at an
-  absolute 2e-10 of the beta quantile: at everyday arguments 8 to 10 digits, few or none close to
+  absolute 2e-10 of the beta quantile: at everyday arguments 8 digits or more, few or none close to
   the median, with many degrees of freedom and where the beta quantile is small; for p or 1 - p below
   1e-19 the answer need not be a quantile at all.
 - Small tails: `Precise`. Those of `MCDistFun` are often one minus the other tail (chi-square, t and
@@ -262,10 +262,11 @@ them.
 
 Each error is the largest relative one, |answer - exact value| / |exact value|, over the points that
 have an exact value (computed with 50 digits): the points of the reference files, most of them random,
-and those of tests/data/stats/exact, a grid of everyday arguments with the small tails beside them
-and all points at which an algorithm departs from its function by design. After it stand the
-arguments at which it was found, in the order of the function's parameters. `inf` is an answer that is
-infinite where the exact value isn't, or no answer.
+and, for most functions, those of tests/data/stats/exact: a grid of everyday arguments with the small
+tails beside them, and the points at which an algorithm departs from its function by design, for
+parameters up to 1e6 or, where that can be computed, 1e12. After the error stand the arguments at
+which it was found, in the order of the function's parameters. `inf` is an answer that is infinite
+where the exact value isn't, or no answer.
 
 "Tails" are: for a probability or density, exact values below 0.001; for a quantile, probabilities
 within 0.001 of 0 or 1 and quantiles below 0.001 in size; for the rest, values below 0.01 in size,
