@@ -204,7 +204,8 @@ constexpr Message kCatalogue[] = {
     {kTooManyAttributes, "sddd", "{0}:{1}:{2}: more than {3} attributes on one element", kHostile},
     {kTokenTooLong, "sddd", "{0}:{1}:{2}: a tag, comment or instruction of more than {3} bytes",
      kHostile},
-    {kTooManyElements, "sddd", "{0}:{1}:{2}: more than {3} elements", kHostile},
+    {kTooManyElements, "sddd",
+     "{0}:{1}:{2}: more than {3} elements, instructions and CDATA sections", kHostile},
     {kDocumentTooLarge, "sd", "{0} has more than {1} bytes", kHostile},
     {kNotAModelDocument, "ss", "{0} is no model document: its root is '{1}'",
      "Give a PMML document with a GeneralRegressionModel."},
@@ -232,6 +233,12 @@ constexpr Message kCatalogue[] = {
      "Give each field a column of its own."},
     {kMapWithoutColumns, "s", "the MapValues of the derived field {0} has no FieldColumnPair",
      "Name the field that the table is looked up by."},
+
+    {kTextTooLong, "sddd",
+     "{0}:{1}:{2}: more than {3} bytes between one tag and the next, from this element on",
+     kHostile},
+    {kTooManyNames, "sddd", "{0}:{1}:{2}: more than {3} different names of elements and attributes",
+     kHostile},
 
     {kNoOutputSection, "s", "{0} has no Output section, whose columns were asked for",
      "Score with the default columns, or add an Output section to the model."},

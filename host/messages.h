@@ -102,6 +102,10 @@ inline constexpr int kMapCellMissing = 269118;     // column, derived field
 inline constexpr int kMapColumnTwice = 269119;     // column, derived field
 inline constexpr int kMapWithoutColumns = 269120;  // derived field
 
+// Codes of the engine: the document's bytes, continued.
+inline constexpr int kTextTooLong = 269141;   // file, line, column, limit
+inline constexpr int kTooManyNames = 269142;  // file, line, column, limit
+
 // Codes of the engine: the document's output and its records.
 inline constexpr int kNoOutputSection = 269191;    // file
 inline constexpr int kOutputFeature = 269192;      // feature, output field
