@@ -34,9 +34,11 @@ void ExpectRowPerCategory(int rows, const std::string& rowsTag, const ScoreDictV
            std::to_string(categories).c_str(), variable.GetName().c_str());
 }
 
-void SizeRows(ContrastMatrix& contrast, int rows, int columns)
+void SizeRows(ContrastMatrix& contrast, int rows, int columns, const std::string& columnsTag)
 {
-    if (columns < 0) Refuse(kNotAnInteger, std::to_string(columns).c_str());
+    if (columns < 0) {
+        Refuse(kNotAnInteger, std::to_string(columns).c_str(), columnsTag.c_str());
+    }
     ExpectTableFits(Tags::XML_ELE_MATRIX, static_cast<size_t>(rows), static_cast<size_t>(columns));
     contrast.rows.assign(static_cast<size_t>(rows),
                          std::vector<double>(static_cast<size_t>(columns)));
@@ -121,7 +123,7 @@ void GeneralRegressionTranslator::HandleContrastMatrix(DOMElement* element,
     const int rows = VerifyInt(GetAttributeForced(element, Tags::XML_ATT_XBASIS_NROW));
     ExpectRowPerCategory(rows, Tags::XML_ATT_XBASIS_NROW, *variable);
     const int columns = VerifyInt(GetAttributeForced(element, Tags::XML_ATT_XBASIS_NCOL));
-    SizeRows(contrast, rows, columns);
+    SizeRows(contrast, rows, columns, Tags::XML_ATT_XBASIS_NCOL);
     size_t row = 0;
     for (DOMElement* child = GetFirstChildElt(element); child != nullptr;
          child = GetNextSiblingElt(child), ++row) {
@@ -143,7 +145,7 @@ void GeneralRegressionTranslator::HandleContrastMatrixEx(DOMElement* matrix,
     const int rows = VerifyInt(GetAttributeForced(matrix, Tags::XML_ELE_MATRIX_NBROWS));
     ExpectRowPerCategory(rows, Tags::XML_ELE_MATRIX_NBROWS, *variable);
     const int columns = VerifyInt(GetAttributeForced(matrix, Tags::XML_ELE_MATRIX_NBCOLS));
-    SizeRows(contrast, rows, columns);
+    SizeRows(contrast, rows, columns, Tags::XML_ELE_MATRIX_NBCOLS);
     std::vector<ValueSetEntry> entries;
     if (const ValueSet* values = variable->GetValueSet()) entries = values->GetEntries();
     size_t row = 0;
@@ -190,7 +192,7 @@ void GeneralRegressionTranslator::HandleContrastMatrix41(DOMElement* predictor,
                Tags::XML_ELE_GRM_CATEGORY.c_str(), Tags::XML_ELE_GRM_CATEGORIES.c_str());
     }
     const int columns = VerifyInt(GetAttributeForced(matrix, Tags::XML_ELE_MATRIX_NBCOLS));
-    SizeRows(contrast, rows, columns);
+    SizeRows(contrast, rows, columns, Tags::XML_ELE_MATRIX_NBCOLS);
     size_t row = 0;
     for (DOMElement* child = GetFirstChildElt(matrix); child != nullptr;
          child = GetNextSiblingElt(child), ++row) {
