@@ -17,6 +17,7 @@
 #include "host/numbertext.h"
 #include "host/scoremodel.h"
 #include "host/scoreresult.h"
+#include "host/vsexception.h"
 
 namespace MCVelscore_850 {
 
@@ -44,7 +45,10 @@ std::vector<Comparison> ComparisonsOf(const LoadedModel& model, const Verificati
         if (outputField || (target != nullptr && target->GetName() == name)) {
             comparisons.push_back({column, outputField});
         } else if (model.Model().GetDictionary()->GetVar(name) == nullptr) {
-            throw Failure(FailureKind::Document, kVerificationField, {name, model.File()});
+            VSException refusal(gErrorFormater);
+            refusal.PutErrorMessage(kVerificationField, name.c_str(), model.File().c_str());
+            refusal.SetPlace(table.fields[column].place);
+            throw DocumentFailure(refusal, model.File());
         }
     }
     return comparisons;

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "host/vsexception.h"
+
 namespace MCVelscore_850 {
 
 class ByteSource;
@@ -20,6 +22,8 @@ struct VerificationTable {
         double precision = 1e-6;
         /// Numbers up to this size count as 0.
         double zeroThreshold = 1e-16;
+        /// Where a document declares it.
+        DocumentPlace place{};
     };
     std::vector<Field> fields;
     /// By record and field; an empty text is a missing value.

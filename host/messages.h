@@ -29,7 +29,8 @@ public:
     static std::span<const Message> All();
     /// The row of a code, null for an unknown one.
     static const Message* Find(int code);
-    /// The code's text with its arguments in place; for an unknown code a text that says so.
+    /// The code's text with its arguments in place; for an unknown code a text that says so. What
+    /// can't be seen, an empty name, is shown as a word.
     static std::string Format(int code, const std::vector<std::string>& arguments);
     /// The arguments as text, read by the kinds in the code's row.
     static std::vector<std::string> ReadArguments(int code, va_list arguments);
@@ -43,9 +44,9 @@ inline constexpr int kInvalidValue = 260127;       // value, name
 inline constexpr int kUnexpectedWord = 260153;     // text, tag, tag
 
 // Codes of the host's own refusals, in documents.
-inline constexpr int kNotANumber = 269001;               // text
-inline constexpr int kNotAnInteger = 269002;             // text
-inline constexpr int kNumberTooLarge = 269003;           // text
+inline constexpr int kNotANumber = 269001;               // text, holder
+inline constexpr int kNotAnInteger = 269002;             // text, holder
+inline constexpr int kNumberTooLarge = 269003;           // text, holder
 inline constexpr int kArrayLength = 269004;              // found, expected
 inline constexpr int kUnknownEncoding = 269005;          // name
 inline constexpr int kDuplicateField = 269006;           // name
@@ -108,6 +109,11 @@ inline constexpr int kTableLocator = 269117;       // derived field
 inline constexpr int kMapCellMissing = 269118;     // column, derived field
 inline constexpr int kMapColumnTwice = 269119;     // column, derived field
 inline constexpr int kMapWithoutColumns = 269120;  // derived field
+
+// Codes of the engine: the document's bytes, continued.
+inline constexpr int kTextTooLong = 269141;       // file, line, column, limit
+inline constexpr int kTooManyNames = 269142;      // file, line, column, limit
+inline constexpr int kUndeclaredPrefix = 269143;  // prefix, element
 
 // Codes of the engine: the document's output and its records.
 inline constexpr int kNoOutputSection = 269191;    // file

@@ -39,9 +39,12 @@ void ExpectRowPerCategory(int rows, const std::string& rowsTag, const ScoreDictV
 using Rows = std::vector<std::vector<double>>;
 using Values = std::vector<ScoreValue*>;
 
-void Size(Rows& contrastRows, Values& contrastValues, int rows, int columns)
+void Size(Rows& contrastRows, Values& contrastValues, int rows, int columns,
+          const std::string& columnsTag)
 {
-    if (columns < 0) Refuse(kNotAnInteger, std::to_string(columns).c_str());
+    if (columns < 0) {
+        Refuse(kNotAnInteger, std::to_string(columns).c_str(), columnsTag.c_str());
+    }
     ExpectTableFits(Tags::XML_ELE_MATRIX, static_cast<size_t>(rows), static_cast<size_t>(columns));
     contrastRows.assign(static_cast<size_t>(rows),
                         std::vector<double>(static_cast<size_t>(columns)));
@@ -126,7 +129,7 @@ void GeneralRegressionTranslator::HandleContrastMatrix(
     const int rows = VerifyInt(GetAttributeForced(element, Tags::XML_ATT_XBASIS_NROW));
     ExpectRowPerCategory(rows, Tags::XML_ATT_XBASIS_NROW, *variable);
     const int columns = VerifyInt(GetAttributeForced(element, Tags::XML_ATT_XBASIS_NCOL));
-    Size(contrastRows, contrastValues, rows, columns);
+    Size(contrastRows, contrastValues, rows, columns, Tags::XML_ATT_XBASIS_NCOL);
     size_t row = 0;
     for (DOMElement* child = GetFirstChildElt(element); child != nullptr;
          child = GetNextSiblingElt(child), ++row) {
@@ -148,7 +151,7 @@ void GeneralRegressionTranslator::HandleContrastMatrixEx(
     const int rows = VerifyInt(GetAttributeForced(matrix, Tags::XML_ELE_MATRIX_NBROWS));
     ExpectRowPerCategory(rows, Tags::XML_ELE_MATRIX_NBROWS, *variable);
     const int columns = VerifyInt(GetAttributeForced(matrix, Tags::XML_ELE_MATRIX_NBCOLS));
-    Size(contrastRows, contrastValues, rows, columns);
+    Size(contrastRows, contrastValues, rows, columns, Tags::XML_ELE_MATRIX_NBCOLS);
     std::vector<ValueSetEntry> entries;
     if (const ValueSet* values = variable->GetValueSet()) entries = values->GetEntries();
     size_t row = 0;
@@ -194,7 +197,7 @@ void GeneralRegressionTranslator::HandleContrastMatrix41(
                Tags::XML_ELE_GRM_CATEGORY.c_str(), Tags::XML_ELE_GRM_CATEGORIES.c_str());
     }
     const int columns = VerifyInt(GetAttributeForced(matrix, Tags::XML_ELE_MATRIX_NBCOLS));
-    Size(contrastRows, contrastValues, rows, columns);
+    Size(contrastRows, contrastValues, rows, columns, Tags::XML_ELE_MATRIX_NBCOLS);
     size_t row = 0;
     for (DOMElement* child = GetFirstChildElt(matrix); child != nullptr;
          child = GetNextSiblingElt(child), ++row) {

@@ -15,7 +15,8 @@ namespace MCVelscore_850 {
 
 namespace {
 
-constexpr size_t kReadBytes = size_t{64} << 10;
+// As much as a tag may have: the guard reads one that isn't whole again with the next block.
+constexpr size_t kReadBytes = size_t{1} << 20;
 // The root of the older form.
 constexpr std::string_view kLegacyRoot = "zelt-ml";
 

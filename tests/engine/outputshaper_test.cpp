@@ -1,6 +1,6 @@
 #include "engine/outputshaper.h"
 
-#include <chrono>
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <limits>
@@ -177,17 +177,15 @@ TEST_F(OutputShaperTest, MissingLimitTimesTrialsIsAnEmptyField)
     EXPECT_EQ(Written(), wanted);
 }
 
-// Compared each with each, these would take a minute.
-TEST_F(OutputShaperTest, ManyKeptColumnsAreNamedAtOnce)
+// bench/growth_bench.cpp tells whether these take time in proportion.
+TEST_F(OutputShaperTest, ManyKeptColumnsAreNamedInTheirOrder)
 {
     constexpr size_t kColumns = 100000;
     Names header;
     for (size_t i = 0; i < kColumns; ++i) header.push_back("a long name " + std::to_string(i));
-    const auto begin = std::chrono::steady_clock::now();
     const OutputShaper shaper = Shaper(ScoreResult::CLR_RESULT, {.keepAll = true}, header);
-    const auto taken = std::chrono::steady_clock::now() - begin;
-    EXPECT_EQ(shaper.Columns().size(), kColumns + 3);
-    EXPECT_LT(taken, std::chrono::seconds(5));
+    ASSERT_EQ(shaper.Columns().size(), kColumns + 3);
+    EXPECT_TRUE(std::equal(header.begin(), header.end(), shaper.Columns().begin()));
 }
 
 TEST_F(OutputShaperTest, MissingNumbersAreEmptyFields)

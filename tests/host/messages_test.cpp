@@ -126,6 +126,22 @@ TEST(Messages, FormatPutsEachArgumentInItsPlace)
     EXPECT_EQ(Messages::Format(kArrayLength, {"3", "4"}), "an array has 3 numbers, 4 are expected");
 }
 
+TEST(Messages, ANameThatCantBeSeenIsShownAsAWord)
+{
+    EXPECT_EQ(Messages::Format(260204, {""}), "(empty) is a second target");
+    EXPECT_EQ(Messages::Format(260204, {" \t"}), "(blanks) is a second target");
+    EXPECT_EQ(Messages::Format(kNotANumber, {"", "beta"}), "the beta '' is not a number");
+}
+
+TEST(Messages, ACategoryThatAModelMadeUpIsNotShown)
+{
+    for (const char* name : {"LRdummy", "GLRdummy", "GZLRdummy", "CoxRegDummy"}) {
+        EXPECT_EQ(Messages::Format(260258, {name, "targetCategory", "p", "parameterName", "PCell"}),
+                  "the model has no place for (none) (targetCategory) and p (parameterName) of a "
+                  "PCell");
+    }
+}
+
 TEST(Messages, BracesInAnArgumentAreText)
 {
     EXPECT_EQ(Messages::Format(260204, {"{1} {x} {"}), "{1} {x} { is a second target");

@@ -327,14 +327,17 @@ TEST(ZeltDictionary, RefusalsTellCodeAndArguments)
         {Variable(kNumber, Missing("<value value='none'/>")), {260127, {"none", "v"}}},
         {Variable(kNumber, Missing("<range maximum='1'/>")), {260115, {"minimum", "range"}}},
         {Variable(kNumber, Missing("<range minimum='1'/>")), {260115, {"maximum", "range"}}},
-        {Variable(kNumber, Missing("<range minimum='low' maximum='1'/>")), {kNotANumber, {"low"}}},
+        {Variable(kNumber, Missing("<range minimum='low' maximum='1'/>")),
+         {kNotANumber, {"low", "minimum"}}},
         {Variable(kNumber, Missing("<range minimum='HIGHEST' maximum='1'/>")),
-         {kNotANumber, {"HIGHEST"}}},
+         {kNotANumber, {"HIGHEST", "minimum"}}},
         {Variable(kNumber, Missing("<range minimum='1' maximum='LOWEST'/>")),
-         {kNotANumber, {"LOWEST"}}},
-        {Variable(kNumber, Missing("<range minimum='1' maximum='INF'/>")), {kNotANumber, {"INF"}}},
-        {Variable(kNumber, "<var-stats mean='average'/>"), {kNotANumber, {"average"}}},
-        {Variable(kNumber, "<var-stats minimum='1e999'/>"), {kNumberTooLarge, {"1e999"}}},
+         {kNotANumber, {"LOWEST", "maximum"}}},
+        {Variable(kNumber, Missing("<range minimum='1' maximum='INF'/>")),
+         {kNotANumber, {"INF", "maximum"}}},
+        {Variable(kNumber, "<var-stats mean='average'/>"), {kNotANumber, {"average", "mean"}}},
+        {Variable(kNumber, "<var-stats minimum='1e999'/>"),
+         {kNumberTooLarge, {"1e999", "minimum"}}},
     };
     for (const auto& row : kRows) {
         EXPECT_EQ(RefusedFor(row.variables), row.refusal) << row.variables;

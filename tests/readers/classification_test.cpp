@@ -202,9 +202,9 @@ TEST(BinaryDocument, CutoffIsALeadingExtension)
     document.leading = "<Other/><Extension name='cutoff' value='0.3'/>";
     EXPECT_EQ(Read<BLRModel>(document)->GetCutoff(), 0.0);
     document.leading = "<Extension name='cutoff' value='half'/>";
-    Refuses(document, kNotANumber, {"half"});
+    Refuses(document, kNotANumber, {"half", "value"});
     document.leading = "<Extension name='cutoff'/>";
-    Refuses(document, kNotANumber, {""});
+    Refuses(document, kNotANumber, {"", "Extension"});
     // No other family reads it, whatever it says.
     for (LogisticDocument other : {Multinomial(), OrdinalDocument(), Conditional()}) {
         other.leading = "<Extension name='cutoff' value='half'/>";
@@ -530,7 +530,7 @@ TEST(OrdinalDocument, OffsetRefusals)
 {
     LogisticDocument document = OrdinalDocument();
     document.attributes = "offsetValue='much'";
-    Refuses(document, kNotANumber, {"much"});
+    Refuses(document, kNotANumber, {"much", "offsetValue"});
     document.attributes = "offsetVariable='nowhere'";
     Refuses(document, 260125, {"nowhere", "DataDictionary", "TransformationDictionary"});
     document.attributes = "offsetVariable='y'";

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <set>
 #include <string>
 #include <vector>
@@ -105,16 +104,10 @@ const std::set<long> kCodes = {0, 1, 2, 3, 4, 5, 6, 7};
 // Two at once: fewer of them, as a search at the end of the doubles takes seconds.
 const std::vector<std::string> kHostilePairs = {"nan", "inf", "-inf", "0", "-1"};
 
-// A search takes some thousand sums of 60,000 terms at the most: seconds, more under a sanitizer.
-constexpr double kLongestSeconds = 60.0;
-
 void ExpectAnAnswer(const Function& function, const std::vector<std::string>& arguments)
 {
     const Args args(arguments);
-    const auto start = std::chrono::steady_clock::now();
     const Outcome outcome = function.call(args);
-    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
-    EXPECT_LT(took.count(), kLongestSeconds) << function.name << "(" << args.Text() << ")";
     EXPECT_TRUE(kCodes.count(outcome.code.value_or(0)))
         << function.name << "(" << args.Text() << ")";
     EXPECT_EQ(outcome.values.size(), 1u);
