@@ -1,5 +1,7 @@
 #include "cli/commandline.h"
 
+#include <algorithm>
+#include <span>
 #include <sstream>
 #include <vector>
 
@@ -10,6 +12,7 @@
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
+#include "engine/suggestions.h"
 
 namespace MCVelscore_850 {
 
@@ -44,6 +47,21 @@ void AddRepeatable(CLI::App* command, const std::string& name, std::vector<std::
         ->trigger_on_parse();
 }
 
+std::string WithHint(const std::string& text, const std::string& hint)
+{
+    return hint.empty() ? text : text + ". " + hint;
+}
+
+CLI::Validator OneOf(std::vector<std::string> words)
+{
+    const auto check = [words = std::move(words)](const std::string& text) -> std::string {
+        if (std::find(words.begin(), words.end(), text) != words.end()) return {};
+        return WithHint(fmt::format("'{}' is none of {}", text, fmt::join(words, ", ")),
+                        SuggestWord(text, words));
+    };
+    return {check, "", ""};
+}
+
 void AddDocumentOptions(CLI::App* command, std::string& plugin, bool& asIs)
 {
     command->add_flag("--as-is", asIs, "Take the document as it is, without the adaptations");
@@ -59,11 +77,14 @@ void DefineTable(CLI::App* command, ScoreArguments& score)
                         "The table of cases, with a header; - or nothing is standard input");
     AddText(command, "-o,--out", score.output,
             "Where the output goes; - or nothing is standard output", "FILE");
+    command->add_flag("--partial", score.partial,
+                      "When the run ends early, give the whole rows written so far the name of -o "
+                      "all the same; else they stay in a temporary file beside it");
     AddText(command, "--policy", score.policy,
             "What to do with a missing or invalid predictor: substitute its replacement, answer a "
             "missing prediction, or answer the status alone. Without it the model's own stands",
             "substitute|sysmis|status")
-        ->check(CLI::IsMember({"substitute", "sysmis", "status"}));
+        ->check(OneOf({"substitute", "sysmis", "status"}));
     AddText(command, "--delimiter", score.delimiter,
             "The character between fields, in the cases and in the output; tab for a tabulator",
             "C");
@@ -92,7 +113,7 @@ void DefineScore(CLI::App* command, ScoreArguments& score)
             "The columns of the output: default, the same for each model of a family, or document, "
             "those of the document's own Output section",
             "default|document")
-        ->check(CLI::IsMember({"default", "document"}));
+        ->check(OneOf({"default", "document"}));
     command->footer(kScoreFooter);
 }
 
@@ -166,13 +187,60 @@ void DefineHelp(CLI::App* command, HelpArguments& help)
     command->footer("Example:\n  velscore help 90029");
 }
 
-std::string CommandNames(const CLI::App& app)
+// Throws when the first argument that should name a command doesn't.
+void RefuseUnknownCommand(const CLI::App& app, const std::string& given)
 {
     std::vector<std::string> names;
     for (const CLI::App* command : app.get_subcommands(nullptr)) {
+        if (command->get_name() == given) return;
         names.push_back(command->get_name());
     }
-    return fmt::format("{} and {}", fmt::join(names.begin(), names.end() - 1, ", "), names.back());
+    throw UsageError(
+        WithHint(fmt::format("'{}' is no command; the commands are {} and {}", given,
+                             fmt::join(names.begin(), names.end() - 1, ", "), names.back()),
+                 SuggestWord(given, names)));
+}
+
+// Throws for the first option that the command doesn't have. The parser would blame the words
+// behind it, which it takes for arguments too many.
+void RefuseUnknownOption(const CLI::App& command, std::span<const std::string> arguments)
+{
+    for (size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
+        const std::string& argument = arguments[i];
+        if (argument.size() < 2 || argument[0] != '-') continue;
+        const bool isLong = argument[1] == '-';
+        const std::string name =
+            isLong ? argument.substr(0, argument.find('=')) : argument.substr(0, 2);
+        const CLI::Option* option = command.get_option_no_throw(name);
+        if (option != nullptr) {
+            // A text of its own may begin with a dash too.
+            if (argument == name && option->get_items_expected_max() > 0) ++i;
+            continue;
+        }
+        std::vector<std::string> names;
+        for (const CLI::Option* each : command.get_options()) {
+            const std::vector<std::string>& known = each->get_lnames();
+            names.insert(names.end(), known.begin(), known.end());
+        }
+        const std::string whole = argument.substr(0, argument.find('='));
+        const std::string word = isLong ? whole.substr(2) : whole;
+        throw UsageError(WithHint(fmt::format("{} has no option {}", command.get_name(), whole),
+                                  SuggestWord(word, names, "--")));
+    }
+}
+
+// Says what is wrong with arguments that the parser refused.
+[[noreturn]] void RefuseArguments(CLI::App& app, std::span<const std::string> arguments,
+                                  const CLI::ParseError& wrong)
+{
+    const auto isWord = [](const std::string& argument) { return !argument.starts_with('-'); };
+    const auto command = std::find_if(arguments.begin(), arguments.end(), isWord);
+    RefuseUnknownOption(app, {arguments.begin(), command});
+    if (command != arguments.end()) {
+        RefuseUnknownCommand(app, *command);
+        RefuseUnknownOption(*app.get_subcommand(*command), {command + 1, arguments.end()});
+    }
+    throw UsageError(wrong.what());
 }
 
 }  // namespace
@@ -221,11 +289,8 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
         PrintOut(out.str());
         return kExitDone;
     } catch (const CLI::ParseError& wrong) {
-        if (argumentCount > 1 && arguments[1][0] != '-' && app.get_subcommands().empty()) {
-            throw UsageError(fmt::format("'{}' is no command; the commands are {}", arguments[1],
-                                         CommandNames(app)));
-        }
-        throw UsageError(wrong.what());
+        const std::vector<std::string> given(arguments + 1, arguments + argumentCount);
+        RefuseArguments(app, given, wrong);
     }
     if (scoreCommand->parsed()) return RunScore(score, console);
     if (curveCommand->parsed()) return RunCurve(curve, console);

@@ -25,6 +25,7 @@ struct ScoreArguments {
     bool asIs = false;
     bool strict = false;
     bool quiet = false;
+    bool partial = false;
 };
 
 struct CheckArguments {

@@ -1,15 +1,14 @@
 #include "cli/console.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "engine/csvwriter.h"
 #include "engine/loadedmodel.h"
+#include "engine/outputfile.h"
 
 namespace MCVelscore_850 {
 
@@ -80,17 +79,8 @@ void Console::ClearProgress()
 
 void PrintOut(std::string_view text)
 {
-    static bool closed = false;
-    while (!text.empty() && !closed) {
-        const ssize_t count = ::write(STDOUT_FILENO, text.data(), text.size());
-        if (count >= 0) {
-            text.remove_prefix(static_cast<size_t>(count));
-        } else if (errno == EPIPE) {
-            closed = true;
-        } else if (errno != EINTR) {
-            RefuseOutput("standard output", errno, 0);
-        }
-    }
+    static OutputFile out("-");
+    if (const int error = out.Write(text); error != 0) RefuseOutput(out.Name(), error);
 }
 
 std::string FailureText(const Failure& failure)

@@ -39,8 +39,8 @@ private:
     Clock::time_point shown_{};
 };
 
-/// Writes to standard output, where the data goes. Throws Failure (kOutputNotWritten) when it can't
-/// be written; once the reader of a pipe went away, the rest is dropped quietly.
+/// Writes to standard output, where the data goes. Throws Failure (RefuseOutput) when it can't be
+/// written; once the reader of a pipe went away, the rest is dropped quietly.
 void PrintOut(std::string_view text);
 
 /// "model.pmml:12:5: text" with the place in front where the failure knows it, and the code behind.

@@ -127,7 +127,9 @@ void AddQuantities(std::string& out, const ModelDescription& description)
         width = std::max(width, quantity.column.size() + 2);
     }
     for (const ModelDescription::Quantity& quantity : description.quantities) {
-        out += fmt::format("  {:<{}}{}\n", quantity.column, width, quantity.meaning);
+        out += fmt::format("  {:<{}}{}\n", quantity.column, width,
+                           quantity.lacksCovariances ? "empty: the document has no covariances"
+                                                     : quantity.meaning);
     }
 }
 
@@ -190,7 +192,10 @@ std::string ModelText(const LoadedModel& model)
     }
     if (HasColumn(about, "std_dev")) {  // other families use neither
         AddLine(out, "df", Number(about.degreesOfFreedom));
-        AddLine(out, "covariances", about.hasCovariances ? "yes" : "none: no standard errors");
+        AddLine(out, "covariances",
+                about.hasCovariances     ? "yes"
+                : about.Lacks("std_dev") ? "none: no standard errors, no confidence limits"
+                                         : "none");
     }
     AddStrata(out, about);
     Contrasted contrasted;
@@ -255,7 +260,9 @@ Json ModelJson(const LoadedModel& model)
     json["baseline"] = std::move(strata);
     Json columns = Json::array();
     for (const ModelDescription::Quantity& quantity : about.quantities) {
-        columns.push_back({{"column", quantity.column}, {"meaning", quantity.meaning}});
+        columns.push_back({{"column", quantity.column},
+                           {"meaning", quantity.meaning},
+                           {"empty", quantity.lacksCovariances}});
     }
     json["columns"] = std::move(columns);
     json["adapted"] = model.Adaptations();

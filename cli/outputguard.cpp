@@ -8,23 +8,36 @@
 
 namespace MCVelscore_850 {
 
+namespace {
+
+// True when the output would go into the file of an open descriptor.
 bool IsOutput(const std::string& output, int input)
 {
     return output == "-" ? IsSameFile(STDOUT_FILENO, input) : IsSameFile(input, output);
 }
 
-void RefuseOutputOnto(const std::string& input)
+[[noreturn]] void Refuse(const std::string& input)
 {
     throw UsageError(
         fmt::format("the output is the input {} itself; write to another file", input));
 }
 
+}  // namespace
+
 void RefuseOutputOntoDocument(const std::string& output, const std::string& document)
 {
     if (document == "-") {
-        if (IsOutput(output, STDIN_FILENO)) RefuseOutputOnto("standard input");
+        if (IsOutput(output, STDIN_FILENO)) Refuse("standard input");
     } else if (output == "-" ? IsSameFile(STDOUT_FILENO, document) : IsSameFile(document, output)) {
-        RefuseOutputOnto(document);
+        Refuse(document);
+    }
+}
+
+void RefuseOutputOntoTable(const std::string& output, const InputFile& cases)
+{
+    // What the shell has emptied for the output is an empty table, and told as one.
+    if ((output != "-" || cases.Size() > 0) && IsOutput(output, cases.Descriptor())) {
+        Refuse(cases.Name());
     }
 }
 

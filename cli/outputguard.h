@@ -5,15 +5,14 @@
 
 namespace MCVelscore_850 {
 
-// The output must not be an input, which would be emptied or spoilt. "-" is standard output or
-// input.
+class InputFile;
 
-/// True when the output would go into the file of an open descriptor.
-bool IsOutput(const std::string& output, int input);
-/// Throws UsageError; `input` is for the message.
-[[noreturn]] void RefuseOutputOnto(const std::string& input);
-/// Throws UsageError when the output is the document itself, however both are named.
+// The output must not be an input, however both are named: a document or a table would be lost, and
+// a table that grows as it is read never ends. "-" is standard output or input. Both throw
+// UsageError.
+
 void RefuseOutputOntoDocument(const std::string& output, const std::string& document);
+void RefuseOutputOntoTable(const std::string& output, const InputFile& cases);
 
 }  // namespace MCVelscore_850
 

@@ -11,10 +11,14 @@
 #include "engine/explanation.h"
 #include "engine/scoringsession.h"
 #include "engine/shorttext.h"
+#include "engine/suggestions.h"
 
 namespace MCVelscore_850 {
 
 namespace {
+
+constexpr std::string_view kInterrupted = "interrupted; whole rows written";
+constexpr std::string_view kBeforeThat = "whole rows written before that";
 
 char SingleCharacter(std::string_view option, const std::string& text)
 {
@@ -39,9 +43,10 @@ TableDialect DialectOf(const ScoreArguments& arguments)
     if (kNoDecimals.find(dialect.decimal) != std::string_view::npos) {
         throw UsageError(fmt::format("--decimal can't be '{}'", arguments.decimal));
     }
-    // A decimal comma in a comma-separated table stands in quotes; any other pair is a slip.
-    if (dialect.delimiter == dialect.decimal && dialect.delimiter != ',') {
-        throw UsageError("--delimiter and --decimal are the same character");
+    if (dialect.delimiter == dialect.decimal) {
+        throw UsageError(fmt::format(
+            "--delimiter and --decimal are both '{}'; give the fields another delimiter: {}",
+            dialect.decimal, dialect.decimal == ',' ? "--delimiter ';'" : "--delimiter ,"));
     }
     return dialect;
 }
@@ -99,29 +104,37 @@ void SetPolicy(LoadedModel& model, const std::string& policy)
     }
 }
 
-// The output must not be an input: a table would be emptied or never end, a model be spoilt.
-void RefuseOutputOntoInput(const ScoreArguments& arguments, const InputFile& cases)
+std::string FirstCaseText(long code, const NotScored& cases, const ScoreModel& model)
 {
-    RefuseOutputOntoDocument(arguments.output, arguments.model);
-    // What the shell has emptied for the output is an empty table, and told as one.
-    if ((arguments.output != "-" || cases.Size() > 0) &&
-        IsOutput(arguments.output, cases.Descriptor())) {
-        RefuseOutputOnto(cases.Name());
+    std::string text;
+    if (cases.text && TellsTheCase(static_cast<int>(code))) {
+        text = MessageText(static_cast<int>(code),
+                           {ShortText(*cases.text), cases.field, std::to_string(cases.row)});
+    } else {
+        const std::string fault = FaultText(cases.field, cases.text);
+        text = fmt::format("row {}{}{}", cases.row, fault.empty() ? "" : ", ", fault);
     }
+    const std::string meant =
+        cases.text ? SuggestCategory(model, cases.field, *cases.text) : std::string();
+    return meant.empty() ? text : text + "; " + meant;
 }
 
-std::string FirstCaseText(long code, const NotScored& cases)
+std::string UnlistedText(const UnlistedValues& unlisted, const ScoreModel& model)
 {
-    if (!cases.text.empty()) {
-        return MessageText(static_cast<int>(code),
-                           {ShortText(cases.text), cases.field, std::to_string(cases.row)});
+    std::string line =
+        fmt::format("column {} has {} {} that the model's dictionary doesn't list (",
+                    unlisted.column, unlisted.count, unlisted.count == 1 ? "value" : "values");
+    std::string meant;
+    for (size_t i = 0; i < unlisted.first.size(); ++i) {
+        line += fmt::format("{}'{}'", i == 0 ? "" : ", ", ShortText(unlisted.first[i]));
+        if (meant.empty()) meant = SuggestCategory(model, unlisted.column, unlisted.first[i]);
     }
-    return cases.field.empty() ? fmt::format("row {}", cases.row)
-                               : fmt::format("row {}, field {}", cases.row, cases.field);
+    line += unlisted.oneMayBeReference ? "; one of these may be the reference)" : ")";
+    return meant.empty() ? line : line + ". " + meant;
 }
 
 // One line: cases scored, cases not scored by code, values that the dictionary doesn't list.
-std::string ClosingLine(const ScoringReport& report)
+std::string ClosingLine(const ScoringReport& report, const ScoreModel& model)
 {
     const int64_t notScored = report.NotScoredCount();
     std::string line =
@@ -130,17 +143,11 @@ std::string ClosingLine(const ScoringReport& report)
     const char* between = " ";
     for (const auto& [code, cases] : report.notScored) {
         line += fmt::format("{}{} with status {} (first: {})", between, cases.count, code,
-                            FirstCaseText(code, cases));
+                            FirstCaseText(code, cases, model));
         between = ", ";
     }
     for (const UnlistedValues& unlisted : report.unlisted) {
-        line +=
-            fmt::format("; column {} has {} {} that the model's dictionary doesn't list (",
-                        unlisted.column, unlisted.count, unlisted.count == 1 ? "value" : "values");
-        for (size_t i = 0; i < unlisted.first.size(); ++i) {
-            line += fmt::format("{}'{}'", i == 0 ? "" : ", ", ShortText(unlisted.first[i]));
-        }
-        line += ")";
+        line += "; " + UnlistedText(unlisted, model);
     }
     return line;
 }
@@ -151,6 +158,21 @@ int ExitCodeOf(const ScoringReport& report, bool strict)
     if (report.outputClosed) return kExitDone;
     if (strict && (report.NotScoredCount() > 0 || !report.unlisted.empty())) return kExitStrict;
     return kExitDone;
+}
+
+// Ends the output of a run that came to no end of its own, and says what there is of it.
+void EndEarly(std::string_view why, CsvWriter& writer, const ScoreArguments& arguments,
+              Console& console)
+{
+    const std::string place = writer.EndEarly(arguments.partial);
+    std::string line = fmt::format("{}: {}", why, writer.RowsWritten());
+    if (place == arguments.output) {
+        line += fmt::format(", in {}", place);
+    } else if (!place.empty()) {
+        line += fmt::format(", in {}; {} is as it was (--partial would give it these rows)", place,
+                            arguments.output);
+    }
+    console.Say(line);
 }
 
 // Both commands: reads the model, then the table, and writes what the options ask for.
@@ -181,7 +203,8 @@ int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& c
 
     CatchStopSignals();
     InputFile cases(arguments.cases, &StopRequested());
-    RefuseOutputOntoInput(arguments, cases);
+    RefuseOutputOntoDocument(arguments.output, arguments.model);
+    RefuseOutputOntoTable(arguments.output, cases);
 
     std::optional<ScoringSession> session;
     std::optional<CsvWriter> writer;
@@ -193,23 +216,26 @@ int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& c
             progress = [&](uint64_t done) { console.ShowProgress(done, cases.Size()); };
         }
         session->Run(*writer, progress);
+        if (!session->Report().interrupted) writer->Close();
     } catch (const Failure& failure) {
-        if (StopSignal() != 0 && !session) {  // the header was still being read
-            console.Say("interrupted; whole rows written: 0");
+        // The header was still being read, or a pipe that is the output had no reader yet.
+        if (StopSignal() != 0 && !writer) {
+            console.Say(fmt::format("{}: 0", kInterrupted));
             return kExitSignal + StopSignal();
         }
         console.SayFailure(failure);
-        if (writer && failure.Kind() != FailureKind::Output) {
-            console.Say(fmt::format("whole rows written before that: {}", writer->RowsWritten()));
-        }
+        if (writer) EndEarly(kBeforeThat, *writer, arguments, console);
         return static_cast<int>(failure.Kind());
+    } catch (...) {
+        if (writer) EndEarly(kBeforeThat, *writer, arguments, console);
+        throw;
     }
 
     const ScoringReport& report = session->Report();
     if (report.interrupted) {
-        console.Say(fmt::format("interrupted; whole rows written: {}", report.rowsWritten));
+        EndEarly(kInterrupted, *writer, arguments, console);
     } else if (!arguments.quiet && !report.outputClosed) {
-        console.Say(ClosingLine(report));
+        console.Say(ClosingLine(report, model.Model()));
     }
     return ExitCodeOf(report, arguments.strict);
 }

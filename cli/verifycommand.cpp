@@ -9,9 +9,10 @@
 #include "cli/outputguard.h"
 #include "engine/bytesource.h"
 #include "engine/documents/verificationsection.h"
+#include "engine/explanation.h"
 #include "engine/loadedmodel.h"
+#include "engine/outputfile.h"
 #include "engine/verification.h"
-#include "engine/wholefile.h"
 
 namespace MCVelscore_850 {
 
@@ -26,7 +27,11 @@ std::string DifferenceText(const Difference& difference)
     std::string text =
         fmt::format("record {}, {}: expected {}, found {}", difference.record, difference.field,
                     Shown(difference.expected), Shown(difference.found));
-    if (difference.status != 0) text += fmt::format(" (status {})", difference.status);
+    if (difference.status != 0) {
+        const std::string fault = FaultText(difference.faultyField, difference.faultyText);
+        text +=
+            fmt::format(" (status {}{}{})", difference.status, fault.empty() ? "" : ", ", fault);
+    }
     return text + "\n";
 }
 
@@ -34,12 +39,15 @@ Json ReportJson(const std::string& file, const VerificationReport& report)
 {
     Json differences = Json::array();
     for (const Difference& difference : report.differences) {
-        differences.push_back({{"record", difference.record},
-                               {"field", difference.field},
-                               {"expected", difference.expected},
-                               {"found", difference.found},
-                               {"precision", difference.precision},
-                               {"status", difference.status}});
+        differences.push_back(
+            {{"record", difference.record},
+             {"field", difference.field},
+             {"expected", difference.expected},
+             {"found", difference.found},
+             {"precision", difference.precision},
+             {"status", difference.status},
+             {"statusField", difference.faultyField},
+             {"statusText", difference.faultyText ? Json(*difference.faultyText) : Json()}});
     }
     return {{"document", file},
             {"records", report.records},
@@ -57,6 +65,7 @@ int Emit(const VerifyArguments& arguments, LoadOptions options, Console& console
     RefuseOutputOntoDocument(arguments.output, arguments.model);
     LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin), options);
     InputFile cases(arguments.emit);
+    RefuseOutputOntoTable(arguments.output, cases);
     const MadeVerification made = MakeVerification(model, cases, {});
     WriteWholeFile(arguments.output, TextWithVerification(arguments.model, made.table));
     console.Say(fmt::format("{} records written, {} cases without a score left out",

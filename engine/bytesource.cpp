@@ -8,7 +8,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "engine/failure.h"
 #include "host/messages.h"
 
 namespace MCVelscore_850 {
@@ -40,14 +39,15 @@ bool AreSame(const FileStatus& one, const FileStatus& other)
 
 ByteSource::~ByteSource() = default;
 
-InputFile::InputFile(const std::string& path, const StopFlag* stop)
-    : name_(path == "-" ? "standard input" : path), stop_(stop)
+InputFile::InputFile(const std::string& path, const StopFlag* stop, FailureKind content)
+    : name_(path == "-" ? "standard input" : path), stop_(stop), content_(content)
 {
     descriptor_ = path == "-" ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor_ < 0) Refuse(std::strerror(errno));
-    struct stat status {};
-    if (::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
-        size_ = static_cast<uint64_t>(status.st_size);
+    const FileStatus status = StatusOf(descriptor_);
+    if (status && S_ISREG(status->st_mode)) {
+        regular_ = true;
+        size_ = static_cast<uint64_t>(status->st_size);
     }
 }
 
@@ -66,9 +66,17 @@ size_t InputFile::Read(char* buffer, size_t size)
     }
 }
 
+bool InputFile::HasChangedSize() const
+{
+    if (!regular_) return false;
+    const FileStatus status = StatusOf(descriptor_);
+    return status && static_cast<uint64_t>(status->st_size) != size_;
+}
+
 void InputFile::Refuse(const std::string& reason) const
 {
-    throw Failure(FailureKind::Cases, kCasesNotRead, {name_, reason});
+    const int code = content_ == FailureKind::Document ? kCannotRead : kCasesNotRead;
+    throw Failure(content_, code, {name_, reason});
 }
 
 bool IsSameFile(int descriptor, int other)

@@ -2,14 +2,15 @@
 
 #include <algorithm>
 #include <iterator>
+#include <limits>
 #include <unordered_map>
 
 #include "engine/failure.h"
 #include "engine/plainnumber.h"
 #include "engine/shorttext.h"
+#include "engine/suggestions.h"
 #include "host/datetimetext.h"
 #include "host/datetimevalue.h"
-#include "host/dictvar.h"
 #include "host/mcstatus.h"
 #include "host/messages.h"
 #include "host/numbertext.h"
@@ -18,7 +19,6 @@
 #include "host/stringvalue.h"
 #include "host/transformationdictionary.h"
 #include "host/transformvar.h"
-#include "host/varstats.h"
 
 namespace MCVelscore_850 {
 
@@ -42,6 +42,12 @@ std::string JoinNames(std::span<const std::string> names, std::string_view betwe
     return joined;
 }
 
+template <class Range, class Value>
+bool Contains(const Range& range, const Value& value)
+{
+    return std::find(range.begin(), range.end(), value) != range.end();
+}
+
 const ScoreDictVar* FindVariable(const ScoreDictionary* dictionary,
                                  const ScoreDictionary* transformations, const std::string& name)
 {
@@ -58,7 +64,8 @@ CasePreparer::CasePreparer(const ScoreModel& model, const ModelDescription& desc
                            CaseOptions options)
     : options_(std::move(options)),
       dictionary_(model.GetDictionary()),
-      transformations_(model.GetTransformationDictionary())
+      transformations_(model.GetTransformationDictionary()),
+      modelSubstitutes_(model.GetMissingValuePolicy() == ScoreModel::MV_SUBSTITUTE)
 {
     std::vector<std::string> names;
     for (const std::string& name : description.variables) {
@@ -75,7 +82,8 @@ CasePreparer::CasePreparer(const ScoreModel& model, const ModelDescription& desc
     for (const MiningFieldTreatment& each : treatments) treatmentOf.emplace(each.name, &each);
     for (Binding& binding : bindings_) {
         const auto treatment = treatmentOf.find(binding.var->GetName());
-        if (treatment != treatmentOf.end()) ApplyTreatment(binding, *treatment->second);
+        if (treatment == treatmentOf.end()) continue;
+        ApplyTreatment(binding, *treatment->second, description);
     }
 
     // Data variables come first in the record, then the derived ones; both by their own order.
@@ -135,18 +143,17 @@ void CasePreparer::AddVariable(const ScoreDictVar& var, std::vector<std::string>
             binding.kind != Kind::Text || binding.dictVar->FindCategoryText(kNotAvailable) < 0;
         binding.spells = binding.dictVar->Type().boolean;
     }
-    if (binding.kind == Kind::Number && var.GetOutlierTreatment() == ScoreDictVar::AS_EXTREME &&
-        var.GetVarStats() != nullptr) {
-        const double low = var.GetVarStats()->GetMinimum();
-        const double high = var.GetVarStats()->GetMaximum();
-        binding.low = NumericValue::IsSystemMissingValue(low) ? -NumericValue::GetInfinity() : low;
-        binding.high =
-            NumericValue::IsSystemMissingValue(high) ? NumericValue::GetInfinity() : high;
-        binding.clamps = binding.low <= binding.high;
+    if (binding.kind != Kind::Text && binding.dictVar != nullptr &&
+        var.GetOutlierTreatment() == ScoreDictVar::AS_EXTREME) {
+        const DictVar::Limits limits = binding.dictVar->OutlierLimits();
+        if (limits.low <= limits.high) binding.extremes = limits;
     }
     binding.countsUnlisted = binding.dictVar != nullptr && var.AcceptsUnlisted();
     binding.treated = binding.countsUnlisted;
     binding.unlisted.column = var.GetName();
+    const auto& withoutReference = options_.withoutReference;
+    binding.unlisted.oneMayBeReference = std::find(withoutReference.begin(), withoutReference.end(),
+                                                   var.GetName()) != withoutReference.end();
     names.push_back(var.GetName());
     bindings_.push_back(std::move(binding));
 }
@@ -156,6 +163,7 @@ void CasePreparer::BindColumns(std::span<const std::string> header, const std::s
     std::unordered_multimap<std::string_view, size_t> columns;
     for (size_t i = 0; i < header.size(); ++i) columns.emplace(header[i], i);
     std::vector<std::string> missing;
+    std::vector<std::string> bound;
     for (Binding& binding : bindings_) {
         const std::string& name = binding.var->GetName();
         const auto [first, last] = columns.equal_range(name);
@@ -165,26 +173,58 @@ void CasePreparer::BindColumns(std::span<const std::string> header, const std::s
             throw Failure(FailureKind::Cases, kDuplicateColumn, {tableName, name});
         } else {
             binding.column = first->second;
+            bound.push_back(name);
         }
     }
     if (!missing.empty()) {
         throw Failure(FailureKind::Cases, kMissingColumn,
-                      {tableName, JoinNames(missing, "', '"), JoinNames(header, ", ")});
+                      {tableName, JoinNames(missing, "', '"), JoinNames(header, ", ")},
+                      SuggestColumns(missing, header, bound));
     }
 }
 
-void CasePreparer::ApplyTreatment(Binding& binding, const MiningFieldTreatment& treatment) const
+// True for a continuous field whose missing values are the model's own business: no derived field
+// sees them, or the model refuses the row because of them.
+bool CasePreparer::LeavesReplacementToModel(const ScoreDictVar& var,
+                                            const ModelDescription& description) const
 {
-    // "asIs" and an absent treatment leave the value to the model.
+    if (var.GetMeasureLevel() != ScoreDictVar::CONTINUOUS) return false;
+    const auto& read = description.variables;
+    const auto times = std::count(read.begin(), read.end(), var.GetName());
+    if (times == 0) return false;
+    const bool feedsDerived = std::any_of(derived_.begin(), derived_.end(), [&](const Derived& d) {
+        return Contains(d.var->Inputs(), &var);
+    });
+    // One that stands there again is a time, a stratum or an offset too, which nobody replaces.
+    const bool modelReplaces =
+        modelSubstitutes_ && times == 1 && Contains(description.covariates, var.GetName());
+    return !feedsDerived || !modelReplaces;
+}
+
+void CasePreparer::ApplyTreatment(Binding& binding, const MiningFieldTreatment& treatment,
+                                  const ModelDescription& description) const
+{
+    const std::string& name = binding.var->GetName();
+    binding.isFactor = Contains(description.factors, name);
+    binding.hasContrasts =
+        std::any_of(description.contrasts.begin(), description.contrasts.end(),
+                    [&](const auto& contrast) { return contrast.predictor == name; });
+
+    // An absent treatment leaves the value to the model.
     struct Word {
         std::string_view text;
         Invalid invalid;
     };
-    constexpr Word kWords[] = {{"asMissing", Invalid::AsMissing},
+    constexpr Word kWords[] = {{"asIs", Invalid::AsIs},
+                               {"asMissing", Invalid::AsMissing},
                                {"asValue", Invalid::AsValue},
                                {"returnInvalid", Invalid::Refuse}};
     for (const Word& word : kWords) {
         if (treatment.invalidValueTreatment == word.text) binding.invalid = word.invalid;
+    }
+    // Whether a factor takes what it doesn't list, its variable says: it may have no place for it.
+    if (binding.invalid == Invalid::AsIs && binding.isFactor) {
+        binding.invalid = Invalid::LeaveToModel;
     }
     if (binding.invalid == Invalid::AsValue) {
         if (options_.substitutes && !treatment.invalidValueReplacement.empty()) {
@@ -194,9 +234,8 @@ void CasePreparer::ApplyTreatment(Binding& binding, const MiningFieldTreatment& 
         }
     }
     binding.refusesMissing = treatment.missingValueTreatment == "returnInvalid";
-    // Replacements of continuous fields are in the model already.
     if (options_.substitutes && !treatment.missingValueReplacement.empty() &&
-        binding.var->GetMeasureLevel() != ScoreDictVar::CONTINUOUS) {
+        !LeavesReplacementToModel(*binding.var, description)) {
         binding.missingReplacement = treatment.missingValueReplacement;
     }
     binding.treated = binding.treated || binding.invalid != Invalid::LeaveToModel ||
@@ -218,6 +257,30 @@ CaseStatus CasePreparer::Prepare(std::span<const std::string_view> fields)
                                              record_.get(), dictionary_, transformations_));
     }
     return {};
+}
+
+const ScoreDictVar* CasePreparer::FindVar(const std::string& name) const
+{
+    return FindVariable(dictionary_, transformations_, name);
+}
+
+CaseStatus CasePreparer::Refusal(long code, const ScoreDictVar* failed,
+                                 std::span<const std::string_view> fields) const
+{
+    if (failed == nullptr) return {code};
+    const ScoreDictVar* blamed = failed;
+    while (blamed->IsDerived()) {
+        const auto& inputs = static_cast<const TransformVar*>(blamed)->Inputs();
+        const auto bad = std::find_if(inputs.begin(), inputs.end(), [&](const auto* input) {
+            return !input->Accepts(record_->GetValue(input->GetName()));
+        });
+        if (bad == inputs.end() && inputs.size() != 1) break;
+        blamed = bad == inputs.end() ? inputs.front() : *bad;
+    }
+    for (const Binding& binding : bindings_) {
+        if (binding.var == blamed) return {code, &blamed->GetName(), fields[binding.column]};
+    }
+    return {code, &blamed->GetName()};
 }
 
 std::vector<std::string> CasePreparer::InputNames() const
@@ -262,6 +325,7 @@ bool CasePreparer::IsMissingText(const Binding& binding, std::string_view text) 
 // Sets the value of this row; the code of the refusal when the text can't be read.
 long CasePreparer::SetValue(Binding& binding, std::string_view text)
 {
+    ValueOf(binding).SetTakenAsIs(false);
     if (IsMissingText(binding, text)) {
         SetMissing(binding);
         return 0;
@@ -270,7 +334,6 @@ long CasePreparer::SetValue(Binding& binding, std::string_view text)
     switch (binding.kind) {
         case Kind::Number:
             if (!ReadDecimal(text, number)) return kCaseTextNotANumber;
-            if (binding.clamps) number = std::clamp(number, binding.low, binding.high);
             binding.number->SetDoubleValue(number);
             break;
         case Kind::Text:
@@ -283,20 +346,35 @@ long CasePreparer::SetValue(Binding& binding, std::string_view text)
             binding.dateTime->SetNumber(number);
             break;
     }
+    if (binding.extremes) TakeExtreme(binding);
     return 0;
+}
+
+// A value that the document calls missing stays so, however far beyond the limits it lies.
+void CasePreparer::TakeExtreme(Binding& binding)
+{
+    const ScoreValue& value = ValueOf(binding);
+    const double number = value.GetDouble();
+    const double taken = std::clamp(number, binding.extremes->low, binding.extremes->high);
+    if (taken != number && !binding.var->IsMissing(&value)) SetPlainNumber(binding, taken);
 }
 
 long CasePreparer::Treat(Binding& binding, std::string_view text)
 {
-    const ScoreValue& value = ValueOf(binding);
+    ScoreValue& value = ValueOf(binding);
     bool missing = binding.var->IsMissing(&value);
     if (!missing && binding.invalid != Invalid::LeaveToModel && !binding.var->IsValid(&value)) {
-        if (binding.invalid == Invalid::Refuse) return kCaseInvalidValue;
-        if (binding.invalid == Invalid::AsMissing) {
-            SetMissing(binding);
-            missing = true;
-        } else if (!SetReplacement(binding, *binding.invalidReplacement)) {
-            return kCaseInvalidValue;
+        switch (binding.invalid) {
+            case Invalid::Refuse: return kCaseInvalidValue;
+            case Invalid::AsIs: value.SetTakenAsIs(true); break;
+            case Invalid::AsMissing:
+                SetMissing(binding);
+                missing = true;
+                break;
+            case Invalid::AsValue:
+                if (!SetReplacement(binding, *binding.invalidReplacement)) return kCaseInvalidValue;
+                break;
+            case Invalid::LeaveToModel: break;
         }
     }
     if (missing) {
@@ -321,11 +399,17 @@ bool CasePreparer::ReadDecimal(std::string_view text, double& number)
 
 void CasePreparer::SetMissing(Binding& binding)
 {
-    switch (binding.kind) {
-        case Kind::Number: binding.number->SetDoubleValue(NumericValue::GetSysmisValue()); break;
-        case Kind::Text: binding.text->SetMissing(); break;
-        case Kind::DateTime: binding.dateTime->SetNumber(NumericValue::GetSysmisValue()); break;
+    if (binding.kind == Kind::Text) {
+        binding.text->SetMissing();
+    } else {
+        SetPlainNumber(binding, NumericValue::GetSysmisValue());
     }
+}
+
+void CasePreparer::SetPlainNumber(const Binding& binding, double number)
+{
+    if (binding.kind == Kind::Number) binding.number->SetDoubleValue(number);
+    if (binding.kind == Kind::DateTime) binding.dateTime->SetNumber(number);
 }
 
 ScoreValue& CasePreparer::ValueOf(const Binding& binding)
@@ -341,31 +425,44 @@ ScoreValue& CasePreparer::ValueOf(const Binding& binding)
 // A replacement is the document's text: its numbers have a decimal point, whatever the table has.
 bool CasePreparer::SetReplacement(const Binding& binding, const std::string& text)
 {
+    const ScoreDictVar::DateTimeType type = binding.var->GetDateTimeType();
     double number = 0.0;
+    const bool isNumber = ReadNumber(text, number) == NumberText::Number;
     switch (binding.kind) {
         case Kind::Number:
-            if (ReadNumber(text, number) != NumberText::Number) return false;
+            if (!isNumber) {
+                if (!binding.isFactor || binding.hasContrasts) return false;
+                number = std::numeric_limits<double>::quiet_NaN();  // equals no category
+            }
             binding.number->SetDoubleValue(number);
             break;
         case Kind::Text:
             binding.text->Assign(binding.spells ? binding.dictVar->Spelling(text) : text);
             break;
         case Kind::DateTime:
-            if (!ReadDateTime(text, binding.var->GetDateTimeType(), number)) return false;
+            // A number counts from the type's own origin, which is 1970 where it has none.
+            if (isNumber) {
+                number -= OriginShift(type);
+            } else if (!ReadDateTime(text, type, number)) {
+                return false;
+            }
             binding.dateTime->SetNumber(number);
             break;
     }
+    // Contrasts tell nothing of a category without a row: the variable refuses it.
+    ValueOf(binding).SetTakenAsIs(!binding.hasContrasts);
     return true;
 }
 
 void CasePreparer::CountUnlisted(Binding& binding, std::string_view text)
 {
     UnlistedValues& unlisted = binding.unlisted;
-    ++unlisted.count;
     if (unlisted.first.size() < UnlistedValues::kShown &&
         std::find(unlisted.first.begin(), unlisted.first.end(), text) == unlisted.first.end()) {
         unlisted.first.emplace_back(text);
     }
+    if (unlisted.oneMayBeReference && unlisted.first.front() == text) return;
+    ++unlisted.count;
 }
 
 }  // namespace MCVelscore_850

@@ -12,12 +12,12 @@
 
 #include "engine/miningtreatment.h"
 #include "host/caserecord.h"
+#include "host/dictvar.h"
 #include "host/modeldescription.h"
 
 namespace MCVelscore_850 {
 
 class DateTimeValue;
-class DictVar;
 class NumericValue;
 class ScoreDictVar;
 class ScoreDictionary;
@@ -35,15 +35,19 @@ struct CaseOptions {
     /// Variables to prepare beside those that the model reads. A table may lack their columns, and
     /// text that can't be read is a missing value in them.
     std::vector<std::string> alsoRead{};
+    /// Variables whose list of categories may lack their reference category.
+    std::vector<std::string> withoutReference{};
 };
 
 /// Whether a row became a case.
 struct CaseStatus {
-    long code = 0;                       ///< 0, or the code that refuses the row
-    const std::string* field = nullptr;  ///< the field at fault, when there is one
-    std::string_view text;               ///< what stood in it
+    long code = 0;                           ///< 0, or the code that refuses the row
+    const std::string* field = nullptr;      ///< the field at fault, when there is one
+    std::optional<std::string_view> text{};  ///< what stood in it; none of a derived field
 
     bool IsOK() const { return code == 0; }
+    /// Empty when no single field is at fault.
+    std::string_view FieldName() const { return field == nullptr ? std::string_view() : *field; }
 };
 
 /// Values of one column that its variable accepts without listing them: often a typing error.
@@ -53,6 +57,9 @@ struct UnlistedValues {
     std::string column;
     int64_t count = 0;
     std::vector<std::string> first;  ///< the first different ones, at most kShown
+    /// One different value may be the reference category, which the list lacks. The first one
+    /// isn't counted then; which of them it is nobody knows.
+    bool oneMayBeReference = false;
 };
 
 /// Turns the rows of a table into cases for one model: typed values in one record, overwritten
@@ -65,8 +72,11 @@ struct UnlistedValues {
 ///           category of that name. Every value is set anew for each row, since a model may write
 ///           its replacements into the record.
 /// Treatment What the mining schema leaves to the host, in this order: outliers that count as the
-///           limits; invalid values as missing, as another value or as a refusal; missing values
-///           of categorical fields by their replacement.
+///           limits, missing values apart; invalid values as they are, as missing, as another value
+///           or as a refusal; missing values by their replacement, but for continuous fields that
+///           the model alone reads, since it replaces them itself. What the schema puts in, or
+///           wants as it is, is valid whatever the variable lists; where a factor's contrasts have
+///           a row for each category alone, its variable judges it all the same.
 /// Derived   values stand in the same record: GetScore is told that they are there.
 /// Errors    kMissingColumn, kDuplicateColumn (Failure) from the constructor; a row that can't be
 ///           a case answers its code.
@@ -87,6 +97,14 @@ public:
 
     const CaseRecord& Record() const { return *record_; }
 
+    /// The model's variable of that name, data or derived; null when it has none.
+    const ScoreDictVar* FindVar(const std::string& name) const;
+    /// The status of a prepared row that the model failed with a code for a variable, null when it
+    /// blames none. A derived variable hands the blame on to its first input that is missing or
+    /// not valid, or to its only one: the table has no field of its own name.
+    CaseStatus Refusal(long code, const ScoreDictVar* failed,
+                       std::span<const std::string_view> fields) const;
+
     /// The data variables that are read, in the order of their values in the record.
     std::vector<std::string> InputNames() const;
     /// A row's texts of these variables as a document writes them: a missing value is empty, and
@@ -98,7 +116,7 @@ public:
 
 private:
     enum class Kind { Number, Text, DateTime };
-    enum class Invalid { LeaveToModel, AsMissing, AsValue, Refuse };
+    enum class Invalid { LeaveToModel, AsIs, AsMissing, AsValue, Refuse };
 
     /// One data variable: its column, its value in the record, and what to do with the value.
     struct Binding {
@@ -111,14 +129,14 @@ private:
         DateTimeValue* dateTime = nullptr;
         bool optional = false;  ///< of CaseOptions::alsoRead
         bool naIsMissing = true;
-        bool spells = false;  ///< a boolean, whose declared spelling is taken
-        bool clamps = false;
-        double low = 0.0;
-        double high = 0.0;
-        bool treated = false;  ///< some member below says something
+        bool spells = false;                      ///< a boolean, whose declared spelling is taken
+        std::optional<DictVar::Limits> extremes;  ///< of outliers that count as the limits
+        bool treated = false;                     ///< some member below says something
         Invalid invalid = Invalid::LeaveToModel;
         bool refusesMissing = false;
         bool countsUnlisted = false;
+        bool isFactor = false;  ///< of the model's equations
+        bool hasContrasts = false;
         std::optional<std::string> invalidReplacement;
         std::optional<std::string> missingReplacement;
         UnlistedValues unlisted;
@@ -132,12 +150,18 @@ private:
     void AddVariable(const ScoreDictVar& var, std::vector<std::string>& names,
                      const std::span<const std::string>* columns = nullptr);
     void BindColumns(std::span<const std::string> header, const std::string& tableName);
-    void ApplyTreatment(Binding& binding, const MiningFieldTreatment& treatment) const;
+    void ApplyTreatment(Binding& binding, const MiningFieldTreatment& treatment,
+                        const ModelDescription& description) const;
+    bool LeavesReplacementToModel(const ScoreDictVar& var,
+                                  const ModelDescription& description) const;
     bool IsMissingText(const Binding& binding, std::string_view text) const;
     long SetValue(Binding& binding, std::string_view text);
     long Treat(Binding& binding, std::string_view text);
     bool ReadDecimal(std::string_view text, double& number);
+    static void TakeExtreme(Binding& binding);
     static void SetMissing(Binding& binding);
+    /// Not for a text.
+    static void SetPlainNumber(const Binding& binding, double number);
     static ScoreValue& ValueOf(const Binding& binding);
     static bool SetReplacement(const Binding& binding, const std::string& text);
     static void CountUnlisted(Binding& binding, std::string_view text);
@@ -145,6 +169,7 @@ private:
     CaseOptions options_;
     const ScoreDictionary* dictionary_;
     const ScoreDictionary* transformations_;
+    bool modelSubstitutes_;
     std::vector<Binding> bindings_;
     std::vector<Derived> derived_;  ///< inputs before what reads them
     std::unordered_set<const ScoreDictVar*> seen_;

@@ -5,6 +5,8 @@
 
 #include <csv.h>
 
+#include "engine/fileform.h"
+#include "engine/suggestions.h"
 #include "host/messages.h"
 
 namespace MCVelscore_850 {
@@ -12,8 +14,6 @@ namespace MCVelscore_850 {
 namespace {
 
 constexpr size_t kChunk = size_t{1} << 16;
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
 constexpr unsigned char kHighestLineEnd = '\r';
 
 // Blanks belong to the field they stand in, so to the parser nothing is a blank.
@@ -117,8 +117,8 @@ void CsvReader::FillBatch()
     const char* bytes = chunk_.data();
     if (!started_) {
         started_ = true;
-        // A pipe may give the mark in pieces.
-        while (size > 0 && size < kByteOrderMark.size()) {
+        // A pipe may give the first bytes in pieces.
+        while (size > 0 && NeedsMoreToTellForm({bytes, size})) {
             const size_t more = source_.Read(chunk_.data() + size, chunk_.size() - size);
             if (more == 0) break;
             size += more;
@@ -129,17 +129,32 @@ void CsvReader::FillBatch()
             size -= kByteOrderMark.size();
             if (size == 0) return;
         }
+        RefuseOtherForms({bytes, size}, source_.Name());
     } else {
         bytesRead_ += size;
     }
     if (size == 0) {
         ended_ = true;
-        if (csv_fini(&parser_->parser, Parser::OnField, Parser::OnLineEnd, this) != 0) {
-            FailLater(kUnclosedQuote, {OpenRow()});
-        }
+        FinishTable();
         return;
     }
+    lastByte_ = bytes[size - 1];
     Parse(bytes, size);
+}
+
+void CsvReader::FinishTable()
+{
+    const std::string row = OpenRow();
+    const auto wholeLines = static_cast<std::ptrdiff_t>(lines_.size());
+    const bool lineIsOpen = lastByte_ != '\n' && lastByte_ != '\r';
+    const bool quoteIsOpen =
+        csv_fini(&parser_->parser, Parser::OnField, Parser::OnLineEnd, this) != 0;
+    if ((lineIsOpen || quoteIsOpen) && source_.HasChangedSize()) {
+        lines_.erase(lines_.begin() + wholeLines, lines_.end());
+        FailLater(kTableCut, {row});
+    } else if (quoteIsOpen) {
+        FailLater(kUnclosedQuote, {row});
+    }
 }
 
 void CsvReader::Parse(const char* bytes, size_t size)
@@ -162,13 +177,11 @@ void CsvReader::Parse(const char* bytes, size_t size)
     if (!ParseWithQuotes(before)) return;
     SplitPlainLines(plain);
     if (!ParseWithQuotes(after)) return;
+    // A field that goes on isn't let grow; its last byte here may yet be the closing quote.
     if (nul != nullptr) {
         FailLater(kNulByte, {OpenRow()});
-    } else if (parser_->parser.entry_pos > kMaxField) {
+    } else if (parser_->parser.entry_pos > kMaxField + 1) {
         FailLater(kFieldTooLong, {OpenRow(), std::to_string(kMaxField)});
-    } else if (text_.size() - openText_ > kMaxRow ||
-               fields_.size() - openFirstField_ > kMaxColumns) {
-        FailLater(kFieldTooLong, {OpenRow(), std::to_string(kMaxRow)});
     }
 }
 
@@ -179,9 +192,13 @@ bool CsvReader::ParseWithQuotes(std::string_view bytes)
 {
     const size_t parsed = csv_parse(&parser_->parser, bytes.data(), bytes.size(), Parser::OnField,
                                     Parser::OnLineEnd, this);
+    if (failure_) return false;  // a limit was passed on the way
     if (parsed == bytes.size()) return true;
     if (csv_error(&parser_->parser) != CSV_EPARSE) throw std::bad_alloc();
-    FailLater(kStrayQuote, {OpenRow()});
+    // Quoted names between other delimiters look like text after a closing quote.
+    const std::string_view header = bytes.substr(0, bytes.find_first_of("\r\n"));
+    FailLater(kStrayQuote, {OpenRow()},
+              linesParsed_ == 0 ? SuggestDelimiter(header, delimiter_) : std::string());
     return false;
 }
 
@@ -234,9 +251,22 @@ void CsvReader::DropDelivered()
 
 void CsvReader::TakeField(const char* bytes, size_t size)
 {
+    if (failure_) return;
+    if (size > kMaxField) {
+        FailLater(kFieldTooLong, {OpenRow(), std::to_string(kMaxField)});
+        return;
+    }
     ++openFound_;
-    // A row too long is refused when it is delivered; its surplus takes no memory.
+    // A row of too many fields is refused when it is delivered; its surplus takes no memory.
     if (!header_.empty() && openFound_ > header_.size()) return;
+    if (text_.size() - openText_ + size > kMaxRow) {
+        FailLater(kRowTooLong, {OpenRow(), std::to_string(kMaxRow)});
+        return;
+    }
+    if (openFound_ > kMaxColumns) {
+        FailLater(kTooManyColumns, {std::to_string(kMaxColumns)});
+        return;
+    }
     const auto begin = static_cast<uint32_t>(text_.size());
     text_.append(bytes, size);
     fields_.push_back({begin, static_cast<uint32_t>(text_.size())});
@@ -244,6 +274,7 @@ void CsvReader::TakeField(const char* bytes, size_t size)
 
 void CsvReader::TakeLineEnd(int terminator)
 {
+    if (failure_) return;
     // The LF of CR LF comes as a blank line of its own.
     const bool completesCrLf = terminator == CSV_LF && lastTerminator_ == CSV_CR && openFound_ == 0;
     lastTerminator_ = completesCrLf ? 0 : terminator;
@@ -259,10 +290,10 @@ void CsvReader::TakeLineEnd(int terminator)
 // The number of the row that is being parsed: the header is the first line parsed.
 std::string CsvReader::OpenRow() const { return std::to_string(linesParsed_); }
 
-void CsvReader::FailLater(int code, std::vector<std::string> details)
+void CsvReader::FailLater(int code, std::vector<std::string> details, std::string hint)
 {
     details.insert(details.begin(), source_.Name());
-    failure_.emplace(FailureKind::Cases, code, std::move(details));
+    failure_.emplace(FailureKind::Cases, code, std::move(details), std::move(hint));
 }
 
 void CsvReader::Fail(int code, std::vector<std::string> details) const

@@ -22,10 +22,12 @@ namespace MCVelscore_850 {
 ///         the end are passed over; one before a further row is a row too short.
 /// Rows    are counted from 1 after the header.
 /// Errors  Failure, after the rows before the fault were delivered: kNoHeader, kRowLength,
-///         kUnclosedQuote, kStrayQuote, kNulByte, kFieldTooLong, and what the source throws.
+///         kUnclosedQuote, kStrayQuote, kNulByte, kFieldTooLong, kRowTooLong, kTooManyColumns,
+///         kNoTextTable, kTableCut for a last row without a line end in a table that changed its
+///         size meanwhile, and what the source throws.
 class CsvReader {
 public:
-    /// The longest field, the longest row as a whole, in bytes, and the most columns.
+    /// The longest field, the fields of the longest row together, in bytes, and the most columns.
     static constexpr size_t kMaxField = size_t{1} << 20;
     static constexpr size_t kMaxRow = size_t{1} << 24;
     static constexpr size_t kMaxColumns = size_t{1} << 20;
@@ -64,6 +66,7 @@ private:
 
     bool NextLine(Line& line);
     void FillBatch();
+    void FinishTable();
     void Parse(const char* bytes, size_t size);
     bool IsQuoteOpen() const;
     bool ParseWithQuotes(std::string_view bytes);
@@ -73,7 +76,7 @@ private:
     void TakeField(const char* bytes, size_t size);
     void TakeLineEnd(int terminator);
     void ReadHeader();
-    void FailLater(int code, std::vector<std::string> details);
+    void FailLater(int code, std::vector<std::string> details, std::string hint = {});
     [[noreturn]] void Fail(int code, std::vector<std::string> details) const;
     std::string OpenRow() const;
 
@@ -85,6 +88,7 @@ private:
     bool started_ = false;
     bool ended_ = false;
     std::optional<Failure> failure_;  // thrown once the lines before it are delivered
+    char lastByte_ = '\n';
 
     // The lines that were parsed and not delivered, then the fields of the open one.
     std::string text_;

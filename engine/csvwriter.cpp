@@ -1,15 +1,8 @@
 #include "engine/csvwriter.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "engine/failure.h"
-#include "host/messages.h"
 #include "host/numbertext.h"
 
 namespace MCVelscore_850 {
@@ -18,38 +11,12 @@ namespace {
 
 constexpr size_t kFlushAt = size_t{1} << 16;
 
-// Where the next byte goes: at the end for a file opened for appending, else at its offset.
-uint64_t WritePosition(int descriptor, const struct stat& status)
-{
-    const int flags = ::fcntl(descriptor, F_GETFL);
-    if (flags >= 0 && (flags & O_APPEND) != 0) return static_cast<uint64_t>(status.st_size);
-    const off_t offset = ::lseek(descriptor, 0, SEEK_CUR);
-    return offset < 0 ? 0 : static_cast<uint64_t>(offset);
-}
-
 }  // namespace
 
 CsvWriter::CsvWriter(const std::string& path, char delimiter, char decimal)
-    : name_(path == "-" ? "standard output" : path),
-      delimiter_(delimiter),
-      decimal_(decimal),
-      special_{delimiter, '"', '\r', '\n'}
+    : file_(path), delimiter_(delimiter), decimal_(decimal), special_{delimiter, '"', '\r', '\n'}
 {
-    descriptor_ = path == "-"
-                      ? STDOUT_FILENO
-                      : ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    if (descriptor_ < 0) Fail(errno, 0);
-    struct stat status {};
-    if (::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
-        regular_ = true;
-        fileOffset_ = WritePosition(descriptor_, status);
-    }
     buffer_.reserve(kFlushAt + kFlushAt / 4);
-}
-
-CsvWriter::~CsvWriter()
-{
-    if (descriptor_ > STDOUT_FILENO) ::close(descriptor_);
 }
 
 void CsvWriter::AddNumber(double number)
@@ -89,20 +56,19 @@ void CsvWriter::EndRow()
 
 void CsvWriter::Flush()
 {
+    const uint64_t before = file_.Written();
     const size_t size = lineEnds_.empty() ? 0 : lineEnds_.back();
-    size_t written = 0;
-    while (written < size && !closed_) {
-        const ssize_t count = ::write(descriptor_, buffer_.data() + written, size - written);
-        if (count >= 0) {
-            written += static_cast<size_t>(count);
-        } else if (errno == EPIPE) {
-            closed_ = true;
-        } else if (errno != EINTR) {
-            Fail(errno, written);
-        }
+    const int error = file_.Write(std::string_view(buffer_).substr(0, size));
+    if (error != 0) {
+        const auto cut =
+            std::upper_bound(lineEnds_.begin(), lineEnds_.end(), file_.Written() - before);
+        linesWritten_ += cut - lineEnds_.begin();
+        file_.CutTo(before + (cut == lineEnds_.begin() ? 0 : *(cut - 1)));
+        buffer_.clear();
+        lineEnds_.clear();
+        RefuseOutput(file_.Name(), error);
     }
-    if (!closed_) linesWritten_ += static_cast<int64_t>(lineEnds_.size());
-    fileOffset_ += written;
+    if (!IsClosed()) linesWritten_ += static_cast<int64_t>(lineEnds_.size());
     buffer_.erase(0, size);
     lineEnds_.clear();
 }
@@ -110,32 +76,21 @@ void CsvWriter::Flush()
 void CsvWriter::Close()
 {
     Flush();
-    if (descriptor_ > STDOUT_FILENO) {
-        // Some file systems report a full disk only here.
-        const int descriptor = descriptor_;
-        descriptor_ = -1;
-        if (::close(descriptor) != 0 && errno != EINTR) Fail(errno, 0);
-    }
+    file_.Finish();
 }
 
-void CsvWriter::Fail(int error, size_t written)
+std::string CsvWriter::EndEarly(bool underItsName)
 {
-    const auto cut = std::upper_bound(lineEnds_.begin(), lineEnds_.end(), written);
-    linesWritten_ += cut - lineEnds_.begin();
-    if (regular_ && descriptor_ >= 0) {
-        const size_t whole = cut == lineEnds_.begin() ? 0 : *(cut - 1);
-        // A file that can't be cut back keeps its torn row; the message tells the whole ones.
-        if (::ftruncate(descriptor_, static_cast<off_t>(fileOffset_ + whole)) != 0) errno = error;
+    if (RowsWritten() == 0 || file_.IsStream()) return {};
+    try {
+        if (underItsName) {
+            file_.Finish();
+            return file_.Name();
+        }
+    } catch (const Failure&) {
+        // Without the name the rows are left where they are.
     }
-    buffer_.clear();
-    lineEnds_.clear();
-    RefuseOutput(name_, error, RowsWritten());
-}
-
-void RefuseOutput(const std::string& name, int error, int64_t rowsWritten)
-{
-    throw Failure(FailureKind::Output, kOutputNotWritten,
-                  {name, std::strerror(error), std::to_string(rowsWritten)});
+    return file_.Leave();
 }
 
 }  // namespace MCVelscore_850

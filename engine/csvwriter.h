@@ -6,23 +6,24 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/outputfile.h"
+
 namespace MCVelscore_850 {
 
-/// Writes a table of comma-separated values to a file or to standard output: whole rows only.
+/// Writes a table of comma-separated values to an OutputFile: whole rows only.
 ///
 /// Form    RFC 4180 with LF line ends. Numbers in their shortest form that reads back.
-/// Errors  kOutputNotWritten (Failure) with the whole rows written so far. A regular file is cut
-///         back to the last whole row. A pipe whose reader went away is no failure: the writer
-///         then drops everything and IsClosed() says so.
-/// Order   fields, then EndRow(), for each row; Close() at the end. What a destroyed writer holds
-///         unflushed is lost, on purpose: Close() reports, a destructor couldn't.
+/// Errors  those of OutputFile; a regular file is cut back to the last whole row then. A pipe whose
+///         reader went away is no failure: the writer then drops everything and IsClosed() says so.
+/// Order   fields, then EndRow(), for each row; Close() at the end of a whole table, EndEarly() at
+///         that of any other. What a destroyed writer holds is lost, on purpose: Close() reports, a
+///         destructor couldn't.
 class CsvWriter {
 public:
-    /// `path` "-" is standard output. Any other file is made, or emptied.
+    /// `path` "-" is standard output.
     explicit CsvWriter(const std::string& path, char delimiter = ',', char decimal = '.');
     CsvWriter(const CsvWriter&) = delete;
     CsvWriter& operator=(const CsvWriter&) = delete;
-    ~CsvWriter();
 
     void AddText(std::string_view text)
     {
@@ -39,10 +40,15 @@ public:
 
     /// Writes out what is buffered.
     void Flush();
+    /// Writes out what is buffered and ends the file, which gets its name.
     void Close();
+    /// Ends the file with the whole rows that reached it. Answers the file that holds them: the
+    /// temporary one or, when it shall get its name all the same, that one. Empty for a stream, and
+    /// where there are no rows: then nothing is left.
+    std::string EndEarly(bool underItsName);
 
     /// True once the reader of the pipe went away.
-    bool IsClosed() const { return closed_; }
+    bool IsClosed() const { return file_.IsClosed(); }
     /// Whole rows that reached the file, the header not counted.
     int64_t RowsWritten() const { return linesWritten_ > 0 ? linesWritten_ - 1 : 0; }
 
@@ -53,24 +59,16 @@ private:
         rowHasField_ = true;
     }
     void AddQuoted(std::string_view text);
-    [[noreturn]] void Fail(int error, size_t written);
 
-    std::string name_;
+    OutputFile file_;
     char delimiter_;
     char decimal_;
     std::string special_;  // what forces quotes
-    int descriptor_ = -1;
-    bool regular_ = false;
-    bool closed_ = false;
     bool rowHasField_ = false;
     std::string buffer_;
     std::vector<size_t> lineEnds_;  // in the buffer
-    uint64_t fileOffset_ = 0;       // where the buffer's first byte goes in a regular file
     int64_t linesWritten_ = 0;
 };
-
-/// The one refusal of an output: kOutputNotWritten for `error`, an errno value.
-[[noreturn]] void RefuseOutput(const std::string& name, int error, int64_t rowsWritten);
 
 }  // namespace MCVelscore_850
 

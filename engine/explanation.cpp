@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "engine/shorttext.h"
 #include "host/messages.h"
 
 namespace MCVelscore_850 {
@@ -28,6 +29,20 @@ std::vector<Explanation> ExplainAll()
     std::vector<Explanation> all;
     for (const Message& message : Messages::All()) all.push_back(Explained(message));
     return all;
+}
+
+std::string FaultText(const std::string& field, const std::optional<std::string>& text)
+{
+    if (field.empty()) return {};
+    const std::string name = "field " + field;
+    if (!text) return name;
+    return name + ": " + (text->empty() ? "empty" : "'" + ShortText(*text) + "'");
+}
+
+bool TellsTheCase(int code)
+{
+    const Message* message = Messages::Find(code);
+    return message != nullptr && *message->arguments != '\0';
 }
 
 std::string MessageText(int code, const std::vector<std::string>& arguments)

@@ -18,6 +18,11 @@ struct Explanation {
 std::optional<Explanation> Explain(int code);
 /// Every code, in ascending order.
 std::vector<Explanation> ExplainAll();
+/// A field and what stood in it, in few words: "field sex: 'x'", "field sex: empty"; the field
+/// alone where no text of the table is to blame, nothing without a field.
+std::string FaultText(const std::string& field, const std::optional<std::string>& text);
+/// True for the code of a case whose text tells its row, field and what stood there.
+bool TellsTheCase(int code);
 /// The text of a code with its arguments in place.
 std::string MessageText(int code, const std::vector<std::string>& arguments);
 

@@ -6,8 +6,8 @@
 
 namespace MCVelscore_850 {
 
-Failure::Failure(FailureKind kind, int code, std::vector<std::string> arguments)
-    : kind_(kind), code_(code), text_(Messages::Format(code, arguments))
+Failure::Failure(FailureKind kind, int code, std::vector<std::string> arguments, std::string hint)
+    : kind_(kind), code_(code), text_(Messages::Format(code, arguments)), hint_(std::move(hint))
 {}
 
 Failure::~Failure() = default;
@@ -15,7 +15,8 @@ Failure::~Failure() = default;
 std::string Failure::Remedy() const
 {
     const Message* row = Messages::Find(code_);
-    return row == nullptr ? std::string() : row->remedy;
+    const std::string remedy = row == nullptr ? "" : row->remedy;
+    return hint_.empty() || remedy.empty() ? hint_ + remedy : hint_ + " " + remedy;
 }
 
 }  // namespace MCVelscore_850

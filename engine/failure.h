@@ -11,10 +11,12 @@ namespace MCVelscore_850 {
 enum class FailureKind { Usage = 1, Document = 2, Cases = 3, Output = 4, Plugin = 7 };
 
 /// A run that can't go on: a code of the message catalogue with its arguments. what() is the
-/// catalogue's text; Remedy() what the user can do.
+/// catalogue's text; Remedy() what the user can do: what fits this very failure, when the caller
+/// knows it, before what the catalogue says of all such.
 class Failure : public std::exception {
 public:
-    Failure(FailureKind kind, int code, std::vector<std::string> arguments);
+    /// `hint` is whole sentences, or empty.
+    Failure(FailureKind kind, int code, std::vector<std::string> arguments, std::string hint = {});
     ~Failure() override;
 
     FailureKind Kind() const { return kind_; }
@@ -26,6 +28,7 @@ private:
     FailureKind kind_;
     int code_;
     std::string text_;
+    std::string hint_;
 };
 
 }  // namespace MCVelscore_850

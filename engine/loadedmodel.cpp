@@ -1,6 +1,7 @@
 #include "engine/loadedmodel.h"
 
 #include <algorithm>
+#include <iterator>
 #include <ostream>
 #include <unordered_set>
 
@@ -54,9 +55,11 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
     bool rotatedTarget = false;
     try {
         if (!options.asIs) {
-            for (const Adaptation& adaptation : AdaptDocument(document)) {
+            for (Adaptation& adaptation : AdaptDocument(document)) {
                 adaptations_.push_back(adaptation.ToString());
                 rotatedTarget |= adaptation.rotatedTarget;
+                std::move(adaptation.listedByCells.begin(), adaptation.listedByCells.end(),
+                          std::back_inserter(listedByCells_));
             }
         }
         treatments_ = ReadMiningTreatments(document);

@@ -94,6 +94,8 @@ public:
     /// The columns that a table needs, each once: the description's variables, and in the place of
     /// a derived one the fields that it is computed from.
     std::vector<std::string> Columns() const;
+    /// Variables whose list of categories was taken from the model's cells.
+    const std::vector<std::string>& ListedByCells() const { return listedByCells_; }
     const std::vector<MiningFieldTreatment>& Treatments() const { return treatments_; }
     /// The document's Output section; null unless it was asked for.
     const OutputSection* Output() const { return output_.get(); }
@@ -108,6 +110,7 @@ private:
     std::shared_ptr<const Plugin> plugin_;  // first: its code outlives the model
     std::string file_;
     std::vector<std::string> adaptations_;
+    std::vector<std::string> listedByCells_;
     std::vector<MiningFieldTreatment> treatments_;
     std::unique_ptr<ScoreModel> model_;
     bool substitutes_ = true;

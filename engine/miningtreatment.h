@@ -6,7 +6,8 @@
 namespace MCVelscore_850 {
 
 /// What a document's mining schema says of one field, as written; empty where it says nothing.
-/// Models apply the replacements of continuous fields themselves and leave the rest to the host.
+/// Models replace missing values of the continuous fields that they read themselves, and leave the
+/// rest to the host.
 struct MiningFieldTreatment {
     std::string name{};
     std::string invalidValueTreatment{};

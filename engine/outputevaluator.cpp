@@ -4,6 +4,7 @@
 #include <unordered_map>
 
 #include "host/dictvar.h"
+#include "host/modeldescription.h"
 #include "host/numericvalue.h"
 #include "host/scorecaserecord.h"
 #include "host/scoremodel.h"
@@ -53,15 +54,38 @@ void SetProbability(OutputCell& cell, const ScoreResult& result, const std::stri
     }
 }
 
-// A number of the results that have standard errors.
-void SetLinear(OutputCell& cell, const ScoreResult& result, double (LRResult::*get)() const)
+// A limit of a result, system-missing when it is none. A limit without a mean may come multiplied
+// by a number of trials, so whatever is as large as the system-missing number is none.
+double ExistingLimit(double limit)
 {
-    cell.SetMissing();
-    if (result.GetScoreResultType() != ScoreResult::LR_RESULT) return;
-    cell.SetNumber((static_cast<const LRResult&>(result).*get)());
+    const double none = NumericValue::GetSysmisValue();
+    return std::fabs(limit) < std::fabs(none) ? limit : none;
 }
 
 }  // namespace
+
+ErrorAndLimits::ErrorAndLimits(const ModelDescription& description)
+    : lacksStdDev_(description.Lacks("std_dev")),
+      lacksLower_(description.Lacks("ci_lower")),
+      lacksUpper_(description.Lacks("ci_upper"))
+{}
+
+double ErrorAndLimits::StdDev(const LRResult& result) const
+{
+    // -1 is what a result holds that no standard error was written into.
+    const bool none = lacksStdDev_ || result.GetStdDev() < 0.0;
+    return none ? NumericValue::GetSysmisValue() : result.GetStdDev();
+}
+
+double ErrorAndLimits::Lower(const LRResult& result) const
+{
+    return lacksLower_ ? NumericValue::GetSysmisValue() : ExistingLimit(result.GetCIBottom());
+}
+
+double ErrorAndLimits::Upper(const LRResult& result) const
+{
+    return lacksUpper_ ? NumericValue::GetSysmisValue() : ExistingLimit(result.GetCITop());
+}
 
 void OutputCell::SetNumber(double value)
 {
@@ -71,12 +95,6 @@ void OutputCell::SetNumber(double value)
     }
     kind = Number;
     number = value;
-}
-
-double ExistingLimit(double limit)
-{
-    const double none = NumericValue::GetSysmisValue();
-    return std::fabs(limit) < std::fabs(none) ? limit : none;
 }
 
 const TargetDeclaration* TargetOf(const ScoreDictVar* var)
@@ -151,10 +169,12 @@ private:
     std::vector<ScoreValue*> values_;
 };
 
-OutputEvaluator::OutputEvaluator(const OutputSection& section, const ScoreModel& model)
+OutputEvaluator::OutputEvaluator(const OutputSection& section, const ScoreModel& model,
+                                 const ModelDescription& description)
     : section_(section),
       target_(model.GetTargetVar()),
       declaration_(TargetOf(target_)),
+      errorAndLimits_(description),
       cells_(section.fields.size()),
       fields_(std::make_unique<FieldsRecord>(section))
 {}
@@ -174,18 +194,12 @@ std::span<const OutputCell> OutputEvaluator::Evaluate(const ScoreCaseRecord& rec
                 FillDisplay(PredictedValue(result, declaration_), cell);
                 break;
             case Feature::Probability: SetProbability(cell, result, field.category); break;
-            case Feature::StandardError:
-                SetLinear(cell, result, &LRResult::GetStdDev);
-                // -1 is what a result holds that no standard error was written into.
-                if (cell.kind == OutputCell::Number && cell.number < 0.0) cell.SetMissing();
-                break;
+            case Feature::StandardError: FillLinear(result, &ErrorAndLimits::StdDev, cell); break;
             case Feature::ConfidenceIntervalLower:
-                SetLinear(cell, result, &LRResult::GetCIBottom);
-                if (cell.kind == OutputCell::Number) cell.SetNumber(ExistingLimit(cell.number));
+                FillLinear(result, &ErrorAndLimits::Lower, cell);
                 break;
             case Feature::ConfidenceIntervalUpper:
-                SetLinear(cell, result, &LRResult::GetCITop);
-                if (cell.kind == OutputCell::Number) cell.SetNumber(ExistingLimit(cell.number));
+                FillLinear(result, &ErrorAndLimits::Upper, cell);
                 break;
             case Feature::Residual: FillResidual(field, record, result, cell); break;
             case Feature::Expression: {
@@ -232,6 +246,15 @@ std::span<const OutputCell> OutputEvaluator::EvaluateDefaults()
         }
     }
     return cells_;
+}
+
+void OutputEvaluator::FillLinear(const ScoreResult& result,
+                                 double (ErrorAndLimits::*get)(const LRResult&) const,
+                                 OutputCell& cell) const
+{
+    cell.SetMissing();
+    if (result.GetScoreResultType() != ScoreResult::LR_RESULT) return;
+    cell.SetNumber((errorAndLimits_.*get)(static_cast<const LRResult&>(result)));
 }
 
 void OutputEvaluator::FillDisplay(const OutputCell& predicted, OutputCell& cell) const

@@ -10,10 +10,12 @@
 
 namespace MCVelscore_850 {
 
+class LRResult;
 class ScoreCaseRecord;
 class ScoreDictVar;
 class ScoreModel;
 class ScoreResult;
+struct ModelDescription;
 struct TargetDeclaration;
 
 /// One value of an output row: nothing, a number or a text.
@@ -32,9 +34,20 @@ struct OutputCell {
     }
 };
 
-/// A limit of a result, system-missing when it is none. A limit without a mean may come multiplied
-/// by a number of trials, so whatever is as large as the system-missing number is none.
-double ExistingLimit(double limit);
+/// The numbers beside the prediction of a linear result, system-missing where there are none: the
+/// result holds some even where the document has no covariances to compute them from.
+class ErrorAndLimits {
+public:
+    explicit ErrorAndLimits(const ModelDescription& description);
+    double StdDev(const LRResult& result) const;
+    double Lower(const LRResult& result) const;
+    double Upper(const LRResult& result) const;
+
+private:
+    bool lacksStdDev_;
+    bool lacksLower_;
+    bool lacksUpper_;
+};
 
 /// What a model predicts, as a document means it: after its Target, and in a Cox model the
 /// cumulative hazard.
@@ -58,7 +71,8 @@ const TargetDeclaration* TargetOf(const ScoreDictVar* var);
 /// Owner   section and model outlive the evaluator.
 class OutputEvaluator {
 public:
-    OutputEvaluator(const OutputSection& section, const ScoreModel& model);
+    OutputEvaluator(const OutputSection& section, const ScoreModel& model,
+                    const ModelDescription& description);
     ~OutputEvaluator();
 
     /// The fields' values for a scored case, in the section's order; they stand until the next
@@ -72,11 +86,15 @@ private:
 
     void FillResidual(const OutputField& field, const ScoreCaseRecord& record,
                       const ScoreResult& result, OutputCell& cell) const;
+    /// A number of the results that have standard errors.
+    void FillLinear(const ScoreResult& result, double (ErrorAndLimits::*get)(const LRResult&) const,
+                    OutputCell& cell) const;
     void FillDisplay(const OutputCell& predicted, OutputCell& cell) const;
 
     const OutputSection& section_;
     const ScoreDictVar* target_;
     const TargetDeclaration* declaration_;
+    ErrorAndLimits errorAndLimits_;
     std::vector<OutputCell> cells_;
     std::unique_ptr<FieldsRecord> fields_;
 };

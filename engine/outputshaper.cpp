@@ -7,10 +7,9 @@
 
 #include "engine/csvwriter.h"
 #include "engine/failure.h"
-#include "engine/outputevaluator.h"
 #include "engine/resultnumber.h"
+#include "engine/suggestions.h"
 #include "host/messages.h"
-#include "host/numericvalue.h"
 #include "host/scoremodel.h"
 #include "host/scoreresult.h"
 #include "host/stringvalue.h"
@@ -95,7 +94,7 @@ OutputShaper::OutputShaper(int resultType, const ModelDescription& description,
     : resultType_(resultType),
       predictionOnly_(options.predictionOnly),
       document_(document),
-      variables_(description.variables)
+      errorAndLimits_(description)
 {
     if (resultType == ScoreResult::MLR_RESULT) categories_ = description.targetCategories;
     std::vector<std::string> results = document.fields == nullptr
@@ -116,7 +115,8 @@ OutputShaper::OutputShaper(int resultType, const ModelDescription& description,
     for (const std::string& name : keep) {
         const auto found = positions.find(name);
         if (found == positions.end()) {
-            throw Failure(FailureKind::Usage, kUnknownKeptColumn, {name, tableName});
+            throw Failure(FailureKind::Usage, kUnknownKeptColumn, {name, tableName},
+                          SuggestWord(name, header));
         }
         if (twice.contains(name)) {
             throw Failure(FailureKind::Cases, kDuplicateColumn, {tableName, name});
@@ -168,11 +168,9 @@ void OutputShaper::WriteOwnColumns(CsvWriter& writer, const ScoreResult& result)
         switch (resultType_) {
             case ScoreResult::LR_RESULT: {
                 const auto& linear = static_cast<const LRResult&>(result);
-                // -1 is what a result holds that no standard error was written into.
-                const double stdDev = linear.GetStdDev();
-                WriteResultNumber(writer, stdDev < 0.0 ? NumericValue::GetSysmisValue() : stdDev);
-                WriteResultNumber(writer, ExistingLimit(linear.GetCIBottom()));
-                WriteResultNumber(writer, ExistingLimit(linear.GetCITop()));
+                WriteResultNumber(writer, errorAndLimits_.StdDev(linear));
+                WriteResultNumber(writer, errorAndLimits_.Lower(linear));
+                WriteResultNumber(writer, errorAndLimits_.Upper(linear));
                 break;
             }
             case ScoreResult::MLR_RESULT:
@@ -201,13 +199,6 @@ void OutputShaper::WriteNotScored(CsvWriter& writer, std::span<const std::string
     writer.AddText(std::to_string(code));
     writer.AddText(field);
     writer.EndRow();
-}
-
-std::string_view OutputShaper::FieldOf(const MCScore::MCStatus& status) const
-{
-    const long predictor = status.GetDiscreteDatum();
-    if (predictor < 0 || static_cast<size_t>(predictor) >= variables_.size()) return {};
-    return variables_[static_cast<size_t>(predictor)];
 }
 
 void OutputShaper::WriteKept(CsvWriter& writer, std::span<const std::string_view> fields) const

@@ -6,17 +6,15 @@
 #include <string_view>
 #include <vector>
 
-#include "host/mcstatus.h"
+#include "engine/outputevaluator.h"
 #include "host/modeldescription.h"
 
 namespace MCVelscore_850 {
 
 class CsvWriter;
 class ScoreClsResult;
-class OutputEvaluator;
 class ScoreCaseRecord;
 class ScoreResult;
-struct OutputCell;
 struct OutputSection;
 struct TargetDeclaration;
 
@@ -48,7 +46,8 @@ struct DocumentOutput {
 ///          or those of the document's Output section. A kept column of the same name gets the
 ///          prefix "input.".
 /// Rows     A status other than 0 leaves the result's columns empty, but for defaults that the
-///          document gives its output fields; so does a missing number.
+///          document gives its output fields; so does a number that doesn't exist, as
+///          ErrorAndLimits has it.
 /// Errors   kUnknownKeptColumn (usage), kDuplicateColumn (cases) from the constructor.
 class OutputShaper {
 public:
@@ -70,9 +69,6 @@ public:
     void WriteNotScored(CsvWriter& writer, std::span<const std::string_view> fields, long code,
                         std::string_view field) const;
 
-    /// The name of the predictor that a status blames, empty when it names none.
-    std::string_view FieldOf(const MCScore::MCStatus& status) const;
-
 private:
     void WriteOwnColumns(CsvWriter& writer, const ScoreResult& result);
     void WriteKept(CsvWriter& writer, std::span<const std::string_view> fields) const;
@@ -81,7 +77,7 @@ private:
     int resultType_;
     bool predictionOnly_;
     DocumentOutput document_;
-    std::vector<std::string> variables_;   ///< the model's, in the order of its predictors
+    ErrorAndLimits errorAndLimits_;
     std::vector<std::string> categories_;  ///< the target's, a column each
     std::vector<size_t> kept_;             ///< positions in the input
     size_t resultColumns_ = 0;

@@ -2,7 +2,6 @@
 
 #include "engine/curveshaper.h"
 #include "host/scoremodel.h"
-#include "host/scoreresult.h"
 
 namespace MCVelscore_850 {
 
@@ -21,17 +20,12 @@ int64_t ScoringReport::NotScoredCount() const
 
 ScoringSession::ScoringSession(LoadedModel& model, ByteSource& source,
                                const ScoringOptions& options, const StopFlag* stop)
-    : model_(model),
-      reader_(source, options.dialect.delimiter),
-      preparer_(model.Model(),
-                options.curves ? CurveShaper::Needs(model.Description()) : model.Description(),
-                model.Treatments(), reader_.Header(), source.Name(),
-                CaseOptions{options.dialect.decimal, model.Substitutes(), options.missingTexts,
-                            model.Output() == nullptr ? std::vector<std::string>()
-                                                      : model.Output()->inputs}),
-      fields_(model.Output() == nullptr
-                  ? nullptr
-                  : std::make_unique<OutputEvaluator>(*model.Output(), model.Model())),
+    : reader_(source, options.dialect.delimiter),
+      scorer_(model, reader_.Header(), source.Name(), options.dialect.decimal, options.missingTexts,
+              options.curves ? CaseScorer::Answer::Curve : CaseScorer::Answer::Score),
+      fields_(model.Output() == nullptr ? nullptr
+                                        : std::make_unique<OutputEvaluator>(
+                                              *model.Output(), model.Model(), model.Description())),
       shaper_(
           OutputShaper::ResultTypeOf(model.Model().GetModelType(), model.Description()),
           model.Description(), reader_.Header(), source.Name(), options.output,
@@ -45,7 +39,7 @@ ScoringSession::~ScoringSession() = default;
 void ScoringSession::Run(CsvWriter& writer, const Progress& progress)
 {
     const auto settle = [&] {
-        report_.unlisted = preparer_.Unlisted();
+        report_.unlisted = scorer_.Preparer().Unlisted();
         report_.rowsWritten = writer.RowsWritten();
         report_.outputClosed = writer.IsClosed();
     };
@@ -56,9 +50,9 @@ void ScoringSession::Run(CsvWriter& writer, const Progress& progress)
             shaper_.WriteHeader(writer);
         }
         ScoreRows(writer, progress);
-        writer.Close();
+        writer.Flush();
     } catch (const Failure& failure) {
-        if (failure.Kind() != FailureKind::Output) writer.Close();
+        if (failure.Kind() != FailureKind::Output) writer.Flush();
         settle();
         throw;
     } catch (...) {
@@ -89,64 +83,37 @@ void ScoringSession::ScoreRows(CsvWriter& writer, const Progress& progress)
 
 void ScoringSession::ScoreRow(CsvWriter& writer, std::span<const std::string_view> fields)
 {
-    const CaseStatus prepared = preparer_.Prepare(fields);
-    if (!prepared.IsOK()) {
-        Note(prepared.code, *prepared.field, prepared.text);
-        WriteNotScored(writer, fields, prepared.code, *prepared.field);
+    const CaseStatus status = curves_ ? scorer_.DrawCurve(fields) : scorer_.Score(fields);
+    if (!status.IsOK()) {
+        Note(status);
+        WriteNotScored(writer, fields, status);
         return;
     }
-    const MCScore::MCStatus status = ScoreCase(writer, fields);
-    if (status.IsOK()) {
-        ++report_.scored;
-    } else {
-        const std::string_view field = shaper_.FieldOf(status);
-        Note(status.GetErrorCode(), field, {});
-        WriteNotScored(writer, fields, status.GetErrorCode(), field);
-    }
-}
-
-MCScore::MCStatus ScoringSession::ScoreCase(CsvWriter& writer,
-                                            std::span<const std::string_view> fields)
-{
-    MCScore::MCStatus status;
     if (curves_) {
-        status = model_.Model().GetCurve(&preparer_.Record(), true, curve_);
-        if (status.IsOK()) CurveShaper::WriteCurve(writer, reader_.RowNumber(), curve_);
-        return status;
+        CurveShaper::WriteCurve(writer, reader_.RowNumber(), scorer_.Curve());
+    } else {
+        shaper_.WriteScored(writer, fields, scorer_.Record(), scorer_.Result());
     }
-    // The model may replace the result by one of its own making.
-    ScoreResult* result = result_.release();
-    try {
-        status = model_.Model().GetScore(&preparer_.Record(), result, true);
-    } catch (...) {
-        result_.reset(result);
-        throw;
-    }
-    result_.reset(result);
-    if (result_ == nullptr && status.IsOK()) {  // a plug-in's slip: nothing to show
-        status = MCScore::MCStatus(MCScore::kCaseNotScorable, false);
-    }
-    if (status.IsOK()) shaper_.WriteScored(writer, fields, preparer_.Record(), *result_);
-    return status;
+    ++report_.scored;
 }
 
 void ScoringSession::WriteNotScored(CsvWriter& writer, std::span<const std::string_view> fields,
-                                    long code, std::string_view field)
+                                    const CaseStatus& status)
 {
     if (curves_) {
         CurveShaper::WriteNoCurve(writer, reader_.RowNumber());
     } else {
-        shaper_.WriteNotScored(writer, fields, code, field);
+        shaper_.WriteNotScored(writer, fields, status.code, status.FieldName());
     }
 }
 
-void ScoringSession::Note(long code, std::string_view field, std::string_view text)
+void ScoringSession::Note(const CaseStatus& status)
 {
-    NotScored& cases = report_.notScored[code];
+    NotScored& cases = report_.notScored[status.code];
     if (++cases.count > 1) return;
     cases.row = reader_.RowNumber();
-    cases.field = field;
-    cases.text = text;
+    cases.field = status.FieldName();
+    cases.text = status.text;
 }
 
 }  // namespace MCVelscore_850

@@ -5,18 +5,17 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "engine/bytesource.h"
-#include "engine/casepreparer.h"
+#include "engine/casescorer.h"
 #include "engine/csvreader.h"
 #include "engine/csvwriter.h"
 #include "engine/loadedmodel.h"
 #include "engine/outputevaluator.h"
 #include "engine/outputshaper.h"
-#include "host/mcstatus.h"
-#include "host/survivalpoint.h"
 
 namespace MCVelscore_850 {
 
@@ -39,8 +38,9 @@ struct ScoringOptions {
 struct NotScored {
     int64_t count = 0;
     int64_t row = 0;    ///< the first one's number, from 1 after the header
-    std::string field;  ///< empty when the code blames none
-    std::string text;   ///< what stood in that field
+    std::string field;  ///< empty when no single one is at fault
+    /// What stood in that field; none of a derived field.
+    std::optional<std::string> text;
 };
 
 /// What became of a table.
@@ -55,11 +55,11 @@ struct ScoringReport {
     int64_t NotScoredCount() const;
 };
 
-/// Scores a table through a model, row by row in constant memory, on one thread. The result object
-/// is kept from case to case.
+/// Scores a table through a model, row by row in constant memory, on one thread.
 ///
 /// Order   the constructor reads the header and binds the columns, so what can't be scored at all
-///         is refused before any output file is touched; Run() once.
+///         is refused before any output file is touched; Run() once. It writes everything out, but
+///         leaves the end to the writer's owner: Close() of a whole table, or EndEarly().
 /// Errors  Failure: what CsvReader, CasePreparer, OutputShaper and CsvWriter refuse. A fault in
 ///         mid-table leaves the whole rows before it written; Report() tells how many.
 /// Owner   model, source and stop flag outlive the session.
@@ -79,21 +79,16 @@ private:
     bool IsStopped() const { return stop_ != nullptr && stop_->load(std::memory_order_relaxed); }
     void ScoreRows(CsvWriter& writer, const Progress& progress);
     void ScoreRow(CsvWriter& writer, std::span<const std::string_view> fields);
-    /// Asks the model about the prepared case and writes what it answers.
-    MCScore::MCStatus ScoreCase(CsvWriter& writer, std::span<const std::string_view> fields);
-    void WriteNotScored(CsvWriter& writer, std::span<const std::string_view> fields, long code,
-                        std::string_view field);
-    void Note(long code, std::string_view field, std::string_view text);
+    void WriteNotScored(CsvWriter& writer, std::span<const std::string_view> fields,
+                        const CaseStatus& status);
+    void Note(const CaseStatus& status);
 
-    LoadedModel& model_;
     CsvReader reader_;
-    CasePreparer preparer_;
+    CaseScorer scorer_;
     std::unique_ptr<OutputEvaluator> fields_;  ///< of the document's Output section, when asked for
     OutputShaper shaper_;
     const StopFlag* stop_;
     bool curves_;
-    std::unique_ptr<ScoreResult> result_;
-    std::vector<SurvivalPoint> curve_;
     ScoringReport report_;
 };
 

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "engine/bytesource.h"
-#include "engine/casepreparer.h"
+#include "engine/casescorer.h"
 #include "engine/csvreader.h"
 #include "engine/failure.h"
 #include "engine/loadedmodel.h"
@@ -17,6 +17,7 @@
 #include "host/numbertext.h"
 #include "host/scoremodel.h"
 #include "host/scoreresult.h"
+#include "host/vsexception.h"
 
 namespace MCVelscore_850 {
 
@@ -44,7 +45,10 @@ std::vector<Comparison> ComparisonsOf(const LoadedModel& model, const Verificati
         if (outputField || (target != nullptr && target->GetName() == name)) {
             comparisons.push_back({column, outputField});
         } else if (model.Model().GetDictionary()->GetVar(name) == nullptr) {
-            throw Failure(FailureKind::Document, kVerificationField, {name, model.File()});
+            VSException refusal(gErrorFormater);
+            refusal.PutErrorMessage(kVerificationField, name.c_str(), model.File().c_str());
+            refusal.SetPlace(table.fields[column].place);
+            throw DocumentFailure(refusal, model.File());
         }
     }
     return comparisons;
@@ -62,31 +66,24 @@ bool Agrees(const OutputCell& found, const std::string& expected,
            AgreesWith(found.number, number, field);
 }
 
-// Scores rows one by one, keeping what the model and the output fields made of the last one.
+// Scores records one by one, keeping what the model and the output fields made of the last one.
 class RecordScorer {
 public:
-    RecordScorer(LoadedModel& model, CasePreparer& preparer)
-        : model_(model.Model()),
-          preparer_(preparer),
-          target_(TargetOf(model.Model().GetTargetVar()))
+    RecordScorer(LoadedModel& model, CaseScorer& scorer)
+        : scorer_(scorer), target_(TargetOf(model.Model().GetTargetVar()))
     {
-        if (model.Output() != nullptr) output_.emplace(*model.Output(), model.Model());
-    }
-    RecordScorer(const RecordScorer&) = delete;
-    RecordScorer& operator=(const RecordScorer&) = delete;
-    ~RecordScorer() { delete result_; }
-
-    // The status of the case.
-    long Score(std::span<const std::string_view> fields)
-    {
-        long status = preparer_.Prepare(fields).code;
-        if (status == 0) {
-            status = model_.GetScore(&preparer_.Record(), result_, true).GetErrorCode();
+        if (model.Output() != nullptr) {
+            output_.emplace(*model.Output(), model.Model(), model.Description());
         }
+    }
+
+    CaseStatus Score(std::span<const std::string_view> fields)
+    {
+        const CaseStatus status = scorer_.Score(fields);
         predicted_.SetMissing();
-        if (status == 0) {
-            if (output_) cells_ = output_->Evaluate(preparer_.Record(), *result_);
-            predicted_ = PredictedValue(*result_, target_);
+        if (status.IsOK()) {
+            if (output_) cells_ = output_->Evaluate(scorer_.Record(), scorer_.Result());
+            predicted_ = PredictedValue(scorer_.Result(), target_);
         } else if (output_) {
             cells_ = output_->EvaluateDefaults();
         }
@@ -96,11 +93,9 @@ public:
     std::span<const OutputCell> OutputCells() const { return cells_; }
 
 private:
-    ScoreModel& model_;
-    CasePreparer& preparer_;
+    CaseScorer& scorer_;
     const TargetDeclaration* target_;
     std::optional<OutputEvaluator> output_;
-    ScoreResult* result_ = nullptr;
     std::span<const OutputCell> cells_;
     OutputCell predicted_;
 };
@@ -126,18 +121,15 @@ VerificationReport Verify(LoadedModel& model, const VerificationTable& table)
     const std::vector<Comparison> comparisons = ComparisonsOf(model, table);
     std::vector<std::string> header;
     for (const auto& field : table.fields) header.push_back(field.name);
-    CaseOptions options;
-    if (model.Output() != nullptr) options.alsoRead = model.Output()->inputs;
-    CasePreparer preparer(model.Model(), model.Description(), model.Treatments(), header,
-                          "ModelVerification", options);
-    RecordScorer scorer(model, preparer);
+    CaseScorer cases(model, header, "ModelVerification");
+    RecordScorer scorer(model, cases);
 
     VerificationReport report;
     std::vector<std::string_view> fields(header.size());
     for (const std::vector<std::string>& record : table.records) {
         ++report.records;
         std::copy(record.begin(), record.end(), fields.begin());
-        const long status = scorer.Score(fields);
+        const CaseStatus status = scorer.Score(fields);
         for (const Comparison& comparison : comparisons) {
             ++report.compared;
             const VerificationTable::Field& field = table.fields[comparison.column];
@@ -147,7 +139,8 @@ VerificationReport Verify(LoadedModel& model, const VerificationTable& table)
                                           : scorer.Predicted();
             if (Agrees(found, expected, field)) continue;
             report.differences.push_back(
-                {report.records, field.name, expected, TextOf(found), field.precision, status});
+                {report.records, field.name, expected, TextOf(found), field.precision, status.code,
+                 std::string(status.FieldName()), std::optional<std::string>(status.text)});
         }
     }
     return report;
@@ -158,13 +151,18 @@ MadeVerification MakeVerification(LoadedModel& model, ByteSource& cases,
 {
     constexpr double kPrecision = 1e-9;
     CsvReader reader(cases, options.delimiter);
-    CasePreparer preparer(model.Model(), model.Description(), model.Treatments(), reader.Header(),
-                          cases.Name(),
-                          CaseOptions{options.decimal, true, options.missingTexts, {}});
-    RecordScorer scorer(model, preparer);
+    CaseScorer rows(model, reader.Header(), cases.Name(), options.decimal, options.missingTexts);
+    RecordScorer scorer(model, rows);
     MadeVerification made;
-    for (const std::string& name : preparer.InputNames()) made.table.fields.push_back({name});
     const ScoreDictVar* target = model.Model().GetTargetVar();
+    // A residual reads the target's column; the records have the predicted value under that name.
+    std::vector<size_t> inputs;
+    const std::vector<std::string> names = rows.Preparer().InputNames();
+    for (size_t i = 0; i < names.size(); ++i) {
+        if (target != nullptr && names[i] == target->GetName()) continue;
+        inputs.push_back(i);
+        made.table.fields.push_back({names[i]});
+    }
     if (target != nullptr) made.table.fields.push_back({target->GetName(), kPrecision});
     std::vector<size_t> outputs;
     if (model.Output() != nullptr) {
@@ -177,7 +175,7 @@ MadeVerification MakeVerification(LoadedModel& model, ByteSource& cases,
     }
     std::span<const std::string_view> fields;
     while (reader.Next(fields)) {
-        if (scorer.Score(fields) != 0) {
+        if (!scorer.Score(fields).IsOK()) {
             ++made.leftOut;
             continue;
         }
@@ -185,7 +183,9 @@ MadeVerification MakeVerification(LoadedModel& model, ByteSource& cases,
             throw Failure(FailureKind::Cases, kTooManyRecords,
                           {cases.Name(), std::to_string(kMostRecords)});
         }
-        std::vector<std::string> record = preparer.InputTexts(fields);
+        std::vector<std::string> texts = rows.Preparer().InputTexts(fields);
+        std::vector<std::string> record;
+        for (const size_t i : inputs) record.push_back(std::move(texts[i]));
         if (target != nullptr) record.push_back(TextOf(scorer.Predicted()));
         for (const size_t i : outputs) record.push_back(TextOf(scorer.OutputCells()[i]));
         made.table.records.push_back(std::move(record));

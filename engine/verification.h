@@ -2,8 +2,11 @@
 #define VELSCORE_ENGINE_VERIFICATION_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "host/vsexception.h"
 
 namespace MCVelscore_850 {
 
@@ -19,6 +22,8 @@ struct VerificationTable {
         double precision = 1e-6;
         /// Numbers up to this size count as 0.
         double zeroThreshold = 1e-16;
+        /// Where a document declares it.
+        DocumentPlace place{};
     };
     std::vector<Field> fields;
     /// By record and field; an empty text is a missing value.
@@ -32,7 +37,9 @@ struct Difference {
     std::string expected;  ///< empty for a missing value
     std::string found;     ///< empty for a missing value
     double precision = 0.0;
-    long status = 0;  ///< of a record that wasn't scored
+    long status = 0;            ///< of a record that wasn't scored
+    std::string faultyField{};  ///< that it wasn't scored for, as far as a single one is to blame
+    std::optional<std::string> faultyText{};  ///< what stood in that field
 };
 
 struct VerificationReport {
@@ -52,8 +59,9 @@ bool AgreesWith(double found, double expected, const VerificationTable::Field& f
 ///         CasePreparer refuses of a table that lacks inputs.
 VerificationReport Verify(LoadedModel& model, const VerificationTable& table);
 
-/// Cases as records, with what the model makes of them: the inputs, the predicted value of the
-/// target, and the output fields but for residuals, which need an observed value.
+/// Cases as records, with what the model makes of them: the inputs of the model and of the output
+/// fields, the predicted value of the target, and the output fields but for residuals, which need
+/// an observed value.
 struct MadeVerification {
     VerificationTable table;
     int64_t leftOut = 0;  ///< cases without a score

@@ -52,6 +52,7 @@ public:
     void SetScoreDictionary(ScoreDictionary* dictionary, bool owned) override;
     MCScore::MCStatus GetCurve(const ScoreCaseRecord* record, bool derivedInRecord,
                                std::vector<SurvivalPoint>& curve) override;
+    const ScoreDictVar* GetFailedVar() const override { return nullptr; }
 
     void SetAlgorithmName(const std::string& name) { algorithmName_ = name; }
     const std::string& GetAlgorithmName() const { return algorithmName_; }

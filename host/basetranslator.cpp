@@ -17,8 +17,6 @@ namespace MCVelscore_850 {
 
 namespace {
 
-constexpr int kAbsent = 260115;  // element or attribute, parent
-
 // A tag or attribute name as 16-bit text: on the stack where it is ASCII and short, as nearly
 // every one is.
 class XmlName {
@@ -75,9 +73,16 @@ private:
     std::string_view view_;
 };
 
-[[noreturn]] void RefuseNumber(NumberText outcome, int notOne, const std::string& text)
+// A text as a message shows it, and what holds it.
+struct RefusedText {
+    std::string text;
+    std::string holder;
+};
+
+[[noreturn]] void RefuseNumber(NumberText outcome, int notOne, const RefusedText& refused)
 {
-    Refuse(outcome == NumberText::TooLarge ? kNumberTooLarge : notOne, text.c_str());
+    Refuse(outcome == NumberText::TooLarge ? kNumberTooLarge : notOne, refused.text.c_str(),
+           refused.holder.c_str());
 }
 
 // `asWritten` answers the text for the message; it is asked only for a refusal.
@@ -97,6 +102,21 @@ int VerifiedInt(std::string_view narrow, const AsWritten& asWritten)
     const NumberText outcome = ReadInteger(narrow, number);
     if (outcome != NumberText::Number) RefuseNumber(outcome, kNotAnInteger, asWritten());
     return number;
+}
+
+// The current element's attributes whose text `isIt`.
+template <class IsIt>
+std::string HolderIn(const xercesc::DOMElement* element, const IsIt& isIt)
+{
+    if (element == nullptr) return "text";
+    std::string holder;
+    const xercesc::DOMNamedNodeMap* attributes = element->getAttributes();
+    for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
+        const xercesc::DOMNode* attribute = attributes->item(i);
+        if (!isIt(attribute->getNodeValue())) continue;
+        holder.append(holder.empty() ? "" : " or ").append(Utf8FromXml(attribute->getNodeName()));
+    }
+    return holder.empty() ? Utf8FromXml(element->getTagName()) : holder;
 }
 
 [[noreturn]] void RefuseCall() { Refuse(kCallNotAvailable, "ParseFromTree"); }
@@ -203,19 +223,33 @@ std::string BaseTranslator::ToString(int number) const { return std::to_string(n
 
 double BaseTranslator::VerifyDouble(const XMLCh* text) const
 {
-    return VerifiedDouble(NarrowNumber(text).Get(), [&] { return Utf8FromXml(text); });
+    return VerifiedDouble(NarrowNumber(text).Get(), [&] {
+        return RefusedText{Utf8FromXml(text), HolderOf(text)};
+    });
 }
 double BaseTranslator::VerifyDouble(const std::string& text) const
 {
-    return VerifiedDouble(text, [&] { return text; });
+    return VerifiedDouble(text, [&] { return RefusedText{text, HolderOf(text)}; });
 }
 int BaseTranslator::VerifyInt(const XMLCh* text) const
 {
-    return VerifiedInt(NarrowNumber(text).Get(), [&] { return Utf8FromXml(text); });
+    return VerifiedInt(NarrowNumber(text).Get(), [&] {
+        return RefusedText{Utf8FromXml(text), HolderOf(text)};
+    });
 }
 int BaseTranslator::VerifyInt(const std::string& text) const
 {
-    return VerifiedInt(text, [&] { return text; });
+    return VerifiedInt(text, [&] { return RefusedText{text, HolderOf(text)}; });
+}
+
+// The text of an attribute is the tree's own, so that the same text elsewhere is another one.
+std::string BaseTranslator::HolderOf(const XMLCh* text) const
+{
+    return HolderIn(current_, [text](const XMLCh* value) { return value == text; });
+}
+std::string BaseTranslator::HolderOf(const std::string& text) const
+{
+    return HolderIn(current_, [&](const XMLCh* value) { return Transcode(value) == text; });
 }
 
 ScoreValue* BaseTranslator::CarefullyMakeVarValue(const ScoreDictVar* var, const XMLCh* text) const

@@ -76,10 +76,11 @@ public:
     /// 16-bit text as UTF-8, for messages; empty for null.
     std::string ToString(const XMLCh* text) const;
     std::string ToString(int number) const;
-    /// The number that the text spells. Refuses with kNotANumber or kNumberTooLarge.
+    /// The number that the text spells. Refuses with kNotANumber or kNumberTooLarge; both name what
+    /// holds the text: an attribute of the element last looked at, else that element.
     double VerifyDouble(const XMLCh* text) const;
     double VerifyDouble(const std::string& text) const;
-    /// The int that the text spells. Refuses with kNotAnInteger or kNumberTooLarge.
+    /// The int that the text spells. Refuses with kNotAnInteger or kNumberTooLarge, likewise.
     int VerifyInt(const XMLCh* text) const;
     int VerifyInt(const std::string& text) const;
     /// A new value of the variable's type, owned by the caller; null when the variable is null or
@@ -98,8 +99,13 @@ protected:
     /// The element that the reader last looked at, null before the first.
     const xercesc::DOMElement* CurrentElement() const { return current_; }
     void ForgetCurrentElement() const { current_ = nullptr; }
+    /// What a message calls the holder of a text: the attribute of the current element that has it,
+    /// several with "or" between them, else the element's tag; "text" before the first element.
+    std::string HolderOf(const std::string& text) const;
 
 private:
+    std::string HolderOf(const XMLCh* text) const;
+
     std::unique_ptr<VelTranscoder> transcoder_;
     mutable const xercesc::DOMElement* current_ = nullptr;
 };

@@ -37,7 +37,7 @@ bool CountsFromOrigin(ScoreDictVar::DateTimeType type);
 bool ChangeShape(DateTimeShape from, DateTimeShape to, double& plain);
 
 /// The distance from the plain origin to the type's own, to be added to a plain number.
-double OriginShift(ScoreDictVar::DateTimeType type);
+VELHOST_API double OriginShift(ScoreDictVar::DateTimeType type);
 
 /// The days from 1970-01-01 to the first of January of a year from 0 to 9999.
 double DaysToYear(int year);

@@ -130,7 +130,9 @@ ExpressionValue PMMLTranslator::DerivedFieldReader::ValueOf(const std::string& t
             value.SetText(text);
         }
     } else if (!ReadValue(text, *type, value)) {
-        if (type->valueType == ScoreDictVar::NUMERIC) Refuse(kNotANumber, text.c_str());
+        if (type->valueType == ScoreDictVar::NUMERIC) {
+            Refuse(kNotANumber, text.c_str(), t_.HolderOf(text).c_str());
+        }
         Refuse(kNotOfDataType, text.c_str(), type->name, field_.c_str());
     }
     return value;

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "host/catencoder.h"
+#include "host/datatypes.h"
 #include "host/datetimetext.h"
 #include "host/datetimevalue.h"
 #include "host/numericvalue.h"
@@ -17,9 +18,10 @@ namespace MCVelscore_850 {
 
 namespace {
 
-// The spellings of the two truth values.
-constexpr std::string_view kTrueWords[] = {"true", "TRUE", "T", "1"};
-constexpr std::string_view kFalseWords[] = {"false", "FALSE", "F", "0"};
+// The spellings of the two truth values: the standard's, and those that data frames write. A column
+// of 1 and 0 with gaps comes from some of them as 1.0 and 0.0.
+constexpr std::string_view kTrueWords[] = {"true", "TRUE", "True", "T", "1", "1.0"};
+constexpr std::string_view kFalseWords[] = {"false", "FALSE", "False", "F", "0", "0.0"};
 
 }  // namespace
 
@@ -43,8 +45,8 @@ public:
     {
         if (var_.IsMissing(value)) return -1;
         const int position = var_.FindCategory(*value);
-        if (position >= 0 || !var_.AcceptsUnlisted() || !var_.IsValid(value)) return position;
-        return var_.GetNumCategories();
+        if (position >= 0 || !(var_.AcceptsUnlisted() || value->IsTakenAsIs())) return position;
+        return var_.IsValid(value) ? var_.GetNumCategories() : -1;
     }
 
     int EncodeString(const std::string& text) const override
@@ -109,11 +111,16 @@ bool DictVar::Listing::Add(std::unique_ptr<ScoreValue> value)
     return true;
 }
 
-DictVar::DictVar(DictVarType type) : type_(std::move(type)) { UpdateSureRange(); }
+DictVar::DictVar(DictVarType type)
+    : type_(std::move(type)), whole_(type_.level == CONTINUOUS && DataTypeOf(type_).whole)
+{
+    UpdateSureRange();
+}
 
 DictVar::DictVar(const DictVar& other)
     : ScoreDictVar(other),
       type_(other.type_),
+      whole_(other.whole_),
       categories_(other.categories_),
       missing_(other.missing_),
       invalid_(other.invalid_),
@@ -135,13 +142,16 @@ DictVar::DictVar(const DictVar& other)
 void DictVar::UpdateSureRange()
 {
     const bool plain = type_.level == CONTINUOUS && type_.valueType == NUMERIC && !declared_ &&
-                       intervals_.empty() && missingRanges_.empty() &&
+                       missing_.values.empty() && intervals_.empty() && missingRanges_.empty() &&
                        outlierTreatment_ != AS_MISSING;
-    if (plain) {
+    if (!plain) {
+        SetSureRange(1.0, 0.0);
+    } else if (whole_) {
+        constexpr double kLargestExact = 9007199254740992.0;  // 2^53
+        SetSureRange(-kLargestExact, kLargestExact, true);
+    } else {
         constexpr double kLargest = std::numeric_limits<double>::max();
         SetSureRange(std::nextafter(NumericValue::GetSysmisValue(), 0.0), kLargest);
-    } else {
-        SetSureRange(1.0, 0.0);
     }
 }
 
@@ -154,6 +164,13 @@ void DictVar::SetOutlierTreatment(int treatment)
 void DictVar::DeclareInterval(const Interval& interval)
 {
     intervals_.push_back(interval);
+    UpdateSureRange();
+}
+
+void DictVar::DeclareMissingValue(std::unique_ptr<ScoreValue> value)
+{
+    if (IsDeclared(*value)) return;
+    missing_.Add(std::move(value));
     UpdateSureRange();
 }
 
@@ -201,10 +218,21 @@ bool DictVar::HasOwnKind(const ScoreValue& value) const
 bool DictVar::IsOutlier(double number) const
 {
     if (outlierTreatment_ != AS_MISSING || !stats_) return false;
+    const Limits limits = OutlierLimits();
+    return number < limits.low || number > limits.high;
+}
+
+DictVar::Limits DictVar::OutlierLimits() const
+{
+    Limits limits{-NumericValue::GetInfinity(), NumericValue::GetInfinity()};
+    if (!stats_) return limits;
+    // The document counts from the type's own origin, plain numbers from 1970.
+    const double shift = type_.valueType == DATETIME ? OriginShift(type_.dateTimeType) : 0.0;
     const double low = stats_->GetMinimum();
     const double high = stats_->GetMaximum();
-    return (!NumericValue::IsSystemMissingValue(low) && number < low) ||
-           (!NumericValue::IsSystemMissingValue(high) && number > high);
+    if (!NumericValue::IsSystemMissingValue(low)) limits.low = low - shift;
+    if (!NumericValue::IsSystemMissingValue(high)) limits.high = high - shift;
+    return limits;
 }
 
 bool DictVar::IsInMissingRange(double number) const
@@ -223,16 +251,25 @@ bool DictVar::IsMissing(const ScoreValue* value) const
         return true;
     }
     // What the document says is missing, it says of values of the variable's own kind.
-    if (!HasOwnKind(*value)) return false;
+    if (!HasOwnKind(*value) || value->IsTakenAsIs()) return false;
     if (!text && (IsOutlier(value->GetDouble()) || IsInMissingRange(value->GetDouble()))) {
         return true;
     }
     return !missing_.values.empty() && missing_.Find(*value) >= 0;
 }
 
+bool DictVar::RefusesFraction(double number) const
+{
+    if (!whole_ || std::trunc(number) == number) return false;
+    if (outlierTreatment_ != AS_EXTREME) return true;
+    const Limits limits = OutlierLimits();
+    return number != limits.low && number != limits.high;
+}
+
 bool DictVar::IsValidNumber(double number) const
 {
     if (!std::isfinite(number) || NumericValue::IsSystemMissingValue(number)) return false;
+    if (RefusesFraction(number)) return false;
     if (intervals_.empty()) return categories_.values.empty() || type_.level != CONTINUOUS;
     for (const Interval& i : intervals_) {
         const bool aboveLow = i.lowClosed ? number >= i.low : number > i.low;
@@ -247,6 +284,7 @@ bool DictVar::IsValid(const ScoreValue* value) const
     if (value == nullptr || !HasOwnKind(*value)) return false;
     const bool text = type_.valueType == STRING;
     if (text && static_cast<const StringValue*>(value)->IsMissingText()) return false;
+    if (value->IsTakenAsIs()) return true;
     if (!missing_.values.empty() && missing_.Find(*value) >= 0) return false;
     if (!invalid_.values.empty() && invalid_.Find(*value) >= 0) return false;
     const bool listed = !categories_.values.empty() && categories_.Find(*value) >= 0;
@@ -315,14 +353,20 @@ void DictVar::Append(std::unique_ptr<ScoreValue> category)
     }
 }
 
+bool DictVar::IsDeclared(const ScoreValue& value) const
+{
+    for (const Listing* listing : {&categories_, &missing_, &invalid_}) {
+        if (listing->Find(value) >= 0) return true;
+    }
+    return false;
+}
+
 void DictVar::DeclareValue(std::unique_ptr<ScoreValue> value, const std::string& text,
                            Property property)
 {
     declared_ = true;
     SetSureRange(1.0, 0.0);  // from now on the lists have to be asked
-    for (const Listing* listing : {&categories_, &missing_, &invalid_}) {
-        if (listing->Find(*value) >= 0) return;
-    }
+    if (IsDeclared(*value)) return;
     switch (property) {
         case Property::Missing: missing_.Add(std::move(value)); return;
         case Property::Invalid: invalid_.Add(std::move(value)); return;

@@ -19,8 +19,9 @@ namespace MCVelscore_850 {
 
 struct TargetDeclaration;
 
-/// The truth that a word spells: true, TRUE, T, 1 or false, FALSE, F, 0; nothing for other texts.
-std::optional<bool> TruthOf(std::string_view text);
+/// The truth that a word spells: true, TRUE, True, T, 1, 1.0 or false, FALSE, False, F, 0, 0.0;
+/// nothing for other texts.
+VELHOST_API std::optional<bool> TruthOf(std::string_view text);
 
 /// The type of a variable, as its declaration tells it.
 struct DictVarType {
@@ -94,6 +95,16 @@ public:
         bool highClosed;
     };
     void DeclareInterval(const Interval& interval);
+    /// A value that is missing, which says nothing of those that are valid: an open variable stays
+    /// open. Dropped when the value was declared before.
+    void DeclareMissingValue(std::unique_ptr<ScoreValue> value);
+    /// The limits beyond which a value is an outlier, as plain numbers of the variable's values;
+    /// infinite where there is none.
+    struct Limits {
+        double low;
+        double high;
+    };
+    Limits OutlierLimits() const;
     /// Numbers from low to high, both included, are missing; several ranges add up.
     void DeclareMissingRange(double low, double high);
     void SetAcceptsUnlisted(bool accepts) { acceptsUnlisted_ = accepts; }
@@ -133,13 +144,18 @@ private:
     bool HasOwnKind(const ScoreValue& value) const;
     bool IsOutlier(double number) const;
     bool IsInMissingRange(double number) const;
+    bool IsDeclared(const ScoreValue& value) const;
     /// Takes a category over unless it is there already.
     void Append(std::unique_ptr<ScoreValue> category);
     bool IsValidNumber(double number) const;
+    /// True for a fraction in a continuous variable of whole numbers. The limits that outliers are
+    /// set to are the document's own and may have one.
+    bool RefusesFraction(double number) const;
     /// Every finite number but the system-missing one is sure where nothing restricts the variable.
     void UpdateSureRange();
 
     DictVarType type_;
+    bool whole_;  // a continuous variable of whole numbers
     Listing categories_;
     Listing missing_;
     Listing invalid_;
@@ -152,7 +168,7 @@ private:
     std::shared_ptr<const TargetDeclaration> target_;
     int outlierTreatment_ = AS_IS;
     int spellings_[2] = {-1, -1};  // of a boolean's false and true: the positions of their words
-    bool declared_ = false;        // some Value child stood in the declaration
+    bool declared_ = false;        // DeclareValue() was called
     bool acceptsUnlisted_ = false;
     mutable int dictIndex_ = -1;
 };

@@ -61,8 +61,7 @@ inline constexpr size_t kLongestText = 16384;
 /// The value as a number: a truth value is 1 or 0, a text counts that spells one. False else.
 bool AsNumber(const ExpressionValue& value, double& number);
 
-/// The value as a truth: its words true, TRUE, T, 1 and false, FALSE, F, 0 count, and the numbers 1
-/// and 0. False else.
+/// The value as a truth: the words of TruthOf() count, and the numbers 1 and 0. False else.
 bool AsTruth(const ExpressionValue& value, bool& truth);
 
 /// Makes a text of the value, in its own buffer: a number in its shortest spelling, a truth value

@@ -104,9 +104,9 @@ constexpr Message kCatalogue[] = {
     {260304, "", "the model can't be set up from its predictors, factors and categories",
      "Check that every predictor is declared and every target category listed."},
 
-    {kNotANumber, "s", "'{0}' is not a number", kMendNumber},
-    {kNotAnInteger, "s", "'{0}' is not a whole number", "Write a whole number."},
-    {kNumberTooLarge, "s", "'{0}' is too large for a number", kMendNumber},
+    {kNotANumber, "ss", "the {1} '{0}' is not a number", kMendNumber},
+    {kNotAnInteger, "ss", "the {1} '{0}' is not a whole number", "Write a whole number."},
+    {kNumberTooLarge, "ss", "the {1} '{0}' is too large for a number", kMendNumber},
     {kArrayLength, "dd", "an array has {0} numbers, {1} are expected", kReexport},
     {kUnknownEncoding, "s", "the encoding '{0}' is not known", "Use UTF-8."},
     {kDuplicateField, "s", "the field {0} is declared twice", "Declare each field once."},
@@ -204,7 +204,8 @@ constexpr Message kCatalogue[] = {
     {kTooManyAttributes, "sddd", "{0}:{1}:{2}: more than {3} attributes on one element", kHostile},
     {kTokenTooLong, "sddd", "{0}:{1}:{2}: a tag, comment or instruction of more than {3} bytes",
      kHostile},
-    {kTooManyElements, "sddd", "{0}:{1}:{2}: more than {3} elements", kHostile},
+    {kTooManyElements, "sddd",
+     "{0}:{1}:{2}: more than {3} elements, instructions and CDATA sections", kHostile},
     {kDocumentTooLarge, "sd", "{0} has more than {1} bytes", kHostile},
     {kNotAModelDocument, "ss", "{0} is no model document: its root is '{1}'",
      "Give a PMML document with a GeneralRegressionModel."},
@@ -232,6 +233,15 @@ constexpr Message kCatalogue[] = {
      "Give each field a column of its own."},
     {kMapWithoutColumns, "s", "the MapValues of the derived field {0} has no FieldColumnPair",
      "Name the field that the table is looked up by."},
+
+    {kTextTooLong, "sddd",
+     "{0}:{1}:{2}: more than {3} bytes between one tag and the next, from this element on",
+     kHostile},
+    {kTooManyNames, "sddd", "{0}:{1}:{2}: more than {3} different names of elements and attributes",
+     kHostile},
+    {kUndeclaredPrefix, "ss", "the prefix '{0}' of {1} is not declared",
+     "Declare the prefix on the root element, with the namespace of PMML, or write the names "
+     "without one."},
 
     {kNoOutputSection, "s", "{0} has no Output section, whose columns were asked for",
      "Score with the default columns, or add an Output section to the model."},
@@ -275,14 +285,43 @@ constexpr Message kCatalogue[] = {
      kMendTable},
     {kFieldTooLong, "sdd", "{0}: row {1} has a field of more than {2} bytes; is a quote open?",
      kMendTable},
-    {kOutputNotWritten, "ssd", "{0} can't be written: {1}; whole rows written: {2}",
-     "Make room or choose another file, and score again."},
+    {kOutputNotWritten, "ss", "{0} can't be written: {1}",
+     "Name a file that may be written, in a folder that is there and lets files be made: until it "
+     "is whole, a temporary one stands beside it."},
     {kUnknownKeptColumn, "ss", "--keep names '{0}', which is no column of {1}",
      "Name columns of the table, or 'all'."},
+    {kOutputFull, "ss", "{0} can't be written: {1}",
+     "Make room or choose another place, and start again."},
+    {kTableCut, "sd",
+     "{0} changed its size while it was read, and its last row {1} has no line end: it may be half "
+     "a row",
+     "Wait until the table is written whole, and score it again."},
+    {kRowTooLong, "sdd", "{0}: row {1} has more than {2} bytes; is a line end lacking?",
+     kMendTable},
+    {kTooManyColumns, "sd", "{0} has more than {1} columns; is a line end lacking?", kMendTable},
+    {kNoTextTable, "ss", "{0} is {1}; a table of cases is text in UTF-8",
+     "Give comma-separated values with a header."},
 };
 
 static_assert(std::is_sorted(std::begin(kCatalogue), std::end(kCatalogue),
                              [](const Message& a, const Message& b) { return a.code < b.code; }));
+
+// Models that predict no category make one up, for the one row of their betas, and a refusal of a
+// cell names it. No document has it, so there is nothing to show.
+constexpr std::string_view kMadeUpCategories[] = {"LRdummy", "GLRdummy", "GZLRdummy",
+                                                  "CoxRegDummy"};
+
+// An argument as its place in the text shows it. What stands in quotes is seen as it is.
+std::string Shown(const std::string& argument, std::string_view text, size_t position)
+{
+    if (std::find(std::begin(kMadeUpCategories), std::end(kMadeUpCategories), argument) !=
+        std::end(kMadeUpCategories)) {
+        return "(none)";
+    }
+    const bool quoted = text.find(fmt::format("'{{{}}}'", position)) != std::string_view::npos;
+    if (quoted || !TrimBlanks(argument).empty()) return argument;
+    return argument.empty() ? "(empty)" : "(blanks)";
+}
 
 }  // namespace
 
@@ -301,7 +340,9 @@ std::string Messages::Format(int code, const std::vector<std::string>& arguments
     const Message* row = Find(code);
     if (row == nullptr) return fmt::format("no message has the code {}", code);
     fmt::dynamic_format_arg_store<fmt::format_context> store;
-    for (const std::string& argument : arguments) store.push_back(argument);
+    for (size_t i = 0; i < arguments.size(); ++i) {
+        store.push_back(Shown(arguments[i], row->text, i));
+    }
     // A caller that gives too few arguments sees empty places, not an exception.
     const size_t expected = std::string_view(row->arguments).size();
     for (size_t i = arguments.size(); i < expected; ++i) store.push_back("");

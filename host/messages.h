@@ -29,16 +29,24 @@ public:
     static std::span<const Message> All();
     /// The row of a code, null for an unknown one.
     static const Message* Find(int code);
-    /// The code's text with its arguments in place; for an unknown code a text that says so.
+    /// The code's text with its arguments in place; for an unknown code a text that says so. What
+    /// can't be seen, an empty name, is shown as a word.
     static std::string Format(int code, const std::vector<std::string>& arguments);
     /// The arguments as text, read by the kinds in the code's row.
     static std::vector<std::string> ReadArguments(int code, va_list arguments);
 };
 
-// Codes of the host's own refusals, in documents. The codes of the readers stand with the readers.
-inline constexpr int kNotANumber = 269001;               // text
-inline constexpr int kNotAnInteger = 269002;             // text
-inline constexpr int kNumberTooLarge = 269003;           // text
+// Codes of refusals that the host and the readers of models share; those of the readers alone stand
+// with them.
+inline constexpr int kAbsent = 260115;             // element or attribute, parent
+inline constexpr int kNotInDictionaries = 260125;  // name, dictionary tag, transformation tag
+inline constexpr int kInvalidValue = 260127;       // value, name
+inline constexpr int kUnexpectedWord = 260153;     // text, tag, tag
+
+// Codes of the host's own refusals, in documents.
+inline constexpr int kNotANumber = 269001;               // text, holder
+inline constexpr int kNotAnInteger = 269002;             // text, holder
+inline constexpr int kNumberTooLarge = 269003;           // text, holder
 inline constexpr int kArrayLength = 269004;              // found, expected
 inline constexpr int kUnknownEncoding = 269005;          // name
 inline constexpr int kDuplicateField = 269006;           // name
@@ -102,6 +110,11 @@ inline constexpr int kMapCellMissing = 269118;     // column, derived field
 inline constexpr int kMapColumnTwice = 269119;     // column, derived field
 inline constexpr int kMapWithoutColumns = 269120;  // derived field
 
+// Codes of the engine: the document's bytes, continued.
+inline constexpr int kTextTooLong = 269141;       // file, line, column, limit
+inline constexpr int kTooManyNames = 269142;      // file, line, column, limit
+inline constexpr int kUndeclaredPrefix = 269143;  // prefix, element
+
 // Codes of the engine: the document's output and its records.
 inline constexpr int kNoOutputSection = 269191;    // file
 inline constexpr int kOutputFeature = 269192;      // feature, output field
@@ -128,8 +141,13 @@ inline constexpr int kNulByte = 269306;            // file, row
 inline constexpr int kDuplicateColumn = 269307;    // file, column
 inline constexpr int kStrayQuote = 269308;         // file, row
 inline constexpr int kFieldTooLong = 269309;       // file, row, limit
-inline constexpr int kOutputNotWritten = 269310;   // file, reason, rows written
+inline constexpr int kOutputNotWritten = 269310;   // file, reason
 inline constexpr int kUnknownKeptColumn = 269311;  // column, file
+inline constexpr int kOutputFull = 269312;         // file, reason
+inline constexpr int kTableCut = 269313;           // file, row
+inline constexpr int kRowTooLong = 269314;         // file, row, limit
+inline constexpr int kTooManyColumns = 269315;     // file, limit
+inline constexpr int kNoTextTable = 269316;        // file, what it is
 
 }  // namespace MCVelscore_850
 

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace MCVelscore_850 {
@@ -52,6 +53,9 @@ struct ModelDescription {
     struct Quantity {
         std::string column;
         std::string meaning;
+        /// The document has no covariances to compute it from. Results hold a number all the same,
+        /// and it means nothing.
+        bool lacksCovariances = false;
     };
 
     std::string family;     ///< in the field's words: "linear regression"
@@ -80,6 +84,18 @@ struct ModelDescription {
     std::vector<Stratum> strata;           ///< one without value where the model isn't stratified
     std::vector<std::string> eventValues;  ///< of the status variable, where the document has them
     std::vector<Quantity> quantities;
+    /// The offset variable where GetScore takes whatever it holds: it is for the host to refuse a
+    /// case whose offset is missing or not valid. Empty where the model looks itself.
+    std::string uncheckedOffset;
+
+    /// True for a column whose number the document can't give.
+    bool Lacks(std::string_view column) const
+    {
+        for (const Quantity& quantity : quantities) {
+            if (quantity.column == column) return quantity.lacksCovariances;
+        }
+        return false;
+    }
 
     /// Every variable that a case is read for, derived ones among them: predictors in their order,
     /// then offset, trials, times and strata. A status names a predictor by its position here, so

@@ -106,7 +106,7 @@ void PMMLTranslator::ReadDeclaredValues(DOMElement* element, DictVar& var)
             if (value != nullptr) {
                 var.DeclareValue(std::move(value), text, row.property);
             } else if (row.property == DictVar::Property::Valid) {
-                Refuse(260127, text.c_str(), name.c_str());
+                Refuse(kInvalidValue, text.c_str(), name.c_str());
             } else if (row.property == DictVar::Property::Missing) {
                 var.DeclareMissingWord(text);
             }

@@ -67,7 +67,7 @@ void PMMLTranslator::HandleTargets(DOMElement* element, ScoreDictionary* diction
         ScoreDictVar* var = dictionary->GetVar(name);
         if (var == nullptr) {
             NoteElement(child);
-            Refuse(260125, name.c_str(), Tags::XML_ELE_DATADICTIONARY.c_str(),
+            Refuse(kNotInDictionaries, name.c_str(), Tags::XML_ELE_DATADICTIONARY.c_str(),
                    Tags::XML_ELE_TRANSFORMATION.c_str());
         }
         // Every variable of this host is a DictVar.
@@ -103,9 +103,8 @@ TargetDeclaration PMMLTranslator::ReadTarget(DOMElement* element, const std::str
     read("rescaleFactor", target.rescaleFactor);
     read("rescaleConstant", target.rescaleConstant);
     if (const XMLCh* cast = GetAttribute(element, "castInteger"); !IsBlank(cast)) {
-        const auto row = std::find_if(std::begin(kCasts), std::end(kCasts), [&](const CastRow& r) {
-            return IsEqual(cast, r.word);
-        });
+        const auto row = std::find_if(std::begin(kCasts), std::end(kCasts),
+                                      [&](const CastRow& r) { return IsEqual(cast, r.word); });
         if (row == std::end(kCasts)) {
             Refuse(kUnknownDataType, ToString(cast).c_str(), "castInteger", name.c_str());
         }

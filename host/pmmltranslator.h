@@ -24,9 +24,9 @@ public:
     /// A new dictionary of all DataFields below the DataDictionary element, owned by the caller.
     /// Refuses a second field of one name, and types that the standard doesn't know.
     ScoreDictionary* ParseDictionary(xercesc::DOMNode* element, bool withValues);
-    /// Reads the Targets element into the declarations of the dictionary's variables; no model reads
-    /// them. A Target without a field is for the mining schema's target. Refuses with 260125 a field
-    /// that isn't in the dictionary, and kUnknownDataType for an unknown castInteger.
+    /// Reads the Targets element into the declarations of the dictionary's variables; no model
+    /// reads them. A Target without a field is for the mining schema's target. Refuses with 260125
+    /// a field that isn't in the dictionary, and kUnknownDataType for an unknown castInteger.
     void HandleTargets(xercesc::DOMElement* element, ScoreDictionary* dictionary);
     /// A new dictionary of the DerivedFields below the element, owned by the caller; null when
     /// there is none. All expressions of the standard but TextIndex, Lag and Aggregate, and the

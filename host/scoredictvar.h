@@ -1,6 +1,7 @@
 #ifndef VELSCORE_HOST_SCOREDICTVAR_H
 #define VELSCORE_HOST_SCOREDICTVAR_H
 
+#include <cstdint>
 #include <string>
 
 #include "host/export.h"
@@ -89,23 +90,30 @@ public:
 
     /// True for a number that Accepts() is sure to answer true for, without a virtual call; false
     /// says nothing.
-    bool SurelyAccepts(double number) const { return number >= sureLow_ && number <= sureHigh_; }
+    bool SurelyAccepts(double number) const
+    {
+        if (!(number >= sureLow_ && number <= sureHigh_)) return false;
+        return !sureOfWhole_ || number == static_cast<double>(static_cast<int64_t>(number));
+    }
 
 protected:
     ScoreDictVar() = default;
     ScoreDictVar(const ScoreDictVar&) = default;
     ScoreDictVar& operator=(const ScoreDictVar&) = default;
 
-    /// The closed range of SurelyAccepts; an empty one (low above high) is sure of nothing.
-    void SetSureRange(double low, double high)
+    /// The closed range of SurelyAccepts; an empty one (low above high) is sure of nothing. With
+    /// `wholeAlone` it is sure of whole numbers only, and the range must lie within int64_t.
+    void SetSureRange(double low, double high, bool wholeAlone = false)
     {
         sureLow_ = low;
         sureHigh_ = high;
+        sureOfWhole_ = wholeAlone;
     }
 
 private:
     double sureLow_ = 1.0;
     double sureHigh_ = 0.0;
+    bool sureOfWhole_ = false;
 };
 
 }  // namespace MCVelscore_850

@@ -104,6 +104,10 @@ public:
     /// has strata answers OK; any other fails every case with 90029.
     virtual MCScore::MCStatus GetCurve(const ScoreCaseRecord* record, bool derivedInRecord,
                                        std::vector<SurvivalPoint>& curve) = 0;
+    /// The variable that the last case failed for in GetScore or GetCurve, its value being missing,
+    /// not valid or unknown to the model; of several the last one. Null after a case that was
+    /// scored, and where no single variable is to blame.
+    virtual const ScoreDictVar* GetFailedVar() const = 0;
 };
 
 }  // namespace MCVelscore_850

@@ -31,6 +31,11 @@ public:
     /// What GetValueType() answers, without a virtual call: every case asks it of every value.
     ValueType Kind() const { return kind_; }
 
+    /// True for a value that the document puts into a case, or wants taken as it stands: whatever
+    /// its variable declares, it is neither missing nor invalid.
+    bool IsTakenAsIs() const { return takenAsIs_; }
+    void SetTakenAsIs(bool taken) { takenAsIs_ = taken; }
+
 protected:
     explicit ScoreValue(ValueType kind) : kind_(kind) {}
     ScoreValue(const ScoreValue&) = default;
@@ -38,6 +43,7 @@ protected:
 
 private:
     ValueType kind_;
+    bool takenAsIs_ = false;
 };
 
 }  // namespace MCVelscore_850

@@ -47,7 +47,7 @@ Meaning MeaningOf(const WordRow<Meaning> (&rows)[N], const std::string& word,
     for (const auto& row : rows) {
         if (word == row.word) return row.meaning;
     }
-    Refuse(260153, word.c_str(), attribute.c_str(), Tags::kVariable.c_str());
+    Refuse(kUnexpectedWord, word.c_str(), attribute.c_str(), Tags::kVariable.c_str());
 }
 
 DictVarType TypeOf(const std::string& name, const std::string& storage, const std::string& level)
@@ -83,7 +83,7 @@ void ZELTTranslator::ExpectElement(const DOMElement* element, const std::string&
 {
     if (IsEqual(element->getTagName(), tag)) return;
     NoteElement(element);
-    Refuse(260153, ToString(element->getTagName()).c_str(), tag.c_str(), parent.c_str());
+    Refuse(kUnexpectedWord, ToString(element->getTagName()).c_str(), tag.c_str(), parent.c_str());
 }
 
 ScoreDictionary* ZELTTranslator::ParseDictionary(DOMElement* element)
@@ -150,9 +150,12 @@ void ZELTTranslator::DeclareText(DOMElement* element, DictVar& var, bool missing
 {
     const std::string text = Transcode(GetAttributeForced(element, Tags::kValue));
     std::unique_ptr<ScoreValue> value(CarefullyMakeVarValue(&var, text));
-    if (value == nullptr) Refuse(260127, text.c_str(), var.GetName().c_str());
-    var.DeclareValue(std::move(value), text,
-                     missing ? DictVar::Property::Missing : DictVar::Property::Valid);
+    if (value == nullptr) Refuse(kInvalidValue, text.c_str(), var.GetName().c_str());
+    if (missing) {
+        var.DeclareMissingValue(std::move(value));
+    } else {
+        var.DeclareValue(std::move(value), text, DictVar::Property::Valid);
+    }
 }
 
 void ZELTTranslator::ReadVarStats(DOMElement* element, DictVar& var)

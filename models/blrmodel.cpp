@@ -156,7 +156,10 @@ bool BLRModel::ComputeLinearPredictor(double& lp)
         for (const ParameterPredictor& predictor : PredictorsOf(j)) {
             if (predictor.isFactor) {
                 double coefficient = 0.0;
-                if (!ContrastOf(predictor, coefficient)) return false;
+                if (!ContrastOf(predictor, coefficient)) {
+                    failedVar = predictorVars[static_cast<size_t>(predictor.predictor)];
+                    return false;
+                }
                 term *= coefficient;
                 continue;
             }

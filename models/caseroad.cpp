@@ -13,6 +13,7 @@ using MCScore::MCStatus;
 
 bool CaseWalk::Start()
 {
+    model_.failedVar = nullptr;
     if (record_ == nullptr) {
         status_ = MCStatus(MCScore::kCaseNotScorable, false);
         if (road_.tracesNullRecord) TraceStatus(road_.nullRecordLine);
@@ -133,7 +134,7 @@ bool CaseWalk::HasEveryValue(size_t count)
 {
     for (size_t i = 0; i < count; ++i) {
         if (model_.caseValueRefs[i] != nullptr) continue;
-        status_ = MCStatus(MCScore::kCaseNotScorable, false);
+        SetStatus(MCScore::kCaseNotScorable, model_.predictorVars[i]);
         return false;
     }
     return true;
@@ -185,7 +186,7 @@ void CaseWalk::FailCase(size_t predictor)
             break;
         default: return;  // any other policy lets the value stand
     }
-    status_ = MCStatus(MCScore::kCaseNotScorable, false);
+    SetStatus(MCScore::kCaseNotScorable, model_.predictorVars[predictor]);
     // The walk goes on after a bad value, so the last one is the one that is named.
     if (road_.namesBadPredictor) status_.SetDiscreteDatum(0, static_cast<long>(predictor));
 }

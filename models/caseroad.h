@@ -147,7 +147,6 @@ public:
 
     bool IsFresh() const { return fresh_; }
     const MCScore::MCStatus& Status() const { return status_; }
-    bool DerivedInRecord() const { return derivedInRecord_; }
 
     /// Step 10: the prediction as a number. A result that has no prediction yet is filled as a
     /// fresh one.
@@ -164,8 +163,12 @@ public:
     /// probability is written.
     template <class Percent>
     void WriteCategories(int predicted, Percent percent);
-    /// What the family itself finds wrong with a case.
-    void SetStatus(long code) { status_ = MCScore::MCStatus(code, false); }
+    /// What the family itself finds wrong with a case, and with which variable's value.
+    void SetStatus(long code, const ScoreDictVar* failed = nullptr)
+    {
+        status_ = MCScore::MCStatus(code, false);
+        model_.failedVar = failed;
+    }
     /// Leaves the status in the trace.
     void TraceStatus(const char* line = kStatusLine) const;
 

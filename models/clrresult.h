@@ -2,6 +2,7 @@
 #define VELSCORE_MODELS_CLRRESULT_H
 
 #include "host/scoreresult.h"
+#include "models/ownedvalue.h"
 
 namespace MCVelscore_850 {
 
@@ -11,12 +12,12 @@ namespace MCVelscore_850 {
 class CLRResult : public ScoreRegResult {
 public:
     explicit CLRResult(const ScoreDictVar* target) : target_(target) {}
-    CLRResult(const CLRResult& other);
-    CLRResult& operator=(const CLRResult& other);
+    CLRResult(const CLRResult& other) = default;
+    CLRResult& operator=(const CLRResult& other) = default;
     ~CLRResult() override;
 
     void SetPrediction(ScoreValue* value) override;
-    ScoreValue* GetPrediction() const override { return prediction_; }
+    ScoreValue* GetPrediction() const override { return prediction_.Get(); }
     const ScoreDictVar* GetTarget() const override { return target_; }
     void SetConfidence(double) override {}
     double GetConfidence() const override { return 1.0; }
@@ -26,7 +27,7 @@ public:
 
 private:
     const ScoreDictVar* target_;
-    ScoreValue* prediction_ = nullptr;
+    OwnedValue prediction_;
 };
 
 }  // namespace MCVelscore_850

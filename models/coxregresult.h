@@ -5,6 +5,7 @@
 
 #include "host/numericvalue.h"
 #include "host/scoreresult.h"
+#include "models/ownedvalue.h"
 
 namespace MCVelscore_850 {
 
@@ -22,7 +23,7 @@ public:
     ~CoxRegResult() override;
 
     void SetPrediction(ScoreValue* value) override;
-    ScoreValue* GetPrediction() const override { return prediction_; }
+    ScoreValue* GetPrediction() const override { return prediction_.Get(); }
     const ScoreDictVar* GetTarget() const override { return target_; }
     void SetConfidence(double) override {}
     double GetConfidence() const override { return -1.0; }
@@ -35,7 +36,7 @@ public:
 
 private:
     const ScoreDictVar* target_;
-    ScoreValue* prediction_ = nullptr;
+    OwnedValue prediction_;
     std::string deadString_;
     double cumHazardValue_ = NumericValue::GetSysmisValue();
 };

@@ -150,16 +150,18 @@ MCStatus CoxRegModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& resu
 
     const ScoreValue* stratumValue = nullptr;
     const ScoreValue* endTimeValue = nullptr;
-    if ((!stratumVariableName.empty() &&
-         !FindOwnValue(*record, stratumVariable, stratumVariableName, stratumValue)) ||
-        !FindOwnValue(*record, endTimeVariable, endTimeVariableName, endTimeValue) ||
+    if (!stratumVariableName.empty() &&
+        !FindOwnValue(*record, stratumVariable, stratumVariableName, stratumValue)) {
+        return Fail(walk, stratumVariable);
+    }
+    if (!FindOwnValue(*record, endTimeVariable, endTimeVariableName, endTimeValue) ||
         endTimeVariable->IsMissing(endTimeValue)) {
-        return Fail(walk, MCScore::kCaseNotScorable);
+        return Fail(walk, endTimeVariable);
     }
     double lp = 0.0;
     if (!ComputeLinearPredictor(walk, lp)) return walk.Status();
     const int stratum = StratumOf(stratumValue);
-    if (stratum < 0) return Fail(walk, MCScore::kCaseNotScorable);
+    if (stratum < 0) return Fail(walk, stratumVariable);
 
     const double t = NumericReading(*endTimeValue, *endTimeVariable);
     const SurvivalPoint point = PointAt(t, BaselineAt(static_cast<size_t>(stratum), t), lp);
@@ -181,12 +183,12 @@ MCStatus CoxRegModel::GetCurve(const ScoreCaseRecord* record, bool derivedInReco
     const ScoreValue* stratumValue = nullptr;
     if (!stratumVariableName.empty() &&
         !FindOwnValue(*record, stratumVariable, stratumVariableName, stratumValue)) {
-        return Fail(walk, MCScore::kCaseNotScorable);
+        return Fail(walk, stratumVariable);
     }
     double lp = 0.0;
     if (!ComputeLinearPredictor(walk, lp)) return walk.Status();
     const int stratum = StratumOf(stratumValue);
-    if (stratum < 0) return Fail(walk, MCScore::kCaseNotScorable);
+    if (stratum < 0) return Fail(walk, stratumVariable);
 
     const auto index = static_cast<size_t>(stratum);
     if (index >= baselines.size()) return walk.Status();
@@ -276,7 +278,7 @@ double CoxRegModel::ContrastOf(CaseWalk& walk, const ParameterCell& term, const 
             return matrix[row][column];
         }
     }
-    walk.SetStatus(MCScore::kFactorOutsideContrasts);
+    walk.SetStatus(MCScore::kFactorOutsideContrasts, predictorVars[k]);
     return 0.0;
 }
 
@@ -322,9 +324,9 @@ SurvivalPoint CoxRegModel::PointAt(double t, double baseline, double lp)
     return {t, kernels::Survival(cumHazard), cumHazard};
 }
 
-MCStatus CoxRegModel::Fail(CaseWalk& walk, long code)
+MCStatus CoxRegModel::Fail(CaseWalk& walk, const ScoreDictVar* failed)
 {
-    walk.SetStatus(code);
+    walk.SetStatus(MCScore::kCaseNotScorable, failed);
     walk.TraceStatus();
     return walk.Status();
 }

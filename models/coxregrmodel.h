@@ -121,7 +121,7 @@ private:
     /// The cumulative hazard of a stratum's baseline at t, system-missing where there is none.
     double BaselineAt(size_t stratum, double t) const;
     static SurvivalPoint PointAt(double t, double baseline, double lp);
-    static MCScore::MCStatus Fail(CaseWalk& walk, long code);
+    static MCScore::MCStatus Fail(CaseWalk& walk, const ScoreDictVar* failed);
 
     std::string dummyCategory;  ///< the one row of the beta table
     // Contrasts by predictor; empty for one that has none.

@@ -140,6 +140,11 @@ void CumulativeLinkModel::Describe(ModelDescription& description) const
     const auto link = static_cast<size_t>(linkFunction);
     if (link < std::size(kLinks)) description.link = kLinks[link].description;
     description.offset = offset.Describe();
+    // One that is a predictor too is looked at as such.
+    if (offset.HasVariable() && !ways_.offsetIsPredictor &&
+        GetPredictorIndex(offset.variable->GetName()) < 0) {
+        description.uncheckedOffset = offset.variable->GetName();
+    }
     DescribeCategories(description);
     if (categoryBetas.size() < 2) return;
     // The equation of each boundary: its threshold, and what all share.

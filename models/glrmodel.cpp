@@ -154,13 +154,20 @@ void GLRModel::Describe(ModelDescription& description) const
     const bool svm = IsLinearSVM();
     const bool fixedError = svm && !NumericValue::IsSystemMissingValue(sigmaValue);
     const bool fixedWidth = svm && !NumericValue::IsSystemMissingValue(percentileValue);
+    const bool lacksError = !description.hasCovariances && !fixedError;
+    const bool lacksLimits = lacksError && !fixedWidth;
     description.quantities = {
         {"prediction", "mean of the target"},
-        {"std_dev", fixedError ? "sigma of the document" : "standard error of the mean"},
-        {"ci_lower", fixedWidth ? "prediction minus the percentile of the document"
-                                : "lower 95% confidence limit of the mean (Student's t)"},
-        {"ci_upper", fixedWidth ? "prediction plus the percentile of the document"
-                                : "upper 95% confidence limit of the mean (Student's t)"},
+        {"std_dev", fixedError ? "sigma of the document" : "standard error of the mean",
+         lacksError},
+        {"ci_lower",
+         fixedWidth ? "prediction minus the percentile of the document"
+                    : "lower 95% confidence limit of the mean (Student's t)",
+         lacksLimits},
+        {"ci_upper",
+         fixedWidth ? "prediction plus the percentile of the document"
+                    : "upper 95% confidence limit of the mean (Student's t)",
+         lacksLimits},
     };
 }
 

@@ -126,11 +126,13 @@ void GZLRModel::NameCategories()
 
 bool GZLRModel::Setup()
 {
-    RegisterTargetCategories();
     const ValueSet* values = targetVar == nullptr ? nullptr : targetVar->GetValueSet();
     if (values != nullptr) {
+        // The first category is the event, also where another one was set before.
         for (const ValueSetEntry& entry : values->GetEntries()) {
-            (eventCategory == nullptr ? eventCategory : otherCategory) = entry.GetEntryValue();
+            const ScoreValue* value = entry.GetEntryValue();
+            RegisterCategory(value->GetString());
+            (categoryMap.size() == 1 ? eventCategory : otherCategory) = value;
         }
     }
     NameCategories();
@@ -181,7 +183,7 @@ MCScore::MCStatus GZLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult
     int trials = -1;
     if (trialsKind == VARIABLE && !ReadTrials(trials)) {
         if (missingValuePolicy != MV_STATUS_ONLY) walk.WriteMissingPrediction();
-        walk.SetStatus(MCScore::kCaseNotScorable);
+        walk.SetStatus(MCScore::kCaseNotScorable, trialsVar);
         return walk.Status();
     }
     if (binaryTarget) {
@@ -284,11 +286,12 @@ void GZLRModel::Describe(ModelDescription& description) const
         DescribeClasses(description);
     } else {
         description.equations.push_back(DescribeEquation(0));
+        const bool lacks = !description.hasCovariances;
         description.quantities = {
             {"prediction", "mean of the target"},
-            {"std_dev", "standard error of the linear predictor"},
-            {"ci_lower", "mean at the lower 95% confidence limit of the linear predictor"},
-            {"ci_upper", "mean at the upper 95% confidence limit of the linear predictor"},
+            {"std_dev", "standard error of the linear predictor", lacks},
+            {"ci_lower", "mean at the lower 95% confidence limit of the linear predictor", lacks},
+            {"ci_upper", "mean at the upper 95% confidence limit of the linear predictor", lacks},
         };
         if (linkFunction == LINK_POWER && linkParameter < 0.0) {
             std::swap(description.quantities[2].meaning, description.quantities[3].meaning);

@@ -127,11 +127,12 @@ void LRModel::Describe(ModelDescription& description) const
         }
     }
     description.equations.push_back(std::move(equation));
+    const bool lacks = !description.hasCovariances;
     description.quantities = {
         {"prediction", "mean of the target"},
-        {"std_dev", "standard error of the mean"},
-        {"ci_lower", "lower 95% confidence limit of the mean (Student's t)"},
-        {"ci_upper", "upper 95% confidence limit of the mean (Student's t)"},
+        {"std_dev", "standard error of the mean", lacks},
+        {"ci_lower", "lower 95% confidence limit of the mean (Student's t)", lacks},
+        {"ci_upper", "upper 95% confidence limit of the mean (Student's t)", lacks},
     };
 }
 

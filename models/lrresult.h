@@ -3,6 +3,7 @@
 
 #include "host/numericvalue.h"
 #include "host/scoreresult.h"
+#include "models/ownedvalue.h"
 
 namespace MCVelscore_850 {
 
@@ -14,12 +15,12 @@ namespace MCVelscore_850 {
 class LRResult : public ScoreRegResult {
 public:
     explicit LRResult(const ScoreDictVar* target) : target_(target) {}
-    LRResult(const LRResult& other);
-    LRResult& operator=(const LRResult& other);
+    LRResult(const LRResult& other) = default;
+    LRResult& operator=(const LRResult& other) = default;
     ~LRResult() override;
 
     void SetPrediction(ScoreValue* value) override;
-    ScoreValue* GetPrediction() const override { return prediction_; }
+    ScoreValue* GetPrediction() const override { return prediction_.Get(); }
     const ScoreDictVar* GetTarget() const override { return target_; }
     void SetConfidence(double) override {}
     double GetConfidence() const override { return -1.0; }
@@ -34,7 +35,7 @@ public:
 
 private:
     const ScoreDictVar* target_;
-    ScoreValue* prediction_ = nullptr;
+    OwnedValue prediction_;
     double stdDev_ = -1.0;
     double ciBottom_ = NumericValue::GetSysmisValue();
     double ciTop_ = NumericValue::GetSysmisValue();

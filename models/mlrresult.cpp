@@ -1,48 +1,51 @@
 #include "models/mlrresult.h"
 
 #include <memory>
+#include <utility>
 
 #include "host/numbertext.h"
 #include "host/numericvalue.h"
 #include "host/scoredictvar.h"
 #include "host/stringvalue.h"
-#include "models/ownedprediction.h"
 
 namespace MCVelscore_850 {
 
 MLRResult::MLRResult(const MLRResult& other)
     : ScoreClsResult(other),
       target_(other.target_),
-      prediction_(CloneOf(other.prediction_)),
-      valuePercents_(other.valuePercents_)
+      prediction_(other.prediction_),
+      valuePercents_(other.valuePercents_),
+      values_(other.values_)
 {
-    for (auto& entry : valuePercents_) entry.first = entry.first->Clone();
+    NameOwnValues();
 }
 
 MLRResult& MLRResult::operator=(const MLRResult& other)
 {
     if (this == &other) return *this;
     target_ = other.target_;
-    SetPrediction(CloneOf(other.prediction_));
-    for (auto& entry : valuePercents_) delete entry.first;
+    prediction_ = other.prediction_;
     valuePercents_ = other.valuePercents_;
-    for (auto& entry : valuePercents_) entry.first = entry.first->Clone();
+    values_ = other.values_;
+    NameOwnValues();
     return *this;
 }
 
-MLRResult::~MLRResult()
+MLRResult::~MLRResult() = default;
+
+void MLRResult::NameOwnValues()
 {
-    delete prediction_;
-    for (auto& entry : valuePercents_) delete entry.first;
+    for (size_t i = 0; i < values_.size(); ++i) valuePercents_[i].first = values_[i].Get();
 }
 
-void MLRResult::SetPrediction(ScoreValue* value) { ReplaceOwned(prediction_, value); }
+void MLRResult::SetPrediction(ScoreValue* value) { prediction_.Take(value); }
 
 bool MLRResult::AddValuePercent(ScoreValue* value, double percent)
 {
     std::unique_ptr<ScoreValue> owned(value);
     if (!target_->IsValid(value) || target_->IsMissing(value)) return false;
-    valuePercents_.emplace_back(owned.release(), percent);
+    values_.emplace_back(std::move(owned));
+    valuePercents_.emplace_back(value, percent);
     return true;
 }
 

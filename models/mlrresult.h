@@ -2,8 +2,10 @@
 #define VELSCORE_MODELS_MLRRESULT_H
 
 #include <string>
+#include <vector>
 
 #include "host/scoreresult.h"
+#include "models/ownedvalue.h"
 
 namespace MCVelscore_850 {
 
@@ -18,11 +20,11 @@ public:
     ~MLRResult() override;
 
     void SetPrediction(ScoreValue* value) override;
-    ScoreValue* GetPrediction() const override { return prediction_; }
+    ScoreValue* GetPrediction() const override { return prediction_.Get(); }
     const ScoreDictVar* GetTarget() const override { return target_; }
     void SetConfidence(double) override {}
     /// The percent of the prediction, -1.0 when it has none.
-    double GetConfidence() const override { return GetPercent(prediction_); }
+    double GetConfidence() const override { return GetPercent(prediction_.Get()); }
     int GetScoreResultType() const override { return MLR_RESULT; }
 
     /// Appends an entry and takes `value` over; a value that the target calls invalid or missing
@@ -39,9 +41,13 @@ public:
     bool SetPercentAt(size_t place, const std::string& key, double percent);
 
 private:
+    /// Lets the entries, after a copy of both lists, name their own values.
+    void NameOwnValues();
+
     const ScoreDictVar* target_;
-    ScoreValue* prediction_ = nullptr;
-    ValuePercents valuePercents_;
+    OwnedValue prediction_;
+    ValuePercents valuePercents_;     ///< what hosts see; the values lie in `values_`
+    std::vector<OwnedValue> values_;  ///< entry by entry
 };
 
 }  // namespace MCVelscore_850

@@ -23,7 +23,10 @@ void RegressionModel::Display(std::ostream& out) const
     } else {
         out << "ParamTable not present" << endl;
     }
-    if (pcovMatrix) {
+    if (pcovMatrix && pcovMatrix->GetCells().empty()) {  // nothing was written: zeros
+        const size_t n = pcovMatrix->GetDimension();
+        DisplayMatrix("PCovMatrix", Matrix(n, std::vector<double>(n)), out);
+    } else if (pcovMatrix) {
         DisplayMatrix("PCovMatrix", pcovMatrix->GetCells(), out);
     } else {
         out << "PCovMatrix not present" << endl;
@@ -75,10 +78,12 @@ void PPCMatrix::Display(std::ostream& out) const
     out << "Begin display of PPCMatrix object." << endl;
     out << "Number of parameters = " << parameters->size()
         << ", number of predictors = " << predictors->size() << endl;
-    for (const auto& row : cells) {
-        for (const auto& cell : row) {
+    for (size_t parameter = 0; parameter < cells.size(); ++parameter) {
+        for (size_t predictor = 0; predictor < columns; ++predictor) {
+            const ScoreValue* cell =
+                GetCell(static_cast<int>(parameter), static_cast<int>(predictor));
             out << "\t";
-            if (cell) {
+            if (cell != nullptr) {
                 out << cell->GetString();
             } else {
                 out << " Null\t";

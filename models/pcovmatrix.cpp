@@ -27,12 +27,11 @@ PCovMatrix::PCovMatrix(const RegressionModel* owner)
       numCategories(form == PLAIN ? 2 : static_cast<int>(owner->GetCategoryMap().size()))
 {
     const auto categories = static_cast<size_t>(numCategories);
-    size_t dimension = numParameters;
+    dimension = numParameters;
     if (form == MULTINOMIAL) dimension = numParameters * categories;
     if (form == ORDINAL) {
         dimension = numParameters + categories < 2 ? 0 : numParameters + categories - 2;
     }
-    cells.assign(dimension, std::vector<double>(dimension, 0.0));
 }
 
 int PCovMatrix::ParameterIndex(const std::string& name) const
@@ -52,7 +51,8 @@ bool PCovMatrix::Write(int row, int column, double value)
 {
     const auto r = static_cast<size_t>(row);
     const auto c = static_cast<size_t>(column);
-    if (r >= cells.size() || c >= cells.size()) return false;
+    if (r >= dimension || c >= dimension) return false;
+    if (cells.empty()) cells.assign(dimension, std::vector<double>(dimension, 0.0));
     cells[r][c] = value;
     cells[c][r] = value;
     return true;
@@ -98,16 +98,6 @@ double PCovMatrix::GetCell(const std::string& parameterA, const std::string& par
 {
     if (form != PLAIN) return 0.0;
     return GetCell(ParameterIndex(parameterA), ParameterIndex(parameterB));
-}
-
-bool PCovMatrix::HasNonzeroCell() const
-{
-    for (const auto& row : cells) {
-        for (const double cell : row) {
-            if (cell != 0.0) return true;
-        }
-    }
-    return false;
 }
 
 }  // namespace MCVelscore_850

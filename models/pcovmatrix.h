@@ -21,6 +21,8 @@ class RegressionModel;
 /// A category's position is its place in the target variable's encoder; without an encoder every
 /// category is unknown.
 ///
+/// The cells take memory once one of them is written; until then all are 0.
+///
 /// Order   made after all parameters, and in the last two forms all categories, are registered.
 class PCovMatrix {
 public:
@@ -48,18 +50,21 @@ public:
         return SetCell(parameterA, parameterB, categoryA, std::string(categoryB), value);
     }
 
-    /// False when nothing was written but zeros.
-    bool HasNonzeroCell() const;
+    /// True when some cell was written, were it a zero: a document's zeros are covariances too.
+    bool IsWritten() const { return !cells.empty(); }
     /// The cell, 0.0 unless both are in 0 .. P - 1, in every form: no scorer reads beyond.
     double GetCell(int row, int column) const
     {
         const auto r = static_cast<size_t>(row);  // a negative index is out of range too
         const auto c = static_cast<size_t>(column);
-        return r < numParameters && c < numParameters ? cells[r][c] : 0.0;
+        return r < numParameters && c < numParameters && !cells.empty() ? cells[r][c] : 0.0;
     }
     /// By names; 0.0 outside the plain form and for an unknown name.
     double GetCell(const std::string& parameterA, const std::string& parameterB) const;
+    /// The whole matrix, without any row while nothing was written.
     const std::vector<std::vector<double>>& GetCells() const { return cells; }
+    /// The number of rows and of columns, written or not.
+    size_t GetDimension() const { return dimension; }
 
 private:
     int ParameterIndex(const std::string& name) const;
@@ -70,6 +75,7 @@ private:
     std::vector<std::vector<double>> cells;
     const std::map<std::string, int>* parameters;
     Form form;
+    size_t dimension;
     size_t numParameters;
     int numCategories;
 };

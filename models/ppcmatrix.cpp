@@ -1,17 +1,18 @@
 #include "models/ppcmatrix.h"
 
+#include <algorithm>
+
 #include "models/regressionmodel.h"
 
 namespace MCVelscore_850 {
 
 PPCMatrix::PPCMatrix(const RegressionModel* owner)
     : cells(owner->GetParameterMap().size()),
+      columns(owner->GetPredictorMap().size()),
       model(owner),
       parameters(&owner->GetParameterMap()),
       predictors(&owner->GetPredictorMap())
-{
-    for (auto& row : cells) row.resize(predictors->size());
-}
+{}
 
 PPCMatrix::~PPCMatrix() = default;
 
@@ -19,14 +20,36 @@ bool PPCMatrix::SetCell(const std::string& parameter, const std::string& predict
                         ScoreValue* value)
 {
     std::unique_ptr<ScoreValue> owned(value);
-    const auto row = parameters->find(parameter);
+    const auto named = parameters->find(parameter);
     const auto column = predictors->find(predictor);
-    if (row == parameters->end() || column == predictors->end()) return false;
-    const auto r = static_cast<size_t>(row->second);
-    const auto c = static_cast<size_t>(column->second);
-    if (r >= cells.size() || c >= cells[r].size()) return false;
-    cells[r][c] = std::move(owned);
+    if (named == parameters->end() || column == predictors->end()) return false;
+    const auto r = static_cast<size_t>(named->second);
+    if (r >= cells.size() || static_cast<size_t>(column->second) >= columns) return false;
+    std::vector<Cell>& row = cells[r];
+    const auto place = std::ranges::lower_bound(row, column->second, {}, &Cell::predictor);
+    const bool isThere = place != row.end() && place->predictor == column->second;
+    if (owned == nullptr) {
+        if (isThere) row.erase(place);
+    } else if (isThere) {
+        place->value = std::move(owned);
+    } else {
+        row.insert(place, Cell{column->second, std::move(owned)});
+    }
     return true;
+}
+
+std::span<const PPCMatrix::Cell> PPCMatrix::Row(int parameter) const
+{
+    const auto row = static_cast<size_t>(parameter);  // a negative index is out of range too
+    if (row >= cells.size()) return {};
+    return cells[row];
+}
+
+const ScoreValue* PPCMatrix::GetCell(int parameter, int predictor) const
+{
+    const std::span<const Cell> row = Row(parameter);
+    const auto place = std::ranges::lower_bound(row, predictor, {}, &Cell::predictor);
+    return place == row.end() || place->predictor != predictor ? nullptr : place->value.get();
 }
 
 const ScoreValue* PPCMatrix::GetCell(const std::string& parameter,

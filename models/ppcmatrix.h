@@ -4,6 +4,7 @@
 #include <iosfwd>
 #include <map>
 #include <memory>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,10 +20,16 @@ class RegressionModel;
 /// exponent; an empty cell means that the parameter doesn't depend on the predictor, and a row of
 /// empty cells is an intercept.
 ///
-/// Shapes  from the model's registries at construction.
+/// Shapes  from the model's registries at construction; only cells that hold a value take memory.
 /// Owner   of the values; it looks at the model's maps, which outlive it.
 class PPCMatrix {
 public:
+    /// A cell that holds a value.
+    struct Cell {
+        int predictor;
+        std::unique_ptr<ScoreValue> value;
+    };
+
     explicit PPCMatrix(const RegressionModel* model);
     ~PPCMatrix();
 
@@ -33,21 +40,18 @@ public:
     const ScoreValue* GetCell(const std::string& parameter, const std::string& predictor) const;
     ScoreValue* GetCell(const std::string& parameter, const std::string& predictor);
     /// Null out of range or when the cell is empty.
-    const ScoreValue* GetCell(int parameter, int predictor) const
-    {
-        const auto row = static_cast<size_t>(parameter);  // a negative index is out of range too
-        const auto column = static_cast<size_t>(predictor);
-        if (row >= cells.size() || column >= cells[row].size()) return nullptr;
-        return cells[row][column].get();
-    }
+    const ScoreValue* GetCell(int parameter, int predictor) const;
     ScoreValue* GetCell(int parameter, int predictor)
     {
         return const_cast<ScoreValue*>(std::as_const(*this).GetCell(parameter, predictor));
     }
+    /// The cells of a parameter that hold a value, predictors ascending; none out of range.
+    std::span<const Cell> Row(int parameter) const;
     void Display(std::ostream& out) const;
 
 private:
-    std::vector<std::vector<std::unique_ptr<ScoreValue>>> cells;
+    std::vector<std::vector<Cell>> cells;  ///< by parameter, each row as Row() answers it
+    size_t columns;
     const RegressionModel* model;
     const std::map<std::string, int>* parameters;
     const std::map<std::string, int>* predictors;

@@ -134,12 +134,14 @@ bool RegressionModel::ResolvePredictors()
     return true;
 }
 
+void RegressionModel::RegisterCategory(const std::string& name) { Register(categoryMap, name); }
+
 void RegressionModel::RegisterTargetCategories()
 {
     const ValueSet* values = targetVar == nullptr ? nullptr : targetVar->GetValueSet();
     if (values == nullptr) return;
     for (const ValueSetEntry& entry : values->GetEntries()) {
-        Register(categoryMap, entry.GetEntryValue()->GetString());
+        RegisterCategory(entry.GetEntryValue()->GetString());
     }
 }
 
@@ -238,13 +240,13 @@ void RegressionModel::ListParameterCells()
     parameterCells.clear();
     parameterCellsBegin.assign(1, 0);
     for (int p = 0; p < numParameters; ++p) {
-        for (int k = 0; k < numPredictors; ++k) {
-            const ScoreValue* cell = ppcMatrix->GetCell(p, k);
-            if (cell == nullptr) continue;
-            const auto predictor = static_cast<size_t>(k);
-            const bool isFactor =
-                predictor < predictorRoles.size() && predictorRoles[predictor] == ROLE_FACTOR;
-            parameterCells.push_back({k, isFactor, cell, isFactor ? 0.0 : cell->GetDouble()});
+        for (const auto& [predictor, value] : ppcMatrix->Row(p)) {
+            const auto k = static_cast<size_t>(predictor);
+            if (k >= predictorVars.size()) break;
+            const bool isFactor = k < predictorRoles.size() && predictorRoles[k] == ROLE_FACTOR;
+            parameterCells.push_back({predictor, isFactor,
+                                      std::unique_ptr<const ScoreValue>(value->Clone()),
+                                      isFactor ? 0.0 : value->GetDouble()});
         }
         parameterCellsBegin.push_back(parameterCells.size());
     }
@@ -285,16 +287,10 @@ void RegressionModel::SetUpDictVarIndex(const ScoreCaseRecord* record, bool deri
     dictVarIndexSet = true;
     numPredictors = static_cast<int>(predictorVars.size());
     predictorDictIndex.assign(predictorVars.size(), -1);
-    if (needDerivedPredictor) derivedDictIndex.assign(predictorVars.size(), -1);
     for (size_t i = 0; i < predictorVars.size(); ++i) {
         const ScoreDictVar* var = predictorVars[i];
         if (var == nullptr) continue;
-        if (!var->IsDerived()) {
-            predictorDictIndex[i] = var->GetDictIndex();
-            continue;
-        }
-        if (needDerivedPredictor) derivedDictIndex[i] = var->GetDictIndex();
-        if (derivedInRecord) predictorDictIndex[i] = var->GetDictIndex();
+        if (derivedInRecord || !var->IsDerived()) predictorDictIndex[i] = var->GetDictIndex();
     }
 }
 
@@ -303,7 +299,7 @@ void RegressionModel::DescribeCommon(ModelDescription& description) const
     if (targetVar != nullptr) description.target = targetVar->GetName();
     description.degreesOfFreedom = df;
     // Some families make the matrix whether the document has covariances or not.
-    description.hasCovariances = pcovMatrix != nullptr && pcovMatrix->HasNonzeroCell();
+    description.hasCovariances = pcovMatrix != nullptr && pcovMatrix->IsWritten();
     for (size_t i = 0; i < predictorVars.size(); ++i) {
         if (predictorVars[i] == nullptr) continue;
         const std::string& name = predictorVars[i]->GetName();
@@ -336,12 +332,13 @@ ModelDescription::Equation RegressionModel::DescribeEquation(int category) const
         term.parameter = name;
         term.label = paramLabels[static_cast<size_t>(index)];
         term.beta = BetaAt(category, index);
-        for (size_t k = 0; ppcMatrix && k < predictorVars.size(); ++k) {
-            const ScoreValue* cell = ppcMatrix->GetCell(index, static_cast<int>(k));
-            if (cell == nullptr || predictorVars[k] == nullptr) continue;
+        if (!ppcMatrix) continue;
+        for (const auto& [predictor, value] : ppcMatrix->Row(index)) {
+            const auto k = static_cast<size_t>(predictor);
+            if (k >= predictorVars.size() || predictorVars[k] == nullptr) continue;
             const bool factor = predictorRoles[k] == ROLE_FACTOR;
-            term.factors.push_back({predictorVars[k]->GetName(), factor ? cell->GetString() : "",
-                                    factor, factor ? 1.0 : cell->GetDouble()});
+            term.factors.push_back({predictorVars[k]->GetName(), factor ? value->GetString() : "",
+                                    factor, factor ? 1.0 : value->GetDouble()});
         }
     }
     return equation;

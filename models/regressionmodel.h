@@ -43,6 +43,11 @@ public:
     const ScoreDictVar* GetTargetVar() const override { return targetVar; }
     bool GetPredictionOnly() const override { return predictionOnly; }
     void Display(std::ostream& out) const override;
+    const ScoreDictVar* GetFailedVar() const override { return failedVar; }
+    /// The pieces of Display(): a matrix row by row under its name and size, and a map's entries
+    /// ascending by name.
+    void DisplayMatrix(const std::string& name, const Matrix& matrix, std::ostream& out) const;
+    void DisplayMap(const std::string& name, const NameMap& map, std::ostream& out) const;
 
     /// Registers a name once, with the next index. A name that is there keeps its index and label,
     /// and the answer is false.
@@ -84,8 +89,9 @@ public:
     void SetNeedDerivedPredictor(bool need) { needDerivedPredictor = need; }
     bool NeedDerivedPredictor() const { return needDerivedPredictor; }
 
-    /// Copies the tables into plain arrays; once, after every cell is written. Always true. Under
-    /// MV_SUBSTITUTE with nothing to substitute the policy becomes MV_SYSMIS_RESULT for good.
+    /// Copies the tables into plain arrays; once, after every cell is written. Always true. From
+    /// then on the predictor-to-parameter matrix takes no further cell. Under MV_SUBSTITUTE with
+    /// nothing to substitute the policy becomes MV_SYSMIS_RESULT for good.
     bool FinishSetup();
     /// Binds the model to the layout of the first indexed record; all later records are taken to
     /// have it. Writes the positions into the shared variables.
@@ -95,6 +101,8 @@ protected:
     /// Sizes predictorVars and predictorRoles and fills them from the main dictionary, then the
     /// derived variables, in the order of the names. Stops with false at a name that is in neither.
     bool ResolvePredictors();
+    /// Registers a target category once, with the next row of the beta table.
+    void RegisterCategory(const std::string& name);
     /// Registers the target's categories by name, in the order of its dictionary entry.
     void RegisterTargetCategories();
     /// numericPPMatrix by parameters and predictors, every cell system-missing: no dependence.
@@ -104,8 +112,6 @@ protected:
     /// sqrt(d' V d) for the case's designRow d and the covariances V, which have to be there; 0.0
     /// where rounding makes the sum negative. The sum takes (V[i,j] d[i]) d[j] in ascending order.
     double DesignStandardError();
-    void DisplayMatrix(const std::string& name, const Matrix& matrix, std::ostream& out) const;
-    void DisplayMap(const std::string& name, const NameMap& map, std::ostream& out) const;
     /// What every family tells: target, predictors, degrees of freedom, variables to read.
     void DescribeCommon(ModelDescription& description) const;
     /// The target's categories in dictionary order, and the columns of a family that predicts one.
@@ -158,11 +164,12 @@ protected:
                 parameterPredictors.data() + parameterPredictorsBegin[parameter + 1]};
     }
 
-    /// One predictor that a parameter depends on, with its cell of ppcMatrix.
+    /// One predictor that a parameter depends on, with a copy of its cell of ppcMatrix: what is
+    /// written there after FinishSetup() changes nothing here.
     struct ParameterCell {
         int predictor;
         bool isFactor;
-        const ScoreValue* cell;
+        std::unique_ptr<const ScoreValue> cell;
         double exponent;  ///< a covariate's; the cell as a number
     };
     /// ppcMatrix without its empty cells, for the families that have no numericPPMatrix: parameter
@@ -177,11 +184,11 @@ protected:
 
     std::vector<char> predictorIsDerived;  ///< per predictor what its variable answers
 
-    // Positions of SetUpDictVarIndex(); -1 when unknown.
+    /// Per predictor its position in the record, by SetUpDictVarIndex(); -1 when unknown.
     std::vector<int> predictorDictIndex;
-    std::vector<int> derivedDictIndex;
 
     // Scratch of the case.
+    const ScoreDictVar* failedVar = nullptr;  ///< as GetFailedVar() tells it
     std::vector<double> designRow;
     std::vector<size_t> metParameters;  ///< parameters whose design value isn't 0
     std::vector<double> caseValues;

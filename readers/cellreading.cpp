@@ -21,12 +21,10 @@ void ExpectTag(const BaseTranslator& reader, const DOMElement* element, const st
     Refuse(code, reader.ToString(element->getTagName()).c_str(), tag.c_str(), parent.c_str());
 }
 
-ParamTableCell ReadParamTableCell(const BaseTranslator& reader, const DOMElement* element,
-                                  const std::string& betaName, const std::string& dfName)
+ParamTableCell MakeParamTableCell(const BaseTranslator& reader, const XMLCh* beta, const XMLCh* df)
 {
     ParamTableCell cell;
-    cell.SetBeta(reader.VerifyDouble(reader.GetAttributeForced(element, betaName)));
-    const XMLCh* df = reader.GetAttribute(element, dfName);
+    cell.SetBeta(reader.VerifyDouble(beta));
     cell.SetDf(IsBlank(df) ? 0 : reader.VerifyInt(df));
     return cell;
 }

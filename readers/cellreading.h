@@ -27,10 +27,9 @@ class ScoreDictVar;
 void ExpectTag(const BaseTranslator& reader, const xercesc::DOMElement* element,
                const std::string& tag, const std::string& parent, int code = kUnexpectedWord);
 
-/// The beta of a cell (required) and its degrees of freedom (0 when absent), from the attributes of
-/// these names.
-ParamTableCell ReadParamTableCell(const BaseTranslator& reader, const xercesc::DOMElement* element,
-                                  const std::string& betaName, const std::string& dfName);
+/// The cell of a beta and its degrees of freedom, from their attributes' texts. A beta has to be
+/// there; without df it has 0.
+ParamTableCell MakeParamTableCell(const BaseTranslator& reader, const XMLCh* beta, const XMLCh* df);
 
 /// The value that a text names as a category of the target. For a target of numbers the text takes
 /// the number's own spelling: "1.0" becomes "1".

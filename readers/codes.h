@@ -1,24 +1,21 @@
 #ifndef VELSCORE_READERS_CODES_H
 #define VELSCORE_READERS_CODES_H
 
+#include "host/messages.h"
 #include "host/vsexception.h"
 
 namespace MCVelscore_850 {
 
 // The codes with which the readers refuse a document; behind each its arguments, in order. The
-// texts are the message catalogue's.
+// texts are the message catalogue's. Those that the host refuses with too stand in host/messages.h.
 
-inline constexpr int kAbsent = 260115;                  // element or attribute, parent
 inline constexpr int kLowValueNeeded = 260117;          // low-value tag, mining-field tag
 inline constexpr int kHighValueNeeded = 260118;         // high-value tag, mining-field tag
 inline constexpr int kNoEndTime = 260120;               // end-time tag, model tag
 inline constexpr int kNoHazardTables = 260121;          // hazard-tables, extension, model tags
 inline constexpr int kNotInDictionary = 260124;         // name, dictionary tag
-inline constexpr int kNotInDictionaries = 260125;       // name, dictionary tag, transformation tag
 inline constexpr int kRoleOrCategories = 260126;        // name
-inline constexpr int kInvalidValue = 260127;            // value, name
 inline constexpr int kNoTarget = 260133;                // none
-inline constexpr int kUnexpectedWord = 260153;          // text, tag, tag
 inline constexpr int kNoPredictorRole = 260155;         // name
 inline constexpr int kNotAPredictor = 260161;           // name
 inline constexpr int kContrastRefused = 260162;         // tag, name

@@ -2,6 +2,8 @@
 // It hangs below the factor's Predictor, in one of four forms.
 
 #include <limits>
+#include <memory>
+#include <utility>
 
 #include "host/catencoder.h"
 #include "host/datetimevalue.h"
@@ -34,19 +36,25 @@ void ExpectRowPerCategory(int rows, const std::string& rowsTag, const ScoreDictV
            std::to_string(categories).c_str(), variable.GetName().c_str());
 }
 
-void SizeRows(ContrastMatrix& contrast, int rows, int columns)
+using Rows = std::vector<std::vector<double>>;
+using Values = std::vector<ScoreValue*>;
+
+void Size(Rows& contrastRows, Values& contrastValues, int rows, int columns,
+          const std::string& columnsTag)
 {
-    if (columns < 0) Refuse(kNotAnInteger, std::to_string(columns).c_str());
+    if (columns < 0) {
+        Refuse(kNotAnInteger, std::to_string(columns).c_str(), columnsTag.c_str());
+    }
     ExpectTableFits(Tags::XML_ELE_MATRIX, static_cast<size_t>(rows), static_cast<size_t>(columns));
-    contrast.rows.assign(static_cast<size_t>(rows),
-                         std::vector<double>(static_cast<size_t>(columns)));
-    contrast.categories.resize(static_cast<size_t>(rows));
+    contrastRows.assign(static_cast<size_t>(rows),
+                        std::vector<double>(static_cast<size_t>(columns)));
+    contrastValues.resize(static_cast<size_t>(rows));
 }
 
-void ExpectRowDeclared(size_t row, const ContrastMatrix& contrast, const ScoreDictVar& variable)
+void ExpectRowDeclared(size_t row, const Rows& contrastRows, const ScoreDictVar& variable)
 {
-    if (row < contrast.rows.size()) return;
-    Refuse(kTooManyContrastRows, static_cast<int>(row + 1), static_cast<int>(contrast.rows.size()),
+    if (row < contrastRows.size()) return;
+    Refuse(kTooManyContrastRows, static_cast<int>(row + 1), static_cast<int>(contrastRows.size()),
            variable.GetName().c_str());
 }
 
@@ -87,13 +95,13 @@ void GeneralRegressionTranslator::ReadContrastMatrix(Parse& parse, DOMElement* p
     ContrastMatrix contrast;
     if (typed) {
         // Read in every family, so that it can refuse; used by those that take contrasts.
-        HandleContrastMatrix41(predictor, contrast, variable);
+        HandleContrastMatrix41(predictor, contrast.rows, contrast.categories, variable);
         TakeContrastMatrix(parse, contrast, variable, Tags::XML_ELE_MATRIX);
     } else if (IsEqual(child->getTagName(), Tags::XML_ELE_XBASIS)) {
         if (!binary) {
             Refuse(kNoContrasts, Tags::XML_ELE_XBASIS.c_str(), parse.modelType.c_str());
         }
-        HandleContrastMatrix(child, contrast, variable);
+        HandleContrastMatrix(child, contrast.rows, contrast.categories, variable);
         TakeContrastMatrix(parse, contrast, variable, Tags::XML_ELE_XBASIS);
     } else if (IsEqual(child->getTagName(), Tags::XML_ELE_EXTENSION) && (binary || cox)) {
         if (ForcedText(child, Tags::XML_ATT_EXT_NAME) != Tags::XML_EXT_NAME_COXREG_CONTRASTMATRIX) {
@@ -105,23 +113,23 @@ void GeneralRegressionTranslator::ReadContrastMatrix(Parse& parse, DOMElement* p
             (binary && !IsEqual(matrix->getTagName(), Tags::XML_ELE_UPERXBASIS))) {
             return;
         }
-        HandleContrastMatrix(matrix, contrast, variable);
+        HandleContrastMatrix(matrix, contrast.rows, contrast.categories, variable);
         TakeContrastMatrix(parse, contrast, variable,
                            binary ? Tags::XML_ELE_UPERXBASIS : Tags::XML_ELE_XBASIS);
     } else if (IsEqual(child->getTagName(), Tags::XML_ELE_MATRIX) && cox) {
-        HandleContrastMatrixEx(child, contrast, variable);
+        HandleContrastMatrixEx(child, contrast.rows, contrast.categories, variable);
         TakeContrastMatrix(parse, contrast, variable, Tags::XML_ELE_MATRIX);
     }
 }
 
-void GeneralRegressionTranslator::HandleContrastMatrix(DOMElement* element,
-                                                       ContrastMatrix& contrast,
-                                                       ScoreDictVar* variable)
+void GeneralRegressionTranslator::HandleContrastMatrix(
+    DOMElement* element, std::vector<std::vector<double>>& contrastRows,
+    std::vector<ScoreValue*>& contrastValues, const ScoreDictVar* variable)
 {
     const int rows = VerifyInt(GetAttributeForced(element, Tags::XML_ATT_XBASIS_NROW));
     ExpectRowPerCategory(rows, Tags::XML_ATT_XBASIS_NROW, *variable);
     const int columns = VerifyInt(GetAttributeForced(element, Tags::XML_ATT_XBASIS_NCOL));
-    SizeRows(contrast, rows, columns);
+    Size(contrastRows, contrastValues, rows, columns, Tags::XML_ATT_XBASIS_NCOL);
     size_t row = 0;
     for (DOMElement* child = GetFirstChildElt(element); child != nullptr;
          child = GetNextSiblingElt(child), ++row) {
@@ -130,20 +138,20 @@ void GeneralRegressionTranslator::HandleContrastMatrix(DOMElement* element,
         if (!variable->IsValid(category.get())) {
             Refuse(kInvalidValue, text.c_str(), variable->GetName().c_str());
         }
-        ExpectRowDeclared(row, contrast, *variable);
-        contrast.categories[row] = std::move(category);
-        contrast.rows[row] = VerifyDoubleArray(child, columns);
+        ExpectRowDeclared(row, contrastRows, *variable);
+        contrastValues[row] = category.release();
+        contrastRows[row] = VerifyDoubleArray(child, columns);
     }
 }
 
-void GeneralRegressionTranslator::HandleContrastMatrixEx(DOMElement* matrix,
-                                                         ContrastMatrix& contrast,
-                                                         ScoreDictVar* variable)
+void GeneralRegressionTranslator::HandleContrastMatrixEx(
+    DOMElement* matrix, std::vector<std::vector<double>>& contrastRows,
+    std::vector<ScoreValue*>& contrastValues, const ScoreDictVar* variable)
 {
     const int rows = VerifyInt(GetAttributeForced(matrix, Tags::XML_ELE_MATRIX_NBROWS));
     ExpectRowPerCategory(rows, Tags::XML_ELE_MATRIX_NBROWS, *variable);
     const int columns = VerifyInt(GetAttributeForced(matrix, Tags::XML_ELE_MATRIX_NBCOLS));
-    SizeRows(contrast, rows, columns);
+    Size(contrastRows, contrastValues, rows, columns, Tags::XML_ELE_MATRIX_NBCOLS);
     std::vector<ValueSetEntry> entries;
     if (const ValueSet* values = variable->GetValueSet()) entries = values->GetEntries();
     size_t row = 0;
@@ -154,14 +162,14 @@ void GeneralRegressionTranslator::HandleContrastMatrixEx(DOMElement* matrix,
             Refuse(kContrastRowBeyondValues, std::to_string(row).c_str(),
                    variable->GetName().c_str());
         }
-        contrast.categories[row].reset(entries[row].GetEntryValue()->Clone());
-        contrast.rows[row] = VerifyDoubleArray(child, columns);
+        contrastValues[row] = entries[row].GetEntryValue()->Clone();
+        contrastRows[row] = VerifyDoubleArray(child, columns);
     }
 }
 
-void GeneralRegressionTranslator::HandleContrastMatrix41(DOMElement* predictor,
-                                                         ContrastMatrix& contrast,
-                                                         ScoreDictVar* variable)
+void GeneralRegressionTranslator::HandleContrastMatrix41(
+    DOMElement* predictor, std::vector<std::vector<double>>& contrastRows,
+    std::vector<ScoreValue*>& contrastValues, const ScoreDictVar* variable)
 {
     DOMElement* first = GetFirstChildElt(predictor);
     if (first == nullptr || !IsEqual(first->getTagName(), Tags::XML_ELE_GRM_CATEGORIES)) {
@@ -172,25 +180,24 @@ void GeneralRegressionTranslator::HandleContrastMatrix41(DOMElement* predictor,
         if (matrix == nullptr) {
             Refuse(kAbsent, Tags::XML_ELE_MATRIX.c_str(), Tags::XML_ELE_XBASIS.c_str());
         }
-        HandleContrastMatrixEx(matrix, contrast, variable);
+        HandleContrastMatrixEx(matrix, contrastRows, contrastValues, variable);
         return;
     }
 
-    ReadContrastCategories(first, contrast, variable);
+    ReadContrastCategories(first, contrastValues, variable);
     DOMElement* matrix = GetNextSiblingElt(first);
     if (matrix == nullptr || !IsEqual(matrix->getTagName(), Tags::XML_ELE_MATRIX)) {
         Refuse(kAbsent, Tags::XML_ELE_MATRIX.c_str(), Tags::XML_ELE_PREDICTOR.c_str());
     }
     const int rows = VerifyInt(GetAttributeForced(matrix, Tags::XML_ELE_MATRIX_NBROWS));
     ExpectRowPerCategory(rows, Tags::XML_ELE_MATRIX_NBROWS, *variable);
-    if (static_cast<size_t>(rows) != contrast.categories.size()) {
+    if (static_cast<size_t>(rows) != contrastValues.size()) {
         Refuse(kContrastRowsOfList, std::to_string(rows).c_str(),
-               Tags::XML_ELE_MATRIX_NBROWS.c_str(),
-               std::to_string(contrast.categories.size()).c_str(),
+               Tags::XML_ELE_MATRIX_NBROWS.c_str(), std::to_string(contrastValues.size()).c_str(),
                Tags::XML_ELE_GRM_CATEGORY.c_str(), Tags::XML_ELE_GRM_CATEGORIES.c_str());
     }
     const int columns = VerifyInt(GetAttributeForced(matrix, Tags::XML_ELE_MATRIX_NBCOLS));
-    SizeRows(contrast, rows, columns);
+    Size(contrastRows, contrastValues, rows, columns, Tags::XML_ELE_MATRIX_NBCOLS);
     size_t row = 0;
     for (DOMElement* child = GetFirstChildElt(matrix); child != nullptr;
          child = GetNextSiblingElt(child), ++row) {
@@ -200,13 +207,14 @@ void GeneralRegressionTranslator::HandleContrastMatrix41(DOMElement* predictor,
                    Tags::XML_ELE_MATRIX.c_str(), std::to_string(columns).c_str(),
                    Tags::XML_ELE_MATRIX_NBCOLS.c_str(), Tags::XML_ELE_MATRIX.c_str());
         }
-        ExpectRowDeclared(row, contrast, *variable);
-        contrast.rows[row] = VerifyDoubleArray(child, columns);
+        ExpectRowDeclared(row, contrastRows, *variable);
+        contrastRows[row] = VerifyDoubleArray(child, columns);
     }
 }
 
-void GeneralRegressionTranslator::ReadContrastCategories(DOMElement* list, ContrastMatrix& contrast,
-                                                         ScoreDictVar* variable)
+void GeneralRegressionTranslator::ReadContrastCategories(DOMElement* list,
+                                                         std::vector<ScoreValue*>& contrastValues,
+                                                         const ScoreDictVar* variable)
 {
     // Asked once: the first category added would close the variable.
     const bool open = variable->HasOpenCategories();
@@ -219,12 +227,12 @@ void GeneralRegressionTranslator::ReadContrastCategories(DOMElement* list, Contr
         // An open variable takes its categories from here, on purpose the other way round than
         // from the cells of the predictor-to-parameter matrix.
         if (open && category != nullptr && !text.empty()) {
-            variable->AddCategory(category->Clone(), text);
+            const_cast<ScoreDictVar*>(variable)->AddCategory(category->Clone(), text);
         }
         if (!variable->IsValid(category.get())) {
             Refuse(kInvalidValue, text.c_str(), variable->GetName().c_str());
         }
-        contrast.categories.push_back(std::move(category));
+        contrastValues.push_back(category.release());
     }
 }
 
@@ -236,16 +244,15 @@ void GeneralRegressionTranslator::TakeContrastMatrix(Parse& parse, ContrastMatri
     bool taken = true;  // by a family that takes none it is dropped
     if (parse.Is(kBinary)) {
         std::vector<double> numbers;
-        for (const auto& category : contrast.categories) {
-            numbers.push_back(CategoryNumber(*variable, category.get()));
+        for (const ScoreValue* category : contrast.categories) {
+            numbers.push_back(CategoryNumber(*variable, category));
         }
         taken =
             static_cast<BLRModel&>(*parse.model).SetContrastMatrix(name, contrast.rows, numbers);
     } else if (parse.IsAmong(kCoxFamilies)) {
-        std::vector<ScoreValue*> categories;  // the model's, whatever it answers
-        for (auto& category : contrast.categories) categories.push_back(category.release());
+        // The categories are the model's, whatever it answers.
         taken = static_cast<CoxRegModel&>(*parse.model)
-                    .SetContrastMatrix(name, contrast.rows, categories);
+                    .SetContrastMatrix(name, contrast.rows, std::exchange(contrast.categories, {}));
     }
     if (!taken) Refuse(kContrastRefused, element.c_str(), name.c_str());
 }

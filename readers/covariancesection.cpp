@@ -5,6 +5,7 @@
 #include "readers/codes.h"
 #include "readers/generalregressiontranslator.h"
 #include "readers/parse.h"
+#include "readers/tablelimit.h"
 
 namespace MCVelscore_850 {
 
@@ -109,6 +110,7 @@ void GeneralRegressionTranslator::ReadPCovMatrix(Parse& parse)
         cell.value = VerifyDouble(GetAttributeForced(child, Tags::XML_ATT_PCC_VALUE));
         cell.tcol = AttributeText(child, Tags::XML_ATT_PCC_TCol);
         cell.trow = AttributeText(child, Tags::XML_ATT_PCC_TROW);
+        ExpectTableFits(Tags::XML_ELE_PCOV_MATRIX, matrix.GetDimension(), matrix.GetDimension());
         const CovarianceRow& row = FindCovarianceRow(cell, parse.choice.code);
         if (!row.act(matrix, cell, parse.modelType)) {
             Refuse(kCellNotTaken, cell.pcol.c_str(), Tags::XML_ATT_PCC_PCOL.c_str(),

@@ -72,6 +72,28 @@ public:
     /// The baselines of an extension's own form, with their strata, into the model.
     void ReadBaselineExtension(Parse& parse, xercesc::DOMElement* extension);
 
+    // The contrast matrix of a factor. Each reader fills the rows and the category of each row,
+    // null for one that the document declares and doesn't have; both are empty before. The
+    // categories are the caller's, after a refusal too.
+
+    /// The own form: a child for each row, which names its category.
+    void HandleContrastMatrix(xercesc::DOMElement* element,
+                              std::vector<std::vector<double>>& contrastRows,
+                              std::vector<ScoreValue*>& contrastValues,
+                              const ScoreDictVar* variable);
+    /// The bare matrix, its rows in the order of the variable's values.
+    void HandleContrastMatrixEx(xercesc::DOMElement* matrix,
+                                std::vector<std::vector<double>>& contrastRows,
+                                std::vector<ScoreValue*>& contrastValues,
+                                const ScoreDictVar* variable);
+    /// The published form: a predictor with a contrast type, a list of categories or none, and a
+    /// matrix. A listed category closes an open variable, which is one that may be changed, though
+    /// const as dictionaries give it.
+    void HandleContrastMatrix41(xercesc::DOMElement* predictor,
+                                std::vector<std::vector<double>>& contrastRows,
+                                std::vector<ScoreValue*>& contrastValues,
+                                const ScoreDictVar* variable);
+
 private:
     // The stages of a parse, in their order. Each asks for itself whether it applies.
 
@@ -118,18 +140,8 @@ private:
     // Contrast matrices of factors.
 
     void ReadContrastMatrix(Parse& parse, xercesc::DOMElement* predictor, ScoreDictVar* variable);
-    /// The own form: a child for each row, which names its category.
-    void HandleContrastMatrix(xercesc::DOMElement* element, ContrastMatrix& contrast,
-                              ScoreDictVar* variable);
-    /// The bare matrix, its rows in the order of the variable's values.
-    void HandleContrastMatrixEx(xercesc::DOMElement* matrix, ContrastMatrix& contrast,
-                                ScoreDictVar* variable);
-    /// The published form: a predictor with a contrast type, a list of categories or none, and a
-    /// matrix.
-    void HandleContrastMatrix41(xercesc::DOMElement* predictor, ContrastMatrix& contrast,
-                                ScoreDictVar* variable);
-    void ReadContrastCategories(xercesc::DOMElement* list, ContrastMatrix& contrast,
-                                ScoreDictVar* variable);
+    void ReadContrastCategories(xercesc::DOMElement* list, std::vector<ScoreValue*>& contrastValues,
+                                const ScoreDictVar* variable);
     /// Gives the matrix to a family that takes contrasts; `element` is for the message.
     void TakeContrastMatrix(Parse& parse, ContrastMatrix& contrast, const ScoreDictVar* variable,
                             const std::string& element);

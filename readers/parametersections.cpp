@@ -131,17 +131,12 @@ void GeneralRegressionTranslator::ExpectTablesFit(const Parse& parse) const
     const size_t parameters = parse.model->GetParameterMap().size();
     const auto categories = static_cast<size_t>(parse.model->GetTargetVar()->GetNumCategories());
     ExpectTableFits(Tags::XML_ELE_PARAM_MATRIX, parameters, categories);
-    ExpectTableFits(Tags::XML_ELE_PP_MATRIX, parameters, parse.model->GetPredictorMap().size());
-    // These make their covariances always, others for the section.
-    constexpr FamilySet kWithCovariances = Family(kLinear) | Family(kBinary) | Family(kConditional);
-    if (!parse.IsAmong(kWithCovariances) &&
-        GetChildByTag(parse.modelElement, Tags::XML_ELE_PCOV_MATRIX) == nullptr) {
-        return;
+    // The others keep the cells that are written alone.
+    constexpr FamilySet kWithNumbers = Family(kMultinomial) | Family(kMultinomialGeneralized) |
+                                       Family(kGeneralLinear) | Family(kBinary);
+    if (parse.IsAmong(kWithNumbers)) {
+        ExpectTableFits(Tags::XML_ELE_PP_MATRIX, parameters, parse.model->GetPredictorMap().size());
     }
-    size_t dimension = parameters;
-    if (parse.Is(kMultinomial) || parse.Is(kMultinomialGeneralized)) dimension *= categories;
-    if (parse.IsAmong(kOrdinalFamilies)) dimension += categories;
-    ExpectTableFits(Tags::XML_ELE_PCOV_MATRIX, dimension, dimension);
 }
 
 void GeneralRegressionTranslator::SetUpModel(Parse& parse)
@@ -182,7 +177,8 @@ void GeneralRegressionTranslator::ReadParamCell(Parse& parse, DOMElement* elemen
     const std::string category = CellCategory(parse, element, cells);
     const std::string parameter = ForcedText(element, Tags::XML_ATT_PC_PARAMNAME);
     const ParamTableCell cell =
-        ReadParamTableCell(*this, element, Tags::XML_ATT_PC_BETA, Tags::XML_ATT_PC_DF);
+        MakeParamTableCell(*this, GetAttributeForced(element, Tags::XML_ATT_PC_BETA),
+                           GetAttribute(element, Tags::XML_ATT_PC_DF));
     if (!parse.model->GetParamTable()->SetCell(category, parameter, cell)) {
         Refuse(kCellNotTaken, category.c_str(), Tags::XML_ATT_PC_TARGET_CAT.c_str(),
                parameter.c_str(), Tags::XML_ATT_PC_PARAMNAME.c_str(), Tags::XML_ELE_PCELL.c_str());

@@ -126,7 +126,7 @@ void RegressionTranslator::ReadParameters(Parse& parse)
     for (DOMElement* child = GetFirstChildElt(list); child != nullptr;
          child = GetNextSiblingElt(child)) {
         ExpectTag(*this, child, Tags::XML_ELE_PARAM, Tags::XML_ELE_PARAM_LIST);
-        const std::string name = ForcedAttribute(child, Tags::XML_ATT_NAME);
+        const std::string name = Attribute(child, Tags::XML_ATT_NAME);
         if (name == kConstant) {
             hasConstant = true;
         } else {
@@ -144,7 +144,7 @@ void RegressionTranslator::ReadPredictors(Parse& parse, const std::string& listT
     for (DOMElement* child = GetFirstChildElt(list); child != nullptr;
          child = GetNextSiblingElt(child)) {
         ExpectTag(*this, child, Tags::XML_ELE_PREDICTOR, listTag);
-        const std::string name = ForcedAttribute(child, Tags::XML_ATT_NAME);
+        const std::string name = Attribute(child, Tags::XML_ATT_NAME);
         ScoreDictVar* variable = FindVariable(parse, name);
         parse.model->AddPredictor(name);
         parse.model->SetVarRole(variable, role);
@@ -157,9 +157,8 @@ void RegressionTranslator::SetUpModel(Parse& parse)
     const size_t parameters = parse.model->GetParameterMap().size();
     const auto categories = static_cast<size_t>(parse.model->GetTargetVar()->GetNumCategories());
     ExpectTableFits(Tags::XML_ELE_P_TABLE, parameters, categories);
-    ExpectTableFits(Tags::XML_ELE_PP_MATRIX, parameters, parse.model->GetPredictorMap().size());
-    if (parse.code != kMultinomialType) {
-        ExpectTableFits(Tags::XML_ELE_PCOV_MATRIX, parameters, parameters);
+    if (parse.code == kMultinomialType) {  // the others keep the cells that are written alone
+        ExpectTableFits(Tags::XML_ELE_PP_MATRIX, parameters, parse.model->GetPredictorMap().size());
     }
     // A model that can't be set up is not refused here, but one without tables has no place for
     // what follows, and one without categories predicts nothing.
@@ -184,10 +183,11 @@ void RegressionTranslator::ReadParamTable(Parse& parse)
             MakeTargetValue(*parse.model->GetTargetVar(), category);
         }
         const ParamTableCell cell =
-            ReadParamTableCell(*this, child, Tags::XML_ATT_PC_BETA, Tags::XML_ATT_PC_DF);
+            MakeParamTableCell(*this, GetAttribute(child, Tags::XML_ATT_PC_BETA),
+                               GetAttribute(child, Tags::XML_ATT_PC_DF));
         // A cell whose names the model doesn't know has no effect: this form doesn't check them.
-        parse.model->GetParamTable()->SetCell(
-            category, ForcedAttribute(child, Tags::XML_ATT_PARAMETER_NAME), cell);
+        parse.model->GetParamTable()->SetCell(category,
+                                              Attribute(child, Tags::XML_ATT_PARAMETER_NAME), cell);
     }
 }
 
@@ -198,9 +198,9 @@ void RegressionTranslator::ReadPPMatrix(Parse& parse)
     for (DOMElement* child = GetFirstChildElt(matrix); child != nullptr;
          child = GetNextSiblingElt(child)) {
         ExpectTag(*this, child, Tags::XML_ELE_PP_CELL, Tags::XML_ELE_PP_MATRIX);
-        const std::string parameter = ForcedAttribute(child, Tags::XML_ATT_PARAMETER_NAME);
-        const std::string predictor = ForcedAttribute(child, Tags::XML_ATT_PP_PREDICTOR);
-        const std::string text = ForcedAttribute(child, Tags::XML_ATT_VALUE);
+        const std::string parameter = Attribute(child, Tags::XML_ATT_PARAMETER_NAME);
+        const std::string predictor = Attribute(child, Tags::XML_ATT_PP_PREDICTOR);
+        const std::string text = Attribute(child, Tags::XML_ATT_VALUE);
         ScoreDictVar* variable = parse.dictionary->GetVar(predictor);
         int index = -1;
         FillCateValuesToDataDict(variable, text, index);
@@ -221,22 +221,25 @@ void RegressionTranslator::ReadPCovMatrix(Parse& parse)
          child = GetNextSiblingElt(child)) {
         ExpectTag(*this, child, Tags::XML_ELE_PCOV_CELL, Tags::XML_ELE_PCOV_MATRIX,
                   kUnexpectedElement);
+        PCovMatrix& covariances = *parse.model->GetPCovMatrix();
+        ExpectTableFits(Tags::XML_ELE_PCOV_MATRIX, covariances.GetDimension(),
+                        covariances.GetDimension());
         // One triangle is given; SetCell writes both.
-        parse.model->GetPCovMatrix()->SetCell(
-            ForcedAttribute(child, Tags::XML_ATT_PCOV_P_COL),
-            ForcedAttribute(child, Tags::XML_ATT_PCOV_P_ROW),
-            VerifyDouble(GetAttributeForced(child, Tags::XML_ATT_VALUE)));
+        covariances.SetCell(Attribute(child, Tags::XML_ATT_PCOV_P_COL),
+                            Attribute(child, Tags::XML_ATT_PCOV_P_ROW),
+                            VerifyDouble(GetAttribute(child, Tags::XML_ATT_VALUE)));
     }
 }
 
-bool RegressionTranslator::FillCateValuesToDataDict(ScoreDictVar* variable, const std::string& text,
-                                                    int& index)
+bool RegressionTranslator::FillCateValuesToDataDict(const ScoreDictVar* variable,
+                                                    const std::string& text, int& index)
 {
     if (GetTranscoder() == nullptr || variable == nullptr || variable->HasOpenCategories() ||
         text.empty()) {
         return false;
     }
-    AddCategoryOfCell(*this, *variable, text, index);
+    // The variables of a dictionary can be changed; the reader has it from there.
+    AddCategoryOfCell(*this, const_cast<ScoreDictVar&>(*variable), text, index);
     return true;
 }
 
@@ -244,12 +247,6 @@ std::string RegressionTranslator::Attribute(const DOMElement* element,
                                             const std::string& name) const
 {
     return Transcode(GetAttribute(element, name));
-}
-
-std::string RegressionTranslator::ForcedAttribute(const DOMElement* element,
-                                                  const std::string& name) const
-{
-    return Transcode(GetAttributeForced(element, name));
 }
 
 ScoreDictVar* RegressionTranslator::FindVariable(const Parse& parse, const std::string& name) const

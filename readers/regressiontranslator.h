@@ -29,8 +29,10 @@ public:
 
     /// Adds a category that only a cell names to its variable; its position goes to `index`, which
     /// stays as it is for a variable without encoder. False, with nothing changed, for a null
-    /// variable, one whose categories are open, and an empty text.
-    bool FillCateValuesToDataDict(ScoreDictVar* variable, const std::string& text, int& index);
+    /// variable, one whose categories are open, and an empty text. The variable, const as
+    /// dictionaries give it, is one that may be changed.
+    bool FillCateValuesToDataDict(const ScoreDictVar* variable, const std::string& text,
+                                  int& index);
 
 private:
     struct Parse;
@@ -46,8 +48,9 @@ private:
     void ReadPPMatrix(Parse& parse);
     void ReadPCovMatrix(Parse& parse);
 
+    /// Empty for an attribute that is absent. This form forces none: a name that isn't there is
+    /// the empty name, which is known or unknown as any other.
     std::string Attribute(const xercesc::DOMElement* element, const std::string& name) const;
-    std::string ForcedAttribute(const xercesc::DOMElement* element, const std::string& name) const;
     ScoreDictVar* FindVariable(const Parse& parse, const std::string& name) const;
 };
 

@@ -8,8 +8,9 @@
 
 namespace MCVelscore_850 {
 
-/// Tables hold every cell, so a small document could ask for more memory than any machine has. At
-/// eight bytes a cell this is 1 GiB.
+/// Betas, covariances once there is one, contrasts, and the predictor-to-parameter matrix where it
+/// is kept as numbers hold every cell, so a small document could ask for more memory than any
+/// machine has. At eight bytes a cell this is 1 GiB.
 inline constexpr size_t kMostTableCells = size_t{1} << 27;
 
 /// Refuses with kTableTooLarge a table that wouldn't fit; `section` is for the message.

@@ -86,8 +86,9 @@ bool Fraction(const Tail& w, double& S)
 double Ratio(const Tail& w, double S)
 {
     if (S <= 0.0) return w.Answer(0.0);
-    const double L = MCDistFun::dnlgam(w.sum) - MCDistFun::dnlgam(w.p + 1.0) - MCDistFun::dnlgam(w.q) +
-                     std::log(w.t) * w.p + std::log(w.u) * w.q + std::log(S);
+    const double L = MCDistFun::dnlgam(w.sum) - MCDistFun::dnlgam(w.p + 1.0) -
+                     MCDistFun::dnlgam(w.q) + std::log(w.t) * w.p + std::log(w.u) * w.q +
+                     std::log(S);
     return w.Answer(ExpOrZero(L));
 }
 
@@ -109,14 +110,11 @@ double NormalApproximation(const Tail& w)
 
 }  // namespace
 
-// Auxiliary function of the normal approximation, ((1 - x^2) + 2 x log x) / (1 - x)^2.
-//   Source  Peizer and Pratt (1968), Journal of the American Statistical Association 63, 1416-1456.
-//   Domain  x >= 0, else missing; 1.0 at 0, 0.0 at 1, -1.0 beyond the root of the largest double.
-//           NaN gives NaN.
-//   Error   next to 1 the quotient cancels: 1e-15 / (1 - x)^2 absolute.
+// Source  Peizer and Pratt (1968), Journal of the American Statistical Association 63, 1416-1456.
 double MCDistFun::cbtaux(const double& x)
 {
-    static const double oflo = std::bit_cast<double>(std::uint64_t{0x5FEFFFFFFFFFFFFF});  // 1.34e154
+    // 1.34e154
+    static const double oflo = std::bit_cast<double>(std::uint64_t{0x5FEFFFFFFFFFFFFF});
     if (x < 0.0) return MCMV::Missing();
     if (x == 0.0) return 1.0;
     if (x > oflo) return -1.0;
@@ -124,14 +122,10 @@ double MCDistFun::cbtaux(const double& x)
     return ((1.0 - x * x) + 2.0 * x * std::log(x)) / ((1.0 - x) * (1.0 - x));
 }
 
-// Incomplete beta function ratio, integral of t^(a-1) (1-t)^(b-1) from 0 to x, divided by B(a, b).
-//   Method  closed forms for a or b of 1; the hypergeometric series if one of them is below 1; else,
-//           or where 10,001 terms do not suffice, the continued fraction; after 10,000 rounds of
-//           that a normal approximation (parameters of about 1e11 and more).
-//   Source  series and fraction: Abramowitz and Stegun (1964), 26.5.4 and 26.5.8.
-//   Domain  a > 0 and b > 0, else code 1 and missing; 0.0 for x <= 0, 1.0 for x >= 1. NaN gives NaN.
-//   Error   about 1e-12 + 3e-14 (a + b) relative; a tail that comes as one minus the other keeps
-//           only its absolute error.
+// Method  closed forms for a or b of 1; the hypergeometric series if one of them is below 1; else,
+//         or where 10,001 terms do not suffice, the continued fraction; after 10,000 rounds of that
+//         a normal approximation (parameters of about 1e11 and more).
+// Source  series and fraction: Abramowitz and Stegun (1964), 26.5.4 and 26.5.8.
 double MCDistFun::cdfbet(const double& x, const double& a, const double& b, long& code)
 {
     code = kOk;

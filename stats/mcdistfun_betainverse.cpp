@@ -11,10 +11,13 @@ using MCCommon_850::MCMV;
 namespace {
 
 constexpr double kFailure = -1.0;  // on purpose: not the missing value, which all others give
-constexpr int kNewtonRounds = 50;
-constexpr int kDampings = 200;     // a NaN step would never be damped enough
-constexpr double kSettled = 1e-20; // square of a step that ends the iteration
-constexpr double kMargin = 1e-12;  // distance kept from 0 and 1, and the step that ends
+constexpr int kNewtonRounds = 50;  // on purpose the last counts as the answer, settled or not
+// Cuts of one step. The largest finite step, exp(709), comes below 1e-12 in 671 of them, and a
+// smaller one isn't asked for: only a NaN step, which no cut brings inside, is still too large
+// after 700.
+constexpr int kDampings = 700;
+constexpr double kSettled = 1e-20;  // square of a step that ends the iteration
+constexpr double kMargin = 1e-12;   // distance kept from 0 and 1, and the step that ends
 
 // The quantile as solved: lower tail alpha of A, B, with the original a, b behind it.
 struct BetaProblem {
@@ -65,7 +68,8 @@ double StartInside(const BetaProblem& w)
     const double s = 1.0 / (2.0 * w.A - 1.0);
     const double t = 1.0 / (2.0 * w.B - 1.0);
     const double h = 2.0 / (s + t);
-    const double e = w.z * std::sqrt(h + r) / h - (t - s) * (r + 0.8333333333333334 + 2.0 / (-3.0 * h));
+    const double e =
+        w.z * std::sqrt(h + r) / h - (t - s) * (r + 0.8333333333333334 + 2.0 / (-3.0 * h));
     return w.A / (w.A + w.B * std::exp(2.0 * e));
 }
 
@@ -109,16 +113,10 @@ Found Solve(const BetaProblem& w, double x)
 
 }  // namespace
 
-// Inverse of the incomplete beta function ratio: the x with cdfbet(x, a, b) = p.
-//   Method  Cran, Martin and Thomas (1977), Algorithm AS 109, Applied Statistics 26, 111-114, with
-//           the start values of Algorithm AS 64 (1973), Applied Statistics 22, 409-411.
-//   Domain  a > 0, b > 0, 0 <= p <= 1, else -1.0; but p of 0 and 1 answer 0.0 and 1.0 before any
-//           other test. NaN gives -1.0.
-//   Error   absolute, 2e-10: the iteration ends on the step, so a small quantile keeps no relative
-//           accuracy, and nothing below 1e-12 comes out.
-//   Departs from the papers by the closed forms, the limits and one start value (see above); the
-//           damping is bound to 200 cuts a round, then -1.0: so a start whose step is above some 1e95,
-//           as for 0.05 and 3000 near p = 0.5, fails.
+// Method  Cran, Martin and Thomas (1977), Algorithm AS 109, Applied Statistics 26, 111-114, with
+//         the start values of Algorithm AS 64 (1973), Applied Statistics 22, 409-411.
+// Departs from the papers by the closed forms, the limits, the count of rounds and one start value
+//         (see above).
 double MCDistFun::betinv(const double& p, const double& a, const double& b)
 {
     if (p == 0.0 || p == 1.0) return p;  // exact, and before the parameters are looked at
@@ -134,8 +132,8 @@ double MCDistFun::betinv(const double& p, const double& a, const double& b)
     const bool upper = p > 0.5;
     const double A = upper ? b : a;
     const double B = upper ? a : b;
-    const BetaProblem w{upper ? 1.0 - p : p, A, B, upper ? z : -z,
-                        dnlgam(A) + dnlgam(B) - dnlgam(A + B), a, b};
+    const BetaProblem w{
+        upper ? 1.0 - p : p, A, B, upper ? z : -z, dnlgam(A) + dnlgam(B) - dnlgam(A + B), a, b};
 
     Found start = A <= 1.0 || B <= 1.0 ? StartNearAnEnd(w) : Found{StartInside(w)};
     if (start.ends) return start.x;

@@ -17,8 +17,8 @@ constexpr long kCdfBinBadArgument = 1;
 constexpr long kIdfBinNotWhole = 1;
 constexpr long kIdfBinBadArgument = 2;
 
-constexpr double kProductLimit = 33.0;   // n up to which the binomial coefficient is multiplied out
-constexpr double kCloseUlps = 128.0;     // of IdfBin's start, in units of mEpsilon
+constexpr double kProductLimit = 33.0;  // n up to which the binomial coefficient is multiplied out
+constexpr double kCloseUlps = 128.0;    // of IdfBin's start, in units of mEpsilon
 
 struct Binomial {
     double n;
@@ -79,9 +79,7 @@ double NormalApproximation(const Binomial& w, double k)
 
 }  // namespace
 
-// Log of the binomial coefficient n over k, for real n and k too.
-//   Method  the product for whole n up to 33, else log gammas; never below 0.0.
-//   Domain  0 <= k <= n, else code 1 and missing. NaN gives NaN.
+// Method  the product for whole n up to 33, else log gammas; never below 0.0.
 double MCDistFun::dnlbnc(const double& n, const double& k, long& code)
 {
     code = kOk;
@@ -100,12 +98,8 @@ double MCDistFun::dnlbnc(const double& n, const double& k, long& code)
     return L < 0.0 ? 0.0 : L;
 }
 
-// Binomial distribution function P(X <= x) of n trials with success probability p.
-//   Method  the sum outwards from the smaller of x and the mode; where its first term is below
-//           exp(-708) a normal approximation.
-//   Domain  all x, whole n >= 1, 0 <= p <= 1. A NaN x or p gives NaN where no end of the range decides.
-//   Codes   3 a fractional (or NaN) n; 1 n < 1 or p outside [0, 1]; missing with both.
-//   Cost    about sqrt(n) terms.
+// Method  the sum outwards from the smaller of x and the mode; where its first term is below
+//         exp(-708) a normal approximation.
 double MCDistFun::CdfBin(double x, double n, double p, long& code)
 {
     code = kOk;
@@ -130,10 +124,7 @@ double MCDistFun::CdfBin(double x, double n, double p, long& code)
     return L >= kLogFloor ? SumFrom(w, k, m, d, std::exp(L)) : NormalApproximation(w, k);
 }
 
-// Binomial probability P(X = x). On purpose n need not be whole.
-//   Domain  0 <= p <= 1 and n >= 1; 0.0 for an x that is negative, fractional, NaN or above n. A NaN n
-//           gives NaN for an x in its range.
-//   Codes   1 p outside [0, 1] or NaN, or n < 1; 2 a log probability above 709; missing with both.
+// On purpose n need not be whole.
 double MCDistFun::PdfBin(double x, double n, double p, long& code)
 {
     code = kOk;
@@ -155,14 +146,9 @@ double MCDistFun::PdfBin(double x, double n, double p, long& code)
     return ExpOrZero(L);
 }
 
-// Binomial quantile: on purpose the largest k with P(X <= k) <= prob, one below the usual quantile
-// (Precise::IdfBin). Where P(X <= 0) is above prob already it is -1.0 if the start is 0, but 0.0 if
-// the walk comes down from further up: on purpose, it ends at 0 without looking further.
-//   Method  a normal start, then steps of one with the probabilities carried along, until the sum
-//           passes prob or cannot change any more.
-//   Domain  0 <= prob <= 1, whole n >= 1, 0 <= p <= 1. Infinite n gives NaN.
-//   Codes   1 a fractional (or NaN) n; 2 n < 1, or p or prob outside [0, 1] or NaN. On purpose these
-//           two are exchanged against CdfBin's sense of them. Missing with both.
+// On purpose one below the usual quantile, and the walk down ends at 0 without looking further.
+// Method  a normal start, then steps of one with the probabilities carried along, until the sum
+//         passes prob or cannot change any more.
 double MCDistFun::IdfBin(double prob, double n, double p, long& code)
 {
     code = kOk;

@@ -10,28 +10,28 @@ using MCCommon_850::MCMV;
 
 namespace {
 
-// The constants of AS 91 as single-precision numbers widened to double. On purpose: the start values
-// and what they lead to depend on them.
-constexpr double kSmallChi = 1.24f;          // 1.2400000095367432
-constexpr double kSmallDf = 0.32f;           // 0.3199999928474426
-constexpr double k467 = 4.67f;               // 4.670000076293945
-constexpr double k666 = 6.66f;               // 6.659999847412109
-constexpr double k673 = 6.73f;               // 6.730000019073486
-constexpr double k1332 = 13.32f;             // 13.319999694824219
-constexpr double kTwoNinths = 0.222222f;     // 0.2222220003604889
-constexpr double kLargeChi = 2.2f;           // 2.200000047683716
-constexpr double kStartTolerance = 0.01f;    // 0.009999999776482582
-constexpr double kNewtonStart = 0.4f;        // 0.4000000059604645
+// The constants of AS 91 as single-precision numbers widened to double. On purpose: the start
+// values and what they lead to depend on them.
+constexpr double kSmallChi = 1.24f;        // 1.2400000095367432
+constexpr double kSmallDf = 0.32f;         // 0.3199999928474426
+constexpr double k467 = 4.67f;             // 4.670000076293945
+constexpr double k666 = 6.66f;             // 6.659999847412109
+constexpr double k673 = 6.73f;             // 6.730000019073486
+constexpr double k1332 = 13.32f;           // 13.319999694824219
+constexpr double kTwoNinths = 0.222222f;   // 0.2222220003604889
+constexpr double kLargeChi = 2.2f;         // 2.200000047683716
+constexpr double kStartTolerance = 0.01f;  // 0.009999999776482582
+constexpr double kNewtonStart = 0.4f;      // 0.4000000059604645
 static_assert(kSmallChi == 1.2400000095367432 && kSmallDf == 0.3199999928474426 &&
               k467 == 4.670000076293945 && k666 == 6.659999847412109 && k673 == 6.730000019073486 &&
               k1332 == 13.319999694824219 && kTwoNinths == 0.2222220003604889 &&
               kLargeChi == 2.200000047683716 && kStartTolerance == 0.009999999776482582 &&
               kNewtonStart == 0.4000000059604645);
 
-constexpr double kTolerance = 5e-07;       // relative, of the refinement; also the least start refined
-constexpr double kExponentLimit = 141.8;   // logarithms above this fail with code 2
+constexpr double kTolerance = 5e-07;  // relative, of the refinement; also the least start refined
+constexpr double kExponentLimit = 141.8;  // logarithms above this fail with code 2
 constexpr int kRefinements = 20;
-constexpr int kNewtonRounds = 200;         // a NaN in between would never meet the end test
+constexpr int kNewtonRounds = 200;  // a NaN in between would never meet the end test
 constexpr int kBisections = 40;
 
 // What every start value and every refinement of one quantile shares.
@@ -70,7 +70,8 @@ Start SmallDfStart(const ChiProblem& q)
         const double p1 = 1.0 + ch * (k467 + ch);
         const double p2 = ch * (k673 + ch * (k666 + ch));
         const double t = -0.5 + (k467 + 2.0 * ch) / p1 - (k673 + ch * (k1332 + 3.0 * ch)) / p2;
-        const double L = q.g + std::log(1.0 - q.p) + 0.5 * ch + q.c * kLn2 + std::log(p2) - std::log(p1);
+        const double L =
+            q.g + std::log(1.0 - q.p) + 0.5 * ch + q.c * kLn2 + std::log(p2) - std::log(p1);
         if (L > kExponentLimit) return Failed();
         ch -= (1.0 - ExpOrZero(L)) / t;
         if (std::fabs(last / ch - 1.0) <= kStartTolerance) return {ch};
@@ -109,8 +110,8 @@ double TaylorStep(double ch, double t, double c)
         (252.0 + a * (672.0 + 1182.0 * a) + c * (294.0 + a * (889.0 + 1740.0 * a))) / 5040.0;
     const double s5 = (84.0 + 264.0 * a + c * (175.0 + 606.0 * a)) / 2520.0;
     const double s6 = (120.0 + c * (346.0 + 127.0 * c)) / 5040.0;
-    return t * (1.0 + 0.5 * t * s1 -
-                b * c * (s1 - b * (s2 - b * (s3 - b * (s4 - b * (s5 - b * s6))))));
+    return t *
+           (1.0 + 0.5 * t * s1 - b * c * (s1 - b * (s2 - b * (s3 - b * (s4 - b * (s5 - b * s6))))));
 }
 
 // Refines `start` into `ch`. False if the steps leave the positive numbers, a quantity overflows or
@@ -135,16 +136,10 @@ bool Refine(const ChiProblem& q, double start, double& ch)
 
 }  // namespace
 
-// Chi-square quantile.
-//   Method  Best and Roberts (1975), Algorithm AS 91, Applied Statistics 24, 385-388: one of three
-//           start values, then a seven-term Taylor series; where that fails, bisection (idfchb).
-//   Domain  0 <= p < 1 and df > 0, else code 1 and the missing value; exactly 0.0 at p = 0. A NaN df
-//           gives NaN.
-//   Error   1e-12 in the bulk; 3e-7 where the start is the answer (below 5e-07) or bisection ends.
-//   Codes   2 when a start value overflows. A failed refinement leaves the code of the bisection,
-//           also its code 1 for a start that is not positive.
-//   Departs from the paper by its constants, which are single-precision numbers on purpose, by the
-//           guards on the logarithms and by the bisection.
+// Method  Best and Roberts (1975), Algorithm AS 91, Applied Statistics 24, 385-388: one of three
+//         start values, then a seven-term Taylor series; where that fails, bisection (idfchb).
+// Departs from the paper by its constants, which are single-precision numbers on purpose, by the
+//         guards on the logarithms and by the bisection.
 double MCDistFun::zeltidfchi(const double& p, const double& df, long& code)
 {
     code = kOk;
@@ -169,12 +164,6 @@ double MCDistFun::zeltidfchi(const double& p, const double& df, long& code)
     return idfchb(p, df, start.ch, code);
 }
 
-// Chi-square quantile by bisection between a quarter and the whole of `start` on the gamma scale
-// (half of chi-square), the upper end doubled once if it lies too low.
-//   Domain  start > 0, else code 1; the quantile must lie between half and four times `start`, else
-//           code 2, also when the gamma function refuses df. Missing with either.
-//           A NaN start gives NaN; any other NaN passes no test and walks to an end of the bracket.
-//   Error   1e-08 relative; running out of its 40 rounds is no failure.
 double MCDistFun::idfchb(const double& p, const double& df, const double& start, long& code)
 {
     code = kOk;
@@ -217,8 +206,8 @@ double MCDistFun::IdfChi(double p, double df)
     return MissingOnCode(result, code);
 }
 
-// Gamma quantile, zeltidfchi(p, 2 shape) / (2 rate); missing unless 0 <= p < 1, shape >= 0, rate > 0.
-// On purpose: shape 0 passes that test, and then p = 0 gives 0.0 and any other p the missing value.
+// On purpose a shape of 0 passes the test: with p = 0 the answer is 0.0, else zeltidfchi refuses
+// it.
 double MCDistFun::IdfGam(const double& p, const double& shape, const double& rate)
 {
     if (!(p >= 0.0 && p < 1.0) || !(shape >= 0.0) || !(rate > 0.0)) return MCMV::Missing();

@@ -8,11 +8,8 @@ namespace MCMath_850 {
 
 using MCCommon_850::MCMV;
 
-// Distribution function of Fisher's F, by the incomplete beta ratio of the smaller of
-// df1 f / (df2 + df1 f) and its complement; with df1 = 1 by Student's t at sqrt(f).
-//   Domain  df1 > 0 and df2 > 0, else code 1 and missing; 0.0 for f <= 0. NaN gives NaN.
-//   Codes   2, missing: no answer from below (a df whose half is 0).
-//   Error   1e-12 + 3e-14 (df1 + df2) relative.
+// Method  cdfbet of the smaller of df1 f / (df2 + df1 f) and its complement; with df1 = 1 by
+//         Student's t.
 double MCDistFun::zeltcdff(const double& f, const double& df1, const double& df2, long& code)
 {
     code = kOk;
@@ -42,23 +39,16 @@ double MCDistFun::CdfF(double f, double df1, double df2)
     return MissingOnCode(result, code);
 }
 
-// Upper tail of Fisher's F; missing if df1 <= 0 or df2 <= 0 or without an answer from below.
 double MCDistFun::SigF(double f, double df1, double df2)
 {
     if (df1 <= 0.0 || df2 <= 0.0) return MCMV::Missing();
     if (f <= 0.0) return 1.0;
     long code = kOk;
-    const double r = f < 1.0
-                         ? 1.0 - cdfbet(f / (df2 / df1 + f), df1 / 2.0, df2 / 2.0, code)
-                         : cdfbet((df2 / df1) / (f + df2 / df1), df2 / 2.0, df1 / 2.0, code);
+    const double r = f < 1.0 ? 1.0 - cdfbet(f / (df2 / df1 + f), df1 / 2.0, df2 / 2.0, code)
+                             : cdfbet((df2 / df1) / (f + df2 / df1), df2 / 2.0, df1 / 2.0, code);
     return MissingOnCode(r, code);
 }
 
-// Quantile of Fisher's F, (df2 / df1) b / (1 - b) with b the beta quantile; with df1 = 1 the square
-// of Student's quantile at (1 + p) / 2.
-//   Domain  0 <= p < 1, df1 > 0 and df2 > 0 (so no NaN), else code 1 and missing; 0.0 at p = 0.
-//   Codes   2, missing: the quantile below failed, or b came out as 1.
-//   Error   the absolute error 2e-10 of betinv times df2 / df1 / (1 - b)^2.
 double MCDistFun::zeltidff(const double& p, const double& df1, const double& df2, long& code)
 {
     code = kOk;

@@ -12,10 +12,10 @@ using MCCommon_850::MCMV;
 
 namespace {
 
-constexpr double kTermTolerance = 1e-14;       // of the series and of the continued fraction
-constexpr double kRescaleAt = 1.34e+154;       // about the root of the largest double
-constexpr double kMostTerms = 2147483647.0;    // more than this and the normal approximation serves
-constexpr long kMostRounds = 2147483647L;      // of the fraction, the same bound
+constexpr double kTermTolerance = 1e-14;     // of the series and of the continued fraction
+constexpr double kRescaleAt = 1.34e+154;     // about the root of the largest double
+constexpr double kMostTerms = 2147483647.0;  // more than this and the normal approximation serves
+constexpr long kMostRounds = 2147483647L;    // of the fraction, the same bound
 
 // log(s) with s the sum of the series 1 + x/(a+1) + x^2/((a+1)(a+2)) + ... (Shea, AS 239).
 double LogSeries(double x, double a)
@@ -107,16 +107,11 @@ double NormalApproximation(double x, double a, bool lower)
 
 }  // namespace
 
-// Regularised incomplete gamma function: lower P(a, x) = integral of t^(a-1) exp(-t) from 0 to x,
-// divided by gamma(a); upper Q = 1 - P.
-//   Method  Shea (1988), Algorithm AS 239, Applied Statistics 37, 466-473: the continued fraction
-//           for x > 1 and x > a, else the series. The factor x^a exp(-x) / gamma is formed as a
-//           logarithm; where that cannot be done the normal approximations above serve.
-//   Domain  a > 0, else code 1; x <= 0 gives 0.0 lower, 1.0 upper. NaN gives NaN; so does an
-//           infinite x for the upper tail.
-//   Error   grows with max(a, x): about 1e-12 + 3e-14 max(a, x) relative.
-//   Departs from the paper by the tail switch, the guards and the fall-backs; the fraction is bound
-//           to 2147483647 rounds. Both take about sqrt(a) rounds for x next to a: seconds at 1e24.
+// Method  Shea (1988), Algorithm AS 239, Applied Statistics 37, 466-473: the continued fraction for
+//         x > 1 and x > a, else the series. The factor x^a exp(-x) / gamma is formed as a
+//         logarithm; where that cannot be done the normal approximations above serve.
+// Departs from the paper by the tail switch, the guards and the fall-backs; the fraction is bound
+//         to 2147483647 rounds.
 double MCDistFun::gammad(const double& x, const double& a, const bool& lower, long& code)
 {
     code = kOk;
@@ -142,8 +137,6 @@ double MCDistFun::gammad(const double& x, const double& a, const bool& lower, lo
     return lower != fraction ? tail : 1.0 - tail;
 }
 
-// Exponential distribution function 1 - exp(-rate * x); code 1 unless rate > 0, save that a NaN
-// rate passes and gives NaN.
 double MCDistFun::cdfexp(const double& x, const double& rate, long& code)
 {
     code = kOk;
@@ -157,8 +150,6 @@ double MCDistFun::cdfexp(const double& x, const double& rate, long& code)
     return 1.0 - e;
 }
 
-// Gamma density rate^shape x^(shape-1) exp(-rate x) / gamma(shape), as the exp of a logarithm.
-// Missing unless shape > 0 and rate > 0, at x = 0 with shape < 1, on overflow and for a NaN x.
 double MCDistFun::PdfGamma(double x, double shape, double rate)
 {
     if (!(shape > 0.0) || !(rate > 0.0)) return MCMV::Missing();
@@ -168,19 +159,20 @@ double MCDistFun::PdfGamma(double x, double shape, double rate)
         return shape == 1.0 ? rate : MCMV::Missing();
     }
     const double z = x * rate;
-    const double L = shape == 1.0 ? std::log(rate) - z
-                                  : ((shape - 1.0) * std::log(z) + std::log(rate)) - z - dnlgam(shape);
+    const double L = shape == 1.0
+                         ? std::log(rate) - z
+                         : ((shape - 1.0) * std::log(z) + std::log(rate)) - z - dnlgam(shape);
     if (L < MCPower::gMachineMinExp) return 0.0;
     return L <= MCPower::gMachineMaxExp ? std::exp(L) : MCMV::Missing();
 }
 
-// P(shape, rate * x); missing if shape <= 0 or rate <= 0.
 double MCDistFun::CdfGam(double x, double shape, double rate)
 {
     if (shape <= 0.0 || rate <= 0.0) return MCMV::Missing();
     if (x <= 0.0) return 0.0;
     long code = kOk;
-    const double result = shape == 1.0 ? cdfexp(x, rate, code) : gammad(x * rate, shape, true, code);
+    const double result =
+        shape == 1.0 ? cdfexp(x, rate, code) : gammad(x * rate, shape, true, code);
     return MissingOnCode(result, code);
 }
 

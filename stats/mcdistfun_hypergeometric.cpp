@@ -96,10 +96,8 @@ double SumShorterSide(const Arranged& r, double N, double P, double T)
 
 }  // namespace
 
-// Hypergeometric probability P(X = x): x successes among `draws` from `population` with `successes`.
-//   Method  exp of three log binomial coefficients.
-//   Domain  0 < successes <= population, 0 < draws <= population, and x in the support. Outside of
-//           it, on purpose, the answer is the missing value and not 0.0.
+// Method  exp of three log binomial coefficients. Outside of the support on purpose missing, not
+//         0.0.
 double MCDistFun::PdfHyper(long x, long population, long successes, long draws)
 {
     if (!(0 < successes && successes <= population && 0 < draws && draws <= population))
@@ -111,16 +109,7 @@ double MCDistFun::PdfHyper(long x, long population, long successes, long draws)
     return L < MCPower::gMachineMinExp ? 0.0 : std::exp(L);
 }
 
-// Hypergeometric distribution function P(X <= x).
-//   Method  Lund (1980), Algorithm AS 152, Applied Statistics 29, 221-223, for populations up to
-//           1,000; above 10,000 a normal distribution where both groups are large enough. Between,
-//           and where that does not hold, on purpose a step at the mean: 0.0 below, 1.0 above.
-//           Precise::CDFHyper has the smooth function.
-//   Domain  whole population, successes and draws, at least 1 and at most the population, itself at
-//           most 2^63; x is cut to a whole number. NaN x gives NaN.
-//   Error   1e-12 relative up to 1,000; the step none. Beyond a population of some 1e15 even the log
-//           probability is rounding, and the answer need not be a probability.
-//   Codes   1, missing: arguments outside the domain.
+// Source  Lund (1980), Algorithm AS 152, Applied Statistics 29, 221-223.
 double MCDistFun::CDFHyper(double x, double population, double successes, double draws, int& code)
 {
     code = 0;

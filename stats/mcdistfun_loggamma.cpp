@@ -27,16 +27,13 @@ double Stirling(double x)
 
 }  // namespace
 
-// Natural logarithm of the gamma function.
-//   Method  polynomials in four ranges: of x below 0.5, of x - 4.5 / (x + 0.5) below 3.5, of x below
-//           8, Stirling's series from there.
-//   Source  T. Ooura, dlgamma of his package of gamma and error functions (1996), with its tables.
-//   Domain  x > 0; zero and all negative arguments answer the missing value at once. NaN gives NaN.
-//           Exactly 0.0 at 1 and 2. Infinity gives NaN (Stirling's infinity minus infinity).
-//   Error   2e-15 relative or absolute, whichever is larger: close to 1 and 2, where the logarithm
-//           vanishes, only the absolute error is small.
+// Method  polynomials in four ranges: of x below 0.5, of x - 4.5 / (x + 0.5) below 3.5, of x below
+//         8, Stirling's series from there.
+// Source  T. Ooura, dlgamma of his package of gamma and error functions (1996), with its tables.
 double MCDistFun::dnlgam(const double& x)
 {
+    // A block a piece.
+    // clang-format off
     static constexpr double a[22] = {
         9.967270908702825e-5, -1.9831672170162227e-4, -0.00117085315349625822,
         0.00722012810948319552, -0.0096221300936780297, -0.04219772092994235254,
@@ -107,6 +104,7 @@ double MCDistFun::dnlgam(const double& x)
         2.0702499245e-8, -1.954426390917e-7, 1.9343161886722e-6, -2.0479024910257e-5,
         2.405181940241215e-4, -0.0033842087561074799, 0.0713079483483518997,
         1.9467574842460867884, 7.5343642367587329552};
+    // clang-format on
 
     if (x <= 0.0) return MCMV::Missing();
     if (x >= 8.0) return Stirling(x);

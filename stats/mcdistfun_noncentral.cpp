@@ -10,16 +10,8 @@ namespace MCMath_850 {
 
 using MCCommon_850::MCMV;
 
-// Non-central beta distribution function: the sum over j of Poisson(lambda / 2) weights times the
-// incomplete beta ratio of a + j and b.
-//   Method  Lenth (1987), Algorithm AS 226, Applied Statistics 36, 241-244, started as Frick's AS R84
-//           has it. The beta ratio is computed once and carried on by its recurrence.
-//   Domain  a > 0, b > 0, lambda >= 0 (so no NaN), else code 1; 0.0 for x <= 0, 1.0 for x >= 1.
-//           A NaN x gives NaN.
-//   Codes   1 an argument outside the domain; 2 no beta ratio, or 60,000 terms do not reach
-//           `tolerance`; missing with both. Where a starting factor leaves the range of exp the
-//           answer is 0.0 with code 0.
-//   Error   `tolerance`, absolute. From a tolerance of 1 on the first term alone is the answer.
+// Method  Lenth (1987), Algorithm AS 226, Applied Statistics 36, 241-244, started as Frick's AS R84
+//         has it. The beta ratio is computed once and carried on by its recurrence.
 double MCDistFun::ncdbet(const double& x, const double& a, const double& b, const double& lambda,
                          long& code, double tolerance)
 {
@@ -79,8 +71,6 @@ double MCDistFun::ncdbet(const double& x, const double& a, const double& b, cons
     return ClampProbability(sum);
 }
 
-// Non-central F distribution function, by ncdbet; missing unless df1 > 0, df2 > 0, lambda >= 0, or
-// on a code of it. 0.0 for f <= 0.
 double MCDistFun::NonCentralCdfF(double f, double df1, double df2, double lambda, double tolerance)
 {
     if (!(df1 > 0.0 && df2 > 0.0 && lambda >= 0.0)) return MCMV::Missing();
@@ -91,11 +81,6 @@ double MCDistFun::NonCentralCdfF(double f, double df1, double df2, double lambda
     return MissingOnCode(result, code);
 }
 
-// Non-central chi-square distribution function: ncdbet's scheme on the incomplete gamma function.
-//   Domain  df > 0 and lambda >= 0 (so no NaN), else missing; 0.0 for x <= 0.
-//   Failure missing where the gamma function has no answer, a factor overflows, or 60,000 terms do
-//           not reach 1e-12 (so for a NaN x).
-//   Error   1e-12 absolute: a small lower tail keeps no relative accuracy.
 double MCDistFun::NonCentralCdfChi(double x, double df, double lambda)
 {
     if (!(df > 0.0 && lambda >= 0.0)) return MCMV::Missing();

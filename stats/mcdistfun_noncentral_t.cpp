@@ -18,8 +18,8 @@ constexpr double kHalfLn2 = 0.34657359027997264;
 constexpr double kLogPi = 1.1447298858494002;
 constexpr double kSqrt2 = 1.4142135623730951;
 
-constexpr double kReach = 10000.0;            // terms of the density's series, each way
-constexpr double kSeriesTolerance = 1e-10;    // relative
+constexpr double kReach = 10000.0;          // terms of the density's series, each way
+constexpr double kSeriesTolerance = 1e-10;  // relative
 constexpr double kLargestIndex = 2147483647.0;
 
 double ExpAboveMinimum(double L) { return L < MCPower::gMachineMinExp ? 0.0 : std::exp(L); }
@@ -27,8 +27,8 @@ double ExpAboveMinimum(double L) { return L < MCPower::gMachineMinExp ? 0.0 : st
 // The terms |T(i)| of the density's series, walked in one direction: the factorial and the power
 // are carried along, the gamma factor is taken anew for each.
 struct Walk {
-    double base;   // what all terms share, logarithm
-    double A;      // log of the power's base
+    double base;  // what all terms share, logarithm
+    double A;     // log of the power's base
     double df;
     double i;
     double carry;  // i A - log(i!)
@@ -54,14 +54,8 @@ struct Walk {
 
 }  // namespace
 
-// Non-central t distribution function.
-//   Method  Lenth (1989), Algorithm AS 243, Applied Statistics 38, 185-189, started as Frick's AS R84
-//           has it: normal tail plus Poisson-like sums of the incomplete beta ratio.
-//   Domain  df > 0, else missing; a NaN is missing too, but at t = 0, where a NaN delta gives NaN.
-//           Beyond |t| of 1.3e154 a step at delta; a t or a delta whose square vanishes is missing.
-//   Failure missing where the beta ratio has no answer, a factor overflows, or 60,000 terms do not
-//           reach 1e-12.
-//   Error   1e-12 absolute.
+// Method  Lenth (1989), Algorithm AS 243, Applied Statistics 38, 185-189, started as Frick's AS R84
+//         has it: normal tail plus Poisson-like sums of the incomplete beta ratio.
 double MCDistFun::NonCentralCdfT(double t, double df, double delta)
 {
     if (df <= 0.0) return MCMV::Missing();
@@ -116,13 +110,8 @@ double MCDistFun::NonCentralCdfT(double t, double df, double delta)
     return MCMV::Missing();
 }
 
-// Density of the non-central t distribution.
-//   Method  the series in (t delta sqrt 2 / sqrt(df + t^2))^i / i! gamma((df + i + 1) / 2), summed
-//           outwards from its largest term (Johnson, Kotz and Balakrishnan 1995, chapter 31).
-//   Domain  df > 0, else code 1; all t and delta. A NaN gives code 2, but at t = 0 a NaN delta or df
-//           counts as too small for exp and gives 0.0.
-//   Codes   2 a term or an index out of range; missing with both.
-//   Error   1e-10 of the sum; terms of opposite sign cancel where t and delta differ in sign.
+// Method  the series in (t delta sqrt 2 / sqrt(df + t^2))^i / i! gamma((df + i + 1) / 2), summed
+//         outwards from its largest term (Johnson, Kotz and Balakrishnan 1995, chapter 31).
 double MCDistFun::NonCentralPdfT(double t, double df, double delta, long& code)
 {
     code = kOk;
@@ -142,9 +131,11 @@ double MCDistFun::NonCentralPdfT(double t, double df, double delta, long& code)
         return L > MCPower::gMachineMinExp ? std::exp(L) : 0.0;
     }
     const double w = df + t * t;
-    const double A = std::log(std::fabs(t)) + std::log(std::fabs(delta * kSqrt2)) - 0.5 * std::log(w);
-    const double base = -0.5 * (kLogPi - df * std::log(df) + (df + 1.0) * std::log(w) + delta * delta) -
-                        dnlgam(df / 2.0);
+    const double A =
+        std::log(std::fabs(t)) + std::log(std::fabs(delta * kSqrt2)) - 0.5 * std::log(w);
+    const double base =
+        -0.5 * (kLogPi - df * std::log(df) + (df + 1.0) * std::log(w) + delta * delta) -
+        dnlgam(df / 2.0);
     const double r = t * t * delta * delta / w;
     const double m = ((r - 3.0) + std::sqrt(((r - 2.0) + 4.0 * df) * r + 1.0)) / 2.0;
     if (!(m + kReach < kLargestIndex)) return overflow();

@@ -28,7 +28,8 @@ struct Bracket {
 
 Bracket Answer(double v) { return {v, v, true}; }
 
-// Widens from `inner` by `next` until F - p changes its sign. Each step's predecessor is the other end.
+// Widens from `inner` by `next` until F - p changes its sign. Each step's predecessor is the other
+// end.
 template <class F, class Next>
 Bracket Widen(const F& difference, double from, bool upwards, Next next)
 {
@@ -54,14 +55,16 @@ double Bisect(const F& difference, Bracket bracket, double tolerance, Narrow nar
         if (MCMV::IsMissing(d)) return d;
         if (std::fabs(d) <= tolerance && narrow(bracket)) return mid;
         if (MCPower::AlmostEqual(bracket.lo, bracket.hi, kClosestUlps)) return mid;
-        if (mid == bracket.lo || mid == bracket.hi) return mid;  // an end at 0 is almost equal to none
+        // An end at 0 is almost equal to none.
+        if (mid == bracket.lo || mid == bracket.hi) return mid;
         (d > 0.0 ? bracket.lo : bracket.hi) = mid;
     }
 }
 
 // The search over v >= 0 that starts at `start` and doubles or halves.
 template <class F, class Narrow>
-double SearchPositive(const F& distribution, double p, double start, double tolerance, Narrow narrow)
+double SearchPositive(const F& distribution, double p, double start, double tolerance,
+                      Narrow narrow)
 {
     const auto difference = [&](double v) {
         const double f = distribution(v);
@@ -81,9 +84,6 @@ double SearchPositive(const F& distribution, double p, double start, double tole
 
 }  // namespace
 
-// Non-centrality of chi-square with NonCentralCdfChi(x, df, v) = p; 0.0 if p is not below F(0).
-//   Domain  df > 0, 0 <= p <= 1, tolerance >= 0 (so no NaN), else missing.
-//   Error   ends when F is within `tolerance` of p and the bracket no wider, or at 8 ulps.
 double MCDistFun::FindNCParamChi(double x, double df, double p, double tolerance)
 {
     if (!(df > 0.0) || !IsProbability(p) || !(tolerance >= 0.0)) return MCMV::Missing();
@@ -91,26 +91,19 @@ double MCDistFun::FindNCParamChi(double x, double df, double p, double tolerance
                           [=](const Bracket& b) { return std::fabs(b.hi - b.lo) <= tolerance; });
 }
 
-// Non-centrality of F with NonCentralCdfF(f, df1, df2, v, tolerance) = p; 0.0 if p is not below F(0).
-//   Domain  df1 > 0, df2 > 0, 0 <= p <= 1, tolerance >= 0 (so no NaN), else missing, as for a NaN f.
-//   Error   as FindNCParamChi, but the width counts relative to the ends where they exceed 1, and F
-//           itself is only computed to `tolerance`.
 double MCDistFun::FindNCParamF(double f, double df1, double df2, double p, double tolerance)
 {
     if (!(df1 > 0.0) || !(df2 > 0.0) || !IsProbability(p) || !(tolerance >= 0.0))
         return MCMV::Missing();
-    return SearchPositive(
-        [=](double v) { return NonCentralCdfF(f, df1, df2, v, tolerance); }, p, f * df1, tolerance,
-        [=](const Bracket& b) {
-            const double size = std::max({1.0, std::fabs(b.hi), std::fabs(b.lo)});
-            return std::fabs(b.hi - b.lo) / size <= tolerance;
-        });
+    return SearchPositive([=](double v) { return NonCentralCdfF(f, df1, df2, v, tolerance); }, p,
+                          f * df1, tolerance,
+                          [=](const Bracket& b) {
+                              const double size = std::max({1.0, std::fabs(b.hi), std::fabs(b.lo)});
+                              return std::fabs(b.hi - b.lo) / size <= tolerance;
+                          });
 }
 
-// Non-centrality of t, of either sign, with NonCentralCdfT(t, df, v) = p.
-//   Domain  t >= 0, df > 0, 0 <= p <= 1, tolerance >= 0 (so no NaN), else missing.
-//   Method  additive steps of max(1, t) away from 0, then bisection.
-//   Error   as FindNCParamChi.
+// Method  additive steps of max(1, t) away from 0, then bisection.
 double MCDistFun::FindNCParamT(double t, double df, double p, double tolerance)
 {
     if (!(t >= 0.0) || !(df > 0.0) || !IsProbability(p) || !(tolerance >= 0.0))
@@ -126,9 +119,9 @@ double MCDistFun::FindNCParamT(double t, double df, double p, double tolerance)
     const double atStep = difference(step);
     if (MCMV::IsMissing(atStep)) return atStep;
     if (atStep == 0.0) return step;
-    const Bracket bracket =
-        atZero < 0.0 ? Widen(difference, 0.0, false, [=](double v) { return v - step; })
-                     : Widen(difference, 0.0, true, [=](double v) { return v + step; });
+    const Bracket bracket = atZero < 0.0
+                                ? Widen(difference, 0.0, false, [=](double v) { return v - step; })
+                                : Widen(difference, 0.0, true, [=](double v) { return v + step; });
     if (bracket.found) return bracket.lo;
     return Bisect(difference, bracket, tolerance,
                   [=](const Bracket& b) { return std::fabs(b.hi - b.lo) <= tolerance; });

@@ -49,10 +49,7 @@ constexpr Rational kFar{
 
 }  // namespace
 
-// Standard normal quantile: the x with Phi(x) = p.
-//   Method  Wichura (1988), Algorithm AS 241 (PPND16), Applied Statistics 37, 477-484.
-//   Domain  0 < p < 1; anything else, NaN too, answers the missing value. Exactly 0.0 at p = 0.5.
-//   Error   about 1 part in 1e16 by the paper; no refinement step follows.
+// Method  Wichura (1988), Algorithm AS 241 (PPND16), Applied Statistics 37, 477-484.
 double MCDistFun::probit(const double& p)
 {
     if (!(p > 0.0 && p < 1.0)) return MCMV::Missing();  // written so that a NaN fails it
@@ -65,12 +62,13 @@ double MCDistFun::probit(const double& p)
     return q < 0.0 ? -x : x;
 }
 
-// Error function, erf(x) = 2 / sqrt(pi) * integral of exp(-t^2) from 0 to x.
-//   Method  piecewise polynomials of degree 12: |x| times one in x^2 below 2.2, 1 - y^16 below 6.9.
-//   Source  T. Ooura, derf of his package of gamma and error functions (1996), with its two tables.
-//   Domain  all x; exactly 1.0 from 6.9 on. On purpose a NaN counts as large: erf of it is 1.0.
+// Method  piecewise polynomials of degree 12: |x| times one in x^2 below 2.2, 1 - y^16 below 6.9.
+// Source  T. Ooura, derf of his package of gamma and error functions (1996), with its two tables.
+// On purpose a NaN counts as large.
 double MCDistFun::derf(const double& x)
 {
+    // A block a piece.
+    // clang-format off
     static constexpr double a[65] = {
         5.958930743e-11, -1.13739022964e-9, 1.466005199839e-8, -1.635035446196e-7,
         1.6461004480962e-6, -1.492559551950604e-5, 1.2055331122299265e-4, -8.548326981129666e-4,
@@ -121,6 +119,7 @@ double MCDistFun::derf(const double& x)
         1.8006992266137e-7, -7.8441223763969e-7, -6.75407647949153e-6, 8.428418334440096e-5,
         -1.7604388937031815e-4, -0.0023972961143507161, 0.0206412902387602297,
         -0.06905562880005864105, 0.09084526782065478489};
+    // clang-format on
 
     const double w = std::fabs(x);
     double y = 1.0;
@@ -140,14 +139,13 @@ double MCDistFun::derf(const double& x)
     return x < 0.0 ? -y : y;
 }
 
-// Complementary error function, erfc(x) = 1 - erf(x), relatively accurate in the upper tail.
-//   Method  t P(t - 1/2) exp(-x^2), t = c / (|x| + c), with the product formed as a logarithm.
-//   Source  T. Ooura, derfc of his package of gamma and error functions (1996).
-//   Domain  all x; NaN gives NaN. The tail is 0.0, with no call of exp, below exp(-708).
-//   Departs from the source by that guard, and by 1.0 at zero.
+// Method  t P(t - 1/2) exp(-x^2), t = c / (|x| + c), with the product formed as a logarithm.
+// Source  T. Ooura, derfc of his package of gamma and error functions (1996).
+// Departs from the source by the floor of the logarithm, and by 1.0 at zero.
 double MCDistFun::derfc(const double& x)
 {
     static constexpr double kScale = 3.97886080735226;
+    // clang-format off
     static constexpr double kP[23] = {
         0.00127109764952614092, 1.19314022838340944e-4, -0.003963850973605135,
         -8.70779635317295828e-4, 0.00773672528313526668, 0.00383335126264887303,
@@ -157,6 +155,7 @@ double MCDistFun::derfc(const double& x)
         0.805276408752910567, 1.18902982909273333, 1.37040217682338167,
         1.31314653831023098, 1.07925515155856677, 0.774368199119538609,
         0.490165080585318424, 0.275374741597376782};
+    // clang-format on
 
     const double w = std::fabs(x);
     if (w <= 0.0) return 1.0;
@@ -166,9 +165,7 @@ double MCDistFun::derfc(const double& x)
     return x < 0.0 ? 2.0 - tail : tail;
 }
 
-// Standard normal distribution function Phi(z) = erfc(-z / sqrt 2) / 2.
-//   Method  derf for z > 0, derfc for z < 0: the lower tail keeps its relative accuracy.
-//   Domain  all z; exactly 0.5 at 0; NaN gives NaN.
+// Method  derf for z > 0, derfc for z < 0: the lower tail keeps its relative accuracy.
 double MCDistFun::prbnrm(const double& z)
 {
     if (z > 0.0) return (derf(z / kSqrt2) + 1.0) * 0.5;
@@ -178,7 +175,6 @@ double MCDistFun::prbnrm(const double& z)
 
 double MCDistFun::CdfStdNorm(double z) { return prbnrm(z); }
 
-// Phi((x - mu) / sigma); missing unless sigma > 0.
 double MCDistFun::CdfNorm(double x, double mu, double sigma)
 {
     if (!(sigma > 0.0)) return MCMV::Missing();
@@ -192,7 +188,6 @@ double MCDistFun::IdfStdNorm(double p)
     return probit(p);
 }
 
-// mu + sigma * probit(p); missing unless 0 < p < 1 and sigma > 0.
 double MCDistFun::IdfNorm(double p, double mu, double sigma)
 {
     if (!(p > 0.0 && p < 1.0) || !(sigma > 0.0)) return MCMV::Missing();
@@ -201,16 +196,13 @@ double MCDistFun::IdfNorm(double p, double mu, double sigma)
     return MCMV::IsMissing(z) ? z : sigma * z + mu;
 }
 
-double MCDistFun::PdfNormalStandard(double z)
-{
-    return std::exp((z * -0.5) * z) * kOneOverSqrt2Pi;
-}
+double MCDistFun::PdfNormalStandard(double z) { return std::exp((z * -0.5) * z) * kOneOverSqrt2Pi; }
 
-// Normal density; missing only if sigma is exactly 0.
 double MCDistFun::PdfNormal(double x, double mu, double sigma)
 {
     if (sigma == 0.0) return MCMV::Missing();
-    return PdfNormalStandard((x - mu) / sigma) / sigma;  // on purpose: negative for a negative sigma
+    // On purpose negative for a negative sigma.
+    return PdfNormalStandard((x - mu) / sigma) / sigma;
 }
 
 }  // namespace MCMath_850

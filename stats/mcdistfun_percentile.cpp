@@ -109,7 +109,8 @@ double ByBoundaries(long count, const Values& x, const Values& freq, const Value
         if (c.cHi == 0.0 && target == 0.0) return y[0];
         if (c.cHi == target) {
             // An empty class at the target: the class before ends there.
-            if (c.cLo == target) return Interpolate({before.L, before.U, before.cLo, c.cLo}, target);
+            if (c.cLo == target)
+                return Interpolate({before.L, before.U, before.cLo, c.cLo}, target);
             if (i == classes) return c.U;
         }
         c.L = b;
@@ -122,14 +123,8 @@ double ByBoundaries(long count, const Values& x, const Values& freq, const Value
 
 }  // namespace
 
-// A percentile of a frequency table of `count` ascending values.
-//   Method  method <= 0 between the cumulative midpoints; 1 within classes of the width y[0] around
-//           each value; from 2 on within `method` classes that begin at the boundaries y.
-//   Status  -1 fewer than 2 values, or a vector shorter than what is asked of it; 1 the percentile
-//           lies below the first midpoint, 2 above the last; else 0. The result is missing unless
-//           a value is found, also with status 0. A NaN percentage finds none.
-void MCDistFun::GPTile(long count, double percent, const Values& x, const Values& freq, const Values& y,
-                       long method, double& result, long& status)
+void MCDistFun::GPTile(long count, double percent, const Values& x, const Values& freq,
+                       const Values& y, long method, double& result, long& status)
 {
     result = MCMV::Missing();
     status = kTooFewValues;
@@ -147,13 +142,6 @@ void MCDistFun::GPTile(long count, double percent, const Values& x, const Values
         result = ByBoundaries(count, x, freq, y, method, target);
 }
 
-// Confidence limits of the median from the order statistics of a frequency table: the values of rank
-// r + 1 and n - r, r the binomial quantile of half the error.
-//   Domain  n >= 1 whole (else all three are missing; n is the total frequency), level in percent.
-//           n = 2, and a level that no rank reaches, give the extremes and 100.0.
-//   Order   `lower` is the last value when no cumulative frequency reaches its rank, `upper` the
-//           first one when the rest never falls below its own.
-//   Error   `achieved` that of cdfbet; missing unless wanted.
 void MCDistFun::Mednci(long count, const Values& x, const Values& freq, double n, double level,
                        bool wantLevel, double& lower, double& upper, double& achieved)
 {

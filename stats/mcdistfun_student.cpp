@@ -15,9 +15,6 @@ constexpr double kNormalDf = 100000000.0;
 
 }  // namespace
 
-// Density of Student's t, gamma((df+1)/2) / (gamma(df/2) sqrt(pi df)) (1 + t^2/df)^(-(df+1)/2).
-//   Domain  df > 0, else code 1 and missing; all t. NaN gives NaN.
-//   Error   1e-12 + 1e-14 df relative: the log gammas cancel as df grows.
 double MCDistFun::PdfT(double t, double df, long& code)
 {
     code = kOk;
@@ -30,12 +27,8 @@ double MCDistFun::PdfT(double t, double df, long& code)
     return ExpOrZero(L);
 }
 
-// Distribution function of Student's t, by the incomplete beta ratio: of t^2 / (df + t^2) within
-// one of 0, of df / (df + t^2) further out, so that the small tail is the one that is computed.
-//   Domain  df > 0, else code 1 and missing; all t. Above 1e8 df the normal distribution.
-//           NaN gives NaN.
-//   Codes   1 also for a df whose half is 0; 2 if the normal distribution had no answer.
-//   Error   1e-12 + 3e-14 df relative; an upper tail keeps only its absolute error, see SigT.
+// Method  cdfbet of t^2 / (df + t^2) within one of 0, of df / (df + t^2) further out, so that the
+//         small tail is the one that is computed.
 double MCDistFun::zeltcdft(const double& t, const double& df, long& code)
 {
     const double half = 0.5;
@@ -68,8 +61,6 @@ double MCDistFun::CdfT(double t, double df)
     return MissingOnCode(result, code);
 }
 
-// Upper tail of Student's t; missing if df <= 0. The mirror of zeltcdft, but on purpose without its
-// normal distribution above 1e8 df.
 double MCDistFun::SigT(double t, double df)
 {
     const double half = 0.5;
@@ -88,12 +79,6 @@ double MCDistFun::SigT(double t, double df)
     return t < -1.0 ? (0.5 - r) + 0.5 : r;
 }
 
-// Quantile of Student's t, sqrt((1/b - 1) df) with b the beta quantile of the two-sided tail.
-//   Domain  0 < p < 1 and df > 0 (so no NaN), else code 1 and missing; exactly 0.0 at p = 0.5. From
-//           1e8 df on the normal quantile. A tail so far out that b is 0 gives infinity.
-//   Codes   2, missing: the beta quantile failed.
-//   Error   the absolute error 2e-10 of betinv, magnified near p = 0.5 and as df grows: at 1e5 df
-//           4 digits are left, at 1e7 none near the centre. Precise::IdfT keeps them.
 double MCDistFun::zeltidft(const double& p, const double& df, long& code)
 {
     const double half = 0.5;

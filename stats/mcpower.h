@@ -22,9 +22,9 @@ public:
 
     /// base ^ exponent, with odd roots and whole powers of negative bases.
     /// Returns  0 done, 1 underflow (result 0.0 or -0.0), 2 overflow, 3 overflow of an odd power of
-    ///          a negative base, 4 negative base with an exponent that has no real power, 5 negative
-    ///          base to the power 0 (result 1.0), 6 zero to a negative or NaN power, 7 zero to the
-    ///          power 0 (result 1.0). Result missing with 2, 3, 4 and 6.
+    ///          a negative base, 4 negative base with an exponent that has no real power, 5 a
+    ///          negative base to the power 0 (result 1.0), 6 zero to a negative or NaN power, 7
+    ///          zero to the power 0 (result 1.0). Result missing with 2, 3, 4 and 6.
     static int Power(double base, double exponent, double& result);
 
     /// a * b through logarithms: missing on overflow, 0.0 with the product's sign on underflow.
@@ -34,7 +34,8 @@ public:
     /// Zero is almost equal to zero alone; numbers of different sign never are; nor is a NaN.
     static bool AlmostEqual(double a, double b, double ulps);
 
-    /// Whether 1/x is an odd integer, to within `ulps`. False for 0 and for 1/x above gMachineMaxInt.
+    /// Whether 1/x is an odd integer, to within `ulps`. False for 0 and for 1/x above
+    /// gMachineMaxInt.
     static bool IsOneOverOddInteger(double x, double ulps);
 
     /// Whether 1/x is an even integer, to within `ulps`. False for 0 and for 1/x above

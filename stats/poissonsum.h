@@ -8,8 +8,8 @@
 
 namespace MCMath_850 {
 
-inline constexpr int kMostRounds = 60000;        // of every sum over the mixture
-inline constexpr double kSumTolerance = 1e-12;   // of the sums without a tolerance of their own
+inline constexpr int kMostRounds = 60000;       // of every sum over the mixture
+inline constexpr double kSumTolerance = 1e-12;  // of the sums without a tolerance of their own
 
 // Where a sum over Poisson weights of mean c starts: far enough below the mean that what is left
 // out does not count (Frick 1990, Algorithm AS R84, Applied Statistics 39, 311-315). NaN gives 0.

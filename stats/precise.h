@@ -2,8 +2,9 @@
 #define VELSCORE_STATS_PRECISE_H
 
 // The distributions of MCDistFun once more, through Boost.Math: the usual definitions, to almost
-// full double precision, but for the tails of the non-central t. The scoring models never use them: a score keeps the
-// algorithms of MCDistFun. docs/statistics.md shows both columns of errors and says which to choose.
+// full double precision, but for the tails of the non-central t. The scoring models never use them:
+// a score keeps the algorithms of MCDistFun. docs/statistics.md shows both columns of errors and
+// says which to choose.
 //
 // Everything here is inline; nothing is exported. Headers of Boost are enough to use it.
 
@@ -43,17 +44,17 @@ namespace MCMath_850::Precise {
 
 namespace policies = boost::math::policies;
 
-/// No exceptions: a domain error is NaN. Discrete quantiles round up, which is the usual definition.
-using Policy =
-    policies::policy<policies::domain_error<policies::ignore_error>,
-                     policies::pole_error<policies::ignore_error>,
-                     policies::overflow_error<policies::ignore_error>,
-                     policies::underflow_error<policies::ignore_error>,
-                     policies::denorm_error<policies::ignore_error>,
-                     policies::rounding_error<policies::ignore_error>,
-                     policies::evaluation_error<policies::ignore_error>,
-                     policies::indeterminate_result_error<policies::ignore_error>,
-                     policies::discrete_quantile<policies::integer_round_up>>;
+/// No exceptions: a domain error is NaN. Discrete quantiles round up, which is the usual
+/// definition.
+using Policy = policies::policy<policies::domain_error<policies::ignore_error>,
+                                policies::pole_error<policies::ignore_error>,
+                                policies::overflow_error<policies::ignore_error>,
+                                policies::underflow_error<policies::ignore_error>,
+                                policies::denorm_error<policies::ignore_error>,
+                                policies::rounding_error<policies::ignore_error>,
+                                policies::evaluation_error<policies::ignore_error>,
+                                policies::indeterminate_result_error<policies::ignore_error>,
+                                policies::discrete_quantile<policies::integer_round_up>>;
 
 using Normal = boost::math::normal_distribution<double, Policy>;
 using GammaDistribution = boost::math::gamma_distribution<double, Policy>;
@@ -78,14 +79,20 @@ bool AreNumbers(T... x)
 }
 
 template <class Distribution>
-double Lower(const Distribution& d, double x) { return std::isnan(x) ? x : boost::math::cdf(d, x); }
+double Lower(const Distribution& d, double x)
+{
+    return std::isnan(x) ? x : boost::math::cdf(d, x);
+}
 template <class Distribution>
 double Upper(const Distribution& d, double x)
 {
     return std::isnan(x) ? x : boost::math::cdf(boost::math::complement(d, x));
 }
 template <class Distribution>
-double Density(const Distribution& d, double x) { return std::isnan(x) ? x : boost::math::pdf(d, x); }
+double Density(const Distribution& d, double x)
+{
+    return std::isnan(x) ? x : boost::math::pdf(d, x);
+}
 template <class Distribution>
 double Quantile(const Distribution& d, double p)
 {
@@ -199,7 +206,8 @@ inline bool IsHypergeometric(double population, double successes, double draws)
     return IsCount(population) && IsCount(successes) && IsCount(draws) && successes <= population &&
            draws <= population && population <= std::numeric_limits<std::uint32_t>::max();
 }
-inline HypergeometricDistribution MakeHypergeometric(double population, double successes, double draws)
+inline HypergeometricDistribution MakeHypergeometric(double population, double successes,
+                                                     double draws)
 {
     return {static_cast<unsigned>(successes), static_cast<unsigned>(draws),
             static_cast<unsigned>(population)};
@@ -210,7 +218,8 @@ inline double PdfHyper(double x, double population, double successes, double dra
     if (!IsHypergeometric(population, successes, draws) || std::isnan(x)) return NaN();
     const double least = std::max(0.0, successes + draws - population);
     if (x < least || x > std::min(successes, draws) || x != std::floor(x)) return 0.0;
-    return boost::math::pdf(MakeHypergeometric(population, successes, draws), static_cast<unsigned>(x));
+    return boost::math::pdf(MakeHypergeometric(population, successes, draws),
+                            static_cast<unsigned>(x));
 }
 inline double CDFHyper(double x, double population, double successes, double draws)
 {
@@ -218,7 +227,8 @@ inline double CDFHyper(double x, double population, double successes, double dra
     const double k = std::floor(x);
     if (k < std::max(0.0, successes + draws - population)) return 0.0;
     if (k >= std::min(successes, draws)) return 1.0;
-    return boost::math::cdf(MakeHypergeometric(population, successes, draws), static_cast<unsigned>(k));
+    return boost::math::cdf(MakeHypergeometric(population, successes, draws),
+                            static_cast<unsigned>(k));
 }
 
 // Non-central distributions. Boost's central ones serve at a non-centrality of 0.
@@ -245,8 +255,8 @@ inline double NonCentralCdfT(double t, double df, double delta)
     if (!AreNumbers(t, df, delta)) return NaN();
     return delta == 0.0 ? CdfT(t, df) : Lower(NonCentralT(df, delta), t);
 }
-/// A difference of two distribution functions over t: near t = 0, and far out against delta, it loses
-/// its digits, and MCDistFun::NonCentralPdfT keeps them.
+/// A difference of two distribution functions over t: near t = 0, and far out against delta, it
+/// loses its digits, and MCDistFun::NonCentralPdfT keeps them.
 inline double NonCentralPdfT(double t, double df, double delta)
 {
     if (!AreNumbers(t, df, delta)) return NaN();
@@ -266,7 +276,8 @@ double SolveFalling(const F& distribution, double p, double lo, double hi)
     if (atLo == 0.0) return lo;
     if (atHi == 0.0) return hi;
     const auto ends = boost::math::tools::toms748_solve(
-        difference, lo, hi, atLo, atHi, boost::math::tools::eps_tolerance<double>(50), rounds, Policy());
+        difference, lo, hi, atLo, atHi, boost::math::tools::eps_tolerance<double>(50), rounds,
+        Policy());
     return ends.first + (ends.second - ends.first) / 2.0;
 }
 inline constexpr double kLargestNonCentrality = 1e9;
@@ -290,7 +301,8 @@ inline double FindNCParamChi(double x, double df, double p)
 }
 inline double FindNCParamF(double f, double df1, double df2, double p)
 {
-    return SolveFallingFromZero([=](double v) { return NonCentralCdfF(f, df1, df2, v); }, p, f * df1);
+    return SolveFallingFromZero([=](double v) { return NonCentralCdfF(f, df1, df2, v); }, p,
+                                f * df1);
 }
 inline double FindNCParamT(double t, double df, double p)
 {

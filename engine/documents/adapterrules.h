@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <xercesc/util/XercesDefs.hpp>
 
@@ -20,6 +21,8 @@ struct Change {
     std::string text;
     /// The target's first category was declared last.
     bool rotatedTarget = false;
+    /// Fields that got the categories of their cells as their list.
+    std::vector<std::string> listedByCells{};
 };
 
 /// A rule looks at a PMML document from its root and changes it where it applies; nothing is
@@ -91,6 +94,9 @@ std::optional<Change> AcceptValuesAsIs(xercesc::DOMElement* root);
 std::optional<Change> ListCategoriesOfCells(xercesc::DOMElement* root);
 /// A missingValueReplacement that is no number is dropped from a continuous field.
 std::optional<Change> DropReplacementsThatAreNoNumbers(xercesc::DOMElement* root);
+/// Changes nothing, but says that a factor's missing or invalid values are replaced by a text that
+/// is none of its categories: the exporter means that no indicator is met.
+std::optional<Change> NoteUnlistedReplacements(xercesc::DOMElement* root);
 
 // Transformations (adapterrules_transformations.cpp).
 

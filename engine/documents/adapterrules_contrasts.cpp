@@ -23,7 +23,6 @@ namespace {
 using Tags = PMMLModelTags;
 using xercesc::DOMElement;
 
-constexpr double kSelectorVersion = 3.1;
 constexpr size_t kMostNumbers = 100'000;  // of a matrix, each of which becomes a row of a table
 const std::string kCategoryColumn = "category";
 const std::string kContrastColumn = "contrast";
@@ -82,16 +81,6 @@ bool IsIndicator(const Contrasts& contrasts, const std::vector<size_t>& columns)
         }
     }
     return true;
-}
-
-// Contrasts are read by Cox models and by a multinomialLogistic model with its selector.
-bool TakesContrasts(const DOMElement* root, const DOMElement* model)
-{
-    const std::string type = AttributeText(model, Tags::XML_ATT_RM_MODEL_TYPE);
-    const std::string selector = VersionOf(root) < kSelectorVersion ? "" : SelectorOf(model);
-    return type == Tags::XML_VAL_MT_COXRGN || selector == Tags::XML_VAL_MN_COXREG ||
-           selector == Tags::XML_VAL_MN_CSCOXREG ||
-           (type == Tags::XML_VAL_MT_MLR && selector == Tags::XML_VAL_MT_XCONLOG);
 }
 
 DOMElement* Append(DOMElement* parent, const std::string& tag)
@@ -213,7 +202,7 @@ bool SpreadFactor(Parts& document, DOMElement* predictor)
 std::optional<Change> SpreadContrasts(DOMElement* root)
 {
     const DOMElement* model = ModelElement(root);
-    if (model == nullptr || TakesContrasts(root, model)) return std::nullopt;
+    if (model == nullptr || TakesContrasts(root)) return std::nullopt;
     Parts document{ModelElement(root), FieldNames(root), {}, {}};
     for (const auto* field : DataFields(root)) {
         document.dataFields.emplace(AttributeText(field, Tags::XML_ATT_NAME), field);

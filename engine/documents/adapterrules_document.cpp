@@ -28,17 +28,7 @@ public:
     bool ArePmml(const xercesc::DOMElement* element, const std::string& prefix) const
     {
         if (prefix == rootPrefix_) return true;  // the root's name alone says what it is
-        const auto declaration = XmlFromUtf8(kXmlns + ":" + prefix);
-        for (const xercesc::DOMNode* node = element;
-             node != nullptr && node->getNodeType() == xercesc::DOMNode::ELEMENT_NODE;
-             node = node->getParentNode()) {
-            const auto* e = static_cast<const xercesc::DOMElement*>(node);
-            if (e->hasAttribute(declaration.c_str())) {
-                return Utf8FromXml(e->getAttribute(declaration.c_str()))
-                    .starts_with(kPmmlNamespace);
-            }
-        }
-        return false;
+        return NamespaceOf(element, prefix).value_or("").starts_with(kPmmlNamespace);
     }
 
 private:
@@ -47,6 +37,7 @@ private:
 
 struct Dropped {
     size_t count = 0;
+    bool undeclared = false;
     const xercesc::DOMElement* first = nullptr;
     std::vector<std::string> prefixes;
 };
@@ -60,7 +51,10 @@ void DropPrefixes(xercesc::DOMElement* element, const Prefixes& prefixes, Droppe
         if (prefixes.ArePmml(element, prefix)) {
             const auto local = XmlFromUtf8(LocalNameOf(name));
             element->getOwnerDocument()->renameNode(element, nullptr, local.c_str());
-            if (dropped.count++ == 0) dropped.first = element;
+            if (dropped.count++ == 0) {
+                dropped.first = element;
+                dropped.undeclared = !NamespaceOf(element, prefix);
+            }
             auto& known = dropped.prefixes;
             if (std::find(known.begin(), known.end(), prefix) == known.end()) {
                 known.push_back(prefix);
@@ -102,7 +96,8 @@ std::optional<Change> DropNamespacePrefix(xercesc::DOMElement* root)
     if (dropped.count == 0) return std::nullopt;
     return Change{PlaceOf(dropped.first), "prefix " + Listed(dropped.prefixes) + " dropped from " +
                                               std::to_string(dropped.count) +
-                                              (dropped.count == 1 ? " element" : " elements")};
+                                              (dropped.count == 1 ? " element" : " elements") +
+                                              (dropped.undeclared ? "; nothing declares it" : "")};
 }
 
 std::optional<Change> TakeVersionFromNamespace(xercesc::DOMElement* root)

@@ -10,6 +10,7 @@
 #include "engine/documents/adapterrules.h"
 #include "engine/documents/treefields.h"
 #include "engine/documents/treetext.h"
+#include "host/dictvar.h"
 #include "host/documentplace.h"
 #include "host/numbertext.h"
 #include "host/pmmlmodeltags.h"
@@ -25,6 +26,7 @@ const std::string kDerivedField = "DerivedField";
 const std::string kDataType = "dataType";
 const std::string kCategorical = "categorical";
 const std::string kOrdinal = "ordinal";
+const std::string kUnlistedCategories = "unlistedCategories";
 
 std::set<std::string> PredictorNames(const xercesc::DOMElement* root, const std::string& list)
 {
@@ -92,8 +94,16 @@ void AcceptUnlisted(xercesc::DOMElement* field)
 {
     auto* extension = AppendElement(field, Tags::XML_ELE_EXTENSION);
     SetAttributeText(extension, Tags::XML_ATT_EXTENSION_EXTENDER, Tags::XML_VAL_EXTENSION_EXTENDER);
-    SetAttributeText(extension, Tags::XML_ATT_EXT_NAME, "unlistedCategories");
+    SetAttributeText(extension, Tags::XML_ATT_EXT_NAME, kUnlistedCategories);
     SetAttributeText(extension, Tags::XML_ATT_EXT_VALUE, "accept");
+}
+
+bool AcceptsUnlisted(const xercesc::DOMElement* field)
+{
+    for (const auto* extension : ChildElements(field, Tags::XML_ELE_EXTENSION)) {
+        if (AttributeText(extension, Tags::XML_ATT_EXT_NAME) == kUnlistedCategories) return true;
+    }
+    return false;
 }
 
 // The same attributes with the same texts, and nothing within that could differ.
@@ -133,6 +143,26 @@ std::set<std::string> ContinuousFields(const xercesc::DOMElement* root)
         }
     }
     return names;
+}
+
+// True when the text is none of the data field's categories, those that its cells add among them.
+// False for a field that takes any text, and for dates, whose texts have many spellings.
+bool IsUnlisted(const std::string& text, const xercesc::DOMElement* field,
+                const std::vector<std::string>& ofCells)
+{
+    const std::string type = AttributeText(field, kDataType);
+    const bool isBoolean = type == "boolean";
+    if (!isBoolean && type != "string" && !IsNumericType(type)) return false;
+    if (ChildElement(field, Tags::XML_ELE_VALUE) == nullptr || AcceptsUnlisted(field)) return false;
+    const auto isText = [&](const std::string& category) {
+        return CategoryKey(field, text) == CategoryKey(field, category) ||
+               (isBoolean && TruthOf(text) && TruthOf(text) == TruthOf(category));
+    };
+    std::vector<std::string> categories = ofCells;
+    for (const auto* value : ValidValues(field)) {
+        categories.push_back(AttributeText(value, Tags::XML_ATT_VALUE));
+    }
+    return !categories.empty() && std::none_of(categories.begin(), categories.end(), isText);
 }
 
 }  // namespace
@@ -207,6 +237,45 @@ std::optional<Change> DropReplacementsThatAreNoNumbers(xercesc::DOMElement* root
                              " is no number and is dropped"};
 }
 
+std::optional<Change> NoteUnlistedReplacements(xercesc::DOMElement* root)
+{
+    // Where a contrast matrix gives every category a row there is nothing to meet.
+    const std::set<std::string> factors = TakesContrasts(root)
+                                              ? FactorsWithoutContrasts(root)
+                                              : PredictorNames(root, Tags::XML_ELE_FAC_LIST);
+    if (factors.empty()) return std::nullopt;
+    auto cells = CategoriesOfCells(root);
+    std::map<std::string, const xercesc::DOMElement*> dataFields;
+    for (const auto* field : DataFields(root)) {
+        dataFields.emplace(AttributeText(field, Tags::XML_ATT_NAME), field);
+    }
+    std::vector<std::string> names;
+    std::string firstText;
+    DocumentPlace place;
+    for (const auto* field : MiningFields(root)) {
+        const std::string name = AttributeText(field, Tags::XML_ATT_MININGFIELD_NAME);
+        const auto dataField = dataFields.find(name);
+        if (!factors.contains(name) || dataField == dataFields.end()) continue;
+        std::vector<std::string> texts{AttributeText(field, Tags::XML_ATT_MININGFIELD_MISSREPLACE)};
+        if (AttributeText(field, "invalidValueTreatment") == "asValue") {
+            texts.push_back(AttributeText(field, "invalidValueReplacement"));
+        }
+        for (const std::string& text : texts) {
+            if (text.empty() || !IsUnlisted(text, dataField->second, cells[name])) continue;
+            if (names.empty()) {
+                place = PlaceOf(field);
+                firstText = text;
+            }
+            names.push_back(name);
+            break;
+        }
+    }
+    if (names.empty()) return std::nullopt;
+    return Change{place, "replacement \"" + firstText + "\" of " + Listed(names) +
+                             " is none of its categories: a row that takes it is scored, and no "
+                             "category of the factor is met"};
+}
+
 std::optional<Change> AcceptValuesAsIs(xercesc::DOMElement* root)
 {
     const std::set<std::string> factors = FactorsWithoutContrasts(root);
@@ -260,9 +329,11 @@ std::optional<Change> ListCategoriesOfCells(xercesc::DOMElement* root)
         names.push_back(name);
     }
     if (names.empty()) return std::nullopt;
-    return Change{place, "factor " + Listed(names) +
+    Change change{place, "factor " + Listed(names) +
                              " lists no values: those of its cells are taken, and any other value "
                              "counts as the reference"};
+    change.listedByCells = std::move(names);
+    return change;
 }
 
 }  // namespace MCVelscore_850

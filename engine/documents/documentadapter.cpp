@@ -34,6 +34,7 @@ constexpr RuleRow kRules[] = {
     {"categories-of-cells", ListCategoriesOfCells},
     {"values-as-is", AcceptValuesAsIs},
     {"contrast-columns", SpreadContrasts},
+    {"replacement-unlisted", NoteUnlistedReplacements},
     {"merged-transformations", MergeTransformations},
     {"covariance-categories", DropCovariancesWithoutCategories},
     {"regression-order", MakeUnorderedRegressionGeneralLinear},
@@ -61,7 +62,7 @@ std::vector<Adaptation> AdaptDocument(Document& document)
     for (const RuleRow& row : kRules) {
         if (auto change = row.apply(root)) {
             adaptations.push_back({row.name, std::move(change->text), std::move(change->place),
-                                   change->rotatedTarget});
+                                   change->rotatedTarget, std::move(change->listedByCells)});
         }
     }
     return adaptations;

@@ -20,6 +20,9 @@ struct Adaptation {
     DocumentPlace place;
     /// The target's first category was declared last; its columns are to stay where they were.
     bool rotatedTarget = false;
+    /// Fields that got the categories of their cells as their list, which lacks the reference
+    /// category therefore.
+    std::vector<std::string> listedByCells{};
 
     /// "line 2, column 1: version "4.4.1" is read as "4.4" [short-version]"
     std::string ToString() const;

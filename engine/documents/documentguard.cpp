@@ -1,15 +1,14 @@
 #include "engine/documents/documentguard.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <cstring>
+#include <functional>
 #include <new>
 #include <optional>
+#include <unordered_set>
 #include <utility>
 
 #include <expat.h>
 
-#include "engine/documents/plainelements.h"
 #include "engine/failure.h"
 #include "host/messages.h"
 
@@ -20,11 +19,6 @@ namespace {
 // Small enough to stay in the cache between reading and parsing, large enough that the work a
 // chunk costs beside its bytes doesn't show.
 constexpr size_t kChunkBytes = size_t{16} << 10;
-
-// A run of plain elements shorter than this saves less than looking for the next one costs.
-constexpr size_t kWorthwhileRun = 512;
-// A tag that isn't complete is kept for the next chunk up to this length.
-constexpr size_t kTagHead = 1024;
 
 // A document shorter than this says little about itself; a file's kind shows in its first bytes.
 constexpr size_t kHeadBytes = 4;
@@ -65,6 +59,13 @@ constexpr Fault kFaults[] = {
     {XML_ERROR_INCORRECT_ENCODING, "the bytes aren't in the encoding that the document declares"},
 };
 
+// Looks a name up without making a string of it.
+struct NameHash {
+    using is_transparent = void;
+    size_t operator()(std::string_view name) const { return std::hash<std::string_view>()(name); }
+};
+using Names = std::unordered_set<std::string, NameHash, std::equal_to<>>;
+
 const char* ReasonOf(XML_Error error, std::string_view head)
 {
     for (const FileKind& kind : kFileKinds) {
@@ -89,6 +90,7 @@ struct DocumentGuard::Watch {
         XML_SetElementHandler(parser, OnStart, OnEnd);
         XML_SetCommentHandler(parser, OnComment);
         XML_SetProcessingInstructionHandler(parser, OnInstruction);
+        XML_SetStartCdataSectionHandler(parser, OnCdata);
         // Before the root only: it is the one callback that sees "<!DOCTYPE" where it begins, and
         // it would cost time on every text of the content.
         XML_SetDefaultHandler(parser, OnProlog);
@@ -97,96 +99,15 @@ struct DocumentGuard::Watch {
     Watch& operator=(const Watch&) = delete;
     ~Watch() { XML_ParserFree(parser); }
 
-    // The next bytes, a chunk at most. Plain elements are read here; everything else, and with it
-    // every doubt, is the parser's.
+    // What the parser holds of a token it reads again from its begin: each time as much more.
+    size_t ChunkBytes() const { return std::max(kChunkBytes, taken - tokenBegin); }
+
+    // The next bytes, a chunk at most.
     void Take(std::string_view bytes)
     {
-        taken += bytes.size();
         if (head.size() < kHeadBytes) head.append(bytes.substr(0, kHeadBytes - head.size()));
-        window.append(bytes);
-        std::string_view rest = window;
-        bool tryPlain = true;
-        while (!rest.empty()) {
-            if (IsBetweenTags()) {
-                const size_t run = PassPlainElements(rest);
-                rest.remove_prefix(run);
-                if (rest.empty() || IsHeadOfTag(rest)) break;  // its end comes with the next bytes
-                if (run < kWorthwhileRun) tryPlain = false;
-            }
-            const size_t size = SizeForParser(rest, tryPlain);
-            Parse(rest.data(), size);
-            rest.remove_prefix(size);
-            if (!IsBetweenTags()) tryPlain = false;
-        }
-        window.erase(0, window.size() - rest.size());
-    }
-
-    void Finish()
-    {
-        if (!window.empty()) Parse(window.data(), window.size());
-        Check(XML_Parse(parser, "", 0, XML_TRUE));
-    }
-
-    // How much the parser gets before the next look for plain elements: up to the end of the first
-    // empty element while they are likely, then up to the last end of any tag.
-    static size_t SizeForParser(std::string_view bytes, bool tryPlain)
-    {
-        size_t end = std::string_view::npos;
-        if (tryPlain) {
-            end = bytes.find("/>");
-            if (end != std::string_view::npos) ++end;
-        }
-        if (end == std::string_view::npos) end = bytes.rfind('>');
-        return end == std::string_view::npos ? bytes.size() : end + 1;
-    }
-
-    // The parser has just read a tag, the last of the bytes it has, and is within the root.
-    bool IsBetweenTags() const
-    {
-        return depth > 0 && lastTagEnd == fed && depth < limits.depth && !IsWide();
-    }
-
-    // In UTF-16 the bytes of a character may look like anything.
-    bool IsWide() const
-    {
-        return head.size() < 2 || head[0] == '\0' || head[1] == '\0' || head[0] == '\xff' ||
-               head[0] == '\xfe';
-    }
-
-    bool IsHeadOfTag(std::string_view bytes) const
-    {
-        return bytes.front() == '<' && bytes.size() <= std::min(kTagHead, limits.tokenBytes) &&
-               bytes.find('>') == std::string_view::npos;
-    }
-
-    // The parser doesn't see these bytes; its lines and columns are shifted by them from here on.
-    size_t PassPlainElements(std::string_view bytes)
-    {
-        const auto line = static_cast<int64_t>(XML_GetCurrentLineNumber(parser));
-        const auto column = static_cast<int64_t>(XML_GetCurrentColumnNumber(parser)) + 1;
-        const PlainRun run = ReadPlainElements(bytes, Place(), limits, places);
-        shiftLines = run.end.line - line;
-        shiftColumns = run.end.column - column;
-        shiftedLine = line;
-        return run.bytes;
-    }
-
-    // Where the parser is, in the document's own lines and columns.
-    ElementPlace Place() const
-    {
-        const auto line = static_cast<int64_t>(XML_GetCurrentLineNumber(parser));
-        auto column = static_cast<int64_t>(XML_GetCurrentColumnNumber(parser)) + 1;
-        if (line == shiftedLine) column += shiftColumns;
-        return {static_cast<uint32_t>(line + shiftLines), static_cast<uint32_t>(column)};
-    }
-
-    void Parse(const char* bytes, size_t size)
-    {
-        void* room = XML_GetBuffer(parser, static_cast<int>(size));
-        if (room == nullptr) throw std::bad_alloc();
-        std::memcpy(room, bytes, size);
-        fed += size;
-        Check(XML_ParseBuffer(parser, static_cast<int>(size), XML_FALSE));
+        taken += bytes.size();
+        Check(XML_Parse(parser, bytes.data(), static_cast<int>(bytes.size()), XML_FALSE));
 
         // What the parser holds back until it has the rest. It answers -1 when it dropped the
         // place; then the token's begin is where it was.
@@ -194,10 +115,17 @@ struct DocumentGuard::Watch {
         if (begin >= 0) tokenBegin = static_cast<size_t>(begin);
         // Newer parsers look at a token again only when it has doubled since they last did, so that
         // one within the limit may have its end, and more, lying unread up to twice the limit.
-        if (fed - tokenBegin > 2 * limits.tokenBytes) {
-            Note(kTokenTooLong, limits.tokenBytes);
-            throw *refusal;
-        }
+        if (taken - tokenBegin > 2 * limits.tokenBytes) Note(kTokenTooLong, limits.tokenBytes);
+        CheckText(tokenBegin);  // a text that goes on
+        if (refusal) throw *refusal;
+    }
+
+    void Finish() { Check(XML_Parse(parser, "", 0, XML_TRUE)); }
+
+    ElementPlace Place() const
+    {
+        return {static_cast<uint32_t>(XML_GetCurrentLineNumber(parser)),
+                static_cast<uint32_t>(XML_GetCurrentColumnNumber(parser) + 1)};
     }
 
     void Check(XML_Status status)
@@ -213,10 +141,11 @@ struct DocumentGuard::Watch {
         }
     }
 
-    void Note(int code, std::optional<size_t> limit)
+    void Note(int code, std::optional<size_t> limit) { NoteAt(Place(), code, limit); }
+
+    void NoteAt(ElementPlace place, int code, std::optional<size_t> limit)
     {
         if (refusal) return;  // the parser may call once more after it was stopped
-        const ElementPlace place = Place();
         std::vector<std::string> arguments{file, std::to_string(place.line),
                                            std::to_string(place.column)};
         if (limit) arguments.push_back(std::to_string(*limit));
@@ -229,16 +158,41 @@ struct DocumentGuard::Watch {
         if (TokenBytes() > limits.tokenBytes) Note(kTokenTooLong, limits.tokenBytes);
     }
 
+    // Of what stands between the last tag and `end`. Comments count: the tree doesn't keep them,
+    // and the texts on both sides of one are one text.
+    void CheckText(size_t end)
+    {
+        if (depth == 0 || end <= lastTagEnd || end - lastTagEnd <= limits.textBytes) return;
+        NoteAt(places.back(), kTextTooLong, limits.textBytes);
+    }
+
     void CheckTag()
     {
         CheckToken();
-        lastTagEnd = static_cast<size_t>(XML_GetCurrentByteIndex(parser)) + TokenBytes();
+        const auto begin = static_cast<size_t>(XML_GetCurrentByteIndex(parser));
+        CheckText(begin);
+        lastTagEnd = begin + TokenBytes();
+    }
+
+    // What becomes a node of the tree.
+    void CountNode()
+    {
+        if (nodes == limits.elements) Note(kTooManyElements, limits.elements);
+        ++nodes;
+    }
+
+    void CountName(const XML_Char* name)
+    {
+        const std::string_view text(name);
+        if (names.contains(text)) return;
+        if (names.size() == limits.names) Note(kTooManyNames, limits.names);
+        names.emplace(text);
     }
 
     // 0 for an end that has no tag of its own.
     size_t TokenBytes() const { return static_cast<size_t>(XML_GetCurrentByteCount(parser)); }
 
-    static void OnStart(void* self, const XML_Char*, const XML_Char**)
+    static void OnStart(void* self, const XML_Char* name, const XML_Char** attributes)
     {
         Watch& watch = *static_cast<Watch*>(self);
         const DocumentLimits& limits = watch.limits;
@@ -246,18 +200,19 @@ struct DocumentGuard::Watch {
         watch.CheckTag();
         if (++watch.depth > limits.depth) watch.Note(kTooDeep, limits.depth);
         // names and values are counted
-        const auto attributes =
-            static_cast<size_t>(XML_GetSpecifiedAttributeCount(watch.parser)) / 2;
-        if (attributes > limits.attributes) watch.Note(kTooManyAttributes, limits.attributes);
-        if (watch.places.size() == limits.elements) watch.Note(kTooManyElements, limits.elements);
+        const auto count = static_cast<size_t>(XML_GetSpecifiedAttributeCount(watch.parser)) / 2;
+        if (count > limits.attributes) watch.Note(kTooManyAttributes, limits.attributes);
+        watch.CountNode();
+        watch.CountName(name);
+        for (; *attributes != nullptr; attributes += 2) watch.CountName(*attributes);
         watch.places.push_back(watch.Place());
     }
 
     static void OnEnd(void* self, const XML_Char*)
     {
         Watch& watch = *static_cast<Watch*>(self);
-        --watch.depth;
         watch.CheckTag();
+        --watch.depth;
     }
 
     static void OnComment(void* self, const XML_Char*) { static_cast<Watch*>(self)->CheckToken(); }
@@ -265,7 +220,10 @@ struct DocumentGuard::Watch {
     static void OnInstruction(void* self, const XML_Char*, const XML_Char*)
     {
         static_cast<Watch*>(self)->CheckToken();
+        static_cast<Watch*>(self)->CountNode();
     }
+
+    static void OnCdata(void* self) { static_cast<Watch*>(self)->CountNode(); }
 
     static void OnProlog(void* self, const XML_Char* text, int size)
     {
@@ -280,16 +238,13 @@ struct DocumentGuard::Watch {
     const XML_Parser parser;
     std::optional<Failure> refusal;
     std::vector<ElementPlace> places;
+    Names names;  // of elements and attributes, each once
     std::string head;
-    std::string window;     // bytes taken that the parser doesn't have yet
-    size_t taken = 0;       // bytes of the document
-    size_t fed = 0;         // bytes that went to the parser; the next two count these
+    size_t taken = 0;       // bytes of the document; the next two count these
     size_t tokenBegin = 0;  // where the token begins that the parser holds
     size_t lastTagEnd = 0;
     size_t depth = 0;
-    int64_t shiftedLine = 0;  // the parser's line of the last run of plain elements
-    int64_t shiftLines = 0;
-    int64_t shiftColumns = 0;
+    size_t nodes = 0;
 };
 
 DocumentGuard::DocumentGuard(std::string file, const DocumentLimits& limits)
@@ -303,7 +258,7 @@ void DocumentGuard::Feed(std::string_view bytes)
     while (!bytes.empty()) {
         const size_t room = watch_->limits.documentBytes - watch_->taken;
         if (room == 0) RefuseDocumentSize(watch_->file, watch_->limits.documentBytes);
-        const size_t size = std::min({bytes.size(), kChunkBytes, room});
+        const size_t size = std::min({bytes.size(), watch_->ChunkBytes(), room});
         watch_->Take(bytes.substr(0, size));
         bytes.remove_prefix(size);
     }

@@ -18,7 +18,15 @@ struct DocumentLimits {
     size_t attributes = 256;
     /// Bytes of one tag, comment or processing instruction: a parser holds it whole.
     size_t tokenBytes = size_t{1} << 20;
+    /// Bytes from one tag to the next, comments among them: the tree's parser moves a text that
+    /// grows.
+    size_t textBytes = size_t{16} << 20;
+    /// Elements, and what else becomes a node of its own: processing instructions and CDATA
+    /// sections.
     size_t elements = 1'000'000;
+    /// Different names of elements and attributes, together: the tree's parser looks each name up
+    /// in lists that grow with them.
+    size_t names = 10'000;
     size_t documentBytes = size_t{256} << 20;
 };
 
@@ -30,11 +38,13 @@ struct ElementPlace {
 
 /// Watches a document's bytes as they come in and refuses it before it can cost anything: what is
 /// not well-formed, any DOCTYPE (and with it every entity and every file behind one), and what goes
-/// beyond the limits. It keeps no text, so a document of any size passes through little memory.
+/// beyond the limits. Of the text it keeps each name once, so a document of any size passes through
+/// little memory.
 ///
 /// Errors  Failure of kind Document: kDoctype, kTooDeep, kTooManyAttributes, kTokenTooLong,
-///         kTooManyElements, kDocumentTooLarge, kNotWellFormed; each but kDocumentTooLarge with
-///         line and column. After a refusal the guard must not be used again.
+///         kTextTooLong, kTooManyElements, kTooManyNames, kDocumentTooLarge, kNotWellFormed; each
+///         but kDocumentTooLarge with line and column. After a refusal the guard must not be used
+///         again.
 /// Order   Feed() as often as there are bytes, then Finish().
 /// Threads one thread at a time.
 class DocumentGuard {

@@ -1,14 +1,9 @@
 #include "engine/documents/documentloader.h"
 
-#include <cerrno>
-#include <cstring>
 #include <utility>
 #include <vector>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
+#include "engine/bytesource.h"
 #include "engine/documents/documenttree.h"
 #include "engine/documents/treetext.h"
 #include "engine/failure.h"
@@ -20,57 +15,10 @@ namespace MCVelscore_850 {
 
 namespace {
 
-constexpr size_t kReadBytes = size_t{64} << 10;
+// As much as a tag may have: the guard reads one that isn't whole again with the next block.
+constexpr size_t kReadBytes = size_t{1} << 20;
 // The root of the older form.
 constexpr std::string_view kLegacyRoot = "zelt-ml";
-
-// An open file or standard input, closed if it was opened here.
-class Input {
-public:
-    explicit Input(const std::string& path)
-        : name_(path == "-" ? "standard input" : path),
-          descriptor_(path == "-" ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC))
-    {
-        if (descriptor_ < 0) Refuse(std::strerror(errno));
-        struct stat status {};
-        if (::fstat(descriptor_, &status) != 0) return;
-        if (S_ISDIR(status.st_mode)) {
-            if (descriptor_ != STDIN_FILENO) ::close(descriptor_);
-            Refuse(std::strerror(EISDIR));
-        }
-        if (S_ISREG(status.st_mode)) size_ = static_cast<size_t>(status.st_size);
-    }
-    Input(const Input&) = delete;
-    Input& operator=(const Input&) = delete;
-    ~Input()
-    {
-        if (descriptor_ != STDIN_FILENO) ::close(descriptor_);
-    }
-
-    // Up to `size` bytes, 0 at the end.
-    size_t Read(char* bytes, size_t size) const
-    {
-        for (;;) {
-            const ssize_t count = ::read(descriptor_, bytes, size);
-            if (count >= 0) return static_cast<size_t>(count);
-            if (errno != EINTR) Refuse(std::strerror(errno));
-        }
-    }
-
-    const std::string& Name() const { return name_; }
-    // Of a regular file; 0 for anything else.
-    size_t Size() const { return size_; }
-
-private:
-    [[noreturn]] void Refuse(const std::string& reason) const
-    {
-        throw Failure(FailureKind::Document, kCannotRead, {name_, reason});
-    }
-
-    std::string name_;
-    int descriptor_;
-    size_t size_ = 0;
-};
 
 // What comes after the guard: the tree, and a look at its root.
 Document Build(std::string_view bytes, const std::string& file,
@@ -103,7 +51,7 @@ Document::~Document() = default;
 
 Document LoadDocument(const std::string& path, const DocumentLimits& limits)
 {
-    const Input input(path);
+    InputFile input(path, nullptr, FailureKind::Document);
     if (input.Size() > limits.documentBytes) RefuseDocumentSize(input.Name(), limits.documentBytes);
 
     // The guard sees each block before the next one is read, so that a document that it refuses

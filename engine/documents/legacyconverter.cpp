@@ -34,7 +34,7 @@ using Old = ZELTModelTags;
 using Tags = PMMLModelTags;
 using Elements = std::vector<DOMElement*>;
 using Names = std::vector<std::string>;
-// Attribute names and texts, in order; an empty text is left out.
+// Attribute names and texts.
 using Attributes = std::vector<std::pair<std::string, std::string>>;
 
 const std::string kConstant = "(Constant)";
@@ -61,15 +61,6 @@ const TypeRow kTypes[] = {
      Tags::XML_VAL_RM_FUNC_NAME_C},
 };
 
-template <class... Args>
-[[noreturn]] void RefuseAt(const DOMElement* element, int code, Args... args)
-{
-    VSException refusal(gErrorFormater);
-    refusal.PutErrorMessage(code, args...);
-    refusal.SetPlace(PlaceOf(element));
-    throw VSException(refusal);
-}
-
 // As readers make it of a document's text: a number may have a plus sign.
 std::unique_ptr<ScoreValue> ValueOf(const ScoreDictVar& var, const std::string& text)
 {
@@ -79,10 +70,13 @@ std::unique_ptr<ScoreValue> ValueOf(const ScoreDictVar& var, const std::string& 
     return std::unique_ptr<ScoreValue>(var.MakeValue(text));
 }
 
-DOMElement* Add(DOMElement* parent, const std::string& tag, const Attributes& attributes)
+// An optional attribute without text is left out. A name stays also when it is the empty one.
+DOMElement* Add(DOMElement* parent, const std::string& tag, const Attributes& attributes,
+                const Attributes& optional = {})
 {
     DOMElement* element = AddElement(parent, tag);
-    for (const auto& [name, text] : attributes) {
+    for (const auto& [name, text] : attributes) SetAttributeText(element, name, text);
+    for (const auto& [name, text] : optional) {
         if (!text.empty()) SetAttributeText(element, name, text);
     }
     return element;
@@ -329,9 +323,9 @@ DOMElement* Conversion::AddModel(DOMElement* root) const
     return Add(
         root, Tags::XML_ELE_REGRESSMODEL,
         {{Tags::XML_ATT_RM_MODEL_TYPE, type_->modelType},
-         {Tags::XML_ATT_RM_ALGOR_NAME, type_->algorithm},
          {Tags::XML_ATT_FUNCTIONNAME, type_->function},
-         {Tags::XML_ATT_RM_TARGET_VAR, target_},
+         {Tags::XML_ATT_RM_TARGET_VAR, target_}},
+        {{Tags::XML_ATT_RM_ALGOR_NAME, type_->algorithm},
          {Tags::XML_VAL_NAME_MODELDF, AttributeText(modelElement_, Old::XML_ATT_RM_MODEL_DF)}});
 }
 
@@ -448,9 +442,9 @@ void Conversion::AddParamMatrix(DOMElement* model)
             continue;
         }
         Add(matrix, Tags::XML_ELE_PCELL,
+            {{Tags::XML_ATT_PC_PARAMNAME, AttributeText(cell, Old::XML_ATT_PARAMETER_NAME)},
+             {Tags::XML_ATT_PC_BETA, AttributeText(cell, Old::XML_ATT_PC_BETA)}},
             {{Tags::XML_ATT_PC_TARGET_CAT, category},
-             {Tags::XML_ATT_PC_PARAMNAME, AttributeText(cell, Old::XML_ATT_PARAMETER_NAME)},
-             {Tags::XML_ATT_PC_BETA, AttributeText(cell, Old::XML_ATT_PC_BETA)},
              {Tags::XML_ATT_PC_DF, AttributeText(cell, Old::XML_ATT_PC_DF)}});
     }
     NoteLeftOut(Old::XML_ELE_P_TABLE, unknown);

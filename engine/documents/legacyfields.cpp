@@ -15,7 +15,6 @@
 #include "host/numericvalue.h"
 #include "host/pmmlmodeltags.h"
 #include "host/scoredictvar.h"
-#include "host/vsexception.h"
 #include "readers/zeltmodeltags.h"
 
 namespace MCVelscore_850 {
@@ -215,10 +214,7 @@ void AddMissingRanges(DOMElement* field, const LegacyVariable& variable, const V
         said = level == ScoreDictVar::CONTINUOUS && AddIntervalsAround(field, ranges);
     }
     if (said || !matters) return;
-    VSException refusal(gErrorFormater);
-    refusal.PutErrorMessage(kMissingRangeOfList, variable.var->GetName().c_str());
-    refusal.SetPlace(PlaceOf(variable.element));
-    throw VSException(refusal);
+    RefuseAt(variable.element, kMissingRangeOfList, variable.var->GetName().c_str());
 }
 
 }  // namespace
@@ -236,11 +232,12 @@ void AddDataField(DOMElement* dictionary, const LegacyVariable& variable)
     const ScoreDictVar::MeasureLevel level = LevelOf(variable);
     ValueList values = DeclaredValues(variable);
     const bool isFactor = variable.use == FieldUse::Factor;
-    // Any number may meet a factor that isn't declared as one and lists no valid value; once a
+    // Any number may meet a factor that lists no valid value, declared as one or continuous; once a
     // value is declared missing the field would be closed to those that no cell names.
-    const bool anyNumber = isFactor && IsContinuous(var) && !values.HasValid();
-    // Likewise any text a factor without a list, whose cells tell their categories here.
-    const bool anyText = isFactor && !IsNumeric(var) && var.HasOpenCategories();
+    const bool isOpen = IsContinuous(var) ? !values.HasValid() : var.HasOpenCategories();
+    const bool anyNumber = isFactor && isOpen && IsNumeric(var);
+    // Likewise any text, whose cells tell their categories here.
+    const bool anyText = isFactor && isOpen && !IsNumeric(var);
     if (anyText || (!IsContinuous(var) && !var.HasOpenCategories())) {
         for (const std::string& text : variable.cellValues) values.Add({text, "", false});
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <set>
+#include <unordered_map>
 
 #include <xercesc/dom/DOM.hpp>
 
@@ -59,6 +60,7 @@ public:
     {
         return nullptr;
     }
+    using PMMLTranslator::CurrentElement;
 };
 
 // The expression of an output field; null without one.
@@ -91,31 +93,57 @@ bool IsTextType(const std::string& dataType)
     return dataType == "string" || dataType == "boolean";
 }
 
-// An element of a tree that stands for itself, released at the end.
-class Fragment {
+// A section of transformations beside the document's tree, made of copies of its elements; released
+// at the end. It knows which element of the document each one stands for.
+class ExpressionSection {
 public:
-    Fragment(xercesc::DOMDocument* document, const std::string& tag)
-        : document_(document), element_(document->createElement(XmlFromUtf8(tag).c_str()))
+    explicit ExpressionSection(xercesc::DOMDocument* tree)
+        : tree_(tree),
+          section_(tree->createElement(XmlFromUtf8(Tags::XML_ELE_LOCALTRANSFORMATIONS).c_str()))
     {}
-    Fragment(const Fragment&) = delete;
-    Fragment& operator=(const Fragment&) = delete;
-    ~Fragment() { element_->release(); }
+    ExpressionSection(const ExpressionSection&) = delete;
+    ExpressionSection& operator=(const ExpressionSection&) = delete;
+    ~ExpressionSection() { section_->release(); }
 
-    DOMElement* Get() const { return element_; }
-    void AppendCopy(const DOMElement* element)
+    DOMElement* Get() const { return section_; }
+    void AddFunction(const DOMElement* function) { AppendCopy(section_, function); }
+    // A derived field for the output field that has this expression; its attributes are to be set.
+    DOMElement* AddField(const DOMElement* outputField, const DOMElement* expression)
     {
-        element_->appendChild(document_->importNode(element, true));
+        DOMElement* field = tree_->createElement(XmlFromUtf8(kDerivedField).c_str());
+        section_->appendChild(field);
+        sources_.emplace(field, outputField);
+        AppendCopy(field, expression);
+        return field;
     }
-    DOMElement* Append(const std::string& tag)
+    // An element of the document stands for itself.
+    const DOMElement* SourceOf(const DOMElement* element) const
     {
-        DOMElement* child = document_->createElement(XmlFromUtf8(tag).c_str());
-        element_->appendChild(child);
-        return child;
+        const auto found = sources_.find(element);
+        return found == sources_.end() ? element : found->second;
     }
 
 private:
-    xercesc::DOMDocument* document_;
-    DOMElement* element_;
+    void AppendCopy(DOMElement* parent, const DOMElement* source)
+    {
+        auto* copy = static_cast<DOMElement*>(tree_->importNode(source, true));
+        parent->appendChild(copy);
+        NoteSources(copy, source);
+    }
+    // The guard bounds the depth, and with it this recursion.
+    void NoteSources(const DOMElement* copy, const DOMElement* source)
+    {
+        sources_.emplace(copy, source);
+        const DOMElement* child = source->getFirstElementChild();
+        for (const auto* each = copy->getFirstElementChild(); each != nullptr;
+             each = each->getNextElementSibling(), child = child->getNextElementSibling()) {
+            NoteSources(each, child);
+        }
+    }
+
+    xercesc::DOMDocument* tree_;
+    DOMElement* section_;
+    std::unordered_map<const DOMElement*, const DOMElement*> sources_;
 };
 
 Feature FeatureOf(const DOMElement* element)
@@ -196,13 +224,11 @@ std::unique_ptr<OutputSection> ReadOutputSection(const Document& document, const
     section->displayValues = DisplayValues(root, model);
     section->dictionary = std::make_unique<BaseDictionary>();
 
-    Fragment expressions(tree, Tags::XML_ELE_LOCALTRANSFORMATIONS);
-    for (const DOMElement* transformations :
-         {ChildElement(root, Tags::XML_ELE_TRANSFORMATION),
-          ChildElement(modelElement, Tags::XML_ELE_LOCALTRANSFORMATIONS)}) {
-        for (const DOMElement* function : ChildElements(transformations, kDefineFunction)) {
-            expressions.AppendCopy(function);
-        }
+    // The document's own section of functions is read with any other.
+    ExpressionSection expressions(tree);
+    for (const DOMElement* function : ChildElements(
+             ChildElement(modelElement, Tags::XML_ELE_LOCALTRANSFORMATIONS), kDefineFunction)) {
+        expressions.AddFunction(function);
     }
     const auto elements = ChildElements(output, "OutputField");
     std::set<std::string> names;
@@ -220,14 +246,13 @@ std::unique_ptr<OutputSection> ReadOutputSection(const Document& document, const
             if (expression == nullptr) RefuseAt(element, kExpressionMissing, field.name.c_str());
             const std::string type = TypeOf(element, expression);
             const std::string optype = AttributeText(element, Tags::XML_ATT_DATAFIELD_OPTYPE);
-            DOMElement* derived = expressions.Append(kDerivedField);
+            DOMElement* derived = expressions.AddField(element, expression);
             SetAttributeText(derived, Tags::XML_ATT_NAME, field.name);
             SetAttributeText(derived, kDataType, type);
             SetAttributeText(derived, Tags::XML_ATT_DATAFIELD_OPTYPE,
                              !optype.empty()    ? optype
                              : IsTextType(type) ? kCategorical
                                                 : Tags::XML_VAL_OT_CONTINUOUS);
-            derived->appendChild(tree->importNode(expression, true));
         } else if (!section->dictionary->AddVar(field.name, VariableOf(field, model).release())) {
             RefuseAt(element, kDuplicateField, field.name.c_str());
         }
@@ -235,8 +260,13 @@ std::unique_ptr<OutputSection> ReadOutputSection(const Document& document, const
     }
 
     ExpressionReader reader;
-    section->expressions.reset(
-        reader.HandleTransformationDictionary(expressions.Get(), section->dictionary.get()));
+    try {
+        section->expressions.reset(
+            reader.HandleTransformationDictionary(expressions.Get(), section->dictionary.get()));
+    } catch (VSException& refusal) {
+        refusal.SetPlace(PlaceOf(expressions.SourceOf(reader.CurrentElement())));
+        throw VSException(refusal);
+    }
     std::set<std::string> inputs;
     for (OutputField& field : section->fields) {
         if (field.feature == Feature::Residual && model.GetTargetVar() != nullptr) {

@@ -14,6 +14,12 @@ namespace MCVelscore_850 {
 using xercesc::DOMElement;
 using Tags = PMMLModelTags;
 
+namespace {
+
+constexpr double kSelectorVersion = 3.1;  // from here on selectors are looked at
+
+}  // namespace
+
 std::vector<DOMElement*> DataFields(const DOMElement* root)
 {
     return ChildElements(ChildElement(root, Tags::XML_ELE_DATADICTIONARY), "DataField");
@@ -28,6 +34,17 @@ std::vector<DOMElement*> MiningFields(const DOMElement* root)
 std::vector<DOMElement*> Predictors(const DOMElement* root, const std::string& list)
 {
     return ChildElements(ChildElement(ModelElement(root), list), Tags::XML_ELE_PREDICTOR);
+}
+
+bool TakesContrasts(const DOMElement* root)
+{
+    const DOMElement* model = ModelElement(root);
+    if (model == nullptr) return false;
+    const std::string type = AttributeText(model, Tags::XML_ATT_RM_MODEL_TYPE);
+    const std::string selector = VersionOf(root) < kSelectorVersion ? "" : SelectorOf(model);
+    return type == Tags::XML_VAL_MT_COXRGN || selector == Tags::XML_VAL_MN_COXREG ||
+           selector == Tags::XML_VAL_MN_CSCOXREG ||
+           (type == Tags::XML_VAL_MT_MLR && selector == Tags::XML_VAL_MT_XCONLOG);
 }
 
 DOMElement* TargetDataField(const DOMElement* root)

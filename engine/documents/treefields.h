@@ -19,6 +19,9 @@ std::vector<xercesc::DOMElement*> MiningFields(const xercesc::DOMElement* root);
 /// The Predictor elements of a FactorList or CovariateList, in order.
 std::vector<xercesc::DOMElement*> Predictors(const xercesc::DOMElement* root,
                                              const std::string& list);
+/// True where the document's model reads contrast matrices: Cox models, and a multinomialLogistic
+/// model with its selector.
+bool TakesContrasts(const xercesc::DOMElement* root);
 /// The DataField of the model's target: the one of the mining schema, else the one that the model
 /// names; null without one.
 xercesc::DOMElement* TargetDataField(const xercesc::DOMElement* root);

@@ -91,6 +91,21 @@ std::string_view LocalNameOf(std::string_view name)
     return colon == std::string_view::npos ? name : name.substr(colon + 1);
 }
 
+std::optional<std::string> NamespaceOf(const xercesc::DOMElement* element,
+                                       const std::string& prefix)
+{
+    const XmlText declaration = XmlFromUtf8("xmlns:" + prefix);
+    for (const xercesc::DOMNode* node = element;
+         node != nullptr && node->getNodeType() == xercesc::DOMNode::ELEMENT_NODE;
+         node = node->getParentNode()) {
+        const auto* e = static_cast<const xercesc::DOMElement*>(node);
+        if (e->hasAttribute(declaration.c_str())) {
+            return Utf8FromXml(e->getAttribute(declaration.c_str()));
+        }
+    }
+    return std::nullopt;
+}
+
 std::string Listed(const std::vector<std::string>& names)
 {
     std::string text;

@@ -1,6 +1,7 @@
 #ifndef VELSCORE_ENGINE_DOCUMENTS_TREETEXT_H
 #define VELSCORE_ENGINE_DOCUMENTS_TREETEXT_H
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,6 +37,10 @@ bool IsPmmlRoot(const xercesc::DOMElement* root);
 /// The part of a qualified name before the colon, empty without one, and the part after it.
 std::string_view PrefixOf(std::string_view name);
 std::string_view LocalNameOf(std::string_view name);
+
+/// The namespace that a prefix stands for at the element; none where nothing declares it.
+std::optional<std::string> NamespaceOf(const xercesc::DOMElement* element,
+                                       const std::string& prefix);
 
 /// Names for a message: "a", "b", "c" and 4 more.
 std::string Listed(const std::vector<std::string>& names);

@@ -36,7 +36,7 @@ const DOMElement* ForcedChild(const DOMElement* parent, const std::string& tag)
 {
     const DOMElement* child = ChildElement(parent, tag);
     if (child != nullptr) return child;
-    RefuseAt(parent, 260115, tag.c_str(), Utf8FromXml(parent->getTagName()).c_str());
+    RefuseAt(parent, kAbsent, tag.c_str(), Utf8FromXml(parent->getTagName()).c_str());
 }
 
 void ReadShare(const DOMElement* field, const std::string& attribute, double& share)
@@ -44,7 +44,7 @@ void ReadShare(const DOMElement* field, const std::string& attribute, double& sh
     const std::string text = AttributeText(field, attribute);
     if (text.empty()) return;
     if (ReadNumber(text, share) == NumberText::Number && share >= 0.0) return;
-    RefuseAt(field, kNotANumber, text.c_str());
+    RefuseAt(field, kNotANumber, text.c_str(), attribute.c_str());
 }
 
 }  // namespace
@@ -62,6 +62,7 @@ std::unique_ptr<VerificationTable> ReadVerification(const Document& document)
     for (const DOMElement* element : ChildElements(ForcedChild(section, kFields), kField)) {
         VerificationTable::Field field;
         field.name = AttributeText(element, kFieldName);
+        field.place = PlaceOf(element);
         ReadShare(element, kPrecision, field.precision);
         ReadShare(element, kZeroThreshold, field.zeroThreshold);
         std::string column = AttributeText(element, kColumn);

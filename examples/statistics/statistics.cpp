@@ -1,5 +1,5 @@
-// Planning a study with the statistics library: critical values, the power of a test, the size of the
-// effect that a study can see. It uses nothing of the library but its public headers.
+// Planning a study with the statistics library: critical values, the power of a test, the size of
+// the effect that a study can see. It uses nothing of the library but its public headers.
 //
 //   build/release/bin/statistics_example
 
@@ -37,7 +37,8 @@ int main()
     const double power = 1.0 - MCDistFun::NonCentralCdfT(critical, df, delta) +
                          MCDistFun::NonCentralCdfT(-critical, df, delta);
     Print("power for a difference of one standard deviation", power);
-    // The delta that is found with 80 per cent: its distribution leaves 20 per cent below the critical t.
+    // The delta that is found with 80 per cent: its distribution leaves 20 per cent below the
+    // critical t.
     Print("delta for a power of 80 per cent", MCDistFun::FindNCParamT(critical, df, 0.2, 1e-9));
 
     Print("t with no degrees of freedom", MCDistFun::IdfT(0.975, 0.0));

@@ -313,5 +313,68 @@ TEST(ValuesAsIsRule, LeavesOtherTreatments)
     EXPECT_TRUE(Adapted(AsIs("invalidValueTreatment='asIs'", open).Text()).Untouched());
 }
 
+// Replacements that are none of a factor's categories.
+
+// A factor f of that type, its mining field with these attributes.
+Parts Replaced(const std::string& attributes, const std::string& type, const std::string& values)
+{
+    Parts parts = AsIs("",
+                       "<DataField name='a' optype='continuous' dataType='double'/>"
+                       "<DataField name='f' optype='categorical' dataType='" +
+                           type + "'>" + values + "</DataField>");
+    parts.schema =
+        "<MiningField name='y' usageType='target'/><MiningField name='a'/>"
+        "<MiningField name='f' " +
+        attributes + "/>";
+    return parts;
+}
+
+TEST(ReplacementUnlistedRule, TellsAReplacementThatIsNoCategoryAndChangesNothing)
+{
+    struct Case {
+        std::string attributes;
+        const char* type;
+        const char* values;
+        const char* told;  // the text; null for nothing
+    };
+    const Case cases[] = {
+        {"missingValueReplacement='-1'", "string", "<Value value='u'/>", "\"-1\""},
+        {"missingValueReplacement='u'", "string", "<Value value='u'/>", nullptr},
+        {"missingValueReplacement='-1'", "string",
+         "<Value value='u'/><Value value='-1' property='invalid'/>", "\"-1\""},
+        {"invalidValueTreatment='asValue' invalidValueReplacement='0'", "string",
+         "<Value value='u'/>", "\"0\""},
+        {"invalidValueReplacement='0'", "string", "<Value value='u'/>", nullptr},
+        {"missingValueReplacement='-1'", "string", "", nullptr},  // takes any text
+        {"missingValueReplacement='-1'", "string",
+         "<Value value='u'/><Extension extender='velscore' name='unlistedCategories' "
+         "value='accept'/>",
+         nullptr},
+        {"missingValueReplacement='1.0'", "integer", "<Value value='1'/>", nullptr},
+        {"missingValueReplacement='2'", "integer", "<Value value='1'/>", "\"2\""},
+        {"missingValueReplacement='1'", "boolean", "<Value value='true'/>", nullptr},
+        {"missingValueReplacement='0'", "boolean", "<Value value='true'/>", "\"0\""},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.attributes + " " + each.type + " " + each.values);
+        const Adapted adapted(Replaced(each.attributes, each.type, each.values).Text());
+        EXPECT_EQ(adapted.before, adapted.after);
+        EXPECT_EQ(adapted.Rules(), each.told == nullptr ? "" : "replacement-unlisted");
+        if (each.told == nullptr || adapted.adaptations.empty()) continue;
+        EXPECT_EQ(adapted.adaptations[0].change.rfind(
+                      "replacement " + std::string(each.told) + " of \"f\" is none of its ", 0),
+                  0u)
+            << adapted.adaptations[0].change;
+    }
+}
+
+// A cell adds its category to those that the field lists.
+TEST(ReplacementUnlistedRule, CategoriesOfCellsAreListedToo)
+{
+    Parts parts = Replaced("missingValueReplacement='7'", "string", "<Value value='u'/>");
+    parts.cells += "<PPCell parameterName='pb' predictorName='f' value='7'/>";
+    EXPECT_TRUE(Adapted(parts.Text()).Untouched());
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

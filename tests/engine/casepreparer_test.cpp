@@ -27,6 +27,14 @@ protected:
     }
     CaseStatus Prepare(const Row& row) { return preparer_->Prepare(row); }
     const ScoreValue& Value(int position) const { return *preparer_->Record().GetValue(position); }
+    static void SetLimits(DictVar& var, double low, double high, int treatment)
+    {
+        auto stats = std::make_unique<VarStats>();
+        stats->SetMinimum(low);
+        stats->SetMaximum(high);
+        var.SetVarStats(stats.release());
+        var.SetOutlierTreatment(treatment);
+    }
     double Number(int position) const { return Value(position).GetDouble(); }
     bool IsMissing(const DictVar& var, int position) const
     {
@@ -180,11 +188,7 @@ TEST_F(CasePreparerTest, DatesAreReadAndOtherTextIsRefused)
 TEST_F(CasePreparerTest, OutliersAsExtremesTakeTheLimits)
 {
     DictVar& x = model_.AddNumber("x");
-    auto stats = std::make_unique<VarStats>();
-    stats->SetMinimum(20.0);
-    stats->SetMaximum(80.0);
-    x.SetVarStats(stats.release());
-    x.SetOutlierTreatment(ScoreDictVar::AS_EXTREME);
+    SetLimits(x, 20.0, 80.0, ScoreDictVar::AS_EXTREME);
     Bind({"x"});
     const std::pair<const char*, double> kRows[] = {{"10", 20}, {"20", 20}, {"50", 50}, {"99", 80}};
     for (const auto& [text, taken] : kRows) {
@@ -193,6 +197,36 @@ TEST_F(CasePreparerTest, OutliersAsExtremesTakeTheLimits)
     }
     ASSERT_TRUE(Prepare({""}).IsOK());
     EXPECT_TRUE(IsMissing(x, 0));
+}
+
+TEST_F(CasePreparerTest, MissingValueIsNoOutlierHoweverFarBeyondTheLimits)
+{
+    DictVar& x = model_.AddNumber("x");
+    SetLimits(x, 0.0, 80.0, ScoreDictVar::AS_EXTREME);
+    x.DeclareValue(std::make_unique<NumericValue>(-999.0), "-999", DictVar::Property::Missing);
+    Bind({"x"});
+    ASSERT_TRUE(Prepare({"-999"}).IsOK());
+    EXPECT_TRUE(IsMissing(x, 0));
+    ASSERT_TRUE(Prepare({"-998"}).IsOK());
+    EXPECT_EQ(Number(0), 0.0);
+}
+
+TEST_F(CasePreparerTest, LimitsOfDatesCountFromTheTypesOwnOrigin)
+{
+    DictVarType type = TypeOf("day", ScoreDictVar::CONTINUOUS, ScoreDictVar::DATETIME);
+    type.dateTimeType = ScoreDictVar::DATE_DAYS_SINCE_1980;
+    DictVar& day = model_.Add(type);
+    SetLimits(day, 100.0, 200.0, ScoreDictVar::AS_EXTREME);
+    Bind({"day"});
+    constexpr double kOrigin = 3652.0;  // days from 1970 to 1980, with two leap years
+    const std::pair<const char*, double> kRows[] = {
+        {"99", 100}, {"100", 100}, {"150", 150}, {"201", 200}, {"1980-01-01", 100}};
+    for (const auto& [text, taken] : kRows) {
+        ASSERT_TRUE(Prepare({text}).IsOK());
+        EXPECT_EQ(Number(0), kOrigin + taken) << text;
+    }
+    ASSERT_TRUE(Prepare({""}).IsOK());
+    EXPECT_TRUE(IsMissing(day, 0));
 }
 
 TEST_F(CasePreparerTest, MissingCategoryIsReplacedOnlyUnderSubstitution)
@@ -264,6 +298,79 @@ TEST_F(CasePreparerTest, InvalidValueAsMissingThenTakesTheReplacement)
     EXPECT_EQ(Value(0).GetString(), "f");
 }
 
+TEST_F(CasePreparerTest, ReplacementThatIsNoCategoryIsTakenAllTheSame)
+{
+    DictVar& sex = model_.AddText("sex", {"f", "m"});
+    treatments_ = {{.name = "sex",
+                    .invalidValueTreatment = "asValue",
+                    .invalidValueReplacement = "__unknown",
+                    .missingValueReplacement = "N/A"}};
+    Bind({"sex"});
+    const std::pair<const char*, const char*> kRows[] = {
+        {"", "N/A"}, {"x", "__unknown"}, {"m", "m"}};
+    for (const auto& [text, taken] : kRows) {
+        ASSERT_TRUE(Prepare({text}).IsOK());
+        EXPECT_EQ(Value(0).GetString(), taken);
+        EXPECT_TRUE(sex.Accepts(&Value(0))) << taken;
+    }
+    // In another row, where nothing put it in, the same text is not valid.
+    treatments_ = {{.name = "sex", .missingValueReplacement = "N/A"}};
+    Bind({"sex"});
+    ASSERT_TRUE(Prepare({""}).IsOK());
+    ASSERT_TRUE(Prepare({"N/A"}).IsOK());
+    EXPECT_FALSE(sex.Accepts(&Value(0)));
+}
+
+// A contrast matrix has a row for each category: one beside them has no place in it.
+TEST_F(CasePreparerTest, ReplacementThatIsNoCategoryOfContrastsIsLeftToTheVariable)
+{
+    DictVar& sex = model_.AddText("sex", {"f", "m"});
+    model_.description.factors = {"sex"};
+    model_.description.contrasts = {{.predictor = "sex", .categories = {"f", "m"}, .rows = {}}};
+    treatments_ = {{.name = "sex", .missingValueReplacement = "N/A"}};
+    Bind({"sex"});
+    ASSERT_TRUE(Prepare({""}).IsOK());
+    EXPECT_FALSE(sex.Accepts(&Value(0)));
+}
+
+// A text has no place in a field of numbers; it is none of a factor's categories all the same.
+TEST_F(CasePreparerTest, ReplacementThatIsNoNumberEqualsNoCategory)
+{
+    DictVar& code = model_.Add(TypeOf("code", ScoreDictVar::CATEGORICAL, ScoreDictVar::NUMERIC));
+    code.DeclareValue(std::make_unique<NumericValue>(1.0), "1", DictVar::Property::Valid);
+    model_.description.factors = {"code"};
+    for (const char* text : {"N/A", "-1"}) {
+        treatments_ = {{.name = "code", .missingValueReplacement = text}};
+        Bind({"code"});
+        ASSERT_TRUE(Prepare({""}).IsOK());
+        EXPECT_TRUE(code.Accepts(&Value(0))) << text;
+        EXPECT_FALSE(NumericValue(1.0).Equals(&Value(0))) << text;
+    }
+}
+
+TEST_F(CasePreparerTest, InvalidValueAsIsIsTakenWhereTheModelDoesNotReadItAsAFactor)
+{
+    DictVar& derivedOnly = model_.AddText("t", {"a", "b"});
+    DictVar& factor = model_.AddText("f", {"a", "b"});
+    DictVarType whole = NumberType("n");
+    whole.dataType = "integer";
+    DictVar& number = model_.Add(whole);
+    model_.description.factors = {"f"};
+    for (const char* name : {"t", "f", "n"}) {
+        treatments_.push_back({.name = name, .invalidValueTreatment = "asIs"});
+    }
+    Bind({"t", "f", "n"});
+    ASSERT_TRUE(Prepare({"c", "c", "1.5"}).IsOK());
+    EXPECT_TRUE(derivedOnly.Accepts(&Value(0)));
+    EXPECT_FALSE(factor.Accepts(&Value(1)));
+    EXPECT_TRUE(number.Accepts(&Value(2)));
+    EXPECT_EQ(Value(0).GetString(), "c");
+    EXPECT_EQ(Number(2), 1.5);
+    ASSERT_TRUE(Prepare({"", "a", ""}).IsOK());  // nothing of it stays
+    EXPECT_TRUE(IsMissing(derivedOnly, 0));
+    EXPECT_TRUE(IsMissing(number, 2));
+}
+
 TEST_F(CasePreparerTest, MissingValueCanRefuseTheRow)
 {
     model_.AddNumber("x");
@@ -289,6 +396,20 @@ TEST_F(CasePreparerTest, UnlistedValuesAreCountedWithTheFirstThreeDifferentOnes)
     EXPECT_EQ(unlisted[0].column, "sex");
     EXPECT_EQ(unlisted[0].count, 5);
     EXPECT_EQ(unlisted[0].first, (std::vector<std::string>{"femal", "mael", "M"}));
+}
+
+TEST_F(CasePreparerTest, TheFirstUnlistedValueMayBeTheReferenceThatAListLacks)
+{
+    model_.AddText("sex", {"f"}).SetAcceptsUnlisted(true);
+    Bind({"sex"}, {.withoutReference = {"sex"}});
+    for (const char* text : {"m", "f", "m", "", "m"}) ASSERT_TRUE(Prepare({text}).IsOK());
+    EXPECT_TRUE(preparer_->Unlisted().empty());
+    for (const char* text : {"mael", "m", "mael"}) ASSERT_TRUE(Prepare({text}).IsOK());
+    const std::vector<UnlistedValues> unlisted = preparer_->Unlisted();
+    ASSERT_EQ(unlisted.size(), 1u);
+    EXPECT_EQ(unlisted[0].count, 2);
+    EXPECT_EQ(unlisted[0].first, (std::vector<std::string>{"m", "mael"}));
+    EXPECT_TRUE(unlisted[0].oneMayBeReference);
 }
 
 // Twice a variable, read from the record as any expression does.
@@ -342,6 +463,96 @@ TEST_F(CasePreparerTest, DerivedValuesStandInTheRecordInTheOrderOfTheirInputs)
     EXPECT_TRUE(derived.IsMissing(&Value(position)));
     ASSERT_TRUE(Prepare({"2"}).IsOK());
     EXPECT_EQ(Number(position), 8.0);
+}
+
+// The model reads "twofold", and x as well where `reads` says so.
+class ReplacementsOfDerivedTest : public CasePreparerTest {
+protected:
+    ReplacementsOfDerivedTest() : x_(model_.AddNumber("x"))
+    {
+        auto transformations = std::make_unique<TransformationDictionary>();
+        auto twofold =
+            std::make_unique<TransformVar>(NumberType("twofold"), std::make_shared<Twice>(x_));
+        transformations->AddVar("twofold", twofold.release());
+        model_.SetTransformationScoreDictionary(transformations.release());
+    }
+    double Twofold() const { return Number(preparer_->Record().GetVarIndex("twofold")); }
+
+    DictVar& x_;
+};
+
+TEST_F(ReplacementsOfDerivedTest, ReplacementOfANumberReachesThem)
+{
+    x_.DeclareInterval({-10.0, 50.0, true, true});
+    SetLimits(x_, 0.0, 20.0, ScoreDictVar::AS_MISSING);
+    // Beyond the limits itself: what is put in isn't judged again.
+    treatments_ = {
+        {.name = "x", .invalidValueTreatment = "asMissing", .missingValueReplacement = "-3"}};
+    model_.description.covariates = {"x", "twofold"};
+    for (const bool alsoReadByTheModel : {false, true}) {
+        model_.description.variables = {"twofold"};
+        if (alsoReadByTheModel) model_.description.variables.push_back("x");
+        Bind({"x"});
+        // missing; invalid; an outlier
+        for (const char* text : {"", "99", "30"}) {
+            ASSERT_TRUE(Prepare({text}).IsOK());
+            EXPECT_EQ(Twofold(), -6.0) << text;
+        }
+        ASSERT_TRUE(Prepare({"4"}).IsOK());
+        EXPECT_EQ(Twofold(), 8.0);
+        ASSERT_TRUE(Prepare({"-3"}).IsOK());  // an outlier, as the table has it
+        EXPECT_EQ(Twofold(), -6.0);
+        Bind({"x"}, {.substitutes = false});
+        ASSERT_TRUE(Prepare({""}).IsOK());
+        EXPECT_EQ(Twofold(), NumericValue::GetSysmisValue());
+        ASSERT_TRUE(Prepare({"-3"}).IsOK());
+        EXPECT_EQ(Twofold(), NumericValue::GetSysmisValue());
+    }
+}
+
+// A missing value that the model reads itself and doesn't replace refuses the row, as ever.
+TEST_F(ReplacementsOfDerivedTest, FieldThatTheModelReadsAndDoesNotReplaceStaysMissing)
+{
+    treatments_ = {{.name = "x", .missingValueReplacement = "5"}};
+    struct Case {
+        const char* what;
+        std::vector<std::string> covariates;
+        std::vector<std::string> variables;
+        ScoreModel::MVPolicy policy;
+    };
+    const Case cases[] = {
+        {"a time", {"twofold"}, {"twofold", "x"}, ScoreModel::MV_SUBSTITUTE},
+        {"an offset too", {"twofold", "x"}, {"twofold", "x", "x"}, ScoreModel::MV_SUBSTITUTE},
+        {"no substitution", {"twofold", "x"}, {"twofold", "x"}, ScoreModel::MV_SYSMIS_RESULT},
+    };
+    for (const Case& tried : cases) {
+        SCOPED_TRACE(tried.what);
+        model_.description.covariates = tried.covariates;
+        model_.description.variables = tried.variables;
+        model_.SetMissingValuePolicy(tried.policy);
+        Bind({"x"});
+        ASSERT_TRUE(Prepare({""}).IsOK());
+        EXPECT_TRUE(IsMissing(x_, 0));
+    }
+}
+
+TEST_F(ReplacementsOfDerivedTest, ReplacementOfADateCountsFromTheTypesOwnOrigin)
+{
+    DictVarType type = TypeOf("day", ScoreDictVar::CONTINUOUS, ScoreDictVar::DATETIME);
+    // From 1960 to 1970 there are 3653 days, three of them leap days.
+    const std::pair<ScoreDictVar::DateTimeType, double> kTypes[] = {
+        {ScoreDictVar::DATE, 10.0}, {ScoreDictVar::DATE_DAYS_SINCE_1960, 10.0 - 3653.0}};
+    for (const auto& [dateTimeType, plain] : kTypes) {
+        FakeModel model;
+        type.dateTimeType = dateTimeType;
+        model.Add(type);
+        model.description.variables.clear();
+        CasePreparer preparer(model, model.description,
+                              {{.name = "day", .missingValueReplacement = "10"}},
+                              std::vector<std::string>{"day"}, "cases.csv", {.alsoRead = {"day"}});
+        ASSERT_TRUE(preparer.Prepare(Row{""}).IsOK());
+        EXPECT_EQ(preparer.Record().GetValue(0)->GetDouble(), plain) << dateTimeType;
+    }
 }
 
 // A model under substitution writes its replacement into the record's own object.

@@ -1,11 +1,14 @@
 #include "engine/csvreader.h"
 
+#include <filesystem>
+#include <fstream>
 #include <random>
 
 #include <gtest/gtest.h>
 
 #include "host/messages.h"
 #include "tests/engine/textsource.h"
+#include "tests/scratchfolder.h"
 
 namespace MCVelscore_850 {
 namespace {
@@ -177,7 +180,186 @@ TEST(CsvReader, FieldOverTheLimitIsRefused)
 TEST(CsvReader, EndlessRowIsRefusedInBoundedMemory)
 {
     EXPECT_EQ(Read("a,b\n" + std::string(1 << 20, ',') + "\n").code, kRowLength);
-    EXPECT_EQ(Read(std::string(2 << 20, ',') + "\n").code, kFieldTooLong);  // a header without end
+    // a header without end
+    EXPECT_EQ(Read(std::string(2 << 20, ',') + "\n").code, kTooManyColumns);
+}
+
+// However the source cuts the bytes, and with quotes too, which count no byte.
+TEST(CsvReader, LimitOfAFieldIsExact)
+{
+    for (const bool quoted : {false, true}) {
+        for (const size_t piece : {size_t{1} << 16, size_t{1} << 12, size_t{60001}}) {
+            for (size_t size = CsvReader::kMaxField - 2; size <= CsvReader::kMaxField + 2; ++size) {
+                std::string field(size, 'x');
+                if (quoted) field = "\"" + field + "\"";
+                for (const std::string end : {"\n", "", ",3\n4,5\n"}) {
+                    const bool first = end.starts_with(',');
+                    const Table table =
+                        Read("a,b\n1,2\n" + std::string(first ? "" : "1,") + field + end, piece);
+                    const bool taken = size <= CsvReader::kMaxField;
+                    ASSERT_EQ(table.code, taken ? 0 : kFieldTooLong) << size << " " << piece;
+                    ASSERT_EQ(table.rows.size(), taken ? (first ? 3u : 2u) : 1u);
+                    if (taken) {
+                        ASSERT_EQ(table.rows[1][first ? 0 : 1].size(), size);
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(CsvReader, LimitOfARowIsExactAndToldAsSuch)
+{
+    std::string header = "a0";
+    for (int i = 1; i <= 16; ++i) header += ",a" + std::to_string(i);
+    const std::string largest(CsvReader::kMaxField, 'x');
+    std::string row = largest;
+    for (int i = 1; i < 16; ++i) row += "," + largest;
+    EXPECT_EQ(Read(header + "\n" + row + ",\n").code, 0);  // 16 MiB and an empty field
+    const Table table = Read(header + "\n" + row + ",x\n");
+    EXPECT_EQ(table.code, kRowTooLong);
+    EXPECT_NE(table.message.find("row 1 has more than 16777216 bytes"), std::string::npos)
+        << table.message;
+}
+
+struct OtherFile {
+    const char* name;
+    std::string bytes;
+    const char* told;
+    const char* remedy;
+};
+
+class TableOfAnotherForm : public testing::TestWithParam<OtherFile> {};
+
+TEST_P(TableOfAnotherForm, IsToldByNameWithWhatToDo)
+{
+    const OtherFile& file = GetParam();
+    for (const size_t piece : {size_t{1}, size_t{1} << 16}) {
+        TextSource source(file.bytes, piece);
+        try {
+            CsvReader reader(source);
+            FAIL() << "taken as a table";
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.Code(), kNoTextTable);
+            EXPECT_NE(std::string(failure.what()).find(file.told), std::string::npos)
+                << failure.what();
+            EXPECT_NE(failure.Remedy().find(file.remedy), std::string::npos) << failure.Remedy();
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, TableOfAnotherForm,
+    testing::Values(
+        OtherFile{"Gzip", "\x1F\x8B\x08 and so on", "gzip", "gzip -dc"},
+        OtherFile{"Zstd", "\x28\xB5\x2F\xFD and so on", "zstd", "zstd -dc"},
+        OtherFile{"Xz",
+                  std::string("\xFD"
+                              "7zXZ\0 and so on",
+                              16),
+                  "xz", "xz -dc"},
+        OtherFile{"Bzip2", "BZh91AY&SY", "bzip2", "bzip2 -dc"},
+        OtherFile{"Zip", "PK\x03\x04 and so on", "ZIP", "CSV"},
+        OtherFile{"Parquet", "PAR1\x15\x04", "Parquet", "CSV"},
+        OtherFile{"ArrowFile", "ARROW1 and so on", "Arrow file", "CSV"},
+        OtherFile{"ArrowStream", "\xFF\xFF\xFF\xFF\x10\x01", "Arrow stream", "CSV"},
+        OtherFile{"Utf16LittleEndian", std::string("\xFF\xFEx\0,\0", 6), "UTF-16", "-f UTF-16 "},
+        OtherFile{"Utf16BigEndian", std::string("\xFE\xFF\0x\0,", 6), "UTF-16", "-f UTF-16 "},
+        OtherFile{"Utf16LittleEndianUnmarked", std::string("x\0,\0", 4), "UTF-16", "UTF-16LE"},
+        OtherFile{"Utf16BigEndianUnmarked", std::string("\0x\0,", 4), "UTF-16", "UTF-16BE"},
+        OtherFile{"Model", "<PMML version=\"4.4\">", "model document", "behind the model"},
+        OtherFile{"OlderModel", "<zelt-ml version=\"1.0\">", "model document", "behind the model"},
+        OtherFile{"Xml", "\xEF\xBB\xBF<?xml version=\"1.0\"?>\n<table/>", "an XML document",
+                  "behind the model"}),
+    [](const auto& each) { return each.param.name; });
+
+TEST(CsvReader, AModelDocumentWithItsDeclarationIsToldAsOne)
+{
+    const Table table = Read("<?xml version=\"1.0\"?>\n<PMML version=\"4.4\"/>");
+    EXPECT_EQ(table.code, kNoTextTable);
+    EXPECT_NE(table.message.find("a model document"), std::string::npos) << table.message;
+}
+
+TEST(CsvReader, TextThatBeginsLikeAnotherFormIsATable)
+{
+    for (const std::string header : {"PAR", "PK", "BZh", "ARROW", "<PM", "a", "<b>"}) {
+        EXPECT_EQ(Read(header + ",b\n1,2\n", 1).rows.size(), 1u) << header;
+        EXPECT_EQ(Read(header).header, Row{header});
+    }
+}
+
+TEST(CsvReader, QuotedHeaderBetweenOtherDelimitersTellsTheDelimiter)
+{
+    const auto remedy = [](const std::string& text, char delimiter) -> std::string {
+        TextSource source(text);
+        try {
+            CsvReader reader(source, delimiter);
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.Code(), kStrayQuote);
+            return failure.Remedy();
+        }
+        return {};
+    };
+    EXPECT_NE(remedy("\"x\";\"sex\"\n1;f\n", ',').find("--delimiter ';'"), std::string::npos);
+    EXPECT_NE(remedy("\"x\"\t\"sex\"\n1\tf\n", ',').find("--delimiter tab"), std::string::npos);
+    EXPECT_NE(remedy("\"x\",\"sex\"\n1,f\n", ';').find("--delimiter ','"), std::string::npos);
+    EXPECT_EQ(remedy("\"x\"y,\"sex\"\n1,f\n", ',').find("--delimiter"), std::string::npos);
+}
+
+// A table that somebody else cuts or prolongs while it is read.
+class TableThatChanges : public testing::Test {
+protected:
+    // The code that ends the reading of `before`, which becomes `after` when its first block was
+    // read.
+    int CodeOfReading(const std::string& before, const std::string& after)
+    {
+        const std::string path = folder_.Write("cases.csv", before);
+        InputFile file(path);
+        rows_ = 0;
+        try {
+            CsvReader reader(file);
+            std::ofstream(path, std::ios::binary | std::ios::in) << after;
+            std::filesystem::resize_file(path, after.size());
+            std::span<const std::string_view> fields;
+            while (reader.Next(fields)) ++rows_;
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.Kind(), FailureKind::Cases);
+            return failure.Code();
+        }
+        return 0;
+    }
+    static std::string Rows(int count)
+    {
+        std::string text = "a,b\n";
+        for (int i = 0; i < count; ++i) text += "12,34\n";
+        return text;
+    }
+
+    ScratchFolder folder_;
+    int rows_ = 0;
+};
+
+TEST_F(TableThatChanges, IsRefusedWhereItsLastRowMayBeHalfOne)
+{
+    const std::string table = Rows(30000);  // 180 kB: several blocks
+    EXPECT_EQ(CodeOfReading(table, Rows(20000) + "12,3"), kTableCut);
+    EXPECT_EQ(rows_, 20000);
+    EXPECT_EQ(CodeOfReading(table, table + "12,3"), kTableCut);
+    EXPECT_EQ(rows_, 30000);
+    EXPECT_EQ(CodeOfReading(table, Rows(20000) + "12,\"3\n4"), kTableCut);
+    EXPECT_EQ(CodeOfReading("a,b\n1,2", "a,b\n1,23"), kTableCut);
+    EXPECT_EQ(rows_, 0);
+}
+
+TEST_F(TableThatChanges, IsTakenWhereItEndsWithARow)
+{
+    EXPECT_EQ(CodeOfReading(Rows(30000), Rows(20000)), 0);
+    EXPECT_EQ(rows_, 20000);
+    EXPECT_EQ(CodeOfReading(Rows(20000), Rows(30000)), 0);
+    EXPECT_EQ(rows_, 30000);
+    const std::string withoutLineEnd = Rows(20000) + "12,3";
+    EXPECT_EQ(CodeOfReading(withoutLineEnd, withoutLineEnd), 0);
+    EXPECT_EQ(rows_, 20001);
 }
 
 TEST(CsvReader, RowsAreCountedFromOneAfterTheHeader)

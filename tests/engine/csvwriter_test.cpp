@@ -135,9 +135,8 @@ TEST_F(CsvWriterTest, FullDeviceFailsWithNoRowsWritten)
         FAIL() << "/dev/full took a row";
     } catch (const Failure& failure) {
         EXPECT_EQ(failure.Kind(), FailureKind::Output);
-        EXPECT_EQ(failure.Code(), kOutputNotWritten);
-        EXPECT_NE(std::string(failure.what()).find("whole rows written: 0"), std::string::npos)
-            << failure.what();
+        EXPECT_EQ(failure.Code(), kOutputFull);
+        EXPECT_EQ(writer.RowsWritten(), 0);
     }
 }
 
@@ -154,17 +153,49 @@ TEST_F(CsvWriterTest, FullDiskLeavesWholeRowsInARegularFile)
         writer.AddText(row);
         writer.EndRow();
     }
-    std::string message;
+    int code = 0;
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
     try {
         writer.Close();
     } catch (const Failure& failure) {
-        message = failure.what();
+        code = failure.Code();
     }
     ::setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, oldHandler);
-    EXPECT_NE(message.find("whole rows written: 57"), std::string::npos) << message;
+    EXPECT_EQ(code, kOutputFull);
+    EXPECT_EQ(writer.RowsWritten(), 57);
+    EXPECT_EQ(writer.EndEarly(true), file_);
     EXPECT_EQ(Written().size(), 58u * 17u);  // the header and 57 rows
+}
+
+TEST_F(CsvWriterTest, EndedEarlyItLeavesWholeRowsBesideTheFile)
+{
+    std::ofstream(file_) << "old";
+    CsvWriter writer(file_);
+    for (const char* text : {"header", "row"}) {
+        writer.AddText(text);
+        writer.EndRow();
+    }
+    writer.Flush();
+    const std::string part = writer.EndEarly(false);
+    EXPECT_TRUE(part.starts_with(file_ + ".part")) << part;
+    EXPECT_EQ(Written(), "old");
+    std::stringstream rows;
+    rows << std::ifstream(part).rdbuf();
+    EXPECT_EQ(rows.str(), "header\nrow\n");
+    std::remove(part.c_str());
+}
+
+TEST_F(CsvWriterTest, EndedEarlyWithoutRowsItLeavesNothing)
+{
+    for (const bool underItsName : {false, true}) {
+        CsvWriter writer(file_);
+        writer.AddText("header");
+        writer.EndRow();
+        writer.Flush();
+        EXPECT_EQ(writer.EndEarly(underItsName), "");
+        EXPECT_EQ(Written(), "");
+    }
 }
 
 TEST(CsvWriter, FileThatCannotBeMadeIsRefused)

@@ -59,6 +59,15 @@ TEST(NamespacePrefix, IsFoundBelowARootWithoutOne)
     EXPECT_TRUE(adapted.Has("<A></>"));
 }
 
+TEST(NamespacePrefix, OfTheRootIsDroppedUndeclaredTooAndSaysSo)
+{
+    const Adapted adapted("<p:PMML version='4.4'><p:Header/></p:PMML>");
+    ASSERT_EQ(adapted.Rules(), "namespace-prefix");
+    EXPECT_EQ(adapted.after, "<PMML version='4.4'><Header></></>");
+    EXPECT_EQ(adapted.adaptations[0].change,
+              "prefix \"p\" dropped from 2 elements; nothing declares it");
+}
+
 TEST(NamespacePrefix, OfAnotherVocabularyStays)
 {
     EXPECT_TRUE(Adapted("<PMML version='4.4' xmlns:x='http://example.com/x'>"

@@ -295,6 +295,7 @@ TEST(DocumentLoaderAttack, EachIsRefusedWithin64Mebibytes)
         {Times(1'000'000, "<a>"), kTooDeep},
         {attributes + "/>", kTokenTooLong},
         {"<PMML version=\"" + std::string(200'000'000, 'x') + "\"/>", kTokenTooLong},
+        {"<PMML>" + std::string(250'000'000, 'x') + "</PMML>", kTextTooLong},
         {"<!DOCTYPE a SYSTEM \"file:///dev/zero\"><a/>", kDoctype},
         {"<!DOCTYPE a [<!ENTITY b \"" + std::string(1000, 'x') + "\">]><a/>", kDoctype},
     };

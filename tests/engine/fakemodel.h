@@ -30,7 +30,7 @@ inline DictVarType TextType(const std::string& name)
 }
 
 /// A model that has dictionaries and a policy and never scores.
-class FakeModel final : public BaseModel {
+class FakeModel : public BaseModel {
 public:
     FakeModel() { SetScoreDictionary(new BaseDictionary); }
 

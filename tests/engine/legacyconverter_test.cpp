@@ -347,6 +347,26 @@ TEST(LegacyConverter, AFactorThatTakesAnyValueSaysSo)
     EXPECT_EQ(FieldOf(WithG("NUMERIC", "CONTINUOUS", kMissing9), "g"),
               "<DataField dataType='double' name='g' optype='categorical'>" + accepts +
                   "<Value property='missing' value='9'></></>");
+    // missing values make no list
+    EXPECT_EQ(FieldOf(WithG("STRING", "NOMINAL", kMissing9, "north"), "g"),
+              "<DataField dataType='string' name='g' optype='categorical'>" + accepts +
+                  "<Value property='missing' value='9'></><Value value='north'></></>");
+    EXPECT_EQ(FieldOf(WithG("NUMERIC", "ORDINAL", kMissing9), "g"),
+              "<DataField dataType='double' name='g' optype='ordinal'>" + accepts +
+                  "<Value property='missing' value='9'></></>");
+}
+
+TEST(LegacyConverter, AMissingNameStaysTheEmptyName)
+{
+    LegacyParts parts;
+    parts.parameters = "<parameter/><parameter name='bw'/><parameter name='(Constant)'/>";
+    parts.betas = "<p-cell beta='2'/>";
+    parts.covariances = "<pcov-cell p-row='bw' value='3'/>";
+    const Published published(parts);
+    EXPECT_TRUE(published.Has("<Parameter name=''>"));
+    EXPECT_TRUE(published.Has("<PCell beta='2' parameterName=''>"));
+    EXPECT_TRUE(published.Has("<PCovCell pCol='' pRow='bw' value='3'>"));
+    EXPECT_TRUE(published.Has("<PPCell parameterName='' predictorName='x' value='1'>"));
 }
 
 TEST(LegacyConverter, FieldsThatNoModelReadsNeverRefuse)

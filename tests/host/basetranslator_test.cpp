@@ -27,8 +27,6 @@ public:
     }
 };
 
-constexpr int kAbsent = 260115;
-
 // Comments, text and a nested element of the same tag stand between what is looked for.
 constexpr char kSmall[] =
     "<a x='1' empty=''> text <!-- note --><b n='first'><c n='inner'/></b>"
@@ -150,13 +148,13 @@ TEST_F(BaseTranslatorTest, NumbersAreReadOrRefusedWithTheirText)
     for (const std::string text :
          {"", "abc", "INF", "NaN", "0x1", "1 2", "\xD9\xA3",
           "a text that is longer than any number in a document would be"}) {
-        const Refusal expected{kNotANumber, {text}};
+        const Refusal expected{kNotANumber, {text, "text"}};
         EXPECT_EQ(RefusalOf([&] { number(text); }), expected);
         EXPECT_EQ(RefusalOf([&] { reader_.VerifyDouble(text); }), expected);
     }
-    EXPECT_EQ(RefusalOf([&] { number("1e999"); }), (Refusal{kNumberTooLarge, {"1e999"}}));
+    EXPECT_EQ(RefusalOf([&] { number("1e999"); }), (Refusal{kNumberTooLarge, {"1e999", "text"}}));
     EXPECT_EQ(RefusalOf([&] { reader_.VerifyDouble(static_cast<const XMLCh*>(nullptr)); }),
-              (Refusal{kNotANumber, {""}}));
+              (Refusal{kNotANumber, {"", "text"}}));
 }
 
 TEST_F(BaseTranslatorTest, WholeNumbersAreReadOrRefusedWithTheirText)
@@ -164,12 +162,34 @@ TEST_F(BaseTranslatorTest, WholeNumbersAreReadOrRefusedWithTheirText)
     EXPECT_EQ(reader_.VerifyInt(XmlFromUtf8(" +12 ").c_str()), 12);
     EXPECT_EQ(reader_.VerifyInt(std::string("-3")), -3);
     for (const std::string text : {"", "1.0", "1e2", "x"}) {
-        const Refusal expected{kNotAnInteger, {text}};
+        const Refusal expected{kNotAnInteger, {text, "text"}};
         EXPECT_EQ(RefusalOf([&] { reader_.VerifyInt(XmlFromUtf8(text).c_str()); }), expected);
         EXPECT_EQ(RefusalOf([&] { reader_.VerifyInt(text); }), expected);
     }
     EXPECT_EQ(RefusalOf([&] { reader_.VerifyInt(std::string("4294967296")); }),
-              (Refusal{kNumberTooLarge, {"4294967296"}}));
+              (Refusal{kNumberTooLarge, {"4294967296", "text"}}));
+}
+
+TEST_F(BaseTranslatorTest, ARefusedNumberNamesTheAttributeThatHoldsIt)
+{
+    const Dom dom("<p name='one' beta='one' df='' note=''><q value='two'/>three</p>");
+    const auto refused = [&](const char* attribute) {
+        return RefusalOf(
+            [&] { reader_.VerifyDouble(reader_.GetAttribute(dom.Root(), attribute)); });
+    };
+    // Of attributes with the same text it is the one that was asked for.
+    EXPECT_EQ(refused("beta"), (Refusal{kNotANumber, {"one", "beta"}}));
+    EXPECT_EQ(refused("note"), (Refusal{kNotANumber, {"", "note"}}));
+    EXPECT_EQ(RefusalOf([&] { reader_.VerifyInt(reader_.GetAttribute(dom.Root(), "df")); }),
+              (Refusal{kNotAnInteger, {"", "df"}}));
+    // A copy could be of either.
+    EXPECT_EQ(RefusalOf([&] { reader_.VerifyDouble(std::string("one")); }),
+              (Refusal{kNotANumber, {"one", "beta or name"}}));
+    EXPECT_EQ(RefusalOf([&] { reader_.VerifyDouble(std::string("three")); }),
+              (Refusal{kNotANumber, {"three", "p"}}));
+    reader_.GetAttribute(dom.First("q"), "other");
+    EXPECT_EQ(RefusalOf([&] { reader_.VerifyDouble(std::string("two")); }),
+              (Refusal{kNotANumber, {"two", "value"}}));
 }
 
 TEST_F(BaseTranslatorTest, ValueIsMadeOfTheVariablesKindOrNull)

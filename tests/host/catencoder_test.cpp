@@ -4,10 +4,10 @@
 
 #include <gtest/gtest.h>
 
-#include "allocations.h"
 #include "host/datetimevalue.h"
 #include "host/numericvalue.h"
 #include "host/stringvalue.h"
+#include "tests/allocations.h"
 #include "vars.h"
 
 namespace MCVelscore_850 {
@@ -93,6 +93,19 @@ TEST(CatEncoder, UnlistedValuesShareThePositionAfterTheLast)
     EXPECT_EQ(var.GetCatEncoder()->EncodeValue(&otherKind), -1);
 }
 
+TEST(CatEncoder, TextThatIsTakenAsItIsHasThePositionAfterTheLast)
+{
+    DictVar var(TextType());
+    Declare(var, {"a", "b"});
+    var.SetUpCatEncoder();
+    StringValue value("z");
+    EXPECT_EQ(var.GetCatEncoder()->EncodeValue(&value), -1);
+    value.SetTakenAsIs(true);
+    EXPECT_EQ(var.GetCatEncoder()->EncodeValue(&value), 2);
+    value.Assign("b");
+    EXPECT_EQ(var.GetCatEncoder()->EncodeValue(&value), 1);
+}
+
 TEST(CatEncoder, ReadsATextAsTheVariablesKind)
 {
     DictVar code(CodeType());
@@ -131,20 +144,20 @@ TEST(CatEncoder, LooksUpWithoutAllocating)
     const std::string two = "2";
     const NumericValue twoValue(2.0);
 
-    const long before = Allocations();
+    const long before = AllocationCount();
     const int byText = text.GetCatEncoder()->EncodeString(second);
     const int byValue = text.GetCatEncoder()->EncodeValue(&secondValue);
     const int byNumberText = code.GetCatEncoder()->EncodeString(two);
     const int byNumber = code.GetCatEncoder()->EncodeValue(&twoValue);
-    EXPECT_EQ(Allocations() - before, 0);
+    EXPECT_EQ(AllocationCount() - before, 0);
     EXPECT_EQ(byText, 1);
     EXPECT_EQ(byValue, 1);
     EXPECT_EQ(byNumberText, 1);
     EXPECT_EQ(byNumber, 1);
 
-    const long beforeClone = Allocations();
+    const long beforeClone = AllocationCount();
     const std::unique_ptr<ScoreValue> clone(secondValue.Clone());
-    EXPECT_GT(Allocations() - beforeClone, 0) << "the library's allocations aren't counted";
+    EXPECT_GT(AllocationCount() - beforeClone, 0) << "the library's allocations aren't counted";
 }
 
 }  // namespace

@@ -57,7 +57,7 @@ TEST(FieldRef, MissingOrInvalidFieldStaysSoOrIsItsReplacement)
 TEST(FieldRef, ReplacementThatIsNoNumberIsRefusedForANumericField)
 {
     EXPECT_EQ(RefusedFor(DerivedField("d", FieldRef("x", "mapMissingTo='none'"))),
-              (Refusal{kNotANumber, {"none"}}));
+              (Refusal{kNotANumber, {"none", "mapMissingTo"}}));
 }
 
 TEST(Constant, IsAlwaysTheSame)
@@ -75,7 +75,7 @@ TEST(Constant, IsAlwaysTheSame)
 TEST(Constant, TextThatIsNoNumberOfItsTypeIsRefused)
 {
     EXPECT_EQ(RefusedFor(DerivedField("d", Constant("x", "dataType='double'"))),
-              (Refusal{kNotANumber, {"x"}}));
+              (Refusal{kNotANumber, {"x", "Constant"}}));
 }
 
 TEST(Apply, ComputesTheFourOperations)

@@ -312,19 +312,121 @@ TEST(DictVar, OneLimitBoundsOneSideAlone)
     EXPECT_FALSE(Missing(var, -1e300));
 }
 
+TEST(DictVar, LimitsOfDatesCountFromTheTypesOwnOrigin)
+{
+    struct Case {
+        ScoreDictVar::DateTimeType type;
+        double origin;  // as a plain number, which counts from 1970
+    };
+    // From 1960 to 1970 there are 3653 days, three of them leap days; from 1970 to 1980 3652.
+    const Case cases[] = {
+        {ScoreDictVar::DATE, 0.0},
+        {ScoreDictVar::DATE_DAYS_SINCE_1960, -3653.0},
+        {ScoreDictVar::DATE_DAYS_SINCE_1980, 3652.0},
+        {ScoreDictVar::DATE_TIME_SECONDS_SINCE_1980, 3652.0 * 86400.0},
+    };
+    for (const Case& expected : cases) {
+        DictVar var(DateType(expected.type));
+        auto stats = std::make_unique<VarStats>();
+        stats->SetMinimum(100.0);
+        stats->SetMaximum(200.0);
+        var.SetVarStats(stats.release());
+        EXPECT_EQ(var.OutlierLimits().low, expected.origin + 100.0) << expected.type;
+        EXPECT_EQ(var.OutlierLimits().high, expected.origin + 200.0) << expected.type;
+        var.SetOutlierTreatment(ScoreDictVar::AS_MISSING);
+        for (const double number : {99.0, 100.0, 200.0, 201.0}) {
+            EXPECT_EQ(Missing(var, DateTimeValue(expected.origin + number)),
+                      number < 100.0 || number > 200.0)
+                << expected.type << " " << number;
+        }
+    }
+}
+
+TEST(DictVar, FractionIsNoValueOfAContinuousVariableOfWholeNumbers)
+{
+    DictVar var(IntegerType());
+    for (const double number : {0.0, -0.0, 2.0, -7.0, 9007199254740993.0, 1e300}) {
+        EXPECT_TRUE(Valid(var, number)) << number;
+    }
+    for (const double number : {1.5, -0.1, 1e-300, 4503599627370495.5}) {
+        EXPECT_FALSE(Valid(var, number)) << number;
+        EXPECT_FALSE(Missing(var, number)) << number;
+        EXPECT_FALSE(var.SurelyAccepts(number)) << number;
+    }
+    EXPECT_TRUE(var.SurelyAccepts(-7.0));
+    EXPECT_FALSE(var.SurelyAccepts(kNaN));
+    var.DeclareInterval({0.5, 10.5, true, true});
+    EXPECT_TRUE(Valid(var, 1.0));
+    EXPECT_FALSE(Valid(var, 1.5));
+    Declare(var, {"1.5"});  // what the document lists is a value of it
+    EXPECT_TRUE(Valid(var, 1.5));
+    EXPECT_FALSE(Valid(var, 2.5));
+    EXPECT_TRUE(Valid(DictVar(NumberType()), 1.5));
+}
+
+// A percentile often isn't whole, and outliers are set to it.
+TEST(DictVar, LimitOfOutliersMayHaveAFractionInAVariableOfWholeNumbers)
+{
+    DictVar var(IntegerType());
+    auto* stats = new VarStats;
+    stats->SetMinimum(18.5);
+    stats->SetMaximum(64.25);
+    var.SetVarStats(stats);
+    EXPECT_FALSE(Valid(var, 18.5));
+    var.SetOutlierTreatment(ScoreDictVar::AS_EXTREME);
+    EXPECT_TRUE(Valid(var, 18.5));
+    EXPECT_TRUE(Valid(var, 64.25));
+    EXPECT_FALSE(Valid(var, 20.5));
+}
+
+TEST(DictVar, ValueThatIsTakenAsItIsIsNeitherMissingNorInvalid)
+{
+    DictVar text(TextType());
+    Declare(text, {"a", "b"});
+    Declare(text, {"n/a"}, Property::Missing);
+    Declare(text, {"bad"}, Property::Invalid);
+    for (const char* word : {"c", "n/a", "bad", ""}) {
+        StringValue value(word);
+        EXPECT_FALSE(text.Accepts(&value)) << word;
+        value.SetTakenAsIs(true);
+        EXPECT_TRUE(text.Accepts(&value)) << word;
+    }
+    DictVar number(IntegerType());
+    number.DeclareInterval({0.0, 10.0, true, true});
+    auto* stats = new VarStats;
+    stats->SetMinimum(0.0);
+    number.SetVarStats(stats);
+    number.SetOutlierTreatment(ScoreDictVar::AS_MISSING);
+    for (const double beyond : {-1.0, 2.5, 11.0}) {
+        NumericValue value(beyond);
+        EXPECT_FALSE(number.Accepts(&value)) << beyond;
+        value.SetTakenAsIs(true);
+        EXPECT_TRUE(number.Accepts(&value)) << beyond;
+    }
+    // What isn't there stays missing, and what is of another kind invalid.
+    StringValue missing = MissingText();
+    NumericValue system(kMissing);
+    for (ScoreValue* value :
+         {static_cast<ScoreValue*>(&missing), static_cast<ScoreValue*>(&system)})
+        value->SetTakenAsIs(true);
+    EXPECT_TRUE(Missing(text, missing));
+    EXPECT_TRUE(Missing(number, system));
+    EXPECT_FALSE(Valid(text, system));
+}
+
 TEST(DictVar, BooleanTakesTheDeclaredSpellingOfTheSameTruth)
 {
     DictVar var(BooleanType());
     Declare(var, {"T", "F"});
-    for (const char* word : {"true", "TRUE", "T", "1"}) {
+    for (const char* word : {"true", "TRUE", "True", "T", "1", "1.0"}) {
         const std::unique_ptr<ScoreValue> value(var.MakeValue(word));
         EXPECT_EQ(value->GetString(), "T") << word;
         EXPECT_TRUE(var.IsValid(value.get())) << word;
     }
-    for (const char* word : {"false", "FALSE", "F", "0"}) {
+    for (const char* word : {"false", "FALSE", "False", "F", "0", "0.0"}) {
         EXPECT_EQ(var.Spelling(word), "F") << word;
     }
-    for (const char* word : {"True", "yes", "t", "2", ""}) {
+    for (const char* word : {"tRUE", "yes", "t", "2", "1.00", ""}) {
         EXPECT_EQ(var.Spelling(word), word);
         EXPECT_FALSE(Valid(var, word)) << word;
     }
@@ -419,7 +521,7 @@ TEST(DictVar, AcceptsIsNotMissingAndValid)
 {
     std::vector<std::unique_ptr<DictVar>> vars;
     for (const DictVarType& type :
-         {NumberType(), CodeType(), TextType(), BooleanType(), DateType()}) {
+         {NumberType(), IntegerType(), CodeType(), TextType(), BooleanType(), DateType()}) {
         for (const bool declares : {false, true}) {
             for (const bool marks : {false, true}) {
                 for (const bool unlisted : {false, true}) {
@@ -446,8 +548,8 @@ TEST(DictVar, AcceptsIsNotMissingAndValid)
     for (const char* text : {"", "1", "99", "true", "T", "bad", "other"}) {
         values.push_back(std::make_unique<StringValue>(text));
     }
-    for (const double number :
-         {0.0, -0.0, 1.0, 19.0, 21.0, 50.0, 99.0, -9.0, kMissing, kNaN, kInfinity, -kInfinity}) {
+    for (const double number : {0.0, -0.0, 1.0, 1.5, 19.0, 21.0, 50.0, 99.0, -9.0, kMissing, kNaN,
+                                kInfinity, -kInfinity}) {
         values.push_back(std::make_unique<NumericValue>(number));
         values.push_back(std::make_unique<DateTimeValue>(number));
     }
@@ -458,6 +560,8 @@ TEST(DictVar, AcceptsIsNotMissingAndValid)
             EXPECT_EQ(var->Accepts(value.get()), expected)
                 << var->GetValueType() << " " << (value ? value->GetString() : "null");
             accepted += expected ? 1 : 0;
+            if (value == nullptr || value->Kind() != ScoreValue::NUMERIC || expected) continue;
+            EXPECT_FALSE(var->SurelyAccepts(value->GetDouble())) << value->GetString();
         }
     }
     EXPECT_GT(accepted, 100);

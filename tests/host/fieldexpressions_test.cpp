@@ -5,10 +5,10 @@
 
 #include <gtest/gtest.h>
 
-#include "allocations.h"
 #include "derivation.h"
 #include "host/catencoder.h"
 #include "host/messages.h"
+#include "tests/allocations.h"
 
 namespace MCVelscore_850 {
 namespace {
@@ -64,7 +64,7 @@ TEST(NormDiscrete, OtherMethodOrValueIsRefused)
     EXPECT_EQ(RefusedFor(DerivedField("d", NormDiscrete("c", "a", "method='thermometer'"))),
               (Refusal{kUnknownDataType, {"thermometer", "method", "d"}}));
     EXPECT_EQ(RefusedFor(DerivedField("d", NormDiscrete("k", "two"))),
-              (Refusal{kNotANumber, {"two"}}));
+              (Refusal{kNotANumber, {"two", "value"}}));
     EXPECT_EQ(RefusedFor(DerivedField("d", "<NormDiscrete field='c'/>")),
               (Refusal{260115, {"value", "NormDiscrete"}}));
     EXPECT_EQ(RefusedFor(DerivedField("d", NormDiscrete("day", "yesterday"))),
@@ -153,11 +153,12 @@ TEST(Discretize, FaultyBinsAreRefused)
     const auto refused = [](const std::string& bins) {
         return RefusedFor(DerivedField("d", Discretize("x", bins)));
     };
-    EXPECT_EQ(refused(Bin("one", "closure='openOpen'")), (Refusal{kNotANumber, {"one"}}));
+    EXPECT_EQ(refused(Bin("one", "closure='openOpen'")),
+              (Refusal{kNotANumber, {"one", "binValue"}}));
     EXPECT_EQ(refused(Bin("1", "closure='open'")),
               (Refusal{kUnknownDataType, {"open", "closure", "d"}}));
     EXPECT_EQ(refused(Bin("1", "closure='openOpen' leftMargin='a'")),
-              (Refusal{kNotANumber, {"a"}}));
+              (Refusal{kNotANumber, {"a", "leftMargin"}}));
     EXPECT_EQ(refused("<DiscretizeBin binValue='1'/>"),
               (Refusal{260115, {"Interval", "DiscretizeBin"}}));
     EXPECT_EQ(refused("<DiscretizeBin><Interval closure='openOpen'/></DiscretizeBin>"),
@@ -281,7 +282,7 @@ TEST(MapValues, FaultyTablesAreRefused)
         {pair + Pair("t", "in2") + Rows({{"a", "1"}}), {kMapCellMissing, {"in2", "d"}}},
         {pair + "<InlineTable><row><in1>a</in1></row></InlineTable>",
          {kMapCellMissing, {"out", "d"}}},
-        {pair + Rows({{"a", "one"}}), {kNotANumber, {"one"}}},
+        {pair + Rows({{"a", "one"}}), {kNotANumber, {"one", "row"}}},
         {Pair("nobody", "in1") + Rows({{"a", "1"}}), {kUnknownFieldReference, {"nobody", "d"}}},
     };
     for (const auto& row : kRows) {
@@ -432,8 +433,8 @@ TEST(Constants, AreOfTheirDataType)
         const char* dataType;
         Refusal expected;
     } kRows[] = {
-        {"x", "double", {kNotANumber, {"x"}}},
-        {"INF", "integer", {kNotANumber, {"INF"}}},
+        {"x", "double", {kNotANumber, {"x", "Constant"}}},
+        {"INF", "integer", {kNotANumber, {"INF", "Constant"}}},
         {"x", "boolean", {kNotOfDataType, {"x", "boolean", "d"}}},
         {"2003-02-29", "date", {kNotOfDataType, {"2003-02-29", "date", "d"}}},
         {"x", "real", {kUnknownDataType, {"real", "dataType", "d"}}},
@@ -507,9 +508,9 @@ TEST(Evaluation, AllocatesNothingAfterTheFirstCase)
     for (int round = 0; round < 3; ++round) {
         for (const std::string& name : names) d[name];
     }
-    const long before = Allocations();
+    const long before = AllocationCount();
     for (const std::string& name : names) d[name];
-    EXPECT_EQ(Allocations(), before);
+    EXPECT_EQ(AllocationCount(), before);
 }
 
 }  // namespace

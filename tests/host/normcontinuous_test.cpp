@@ -98,8 +98,8 @@ TEST(NormContinuous, PointsThatAreNoNumbersAreRefused)
             DerivedField("d", "<NormContinuous field='x'><LinearNorm orig='0' norm='0'/>" + point +
                                   "</NormContinuous>"));
     };
-    EXPECT_EQ(refused("<LinearNorm orig='x' norm='1'/>"), (Refusal{kNotANumber, {"x"}}));
-    EXPECT_EQ(refused("<LinearNorm orig='1' norm=''/>"), (Refusal{kNotANumber, {""}}));
+    EXPECT_EQ(refused("<LinearNorm orig='x' norm='1'/>"), (Refusal{kNotANumber, {"x", "orig"}}));
+    EXPECT_EQ(refused("<LinearNorm orig='1' norm=''/>"), (Refusal{kNotANumber, {"", "norm"}}));
     EXPECT_EQ(refused("<LinearNorm norm='1'/>"), (Refusal{260115, {"orig", "LinearNorm"}}));
     EXPECT_EQ(refused("<LinearNorm orig='1'/>"), (Refusal{260115, {"norm", "LinearNorm"}}));
 }

@@ -226,7 +226,7 @@ TEST(ParseDictionary, IntervalOfAnUnknownClosureOrMarginIsRefused)
               (Refusal{kUnknownDataType, {"closed", "closure", "v"}}));
     EXPECT_EQ(RefusedFor(Field("v", "continuous", "double",
                                "<Interval closure='openOpen' leftMargin='x'/>")),
-              (Refusal{kNotANumber, {"x"}}));
+              (Refusal{kNotANumber, {"x", "leftMargin"}}));
 }
 
 // Margins are numbers from the type's own origin, or dates and times as text.

@@ -73,7 +73,7 @@ TEST(Targets, AnUnknownCastIsRefused)
     EXPECT_EQ(RefusalOf([] { TargetsOf("<Target field='y' castInteger='up'/>"); }),
               (Refusal{kUnknownDataType, {"up", "castInteger", "y"}}));
     EXPECT_EQ(RefusalOf([] { TargetsOf("<Target field='y' min='low'/>"); }),
-              (Refusal{kNotANumber, {"low"}}));
+              (Refusal{kNotANumber, {"low", "min"}}));
 }
 
 TEST(Targets, ApplyLimitsThenScalesThenCasts)

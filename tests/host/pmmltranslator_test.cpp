@@ -52,10 +52,10 @@ TEST_F(PMMLTranslatorTest, ArrayWithAWordIsRefusedWithTheWord)
     PmmlReader reader;
     const Dom dom("<Array>1 two 3</Array>");
     EXPECT_EQ(RefusalOf([&] { reader.VerifyDoubleArray(dom.Root(), 3); }),
-              (Refusal{kNotANumber, {"two"}}));
+              (Refusal{kNotANumber, {"two", "Array"}}));
     const Dom commas("<Array>1,2,3</Array>");
     EXPECT_EQ(RefusalOf([&] { reader.VerifyDoubleArray(commas.Root(), 3); }),
-              (Refusal{kNotANumber, {"1,2,3"}}));
+              (Refusal{kNotANumber, {"1,2,3", "Array"}}));
 }
 
 TEST_F(PMMLTranslatorTest, EncoderIsGivenToCategoricalVariablesOnce)

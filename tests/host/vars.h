@@ -21,6 +21,12 @@ inline DictVarType TypeOf(ScoreDictVar::MeasureLevel level, ScoreDictVar::ValueT
 
 inline DictVarType TextType() { return TypeOf(ScoreDictVar::CATEGORICAL, ScoreDictVar::STRING); }
 inline DictVarType NumberType() { return TypeOf(ScoreDictVar::CONTINUOUS, ScoreDictVar::NUMERIC); }
+inline DictVarType IntegerType()
+{
+    DictVarType type = NumberType();
+    type.dataType = "integer";
+    return type;
+}
 inline DictVarType CodeType() { return TypeOf(ScoreDictVar::CATEGORICAL, ScoreDictVar::NUMERIC); }
 inline DictVarType BooleanType()
 {
@@ -28,10 +34,10 @@ inline DictVarType BooleanType()
     type.boolean = true;
     return type;
 }
-inline DictVarType DateType()
+inline DictVarType DateType(ScoreDictVar::DateTimeType dateTimeType = ScoreDictVar::DATE)
 {
     DictVarType type = TypeOf(ScoreDictVar::CONTINUOUS, ScoreDictVar::DATETIME);
-    type.dateTimeType = ScoreDictVar::DATE;
+    type.dateTimeType = dateTimeType;
     return type;
 }
 

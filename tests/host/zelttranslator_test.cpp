@@ -135,6 +135,36 @@ TEST(ZeltDictionary, CategoriesCloseAVariableInTheirOrder)
     EXPECT_FALSE(Accepts(var, "x"));
 }
 
+TEST(ZeltDictionary, MissingValuesAloneCloseNoVariable)
+{
+    const Dictionary texts = Read(Variable(kText, Missing("<value value='9'/>")));
+    const ScoreDictVar& text = *texts->GetVar("v");
+    EXPECT_TRUE(text.HasOpenCategories());
+    EXPECT_EQ(text.GetValueSet(), nullptr);
+    EXPECT_TRUE(Accepts(text, "anything"));
+    EXPECT_FALSE(Accepts(text, "9"));
+    const StringValue nine("9");
+    EXPECT_TRUE(text.IsMissing(&nine));
+    const std::unique_ptr<ScoreDictVar> copy(text.Clone());
+    EXPECT_TRUE(copy->HasOpenCategories());
+    EXPECT_TRUE(copy->IsMissing(&nine));
+
+    const Dictionary codes = Read(Variable(kCode, Missing("<value value='9'/>")));
+    EXPECT_TRUE(codes->GetVar("v")->HasOpenCategories());
+    EXPECT_TRUE(Accepts(*codes->GetVar("v"), 8.0));
+    EXPECT_TRUE(IsMissing(*codes->GetVar("v"), 9.0));
+
+    const Dictionary numbers = Read(Variable(kNumber, Missing("<value value='9'/>")));
+    EXPECT_FALSE(numbers->GetVar("v")->SurelyAccepts(9.0));
+    EXPECT_FALSE(Accepts(*numbers->GetVar("v"), 9.0));
+
+    // A list closes it, also one that says nothing new.
+    const Dictionary listed =
+        Read(Variable(kText, Missing("<value value='9'/>") + Categories("<category value='9'/>")));
+    EXPECT_FALSE(listed->GetVar("v")->HasOpenCategories());
+    EXPECT_TRUE(listed->GetVar("v")->IsMissing(&nine));
+}
+
 TEST(ZeltDictionary, CategoriesOfNumbersAreNumbers)
 {
     const Dictionary d =
@@ -158,7 +188,6 @@ TEST(ZeltDictionary, MissingValuesOfTextsAndNumbers)
     const Dictionary texts = Read(Variable(kText, Missing("<value value='none'/>")));
     EXPECT_FALSE(Accepts(*texts->GetVar("v"), "none"));
     EXPECT_TRUE(Accepts(*texts->GetVar("v"), "some"));
-    EXPECT_FALSE(texts->GetVar("v")->HasOpenCategories());  // something is declared
 
     const Dictionary numbers =
         Read(Variable(kNumber, Missing("<value value='9'/><value value='-1.50'/>")));
@@ -298,14 +327,17 @@ TEST(ZeltDictionary, RefusalsTellCodeAndArguments)
         {Variable(kNumber, Missing("<value value='none'/>")), {260127, {"none", "v"}}},
         {Variable(kNumber, Missing("<range maximum='1'/>")), {260115, {"minimum", "range"}}},
         {Variable(kNumber, Missing("<range minimum='1'/>")), {260115, {"maximum", "range"}}},
-        {Variable(kNumber, Missing("<range minimum='low' maximum='1'/>")), {kNotANumber, {"low"}}},
+        {Variable(kNumber, Missing("<range minimum='low' maximum='1'/>")),
+         {kNotANumber, {"low", "minimum"}}},
         {Variable(kNumber, Missing("<range minimum='HIGHEST' maximum='1'/>")),
-         {kNotANumber, {"HIGHEST"}}},
+         {kNotANumber, {"HIGHEST", "minimum"}}},
         {Variable(kNumber, Missing("<range minimum='1' maximum='LOWEST'/>")),
-         {kNotANumber, {"LOWEST"}}},
-        {Variable(kNumber, Missing("<range minimum='1' maximum='INF'/>")), {kNotANumber, {"INF"}}},
-        {Variable(kNumber, "<var-stats mean='average'/>"), {kNotANumber, {"average"}}},
-        {Variable(kNumber, "<var-stats minimum='1e999'/>"), {kNumberTooLarge, {"1e999"}}},
+         {kNotANumber, {"LOWEST", "maximum"}}},
+        {Variable(kNumber, Missing("<range minimum='1' maximum='INF'/>")),
+         {kNotANumber, {"INF", "maximum"}}},
+        {Variable(kNumber, "<var-stats mean='average'/>"), {kNotANumber, {"average", "mean"}}},
+        {Variable(kNumber, "<var-stats minimum='1e999'/>"),
+         {kNumberTooLarge, {"1e999", "minimum"}}},
     };
     for (const auto& row : kRows) {
         EXPECT_EQ(RefusedFor(row.variables), row.refusal) << row.variables;

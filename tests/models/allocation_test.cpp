@@ -8,7 +8,7 @@
 #include "models/glrmodel.h"
 #include "models/gzlrmodel.h"
 #include "models/lrmodel.h"
-#include "tests/models/allocationcounter.h"
+#include "tests/allocations.h"
 #include "tests/models/classifierfixture.h"
 
 namespace MCVelscore_850 {

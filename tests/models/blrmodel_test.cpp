@@ -180,6 +180,7 @@ TEST(BLRModel, FactorBehindACovariateOfZeroIsStillLookedUp)
     Case unknown;
     unknown.With("x", 0).With("f", "v");
     EXPECT_EQ(built.model.GetScore(&unknown.Record(), slot.result, true).GetErrorCode(), 90017);
+    EXPECT_EQ(built.model.GetFailedVar(), built.model.GetDictionary()->GetVar("f"));
     Case known;
     known.With("x", 0).With("f", "u");
     ASSERT_TRUE(built.model.GetScore(&known.Record(), slot.result, true).IsOK());

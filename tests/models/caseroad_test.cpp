@@ -118,6 +118,27 @@ TYPED_TEST(EveryFamily, NullRecordIsTracedWhereTheFamilyDoes)
     EXPECT_EQ(lines, std::vector<std::string>{"MCStatus error code is :90029"});
 }
 
+TYPED_TEST(EveryFamily, TheVariableThatACaseFailedForIsRememberedUntilTheNext)
+{
+    this->Build();
+    const auto failed = [&] { return this->built.model.GetFailedVar(); };
+    const auto var = [&](const char* name) {
+        return this->built.model.GetDictionary()->GetVar(name);
+    };
+    for (const bool names : {true, false}) {  // the status may name it or not
+        this->built.model.road.namesBadPredictor = names;
+        EXPECT_FALSE(this->Score(kSysmis, 2).IsOK());
+        EXPECT_EQ(failed(), var("a"));
+        EXPECT_FALSE(this->Score(kSysmis, kSysmis).IsOK());
+        EXPECT_EQ(failed(), var("b"));  // the last one
+        EXPECT_TRUE(this->Score(1, 2).IsOK());
+        EXPECT_EQ(failed(), nullptr);
+    }
+    EXPECT_FALSE(this->Score(kSysmis, 2).IsOK());
+    this->built.model.GetScore(nullptr, this->slot.result, true);
+    EXPECT_EQ(failed(), nullptr);
+}
+
 TYPED_TEST(EveryFamily, ResultOfTheRightTypeIsReusedWithItsPredictionObject)
 {
     this->Build();
@@ -160,6 +181,31 @@ TYPED_TEST(EveryFamily, RecordWithoutIndexedAccessIsReadByNameAndBindsNothing)
     EXPECT_TRUE(this->built.model.dictVarIndexSet);
 }
 
+TYPED_TEST(EveryFamily, PositionThatHoldsNothingIsTriedByName)
+{
+    this->built.Covariate("a");
+    this->built.SetUp();
+    this->built.model.FinishSetup();
+    TornRecord record("a", 2.0);
+    ASSERT_TRUE(this->built.model.GetScore(&record, this->slot.result, true).IsOK());
+    EXPECT_EQ(this->slot.Number(), 2.0);
+}
+
+TYPED_TEST(EveryFamily, FirstIndexedRecordBindsForGood)
+{
+    this->Build();
+    Case first;
+    first.With("a", 1).With("b", 2).With("c", 4);
+    ASSERT_TRUE(this->built.model.GetScore(&first.Record(), this->slot.result, true).IsOK());
+    EXPECT_EQ(this->slot.Number(), 3.0);
+    // Later records are taken to be laid out as the first, whatever their names say.
+    Case turned;
+    turned.With("c", 4).With("b", 2).With("a", 1);
+    ASSERT_TRUE(this->built.model.GetScore(&turned.Record(), this->slot.result, true).IsOK());
+    EXPECT_EQ(this->slot.Number(), 6.0);
+    EXPECT_EQ(this->built.Dictionary().GetVar("a")->GetDictIndex(), 0);
+}
+
 TYPED_TEST(EveryFamily, TwoBadPredictorsNameTheLater)
 {
     this->Build();
@@ -193,6 +239,34 @@ TYPED_TEST(EveryFamily, SubstitutionScoresWithTheReplacement)
     EXPECT_EQ(this->slot.Number(), 12.0);
     EXPECT_FALSE(this->Score(1, kSysmis).IsOK());  // b has no replacement
     EXPECT_EQ(this->slot.Number(), kSysmis);
+}
+
+TYPED_TEST(EveryFamily, ReplacementThatIsMissingItselfStandsInForNothing)
+{
+    Replace(this->built.Covariate("a"), kSysmis);
+    this->built.Covariate("b");
+    this->built.SetUp();
+    this->built.model.FinishSetup();
+    EXPECT_EQ(this->Score(kSysmis, 2).GetErrorCode(), 90029);
+    EXPECT_EQ(this->slot.Number(), kSysmis);
+    EXPECT_EQ(this->Score(nullptr, 2).GetErrorCode(), 90029);
+}
+
+TYPED_TEST(EveryFamily, RolesOfSetupSayWhatIsSubstituted)
+{
+    DictVar& a = this->built.Covariate("a");
+    DictVar& b = this->built.Covariate("b");
+    Replace(a, 10.0);
+    Replace(b, 20.0);
+    this->built.model.SetVarRole(&b, ScoreModel::ROLE_OFFSET);
+    this->built.SetUp();
+    // What is said later changes nothing.
+    this->built.model.SetVarRole(&a, ScoreModel::ROLE_OFFSET);
+    this->built.model.SetVarRole(&b, ScoreModel::ROLE_COVARIATE);
+    this->built.model.FinishSetup();
+    EXPECT_TRUE(this->Score(kSysmis, 2).IsOK());
+    EXPECT_EQ(this->slot.Number(), 12.0);
+    EXPECT_EQ(this->Score(1, kSysmis).GetErrorCode(), 90029);
 }
 
 TYPED_TEST(EveryFamily, UnknownPolicyLetsTheValueStand)
@@ -265,6 +339,20 @@ TEST(ValueFamily, WithoutReplacementTheMeanStandsIn)
     Slot slot;
     ASSERT_TRUE(built.model.GetScore(&c.Record(), slot.result, true).IsOK());
     EXPECT_EQ(slot.Number(), 4.0);
+}
+
+TEST(ValueFamily, FieldWithoutReplacementAndMeanHasNothingThatStandsIn)
+{
+    Built<ValueFamily> built;
+    built.Covariate("a").SetVarStats(new VarStats);
+    Replace(built.Covariate("b"), 1.0);  // keeps the policy
+    built.SetUp();
+    built.model.FinishSetup();
+    Case c;
+    c.With("a", kSysmis).With("b", 1);
+    Slot slot;
+    EXPECT_EQ(built.model.GetScore(&c.Record(), slot.result, true).GetErrorCode(), 90029);
+    EXPECT_EQ(slot.Number(), kSysmis);
 }
 
 TEST(ValueFamily, FactorIsNotSubstituted)

@@ -656,7 +656,9 @@ TEST(CoxRegModelContrasts, CategoryWithoutARowOrAColumnFailsTheCase)
         model.GetScore(&Contrasted::Row("c", 1, 3.0).Record(), slot.result, true).GetErrorCode(),
         90017);
     EXPECT_EQ(slot.result->GetPrediction(), nullptr);
+    EXPECT_EQ(model.GetFailedVar(), model.GetDictionary()->GetVar("f"));
     EXPECT_TRUE(model.GetScore(&Contrasted::Row("b", 1, 3.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(model.GetFailedVar(), nullptr);
 
     Contrasted narrow;  // category c has place 2, and the rows have two columns
     CoxRegModel& other = narrow.Ready("c");

@@ -75,6 +75,28 @@ TEST(GLRModel, StandardErrorTakesTheDesignRow)
     EXPECT_EQ(r.GetStdDev(), std::sqrt(5.0));
 }
 
+TEST(GLRModel, CovarianceOfZeroAddsNothingToTheVarianceOfAnInfiniteDesignValue)
+{
+    Small small;
+    small.model.GetPCovMatrix()->SetCell("p2", "p2", 0.0);
+    GLRModel& model = small.Ready();
+    Slot slot;
+    // The square of 1e200 is infinite, and infinity times 0 would be no number. 1 + 4 + 2 * 0.5
+    ASSERT_TRUE(model.GetScore(&Row("b", 1e200).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.As<LRResult>().GetStdDev(), std::sqrt(6.0));
+}
+
+TEST(GLRModel, DesignValueOfZeroAddsNothingToTheVarianceWhateverItsCovariances)
+{
+    Small small;
+    small.model.GetPCovMatrix()->SetCell("p0", "p2", NumericValue::GetInfinity());
+    small.model.GetPCovMatrix()->SetCell("p2", "p2", NumericValue::GetInfinity());
+    GLRModel& model = small.Ready();
+    Slot slot;
+    ASSERT_TRUE(model.GetScore(&Row("b", 0.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.As<LRResult>().GetStdDev(), std::sqrt(6.0));  // d = (1, 1, 0, 0)
+}
+
 TEST(GLRModel, CovariateOfZeroDropsItsParameters)
 {
     Small small;
@@ -423,22 +445,7 @@ TEST(GLRModel, DerivedPredictorIsComputedWhereTheRecordDoesNotHoldIt)
 
 TEST(GLRModel, PositionThatHoldsNothingIsNotTriedByName)
 {
-    // The record answers a value by name that its position doesn't have.
-    class Torn final : public ScoreCaseRecord {
-    public:
-        ScoreValue* GetValue(const std::string& name) const override
-        {
-            return name == "x" ? &x_ : nullptr;
-        }
-        ScoreValue* GetValue(int) const override { return nullptr; }
-        bool HasIndexedAccess() const override { return true; }
-        int GetVarIndex(const std::string& name) const override { return name == "x" ? 0 : -1; }
-        const std::vector<ScoreValue*>* GetValues() const override { return &values_; }
-
-    private:
-        mutable NumericValue x_{2.0};
-        std::vector<ScoreValue*> values_{nullptr};
-    } record;
+    TornRecord record("x", 2.0);
     Built<GLRModel> built;
     built.Covariate("x");
     built.Parameters({"p"});

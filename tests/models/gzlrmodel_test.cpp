@@ -215,6 +215,18 @@ TEST(GZLRModel, NegativeVarianceFromRoundingIsAnErrorOfZero)
 }
 
 // Limits of the mean at eta -+ z se, by link; which of the two is larger.
+TEST(GZLRModel, CovarianceOfZeroAddsNothingToTheVarianceOfAnInfiniteDesignValue)
+{
+    Small small;
+    small.Filled().model.GetPCovMatrix()->SetCell("p2", "p2", 0.0);
+    small.model.FinishSetup();
+    Scored scored;
+    Case c = Row("b", 1e200);  // its square is infinite
+    Score(small.model, c, scored);
+    ASSERT_TRUE(scored.status.IsOK());
+    EXPECT_EQ(scored.Numbers().GetStdDev(), std::sqrt(6.0));  // 1 + 4 + 2 * 0.5
+}
+
 TEST(GZLRModel, OnlyANegativePowerSwapsTheLimits)
 {
     GZLRModel model;
@@ -699,6 +711,26 @@ TEST(GZLRModel, NamedCategoryBecomesTheEventAndItsRowIsRead)
     EXPECT_EQ(named.slot.result->GetPrediction()->GetString(), "yes");
 }
 
+TEST(GZLRModel, SetupMakesTheFirstCategoryTheEventWhateverWasSetBefore)
+{
+    Built<GZLRModel> built(YesNo());
+    built.Parameters({"p"});
+    built.model.UpdateResAndRefCat("no");
+    ASSERT_TRUE(built.SetUp());
+    built.model.GetParamTable()->SetCell("yes", "p", ParamTableCell(0.75, 1));
+    built.model.GetParamTable()->SetCell("no", "p", ParamTableCell(0.125, 1));
+    built.model.FinishSetup();
+    Case c;
+    Slot slot;
+    ASSERT_TRUE(built.model.GetScore(&c.Record(), slot.result, true).IsOK());
+    const auto& percents = slot.As<MLRResult>().GetAllValuePercent();
+    ASSERT_EQ(percents.size(), 2u);
+    EXPECT_EQ(percents[0].first->GetString(), "yes");
+    EXPECT_EQ(percents[0].second, 0.75);
+    EXPECT_EQ(percents[1].first->GetString(), "no");
+    EXPECT_EQ(slot.result->GetPrediction()->GetString(), "yes");
+}
+
 TEST(GZLRModel, EmptyOrUnknownNameOfTheEvent)
 {
     TwoRows empty;
@@ -738,6 +770,42 @@ TEST(GZLRModel, RowOfBetasIsSettledByTheFirstCase)
     rows.model.UpdateResAndRefCat("no");
     rows.EventPercent();
     EXPECT_EQ(rows.slot.result->GetPrediction()->GetString(), "no");  // a mean of 0.75 still
+}
+
+TEST(GZLRModel, RowOfBetasIsSettledAlsoByACaseThatFails)
+{
+    Built<GZLRModel> built(YesNo());
+    built.Covariate("x");
+    built.Parameters({"p"});
+    ASSERT_TRUE(built.SetUp());
+    built.Beta("yes", "p", 0.75);
+    built.Beta("no", "p", 0.25);
+    built.model.FinishSetup();
+    Slot slot;
+    Case bad;
+    bad.With("x", kSysmis);
+    EXPECT_EQ(built.model.GetScore(&bad.Record(), slot.result, true).GetErrorCode(), 90029);
+    built.model.UpdateResAndRefCat("no");
+    Case good;
+    good.With("x", 1);
+    ASSERT_TRUE(built.model.GetScore(&good.Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.Percent("no"), 0.75);  // the row of yes still
+}
+
+TEST(GZLRModel, CellWrittenAfterTheSetupIsFinishedChangesNoScore)
+{
+    Small small;
+    GZLRModel& model = small.Ready();
+    Scored scored;
+    Case c = Row("b", 2.0);
+    const double score = 1.0 + 2.0 + 0.5 * 4.0;
+    static_cast<StringValue&>(*model.GetPPCMatrix()->GetCell("p1", "f")).SetString("a");
+    Score(model, c, scored);
+    EXPECT_EQ(scored.slot.Number(), score);
+    small.Cell("p1", "f", "a");  // releases the value that stood there
+    small.Cell("p2", "x", "3");
+    Score(model, c, scored);
+    EXPECT_EQ(scored.slot.Number(), score);
 }
 
 std::string LinesAfterTheCommonPart(const GZLRModel& model)

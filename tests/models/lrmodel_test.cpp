@@ -182,6 +182,24 @@ TEST(LRModel, VarianceThatIsNoNumberStaysSo)
     EXPECT_TRUE(std::isnan(ScoreOnce(linear.Ready(), {3.0}).stdDev));
 }
 
+// Each of the two would be no number: infinity times 0.
+TEST(LRModel, ZeroAddsNothingToTheVarianceWhateverItIsMultipliedBy)
+{
+    constexpr double kInfinity = NumericValue::GetInfinity();
+    // An infinite value whose covariances are 0: 1 + 3 * 4 * 3 is left.
+    Linear zeroCells({0.0, 2.0}, 1.0);
+    zeroCells.Covariance(1, 1, 4.0).Covariance(2, 2, 1.0);
+    LRModel& model = zeroCells.Ready();
+    model.SetScoreCaseValidationCheck(false);  // an infinite number isn't valid
+    EXPECT_EQ(ScoreOnce(model, {kInfinity, 3.0}).stdDev, std::sqrt(37.0));
+
+    // A value of 0 whose covariances are infinite.
+    Linear infiniteCells({0.0, 2.0}, 1.0);
+    infiniteCells.Covariance(1, 1, 4.0).Covariance(2, 2, 1.0);
+    for (const int other : {0, 1, 2}) infiniteCells.Covariance(0, other, kInfinity);
+    EXPECT_EQ(ScoreOnce(infiniteCells.Ready(), {0.0, 3.0}).stdDev, std::sqrt(37.0));
+}
+
 TEST(LRModel, DfOfZeroGivesNoLimitsAndStatusOK)
 {
     Linear linear({2.0}, 1.0, 0.0);

@@ -87,6 +87,26 @@ TEST(Display, MapsAscendByNameAndCellsStandInTheirRows)
               "End display of LRModel\n");
 }
 
+TEST(Display, CovariancesOfWhichNoneIsWrittenAreZeros)
+{
+    Built<LRModel> built("y");
+    built.Parameters({"a", "b"});
+    ASSERT_TRUE(built.SetUp());
+    EXPECT_NE(Displayed(built.model).find("PCovMatrix :  size = 2 by 2\n\t0\t0\n\t0\t0\n\n"),
+              std::string::npos);
+}
+
+TEST(Display, PiecesAreThereForOthers)
+{
+    const Built<LRModel> built("y");
+    std::ostringstream out;
+    built.model.DisplayMap("Names", {{"b", 0}, {"a", 1}}, out);
+    built.model.DisplayMatrix("Numbers", {{1.5, 2}, {0, -3}}, out);
+    EXPECT_EQ(out.str(),
+              "Names :  size = 2\n\ta\t1\n\tb\t0\n\n"
+              "Numbers :  size = 2 by 2\n\t1.5\t2\n\t0\t-3\n\n");
+}
+
 TEST(Display, EmptyCovarianceMatrixPrintsItsHeader)
 {
     Built<GLRModel> built("y");

@@ -182,6 +182,25 @@ private:
     std::unique_ptr<CaseRecord> record_;
 };
 
+/// A record of one variable whose position holds nothing while its name answers a number.
+class TornRecord final : public ScoreCaseRecord {
+public:
+    TornRecord(const std::string& name, double number) : name_(name), number_(number) {}
+    ScoreValue* GetValue(const std::string& name) const override
+    {
+        return name == name_ ? &number_ : nullptr;
+    }
+    ScoreValue* GetValue(int) const override { return nullptr; }
+    bool HasIndexedAccess() const override { return true; }
+    int GetVarIndex(const std::string& name) const override { return name == name_ ? 0 : -1; }
+    const std::vector<ScoreValue*>* GetValues() const override { return &values_; }
+
+private:
+    std::string name_;
+    mutable NumericValue number_;
+    std::vector<ScoreValue*> values_{nullptr};
+};
+
 /// A result slot that releases what it holds.
 class Slot {
 public:

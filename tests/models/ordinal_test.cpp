@@ -82,6 +82,40 @@ TEST(CumulativeLink, InverseIsTheDistributionFunctionOfTheLink)
     }
 }
 
+// The steps of each link in doubles, by mpmath: exp rounded once (and at least 0.2 units away from
+// where a libm could round otherwise), then each operation. A form that is equal in real numbers
+// answers otherwise.
+TEST(CumulativeLink, LogitDividesTheExponentialByOnePlusItself)
+{
+    struct {
+        double x, p;
+    } constexpr kRows[] = {
+        {-16.5, 6.825602910446288e-08},   // 1 / (1 + exp(-x)): 6.825602910446286e-08
+        {-5.625, 0.0035936025814200896},  // 0.00359360258142009
+        {-2.75, 0.06008665017400762},     // 0.060086650174007626
+        {1.25, 0.7772998611746912},       // 0.7772998611746911
+        {4.875, 0.9924227587321391},      // 0.9924227587321393
+        {6.875, 0.9989677689632451},      // 0.9989677689632452
+    };
+    for (const auto& row : kRows) {
+        EXPECT_EQ(ORModel::CInvLinkFunction(Link::CUM_LOGIT, row.x), row.p) << row.x;
+    }
+}
+
+TEST(CumulativeLink, CloglogTakesTheExponentialFromOneWithTheDigitsThatThisLoses)
+{
+    struct {
+        double x, p;
+    } constexpr kRows[] = {
+        {-30.0, 9.35918009759007e-14},    // -expm1(-exp(x)): 9.357622968839737e-14
+        {-37.0, 1.1102230246251565e-16},  // one step below 1, 2^-53
+        {-38.0, 0.0},                     // exp(x) = 3.1e-17 is lost beside 1
+    };
+    for (const auto& row : kRows) {
+        EXPECT_EQ(ORModel::CInvLinkFunction(Link::CUM_CLOGLOG, row.x), row.p) << row.x;
+    }
+}
+
 TEST(CumulativeLink, LowerLimitIsInclusiveAndTheNextDoubleIsNot)
 {
     const double above = std::nextafter(-708.0, 0.0);

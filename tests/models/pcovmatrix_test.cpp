@@ -43,13 +43,27 @@ TEST(PCovMatrix, PlainFormHasARowForEachParameterAndKeepsBothTriangles)
 {
     AnyType model(ScoreModel::TYPE_GLR, 3, 0);
     PCovMatrix& v = *model.CreatePCovMatrix();
-    ASSERT_EQ(v.GetCells().size(), 3u);
+    ASSERT_EQ(v.GetDimension(), 3u);
     EXPECT_TRUE(v.SetCell("p0", "p1", 0.5));
     EXPECT_EQ(v.GetCell(0, 1), 0.5);
     EXPECT_EQ(v.GetCell(1, 0), 0.5);
     EXPECT_EQ(v.GetCell("p1", "p0"), 0.5);
     EXPECT_EQ(v.GetCell("p1", "nowhere"), 0.0);
     EXPECT_FALSE(v.SetCell("p0", "nowhere", 1.0));
+}
+
+TEST(PCovMatrix, CellsAreMadeWithTheFirstThatIsWritten)
+{
+    AnyType model(ScoreModel::TYPE_GLR, 3, 0);
+    PCovMatrix& v = *model.CreatePCovMatrix();
+    EXPECT_FALSE(v.SetCell("p0", "nowhere", 1.0));
+    EXPECT_TRUE(v.GetCells().empty());
+    EXPECT_EQ(v.GetCell(0, 1), 0.0);
+    EXPECT_EQ(v.GetCell("p0", "p1"), 0.0);
+    EXPECT_FALSE(v.IsWritten());
+    EXPECT_TRUE(v.SetCell("p0", "p1", 0.5));
+    EXPECT_TRUE(v.IsWritten());
+    EXPECT_EQ(v.GetCells(), (RegressionModel::Matrix{{0, 0.5, 0}, {0.5, 0, 0}, {0, 0, 0}}));
 }
 
 TEST(PCovMatrix, PlainFormTakesNoCategories)
@@ -64,7 +78,7 @@ TEST(PCovMatrix, OrdinalFormPutsLocationParametersBehindTheThresholds)
 {
     AnyType model(ScoreModel::TYPE_ORDINAL, 3, 4);
     PCovMatrix& v = *model.CreatePCovMatrix();
-    ASSERT_EQ(v.GetCells().size(), 5u);  // 3 + 4 - 2
+    ASSERT_EQ(v.GetDimension(), 5u);  // 3 + 4 - 2
     EXPECT_TRUE(v.SetCell("p1", "p2", 0.5));
     EXPECT_EQ(model.At(3, 4), 0.5);
     EXPECT_EQ(model.At(4, 3), 0.5);
@@ -93,7 +107,7 @@ TEST(PCovMatrix, MultinomialFormRepeatsTheParametersForEachCategory)
 {
     AnyType model(ScoreModel::TYPE_MLR, 2, 3);
     PCovMatrix& v = *model.CreatePCovMatrix();
-    ASSERT_EQ(v.GetCells().size(), 6u);
+    ASSERT_EQ(v.GetDimension(), 6u);
     EXPECT_TRUE(v.SetCell("p1", "p0", "c2", "c1", 0.5));
     EXPECT_EQ(model.At(5, 2), 0.5);
     EXPECT_EQ(model.At(2, 5), 0.5);

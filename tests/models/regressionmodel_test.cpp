@@ -153,7 +153,6 @@ public:
     bool forgetRoles = false;
     using RegressionModel::betas;
     using RegressionModel::categoryBetas;
-    using RegressionModel::derivedDictIndex;
     using RegressionModel::dictVarIndexSet;
     using RegressionModel::ParameterPredictor;
     using RegressionModel::predictorDictIndex;
@@ -214,6 +213,19 @@ TEST(FinishSetup, AllowedMissingFactorIsSubstitutedByInfinity)
     EXPECT_EQ(built.model.predictorSubstitutes, std::vector<double>{NumericValue::GetInfinity()});
 }
 
+TEST(FinishSetup, AllowedMissingFactorsLetNoCovariateBeMissing)
+{
+    Built<Bare> built;
+    built.Covariate("x");
+    built.Factor("f", {"a"});
+    built.Add(Continuous("o"), RegressionModel::ROLE_OFFSET);
+    built.model.SetAllowMissingFactors(true);
+    ASSERT_TRUE(built.SetUp());
+    built.model.FinishSetup();
+    EXPECT_EQ(built.model.predictorSubstitutes,
+              (std::vector<double>{kSysmis, NumericValue::GetInfinity(), kSysmis}));
+}
+
 TEST(FinishSetup, UnderTheOtherPoliciesNothingIsSubstituted)
 {
     for (const auto policy : {ScoreModel::MV_SYSMIS_RESULT, ScoreModel::MV_STATUS_ONLY}) {
@@ -234,6 +246,18 @@ TEST(FinishSetup, TakesRolesFromTheModelWhereSetupLeftNone)
     built.Factor("f", {"a"});
     built.model.forgetRoles = true;
     ASSERT_TRUE(built.SetUp());
+    built.model.FinishSetup();
+    EXPECT_EQ(built.model.predictorRoles, (std::vector<int>{4, 3}));
+}
+
+TEST(FinishSetup, KeepsTheRolesThatSetupTook)
+{
+    Built<Bare> built;
+    DictVar& x = built.Covariate("x");
+    DictVar& f = built.Factor("f", {"a"});
+    ASSERT_TRUE(built.SetUp());
+    built.model.SetVarRole(&x, ScoreModel::ROLE_FACTOR);
+    built.model.SetVarRole(&f, ScoreModel::ROLE_COVARIATE);
     built.model.FinishSetup();
     EXPECT_EQ(built.model.predictorRoles, (std::vector<int>{4, 3}));
 }
@@ -280,14 +304,12 @@ TEST_F(Binding, WritesPositionsIntoTheSharedVariables)
     EXPECT_EQ(built.Dictionary().GetVar("x")->GetDictIndex(), 2);
     EXPECT_EQ(built.Dictionary().GetVar("y")->GetDictIndex(), -1);  // not in the record
     EXPECT_EQ(built.model.predictorDictIndex, (std::vector<int>{2, -1}));
-    EXPECT_EQ(built.model.derivedDictIndex, (std::vector<int>{-1, -1}));
 }
 
 TEST_F(Binding, FindsDerivedPositionsWhenTheRecordHoldsThem)
 {
     built.model.SetUpDictVarIndex(&record, true);
     EXPECT_EQ(built.model.predictorDictIndex, (std::vector<int>{2, 0}));
-    EXPECT_EQ(built.model.derivedDictIndex, (std::vector<int>{-1, 0}));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "models/coxregresult.h"
 #include "models/lrresult.h"
 #include "models/mlrresult.h"
+#include "tests/allocations.h"
 #include "tests/models/modelfixture.h"
 
 namespace MCVelscore_850 {
@@ -51,6 +52,18 @@ TYPED_TEST(EveryResult, SetPredictionReleasesTheOldOneAndTheDestructorTheLast)
         EXPECT_EQ(released, 1);
     }
     EXPECT_EQ(released, 2);
+}
+
+TYPED_TEST(EveryResult, SetPredictionOfTheObjectThatIsThereKeepsIt)
+{
+    int released = 0;
+    {
+        TypeParam result(nullptr);
+        result.SetPrediction(new Watched(released));
+        result.SetPrediction(result.GetPrediction());
+        EXPECT_EQ(released, 0);
+    }
+    EXPECT_EQ(released, 1);
 }
 
 TYPED_TEST(EveryResult, AnswersTheTargetItWasMadeFor)
@@ -171,8 +184,10 @@ TEST(MLRResult, ValueThatTheTargetRefusesIsReleasedAndNotAdded)
     auto target = Categorical("y", {"a", "b"});
     target->DeclareValue(std::make_unique<StringValue>("gone"), "gone", DictVar::Property::Missing);
     MLRResult result(target.get());
+    const long before = LiveAllocations();
     EXPECT_FALSE(result.AddValuePercent(new StringValue("c"), 0.5));     // not valid
     EXPECT_FALSE(result.AddValuePercent(new StringValue("gone"), 0.5));  // missing
+    EXPECT_EQ(LiveAllocations(), before);
     EXPECT_TRUE(result.GetAllValuePercent().empty());
 }
 
@@ -227,6 +242,27 @@ TEST(MLRResult, CopiesHaveValuesOfTheirOwn)
         EXPECT_EQ(r->GetAllValuePercent()[0].first->GetString(), "a");
         EXPECT_EQ(r->GetAllValuePercent()[0].second, 0.1);
     }
+}
+
+TEST(MLRResult, ReleasesItsValuesAlsoThoseThatAnAssignmentReplaces)
+{
+    const auto target = Categorical("y", {"a", "b"});
+    const long before = LiveAllocations();
+    {
+        MLRResult two(target.get());
+        two.SetPrediction(new StringValue("a"));
+        two.AddValuePercent(new StringValue("a"), 0.25);
+        two.AddValuePercent(new StringValue("b"), 0.75);
+        MLRResult one(target.get());
+        one.SetPrediction(new StringValue("b"));
+        one.AddValuePercent(new StringValue("b"), 1.0);
+        MLRResult copy(two);
+        copy = one;
+        one = two;
+        EXPECT_EQ(copy.GetAllValuePercent().size(), 1u);
+        EXPECT_EQ(one.GetAllValuePercent().size(), 2u);
+    }
+    EXPECT_EQ(LiveAllocations(), before);
 }
 
 TEST(CoxRegResult, CopyTakesTheDeadStringAndNotTheHazard)

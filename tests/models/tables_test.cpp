@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "models/clrmodel.h"
 #include "models/glrmodel.h"
 #include "tests/models/modelfixture.h"
 
@@ -82,6 +83,43 @@ TEST_F(Tables, PredictorCellSetTwiceHoldsTheLast)
     Cells().SetCell("a", "x", new NumericValue(2.0));
     Cells().SetCell("a", "x", new NumericValue(3.0));
     EXPECT_EQ(Cells().GetCell(1, 0)->GetDouble(), 3.0);
+}
+
+TEST_F(Tables, PredictorCellSetToNothingIsEmpty)
+{
+    Cells().SetCell("a", "x", new NumericValue(2.0));
+    EXPECT_TRUE(Cells().SetCell("a", "x", nullptr));
+    EXPECT_EQ(Cells().GetCell("a", "x"), nullptr);
+    EXPECT_TRUE(Cells().SetCell("b", "x", nullptr));
+    EXPECT_EQ(Cells().GetCell("b", "x"), nullptr);
+}
+
+TEST(PPCMatrix, RowHoldsItsCellsInTheOrderOfThePredictors)
+{
+    Built<GLRModel> built;
+    for (const char* name : {"x", "y1", "z"}) built.Covariate(name);
+    built.Parameters({"a"});
+    ASSERT_TRUE(built.SetUp());
+    PPCMatrix& cells = *built.model.GetPPCMatrix();
+    cells.SetCell("a", "z", new NumericValue(3.0));
+    cells.SetCell("a", "x", new NumericValue(1.0));
+    ASSERT_EQ(cells.Row(0).size(), 2u);
+    EXPECT_EQ(cells.Row(0)[0].predictor, 0);
+    EXPECT_EQ(cells.Row(0)[1].predictor, 2);
+    EXPECT_EQ(cells.GetCell(0, 1), nullptr);
+    EXPECT_EQ(cells.GetCell(0, 2)->GetDouble(), 3.0);
+    EXPECT_TRUE(cells.Row(1).empty());
+    EXPECT_TRUE(cells.Row(-1).empty());
+}
+
+TEST(PPCMatrix, PredictorRegisteredAfterItsConstructionHasNoColumn)
+{
+    Built<GLRModel> built;
+    built.Covariate("x");
+    built.Parameters({"a"});
+    ASSERT_TRUE(built.SetUp());
+    built.Covariate("late");
+    EXPECT_FALSE(built.model.GetPPCMatrix()->SetCell("a", "late", new NumericValue(1.0)));
 }
 
 TEST(ParamTable, CategoryRegisteredAfterItsConstructionHasNoRow)

@@ -202,9 +202,9 @@ TEST(BinaryDocument, CutoffIsALeadingExtension)
     document.leading = "<Other/><Extension name='cutoff' value='0.3'/>";
     EXPECT_EQ(Read<BLRModel>(document)->GetCutoff(), 0.0);
     document.leading = "<Extension name='cutoff' value='half'/>";
-    Refuses(document, kNotANumber, {"half"});
+    Refuses(document, kNotANumber, {"half", "value"});
     document.leading = "<Extension name='cutoff'/>";
-    Refuses(document, kNotANumber, {""});
+    Refuses(document, kNotANumber, {"", "Extension"});
     // No other family reads it, whatever it says.
     for (LogisticDocument other : {Multinomial(), OrdinalDocument(), Conditional()}) {
         other.leading = "<Extension name='cutoff' value='half'/>";
@@ -340,6 +340,35 @@ TEST(ConditionalDocument, InterceptIsRefused)
     LogisticDocument continuous = Conditional();
     continuous.target = "<DataField name='y' optype='continuous' dataType='double'/>";
     Refuses(continuous, 260192, arguments);
+}
+
+TEST(ConditionalDocument, LabelOfTheConstantCountsAsAnyOther)
+{
+    // Three parameters and three cells: by counting there is no intercept.
+    LogisticDocument document = Conditional();
+    document.parameters =
+        "<Parameter name='p0'/><Parameter name='p1'/><Parameter name='(Constant)'/>";
+    document.cells += "<PPCell value='1' predictorName='x' parameterName='(Constant)'/>";
+    EXPECT_EQ(RefusalOf(document.Text()).GetErrorCode(), 0);
+    document.parameters =
+        With(document.parameters, "'(Constant)'", "'(Constant)' label='Intercept'");
+    Refuses(document, 260192, {"intercept", "label", "multinomialLogistic"});
+    // The words in each other's place say nothing.
+    document.parameters = With(document.parameters, "label='Intercept'", "label='(Constant)'");
+    document.parameters += "<Parameter name='Intercept'/>";
+    document.cells += "<PPCell value='1' predictorName='w' parameterName='Intercept'/>";
+    EXPECT_EQ(RefusalOf(document.Text()).GetErrorCode(), 0);
+    const auto model = Read<CLRModel>(document);
+    EXPECT_EQ(model->GetParameterIndex("Intercept"), 2);
+    EXPECT_EQ(model->GetParameterIndex("(Constant)"), 3);
+}
+
+TEST(ConditionalDocument, TargetThatDeclaresNoValidValueHasNoList)
+{
+    LogisticDocument document = Conditional();
+    document.target = With(document.target, "value='no'", "value='no' property='missing'");
+    document.target = With(document.target, "value='yes'", "value='yes' property='missing'");
+    Refuses(document, 260192, {"intercept", "label", "multinomialLogistic"});
 }
 
 TEST(ConditionalDocument, WithoutPredictorsIsNotSetUp)
@@ -501,7 +530,7 @@ TEST(OrdinalDocument, OffsetRefusals)
 {
     LogisticDocument document = OrdinalDocument();
     document.attributes = "offsetValue='much'";
-    Refuses(document, kNotANumber, {"much"});
+    Refuses(document, kNotANumber, {"much", "offsetValue"});
     document.attributes = "offsetVariable='nowhere'";
     Refuses(document, 260125, {"nowhere", "DataDictionary", "TransformationDictionary"});
     document.attributes = "offsetVariable='y'";
@@ -657,6 +686,28 @@ TEST(CovarianceCells, GoWhereTheFamilyPutsThem)
             EXPECT_EQ(Outcome(document), wanted->second)
                 << "family " << family.what << ": " << r.parameters << " " << r.categories;
         }
+    }
+}
+
+TEST(CovarianceCells, ExtensionsAmongThemArePassedOver)
+{
+    for (const CovarianceFamily& family : CovarianceFamilies()) {
+        LogisticDocument document = family.document;
+        document.covariances = CovarianceCell("pRow='p0' pCol='p0'", "tRow='b' tCol='a'");
+        const std::string plain = Outcome(document);
+        document.covariances = "<Extension name='x'/>" + document.covariances + "<Extension/>";
+        EXPECT_EQ(Outcome(document), plain) << family.what;
+        EXPECT_NE(plain.find(": 0,"), std::string::npos) << plain;
+    }
+}
+
+TEST(CovarianceCells, FamiliesOfOneEquationRefuseCategories)
+{
+    const std::string cell = "<PCovCell pRow=\"(Constant)\" pCol=\"(Constant)\"";
+    for (const char* categories : {" tRow=\"1\" tCol=\"1\"", " tCol=\"1\""}) {
+        const VSException refusal = RefusalOf(With(kLinearDocument, cell, cell + categories));
+        EXPECT_EQ(refusal.GetErrorCode(), 260191) << categories;
+        EXPECT_EQ(refusal.GetArguments(), (Texts{"tCol", "regression"})) << categories;
     }
 }
 

@@ -6,6 +6,7 @@
 #include "models/blrmodel.h"
 #include "models/glrmodel.h"
 #include "models/mlrmodel.h"
+#include "readers/generalregressiontranslator.h"
 #include "tests/models/modelfixture.h"
 #include "tests/readers/logisticdocument.h"
 
@@ -166,6 +167,57 @@ TEST(ContrastMatrix, OpenFactorTakesItsCategoriesFromTheList)
     }
 }
 
+// The readers as another reader of documents calls them: rows and values to fill, the variable as
+// it stands in a dictionary. What is in the values is the caller's.
+TEST(ContrastMatrix, ReadersAreThereForOthers)
+{
+    using Reader = void (GeneralRegressionTranslator::*)(
+        xercesc::DOMElement*, Matrix&, std::vector<ScoreValue*>&, const ScoreDictVar*);
+    const struct {
+        Reader read;
+        std::string element;
+        Texts categories;
+    } kRows[] = {
+        {&GeneralRegressionTranslator::HandleContrastMatrix,
+         Basis("any", {"w", "u", "v"}),
+         {"w", "u", "v"}},
+        {&GeneralRegressionTranslator::HandleContrastMatrixEx,
+         MatrixOf(kSize, kSum),
+         {"u", "v", "w"}},
+        {&GeneralRegressionTranslator::HandleContrastMatrix41,
+         Typed(MatrixOf(kSize, kSum)),
+         {"u", "v", "w"}},
+        {&GeneralRegressionTranslator::HandleContrastMatrix41,
+         Typed(Categories({"v", "u", "w"}) + MatrixOf(kSize, kSum)),
+         {"v", "u", "w"}},
+    };
+    const std::unique_ptr<const ScoreDictVar> variable = Categorical("f", {"u", "v", "w"});
+    for (const auto& row : kRows) {
+        ParsedText text(row.element);
+        GeneralRegressionTranslator reader;
+        Matrix contrastRows;
+        std::vector<ScoreValue*> contrastValues;
+        (reader.*row.read)(text.Get()->getDocumentElement(), contrastRows, contrastValues,
+                           variable.get());
+        EXPECT_EQ(contrastRows, (Matrix{{1, 0}, {0, 1}, {-1, -1}})) << row.element;
+        Texts categories;
+        for (const ScoreValue* value : contrastValues) {
+            categories.push_back(value == nullptr ? "none" : value->GetString());
+            delete value;
+        }
+        EXPECT_EQ(categories, row.categories) << row.element;
+    }
+    const auto open = Categorical("f", {});
+    ParsedText text(Typed(Categories({"b", "a"}) +
+                          MatrixOf("nbRows='2' nbCols='1'", "<Array>1</Array><Array>0</Array>")));
+    Matrix rows;
+    std::vector<ScoreValue*> values;
+    GeneralRegressionTranslator().HandleContrastMatrix41(text.Get()->getDocumentElement(), rows,
+                                                         values, open.get());
+    EXPECT_EQ(open->GetNumCategories(), 2);
+    for (const ScoreValue* value : values) delete value;
+}
+
 TEST(ContrastMatrix, TooFewRowsLeaveACategoryThatMatchesNothing)
 {
     const std::string two = "<Array>1 0</Array><Array>0 1</Array>";
@@ -262,8 +314,11 @@ TEST(ContrastMatrix, RefusalsNameCodeAndArguments)
         {"rows no whole number",
          Typed(MatrixOf("nbRows='x' nbCols='2'", kSum)),
          kNotAnInteger,
-         {"x"}},
-        {"columns below 0", Typed(MatrixOf("nbRows='3' nbCols='-1'", kSum)), kNotAnInteger, {"-1"}},
+         {"x", "nbRows"}},
+        {"columns below 0",
+         Typed(MatrixOf("nbRows='3' nbCols='-1'", kSum)),
+         kNotAnInteger,
+         {"-1", "nbCols"}},
         {"rows and f's categories",
          Typed(Categories(all) + MatrixOf("nbRows='2' nbCols='2'", kSum)),
          260249,
@@ -296,7 +351,10 @@ TEST(ContrastMatrix, RefusalsNameCodeAndArguments)
          Typed(MatrixOf(kSize, "<Array>1</Array>")),
          kArrayLength,
          {"1", "2"}},
-        {"no number", Typed(MatrixOf(kSize, "<Array>1 one</Array>")), kNotANumber, {"one"}},
+        {"no number",
+         Typed(MatrixOf(kSize, "<Array>1 one</Array>")),
+         kNotANumber,
+         {"one", "Array"}},
         {"row too many",
          Typed(Categories(all) + MatrixOf(kSize, std::string(kSum) + "<Array>1 1</Array>")),
          kTooManyContrastRows,

@@ -5,8 +5,10 @@
 #include <cmath>
 
 #include "host/caserecord.h"
+#include "host/dictvar.h"
 #include "host/modeldescription.h"
 #include "host/stringvalue.h"
+#include "host/targetdeclaration.h"
 #include "host/transformvar.h"
 #include "host/versioninfo.h"
 #include "models/glrmodel.h"
@@ -281,6 +283,26 @@ TEST(Transformations, SectionWithoutFieldsLeavesNone)
     const auto model = ReadModel(WithTransformations("<Extension/>", ""));
     EXPECT_EQ(model->GetTransformationDictionary(), nullptr);
     EXPECT_FALSE(model->NeedDerivedPredictor());
+}
+
+TEST(Targets, AreReadFromBelowTheModelAndLeaveTheScoresToTheHost)
+{
+    const std::string targets =
+        "<Targets><Target field=\"y\" max=\"5\" rescaleFactor=\"10\"/></Targets>";
+    const std::string end = "</GeneralRegressionModel>";
+    const auto declared = ReadModel(With(kGeneralLinearDocument, end, targets + end));
+    const auto* var = static_cast<const DictVar*>(declared->GetTargetVar());
+    ASSERT_NE(var->GetTargetDeclaration(), nullptr);
+    EXPECT_EQ(var->GetTargetDeclaration()->maximum, 5.0);
+    EXPECT_EQ(var->GetTargetDeclaration()->rescaleFactor, 10.0);
+    Case c;
+    c.With("f", "b").With("x", 2).With("w", 4);
+    EXPECT_EQ(Score(*declared, c), 17.0);  // neither limited nor scaled
+
+    // Below the root they aren't seen.
+    const auto elsewhere = ReadModel(With(kGeneralLinearDocument, end, end + targets));
+    EXPECT_EQ(static_cast<const DictVar*>(elsewhere->GetTargetVar())->GetTargetDeclaration(),
+              nullptr);
 }
 
 TEST(Describe, TellsTheEquationAndWhatACaseIsReadFor)

@@ -14,9 +14,9 @@
 #include "models/mlrresult.h"
 #include "readers/generalregressiontranslator.h"
 #include "readers/regressiontranslator.h"
+#include "tests/allocations.h"
 #include "tests/models/modelfixture.h"
 #include "tests/readers/legacyparts.h"
-#include "tests/readers/liveallocations.h"
 #include "tests/readers/readdocument.h"
 
 namespace MCVelscore_850 {
@@ -215,6 +215,83 @@ TEST(LegacyDocument, CellsOfUnknownNamesHaveNoEffect)
     EXPECT_EQ(Probability(*more, one, "a"), Probability(*plain, one, "a"));
 }
 
+TEST(LegacyDocument, NameThatIsAbsentIsTheEmptyName)
+{
+    LegacyParts parts;
+    parts.parameters = "<parameter/><parameter name='bw'/><parameter name='(Constant)'/>";
+    parts.betas =
+        "<p-cell parameter-name='(Constant)' beta='1'/><p-cell beta='2'/>"
+        "<p-cell parameter-name='bw' beta='3'/>";
+    parts.cells = "<pp-cell predictor-name='x' value='1'/>";
+    parts.covariances = "<pcov-cell value='7'/><pcov-cell p-row='bw' value='5'/>";
+    const auto model = Read(parts);
+    EXPECT_EQ(model->GetParameterIndex(""), 0);
+    EXPECT_EQ(model->GetPPCMatrix()->GetCell("", "x")->GetDouble(), 1.0);
+    EXPECT_EQ(model->GetPCovMatrix()->GetCell(0, 0), 7.0);
+    EXPECT_EQ(model->GetPCovMatrix()->GetCell(0, 1), 5.0);
+    Case c;
+    c.With("x", 10).With("w", 100);
+    EXPECT_EQ(Score(*model, c), 1.0 + 20.0 + 300.0);
+}
+
+TEST(LegacyDocument, CellsWithoutNamesHaveNoEffectWhereNothingBearsTheEmptyName)
+{
+    LegacyParts parts;
+    parts.betas += "<p-cell beta='9'/>";
+    parts.cells += "<pp-cell predictor-name='x' value='1'/>";
+    parts.covariances = "<pcov-cell p-row='bx' value='9'/><pcov-cell p-col='bx' value='9'/>";
+    const auto model = Read(parts);
+    Case c;
+    c.With("x", 1).With("w", 1);
+    EXPECT_EQ(Score(*model, c), 6.0);
+    EXPECT_FALSE(model->GetPCovMatrix()->IsWritten());
+}
+
+TEST(LegacyDocument, CellOfATextFactorWithoutValueIsOneThatNoCaseMeets)
+{
+    LegacyParts parts = MultinomialParts();
+    parts.cells = With(parts.cells, "predictor-name='f' value='v'", "predictor-name='f'");
+    const auto model = Read(parts);
+    EXPECT_EQ(model->GetPPCMatrix()->GetCell("pf", "f")->GetString(), "");
+    EXPECT_EQ(model->GetNumericPPMatrix()[0][0], -1.0);
+    EXPECT_EQ(model->GetDictionary()->GetVar("f")->GetNumCategories(), 2);
+    Case c;
+    c.With("f", "v").With("x", 0);
+    const double a = std::exp(0.5);  // without the 1 of pf
+    EXPECT_NEAR(Probability(*model, c, "a"), a / (a + std::exp(-1.0) + 1.0), 1e-15);
+}
+
+TEST(LegacyDocument, FactorWithMissingValuesAloneIsOpen)
+{
+    const std::string missing = "<missing-values><value value='9'/></missing-values>";
+    LegacyParts parts = ConditionalParts();
+    parts.variables =
+        With(parts.variables, OldVariable("g", "NUMERIC", "NOMINAL", OldCategories({"1", "2"})),
+             OldVariable("g", "STRING", "NOMINAL", missing));
+    const auto model = Read(parts);
+    EXPECT_TRUE(model->GetDictionary()->GetVar("g")->HasOpenCategories());  // the cell's 2 too
+    for (const auto& [text, factor] : {std::pair("2", -1.5), {"other", 0.0}}) {
+        Case c;
+        c.With("g", text).With("x", 3.0);
+        EXPECT_NEAR(Score(*model, c), 1.0 / (1.0 + std::exp(-(0.75 * 3.0 + factor))), 1e-15)
+            << text;
+    }
+    Slot slot;
+    Case bad;
+    bad.With("g", "9").With("x", 3.0);
+    EXPECT_FALSE(model->GetScore(&bad.Record(), slot.result, false).IsOK());
+
+    // A multinomial model keeps no category of an open text, and so finds none.
+    LegacyParts multinomial = MultinomialParts();
+    multinomial.variables = With(multinomial.variables, OldCategories({"u", "v"}),
+                                 "<missing-values><value value='9'/></missing-values>");
+    const auto open = Read(multinomial);
+    Slot other;
+    Case c;
+    c.With("f", "v").With("x", 0);
+    EXPECT_EQ(open->GetScore(&c.Record(), other.result, false).GetErrorCode(), 90029);
+}
+
 TEST(LegacyDocument, OnlyALinearRegressionReadsItsCovariances)
 {
     for (LegacyParts parts : {MultinomialParts(), ConditionalParts()}) {
@@ -336,7 +413,7 @@ const std::vector<Fault> kFaults{
      "",
      260153,
      {"", "model-type", "regression-model"}},
-    {"df no number", {}, "model-df='5'", "model-df='five'", kNotANumber, {"five"}},
+    {"df no number", {}, "model-df='5'", "model-df='five'", kNotANumber, {"five", "model-df"}},
     {"target unknown",
      {},
      "target-variable-name='y'",
@@ -350,12 +427,6 @@ const std::vector<Fault> kFaults{
      "<param name='bx'/>",
      260153,
      {"param", "parameter", "parameter-list"}},
-    {"parameter without name",
-     {},
-     "<parameter name='bx'/>",
-     "<parameter/>",
-     260115,
-     {"name", "parameter"}},
     {"factor of another tag",
      MultinomialParts(),
      "<predictor name='f'/>",
@@ -384,59 +455,54 @@ const std::vector<Fault> kFaults{
      {},
      "<predictor name='x'/>",
      "<predictor/>",
-     260115,
-     {"name", "predictor"}},
+     260124,
+     {"", "dictionary"}},
+    {"factor without name",
+     MultinomialParts(),
+     "<predictor name='f'/>",
+     "<predictor/>",
+     260124,
+     {"", "dictionary"}},
     {"cell of another tag",
      {},
      "<p-cell parameter-name='bx'",
      "<cell parameter-name='bx'",
      260153,
      {"cell", "p-cell", "p-table"}},
-    {"cell without beta", {}, "beta='2'", "", 260115, {"beta", "p-cell"}},
-    {"beta no number", {}, "beta='2'", "beta='two'", kNotANumber, {"two"}},
-    {"beta too large", {}, "beta='2'", "beta='1e999'", kNumberTooLarge, {"1e999"}},
+    {"cell without beta", {}, "beta='2'", "", kNotANumber, {"", "p-cell"}},
+    {"beta no number", {}, "beta='2'", "beta='two'", kNotANumber, {"two", "beta"}},
+    {"beta too large", {}, "beta='2'", "beta='1e999'", kNumberTooLarge, {"1e999", "beta"}},
     {"df of a cell no whole number",
      {},
      "beta='2' df='1'",
      "beta='2' df='1.5'",
      kNotAnInteger,
-     {"1.5"}},
-    {"cell without parameter",
-     {},
-     "<p-cell parameter-name='bx'",
-     "<p-cell",
-     260115,
-     {"parameter-name", "p-cell"}},
+     {"1.5", "df"}},
     {"predictor cell of another tag",
      {},
      "<pp-cell parameter-name='bx'",
      "<cell parameter-name='bx'",
      260153,
      {"cell", "pp-cell", "pp-matrix"}},
-    {"predictor cell without parameter",
-     {},
-     "<pp-cell parameter-name='bx'",
-     "<pp-cell",
-     260115,
-     {"parameter-name", "pp-cell"}},
-    {"predictor cell without predictor",
-     {},
-     "predictor-name='x'",
-     "",
-     260115,
-     {"predictor-name", "pp-cell"}},
-    {"predictor cell without value",
+    {"predictor cell without predictor", {}, "predictor-name='x'", "", 260155, {""}},
+    {"covariate's cell without value",
      {},
      "predictor-name='x' value='1'",
      "predictor-name='x'",
-     260115,
-     {"value", "pp-cell"}},
+     kNotANumber,
+     {"", "pp-cell"}},
+    {"numeric factor's cell without value",
+     ConditionalParts(),
+     "predictor-name='g' value='2'",
+     "predictor-name='g'",
+     kNotANumber,
+     {"", "pp-cell"}},
     {"exponent no number",
      {},
      "predictor-name='x' value='1'",
      "predictor-name='x' value='one'",
      kNotANumber,
-     {"one"}},
+     {"one", "value"}},
     {"predictor cell of the target", {}, "predictor-name='x'", "predictor-name='y'", 260155, {"y"}},
     {"predictor cell of an unknown variable",
      {},
@@ -449,11 +515,12 @@ const std::vector<Fault> kFaults{
      "predictor-name='g' value='2'",
      "predictor-name='g' value='two'",
      kNotANumber,
-     {"two"}},
-    {"factor whose only value is missing",
+     {"two", "value"}},
+    {"factor whose only category is missing before",
      MultinomialParts(),
      "<categories><category value='u'/><category value='v'/></categories>",
-     "<missing-values><value value='v'/></missing-values>",
+     "<missing-values><value value='v'/></missing-values>"
+     "<categories><category value='v'/></categories>",
      260126,
      {"f"}},
     {"conditional model of a number",
@@ -546,10 +613,8 @@ TEST(LegacyRefusals, UnexpectedCovarianceCellHasItsOwnCode)
         int code;
         Texts arguments;
     } kRows[] = {
-        {"<pcov-cell p-row='bx' value='1'/>", 260115, {"p-col", "pcov-cell"}},
-        {"<pcov-cell p-col='bx' value='1'/>", 260115, {"p-row", "pcov-cell"}},
-        {"<pcov-cell p-row='bx' p-col='bx'/>", 260115, {"value", "pcov-cell"}},
-        {"<pcov-cell p-row='bx' p-col='bx' value='much'/>", kNotANumber, {"much"}},
+        {"<pcov-cell p-row='bx' p-col='bx'/>", kNotANumber, {"", "pcov-cell"}},
+        {"<pcov-cell p-row='bx' p-col='bx' value='much'/>", kNotANumber, {"much", "value"}},
     };
     for (const auto& row : kRows) {
         parts.covariances = row.cell;
@@ -575,14 +640,35 @@ TEST(LegacyRefusals, SayWhereInTheDocument)
 
 TEST(LegacyRefusals, TablesThatTakeAllMemoryAreRefusedBeforeTheyAreMade)
 {
-    LegacyParts parts;
-    parts.parameters.clear();
+    // 12,000 squared is more than 2^27.
+    std::string parameters, variables, predictors;
     for (int i = 0; i < 12000; ++i) {
-        parts.parameters += "<parameter name='p" + std::to_string(i) + "'/>";
+        const std::string n = std::to_string(i);
+        parameters += "<parameter name='p" + n + "'/>";
+        variables += OldVariable("z" + n, "NUMERIC", "CONTINUOUS");
+        predictors += "<predictor name='z" + n + "'/>";
     }
-    const VSException refusal = RefusalOf(parts.Text());
+    LegacyParts linear;
+    linear.parameters = parameters + "<parameter name='(Constant)'/>";
+    linear.variables += variables;
+    linear.covariates = predictors;
+    linear.betas = "<p-cell parameter-name='(Constant)' beta='1'/>";
+    linear.cells = "<pp-cell parameter-name='p11999' predictor-name='z11999' value='1'/>";
+    EXPECT_EQ(RefusalOf(linear.Text()).GetErrorCode(), 0);  // it needs none of them
+    linear.covariances = "<pcov-cell p-row='p0' p-col='p1' value='1'/>";
+    const VSException refusal = RefusalOf(linear.Text());
     EXPECT_EQ(refusal.GetErrorCode(), kTableTooLarge);
-    EXPECT_EQ(refusal.GetArguments(), (Texts{"pcov-matrix", "12000", "12000"}));
+    EXPECT_EQ(refusal.GetArguments(), (Texts{"pcov-matrix", "12001", "12001"}));
+
+    LegacyParts conditional = ConditionalParts();
+    conditional.parameters += parameters;
+    EXPECT_EQ(RefusalOf(conditional.Text()).GetErrorCode(), 0);
+
+    LegacyParts multinomial = MultinomialParts();
+    multinomial.parameters += parameters;
+    multinomial.variables += variables;
+    multinomial.covariates += predictors;
+    EXPECT_EQ(RefusalOf(multinomial.Text()).GetArguments(), (Texts{"pp-matrix", "12004", "12002"}));
 }
 
 TEST(LegacyRefusals, ReleaseTheHalfBuiltModel)
@@ -605,7 +691,8 @@ TEST(LegacyCategoriesOfCells, AreAddedToAListAlone)
     // before a parse there is nothing that turns the document's text into ours
     EXPECT_FALSE(reader.FillCateValuesToDataDict(list.get(), "b", index));
     const std::unique_ptr<ScoreModel> model(reader.ParseFromTree(text.Get(), ""));
-    EXPECT_TRUE(reader.FillCateValuesToDataDict(list.get(), "b", index));
+    const ScoreDictVar* const given = list.get();  // as a dictionary gives it to others
+    EXPECT_TRUE(reader.FillCateValuesToDataDict(given, "b", index));
     EXPECT_EQ(index, 1);
     EXPECT_TRUE(reader.FillCateValuesToDataDict(list.get(), "a", index));
     EXPECT_EQ(index, 0);

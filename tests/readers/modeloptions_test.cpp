@@ -91,6 +91,12 @@ std::string AsAttribute(const std::string& type, const std::string& name, const 
 using Spelling = std::string (*)(const std::string&, const std::string&, const std::string&);
 constexpr Spelling kSpellings[] = {AsExtension, AsAttribute};
 
+// The attribute that holds an option's value.
+std::string HolderOf(Spelling spell, const std::string& name)
+{
+    return spell == AsExtension ? "value" : name;
+}
+
 std::unique_ptr<RegressionModel> Read(const std::string& document) { return ReadModel(document); }
 
 const GZLRModel& Generalized(const std::unique_ptr<RegressionModel>& model)
@@ -195,7 +201,8 @@ TEST(TrialsValue, IsAWholeNumberAndNothingToAnOrdinalModel)
         EXPECT_EQ(
             Generalized(Read(spell(kGeneralizedLinearType, "trialsValue", "0"))).GetTrialsValue(),
             -1);
-        ExpectRefused(spell(kGeneralizedLinearType, "trialsValue", "2.5"), kNotAnInteger, {"2.5"});
+        ExpectRefused(spell(kGeneralizedLinearType, "trialsValue", "2.5"), kNotAnInteger,
+                      {"2.5", HolderOf(spell, "trialsValue")});
         EXPECT_EQ(RefusalOf(spell(kGeneralizedOrdinalType, "trialsValue", "2.5")).GetErrorCode(),
                   0);
     }
@@ -210,8 +217,10 @@ TEST(OffsetValue, IsANumberOfBothFamilies)
         EXPECT_EQ(
             Ordinal(Read(spell(kGeneralizedOrdinalType, "offsetValue", "2.5"))).GetOffsetValue(),
             2.5);
-        ExpectRefused(spell(kGeneralizedLinearType, "offsetValue", "x"), kNotANumber, {"x"});
-        ExpectRefused(spell(kGeneralizedOrdinalType, "offsetValue", "x"), kNotANumber, {"x"});
+        ExpectRefused(spell(kGeneralizedLinearType, "offsetValue", "x"), kNotANumber,
+                      {"x", HolderOf(spell, "offsetValue")});
+        ExpectRefused(spell(kGeneralizedOrdinalType, "offsetValue", "x"), kNotANumber,
+                      {"x", HolderOf(spell, "offsetValue")});
     }
 }
 
@@ -315,13 +324,16 @@ TEST(LinkParameter, OfAnOrdinalModelIsReadAndDropped)
     for (const Spelling spell : kSpellings) {
         EXPECT_EQ(RefusalOf(spell(kGeneralizedOrdinalType, "linkParameter", "2")).GetErrorCode(),
                   0);
-        ExpectRefused(spell(kGeneralizedOrdinalType, "linkParameter", "x"), kNotANumber, {"x"});
-        ExpectRefused(spell(kGeneralizedLinearType, "linkParameter", "x"), kNotANumber, {"x"});
+        ExpectRefused(spell(kGeneralizedOrdinalType, "linkParameter", "x"), kNotANumber,
+                      {"x", HolderOf(spell, "linkParameter")});
+        ExpectRefused(spell(kGeneralizedLinearType, "linkParameter", "x"), kNotANumber,
+                      {"x", HolderOf(spell, "linkParameter")});
     }
     // An empty attribute is none; an empty extension is no number.
     EXPECT_EQ(RefusalOf(AsAttribute(kGeneralizedLinearType, "linkParameter", "")).GetErrorCode(),
               0);
-    ExpectRefused(AsExtension(kGeneralizedLinearType, "linkParameter", ""), kNotANumber, {""});
+    ExpectRefused(AsExtension(kGeneralizedLinearType, "linkParameter", ""), kNotANumber,
+                  {"", "value"});
 }
 
 TEST(LinkParameter, OfZeroIsOneToo)
@@ -412,7 +424,8 @@ TEST(DistributionParameter, IsTheLinkParameterUnderTheNegativeBinomialLink)
     const auto link = Read(NegativeBinomial(Attribute("linkParameter", "2")));
     EXPECT_EQ(Generalized(link).GetLinkParameter(), 2.0);
     ExpectRefused(NegativeBinomial(""), 260115, {"distParameter", "GeneralRegressionModel"});
-    ExpectRefused(NegativeBinomial(Attribute("distParameter", "x")), kNotANumber, {"x"});
+    ExpectRefused(NegativeBinomial(Attribute("distParameter", "x")), kNotANumber,
+                  {"x", "distParameter"});
 }
 
 TEST(DistributionParameter, IsReadAfterTheExtensionsToo)
@@ -469,7 +482,7 @@ TEST(Options, OfOtherFamiliesArePassedOver)
     for (const char* name : {"sigma", "percentile"}) {
         EXPECT_EQ(RefusalOf(AsExtension(kBinaryType, name, "?")).GetErrorCode(), 0);
         EXPECT_EQ(RefusalOf(AsAttribute(kGeneralLinearType, name, "?")).GetErrorCode(), 0);
-        ExpectRefused(AsExtension(kGeneralLinearType, name, "?"), kNotANumber, {"?"});
+        ExpectRefused(AsExtension(kGeneralLinearType, name, "?"), kNotANumber, {"?", "value"});
     }
     EXPECT_EQ(RefusalOf(AsExtension(kGeneralLinearType, "cutoff", "?")).GetErrorCode(), 0);
 }
@@ -544,7 +557,7 @@ TEST(Options, CutoffAndSigmaAreNumbersOfTheirOwnFamilies)
 {
     const auto binary = Read(AsExtension(kBinaryType, "cutoff", "0.3"));
     EXPECT_EQ(static_cast<const BLRModel&>(*binary).GetCutoff(), 0.3);
-    ExpectRefused(AsExtension(kBinaryType, "cutoff", "?"), kNotANumber, {"?"});
+    ExpectRefused(AsExtension(kBinaryType, "cutoff", "?"), kNotANumber, {"?", "value"});
     const auto linear = Read(
         Document(kGeneralLinearType, "", Extension("sigma", "1.5") + Extension("percentile", "2")));
     EXPECT_EQ(static_cast<GLRModel&>(*linear).GetSigmaValue(), 1.5);

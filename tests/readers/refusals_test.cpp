@@ -23,7 +23,12 @@ struct Row {
 // clang-format off: a row a fault
 const std::vector<Row> kRows{
     {"no version", kLinearDocument, " version=\"4.2\"", "", 260115, {"version", "PMML"}},
-    {"version no number", kLinearDocument, "\"4.2\"", "\"4.2.1\"", kNotANumber, {"4.2.1"}},
+    {"version no number",
+     kLinearDocument,
+     "\"4.2\"",
+     "\"4.2.1\"",
+     kNotANumber,
+     {"4.2.1", "version"}},
     {"no model type",
      kLinearDocument,
      "<GeneralRegressionModel modelType=\"regression\" functionName=\"regression\" modelDF=\"5\">",
@@ -42,7 +47,12 @@ const std::vector<Row> kRows{
      "",
      260125,
      {"w", "DataDictionary", "TransformationDictionary"}},
-    {"df no number", kLinearDocument, "modelDF=\"5\"", "modelDF=\"five\"", kNotANumber, {"five"}},
+    {"df no number",
+     kLinearDocument,
+     "modelDF=\"5\"",
+     "modelDF=\"five\"",
+     kNotANumber,
+     {"five", "modelDF"}},
     {"field without name",
      kLinearDocument,
      "<MiningField name=\"w\"/>",
@@ -84,13 +94,13 @@ const std::vector<Row> kRows{
      "<MiningField name=\"w\"/>",
      "<MiningField name=\"w\" missingValueReplacement=\"none\"/>",
      kNotANumber,
-     {"none"}},
+     {"none", "missingValueReplacement"}},
     {"limit too large",
      kLinearDocument,
      "<MiningField name=\"w\"/>",
      "<MiningField name=\"w\" highValue=\"1e999\"/>",
      kNumberTooLarge,
-     {"1e999"}},
+     {"1e999", "highValue"}},
     {"categorical target without values",
      kLinearDocument,
      "name=\"y\" optype=\"continuous\"",
@@ -120,7 +130,7 @@ const std::vector<Row> kRows{
      "<Parameter name=\"bx\"/>",
      "<Parameter name=\"bx\" referencePoint=\"one\"/>",
      kNotANumber,
-     {"one"}},
+     {"one", "referencePoint"}},
     {"factor of another tag",
      kGeneralLinearDocument,
      "<FactorList><Predictor name=\"f\"/>",
@@ -188,14 +198,14 @@ const std::vector<Row> kRows{
      260115,
      {"parameterName", "PCell"}},
     {"cell without beta", kLinearDocument, "beta=\"2\"", "", 260115, {"beta", "PCell"}},
-    {"beta no number", kLinearDocument, "beta=\"2\"", "beta=\"0x2\"", kNotANumber, {"0x2"}},
-    {"beta empty", kLinearDocument, "beta=\"2\"", "beta=\"\"", kNotANumber, {""}},
+    {"beta no number", kLinearDocument, "beta=\"2\"", "beta=\"0x2\"", kNotANumber, {"0x2", "beta"}},
+    {"beta empty", kLinearDocument, "beta=\"2\"", "beta=\"\"", kNotANumber, {"", "beta"}},
     {"df of a cell no whole number",
      kLinearDocument,
      "beta=\"2\" df=\"1\"",
      "beta=\"2\" df=\"1.5\"",
      kNotAnInteger,
-     {"1.5"}},
+     {"1.5", "df"}},
     {"cell of an unknown parameter",
      kLinearDocument,
      "<PCell parameterName=\"bx\"",
@@ -291,7 +301,7 @@ const std::vector<Row> kRows{
      "<PPCell value=\"2\"",
      "<PPCell value=\"two\"",
      kNotANumber,
-     {"two"}},
+     {"two", "value"}},
     {"predictor cell of an unknown parameter",
      kGeneralLinearDocument,
      "predictorName=\"x\" parameterName=\"p2\"",
@@ -337,7 +347,7 @@ TEST(Refusals, FollowTheOrderOfTheStages)
         {kLinearDocument,
          {{"modelDF=\"5\"", "modelDF=\"x\""}, {"<MiningField name=\"w\"/>", "<MiningField/>"}},
          kNotANumber,
-         {"x"}},
+         {"x", "modelDF"}},
         {kLinearDocument,
          {{"<MiningField name=\"w\"/>", "<MiningField name=\"y\" usageType=\"target\"/>"}},
          260204,
@@ -347,12 +357,12 @@ TEST(Refusals, FollowTheOrderOfTheStages)
          {{"<MiningField name=\"w\"/>",
            "<MiningField name=\"w\" lowValue=\"a\" highValue=\"b\"/>"}},
          kNotANumber,
-         {"b"}},
+         {"b", "highValue"}},
         {kLinearDocument,
          {{"<MiningField name=\"w\"/>",
            "<MiningField name=\"w\" highValue=\"b\" missingValueReplacement=\"c\"/>"}},
          kNotANumber,
-         {"c"}},
+         {"c", "missingValueReplacement"}},
         // Extensions after the parameters, before the lists; factors before covariates.
         {kGeneralLinearDocument,
          {{" <MiningSchema>", "<Extension name=\"modelDF\" value=\"x\"/><MiningSchema>"},
@@ -363,7 +373,7 @@ TEST(Refusals, FollowTheOrderOfTheStages)
          {{" <MiningSchema>", "<Extension name=\"modelDF\" value=\"x\"/><MiningSchema>"},
           {"<FactorList><Predictor name=\"f\"/>", "<FactorList><Predictor/>"}},
          kNotANumber,
-         {"x"}},
+         {"x", "value"}},
         {kGeneralLinearDocument,
          {{"<FactorList><Predictor name=\"f\"/>", "<FactorList><Predictor/>"},
           {"<Predictor name=\"w\"/>", "<Cov/>"}},
@@ -411,7 +421,7 @@ TEST(Refusals, FollowTheOrderOfTheStages)
          {{"value=\"2\" predictorName=\"x\" parameterName=\"p2\"",
            "value=\"two\" predictorName=\"x\" parameterName=\"q\""}},
          kNotANumber,
-         {"two"}},
+         {"two", "value"}},
     };
     for (const Faults& f : faults) {
         std::string document = f.document;
@@ -566,9 +576,14 @@ TEST(Refusals, TablesThatTakeAllMemoryAreRefusedBeforeTheyAreMade)
     EXPECT_EQ(square.GetErrorCode(), kTableTooLarge);
     EXPECT_EQ(square.GetArguments(), (std::vector<std::string>{"PCovMatrix", "12000", "12000"}));
     EXPECT_EQ(RefusalOf(Wide("generalLinear", 12000, 0, "")).GetErrorCode(), 0);
-    // A linear regression has its covariances always, one row more for its constant.
-    EXPECT_EQ(RefusalOf(Wide("regression", 12000, 0, "")).GetArguments(),
+    // A linear regression has one row more for its constant. Without a covariance it needs none,
+    // and of its predictors' cells those that are given.
+    EXPECT_EQ(RefusalOf(Wide("regression", 12000, 0, covariances)).GetArguments(),
               (std::vector<std::string>{"PCovMatrix", "12001", "12001"}));
+    const std::string cells =
+        "<PPMatrix><PPCell value=\"1\" predictorName=\"z11999\" parameterName=\"p11999\"/>"
+        "</PPMatrix><PCovMatrix/>";
+    EXPECT_EQ(RefusalOf(Wide("regression", 12000, 12000, cells)).GetErrorCode(), 0);
     const VSException design = RefusalOf(Wide("generalLinear", 12000, 13000, ""));
     EXPECT_EQ(design.GetErrorCode(), kTableTooLarge);
     EXPECT_EQ(design.GetArguments(), (std::vector<std::string>{"PPMatrix", "12000", "13000"}));

@@ -3,55 +3,38 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <new>
-
 #include "stats/mcdistfun.h"
 #include "stats/mcpower.h"
+#include "tests/allocations.h"
 #include "tests/stats/support/functions.h"
-
-namespace {
-
-long allocations = 0;
-
-}  // namespace
-
-// Kept out of line: inlined, the pair looks mismatched to the compiler.
-[[gnu::noinline]] void* operator new(std::size_t size)
-{
-    ++allocations;
-    if (void* p = std::malloc(size)) return p;
-    throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* p) noexcept { std::free(p); }
-[[gnu::noinline]] void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 
 namespace {
 
 using D = MCMath_850::MCDistFun;
 using MCMath_850::MCPower;
+using MCVelscore_850::AllocationCount;
 using reference::Read;
 using reference::Row;
 
-// A function of numbers alone, called with the numbers of its reference rows. The numbers are parsed
-// before the counting starts.
+// A function of numbers alone, called with the numbers of its reference rows. The numbers are
+// parsed before the counting starts.
 template <class F>
 void ExpectNoAllocation(const char* name, F call)
 {
     for (const Row& row : Read(name)) {
         double a[5] = {};
         for (std::size_t i = 0; i < row.args.Count(); ++i) a[i] = row.args[i];
-        const long before = allocations;
+        const long before = AllocationCount();
         call(a);
-        EXPECT_EQ(allocations, before) << name << "(" << row.args.Text() << ")";
+        EXPECT_EQ(AllocationCount(), before) << name << "(" << row.args.Text() << ")";
     }
 }
 
 TEST(Allocation, CounterCounts)
 {
-    const long before = allocations;
+    const long before = AllocationCount();
     ::operator delete(::operator new(100));  // called by name: a new expression may be left out
-    EXPECT_EQ(allocations, before + 1);
+    EXPECT_EQ(AllocationCount(), before + 1);
 }
 
 TEST(Allocation, NoFunctionOfNumbersAllocates)
@@ -96,12 +79,17 @@ TEST(Allocation, NoFunctionOfNumbersAllocates)
     });
     ExpectNoAllocation("CDFHyper", [](double* a) { D::CDFHyper(a[0], a[1], a[2], a[3], icode); });
     ExpectNoAllocation("ncdbet", [](double* a) { D::ncdbet(a[0], a[1], a[2], a[3], code, a[4]); });
-    ExpectNoAllocation("NonCentralCdfF", [](double* a) { D::NonCentralCdfF(a[0], a[1], a[2], a[3], a[4]); });
-    ExpectNoAllocation("NonCentralCdfChi", [](double* a) { D::NonCentralCdfChi(a[0], a[1], a[2]); });
+    ExpectNoAllocation("NonCentralCdfF",
+                       [](double* a) { D::NonCentralCdfF(a[0], a[1], a[2], a[3], a[4]); });
+    ExpectNoAllocation("NonCentralCdfChi",
+                       [](double* a) { D::NonCentralCdfChi(a[0], a[1], a[2]); });
     ExpectNoAllocation("NonCentralCdfT", [](double* a) { D::NonCentralCdfT(a[0], a[1], a[2]); });
-    ExpectNoAllocation("NonCentralPdfT", [](double* a) { D::NonCentralPdfT(a[0], a[1], a[2], code); });
-    ExpectNoAllocation("FindNCParamChi", [](double* a) { D::FindNCParamChi(a[0], a[1], a[2], a[3]); });
-    ExpectNoAllocation("FindNCParamF", [](double* a) { D::FindNCParamF(a[0], a[1], a[2], a[3], a[4]); });
+    ExpectNoAllocation("NonCentralPdfT",
+                       [](double* a) { D::NonCentralPdfT(a[0], a[1], a[2], code); });
+    ExpectNoAllocation("FindNCParamChi",
+                       [](double* a) { D::FindNCParamChi(a[0], a[1], a[2], a[3]); });
+    ExpectNoAllocation("FindNCParamF",
+                       [](double* a) { D::FindNCParamF(a[0], a[1], a[2], a[3], a[4]); });
     ExpectNoAllocation("FindNCParamT", [](double* a) { D::FindNCParamT(a[0], a[1], a[2], a[3]); });
 }
 
@@ -112,10 +100,10 @@ TEST(Allocation, NeitherDoTheTwoOnTables)
     const std::vector<double> y{0.5, 1.5, 3.0};
     double lower = 0.0, upper = 0.0, achieved = 0.0;
     long status = 0;
-    const long before = allocations;
+    const long before = AllocationCount();
     for (const long method : {0L, 1L, 3L}) D::GPTile(3, 40.0, x, freq, y, method, lower, status);
     D::Mednci(3, x, freq, 10.0, 95.0, true, lower, upper, achieved);
-    EXPECT_EQ(allocations, before);
+    EXPECT_EQ(AllocationCount(), before);
 }
 
 }  // namespace

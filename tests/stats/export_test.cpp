@@ -1,5 +1,6 @@
-// What a shared library built from the statistics objects shows: every function and global, under the
-// names and argument types that other components link against, although the objects hide by default.
+// What a shared library built from the statistics objects shows: every function and global, under
+// the names and argument types that other components link against, although the objects hide by
+// default.
 
 #include <gtest/gtest.h>
 
@@ -17,7 +18,8 @@ std::set<std::string> Exported()
     char line[1024];
     while (nm && std::fgets(line, sizeof line, nm)) {
         const std::string text = line;
-        if (text.size() > 20) names.insert(text.substr(19, text.size() - 20));  // after address and type
+        if (text.size() > 20)
+            names.insert(text.substr(19, text.size() - 20));  // after address and type
     }
     if (nm) pclose(nm);
     return names;
@@ -83,7 +85,8 @@ const char* const kWanted[] = {
     "MCMath_850::MCDistFun::IdfBin(double, double, double, long&)",
     "MCMath_850::MCDistFun::PdfHyper(long, long, long, long)",
     "MCMath_850::MCDistFun::CDFHyper(double, double, double, double, int&)",
-    "MCMath_850::MCDistFun::ncdbet(double const&, double const&, double const&, double const&, long&, double)",
+    "MCMath_850::MCDistFun::ncdbet(double const&, double const&, double const&, double const&, "
+    "long&, double)",
     "MCMath_850::MCDistFun::NonCentralCdfF(double, double, double, double, double)",
     "MCMath_850::MCDistFun::NonCentralCdfChi(double, double, double)",
     "MCMath_850::MCDistFun::NonCentralCdfT(double, double, double)",
@@ -91,11 +94,14 @@ const char* const kWanted[] = {
     "MCMath_850::MCDistFun::FindNCParamChi(double, double, double, double)",
     "MCMath_850::MCDistFun::FindNCParamF(double, double, double, double, double)",
     "MCMath_850::MCDistFun::FindNCParamT(double, double, double, double)",
-    ("MCMath_850::MCDistFun::GPTile(long, double, std::vector<double, std::allocator<double> > const&, "
-    "std::vector<double, std::allocator<double> > const&, std::vector<double, std::allocator<double> > const&, "
-    "long, double&, long&)"),
+    ("MCMath_850::MCDistFun::GPTile(long, double, std::vector<double, std::allocator<double> > "
+     "const&, "
+     "std::vector<double, std::allocator<double> > const&, std::vector<double, "
+     "std::allocator<double> > const&, "
+     "long, double&, long&)"),
     ("MCMath_850::MCDistFun::Mednci(long, std::vector<double, std::allocator<double> > const&, "
-    "std::vector<double, std::allocator<double> > const&, double, double, bool, double&, double&, double&)"),
+     "std::vector<double, std::allocator<double> > const&, double, double, bool, double&, double&, "
+     "double&)"),
 };
 
 TEST(Exports, EveryFunctionAndGlobalIsShownUnderItsSignature)

@@ -56,11 +56,12 @@ TEST(IncompleteBeta, HasClosedFormsForParametersOfOne)
 TEST(IncompleteBeta, SlowSeriesGoesOnAsTheFraction)
 {
     EXPECT_TRUE(expect::Near(Beta(1.0 - 1e-8, 2.0, 0.5), 0.99985000000012314, 1e-12));
-    EXPECT_TRUE(expect::Near(Beta(1e-8, 0.5, 2.0), 0.0001499999995, 1e-8));  // one minus the other tail
+    EXPECT_TRUE(
+        expect::Near(Beta(1e-8, 0.5, 2.0), 0.0001499999995, 1e-8));  // one minus the other tail
 }
 
-// Values by tests/data/stats/branches.py, from the same formula at 50 digits. t - p/N cancels to 1e-16
-// before it is multiplied by N = 1e13 and some 2e-6.
+// Values by tests/data/stats/branches.py, from the same formula at 50 digits. t - p/N cancels to
+// 1e-16 before it is multiplied by N = 1e13 and some 2e-6.
 TEST(IncompleteBeta, HugeParametersFallBackToTheNormalApproximation)
 {
     EXPECT_NEAR(Beta(0.029126214116201043, 3e11, 1e13), 0.50405698818558861, 2e-9);
@@ -138,15 +139,33 @@ TEST(BetaQuantile, OddStartValueIsMadeUpForByTheIteration)
     EXPECT_NEAR(Beta(D::betinv(0.3, 0.7, 0.5), 0.7, 0.5), 0.3, 1e-9);
 }
 
+// Values by tests/data/stats/branches.py. Each first step is above 3^200, and has to be cut below
+// 1.
+TEST(BetaQuantile, StepOfAnySizeIsCutUntilItStaysInside)
+{
+    EXPECT_NEAR(D::betinv(1e-20, 20.0, 0.5), 0.11063208709344213, 2e-10);
+    EXPECT_NEAR(D::betinv(0.5, 3000.0, 0.05), 0.99999999981417463, 2e-10);
+    EXPECT_NEAR(D::betinv(1e-11, 15.0, 0.5), 0.20870273591956823, 2e-10);
+}
+
+// On purpose the 50th round is the last, settled or not, and a factor that overflows ends it with
+// the mean: so far out the answer is not the quantile (0.00257 and 0.108 by
+// tests/data/stats/branches.py, which has the answers of the same steps at 50 digits as well).
+TEST(BetaQuantile, SearchThatHasNotSettledEndsWhereItIs)
+{
+    EXPECT_NEAR(D::betinv(2e-40, 15.0, 0.5), 0.029941565745381748, 1e-12);
+    EXPECT_EQ(D::betinv(2e-40, 40.0, 0.5), 40.0 / 40.5);
+}
+
 TEST(BetaQuantile, DampingIsBound)
 {
     // An infinite parameter makes every step NaN, which no cut brings inside.
-    EXPECT_EQ(D::betinv(0.3, kInf, 2.5), 1.0);   // the second vanishes beside it
+    EXPECT_EQ(D::betinv(0.3, kInf, 2.5), 1.0);  // the second vanishes beside it
     EXPECT_EQ(D::betinv(0.3, 2.5, kInf), -1.0);
 }
 
-// Quantiles of such parameters lie within 1e-12 of 1: the step is held off from it, and the iteration
-// ends there or where its steps have shrunk to nothing.
+// Quantiles of such parameters lie within 1e-12 of 1: the step is held off from it, and the
+// iteration ends there or where its steps have shrunk to nothing.
 TEST(BetaQuantile, StepsAreHeldOffFromOne)
 {
     const double first = D::betinv(0.26153703757343177, 558.07868062553121, 0.011104165147031062);

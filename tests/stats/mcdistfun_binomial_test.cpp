@@ -10,7 +10,8 @@ using expect::kNaN;
 using expect::Missing;
 using D = MCMath_850::MCDistFun;
 
-double Call(double (*function)(double, double, double, long&), long wantedCode, double a, double b, double c)
+double Call(double (*function)(double, double, double, long&), long wantedCode, double a, double b,
+            double c)
 {
     long code = 99;
     const double result = function(a, b, c, code);
@@ -118,7 +119,8 @@ TEST(BinomialCdf, NormalApproximationAtTheMeanIsOneHalf)
 
 TEST(BinomialPdf, IsZeroForWhatCannotHappen)
 {
-    for (const double x : {1.5, -1.0, 6.0, kNaN, kInf, -kInf}) EXPECT_EQ(Pdf(x, 5.0, 0.5), 0.0) << x;
+    for (const double x : {1.5, -1.0, 6.0, kNaN, kInf, -kInf})
+        EXPECT_EQ(Pdf(x, 5.0, 0.5), 0.0) << x;
     EXPECT_EQ(Pdf(1.0, 5.0, 0.0), 0.0);
     EXPECT_EQ(Pdf(0.0, 5.0, 0.0), 1.0);
     EXPECT_EQ(Pdf(5.0, 5.0, 1.0), 1.0);
@@ -138,7 +140,8 @@ TEST(BinomialPdf, TakesAFractionalNumberOfTrials)
 // Trials beyond any accuracy: the log gammas leave a log probability far above 0.
 TEST(BinomialPdf, LogProbabilityAboveTheLimitIsCodeTwo)
 {
-    EXPECT_EQ(Pdf(1.8108655874334915e+87, 7.039698123950137e+87, 0.25723617331831428, 2), Missing());
+    EXPECT_EQ(Pdf(1.8108655874334915e+87, 7.039698123950137e+87, 0.25723617331831428, 2),
+              Missing());
 }
 
 TEST(BinomialPdf, EndsArePowers)
@@ -172,7 +175,8 @@ TEST(BinomialQuantile, OfCertainTrialsIsAnEnd)
     EXPECT_EQ(Idf(0.5, 5.0, 1.0), 5.0);  // walks up and ends at n
 }
 
-// On purpose one below the usual quantile: P(X <= 1) = 3/16 and P(X <= 2) = 1/2 for 5 trials of 1/2.
+// On purpose one below the usual quantile: P(X <= 1) = 3/16 and P(X <= 2) = 1/2 for 5 trials of
+// 1/2.
 TEST(BinomialQuantile, IsTheLargestCountWithinTheProbability)
 {
     EXPECT_EQ(Idf(0.3, 5.0, 0.5), 1.0);
@@ -180,15 +184,16 @@ TEST(BinomialQuantile, IsTheLargestCountWithinTheProbability)
     EXPECT_EQ(Idf(0.02, 5.0, 0.5), -1.0);  // P(X <= 0) = 1/32
 }
 
-// P(X <= 0) = 0.03^5 = 2.4e-8 is above 1e-12. The start for 5 trials of 0.97 is 2, and the walk down ends
-// at 0; for 5 trials of 0.5 it is 0, and the walk steps below it.
+// P(X <= 0) = 0.03^5 = 2.4e-8 is above 1e-12. The start for 5 trials of 0.97 is 2, and the walk
+// down ends at 0; for 5 trials of 0.5 it is 0, and the walk steps below it.
 TEST(BinomialQuantile, WalkDownEndsAtZero)
 {
     EXPECT_EQ(Idf(1e-12, 5.0, 0.97), 0.0);
     EXPECT_EQ(Idf(1e-12, 5.0, 0.5), -1.0);
 }
 
-// The sum of the probabilities stays a few units below 1 - 1e-16, so no count passes it: the walk ends at n.
+// The sum of the probabilities stays a few units below 1 - 1e-16, so no count passes it: the walk
+// ends at n.
 TEST(BinomialQuantile, ProbabilityWithinRoundingOfOneIsAllTrials)
 {
     EXPECT_EQ(Idf(0.99999999999999989, 1000.0, 0.3), 1000.0);

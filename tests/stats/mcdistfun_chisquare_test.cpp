@@ -40,7 +40,7 @@ TEST(ChiQuantile, NaNAndInfiniteDfEnd)
 
 TEST(ChiQuantile, TinyDfPutsEveryQuantileAtZero)
 {
-    EXPECT_EQ(Quantile(0.5, 1e-4), 0.0);       // exp of less than -708
+    EXPECT_EQ(Quantile(0.5, 1e-4), 0.0);  // exp of less than -708
     EXPECT_EQ(Quantile(0.5, kTiniest), 0.0);
 }
 
@@ -93,7 +93,8 @@ TEST(ChiBisection, StartMustBePositive)
 TEST(ChiBisection, StartMayBeTwiceTooHighOrFourTimesTooLow)
 {
     const double median = 2.3659738843753383;
-    for (const double factor : {1.99, 1.0, 0.51, 0.26}) EXPECT_TRUE(expect::Near(Bisect(0.5, 3.0, median * factor), median, 2e-8));
+    for (const double factor : {1.99, 1.0, 0.51, 0.26})
+        EXPECT_TRUE(expect::Near(Bisect(0.5, 3.0, median * factor), median, 2e-8));
     EXPECT_EQ(Bisect(0.5, 3.0, median * 2.01, 2), Missing());
     EXPECT_EQ(Bisect(0.5, 3.0, median * 0.24, 2), Missing());
 }

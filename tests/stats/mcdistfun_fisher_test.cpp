@@ -55,7 +55,8 @@ TEST(FisherCdf, OfOneNumeratorDfIsStudentsT)
 // F(df1, df2) at f has the distribution of 1 / F(df2, df1).
 TEST(FisherCdf, ReciprocalExchangesTheDf)
 {
-    for (const double f : {0.2, 0.9, 1.0, 3.0}) EXPECT_NEAR(Cdf(f, 4.0, 9.0), D::SigF(1.0 / f, 9.0, 4.0), 1e-13);
+    for (const double f : {0.2, 0.9, 1.0, 3.0})
+        EXPECT_NEAR(Cdf(f, 4.0, 9.0), D::SigF(1.0 / f, 9.0, 4.0), 1e-13);
 }
 
 TEST(FisherCdf, NaNAndInfinityEnd)

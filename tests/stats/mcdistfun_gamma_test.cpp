@@ -83,7 +83,9 @@ TEST(IncompleteGamma, TailsBelowTheGuardAreZeroAndOne)
 TEST(IncompleteGamma, StaysAProbabilityWhereOnlyTheNormalApproximationsServe)
 {
     // Argument pairs: too many terms; a logarithm of 0; an x whose fourth power overflows.
-    struct Pair { double x, a; };
+    struct Pair {
+        double x, a;
+    };
     for (const Pair w : {Pair{1e16, 1e16}, Pair{1.0, 1e-20}, Pair{1e-300, 1e-310}, Pair{1e80, 2.0},
                          Pair{1e80, 0.25}, Pair{1e6, 1e6 + 5}}) {
         const double lower = Gamma(w.x, w.a, true);
@@ -92,6 +94,34 @@ TEST(IncompleteGamma, StaysAProbabilityWhereOnlyTheNormalApproximationsServe)
         EXPECT_LE(lower, 1.0);
         EXPECT_NEAR(lower + upper, 1.0, 0.01) << w.x << ", " << w.a;
     }
+}
+
+// The series would be too long for these, the fraction is not: Q(3, 4) = (1 + 4 + 8) exp(-4).
+TEST(IncompleteGamma, LengthOfTheSeriesCountsOnlyWhereItIsTheSeries)
+{
+    EXPECT_TRUE(expect::Near(Gamma(4.0, 3.0, false), 13.0 * std::exp(-4.0), 1e-14));
+    EXPECT_TRUE(expect::Near(Gamma(4.0, 3.0, true), 1.0 - 13.0 * std::exp(-4.0), 1e-14));
+}
+
+// At 1 it is still the series, and for the smallest parameters the normal approximation instead of
+// it, whose tail is 0; the fraction would have 2.2e-18.
+TEST(IncompleteGamma, FractionBeginsAboveOne)
+{
+    EXPECT_EQ(Gamma(1.0, 1e-17, false), 0.0);
+    EXPECT_GT(Gamma(1.0 + 1e-15, 1e-17, false), 2e-18);
+}
+
+// The convergents are about 1 / x here: they have to agree relatively. Value by
+// tests/data/stats/branches.py.
+TEST(IncompleteGamma, FractionEndsOnARelativeDifference)
+{
+    EXPECT_TRUE(expect::Near(Gamma(100.0, 0.125, false), 8.7052780108565328e-47, 1e-13));
+}
+
+// a log x is rounded to units here, so that the tail seems to be exp(3.6).
+TEST(IncompleteGamma, TailAboveOneIsReplacedByTheNormalApproximation)
+{
+    EXPECT_NEAR(Gamma(280510346140001.0, 280510346140000.03125, false), 0.5, 1e-6);
 }
 
 // d = (a - 0.5) / x is exactly 0 for a = 0.5 and exactly 1 for x = a - 0.5: no logarithm is taken.

@@ -89,7 +89,8 @@ TEST(HyperCdf, AgreesWithTheSumOfItsPoints)
     for (const long successes : {3L, 10L, 17L})
         for (const long draws : {2L, 10L, 18L}) {
             double sum = 0.0;
-            for (long x = std::max(0L, successes + draws - 20); x <= std::min(successes, draws); ++x) {
+            for (long x = std::max(0L, successes + draws - 20); x <= std::min(successes, draws);
+                 ++x) {
                 sum += D::PdfHyper(x, 20, successes, draws);
                 EXPECT_NEAR(Cdf(double(x), 20.0, double(successes), double(draws)), sum, 1e-12);
             }
@@ -109,7 +110,8 @@ TEST(HyperCdf, PopulationsAboveAThousandAnswerAStepAtTheMean)
 // Beyond 1e15 the log probability is rounding and can be anything; each way through it ends.
 TEST(HyperCdf, PopulationsBeyondAllAccuracyStillEnd)
 {
-    for (const double x : {0.0, 23.0, 54.0}) Cdf(x, 1.531742643562754e+18, 55.0, 42273557752287728.0);
+    for (const double x : {0.0, 23.0, 54.0})
+        Cdf(x, 1.531742643562754e+18, 55.0, 42273557752287728.0);
     for (const double x : {6.0, 30.0}) Cdf(x, 1.2755908594473485e+17, 38.0, 28528516643811492.0);
     Cdf(55.0, 1.835188042016345e+17, 221.0, 991014200671943.0);
 }
@@ -118,12 +120,14 @@ TEST(HyperCdf, LargePopulationsTakeTheNormalShortcutOnlyWithEnoughOfBothGroups)
 {
     // mean 5000, deviation sqrt(0.5 * 5000 * 10000 / 19999)
     const double deviation = std::sqrt(0.5 * 5000.0 * (10000.0 / 19999.0));
-    EXPECT_TRUE(expect::Near(Cdf(5000.0, 20000.0, 10000.0, 10000.0), D::prbnrm(0.5 / deviation), 1e-12));
+    EXPECT_TRUE(
+        expect::Near(Cdf(5000.0, 20000.0, 10000.0, 10000.0), D::prbnrm(0.5 / deviation), 1e-12));
     EXPECT_EQ(Cdf(1.0, 20000.0, 10.0, 10000.0), 0.0);  // 10 successes are too few: a step
 }
 
-// The mean of 100 draws, half of the population successes, is 50. Up to a population of 10,000 the answer
-// there is the step, 0.0; one more and it is the normal distribution half a count above its mean.
+// The mean of 100 draws, half of the population successes, is 50. Up to a population of 10,000 the
+// answer there is the step, 0.0; one more and it is the normal distribution half a count above its
+// mean.
 TEST(HyperCdf, NormalShortcutBeginsAboveTenThousand)
 {
     EXPECT_EQ(Cdf(50.0, 10000.0, 5000.0, 100.0), 0.0);

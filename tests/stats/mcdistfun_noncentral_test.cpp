@@ -15,7 +15,8 @@ double Beta(double x, double a, double b, double lambda, double tolerance, long 
 {
     long code = 99;
     const double result = D::ncdbet(x, a, b, lambda, code, tolerance);
-    EXPECT_EQ(code, wantedCode) << x << ", " << a << ", " << b << ", " << lambda << ", " << tolerance;
+    EXPECT_EQ(code, wantedCode) << x << ", " << a << ", " << b << ", " << lambda << ", "
+                                << tolerance;
     return result;
 }
 
@@ -70,12 +71,18 @@ TEST(NonCentralBeta, StepThatVanishesLeavesTheFirstRatio)
 // Parameters beyond any accuracy, where the log gammas leave logarithms far above 0.
 TEST(NonCentral, LogarithmsAboveTheLimitAnswerTheirFailure)
 {
-    EXPECT_EQ(Beta(0.99999999999999978, 0.4826022777966012, 89.698166051111002, 1.2599527995820874e+18, 1e-6), 0.0);
+    EXPECT_EQ(Beta(0.99999999999999978, 0.4826022777966012, 89.698166051111002,
+                   1.2599527995820874e+18, 1e-6),
+              0.0);
     EXPECT_EQ(Beta(0.99999999999999978, 2.0, 3.0, 4.8555905692323558e+17, 1e-6), 0.0);
-    EXPECT_EQ(D::NonCentralCdfChi(2.0 * 3.3496277225521472e+17, 2.0 * 0.88723867281072877, 6.699255524465545e+17), Missing());
+    EXPECT_EQ(D::NonCentralCdfChi(2.0 * 3.3496277225521472e+17, 2.0 * 0.88723867281072877,
+                                  6.699255524465545e+17),
+              Missing());
     EXPECT_EQ(D::NonCentralCdfChi(1e18, 3.0, 4.8555905692323558e+17), Missing());
-    EXPECT_EQ(D::NonCentralCdfT(1934.9734372030998, 6.5092201167029936e+19, 1848.5671532210915), Missing());
-    EXPECT_EQ(DensityT(5.1502195125890875, 7.1469463919735224e+18, 4.3803329031081075, 2), Missing());
+    EXPECT_EQ(D::NonCentralCdfT(1934.9734372030998, 6.5092201167029936e+19, 1848.5671532210915),
+              Missing());
+    EXPECT_EQ(DensityT(5.1502195125890875, 7.1469463919735224e+18, 4.3803329031081075, 2),
+              Missing());
 }
 
 TEST(NonCentralBeta, StartsAboveZeroForALargeNonCentrality)
@@ -109,8 +116,9 @@ TEST(NonCentralChi, IsZeroUpToZeroAndMissingOutsideItsDomain)
     EXPECT_EQ(D::NonCentralCdfChi(1.0, 3.0, -1.0), Missing());
     EXPECT_EQ(D::NonCentralCdfChi(1.0, kNaN, 1.0), Missing());
     EXPECT_EQ(D::NonCentralCdfChi(1.0, 3.0, kNaN), Missing());
-    EXPECT_EQ(D::NonCentralCdfChi(kNaN, 3.0, 1.0), Missing());     // the sum never settles
-    EXPECT_EQ(D::NonCentralCdfChi(1.0, kTiniest, 1.0), Missing()); // the gamma function refuses its half
+    EXPECT_EQ(D::NonCentralCdfChi(kNaN, 3.0, 1.0), Missing());  // the sum never settles
+    EXPECT_EQ(D::NonCentralCdfChi(1.0, kTiniest, 1.0),
+              Missing());  // the gamma function refuses its half
     EXPECT_EQ(D::NonCentralCdfChi(1e-200, 8.0, 1.0), 0.0);
     EXPECT_EQ(D::NonCentralCdfChi(1.0, 3.0, kInf), 0.0);
 }
@@ -142,7 +150,8 @@ TEST(NonCentralT, RefusedHalfAndNaNsAreMissing)
 
 TEST(NonCentral, SumsOutsideTheirRangeAreCutToIt)
 {
-    EXPECT_EQ(D::NonCentralCdfT(-0.36654830816937648, 33.768526760823775, -36.653991240494513), 1.0);
+    EXPECT_EQ(D::NonCentralCdfT(-0.36654830816937648, 33.768526760823775, -36.653991240494513),
+              1.0);
     EXPECT_EQ(D::NonCentralCdfT(-47.496958007873907, 9.7605098468222273, 37.510327605396), 0.0);
     EXPECT_EQ(D::NonCentralCdfT(-27.392369492980105, 18.926371329972035, 32.6793000365086), 0.0);
 }
@@ -171,7 +180,8 @@ TEST(NonCentralTDensity, AtZeroIsAClosedForm)
 {
     // exp(-delta^2 / 2) times Student's density at 0.
     long code = 0;
-    EXPECT_TRUE(expect::Near(DensityT(0.0, 5.0, 2.0), std::exp(-2.0) * D::PdfT(0.0, 5.0, code), 1e-12));
+    EXPECT_TRUE(
+        expect::Near(DensityT(0.0, 5.0, 2.0), std::exp(-2.0) * D::PdfT(0.0, 5.0, code), 1e-12));
     EXPECT_EQ(DensityT(0.0, 5.0, 40.0), 0.0);
     EXPECT_EQ(DensityT(0.0, 5.0, kInf), 0.0);
     EXPECT_EQ(DensityT(0.0, 5.0, kNaN), 0.0);  // not above the smallest exponent
@@ -180,23 +190,24 @@ TEST(NonCentralTDensity, AtZeroIsAClosedForm)
 TEST(NonCentralTDensity, OverflowIsCodeTwo)
 {
     EXPECT_EQ(DensityT(1e200, 5.0, 3.0, 2), Missing());
-    EXPECT_EQ(DensityT(1.0, 1e20, 1e20, 2), Missing());  // the largest term lies beyond the last index
+    EXPECT_EQ(DensityT(1.0, 1e20, 1e20, 2),
+              Missing());  // the largest term lies beyond the last index
     EXPECT_EQ(DensityT(kNaN, 5.0, 3.0, 2), Missing());
     EXPECT_EQ(DensityT(1.0, kNaN, 3.0, 2), Missing());
     EXPECT_EQ(DensityT(1.0, 5.0, kNaN, 2), Missing());
     EXPECT_EQ(DensityT(kInf, 5.0, 3.0, 2), Missing());
 }
 
-// With next to no df the index of the largest term comes out as -1 by rounding; the series begins at 0
-// all the same. Wanted: the series to 40 digits with mpmath.
+// With next to no df the index of the largest term comes out as -1 by rounding; the series begins
+// at 0 all the same. Wanted: the series to 40 digits with mpmath.
 TEST(NonCentralTDensity, SeriesBeginsAtZeroWhereRoundingPutsItsStartBelow)
 {
     EXPECT_TRUE(expect::Near(DensityT(1.0, 1e-17, 0.82), 7.938919464141868e-18, 2e-9));
     EXPECT_TRUE(expect::Near(DensityT(-1.0, 1e-17, 0.82), 2.0610805358581307e-18, 2e-9));
 }
 
-// t and delta of 1e4 at 1e8 df: about 5e4 terms count, so 10,000 each way leave some out. The density
-// of the normal limit there is 0.3989 / sqrt(1.5) = 0.3257.
+// t and delta of 1e4 at 1e8 df: about 5e4 terms count, so 10,000 each way leave some out. The
+// density of the normal limit there is 0.3989 / sqrt(1.5) = 0.3257.
 TEST(NonCentralTDensity, RunningOutOfRoundsIsNoFailure)
 {
     const double density = DensityT(1e4, 1e8, 1e4);

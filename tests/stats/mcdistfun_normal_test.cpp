@@ -27,7 +27,8 @@ TEST(Probit, IsExactlyZeroAtOneHalf)
 
 TEST(Probit, IsAntisymmetric)
 {
-    for (const double p : {0.4, 0.0625, 0.01, 1e-9}) EXPECT_TRUE(expect::Near(D::probit(1.0 - p), -D::probit(p), 1e-7));
+    for (const double p : {0.4, 0.0625, 0.01, 1e-9})
+        EXPECT_TRUE(expect::Near(D::probit(1.0 - p), -D::probit(p), 1e-7));
     EXPECT_EQ(D::probit(0.25), -D::probit(0.75));  // both are exact doubles
 }
 

@@ -62,7 +62,8 @@ TEST(PercentileByMidpoints, OnAMidpointIsItsValueAndBetweenThemAnInterpolation)
 
 TEST(PercentileByMidpoints, EmptyStretchAtTheTargetIsMissing)
 {
-    EXPECT_TILE(Percentile(0.0, kX, {0.0, 3.0, 5.0}, {}, 0), Missing(), 0);  // nothing before the first
+    EXPECT_TILE(Percentile(0.0, kX, {0.0, 3.0, 5.0}, {}, 0), Missing(),
+                0);  // nothing before the first
     EXPECT_TILE(Percentile(50.0, kX, {0.0, 0.0, 0.0}, {}, 0), Missing(), 0);
     // 5, 0, 0: the midpoints are 2.5, 5, 5; the target of 5 meets the second as its upper end.
     EXPECT_TILE(Percentile(100.0, kX, {5.0, 0.0, 0.0}, {}, 0), Missing(), 0);
@@ -87,12 +88,13 @@ TEST(PercentileByWidth, HundredPercentIsTheUpperEndOfTheLastClass)
 
 TEST(PercentileByWidth, EmptyClassAtTheTargetCountsFromTheStart)
 {
-    EXPECT_TILE(Percentile(100.0, kX, {4.0, 0.0, 0.0}, {1.0}, 1), 2.5, 0);  // the empty class's upper end
+    EXPECT_TILE(Percentile(100.0, kX, {4.0, 0.0, 0.0}, {1.0}, 1), 2.5,
+                0);  // the empty class's upper end
     EXPECT_TILE(Percentile(0.0, kX, {0.0, 4.0, 1.0}, {1.0}, 1), Missing(), 0);
 }
 
-// Classes [0, 1.5), [1.5, 3) and from 3, whose end 5 is the reflection of 3 over the first value above
-// it, 4. Cumulative frequencies 2, 5, 10.
+// Classes [0, 1.5), [1.5, 3) and from 3, whose end 5 is the reflection of 3 over the first value
+// above it, 4. Cumulative frequencies 2, 5, 10.
 const Values kBoundaries{0.0, 1.5, 3.0};
 
 TEST(PercentileByBoundaries, InterpolatesWithinTheClass)
@@ -113,7 +115,8 @@ TEST(PercentileByBoundaries, HundredPercentIsTheReflectedEnd)
 
 TEST(PercentileByBoundaries, LastClassWithoutAValueAboveItHasNoEnd)
 {
-    EXPECT_TILE(Percentile(90.0, kX, kFreq, {0.0, 9.0}, 2), 8.1, 0);  // all ten lie in the first class
+    EXPECT_TILE(Percentile(90.0, kX, kFreq, {0.0, 9.0}, 2), 8.1,
+                0);  // all ten lie in the first class
     EXPECT_TILE(Percentile(120.0, kX, kFreq, {0.0, 9.0}, 2), Missing(), 0);
 }
 
@@ -137,7 +140,8 @@ struct Limits {
 Limits Median(const Values& x, const Values& freq, double n, double level, bool wantLevel = true)
 {
     Limits l;
-    D::Mednci(static_cast<long>(x.size()), x, freq, n, level, wantLevel, l.lower, l.upper, l.achieved);
+    D::Mednci(static_cast<long>(x.size()), x, freq, n, level, wantLevel, l.lower, l.upper,
+              l.achieved);
     return l;
 }
 
@@ -176,7 +180,8 @@ TEST(MedianLimits, LevelThatNoRankReachesHasTheExtremes)
 // 6 cases at 96 per cent: ranks 1 and 6, reached with 1 - 2 / 64.
 TEST(MedianLimits, OrderStatisticsBoundTheMedian)
 {
-    const Limits l = Median({1.0, 2.0, 3.0, 4.0, 5.0, 7.0}, {1.0, 1.0, 1.0, 1.0, 1.0, 1.0}, 6.0, 96.0);
+    const Limits l =
+        Median({1.0, 2.0, 3.0, 4.0, 5.0, 7.0}, {1.0, 1.0, 1.0, 1.0, 1.0, 1.0}, 6.0, 96.0);
     EXPECT_EQ(l.lower, 1.0);
     EXPECT_EQ(l.upper, 7.0);
     EXPECT_NEAR(l.achieved, 96.875, 1e-9);
@@ -192,8 +197,8 @@ TEST(MedianLimits, NegativeLevelAnswersNoCoverage)
 
 TEST(MedianLimits, RankBeyondTheTableAnswersItsEnds)
 {
-    // Ten cases are claimed, the table holds three: no cumulative frequency reaches rank 5, and the rest
-    // never falls below 6.
+    // Ten cases are claimed, the table holds three: no cumulative frequency reaches rank 5, and the
+    // rest never falls below 6.
     EXPECT_EQ(Median({1.0, 2.0, 3.0}, {1.0, 1.0, 1.0}, 10.0, 0.0).lower, 3.0);
     EXPECT_EQ(Median({1.0, 2.0, 3.0}, {1.0, 1.0, 1.0}, 10.0, 0.0).upper, 1.0);
 }

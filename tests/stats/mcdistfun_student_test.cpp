@@ -1,6 +1,7 @@
 #include <cmath>
 
 #include "stats/mcdistfun.h"
+#include "stats/precise.h"
 #include "tests/stats/support/expect.h"
 
 namespace {
@@ -68,7 +69,8 @@ TEST(StudentCdf, IsNormalAboveAHundredMillionDfAndItsUpperTailIsNot)
 TEST(StudentCdf, TwoTailsMakeOne)
 {
     for (const double df : {0.7, 1.0, 2.5, 40.0})
-        for (const double t : {-30.0, -1.0, -0.4, 0.4, 1.0, 30.0}) EXPECT_NEAR(Cdf(t, df) + D::SigT(t, df), 1.0, 1e-13);
+        for (const double t : {-30.0, -1.0, -0.4, 0.4, 1.0, 30.0})
+            EXPECT_NEAR(Cdf(t, df) + D::SigT(t, df), 1.0, 1e-13);
 }
 
 TEST(StudentCdf, NaNGivesNaN)
@@ -99,6 +101,27 @@ TEST(StudentQuantile, FailedBetaQuantileIsCodeTwo)
     // Half of this df is 0, which the beta quantile refuses.
     EXPECT_EQ(Idf(0.3, kTiniest, 2), Missing());
     EXPECT_EQ(D::IdfT(0.3, kTiniest), Missing());
+}
+
+// -10.665135764107603 by tests/data/stats/branches.py. Behind it stands the beta quantile b =
+// 0.2087, right to 2e-10: 30 * 2e-10 / (2 b^2 |t|) = 6.5e-9.
+TEST(StudentQuantile, IsFoundFarOut) { EXPECT_NEAR(Idf(5e-12, 30.0), -10.665135764107603, 6.5e-9); }
+
+// Every df and every decade of p has its answer, and down to 1e-19 it is the quantile: the beta
+// quantile df / (df + t^2) behind it is right to 2e-10.
+TEST(StudentQuantile, IsRightAndNeverFailsOverAWideGrid)
+{
+    for (int df = 1; df <= 400; ++df) {
+        for (int decade = 2; decade <= 40; ++decade) {
+            const double p = std::pow(10.0, -decade);
+            const double t = Idf(p, df);
+            EXPECT_LT(t, 0.0) << p << ", " << df;
+            EXPECT_NE(t, Missing()) << p << ", " << df;
+            if (decade > 19) continue;
+            const double exact = MCMath_850::Precise::IdfT(p, df);
+            EXPECT_NEAR(df / (df + t * t), df / (df + exact * exact), 2e-10) << p << ", " << df;
+        }
+    }
 }
 
 TEST(StudentQuantile, TailBeyondTheBetaQuantilesReachIsInfinite)

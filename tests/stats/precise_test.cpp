@@ -1,4 +1,5 @@
-// The precise distributions against the exact values, and where they differ from MCDistFun on purpose.
+// The precise distributions against the exact values, and where they differ from MCDistFun on
+// purpose.
 
 #include <cmath>
 
@@ -14,15 +15,18 @@ using namespace reference;
 namespace P = MCMath_850::Precise;
 
 // What each keeps relatively over its reference points. Where that is above 1e-13 the arguments
-// themselves are the reason: the rounding of z / sqrt 2 and (x - mu) / sigma far out, of 1 - p raised to n,
-// and for dnlbnc a logarithm of 1 + tiny.
+// themselves are the reason: the rounding of z / sqrt 2 and (x - mu) / sigma far out, of 1 - p
+// raised to n, and for dnlbnc a logarithm of 1 + tiny.
 double Allowed(const std::string& function)
 {
     if (function == "CdfNorm" || function == "CdfStdNorm" || function == "prbnrm") return 1e-12;
     if (function == "PdfNormal" || function == "PdfNormalStandard") return 1e-12;
-    if (function == "cdfbet" || function == "CdfBeta") return 1e-11;  // x in double, parameters of 1e7
+    if (function == "cdfbet" || function == "CdfBeta")
+        return 1e-11;  // x in double, parameters of 1e7
     if (function == "PdfBin" || function == "CdfBin") return 5e-12;
-    if (function == "PdfHyper" || function == "CdfF" || function == "zeltcdff" || function == "SigF") return 1e-12;
+    if (function == "PdfHyper" || function == "CdfF" || function == "zeltcdff" ||
+        function == "SigF")
+        return 1e-12;
     if (function == "dnlbnc") return 1e-6;
     return 1e-13;
 }
@@ -33,17 +37,18 @@ TEST_P(PreciseReference, KeepsItsAccuracyOverEveryExactPoint)
 {
     const std::string& name = GetParam();
     const PreciseFunction& precise = PreciseFor(name);
-    // Boost's non-central t sums from the centre: in the tail against delta only the absolute error is
-    // small. Its density is a difference of two of these over t.
+    // Boost's non-central t sums from the centre: in the tail against delta only the absolute error
+    // is small. Its density is a difference of two of these over t.
     const double absolute = name == "NonCentralCdfT"   ? 1e-14
                             : name == "NonCentralPdfT" ? 2e-6
                             : name == "FindNCParamT"   ? 1e-12
-                                                       : 1e-317;  // the rounding of subnormal numbers
+                                                     : 1e-317;  // the rounding of subnormal numbers
     for (const Row& row : Read(name)) {
         if (row.truth.empty() || !precise.compared(row.args)) continue;
         const double x = precise.call(row.args).values[0];
         const double wanted = row.truth[0];
-        EXPECT_NEAR(x, wanted, Allowed(name) * std::fabs(wanted) + absolute) << "line " << row.line << " (" << row.args.Text() << ")";
+        EXPECT_NEAR(x, wanted, Allowed(name) * std::fabs(wanted) + absolute)
+            << "line " << row.line << " (" << row.args.Text() << ")";
     }
 }
 
@@ -51,7 +56,8 @@ std::vector<std::string> Names()
 {
     std::vector<std::string> names;
     for (const Function& function : Functions())
-        if (PreciseFor(function.name).name && function.name != "IdfBin") names.push_back(function.name);
+        if (PreciseFor(function.name).name && function.name != "IdfBin")
+            names.push_back(function.name);
     return names;
 }
 
@@ -62,13 +68,16 @@ INSTANTIATE_TEST_SUITE_P(Stats, PreciseReference, testing::ValuesIn(Names()),
 TEST(Precise, HypergeometricIsSmoothForLargePopulations)
 {
     for (const Row& row : ReadFile(Folder() + "/precise/CDFHyper.csv"))
-        EXPECT_TRUE(expect::Near(P::CDFHyper(row.args[0], row.args[1], row.args[2], row.args[3]), row.truth[0], 1e-11)) << row.args.Text();
+        EXPECT_TRUE(expect::Near(P::CDFHyper(row.args[0], row.args[1], row.args[2], row.args[3]),
+                                 row.truth[0], 1e-11))
+            << row.args.Text();
 }
 
 TEST(Precise, BinomialQuantileIsTheUsualOne)
 {
     for (const Row& row : ReadFile(Folder() + "/precise/IdfBin.csv"))
-        EXPECT_EQ(P::IdfBin(row.args[0], row.args[1], row.args[2]), row.truth[0]) << row.args.Text();
+        EXPECT_EQ(P::IdfBin(row.args[0], row.args[1], row.args[2]), row.truth[0])
+            << row.args.Text();
     EXPECT_EQ(P::IdfBin(0.5, 5.0, 0.5), 2.0);  // P(X <= 2) is exactly one half
     EXPECT_EQ(P::IdfBin(0.0, 5.0, 0.5), 0.0);
     EXPECT_EQ(P::IdfBin(1.0, 5.0, 0.5), 5.0);
@@ -90,7 +99,8 @@ TEST(Precise, DensityAtTheEdgeIsItsLimit)
     EXPECT_EQ(P::PdfGamma(0.0, 2.0, 3.0), 0.0);
 }
 
-// Each function, each argument: NaN comes out, nothing is thrown. The points are those of the reference.
+// Each function, each argument: NaN comes out, nothing is thrown. The points are those of the
+// reference.
 TEST(Precise, NaNInAnyArgumentGivesNaN)
 {
     for (const std::string& name : Names()) {

@@ -32,15 +32,15 @@ void ExpectAgrees(const std::vector<double>& got, const std::vector<double>& wan
     for (std::size_t i = 0; i < got.size(); ++i) {
         const Tolerance t = limit(row.args, wanted[i]);
         EXPECT_TRUE(Agrees(got[i], wanted[i], t))
-            << column << ", line " << row.line << " (" << row.args.Text() << "): " << got[i] << " for "
-            << wanted[i] << ", off by " << std::fabs(got[i] - wanted[i]) << ", allowed "
+            << column << ", line " << row.line << " (" << row.args.Text() << "): " << got[i]
+            << " for " << wanted[i] << ", off by " << std::fabs(got[i] - wanted[i]) << ", allowed "
             << t.rel * std::fabs(wanted[i]) + t.abs;
     }
 }
 
-// The one row whose own `algorithm` value lies beyond the threshold against truth: at t = -3.3e-5 the
-// error of the beta quantile is as large as t^2 / df, so that the derivative in the threshold, taken
-// at the truth, says too little. OneRowIsJudgedByItsBetaQuantile holds it instead.
+// The one row whose own `algorithm` value lies beyond the threshold against truth: at t = -3.3e-5
+// the error of the beta quantile is as large as t^2 / df, so that the derivative in the threshold,
+// taken at the truth, says too little. OneRowIsJudgedByItsBetaQuantile holds it instead.
 bool IsExceptedFromTruth(const std::string& function, const Row& row)
 {
     return function == "zeltidft" && row.args[0] == 0.49998727602 && row.args[1] == 6.641436;

@@ -1,5 +1,5 @@
-// cdf(quantile(p)) = p over wide grids, within what the quantile's stopping rule and the rounding of p
-// allow: the error of x times the density there, plus the distribution function's own.
+// cdf(quantile(p)) = p over wide grids, within what the quantile's stopping rule and the rounding
+// of p allow: the error of x times the density there, plus the distribution function's own.
 
 #include <gtest/gtest.h>
 
@@ -13,9 +13,9 @@ namespace {
 
 using D = MCMath_850::MCDistFun;
 
-const std::vector<double> kProbabilities = {1e-12, 1e-9, 1e-6, 1e-4, 1e-3, 0.01, 0.025, 0.05, 0.1,
-                                            0.2,   0.3,  0.4,  0.45, 0.499, 0.5, 0.501, 0.6, 0.7,
-                                            0.8,   0.9,  0.95, 0.99, 0.999, 1 - 1e-6, 1 - 1e-9};
+const std::vector<double> kProbabilities = {
+    1e-12, 1e-9, 1e-6,  1e-4, 1e-3, 0.01, 0.025, 0.05, 0.1,  0.2,   0.3,      0.4,     0.45,
+    0.499, 0.5,  0.501, 0.6,  0.7,  0.8,  0.9,   0.95, 0.99, 0.999, 1 - 1e-6, 1 - 1e-9};
 const std::vector<double> kSizes = {0.05, 0.3, 0.5, 1.0, 1.5, 2.0, 3.7, 10.0, 41.5, 200.0, 3000.0};
 
 TEST(RoundTrip, NormalKeepsRelativeAccuracyInTheLowerTail)
@@ -36,28 +36,26 @@ TEST(RoundTrip, ChiSquareEndsWithinItsStoppingRule)
             if (x <= 0.0) continue;  // a quantile too small for exp
             const double density = D::PdfGamma(x, df / 2.0, 0.5) * x;
             const double error = x > 5e-7 ? 3e-8 : 3e-7;  // below, the start value is the answer
-            EXPECT_NEAR(D::CdfChi(x, df), p, error * density + (1e-12 + 3e-14 * df) * p + 3e-15) << p << ", " << df;
+            EXPECT_NEAR(D::CdfChi(x, df), p, error * density + (1e-12 + 3e-14 * df) * p + 3e-15)
+                << p << ", " << df;
         }
 }
 
 TEST(RoundTrip, GammaScalesWithItsRate)
 {
     for (const double rate : {0.01, 1.0, 250.0})
-        for (const double p : kProbabilities) EXPECT_NEAR(D::CdfGam(D::IdfGam(p, 2.3, rate), 2.3, rate), p, 1e-7 * p + 1e-15);
+        for (const double p : kProbabilities)
+            EXPECT_NEAR(D::CdfGam(D::IdfGam(p, 2.3, rate), 2.3, rate), p, 1e-7 * p + 1e-15);
 }
 
-// x is exact to 2e-10, so p to that times the density; where the quantile lies closer to an end than
-// that, the distribution function over the whole uncertainty is the bound.
+// x is exact to 2e-10, so p to that times the density; where the quantile lies closer to an end
+// than that, the distribution function over the whole uncertainty is the bound.
 TEST(RoundTrip, BetaEndsWithinItsStep)
 {
     for (const double a : kSizes)
         for (const double b : kSizes)
             for (const double p : kProbabilities) {
                 const double x = D::IdfBeta(p, a, b);
-                if (x == -1.0) {  // the first step is beyond the 200 cuts of the damping, 3^200
-                    EXPECT_GT(std::max(a, b) / std::min(a, b), 5e4) << p << ", " << a << ", " << b;
-                    continue;
-                }
                 const double low = D::CdfBeta(std::max(0.0, x - 2e-10), a, b);
                 const double high = D::CdfBeta(std::min(1.0, x + 2e-10), a, b);
                 const double rounding = 1e-12 + 6e-14 * (a + b);
@@ -76,12 +74,16 @@ TEST(RoundTrip, StudentAndFisherFollowTheBetaQuantile)
             const double tail = 2.0 * std::min(p, 1.0 - p);
             const double b = df / (df + t * t);
             const double rounding = 1e-12 + 6e-14 * df;
-            EXPECT_LE(D::CdfBeta(std::max(0.0, b - 2e-10), df / 2.0, 0.5) - rounding, tail) << p << ", " << df;
-            EXPECT_GE(D::CdfBeta(std::min(1.0, b + 2e-10), df / 2.0, 0.5) + rounding, tail) << p << ", " << df;
+            EXPECT_LE(D::CdfBeta(std::max(0.0, b - 2e-10), df / 2.0, 0.5) - rounding, tail)
+                << p << ", " << df;
+            EXPECT_GE(D::CdfBeta(std::min(1.0, b + 2e-10), df / 2.0, 0.5) + rounding, tail)
+                << p << ", " << df;
         }
     for (const double df1 : {2.0, 3.7, 41.5})
         for (const double df2 : {2.0, 3.7, 41.5, 200.0})
-            for (const double p : kProbabilities) EXPECT_NEAR(D::CdfF(D::IdfF(p, df1, df2), df1, df2), p, 1e-8) << p << ", " << df1 << ", " << df2;
+            for (const double p : kProbabilities)
+                EXPECT_NEAR(D::CdfF(D::IdfF(p, df1, df2), df1, df2), p, 1e-8)
+                    << p << ", " << df1 << ", " << df2;
 }
 
 TEST(RoundTrip, BinomialQuantileIsTheLargestCountWithinTheProbability)
@@ -95,16 +97,20 @@ TEST(RoundTrip, BinomialQuantileIsTheLargestCountWithinTheProbability)
                 // A walk down ends at 0, also where 0 is too much already.
                 const double within = k == 0.0 ? 0.0 : D::CdfBin(k, n, p, code);
                 EXPECT_LE(within, prob + slack) << prob << ", " << n << ", " << p;
-                EXPECT_GE(D::CdfBin(k + 1.0, n, p, code), prob - slack) << prob << ", " << n << ", " << p;
+                EXPECT_GE(D::CdfBin(k + 1.0, n, p, code), prob - slack)
+                    << prob << ", " << n << ", " << p;
             }
 }
 
 TEST(RoundTrip, NonCentralitiesGiveBackTheirProbability)
 {
     for (const double p : {0.01, 0.1, 0.3}) {
-        EXPECT_NEAR(D::NonCentralCdfChi(9.0, 4.0, D::FindNCParamChi(9.0, 4.0, p, 1e-9)), p, 1e-9 + 1e-12);
-        EXPECT_NEAR(D::NonCentralCdfF(3.0, 4.0, 9.0, D::FindNCParamF(3.0, 4.0, 9.0, p, 1e-9), 1e-9), p, 1e-9 + 1e-9);
-        EXPECT_NEAR(D::NonCentralCdfT(1.5, 7.0, D::FindNCParamT(1.5, 7.0, p, 1e-9)), p, 1e-9 + 1e-12);
+        EXPECT_NEAR(D::NonCentralCdfChi(9.0, 4.0, D::FindNCParamChi(9.0, 4.0, p, 1e-9)), p,
+                    1e-9 + 1e-12);
+        EXPECT_NEAR(D::NonCentralCdfF(3.0, 4.0, 9.0, D::FindNCParamF(3.0, 4.0, 9.0, p, 1e-9), 1e-9),
+                    p, 1e-9 + 1e-9);
+        EXPECT_NEAR(D::NonCentralCdfT(1.5, 7.0, D::FindNCParamT(1.5, 7.0, p, 1e-9)), p,
+                    1e-9 + 1e-12);
     }
 }
 

@@ -58,6 +58,77 @@ TEST_F(BadCases, MissingColumnIsNamedBesideTheColumnsFound)
     EXPECT_TRUE(Says(run, "x, gender")) << run.err;
 }
 
+TEST_F(BadCases, MisspeltColumnIsSuggested)
+{
+    TestModel model;
+    std::string text = model.Text();
+    for (size_t at = 0; (at = text.find("\"x\"", at)) != std::string::npos;) {
+        text.replace(at, 3, "\"weight\"");
+    }
+    model_ = folder_.Write("weight.pmml", text);
+    const Finished run = Score("id,wieght,Sex\n1,2,f\n");
+    EXPECT_EQ(run.exitCode, 3);
+    EXPECT_TRUE(Says(run, "'wieght' for 'weight'")) << run.err;
+    EXPECT_TRUE(Says(run, "'Sex' for 'sex'")) << run.err;
+    // A column that the model reads stands for itself.
+    EXPECT_FALSE(Says(Score("x,sex\n1,f\n"), "Did you mean"));
+}
+
+TEST_F(BadCases, OneColumnThatHoldsSeveralTellsTheDelimiter)
+{
+    struct Sample {
+        const char* table;
+        std::vector<std::string> options;
+        const char* told;
+    };
+    for (const Sample& sample :
+         {Sample{"x;sex\n1;f\n", {}, "give --delimiter ';'"},
+          Sample{"x\tsex\n1\tf\n", {}, "give --delimiter tab"},
+          Sample{"x,sex\n1,f\n", {"--delimiter", ";"}, "give --delimiter ','"},
+          Sample{"\"x\";\"sex\"\n1;f\n", {}, "give --delimiter ';'"}}) {
+        const Finished run = Score(sample.table, sample.options);
+        EXPECT_EQ(run.exitCode, 3) << sample.table;
+        EXPECT_TRUE(Says(run, sample.told)) << run.err;
+    }
+    EXPECT_FALSE(Says(Score("x\n1\n"), "--delimiter"));
+}
+
+TEST_F(BadCases, TheModelInPlaceOfTheTableIsToldAsSuch)
+{
+    const Finished run = RunVelscore({"score", model_, model_});
+    EXPECT_EQ(run.exitCode, 3);
+    EXPECT_TRUE(Says(run, "model.pmml is a model document")) << run.err;
+    EXPECT_TRUE(Says(run, "behind the model")) << run.err;
+}
+
+TEST_F(BadCases, CompressedTableIsToldAsSuch)
+{
+    const Finished run =
+        RunProgram({"/bin/sh", "-c", "printf 'x,sex\\n1,f\\n' | gzip | \"$0\" score \"$1\" -",
+                    VELSCORE_COMMAND, model_});
+    EXPECT_EQ(run.exitCode, 3);
+    EXPECT_TRUE(Says(run, "standard input is compressed by gzip")) << run.err;
+    EXPECT_TRUE(Says(run, "gzip -dc")) << run.err;
+}
+
+TEST_F(BadCases, MisspeltCategoryIsSuggested)
+{
+    TestModel model;
+    model.sexField = R"(<DataField name="sex" optype="categorical" dataType="string">
+      <Extension extender="velscore" name="unlistedCategories" value="accept"/>
+      <Value value="f"/><Value value="m"/><Value value="unknown"/></DataField>)";
+    model_ = folder_.Write("accepting.pmml", model.Text());
+    Finished run = Score("x,sex\n1,f\n1,unknwon\n");
+    EXPECT_TRUE(Says(run, "('unknwon'). Did you mean 'unknown'?")) << run.err;
+    model.sexField = R"(<DataField name="sex" optype="categorical" dataType="string">
+      <Value value="f"/><Value value="m"/><Value value="unknown"/></DataField>)";
+    model.sexMining =
+        R"(<MiningField name="sex" usageType="active" invalidValueTreatment="returnInvalid"/>)";
+    model_ = folder_.Write("refusing.pmml", model.Text());
+    run = Score("x,sex\n1,f\n1,unknwon\n");
+    EXPECT_TRUE(Says(run, "Did you mean 'unknown'?")) << run.err;
+}
+
 TEST_F(BadCases, MissingColumnOfAWideTableIsToldInAShortMessage)
 {
     std::string header = "x";

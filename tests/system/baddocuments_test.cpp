@@ -27,6 +27,19 @@ std::string Without(const std::string& part)
     return text.erase(place, part.size());
 }
 
+// The test model with two texts replaced.
+std::string With(const std::string& from, const std::string& to, const std::string& from2,
+                 const std::string& to2)
+{
+    std::string text = TestModel().Text();
+    for (const auto& [old, replacement] : {std::pair(from, to), std::pair(from2, to2)}) {
+        const size_t place = text.find(old);
+        EXPECT_NE(place, std::string::npos) << old;
+        text.replace(place, old.size(), replacement);
+    }
+    return text;
+}
+
 std::string Repeated(const std::string& part, int count)
 {
     std::string text;
@@ -69,6 +82,14 @@ std::vector<BadDocument> BadDocuments()
          "GeneralRegressionModel"},
         {"AnotherModel", "<PMML version=\"4.4\"><Header/><DataDictionary/><TreeModel/></PMML>",
          "holds a TreeModel"},
+        {"UndeclaredPrefix",
+         With("<ParameterList>", "<q:ParameterList>", "</ParameterList>", "</q:ParameterList>"),
+         "the prefix 'q' of q:ParameterList is not declared"},
+        {"EmptyName", With("predictorName=\"x\"", "predictorName=\"\"", "", ""),
+         "(empty) is neither in the"},
+        {"UnknownParameterOfACell",
+         With("parameterName=\"p1\" beta", "parameterName=\"q\" beta", "", ""),
+         "no place for (none) (targetCategory) and q (parameterName)"},
         {"Doctype", "<!DOCTYPE PMML [<!ENTITY a \"b\">]><PMML version=\"4.4\"/>", "DOCTYPE"},
         {"ExternalEntity", "<!DOCTYPE PMML [<!ENTITY a SYSTEM \"/etc/hostname\">]><PMML>&a;</PMML>",
          "DOCTYPE"},
@@ -85,6 +106,7 @@ std::vector<BadDocument> BadDocuments()
         {"NoBeta", Without(" beta=\"10\""), "beta"},
         {"NoPredictorName", Without("predictorName=\"x\" "), "predictorName"},
         {"BetaIsNoNumber", WithBeta("two"), "two"},
+        {"BetaIsEmpty", WithBeta(""), "the beta '' is not a number"},
         {"BetaIsTooLarge", WithBeta("1e999"), "1e999"},
         {"BetaIsInfinite", WithBeta("INF"), "INF"},
         {"DfIsNoNumber",
@@ -112,6 +134,25 @@ TEST_P(BadDocumentTest, IsRefusedWithAWordAndLeavesTheOutputAlone)
 
 INSTANTIATE_TEST_SUITE_P(Documents, BadDocumentTest, testing::ValuesIn(BadDocuments()),
                          [](const auto& each) { return each.param.name; });
+
+TEST(BadDocument, OfAnotherModelIsToldByItsName)
+{
+    // the models of the standard, but the one that is read
+    const ScratchFolder folder;
+    for (const std::string model :
+         {"AnomalyDetectionModel", "AssociationModel", "BaselineModel", "BayesianNetworkModel",
+          "ClusteringModel", "GaussianProcessModel", "MiningModel", "NaiveBayesModel",
+          "NearestNeighborModel", "NeuralNetwork", "RegressionModel", "RuleSetModel", "Scorecard",
+          "SequenceModel", "SupportVectorMachineModel", "TextModel", "TimeSeriesModel",
+          "TreeModel"}) {
+        const Finished run =
+            RunVelscore({"check", "-"}, "<PMML version='4.4'><Header/>\n<" + model + "/></PMML>");
+        EXPECT_EQ(run.exitCode, 2);
+        EXPECT_NE(run.out.find("standard input:2:1: the document holds a " + model + ";"),
+                  std::string::npos)
+            << run.out;
+    }
+}
 
 TEST(BadDocumentFile, MissingFolderAndUnreadableFilesAreRefused)
 {

@@ -151,7 +151,7 @@ TEST_F(Classification, PoliciesDecideWhetherAReplacementIsTaken)
         SCOPED_TRACE(document.head);
         document.miningX = "<MiningField name='x' missingValueReplacement='0.25'/>";
         const bool conditional = document.head.find("conditional") != std::string::npos;
-        const Texts fields = conditional ? Texts{"", "", ""} : Texts{"x", "f", ""};
+        const Texts fields{"x", "f", ""};
         const std::string column = conditional ? "prediction" : "probability(no)";
         for (const char* policy : {"substitute", "sysmis", "status"}) {
             const Finished run = Run(document, table, {"--policy", policy});
@@ -216,12 +216,15 @@ TEST_F(Classification, UnlistedCategoriesOfAFactorWithoutValuesAreCountedAtTheEn
 {
     Document document;
     document.factorField = "dataType='string'>";
-    Finished run = Run(document, "x,f\n0.25,b\n0.25,a\n0.25,typo\n0.25,a\n");
+    const std::string table = "x,f\n0.25,b\n0.25,a\n0.25,typo\n0.25,a\n";
+    Finished run = Run(document, table, {"--strict"});
+    EXPECT_EQ(run.exitCode, 5) << run.err;
+    run = Run(document, table);
     EXPECT_EQ(run.exitCode, 0) << run.err;
     EXPECT_NEAR(Number(ParseCsv(run.out), "probability(yes)", 0), Logistic(2.0), 1e-15);
     EXPECT_NEAR(Number(ParseCsv(run.out), "probability(yes)", 2), Logistic(1.0), 1e-15);
-    EXPECT_NE(run.err.find("column f has 3 values that the model's dictionary doesn't list "
-                           "('a', 'typo')"),
+    EXPECT_NE(run.err.find("column f has 1 value that the model's dictionary doesn't list "
+                           "('a', 'typo'; one of these may be the reference)"),
               std::string::npos)
         << run.err;
     document.factorField = "dataType='boolean'>";
@@ -233,8 +236,72 @@ TEST_F(Classification, UnlistedCategoriesOfAFactorWithoutValuesAreCountedAtTheEn
         EXPECT_NEAR(Number(ParseCsv(run.out), "probability(yes)", row), Logistic(2.0), 1e-15);
     }
     EXPECT_NEAR(Number(ParseCsv(run.out), "probability(yes)", 2), Logistic(1.0), 1e-15);
-    EXPECT_NE(run.err.find("column f has 1 value "), std::string::npos) << run.err;
-    EXPECT_NE(run.err.find("('false')"), std::string::npos) << run.err;
+    EXPECT_EQ(run.err, "velscore: 3 of 3 cases scored\n");
+}
+
+// The list was made from the cells, where the reference has none: a batch without any other value
+// is in order.
+TEST_F(Classification, TheReferenceCategoryThatNoCellNamesIsNoUnlistedValue)
+{
+    Document document;
+    document.factorField = "dataType='string'>";
+    Finished run =
+        Run(document, "x,f\n0.25,b\n0.25,a\n0.25,\n0.25,a\n0.5,a\n", {"--policy", "sysmis"});
+    EXPECT_EQ(run.err.find("doesn't list"), std::string::npos) << run.err;
+    run = Run(document, "x,f\n0.25,b\n0.25,a\n0.5,a\n", {"--strict"});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(run.err, "velscore: 3 of 3 cases scored\n");
+    // Which of two it is nobody knows, so a slip that comes first is told all the same.
+    run = Run(document, "x,f\n0.25,typo\n0.25,a\n0.5,a\n", {"--strict"});
+    EXPECT_EQ(run.exitCode, 5);
+    EXPECT_NE(run.err.find("('typo', 'a'; one of these may be the reference)"), std::string::npos)
+        << run.err;
+    // A list of the document's own is whole: any other value is counted.
+    document.factorField =
+        "dataType='string'><Extension extender='velscore' name='unlistedCategories' "
+        "value='accept'/><Value value='a'/><Value value='b'/>";
+    run = Run(document, "x,f\n0.25,c\n0.25,a\n", {"--strict"});
+    EXPECT_EQ(run.exitCode, 5);
+    EXPECT_NE(run.err.find("column f has 1 value that the model's dictionary doesn't list ('c')"),
+              std::string::npos)
+        << run.err;
+}
+
+// The plug-in would add the number of a missing value, -1.8e308, and answer with probability 1.
+TEST_F(Classification, OrdinalRowsWithoutAValidOffsetAreRefused)
+{
+    for (const char* selector : {"ordinalRegression", "GZLM"}) {
+        Document document = Ordinal(selector);
+        document.head += " offsetVariable='o'";
+        document.miningX += "<MiningField name='o'/>";
+        document.factorField +=
+            "</DataField><DataField name='o' optype='continuous' dataType='double'>"
+            "<Interval closure='closedClosed' leftMargin='0' rightMargin='2'/>";
+        for (const char* policy : {"substitute", "sysmis", "status"}) {
+            SCOPED_TRACE(std::string(selector) + ", " + policy);
+            const Finished run = Run(document, "x,f,o\n0.25,b,1\n0.25,b,\n0.25,b,3\n0.25,b,0\n",
+                                     {"--policy", policy});
+            EXPECT_EQ(run.exitCode, 0) << run.err;
+            const CsvText scores = ParseCsv(run.out);
+            EXPECT_EQ(scores.Texts("status"), (Texts{"0", "90029", "90029", "0"}));
+            EXPECT_EQ(scores.Texts("status_field"), (Texts{"", "o", "o", ""}));
+            for (const char* column : {"prediction", "probability(no)", "probability(yes)"}) {
+                EXPECT_EQ(scores.Texts(column)[1], "") << column;
+                EXPECT_EQ(scores.Texts(column)[2], "") << column;
+            }
+            EXPECT_NE(run.err.find("2 with status 90029 (first: row 2, field o: empty)"),
+                      std::string::npos)
+                << run.err;
+        }
+    }
+    // The offset of a sound row is still added: the threshold, the betas, and 1.
+    Document document = Ordinal("ordinalRegression");
+    document.head += " offsetVariable='o'";
+    document.miningX += "<MiningField name='o'/>";
+    document.factorField +=
+        "</DataField><DataField name='o' optype='continuous' dataType='double'>";
+    EXPECT_NEAR(Number(Scores(document, "x,f,o\n0.25,b,1\n"), "probability(no)"),
+                Logistic(0.5 + 0.5 + 1.0 + 1.0), 1e-15);
 }
 
 }  // namespace

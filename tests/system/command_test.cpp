@@ -48,6 +48,38 @@ TEST_F(Command, UnknownCommandsAndOptionsAreWrongUsage)
     EXPECT_EQ(RunVelscore({"score", model_, "--threads", "2"}).exitCode, 1);
 }
 
+TEST_F(Command, MisspeltWordsAreBlamedAndSuggested)
+{
+    struct Sample {
+        std::vector<std::string> arguments;
+        const char* told;
+    };
+    const Sample kSamples[] = {
+        {{"scor", "m", "c"}, "and help. Did you mean 'score'?"},
+        {{"score", "--keeep", "id", "a", "b"},
+         "score has no option --keeep. Did you mean '--keep'?"},
+        {{"score", "a", "b", "--keeep", "id"},
+         "score has no option --keeep. Did you mean '--keep'?"},
+        {{"score", "a", "b", "--keeep=id", "c"}, "no option --keeep. Did you mean '--keep'?"},
+        {{"score", "a", "--na", "--quite", "--quite"},
+         "no option --quite. Did you mean '--quiet'?"},
+        {{"score", "a", "-keep", "id"}, "no option -keep. Did you mean '--keep'?"},
+        {{"check", "a", "--jsno"}, "check has no option --jsno. Did you mean '--json'?"},
+        {{"--versoin"}, "no option --versoin. Did you mean '--version'?"},
+        {{"score", "a", "--policy", "sysmiss"},
+         "'sysmiss' is none of substitute, sysmis, status. "
+         "Did you mean 'sysmis'?"},
+        {{"score", "a", "--output", "documents"}, "Did you mean 'document'?"},
+    };
+    for (const Sample& sample : kSamples) {
+        const Finished run = RunVelscore(sample.arguments);
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_TRUE(Has(run.err, sample.told)) << run.err;
+    }
+    EXPECT_FALSE(Has(RunVelscore({"judge"}).err, "Did you mean"));
+    EXPECT_TRUE(Has(RunVelscore({"score", model_, "a.csv", "b.csv"}).err, "b.csv"));
+}
+
 TEST_F(Command, HelpOfEachCommandShowsAnExample)
 {
     for (const char* name : {"score", "check", "inspect", "convert", "help"}) {

@@ -139,6 +139,13 @@ std::vector<Form> Forms()
         "<pcov-cell p-row='bx' p-col='bx' value='0.9'/>"
         "<pcov-cell p-row='bw' p-col='bx' value='0.11'/>"
         "<pcov-cell p-row='bw' p-col='bw' value='1.7'/>";
+    const std::string missing9 = "<missing-values><value value='9'/></missing-values>";
+    LegacyParts unnamed;
+    unnamed.parameters = "<parameter/><parameter name='bw'/><parameter name='(Constant)'/>";
+    unnamed.betas =
+        "<p-cell parameter-name='(Constant)' beta='1'/><p-cell beta='2'/>"
+        "<p-cell parameter-name='bw' beta='3'/>";
+    unnamed.covariances = "<pcov-cell value='0.5'/>";
     const char* const numbers =
         "x,w\n0.1,3\n-5,1\n-4.99,1\n4,1\n6.999,0\n7,0\n7.5,0\n8,0\n8.01,-2e3\n,1\n1,NA\n";
     const char* const groups = "f,x\nu,1.5\nv,-0.25\nv,0\nw,1\nt,2\n,1\nNA,1\nv,\nu,1e200\nu,-7\n";
@@ -214,6 +221,32 @@ std::vector<Form> Forms()
                    "<pp-cell parameter-name='pg' predictor-name='g' value='n&amp;&#10;s'/>"),
          "g,x\n\"n&\ns\",2\nn,2\nNA,1\n,1\n",
          {"0", "0", "90029", "90029"}},
+        {"ConditionalWithMissingValuesAndNoList",
+         WithCells(
+             WithVariable(ConditionalParts(), "g", OldVariable("g", "STRING", "NOMINAL", missing9)),
+             "<pp-cell parameter-name='px' predictor-name='x' value='1'/>"
+             "<pp-cell parameter-name='pg' predictor-name='g' value='2'/>"),
+         "g,x\n2,2\nother,2\n9,1\n,1\n",
+         {"0", "0", "90029", "90029"}},
+        {"ConditionalWithAnOpenFactorOfNumbersAndMissingValues",
+         WithVariable(ConditionalParts(), "g", OldVariable("g", "NUMERIC", "ORDINAL", missing9)),
+         "g,x\n2,2\n-1.5,2\n9,1\n,1\n",
+         {"0", "0", "90029", "90029"}},
+        {"MultinomialWithAnOpenFactorOfNumbersAndMissingValues",
+         WithCells(WithVariable(MultinomialParts(), "f",
+                                OldVariable("f", "NUMERIC", "NOMINAL", missing9)),
+                   "<pp-cell parameter-name='pf' predictor-name='f' value='2.0'/>"
+                   "<pp-cell parameter-name='px' predictor-name='x' value='1'/>"),
+         "f,x\n2,1\n3,1\n9,1\n-1.5,4\n",
+         {"0", "0", "90029", "0"}},
+        {"MultinomialWithACovariateThatIsNominalAndHasMissingValues",
+         WithVariable(MultinomialParts(), "x", OldVariable("x", "NUMERIC", "NOMINAL", missing9)),
+         "f,x\nu,1\nv,3.5\nv,9\n",
+         {"0", "0", "90029"}},
+        {"LinearWithAParameterWithoutAName",
+         unnamed,
+         numbers,
+         {"0", "0", "0", "0", "0", "0", "0", "0", "0", "90029", "90029"}},
     };
 }
 

@@ -97,7 +97,7 @@ TEST(Curve, CaseWithoutOneHasALineOfItsOwnAndIsTold)
     EXPECT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(run.out, "row,time,survival,cum_hazard\n1,,,\n2,,,\n3,,,\n4,,,\n");
     EXPECT_NE(run.err.find("0 of 4 cases scored; 4 not scored: 3 with status 90029 (first: row 1, "
-                           "field karno), 1 with status 269050"),
+                           "field karno: empty), 1 with status 269050"),
               std::string::npos)
         << run.err;
     EXPECT_EQ(RunVelscore({"curve", "--strict", model}, cases).exitCode, 5);

@@ -1,5 +1,7 @@
 // What a document says of its output: Targets, the Output section, and records to verify.
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -124,6 +126,72 @@ TEST_F(DocumentOutput, WithoutASectionIsRefused)
     EXPECT_EQ(run.out, "");
 }
 
+// "model.pmml:line:column: " of where a piece of the document begins.
+std::string PlaceIn(const std::string& document, const std::string& piece)
+{
+    const size_t at = document.find(piece);
+    EXPECT_NE(at, std::string::npos) << piece;
+    const auto lines = std::count(document.begin(), document.begin() + static_cast<long>(at), '\n');
+    const size_t column = at - document.rfind('\n', at);
+    return "model.pmml:" + std::to_string(lines + 1) + ":" + std::to_string(column) + ": ";
+}
+
+TEST_F(DocumentOutput, ARefusalSaysWhereInTheSection)
+{
+    struct Row {
+        std::string field;
+        std::string element;  // where the fault is
+        std::string path;
+    };
+    const Row rows[] = {
+        {"<OutputField name='a' feature='clusterId'/>", "<OutputField name='a'",
+         "Output/OutputField[2]"},
+        {"<OutputField name='a' feature='decision'/>", "<OutputField name='a'",
+         "Output/OutputField[2]"},
+        {"<OutputField name='fit' value='1'/>", "<OutputField name='fit' value",
+         "Output/OutputField[2]"},
+        {"<OutputField name='a' feature='decision'>\n <FieldRef field='q'/></OutputField>",
+         "<FieldRef field='q'", "Output/OutputField[2]/FieldRef"},
+        {"<OutputField name='a' feature='decision'><Apply function='+'>\n<Constant>1</Constant>\n"
+         "<Constant dataType='double'>one</Constant></Apply></OutputField>",
+         "<Constant dataType", "Output/OutputField[2]/Apply/Constant[2]"},
+        {"<OutputField name='a' feature='decision' dataType='number'><FieldRef field='x'/>"
+         "</OutputField>",
+         "<OutputField name='a'", "Output/OutputField[2]"},
+    };
+    for (const Row& row : rows) {
+        const TestModel model = With("\n <OutputField name='fit'/>\n  " + row.field);
+        const Finished run = Score(model, "x,sex\n2,m\n");
+        EXPECT_EQ(run.exitCode, 2) << row.field;
+        EXPECT_NE(run.err.find(PlaceIn(model.Text(), row.element)), std::string::npos)
+            << row.element << "\n"
+            << run.err;
+        EXPECT_NE(run.err.find("GeneralRegressionModel/" + row.path + "\n"), std::string::npos)
+            << row.path << "\n"
+            << run.err;
+    }
+}
+
+TEST_F(DocumentOutput, AFunctionOfTheModelGoesBeforeOneOfTheDocument)
+{
+    TestModel model = With(
+        "<OutputField name='a' feature='transformedValue'><Apply function='f'>"
+        "<FieldRef field='x'/></Apply></OutputField>");
+    const auto function = [](const std::string& constant) {
+        return "<DefineFunction name='f' optype='continuous'><ParameterField name='p'/><Constant>" +
+               constant + "</Constant></DefineFunction>";
+    };
+    model.afterSchema += "<LocalTransformations>" + function("7") + "</LocalTransformations>";
+    std::string text = model.Text();
+    const std::string end = "</DataDictionary>";
+    text.insert(text.find(end) + end.size(),
+                "<TransformationDictionary>" + function("5") + "</TransformationDictionary>");
+    const Finished run = RunVelscore(
+        {"score", folder_.Write("model.pmml", text), "--output", "document"}, "x,sex\n2,m\n");
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(ParseCsv(run.out).Texts("a"), Texts{"7"});
+}
+
 TEST_F(DocumentOutput, AFeatureOfOtherModelsIsRefusedByName)
 {
     const TestModel model = With("<OutputField name='who' feature='clusterId'/>");
@@ -169,7 +237,7 @@ TEST_F(DocumentOutput, EachDifferenceIsTold)
               "record 1, y: expected 15.2, found 15\n"
               "record 1, se: expected 2.00001, found 2\n"
               "record 2, y: expected 0.5, found 0.6\n"
-              "record 3, y: expected 1, found nothing (status 90029)\n"
+              "record 3, y: expected 1, found nothing (status 90029, field x: empty)\n"
               "record 4, y: expected nothing, found 3\n");
     EXPECT_EQ(run.err, "velscore: 4 records, 8 values compared, 5 differ\n");
 }
@@ -190,6 +258,7 @@ TEST_F(DocumentOutput, ARecordFieldThatNothingKnowsIsRefused)
     const Finished run = Verify("<VerificationField field='q' column='a'/>", "<row><a>2</a></row>");
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_NE(run.err.find("269194"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("VerificationFields/VerificationField\n"), std::string::npos) << run.err;
 }
 
 TEST_F(DocumentOutput, ADocumentWithoutRecordsIsRefused)
@@ -235,6 +304,9 @@ TEST_F(DocumentOutput, EmitKeepsItsInputsWhole)
     const std::string document = folder_.Write("model.pmml", TestModel().Text());
     const std::string cases = folder_.Write("cases.csv", "x,sex\n2,m\n");
     EXPECT_EQ(RunVelscore({"verify", document, "--emit", cases, "-o", document}).exitCode, 1);
+    const std::string before = ReadFile(cases);
+    EXPECT_EQ(RunVelscore({"verify", document, "--emit", cases, "-o", cases}).exitCode, 1);
+    EXPECT_EQ(ReadFile(cases), before);
     EXPECT_EQ(RunVelscore({"verify", "-", "--emit", cases}).exitCode, 1);
     EXPECT_EQ(RunVelscore({"verify", document, "-o", "x.pmml"}).exitCode, 1);
     EXPECT_EQ(RunVelscore({"verify", document, "--emit", folder_.Path("none.csv")}).exitCode, 3);

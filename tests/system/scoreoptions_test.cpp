@@ -114,6 +114,8 @@ TEST_F(ScoreOptions, KeepRepeatsTheInputsOwnText)
     const CsvText some = ParseCsv(Score(table, {"--keep", "sex,id", "--prediction-only"}).out);
     EXPECT_EQ(some.header, (Texts{"sex", "id", "prediction", "status", "status_field"}));
     EXPECT_EQ(Score(table, {"--keep", "name"}).exitCode, 1);
+    const Finished misspelt = Score(table, {"--keep", "statsu"});
+    EXPECT_NE(misspelt.err.find("Did you mean 'status'?"), std::string::npos) << misspelt.err;
 }
 
 TEST_F(ScoreOptions, KeepNamesAColumnWithACommaInQuotes)
@@ -139,7 +141,6 @@ TEST_F(ScoreOptions, DelimiterAndDecimalServeInputAndOutput)
     EXPECT_EQ(scores.Texts("prediction"), (Texts{"3,5", ""}));
     EXPECT_EQ(scores.Texts("status"), (Texts{"0", "269050"}));
     EXPECT_EQ(scores.Texts("x"), (Texts{"1,25", "1.25"}));
-    EXPECT_EQ(Predictions("x,sex\n\"1,5\",f\n", {"--decimal", ","}), Texts{"4"});
 }
 
 TEST_F(ScoreOptions, TabDelimiterHasAName)
@@ -154,9 +155,18 @@ TEST_F(ScoreOptions, SeparatorsThatMakeNoSenseAreWrongUsage)
 {
     const std::vector<std::vector<std::string>> kWrong = {
         {"--delimiter", ";;"}, {"--delimiter", "\""}, {"--delimiter", ""},
-        {"--decimal", "5"},    {"--decimal", "e"},    {"--delimiter", ".", "--decimal", "."}};
+        {"--decimal", "5"},    {"--decimal", "e"},    {"--delimiter", ".", "--decimal", "."},
+        {"--decimal", ","}};
     for (const auto& options : kWrong)
         EXPECT_EQ(Score("x,sex\n1,f\n", options).exitCode, 1) << options[1];
+}
+
+TEST_F(ScoreOptions, DecimalCommaAsksForAnotherDelimiter)
+{
+    const Finished run = Score("x,sex\n\"1,5\",f\n", {"--decimal", ","});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_NE(run.err.find("both ','"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("--delimiter ';'"), std::string::npos) << run.err;
 }
 
 TEST_F(ScoreOptions, MissingTextsAreTheEmptyFieldNaAndWhatIsGiven)

@@ -62,3 +62,70 @@ for n in (1.0, 2.5, 400.0):
 show("CDFHyper(8, 5000, 300, 150) exact", rational(hyper_cdf(8, 5000, 300, 150)))
 show("CDFHyper(2, 2000, 100, 50) exact", rational(hyper_cdf(2, 2000, 100, 50)))
 show("PdfT(0.3, 7)", gamma(mpf(4)) / (sqrt(7 * pi) * gamma(mpf("3.5"))) * (1 + mpf(0.3) ** 2 / 7) ** -4)
+
+
+def bisect(rises, low, high):
+    """The x in (low, high) where a function that rises passes 0."""
+    for _ in range(220):
+        mid = (low + high) / 2
+        low, high = (mid, high) if rises(mid) < 0 else (low, mid)
+    return (low + high) / 2
+
+
+def beta_quantile(p, a, b):
+    return bisect(lambda x: betainc(mpf(a), mpf(b), 0, x, regularized=True) - mpf(p), mpf(0), mpf(1))
+
+
+def student_quantile(p, df):
+    b = beta_quantile(2 * mpf(p), mpf(df) / 2, 0.5)
+    return -sqrt((1 / b - 1) * df)
+
+
+def beta_quantile_by_the_steps(p, a, b):
+    """betinv for p <= 0.5, b = 0.5 and a > 1 as its comments define it: the start, then 50 rounds of damped steps."""
+    p, a, b = mpf(p), mpf(a), mpf(b)
+    z = bisect(lambda v: log(p) - log(phi(-v)), mpf(0), mpf(40))  # upper tail p
+    log_beta = loggamma(a) + loggamma(b) - loggamma(a + b)
+    chi = 2 * b * ((1 - 1 / (9 * b)) + sqrt(1 / (9 * b)) * z) ** 3
+    ratio = (4 * a + 2 * b - 2) / chi
+    if ratio > 1:
+        x = 1 - 2 / (ratio + 1)
+    else:
+        start = (log(p * a) + log_beta) / p
+        if start > 709:
+            return a / (a + b)
+        x = exp(start) if start >= -708 else mpf(0)
+    x = min(max(x, mpf("1e-8")), mpf("0.9999999"))
+    last, squared, bound = mpf(0), mpf(1), mpf(1)
+    for _ in range(50):
+        size = log(1 - x) * (1 - b) + log(x) * (1 - a) + log_beta
+        if size > 709:
+            return a / (a + b)
+        step = (betainc(a, b, 0, x, regularized=True) - p) * (exp(size) if size >= -708 else 0)
+        if step * last <= 0:
+            bound = squared
+        cut = step
+        while True:
+            squared, next_x = cut * cut, x - cut
+            if abs(next_x) < mpf("1e-12"):
+                next_x = mpf("1e-12")
+            elif abs(next_x - 1) < mpf("1e-12"):
+                next_x = 1 - mpf("1e-12")
+            if squared < bound and 0 < next_x < 1:
+                break
+            cut /= 3
+        if bound <= mpf("1e-20") or step * step <= mpf("1e-20") or abs(next_x - x) < mpf("1e-12"):
+            break
+        last, x = step, next_x
+    return x
+
+
+show("gammad(100, 0.125), upper", gammainc(mpf("0.125"), 100, inf, regularized=True))
+show("betinv(1e-20, 20, 0.5)", beta_quantile(1e-20, 20, 0.5))
+show("betinv(1e-11, 15, 0.5)", beta_quantile(1e-11, 15, 0.5))
+show("betinv(0.5, 3000, 0.05)", beta_quantile(0.5, 3000, 0.05))
+show("betinv(2e-40, 15, 0.5), the quantile", beta_quantile(2e-40, 15, 0.5))
+show("betinv(2e-40, 15, 0.5), by the steps", beta_quantile_by_the_steps(2e-40, 15, 0.5))
+show("betinv(2e-40, 40, 0.5), the quantile", beta_quantile(2e-40, 40, 0.5))
+show("betinv(2e-40, 40, 0.5), by the steps", beta_quantile_by_the_steps(2e-40, 40, 0.5))
+show("zeltidft(5e-12, 30)", student_quantile(5e-12, 30))

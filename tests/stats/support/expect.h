@@ -24,8 +24,8 @@ inline double Missing() { return MCCommon_850::MCMV::Missing(); }
 inline testing::AssertionResult Near(double x, double wanted, double rel)
 {
     if (std::fabs(x - wanted) <= rel * std::fabs(wanted)) return testing::AssertionSuccess();
-    return testing::AssertionFailure() << x << " for " << wanted << ", relatively off by "
-                                       << std::fabs(x / wanted - 1.0);
+    return testing::AssertionFailure()
+           << x << " for " << wanted << ", relatively off by " << std::fabs(x / wanted - 1.0);
 }
 
 /// Calls a function whose code stands behind its arguments, and expects that code.

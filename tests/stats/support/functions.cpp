@@ -16,7 +16,10 @@ using MCCommon_850::MCMV;
 using MCMath_850::MCPower;
 using D = MCMath_850::MCDistFun;
 
-#define VELSTATS_ROW(CLASS, NAME, ...) {#NAME, Lift(&CLASS::NAME), __VA_ARGS__}
+#define VELSTATS_ROW(CLASS, NAME, ...)         \
+    {                                          \
+#NAME, Lift(&CLASS::NAME), __VA_ARGS__ \
+    }
 
 const std::vector<Function>& Table()
 {

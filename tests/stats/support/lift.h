@@ -34,7 +34,10 @@ class Lift {
 public:
     explicit Lift(R (*function)(P...)) : function_(function) {}
 
-    Outcome operator()(const Args& args) const { return Run(args, std::index_sequence_for<P...>{}); }
+    Outcome operator()(const Args& args) const
+    {
+        return Run(args, std::index_sequence_for<P...>{});
+    }
 
 private:
     template <class T>

@@ -30,6 +30,8 @@ struct PageFamily {
 inline const std::vector<PageFamily>& PageFamilies()
 {
     using enum Tails;
+    // A row a function.
+    // clang-format off
     static const std::vector<PageFamily> families = {
         {"Guarded power",
          {{"Exponent", "all x", "exp, cut off at -708.39 and 709", "returns 1 underflow (0.0), 2 overflow (missing)", None},
@@ -95,6 +97,7 @@ inline const std::vector<PageFamily>& PageFamilies()
          {{"GPTile", "2 values or more, frequencies >= 0", "linear interpolation", "-1 too few values, 1 below, 2 above the midpoints", None},
           {"Mednci", "whole n >= 1, level in percent", "IdfBin, cdfbet", "missing", None}}},
     };
+    // clang-format on
     return families;
 }
 

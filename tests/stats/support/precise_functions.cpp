@@ -21,7 +21,10 @@ bool FullSum(const Args& a) { return a[4] < 1.0; }
 bool HalfIsNotZero(const Args& a) { return !(a[0] > 0.0 && a[0] < 1e-307); }
 bool Never(const Args&) { return false; }
 
-#define VELSTATS_PRECISE(NAME, COMPARED) {#NAME, Lift(&P::NAME), COMPARED}
+#define VELSTATS_PRECISE(NAME, COMPARED) \
+    {                                    \
+#NAME, Lift(&P::NAME), COMPARED  \
+    }
 
 const std::map<std::string, PreciseFunction>& Table()
 {
@@ -68,7 +71,8 @@ const std::map<std::string, PreciseFunction>& Table()
         {"PdfBin", VELSTATS_PRECISE(PdfBin, Always)},
         {"IdfBin", VELSTATS_PRECISE(IdfBin, Never)},  // the usual quantile: another definition
         {"PdfHyper", VELSTATS_PRECISE(PdfHyper, Always)},
-        {"CDFHyper", VELSTATS_PRECISE(CDFHyper, WholeX)},  // a fraction below 0 is cut the other way
+        {"CDFHyper",
+         VELSTATS_PRECISE(CDFHyper, WholeX)},  // a fraction below 0 is cut the other way
         {"ncdbet", VELSTATS_PRECISE(NonCentralCdfBeta, FullSum)},
         {"NonCentralCdfF", VELSTATS_PRECISE(NonCentralCdfF, FullSum)},
         {"NonCentralCdfChi", VELSTATS_PRECISE(NonCentralCdfChi, Always)},

@@ -7,7 +7,7 @@ namespace reference {
 
 /// What Precise has for a function of the library, called with that function's reference arguments.
 struct PreciseFunction {
-    const char* name;     ///< in MCMath_850::Precise; null if it has none
+    const char* name;  ///< in MCMath_850::Precise; null if it has none
     Call call;
     bool (*compared)(const Args&);  ///< the points that its own definition shares
 };

@@ -36,7 +36,8 @@ std::vector<double> Numbers(const std::string& text)
 {
     std::vector<double> values;
     if (text.empty()) return values;
-    for (const std::string& part : Split(text, ';')) values.push_back(Number(part.empty() ? "missing" : part));
+    for (const std::string& part : Split(text, ';'))
+        values.push_back(Number(part.empty() ? "missing" : part));
     return values;
 }
 
@@ -65,17 +66,22 @@ std::vector<Row> ReadFile(const std::string& path)
     for (std::size_t number = 2; std::getline(file, line); ++number) {
         std::vector<std::string> fields = Split(line, ',');
         if (fields.size() != columns)
-            throw std::runtime_error(path + ":" + std::to_string(number) + ": wrong number of columns");
+            throw std::runtime_error(path + ":" + std::to_string(number) +
+                                     ": wrong number of columns");
         const std::string code = fields[columns - 1];
         const std::vector<double> algorithm = Numbers(fields[columns - 2]);
         const std::vector<double> truth = Numbers(fields[columns - 3]);
         fields.resize(columns - 3);
         rows.push_back({Args(std::move(fields)), truth, algorithm,
-                        code.empty() ? std::nullopt : std::optional<long>(std::stol(code)), number});
+                        code.empty() ? std::nullopt : std::optional<long>(std::stol(code)),
+                        number});
     }
     return rows;
 }
 
-std::vector<Row> Read(const std::string& function) { return ReadFile(Folder() + "/" + function + ".csv"); }
+std::vector<Row> Read(const std::string& function)
+{
+    return ReadFile(Folder() + "/" + function + ".csv");
+}
 
 }  // namespace reference

@@ -15,10 +15,10 @@ class Args {
 public:
     explicit Args(std::vector<std::string> fields) : fields_(std::move(fields)) {}
 
-    double operator[](std::size_t i) const;       ///< the i-th argument as a number
+    double operator[](std::size_t i) const;  ///< the i-th argument as a number
     std::vector<double> List(std::size_t i) const;
     std::size_t Count() const { return fields_.size(); }
-    std::string Text() const;                     ///< all of them, for a message
+    std::string Text() const;  ///< all of them, for a message
 
 private:
     std::vector<std::string> fields_;
@@ -27,7 +27,7 @@ private:
 /// One point. Values are lists, since Mednci answers three; a missing value is the library's own.
 struct Row {
     Args args;
-    std::vector<double> truth;      ///< empty: there is none
+    std::vector<double> truth;  ///< empty: there is none
     std::vector<double> algorithm;
     std::optional<long> code;
     std::size_t line;

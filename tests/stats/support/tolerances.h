@@ -29,8 +29,14 @@ inline Tolerance Density(const Args&, double) { return {1e-12, 0.0}; }
 inline Tolerance LogGamma(const Args&, double) { return {2e-15, 2e-15}; }
 inline Tolerance GammaOfSize(double s) { return {1e-12 + 3e-14 * s, 3e-15}; }
 inline Tolerance Gamma(const Args& a, double) { return GammaOfSize(std::max(a[0], a[1])); }
-inline Tolerance GammaScaled(const Args& a, double) { return GammaOfSize(std::max(a[0] * a[2], a[1])); }
-inline Tolerance ChiSquare(const Args& a, double) { return GammaOfSize(std::max(a[0], a[1]) / 2.0); }
+inline Tolerance GammaScaled(const Args& a, double)
+{
+    return GammaOfSize(std::max(a[0] * a[2], a[1]));
+}
+inline Tolerance ChiSquare(const Args& a, double)
+{
+    return GammaOfSize(std::max(a[0], a[1]) / 2.0);
+}
 inline Tolerance Exponential(const Args&, double) { return {1e-15, 3e-16}; }
 
 // x on the chi-square scale: what the upper tail's rounding in p does to it.
@@ -57,7 +63,10 @@ inline Tolerance GammaQuantileAlgorithm(const Args& a, double w)
 {
     return ChiQuantile(a[0], 2.0 * w * a[2], 3e-8);
 }
-inline Tolerance BisectionTruth(const Args& a, double x) { return {3e-7 + FarQuantile(a[0], x), 0.0}; }
+inline Tolerance BisectionTruth(const Args& a, double x)
+{
+    return {3e-7 + FarQuantile(a[0], x), 0.0};
+}
 inline Tolerance BisectionAlgorithm(const Args& a, double x)
 {
     return {3e-8 + FarQuantile(a[0], x), 0.0};
@@ -113,7 +122,8 @@ inline Tolerance Hyper(const Args& a, double)
     return a[1] > 10000.0 ? Tolerance{1e-10, 0.0} : Tolerance{1e-12, 2e-14};
 }
 
-// A tolerance argument of 1 and more asks for the first term alone: no error of the sum to allow for.
+// A tolerance argument of 1 and more asks for the first term alone: no error of the sum to allow
+// for.
 inline Tolerance NonCentral(const Args& a, double)
 {
     return {1e-11, (a[4] < 1.0 ? 1.2 * a[4] : 0.0) + 5e-12};

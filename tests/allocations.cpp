@@ -1,0 +1,35 @@
+#include "tests/allocations.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+std::atomic<long> made{0};
+std::atomic<long> released{0};
+
+void Release(void* memory)
+{
+    if (memory != nullptr) released.fetch_add(1, std::memory_order_relaxed);
+    std::free(memory);
+}
+
+}  // namespace
+
+namespace MCVelscore_850 {
+
+long AllocationCount() { return made.load(); }
+long LiveAllocations() { return made.load() - released.load(); }
+
+}  // namespace MCVelscore_850
+
+void* operator new(std::size_t size)
+{
+    void* const memory = std::malloc(size == 0 ? 1 : size);
+    if (memory == nullptr) throw std::bad_alloc();
+    made.fetch_add(1, std::memory_order_relaxed);
+    return memory;
+}
+void operator delete(void* memory) noexcept { Release(memory); }
+void operator delete(void* memory, std::size_t) noexcept { Release(memory); }
