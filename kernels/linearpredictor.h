@@ -74,24 +74,16 @@ VELSCORE_LANE typename Cells::Lane CentredSumOfTerms(const Terms& terms, const d
     return lp;
 }
 
-/// lp[c] = start + sum of d[p] betas[c][p], p ascending, over betas and design values other than 0,
-/// for each of the `categories`; the design values are computed once for all of them.
-template <Ends kEnds, class Cells>
-VELSCORE_LANE void SumsOfTerms(typename Cells::Lane start, const Terms& terms,
-                               const double* const* betas, size_t categories, const Cells& cells,
-                               typename Cells::Lane* lp)
+/// Calls term(p, d) for each parameter p, ascending, with its design value d, 0 where its term has
+/// ended; of a single case only where that isn't 0.
+template <Ends kEnds, class Cells, class Term>
+VELSCORE_LANE void ForTerms(const Terms& terms, const Cells& cells, Term term)
 {
     using Lane = typename Cells::Lane;
-    for (size_t c = 0; c < categories; ++c) lp[c] = start;
     for (size_t p = 0; p < terms.count; ++p) {
         const DesignValue<Lane> design = DesignValueOf<kEnds>(terms, p, cells);
         const Lane d = Select(design.stands, design.value, All<Lane>(0.0));
-        const Mask<Lane> met = d != 0.0;
-        if (IsDone(met)) continue;
-        for (size_t c = 0; c < categories; ++c) {
-            const double beta = betas[c][p];
-            if (beta != 0.0) lp[c] = Select(met, lp[c] + d * beta, lp[c]);
-        }
+        if (!IsDone(d != 0.0)) term(p, d);
     }
 }
 

@@ -61,11 +61,16 @@ double InversePower(double eta, double k)
 double Mean(Link link, double eta, double k)
 {
     constexpr double (*kMeans[kLinks])(double, double) = {
-        MeanOfOne<Link::Identity>,         MeanOfOne<Link::ComplementaryLogLog>,
-        MeanOfOne<Link::Log>,              MeanOfOne<Link::LogComplement>,
-        MeanOfOne<Link::Logit>,            MeanOfOne<Link::NegativeBinomial>,
-        MeanOfOne<Link::NegativeLogLog>,   MeanOfOne<Link::OddsPower>,
-        MeanOfOne<Link::Power>,            MeanOfOne<Link::Probit>,
+        MeanOfOne<Link::Identity>,
+        MeanOfOne<Link::ComplementaryLogLog>,
+        MeanOfOne<Link::Log>,
+        MeanOfOne<Link::LogComplement>,
+        MeanOfOne<Link::Logit>,
+        MeanOfOne<Link::NegativeBinomial>,
+        MeanOfOne<Link::NegativeLogLog>,
+        MeanOfOne<Link::OddsPower>,
+        MeanOfOne<Link::Power>,
+        MeanOfOne<Link::Probit>,
     };
     return kMeans[static_cast<int>(link)](eta, k);
 }

@@ -18,33 +18,44 @@ struct Largest {
     Lane index;
 };
 
+/// The larger of the two, the later linear predictor c being `lp`.
 template <class Lane>
-VELSCORE_LANE Largest<Lane> LargestOf(const Lane* lp, size_t categories)
+VELSCORE_LANE Largest<Lane> LargerOf(Largest<Lane> largest, Lane lp, size_t c)
 {
-    Largest<Lane> largest{categories > 0 ? lp[0] : All<Lane>(0.0), All<Lane>(0.0)};
-    for (size_t c = 1; c < categories; ++c) {
-        const Mask<Lane> larger = lp[c] > largest.value;
-        largest.value = Select(larger, lp[c], largest.value);
-        largest.index = Select(larger, All<Lane>(static_cast<double>(c)), largest.index);
-    }
+    const Mask<Lane> larger = lp > largest.value;
+    return {Select(larger, lp, largest.value),
+            Select(larger, All<Lane>(static_cast<double>(c)), largest.index)};
+}
+
+/// Of the linear predictors of one case.
+VELSCORE_LANE Largest<double> LargestOf(const double* lp, size_t categories)
+{
+    Largest<double> largest{categories > 0 ? lp[0] : 0.0, 0.0};
+    for (size_t c = 1; c < categories; ++c) largest = LargerOf(largest, lp[c], c);
     return largest;
 }
 
-/// The numerators of
+/// The numerator of
 ///
 ///     p[c] = exp(lp[c]) / (exp(lp[0]) + ... + exp(lp[C-1]))
 ///
-/// into `exponentials`, and their sum as the answer. A `largest` linear predictor above
-/// kLargestExponent is subtracted from all first; below -kLargestExponent the numerator is 0.
+/// A `largest` linear predictor above kLargestExponent is subtracted from all first; below
+/// -kLargestExponent the numerator is 0.
 template <class Lane>
-VELSCORE_LANE Lane Exponentials(const Lane* lp, size_t categories, Lane largest,
-                                Lane* exponentials)
+VELSCORE_LANE Lane ExponentialOf(Lane lp, Lane largest)
 {
-    const Mask<Lane> shifts = largest > kLargestExponent;  // strictly: the limit itself stays
-    Lane sum = All<Lane>(0.0);
+    // Strictly: the limit itself stays.
+    const Lane shifted = Select(largest > kLargestExponent, lp - largest, lp);
+    return Select(shifted < -kLargestExponent, All<Lane>(0.0), Exp(shifted));
+}
+
+/// The numerators of one case into `exponentials`, and their sum as the answer.
+VELSCORE_LANE double Exponentials(const double* lp, size_t categories, double largest,
+                                  double* exponentials)
+{
+    double sum = 0.0;
     for (size_t c = 0; c < categories; ++c) {
-        const Lane shifted = Select(shifts, lp[c] - largest, lp[c]);
-        exponentials[c] = Select(shifted < -kLargestExponent, All<Lane>(0.0), Exp(shifted));
+        exponentials[c] = ExponentialOf(lp[c], largest);
         sum += exponentials[c];
     }
     return sum;

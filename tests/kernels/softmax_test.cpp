@@ -36,7 +36,8 @@ TEST(LargestOf, IsTheFirstOfTheLargest)
     };
     for (size_t i = 0; i < std::size(rows); ++i) {
         EXPECT_EQ(LargestOf(rows[i].numbers.data(), rows[i].numbers.size()).index,
-                  static_cast<double>(rows[i].index)) << "row " << i;
+                  static_cast<double>(rows[i].index))
+            << "row " << i;
     }
 }
 
