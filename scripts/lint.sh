@@ -51,7 +51,7 @@ check clang-format clang-format --dry-run --Werror "${code[@]}"
 check shellcheck shellcheck --severity=warning "${scripts[@]}"
 if [ ${#changed[@]} -gt 0 ]; then
     # Another folder than that of ./test: its compile commands are all that is wanted.
-    cmake --preset clang -B build/lint -DVELSCORE_TESTS=OFF >/dev/null || exit 2
+    cmake --preset clang -B build/lint -DVELSCORE_TESTS=OFF -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >/dev/null || exit 2
     check "clang-tidy (${#changed[@]} files)" \
         xargs -a <(printf '%s\n' "${changed[@]}") -P "$(nproc)" -n 4 \
         clang-tidy -p build/lint --quiet --warnings-as-errors='*'

@@ -295,7 +295,7 @@ TEST(MapValues, FaultyTablesAreRefused)
 // As many rows as a document's limits admit.
 TEST(MapValues, LongTableIsReadAndLookedUpAtOnce)
 {
-    constexpr int kCount = 300000;
+    constexpr int kCount = 100000;
     std::string table = "<InlineTable>";
     for (int i = 0; i < kCount; ++i) {
         const std::string number = std::to_string(i);
