@@ -4,8 +4,8 @@
 #include <ostream>
 
 #include "host/valueset.h"
+#include "kernels/softmax.h"
 #include "models/caseroad.h"
-#include "models/softmax.h"
 
 namespace MCVelscore_850 {
 
@@ -98,17 +98,19 @@ MCStatus BLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
     const auto betaRow = static_cast<size_t>(refTargetIndex);
     if (betaRow < kCategories) linearPredictors[betaRow] = lp;
 
-    const size_t predicted = IndexOfLargest(linearPredictors);
+    const auto largest = kernels::LargestOf(linearPredictors.data(), kCategories);
+    const auto predicted = static_cast<int>(largest.index);
     std::array<double, kCategories> exponentials{};
     double sum = 0.0;
     if (!predictionOnly) {
-        sum = Exponentials(linearPredictors, linearPredictors[predicted], exponentials);
+        sum = kernels::Exponentials(linearPredictors.data(), kCategories, largest.value,
+                                    exponentials.data());
     }
     // Under predictionOnly this is 0/0, which exceeds no cut-off: the category of the cut-off is
     // then never predicted. The cut-off has no branch for it, on purpose.
     const auto percent = [&](size_t c) { return (c < kCategories ? exponentials[c] : 0.0) / sum; };
     if (!UsesCutoff()) {
-        walk.WriteCategories(static_cast<int>(predicted), percent);
+        walk.WriteCategories(predicted, percent);
         return walk.Status();
     }
     bool decided = false;

@@ -3,9 +3,9 @@
 #include <ostream>
 
 #include "host/valueset.h"
+#include "kernels/softmax.h"
 #include "models/caseroad.h"
 #include "models/clrresult.h"
-#include "models/softmax.h"
 
 namespace MCVelscore_850 {
 
@@ -57,8 +57,10 @@ MCScore::MCStatus CLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*
     for (size_t c = 0; c < linearPredictors.size(); ++c) {
         linearPredictors[c] = walk.LinearPredictor(categoryBetas[c]);
     }
-    const double largest = linearPredictors[IndexOfLargest(linearPredictors)];
-    const double sum = Exponentials(linearPredictors, largest, exponentials);
+    const size_t categories = linearPredictors.size();
+    const double largest = kernels::LargestOf(linearPredictors.data(), categories).value;
+    const double sum = kernels::Exponentials(linearPredictors.data(), categories, largest,
+                                             exponentials.data());
     walk.WritePrediction(exponentials[0] / sum);
     return walk.Status();
 }

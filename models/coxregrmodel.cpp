@@ -7,6 +7,7 @@
 
 #include "host/stringvalue.h"
 #include "host/transformvar.h"
+#include "kernels/survival.h"
 #include "models/caseroad.h"
 #include "models/coxregresult.h"
 
@@ -319,8 +320,8 @@ double CoxRegModel::BaselineAt(size_t stratum, double t) const
 SurvivalPoint CoxRegModel::PointAt(double t, double baseline, double lp)
 {
     if (baseline == kNone) return {t, kNone, kNone};
-    const double cumHazard = std::exp(lp) * baseline;  // an infinite exp times 0 is NaN, on purpose
-    return {t, 1.0 / std::exp(cumHazard), cumHazard};
+    const double cumHazard = kernels::CumulativeHazard(lp, baseline);
+    return {t, kernels::Survival(cumHazard), cumHazard};
 }
 
 MCStatus CoxRegModel::Fail(CaseWalk& walk, const ScoreDictVar* failed)

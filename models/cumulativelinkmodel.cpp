@@ -1,60 +1,27 @@
 #include "models/cumulativelinkmodel.h"
 
 #include <algorithm>
-#include <cmath>
+#include <iterator>
 
+#include "kernels/links.h"
 #include "models/caseroad.h"
-#include "stats/mcdistfun.h"
 
 namespace MCVelscore_850 {
 
 namespace {
 
-// Where exp is taken as infinity and as 0. The lower limit itself counts as 0, on purpose.
-constexpr double kUpper = 709.0;
-constexpr double kLower = -708.0;
-
-double InverseLogit(double x)
-{
-    if (x > kUpper) return 1.0;
-    if (x <= kLower) return 0.0;
-    const double e = std::exp(x);
-    return e / (1.0 + e);
-}
-
-double InverseCauchit(double x) { return std::atan(x) / 3.141592653589793 + 0.5; }
-
-double InverseCloglog(double x)
-{
-    if (x > kUpper) return 1.0;
-    if (x <= kLower) return 0.0;
-    const double t = -std::exp(x);
-    return t < kLower ? 1.0 : 1.0 - std::exp(t);
-}
-
-double InverseLoglog(double x)
-{
-    const double t = -x;
-    if (t > kUpper) return 0.0;
-    if (t <= kLower) return 1.0;
-    const double u = -std::exp(t);
-    return u <= kLower ? 0.0 : std::exp(u);
-}
-
-double InverseProbit(double x) { return MCMath_850::MCDistFun::CdfNorm(x, 0.0, 1.0); }
-
 // By CumulLinkFunction.
 constexpr struct {
-    double (*inverse)(double x);
     const char* name;  // in the display
     const char* description;
 } kLinks[] = {
-    {InverseLogit, "Logit", "cumulative logit"},
-    {InverseCauchit, "Cauchit", "cumulative Cauchit"},
-    {InverseCloglog, "Complementary log-log", "cumulative complementary log-log"},
-    {InverseLoglog, "Negative log-log", "cumulative negative log-log"},
-    {InverseProbit, "Probit", "cumulative probit"},
+    {"Logit", "cumulative logit"},
+    {"Cauchit", "cumulative Cauchit"},
+    {"Complementary log-log", "cumulative complementary log-log"},
+    {"Negative log-log", "cumulative negative log-log"},
+    {"Probit", "cumulative probit"},
 };
+static_assert(std::size(kLinks) == kernels::kCumulativeLinks);
 
 }  // namespace
 
@@ -63,10 +30,8 @@ CumulativeLinkModel::~CumulativeLinkModel() = default;
 double CumulativeLinkModel::CInvLinkFunction(CumulLinkFunction link, double x)
 {
     const auto row = static_cast<size_t>(link);
-    if (NumericValue::IsSystemMissingValue(x) || row >= std::size(kLinks)) {
-        return NumericValue::GetSysmisValue();
-    }
-    return kLinks[row].inverse(x);
+    if (row >= std::size(kLinks)) return NumericValue::GetSysmisValue();
+    return kernels::ProbabilityOf(static_cast<kernels::CumulativeLink>(row), x);
 }
 
 const char* CumulativeLinkModel::LinkName() const

@@ -1,29 +1,17 @@
 #ifndef VELSCORE_MODELS_GZLRLINKS_H
 #define VELSCORE_MODELS_GZLRLINKS_H
 
+#include "kernels/links.h"
+
 namespace MCVelscore_850 {
 
-/// A link of the generalized linear model: its words, and how a linear predictor eta becomes a
-/// mean. With k the link's parameter, the mean is
-///
-///     below             where eta < low
-///     above             where eta > high
-///     inverse(eta, k)   else, a NaN among them
-///
-/// and what then lies outside least .. most is no mean: the system-missing number. A NaN is not
-/// outside. The guards hold exp off overflow.
+/// A link of the generalized linear model in words. How a linear predictor eta becomes a mean, with
+/// k the link's parameter, stands in kernels/links.h.
 struct GZLRLink {
     const char* name;
     bool takesParameter;
     const char* mean;        ///< in words of eta and k
     const char* meanAtZero;  ///< the same for k = 0, where that is another formula; else null
-    double low;
-    double below;
-    double high;
-    double above;
-    double (*inverse)(double eta, double k);
-    double least;
-    double most;
 
     /// The mean of eta, the system-missing number where there is none.
     double Mean(double eta, double k) const;

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "kernels/softmax.h"
 #include "models/caseroad.h"
-#include "models/softmax.h"
 
 namespace MCVelscore_850 {
 
@@ -67,12 +67,14 @@ MCScore::MCStatus MLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*
         linearPredictors[c] = lp;
     }
 
-    const size_t predicted = IndexOfLargest(linearPredictors);
+    const size_t categories = linearPredictors.size();
+    const auto largest = kernels::LargestOf(linearPredictors.data(), categories);
     double sum = 0.0;
-    if (!predictionOnly && !linearPredictors.empty()) {
-        sum = Exponentials(linearPredictors, linearPredictors[predicted], exponentials);
+    if (!predictionOnly) {
+        sum = kernels::Exponentials(linearPredictors.data(), categories, largest.value,
+                                    exponentials.data());
     }
-    walk.WriteCategories(static_cast<int>(predicted),
+    walk.WriteCategories(static_cast<int>(largest.index),
                          [&](size_t c) { return exponentials[c] / sum; });
     return walk.Status();
 }

@@ -1,0 +1,72 @@
+#ifndef VELSCORE_KERNELS_BLOCKS_H
+#define VELSCORE_KERNELS_BLOCKS_H
+
+#include <cstddef>
+#include <cstdint>
+
+#include "kernels/links.h"
+#include "kernels/terms.h"
+
+namespace MCVelscore_850::kernels {
+
+/// The rows of a full block. Columns that kernels read or write have room for so many, and a kernel
+/// takes whole vectors: of `rows` that are no multiple of kLargestWidth the rest is computed and
+/// means nothing.
+inline constexpr size_t kBlockRows = 512;
+/// Numbers in the widest vector of any instruction set.
+inline constexpr size_t kLargestWidth = 8;
+
+/// The predictors of a block: of each its numbers, or the codes of its categories, or null.
+struct BlockColumns {
+    const double* const* numbers;
+    const int32_t* const* codes;
+    size_t rows;
+};
+
+/// How the sum of terms goes in the families that take it over one row of betas.
+enum class SumRule {
+    GeneralLinear,  ///< terms of 0 are added too, a product of 0 is multiplied on
+    Logistic,       ///< the same without terms of 0
+    Generalized     ///< a product of 0 ends its term
+};
+inline constexpr int kSumRules = 3;
+
+/// The arithmetic of the families over the rows of a block, compiled for one instruction set. Every
+/// row's result has the bits that the arithmetic over one case gives; what each computes stands
+/// with the function of the same name.
+struct BlockKernels {
+    /// "portable", "v2", "v3" or "v4", the last three being levels of x86-64.
+    const char* name;
+
+    void (*exp)(const double* x, double* y, size_t rows);
+    /// SumOfSlopes over the first `count` columns.
+    void (*slopes)(const BlockColumns& columns, double constant, const double* betas, size_t count,
+                   double* lp);
+    /// SumOfTerms by SumRule, from `start` on, a column or null for 0. Design value p goes to
+    /// design + p * kBlockRows unless `design` is null.
+    void (*sums[kSumRules])(const BlockColumns& columns, const double* start, const Terms& terms,
+                            const double* betas, size_t first, double* lp, double* design);
+    /// CentredSumOfTerms, with contrasts or without.
+    void (*centred)(const BlockColumns& columns, const Terms& terms, const double* betas,
+                    const double* references, double* lp);
+    /// SumsOfTerms of the multinomial family: equation c goes to lp + c * kBlockRows.
+    void (*equations)(const BlockColumns& columns, const double* start, const Terms& terms,
+                      const double* const* betas, size_t categories, double* lp);
+    /// StandardErrorOfSum over design values as `sums` leaves them.
+    void (*standardErrors)(const double* design, const double* covariances, size_t stride,
+                           size_t count, double* errors, size_t rows);
+    /// MeanOf by Link.
+    void (*means[kLinks])(const double* eta, double k, double* mean, size_t rows);
+    /// CumulativeProbability by CumulativeLink.
+    void (*cumulative[kCumulativeLinks])(const double* x, double* probability, size_t rows);
+    /// LargestOf and Exponentials over `categories` linear predictors kBlockRows apart: the index
+    /// of the largest, and probabilities in their place.
+    void (*softmax)(double* lp, size_t categories, double* largest, size_t rows);
+    /// CumulativeHazard and Survival.
+    void (*survival)(const double* lp, const double* baseline, double* hazard, double* survival,
+                     size_t rows);
+};
+
+}  // namespace MCVelscore_850::kernels
+
+#endif

@@ -1,0 +1,93 @@
+#ifndef VELSCORE_KERNELS_LINEARPREDICTOR_H
+#define VELSCORE_KERNELS_LINEARPREDICTOR_H
+
+#include "kernels/designvalues.h"
+
+namespace MCVelscore_850::kernels {
+inline namespace VELSCORE_LANES {
+
+/// Which terms a family adds to its linear predictor, beside those whose beta is 0, which none
+/// adds.
+enum class Adds {
+    StandingTerms,  ///< every term that stands, one of 0 too
+    NonzeroTerms    ///< every design value other than 0
+};
+
+/// constant + sum of betas[i] x[i], i ascending, over predictors and betas other than 0.
+template <class Cells>
+VELSCORE_LANE typename Cells::Lane SumOfSlopes(double constant, const double* betas, size_t count,
+                                               const Cells& cells)
+{
+    using Lane = typename Cells::Lane;
+    Lane lp = All<Lane>(constant);
+    for (size_t i = 0; i < count; ++i) {
+        if (betas[i] == 0.0) continue;
+        const Lane x = Cells::Number(cells, static_cast<int32_t>(i));
+        lp = Select(x != 0.0, lp + betas[i] * x, lp);
+    }
+    return lp;
+}
+
+/// start + sum of d[p] betas[p], p ascending from `first`. Each design value, 0 where its term has
+/// ended or its beta is 0, goes to keep(p, d).
+template <Ends kEnds, Adds kAdds, class Cells, class Keep>
+VELSCORE_LANE typename Cells::Lane SumOfTerms(typename Cells::Lane start, const Terms& terms,
+                                              const double* betas, size_t first, const Cells& cells,
+                                              Keep keep)
+{
+    using Lane = typename Cells::Lane;
+    Lane lp = start;
+    for (size_t p = first; p < terms.count; ++p) {
+        if (betas[p] == 0.0) {
+            keep(p, All<Lane>(0.0));
+            continue;
+        }
+        const DesignValue<Lane> design = DesignValueOf<kEnds>(terms, p, cells);
+        const Lane d = Select(design.stands, design.value, All<Lane>(0.0));
+        keep(p, d);
+        const Mask<Lane> adds = kAdds == Adds::StandingTerms ? design.stands : d != 0.0;
+        lp = Select(adds, lp + d * betas[p], lp);
+    }
+    return lp;
+}
+
+/// The sum over p of d[p] betas[p] - references[p], of a model that is centred: a design value of 0
+/// counts where its reference isn't 0.
+template <Ends kEnds, class Cells, class Keep>
+VELSCORE_LANE typename Cells::Lane CentredSumOfTerms(const Terms& terms, const double* betas,
+                                                     const double* references, const Cells& cells,
+                                                     Keep keep)
+{
+    using Lane = typename Cells::Lane;
+    Lane lp = All<Lane>(0.0);
+    for (size_t p = 0; p < terms.count; ++p) {
+        if (betas[p] == 0.0) {  // not even its reference, which is 0 then
+            keep(p, All<Lane>(0.0));
+            continue;
+        }
+        const DesignValue<Lane> design = DesignValueOf<kEnds>(terms, p, cells);
+        const Lane d = Select(design.stands, design.value, All<Lane>(0.0));
+        keep(p, d);
+        const Lane sum = lp + (d * betas[p] - references[p]);
+        lp = references[p] != 0.0 ? sum : Select(d != 0.0, sum, lp);
+    }
+    return lp;
+}
+
+/// Calls term(p, d) for each parameter p, ascending, with its design value d, 0 where its term has
+/// ended; of a single case only where that isn't 0.
+template <Ends kEnds, class Cells, class Term>
+VELSCORE_LANE void ForTerms(const Terms& terms, const Cells& cells, Term term)
+{
+    using Lane = typename Cells::Lane;
+    for (size_t p = 0; p < terms.count; ++p) {
+        const DesignValue<Lane> design = DesignValueOf<kEnds>(terms, p, cells);
+        const Lane d = Select(design.stands, design.value, All<Lane>(0.0));
+        if (!IsDone(d != 0.0)) term(p, d);
+    }
+}
+
+}  // namespace VELSCORE_LANES
+}  // namespace MCVelscore_850::kernels
+
+#endif

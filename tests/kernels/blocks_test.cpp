@@ -1,0 +1,366 @@
+// Over a block every row has the bits that the arithmetic over one case gives, whatever the
+// instruction set: each kernel beside its function over a lane of one double, on numbers that are
+// drawn, the odd ones among them.
+
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <random>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "kernels/instructionset.h"
+#include "kernels/linearpredictor.h"
+#include "kernels/softmax.h"
+#include "kernels/standarderror.h"
+#include "kernels/survival.h"
+
+namespace MCVelscore_850::kernels {
+namespace {
+
+constexpr size_t kBlocks = 200;
+constexpr double kInf = std::numeric_limits<double>::infinity();
+
+bool SameBits(double a, double b)
+{
+    return std::bit_cast<uint64_t>(a) == std::bit_cast<uint64_t>(b) ||
+           (std::isnan(a) && std::isnan(b));
+}
+
+class Numbers {
+public:
+    /// An ordinary number four times of five; else one at which arithmetic turns.
+    double Draw(double spread = 3.0)
+    {
+        static constexpr double kTurns[] = {0.0,    -0.0,    1.0,    -1.0,  1e300,  -1e300,
+                                            1e-300, -1e-300, kInf,   -kInf, 5e-324, 709.0,
+                                            -708.0, 709.8,   -745.2, 0.5,   2.0,    std::nan("")};
+        if (Below(5) > 0) return std::normal_distribution<>(0.0, spread)(random_);
+        return kTurns[Below(std::size(kTurns))];
+    }
+    size_t Below(size_t end) { return random_() % end; }
+    std::vector<double> Column(double spread = 3.0)
+    {
+        std::vector<double> column(kBlockRows);
+        for (double& x : column) x = Draw(spread);
+        return column;
+    }
+    std::vector<double> Betas(size_t count)
+    {
+        std::vector<double> betas(count);
+        for (double& b : betas) b = Below(5) == 0 ? 0.0 : Draw(1.0);
+        return betas;
+    }
+
+private:
+    std::mt19937_64 random_{20261122};
+};
+
+/// Predictors of numbers first, then factors, and a list of terms over them.
+struct Model {
+    static constexpr size_t kNumbers = 4;
+    static constexpr size_t kFactors = 2;
+    static constexpr int32_t kCategories = 3;
+    static constexpr size_t kTerms = 12;
+
+    explicit Model(Numbers& draw)
+    {
+        for (std::vector<double>& column : contrasts) {
+            for (int32_t c = 0; c < kCategories; ++c) {
+                column.push_back(draw.Below(3) == 0 ? 0.0 : draw.Draw(1.0));
+            }
+        }
+        begin.push_back(0);
+        for (size_t p = 0; p < kTerms; ++p) {
+            for (size_t k = 0; k < kNumbers + kFactors; ++k) {
+                if (draw.Below(3) == 0) AddPart(draw, k);
+            }
+            begin.push_back(static_cast<uint32_t>(parts.size()));
+        }
+    }
+    void AddPart(Numbers& draw, size_t predictor)
+    {
+        static constexpr double kExponents[] = {2.0, 0.5, -1.0, 3.7};
+        TermPart part{};
+        part.predictor = static_cast<int32_t>(predictor);
+        if (predictor < kNumbers) {
+            part.kind = draw.Below(3) == 0 ? TermPart::Power : TermPart::Times;
+            part.times = static_cast<int32_t>(draw.Below(4));
+            part.exponent = kExponents[draw.Below(4)];
+        } else {
+            part.kind = draw.Below(2) == 0 ? TermPart::Category : TermPart::Contrast;
+            part.code = static_cast<int32_t>(draw.Below(kCategories));
+            part.column = contrasts[draw.Below(std::size(contrasts))].data();
+        }
+        parts.push_back(part);
+    }
+    Terms View() const { return {parts.data(), begin.data(), kTerms}; }
+
+    std::vector<double> contrasts[4];
+    std::vector<TermPart> parts;
+    std::vector<uint32_t> begin;
+};
+
+/// The columns of a block, and each row as one case.
+struct Block {
+    Block(Numbers& draw)
+    {
+        for (std::vector<double>& column : numbers) column = draw.Column();
+        for (std::vector<int32_t>& column : codes) {
+            for (size_t i = 0; i < kBlockRows; ++i) {
+                column.push_back(static_cast<int32_t>(draw.Below(Model::kCategories)));
+            }
+        }
+        for (size_t k = 0; k < Model::kNumbers; ++k) numberColumns[k] = numbers[k].data();
+        for (size_t k = 0; k < Model::kFactors; ++k) {
+            codeColumns[Model::kNumbers + k] = codes[k].data();
+        }
+    }
+    BlockColumns View() const { return {numberColumns, codeColumns, kBlockRows}; }
+    CaseCells Row(size_t row)
+    {
+        for (size_t k = 0; k < Model::kNumbers; ++k) rowNumbers[k] = numbers[k][row];
+        for (size_t k = 0; k < Model::kFactors; ++k) {
+            rowCodes[Model::kNumbers + k] = codes[k][row];
+        }
+        return {rowNumbers, rowCodes};
+    }
+
+    std::vector<double> numbers[Model::kNumbers];
+    std::vector<int32_t> codes[Model::kFactors];
+    const double* numberColumns[Model::kNumbers + Model::kFactors] = {};
+    const int32_t* codeColumns[Model::kNumbers + Model::kFactors] = {};
+    double rowNumbers[Model::kNumbers + Model::kFactors] = {};
+    int32_t rowCodes[Model::kNumbers + Model::kFactors] = {};
+};
+
+class Blocks : public ::testing::TestWithParam<const char*> {
+protected:
+    void SetUp() override
+    {
+        kernels = KernelsOf(GetParam());
+        if (kernels == nullptr) GTEST_SKIP() << "this processor has no " << GetParam();
+    }
+    const BlockKernels* kernels = nullptr;
+    Numbers draw;
+    std::vector<double> out = std::vector<double>(kBlockRows);
+};
+INSTANTIATE_TEST_SUITE_P(InstructionSets, Blocks, ::testing::ValuesIn(kInstructionSets),
+                         [](const auto& set) { return std::string(set.param); });
+
+TEST_P(Blocks, ExpHasTheBitsOfTheLibrary)
+{
+    EXPECT_STREQ(kernels->name, GetParam());
+    EXPECT_TRUE(AgreesWithLibrary(*kernels));
+    std::mt19937_64 random(1);
+    std::vector<double> x(kBlockRows);
+    const auto expectSame = [&] {
+        kernels->exp(x.data(), out.data(), kBlockRows);
+        for (size_t i = 0; i < kBlockRows; ++i) {
+            ASSERT_TRUE(SameBits(out[i], std::exp(x[i]))) << std::hexfloat << x[i];
+        }
+    };
+    constexpr size_t kRounds = 10'000'000 / kBlockRows / 3 / std::size(kInstructionSets) + 1;
+    for (size_t round = 0; round < kRounds; ++round) {
+        for (double& each : x) each = std::bit_cast<double>(random());
+        ASSERT_NO_FATAL_FAILURE(expectSame());
+        for (double& each : x) each = std::uniform_real_distribution<>(-746.0, 711.0)(random);
+        ASSERT_NO_FATAL_FAILURE(expectSame());
+        for (double& each : x) {
+            each = std::ldexp(std::uniform_real_distribution<>(-2.0, 2.0)(random),
+                              -static_cast<int>(random() % 70));
+        }
+        ASSERT_NO_FATAL_FAILURE(expectSame());
+    }
+}
+
+TEST_P(Blocks, SlopesSumAsOfOneCase)
+{
+    for (size_t round = 0; round < kBlocks; ++round) {
+        Block block(draw);
+        const std::vector<double> betas = draw.Betas(Model::kNumbers);
+        const double constant = draw.Draw();
+        kernels->slopes(block.View(), constant, betas.data(), betas.size(), out.data());
+        for (size_t row = 0; row < kBlockRows; ++row) {
+            ASSERT_TRUE(SameBits(
+                out[row], SumOfSlopes(constant, betas.data(), betas.size(), block.Row(row))));
+        }
+    }
+}
+
+template <Ends kEnds, Adds kAdds>
+void ExpectSums(const BlockKernels& kernels, SumRule rule, Numbers& draw)
+{
+    std::vector<double> lp(kBlockRows);
+    std::vector<double> design(Model::kTerms * kBlockRows);
+    std::vector<double> errors(kBlockRows);
+    for (size_t round = 0; round < kBlocks; ++round) {
+        Block block(draw);
+        const Model model(draw);
+        const std::vector<double> betas = draw.Betas(Model::kTerms);
+        const std::vector<double> start = draw.Column();
+        const bool starts = round % 2 == 0;
+        const size_t first = round % 3 == 0 ? 1 : 0;
+        const std::vector<double> covariances = draw.Betas(Model::kTerms * Model::kTerms);
+        kernels.sums[static_cast<int>(rule)](block.View(), starts ? start.data() : nullptr,
+                                             model.View(), betas.data(), first, lp.data(),
+                                             design.data());
+        kernels.standardErrors(design.data() + first * kBlockRows, covariances.data(),
+                               Model::kTerms, Model::kTerms - first, errors.data(), kBlockRows);
+        for (size_t row = 0; row < kBlockRows; ++row) {
+            double d[Model::kTerms] = {};
+            const double sum = SumOfTerms<kEnds, kAdds>(
+                starts ? start[row] : 0.0, model.View(), betas.data(), first, block.Row(row),
+                [&](size_t p, double value) { d[p] = value; });
+            ASSERT_TRUE(SameBits(lp[row], sum)) << lp[row] << " " << sum;
+            for (size_t p = first; p < Model::kTerms; ++p) {
+                ASSERT_TRUE(SameBits(design[p * kBlockRows + row], d[p]));
+            }
+            ASSERT_TRUE(SameBits(
+                errors[row],
+                StandardErrorOfSum<double>(covariances.data(), Model::kTerms, Model::kTerms - first,
+                                           [&](size_t p) { return d[first + p]; })));
+        }
+    }
+}
+
+TEST_P(Blocks, TermsAndStandardErrorsSumAsOfOneCase)
+{
+    ExpectSums<Ends::Alone, Adds::StandingTerms>(*kernels, SumRule::GeneralLinear, draw);
+    ExpectSums<Ends::Alone, Adds::NonzeroTerms>(*kernels, SumRule::Logistic, draw);
+    ExpectSums<Ends::AtZeroProduct, Adds::NonzeroTerms>(*kernels, SumRule::Generalized, draw);
+}
+
+TEST_P(Blocks, CentredTermsSumAsOfOneCase)
+{
+    for (size_t round = 0; round < kBlocks; ++round) {
+        Block block(draw);
+        const Model model(draw);
+        const std::vector<double> betas = draw.Betas(Model::kTerms);
+        const std::vector<double> references = draw.Betas(Model::kTerms);
+        kernels->centred(block.View(), model.View(), betas.data(), references.data(), out.data());
+        for (size_t row = 0; row < kBlockRows; ++row) {
+            const double sum = CentredSumOfTerms<Ends::AtZeroContrast>(
+                model.View(), betas.data(), references.data(), block.Row(row),
+                [](size_t, double) {});
+            ASSERT_TRUE(SameBits(out[row], sum)) << out[row] << " " << sum;
+        }
+    }
+}
+
+TEST_P(Blocks, EquationsAndTheirProbabilitiesAreThoseOfOneCase)
+{
+    constexpr size_t kEquations = 3;
+    std::vector<double> lp(kEquations * kBlockRows);
+    for (size_t round = 0; round < kBlocks; ++round) {
+        Block block(draw);
+        const Model model(draw);
+        const std::vector<double> start = draw.Column();
+        const std::vector<double> betas[] = {draw.Betas(Model::kTerms), draw.Betas(Model::kTerms),
+                                             std::vector<double>(Model::kTerms, 0.0)};
+        const double* rows[] = {betas[0].data(), betas[1].data(), betas[2].data()};
+        kernels->equations(block.View(), start.data(), model.View(), rows, kEquations, lp.data());
+        const std::vector<double> sums = lp;
+        kernels->softmax(lp.data(), kEquations, out.data(), kBlockRows);
+        for (size_t row = 0; row < kBlockRows; ++row) {
+            double eta[] = {start[row], start[row], start[row]};
+            ForTerms<Ends::Alone>(model.View(), block.Row(row), [&](size_t p, double d) {
+                for (size_t c = 0; c < kEquations; ++c) {
+                    if (betas[c][p] != 0.0) eta[c] += d * betas[c][p];
+                }
+            });
+            const Largest<double> largest = LargestOf(eta, kEquations);
+            double e[kEquations];
+            const double sum = Exponentials(eta, kEquations, largest.value, e);
+            ASSERT_EQ(out[row], largest.index);
+            for (size_t c = 0; c < kEquations; ++c) {
+                ASSERT_TRUE(SameBits(sums[c * kBlockRows + row], eta[c]));
+                ASSERT_TRUE(SameBits(lp[c * kBlockRows + row], e[c] / sum));
+            }
+        }
+    }
+}
+
+TEST_P(Blocks, MeansOfEveryLinkAreThoseOfOneCase)
+{
+    for (int link = 0; link < kLinks; ++link) {
+        for (const double k : {-2.0, 0.0, 0.5, 1.0, 2.0, 3.0}) {
+            for (size_t round = 0; round < 10; ++round) {
+                const std::vector<double> eta = draw.Column();
+                kernels->means[link](eta.data(), k, out.data(), kBlockRows);
+                for (size_t row = 0; row < kBlockRows; ++row) {
+                    ASSERT_TRUE(SameBits(out[row], Mean(static_cast<Link>(link), eta[row], k)))
+                        << "link " << link << ", k " << k << ", eta " << eta[row];
+                }
+            }
+        }
+    }
+}
+
+TEST_P(Blocks, CumulativeProbabilitiesAreThoseOfOneCase)
+{
+    for (int link = 0; link < kCumulativeLinks; ++link) {
+        for (size_t round = 0; round < kBlocks; ++round) {
+            std::vector<double> x = draw.Column();
+            x[0] = kNone;
+            kernels->cumulative[link](x.data(), out.data(), kBlockRows);
+            for (size_t row = 0; row < kBlockRows; ++row) {
+                ASSERT_TRUE(
+                    SameBits(out[row], ProbabilityOf(static_cast<CumulativeLink>(link), x[row])))
+                    << "link " << link << ", x " << x[row];
+            }
+        }
+    }
+}
+
+TEST_P(Blocks, SurvivalIsThatOfOneCase)
+{
+    std::vector<double> survival(kBlockRows);
+    for (size_t round = 0; round < kBlocks; ++round) {
+        const std::vector<double> lp = draw.Column();
+        const std::vector<double> baseline = draw.Column();
+        kernels->survival(lp.data(), baseline.data(), out.data(), survival.data(), kBlockRows);
+        for (size_t row = 0; row < kBlockRows; ++row) {
+            const double hazard = CumulativeHazard(lp[row], baseline[row]);
+            ASSERT_TRUE(SameBits(out[row], hazard));
+            ASSERT_TRUE(SameBits(survival[row], Survival(hazard)));
+        }
+    }
+}
+
+TEST(InstructionSet, UnknownNamesHaveNoKernels)
+{
+    EXPECT_EQ(KernelsOf("v5"), nullptr);
+    EXPECT_EQ(KernelsOf(""), nullptr);
+    EXPECT_NE(KernelsOf("portable"), nullptr);
+}
+
+TEST(InstructionSet, ExpThatDepartsFromTheLibraryIsNoticed)
+{
+    BlockKernels wrong = *KernelsOf("portable");
+    wrong.exp = [](const double* x, double* y, size_t rows) {
+        for (size_t i = 0; i < rows; ++i) y[i] = std::exp(x[i]);
+        y[rows - 1] = std::nextafter(y[rows - 1], 1.0);
+    };
+    EXPECT_FALSE(AgreesWithLibrary(wrong));
+}
+
+// A process chooses once, so each of these asks a process of its own.
+TEST(InstructionSet, EnvironmentHoldsTheChoiceDown)
+{
+    for (const char* name : kInstructionSets) {
+        if (KernelsOf(name) == nullptr) continue;
+        EXPECT_EXIT(
+            {
+                setenv("VELSCORE_INSTRUCTION_SET", name, 1);
+                _exit(std::string(ChosenKernels().name) == name ? 0 : 1);
+            },
+            ::testing::ExitedWithCode(0), "")
+            << name;
+    }
+}
+
+}  // namespace
+}  // namespace MCVelscore_850::kernels
