@@ -24,7 +24,7 @@ while [ $# -gt 0 ]; do
 done
 scripts/ensure-packages.sh packages.txt tests/packages.txt .ci/packages.txt || exit 2
 
-mapfile -t code < <(git ls-files --cached --others --exclude-standard '*.cpp' '*.h')
+mapfile -t code < <(git ls-files --cached --others --exclude-standard '*.cpp' '*.h' '*.inc')
 if $fix; then
     clang-format -i "${code[@]}"
     exit
