@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include <fmt/format.h>
+
 #include "engine/shorttext.h"
 #include "host/messages.h"
 
@@ -34,9 +36,9 @@ std::vector<Explanation> ExplainAll()
 std::string FaultText(const std::string& field, const std::optional<std::string>& text)
 {
     if (field.empty()) return {};
-    const std::string name = "field " + field;
-    if (!text) return name;
-    return name + ": " + (text->empty() ? "empty" : "'" + ShortText(*text) + "'");
+    if (!text) return fmt::format("field {}", field);
+    if (text->empty()) return fmt::format("field {}: empty", field);
+    return fmt::format("field {}: '{}'", field, ShortText(*text));
 }
 
 bool TellsTheCase(int code)

@@ -2,6 +2,7 @@
 
 #include <unordered_map>
 
+#include <fmt/format.h>
 #include <xercesc/dom/DOM.hpp>
 
 #include "engine/documents/documenttree.h"
@@ -118,7 +119,7 @@ std::string TextWithVerification(const std::string& path, const VerificationTabl
     DOMElement* fields = add(section, kFields);
     std::vector<std::string> columns;
     for (const VerificationTable::Field& field : table.fields) {
-        columns.push_back("c" + std::to_string(columns.size() + 1));
+        columns.push_back(fmt::format("c{}", columns.size() + 1));
         DOMElement* element = add(fields, kField);
         SetAttributeText(element, kFieldName, field.name);
         SetAttributeText(element, kColumn, columns.back());
