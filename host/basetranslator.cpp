@@ -104,9 +104,10 @@ int VerifiedInt(std::string_view narrow, const AsWritten& asWritten)
     return number;
 }
 
-// The current element's attributes whose text `isIt`.
+// The current element's attributes whose text `isIt`; see HolderOf.
 template <class IsIt>
-std::string HolderIn(const xercesc::DOMElement* element, const IsIt& isIt)
+std::string HolderIn(const xercesc::DOMElement* element, const std::string& expected,
+                     const IsIt& isIt)
 {
     if (element == nullptr) return "text";
     std::string holder;
@@ -116,7 +117,8 @@ std::string HolderIn(const xercesc::DOMElement* element, const IsIt& isIt)
         if (!isIt(attribute->getNodeValue())) continue;
         holder.append(holder.empty() ? "" : " or ").append(Utf8FromXml(attribute->getNodeName()));
     }
-    return holder.empty() ? Utf8FromXml(element->getTagName()) : holder;
+    if (!holder.empty()) return holder;
+    return expected.empty() ? Utf8FromXml(element->getTagName()) : expected;
 }
 
 [[noreturn]] void RefuseCall() { Refuse(kCallNotAvailable, "ParseFromTree"); }
@@ -221,15 +223,15 @@ bool BaseTranslator::IsEqual(const XMLCh* text, const std::string& tag) const
 std::string BaseTranslator::ToString(const XMLCh* text) const { return Utf8FromXml(text); }
 std::string BaseTranslator::ToString(int number) const { return std::to_string(number); }
 
-double BaseTranslator::VerifyDouble(const XMLCh* text) const
+double BaseTranslator::VerifyDouble(const XMLCh* text, const std::string& expected) const
 {
     return VerifiedDouble(NarrowNumber(text).Get(), [&] {
-        return RefusedText{Utf8FromXml(text), HolderOf(text)};
+        return RefusedText{Utf8FromXml(text), HolderOf(text, expected)};
     });
 }
-double BaseTranslator::VerifyDouble(const std::string& text) const
+double BaseTranslator::VerifyDouble(const std::string& text, const std::string& expected) const
 {
-    return VerifiedDouble(text, [&] { return RefusedText{text, HolderOf(text)}; });
+    return VerifiedDouble(text, [&] { return RefusedText{text, HolderOf(text, expected)}; });
 }
 int BaseTranslator::VerifyInt(const XMLCh* text) const
 {
@@ -243,13 +245,14 @@ int BaseTranslator::VerifyInt(const std::string& text) const
 }
 
 // The text of an attribute is the tree's own, so that the same text elsewhere is another one.
-std::string BaseTranslator::HolderOf(const XMLCh* text) const
+std::string BaseTranslator::HolderOf(const XMLCh* text, const std::string& expected) const
 {
-    return HolderIn(current_, [text](const XMLCh* value) { return value == text; });
+    return HolderIn(current_, expected, [text](const XMLCh* value) { return value == text; });
 }
-std::string BaseTranslator::HolderOf(const std::string& text) const
+std::string BaseTranslator::HolderOf(const std::string& text, const std::string& expected) const
 {
-    return HolderIn(current_, [&](const XMLCh* value) { return Transcode(value) == text; });
+    return HolderIn(current_, expected,
+                    [&](const XMLCh* value) { return Transcode(value) == text; });
 }
 
 ScoreValue* BaseTranslator::CarefullyMakeVarValue(const ScoreDictVar* var, const XMLCh* text) const

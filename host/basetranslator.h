@@ -77,9 +77,10 @@ public:
     std::string ToString(const XMLCh* text) const;
     std::string ToString(int number) const;
     /// The number that the text spells. Refuses with kNotANumber or kNumberTooLarge; both name what
-    /// holds the text: an attribute of the element last looked at, else that element.
-    double VerifyDouble(const XMLCh* text) const;
-    double VerifyDouble(const std::string& text) const;
+    /// holds the text: an attribute of the element last looked at, else the one that was `expected`
+    /// there, else that element.
+    double VerifyDouble(const XMLCh* text, const std::string& expected = {}) const;
+    double VerifyDouble(const std::string& text, const std::string& expected = {}) const;
     /// The int that the text spells. Refuses with kNotAnInteger or kNumberTooLarge, likewise.
     int VerifyInt(const XMLCh* text) const;
     int VerifyInt(const std::string& text) const;
@@ -100,11 +101,12 @@ protected:
     const xercesc::DOMElement* CurrentElement() const { return current_; }
     void ForgetCurrentElement() const { current_ = nullptr; }
     /// What a message calls the holder of a text: the attribute of the current element that has it,
-    /// several with "or" between them, else the element's tag; "text" before the first element.
-    std::string HolderOf(const std::string& text) const;
+    /// several with "or" between them, else the one that was `expected`, else the element's tag;
+    /// "text" before the first element.
+    std::string HolderOf(const std::string& text, const std::string& expected = {}) const;
 
 private:
-    std::string HolderOf(const XMLCh* text) const;
+    std::string HolderOf(const XMLCh* text, const std::string& expected = {}) const;
 
     std::unique_ptr<VelTranscoder> transcoder_;
     mutable const xercesc::DOMElement* current_ = nullptr;

@@ -59,8 +59,8 @@ MCScore::MCStatus CLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*
     }
     const size_t categories = linearPredictors.size();
     const double largest = kernels::LargestOf(linearPredictors.data(), categories).value;
-    const double sum = kernels::Exponentials(linearPredictors.data(), categories, largest,
-                                             exponentials.data());
+    const double sum =
+        kernels::Exponentials(linearPredictors.data(), categories, largest, exponentials.data());
     walk.WritePrediction(exponentials[0] / sum);
     return walk.Status();
 }

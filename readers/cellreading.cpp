@@ -4,6 +4,7 @@
 
 #include "host/basetranslator.h"
 #include "host/catencoder.h"
+#include "host/pmmlmodeltags.h"
 #include "host/scoredictvar.h"
 #include "host/stringvalue.h"
 #include "host/valueset.h"
@@ -24,7 +25,7 @@ void ExpectTag(const BaseTranslator& reader, const DOMElement* element, const st
 ParamTableCell MakeParamTableCell(const BaseTranslator& reader, const XMLCh* beta, const XMLCh* df)
 {
     ParamTableCell cell;
-    cell.SetBeta(reader.VerifyDouble(beta));
+    cell.SetBeta(reader.VerifyDouble(beta, PMMLModelTags::XML_ATT_PC_BETA));
     cell.SetDf(IsBlank(df) ? 0 : reader.VerifyInt(df));
     return cell;
 }
@@ -62,7 +63,7 @@ PredictorCell MakePredictorCell(const BaseTranslator& reader, ScoreModel::VarRol
     if (role != ScoreModel::ROLE_FACTOR && role != ScoreModel::ROLE_COVARIATE) {
         Refuse(kNoPredictorRole, predictor.c_str());
     }
-    const double number = reader.VerifyDouble(text);
+    const double number = reader.VerifyDouble(text, PMMLModelTags::XML_ATT_PPC_VALUE);
     return {std::make_unique<NumericValue>(number), number};
 }
 

@@ -225,9 +225,9 @@ void RegressionTranslator::ReadPCovMatrix(Parse& parse)
         ExpectTableFits(Tags::XML_ELE_PCOV_MATRIX, covariances.GetDimension(),
                         covariances.GetDimension());
         // One triangle is given; SetCell writes both.
-        covariances.SetCell(Attribute(child, Tags::XML_ATT_PCOV_P_COL),
-                            Attribute(child, Tags::XML_ATT_PCOV_P_ROW),
-                            VerifyDouble(GetAttribute(child, Tags::XML_ATT_VALUE)));
+        covariances.SetCell(
+            Attribute(child, Tags::XML_ATT_PCOV_P_COL), Attribute(child, Tags::XML_ATT_PCOV_P_ROW),
+            VerifyDouble(GetAttribute(child, Tags::XML_ATT_VALUE), Tags::XML_ATT_VALUE));
     }
 }
 

@@ -34,9 +34,10 @@ public:
     /// An ordinary number four times of five; else one at which arithmetic turns.
     double Draw(double spread = 3.0)
     {
-        static constexpr double kTurns[] = {0.0,    -0.0,    1.0,    -1.0,  1e300,  -1e300,
-                                            1e-300, -1e-300, kInf,   -kInf, 5e-324, 709.0,
-                                            -708.0, 709.8,   -745.2, 0.5,   2.0,    std::nan("")};
+        static constexpr double kTurns[] = {
+            0.0,    -0.0,    1.0,    -1.0,  1e300,  -1e300,
+            1e-300, -1e-300, kInf,   -kInf, 5e-324, 709.0,
+            -708.0, 709.8,   -745.2, 0.5,   2.0,    std::numeric_limits<double>::quiet_NaN()};
         if (Below(5) > 0) return std::normal_distribution<>(0.0, spread)(random_);
         return kTurns[Below(std::size(kTurns))];
     }

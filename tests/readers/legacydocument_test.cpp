@@ -469,7 +469,7 @@ const std::vector<Fault> kFaults{
      "<cell parameter-name='bx'",
      260153,
      {"cell", "p-cell", "p-table"}},
-    {"cell without beta", {}, "beta='2'", "", kNotANumber, {"", "p-cell"}},
+    {"cell without beta", {}, "beta='2'", "", kNotANumber, {"", "beta"}},
     {"beta no number", {}, "beta='2'", "beta='two'", kNotANumber, {"two", "beta"}},
     {"beta too large", {}, "beta='2'", "beta='1e999'", kNumberTooLarge, {"1e999", "beta"}},
     {"df of a cell no whole number",
@@ -490,13 +490,13 @@ const std::vector<Fault> kFaults{
      "predictor-name='x' value='1'",
      "predictor-name='x'",
      kNotANumber,
-     {"", "pp-cell"}},
+     {"", "value"}},
     {"numeric factor's cell without value",
      ConditionalParts(),
      "predictor-name='g' value='2'",
      "predictor-name='g'",
      kNotANumber,
-     {"", "pp-cell"}},
+     {"", "value"}},
     {"exponent no number",
      {},
      "predictor-name='x' value='1'",
@@ -613,7 +613,7 @@ TEST(LegacyRefusals, UnexpectedCovarianceCellHasItsOwnCode)
         int code;
         Texts arguments;
     } kRows[] = {
-        {"<pcov-cell p-row='bx' p-col='bx'/>", kNotANumber, {"", "pcov-cell"}},
+        {"<pcov-cell p-row='bx' p-col='bx'/>", kNotANumber, {"", "value"}},
         {"<pcov-cell p-row='bx' p-col='bx' value='much'/>", kNotANumber, {"much", "value"}},
     };
     for (const auto& row : kRows) {
