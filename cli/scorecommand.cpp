@@ -95,7 +95,7 @@ void SetPolicy(LoadedModel& model, const std::string& policy)
     } else if (policy == "sysmis") {
         model.SetPolicy(MissingPolicy::SysmisResult);
     } else {
-        if (!model.TakesStatusOnly()) {
+        if (!model.Description().takesStatusOnly) {
             throw UsageError(fmt::format(
                 "--policy status has no meaning for {}: that model ignores it; use sysmis",
                 model.Description().family));

@@ -11,7 +11,6 @@
 #include "engine/documents/modelreading.h"
 #include "engine/documents/outputsection.h"
 #include "engine/documents/verificationsection.h"
-#include "engine/outputshaper.h"
 #include "host/messages.h"
 #include "host/scoredictionary.h"
 #include "host/scoremodel.h"
@@ -97,12 +96,9 @@ void LoadedModel::SetPolicy(MissingPolicy policy)
     }
 }
 
-bool LoadedModel::TakesStatusOnly() const { return description_.className != "CLRModel"; }
-
 void LoadedModel::WantPredictionOnly()
 {
-    const int type = OutputShaper::ResultTypeOf(model_->GetModelType(), description_);
-    if (type == ScoreResult::LR_RESULT) model_->SetPredictionOnly(true);
+    if (description_.resultType == ScoreResult::LR_RESULT) model_->SetPredictionOnly(true);
 }
 
 std::vector<std::string> LoadedModel::Columns() const

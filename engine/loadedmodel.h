@@ -85,8 +85,6 @@ public:
     /// model that knows no replacement for its numbers gives substitution up, while the document
     /// may well have replacements for categories.
     bool Substitutes() const { return substitutes_; }
-    /// False for a model that ignores StatusOnly.
-    bool TakesStatusOnly() const;
     /// Tells the model to compute its prediction alone, if that can't change the prediction:
     /// among others than those with standard errors it can.
     void WantPredictionOnly();

@@ -72,34 +72,18 @@ std::vector<std::string> ResultColumns(int resultType, const std::vector<std::st
 
 }  // namespace
 
-int OutputShaper::ResultTypeOf(int modelType, const ModelDescription& description)
-{
-    switch (modelType) {
-        case ScoreModel::TYPE_LR:
-        case ScoreModel::TYPE_GLR: return ScoreResult::LR_RESULT;
-        case ScoreModel::TYPE_GZLR:
-            // A generalized linear model classifies when its target has categories.
-            return description.targetCategories.empty() ? ScoreResult::LR_RESULT
-                                                        : ScoreResult::MLR_RESULT;
-        case ScoreModel::TYPE_CLR: return ScoreResult::CLR_RESULT;
-        case ScoreModel::TYPE_COXREG:
-        case ScoreModel::TYPE_CSCOXREG: return ScoreResult::COXREG_RESULT;
-        default: return ScoreResult::MLR_RESULT;
-    }
-}
-
-OutputShaper::OutputShaper(int resultType, const ModelDescription& description,
-                           std::span<const std::string> header, const std::string& tableName,
-                           const OutputOptions& options, const DocumentOutput& document)
-    : resultType_(resultType),
+OutputShaper::OutputShaper(const ModelDescription& description, std::span<const std::string> header,
+                           const std::string& tableName, const OutputOptions& options,
+                           const DocumentOutput& document)
+    : resultType_(description.resultType),
       predictionOnly_(options.predictionOnly),
       document_(document),
       errorAndLimits_(description)
 {
-    if (resultType == ScoreResult::MLR_RESULT) categories_ = description.targetCategories;
-    std::vector<std::string> results = document.fields == nullptr
-                                           ? ResultColumns(resultType, categories_, predictionOnly_)
-                                           : FieldNames(*document.section);
+    if (resultType_ == ScoreResult::MLR_RESULT) categories_ = description.targetCategories;
+    std::vector<std::string> results =
+        document.fields == nullptr ? ResultColumns(resultType_, categories_, predictionOnly_)
+                                   : FieldNames(*document.section);
     resultColumns_ = results.size();
     results.insert(results.end(), {"status", "status_field"});
 

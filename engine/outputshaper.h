@@ -51,18 +51,14 @@ struct DocumentOutput {
 /// Errors   kUnknownKeptColumn (usage), kDuplicateColumn (cases) from the constructor.
 class OutputShaper {
 public:
-    /// `resultType` is what the model's results answer to GetScoreResultType().
-    OutputShaper(int resultType, const ModelDescription& description,
-                 std::span<const std::string> header, const std::string& tableName,
-                 const OutputOptions& options, const DocumentOutput& document = {});
-
-    /// The kind of result that a model of this type and description makes.
-    static int ResultTypeOf(int modelType, const ModelDescription& description);
+    OutputShaper(const ModelDescription& description, std::span<const std::string> header,
+                 const std::string& tableName, const OutputOptions& options,
+                 const DocumentOutput& document = {});
 
     const std::vector<std::string>& Columns() const { return columns_; }
     void WriteHeader(CsvWriter& writer) const;
 
-    /// The row of a scored case; `result` is of the type given to the constructor.
+    /// The row of a scored case; `result` is of the type that the description tells.
     void WriteScored(CsvWriter& writer, std::span<const std::string_view> fields,
                      const ScoreCaseRecord& record, const ScoreResult& result);
     /// The row of a case without a score. `field` may be empty.

@@ -27,7 +27,6 @@ ScoringSession::ScoringSession(LoadedModel& model, ByteSource& source,
                                         : std::make_unique<OutputEvaluator>(
                                               *model.Output(), model.Model(), model.Description())),
       shaper_(
-          OutputShaper::ResultTypeOf(model.Model().GetModelType(), model.Description()),
           model.Description(), reader_.Header(), source.Name(), options.output,
           DocumentOutput{TargetOf(model.Model().GetTargetVar()), fields_.get(), model.Output()}),
       stop_(stop),

@@ -6,29 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "host/vsexception.h"
+#include "engine/verificationtable.h"
 
 namespace MCVelscore_850 {
 
 class ByteSource;
 class LoadedModel;
-
-/// The records of a document's ModelVerification section: inputs, and what the model that wrote the
-/// document made of them.
-struct VerificationTable {
-    struct Field {
-        std::string name;
-        /// How much a number may differ, as a share of the expected one.
-        double precision = 1e-6;
-        /// Numbers up to this size count as 0.
-        double zeroThreshold = 1e-16;
-        /// Where a document declares it.
-        DocumentPlace place{};
-    };
-    std::vector<Field> fields;
-    /// By record and field; an empty text is a missing value.
-    std::vector<std::vector<std::string>> records;
-};
 
 /// One value that is not the expected one.
 struct Difference {

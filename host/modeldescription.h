@@ -60,6 +60,9 @@ struct ModelDescription {
 
     std::string family;     ///< in the field's words: "linear regression"
     std::string className;  ///< "LRModel"
+    int resultType = 0;     ///< what its results answer to ScoreResult::GetScoreResultType()
+    /// False for a model that ignores ScoreModel::MV_STATUS_ONLY.
+    bool takesStatusOnly = true;
     std::string target;     ///< empty for a model without one
     std::vector<std::string> targetCategories;
     std::string referenceCategory;

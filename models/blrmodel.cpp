@@ -3,6 +3,7 @@
 #include <array>
 #include <ostream>
 
+#include "host/scoreresult.h"
 #include "host/valueset.h"
 #include "kernels/softmax.h"
 #include "models/caseroad.h"
@@ -202,6 +203,7 @@ void BLRModel::Describe(ModelDescription& description) const
     DescribeCommon(description);
     description.family = kRoad.family;
     description.className = "BLRModel";
+    description.resultType = ScoreResult::MLR_RESULT;
     description.link = "logit";
     DescribeCategories(description);
     if (UsesCutoff()) {

@@ -77,6 +77,8 @@ void CLRModel::Describe(ModelDescription& description) const
     DescribeCommon(description);
     description.family = kRoad.family;
     description.className = "CLRModel";
+    description.resultType = ScoreResult::CLR_RESULT;
+    description.takesStatusOnly = false;
     description.link = "logit";
     ModelDescription::Equation equation = DescribeEquation(0);
     for (const auto& [name, index] : categoryMap) {

@@ -366,6 +366,7 @@ void CoxRegModel::Describe(ModelDescription& description) const
     DescribeCommon(description);
     description.family = kRoad.family;
     description.className = "CoxRegModel";
+    description.resultType = ScoreResult::COXREG_RESULT;
     const auto reads = [&](const std::string& name) {
         std::vector<std::string>& all = description.variables;
         const bool known = std::find(all.begin(), all.end(), name) != all.end();

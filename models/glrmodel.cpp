@@ -150,6 +150,7 @@ void GLRModel::Describe(ModelDescription& description) const
     DescribeCommon(description);
     description.family = kRoad.family;
     description.className = "GLRModel";
+    description.resultType = ScoreResult::LR_RESULT;
     description.equations.push_back(DescribeEquation(0));
     const bool svm = IsLinearSVM();
     const bool fixedError = svm && !NumericValue::IsSystemMissingValue(sigmaValue);

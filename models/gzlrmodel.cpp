@@ -273,6 +273,7 @@ void GZLRModel::Describe(ModelDescription& description) const
     KeepFirstOfEach(description.variables);
     description.family = kRoad.family;
     description.className = "GZLRModel";
+    description.resultType = binaryTarget ? ScoreResult::MLR_RESULT : ScoreResult::LR_RESULT;
     description.distribution = DistributionName(distType);
     description.offset = offset.Describe();
     description.trials = DescribeTrials();

@@ -117,6 +117,7 @@ void LRModel::Describe(ModelDescription& description) const
     DescribeCommon(description);
     description.family = kRoad.family;
     description.className = "LRModel";
+    description.resultType = ScoreResult::LR_RESULT;
     // Slope i belongs to predictor i, whatever cells the document has.
     ModelDescription::Equation equation = DescribeEquation(0);
     for (size_t i = 0; i < equation.terms.size(); ++i) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/scoreresult.h"
 #include "kernels/softmax.h"
 #include "models/caseroad.h"
 
@@ -101,6 +102,7 @@ void MLRModel::Describe(ModelDescription& description) const
     DescribeCommon(description);
     description.family = kRoad.family;
     description.className = "MLRModel";
+    description.resultType = ScoreResult::MLR_RESULT;
     description.link = "generalized logit";
     description.offset = offset.Describe();
     DescribeCategories(description);

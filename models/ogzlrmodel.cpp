@@ -2,6 +2,7 @@
 
 #include <ostream>
 
+#include "host/scoreresult.h"
 #include "models/caseroad.h"
 
 namespace MCVelscore_850 {
@@ -46,6 +47,7 @@ void OGZLRModel::Describe(ModelDescription& description) const
 {
     CumulativeLinkModel::Describe(description);
     description.className = "OGZLRModel";
+    description.resultType = ScoreResult::MLR_RESULT;
     description.distribution = "multinomial";
 }
 

@@ -1,5 +1,6 @@
 #include "models/ormodel.h"
 
+#include "host/scoreresult.h"
 #include "models/caseroad.h"
 
 namespace MCVelscore_850 {
@@ -35,6 +36,7 @@ void ORModel::Describe(ModelDescription& description) const
 {
     CumulativeLinkModel::Describe(description);
     description.className = "ORModel";
+    description.resultType = ScoreResult::MLR_RESULT;
 }
 
 }  // namespace MCVelscore_850

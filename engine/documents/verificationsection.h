@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "engine/verification.h"
+#include "engine/verificationtable.h"
 
 namespace MCVelscore_850 {
 

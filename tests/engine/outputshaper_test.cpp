@@ -35,7 +35,8 @@ protected:
 
     OutputShaper Shaper(int resultType, OutputOptions options = {}, Names header = {"id", "x", "y"})
     {
-        return OutputShaper(resultType, description_, header, "cases.csv", options);
+        description_.resultType = resultType;
+        return OutputShaper(description_, header, "cases.csv", options);
     }
     std::string Written()
     {
@@ -103,15 +104,6 @@ TEST_F(OutputShaperTest, PredictionOnlyDropsTheOtherColumns)
         EXPECT_EQ(Shaper(type, {.predictionOnly = true}).Columns(),
                   (Names{"prediction", "status", "status_field"}));
     }
-}
-
-TEST_F(OutputShaperTest, GeneralizedModelClassifiesWhenItsTargetHasCategories)
-{
-    EXPECT_EQ(OutputShaper::ResultTypeOf(ScoreModel::TYPE_GZLR, description_),
-              ScoreResult::LR_RESULT);
-    description_.targetCategories = {"no", "yes"};
-    EXPECT_EQ(OutputShaper::ResultTypeOf(ScoreModel::TYPE_GZLR, description_),
-              ScoreResult::MLR_RESULT);
 }
 
 TEST_F(OutputShaperTest, KeptColumnsComeFirstWithAPrefixOnAClash)

@@ -881,6 +881,7 @@ TEST(GZLRModel, DescribesMeanLinkAndWhatACaseIsReadFor)
     EXPECT_EQ(
         about.mean,
         "n * (1 + k eta)^(1/k) / (1 + (1 + k eta)^(1/k)), eta = linear predictor + o, k = 0.5");
+    EXPECT_EQ(about.resultType, ScoreResult::LR_RESULT);
     EXPECT_TRUE(about.targetCategories.empty());
     // The trials multiply the whole of a difference.
     w.model.SetLinkFunction(GZLRModel::LINK_CLOGLOG);
@@ -896,6 +897,7 @@ TEST(GZLRModel, DescribesMeanLinkAndWhatACaseIsReadFor)
     ModelDescription classes;
     model.Describe(classes);
     EXPECT_EQ(classes.mean, "Phi(eta), eta = linear predictor");
+    EXPECT_EQ(classes.resultType, ScoreResult::MLR_RESULT);
     EXPECT_EQ(classes.targetCategories, (std::vector<std::string>{"yes", "no"}));
     EXPECT_EQ(classes.equations.at(0).category, "no");
     EXPECT_EQ(classes.quantities.at(0).meaning, "no where the mean is 0.5 or more, else yes");
