@@ -26,10 +26,10 @@
 #include <fmt/format.h>
 
 #include "bench/timing.h"
-#include "host/caserecord.h"
-#include "host/dictvar.h"
-#include "host/numericvalue.h"
-#include "host/scoreresult.h"
+#include "host/model/scoreresult.h"
+#include "host/values/numericvalue.h"
+#include "host/variables/caserecord.h"
+#include "host/variables/dictvar.h"
 #include "models/blrmodel.h"
 #include "models/clrmodel.h"
 #include "models/mlrmodel.h"

@@ -28,7 +28,7 @@
 #include "engine/documents/documentguard.h"
 #include "engine/documents/documentloader.h"
 #include "engine/documents/documenttree.h"
-#include "host/scoremodel.h"
+#include "host/model/scoremodel.h"
 #include "readers/generalregressiontranslator.h"
 
 using namespace MCVelscore_850;

@@ -20,9 +20,9 @@
 #include "bench/timing.h"
 #include "engine/documents/documentloader.h"
 #include "engine/documents/documenttree.h"
-#include "engine/outputshaper.h"
-#include "host/scoremodel.h"
-#include "host/scoreresult.h"
+#include "engine/scoring/outputshaper.h"
+#include "host/model/scoremodel.h"
+#include "host/model/scoreresult.h"
 #include "readers/generalregressiontranslator.h"
 
 using namespace MCVelscore_850;

@@ -12,7 +12,7 @@
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
-#include "engine/suggestions.h"
+#include "engine/messages/suggestions.h"
 
 namespace MCVelscore_850 {
 

@@ -7,8 +7,8 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "engine/loadedmodel.h"
-#include "engine/outputfile.h"
+#include "engine/documents/loadedmodel.h"
+#include "engine/tables/outputfile.h"
 
 namespace MCVelscore_850 {
 

@@ -6,8 +6,8 @@
 #include "cli/outputguard.h"
 #include "engine/documents/documentloader.h"
 #include "engine/documents/legacyconverter.h"
-#include "engine/outputfile.h"
-#include "engine/plugin.h"
+#include "engine/documents/plugin.h"
+#include "engine/tables/outputfile.h"
 
 namespace MCVelscore_850 {
 

@@ -5,7 +5,7 @@
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
-#include "engine/explanation.h"
+#include "engine/messages/explanation.h"
 
 namespace MCVelscore_850 {
 

@@ -6,7 +6,7 @@
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/modeltext.h"
-#include "engine/loadedmodel.h"
+#include "engine/documents/loadedmodel.h"
 
 namespace MCVelscore_850 {
 

@@ -11,8 +11,8 @@
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/stopsignals.h"
-#include "engine/failure.h"
-#include "engine/trace.h"
+#include "engine/messages/failure.h"
+#include "engine/messages/trace.h"
 
 using namespace MCVelscore_850;
 

@@ -7,7 +7,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include "engine/loadedmodel.h"
+#include "engine/documents/loadedmodel.h"
 
 namespace MCVelscore_850 {
 

@@ -4,7 +4,7 @@
 #include <unistd.h>
 
 #include "cli/commands.h"
-#include "engine/bytesource.h"
+#include "engine/tables/bytesource.h"
 
 namespace MCVelscore_850 {
 

@@ -7,11 +7,11 @@
 #include "cli/exitcode.h"
 #include "cli/outputguard.h"
 #include "cli/stopsignals.h"
-#include "engine/curveshaper.h"
-#include "engine/explanation.h"
-#include "engine/scoringsession.h"
-#include "engine/shorttext.h"
-#include "engine/suggestions.h"
+#include "engine/messages/explanation.h"
+#include "engine/messages/shorttext.h"
+#include "engine/messages/suggestions.h"
+#include "engine/scoring/curveshaper.h"
+#include "engine/scoring/scoringsession.h"
 
 namespace MCVelscore_850 {
 

@@ -1,7 +1,7 @@
 #ifndef VELSCORE_CLI_STOPSIGNALS_H
 #define VELSCORE_CLI_STOPSIGNALS_H
 
-#include "engine/bytesource.h"
+#include "engine/tables/bytesource.h"
 
 namespace MCVelscore_850 {
 

@@ -7,12 +7,12 @@
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/outputguard.h"
-#include "engine/bytesource.h"
+#include "engine/documents/loadedmodel.h"
 #include "engine/documents/verificationsection.h"
-#include "engine/explanation.h"
-#include "engine/loadedmodel.h"
-#include "engine/outputfile.h"
-#include "engine/verification.h"
+#include "engine/messages/explanation.h"
+#include "engine/scoring/verification.h"
+#include "engine/tables/bytesource.h"
+#include "engine/tables/outputfile.h"
 
 namespace MCVelscore_850 {
 

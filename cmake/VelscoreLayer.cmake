@@ -1,14 +1,41 @@
-# One room of the house: a library with the project's flags and its whole view of the world.
+# One room of the house: a library made of a folder, with the project's flags and its whole view of the
+# world.
 #
 #   velscore_layer(velmodels OBJECT SOURCES a.cpp b.cpp SEES velhost velstats)
 #
-# KIND is OBJECT, STATIC or SHARED. SEES is what the room may include from and link with.
+# KIND is OBJECT, STATIC or SHARED. SEES is what the room may include from and link with; beside its own
+# folder it finds no other header of the project.
 function(velscore_layer name kind)
   cmake_parse_arguments(LAYER "" "" "SOURCES;SEES" ${ARGN})
   add_library(${name} ${kind} ${LAYER_SOURCES})
   velscore_flags(${name})
+  cmake_path(RELATIVE_PATH CMAKE_CURRENT_SOURCE_DIR BASE_DIRECTORY ${PROJECT_SOURCE_DIR}
+             OUTPUT_VARIABLE folder)
+  velscore_show(${name} PUBLIC ${folder})
   target_link_libraries(${name} PUBLIC ${LAYER_SEES})
   velscore_precompile(${name} ${LAYER_SEES})
+endfunction()
+
+# Headers of a room that may be included without seeing the rest of it: data that needs nothing linked.
+#
+#   velscore_plain_headers(velprecise stats/precise.h)
+function(velscore_plain_headers name)
+  add_library(${name} INTERFACE)
+  velscore_show(${name} INTERFACE ${ARGN})
+endfunction()
+
+# Lets a target include from a folder of the tree, or a single header, and from nothing beside it: the
+# include root of each holds a link to that alone, so that an arrow between rooms that the build doesn't
+# list doesn't compile.
+function(velscore_show name scope)
+  foreach(path ${ARGN})
+    string(REPLACE / - room ${path})
+    set(root ${PROJECT_BINARY_DIR}/rooms/${room})
+    cmake_path(GET path PARENT_PATH above)
+    file(MAKE_DIRECTORY ${root}/${above})
+    file(CREATE_LINK ${PROJECT_SOURCE_DIR}/${path} ${root}/${path} SYMBOLIC)
+    target_include_directories(${name} ${scope} $<BUILD_INTERFACE:${root}>)
+  endforeach()
 endfunction()
 
 # Headers that nearly every source of a target includes, parsed once for it. A source includes what it
@@ -29,10 +56,9 @@ function(velscore_precompile name)
     "$<$<CXX_COMPILER_ID:Clang>:SHELL:-Xclang -fno-pch-timestamp>")
 endfunction()
 
-# Warnings, the include root, and the order of floating-point operations, which is part of the
-# behaviour: no contraction, no fast-math.
+# Warnings, and the order of floating-point operations, which is part of the behaviour: no contraction,
+# no fast-math.
 function(velscore_flags name)
-  target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
   target_compile_options(${name} PRIVATE -Wall -Wextra -Wconversion -Wshadow -ffp-contract=off
                                          # g++ 12 warns falsely about string + string
                                          $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
@@ -45,6 +71,7 @@ function(velscore_tests room)
   cmake_parse_arguments(TESTS "" "SHARDS" "SOURCES;SEES" ${ARGN})
   add_executable(${room}_tests ${TESTS_SOURCES})
   velscore_flags(${room}_tests)
+  velscore_show(${room}_tests PRIVATE tests)
   # A test's own code runs once: what counts is how long it compiles. What it tests is optimised.
   target_compile_options(${room}_tests PRIVATE -O0)
   target_link_libraries(${room}_tests PRIVATE ${TESTS_SEES} GTest::gtest_main)

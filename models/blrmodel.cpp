@@ -3,8 +3,8 @@
 #include <array>
 #include <ostream>
 
-#include "host/scoreresult.h"
-#include "host/valueset.h"
+#include "host/model/scoreresult.h"
+#include "host/variables/valueset.h"
 #include "kernels/softmax.h"
 #include "models/caseroad.h"
 

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "host/catencoder.h"
-#include "host/scoringlog.h"
-#include "host/stringvalue.h"
-#include "host/varstats.h"
+#include "host/messages/scoringlog.h"
+#include "host/values/stringvalue.h"
+#include "host/variables/catencoder.h"
+#include "host/variables/varstats.h"
 
 namespace MCVelscore_850 {
 

@@ -5,10 +5,10 @@
 #include <string>
 #include <type_traits>
 
-#include "host/datetimevalue.h"
-#include "host/mcstatus.h"
-#include "host/scorecaserecord.h"
-#include "host/scoredictvar.h"
+#include "host/model/mcstatus.h"
+#include "host/values/datetimevalue.h"
+#include "host/variables/scorecaserecord.h"
+#include "host/variables/scoredictvar.h"
 #include "models/mlrresult.h"
 #include "models/regressionmodel.h"
 

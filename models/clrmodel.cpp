@@ -2,7 +2,7 @@
 
 #include <ostream>
 
-#include "host/valueset.h"
+#include "host/variables/valueset.h"
 #include "kernels/softmax.h"
 #include "models/caseroad.h"
 #include "models/clrresult.h"

@@ -1,7 +1,7 @@
 #ifndef VELSCORE_MODELS_CLRRESULT_H
 #define VELSCORE_MODELS_CLRRESULT_H
 
-#include "host/scoreresult.h"
+#include "host/model/scoreresult.h"
 #include "models/ownedvalue.h"
 
 namespace MCVelscore_850 {

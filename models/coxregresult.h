@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "host/numericvalue.h"
-#include "host/scoreresult.h"
+#include "host/model/scoreresult.h"
+#include "host/values/numericvalue.h"
 #include "models/ownedvalue.h"
 
 namespace MCVelscore_850 {

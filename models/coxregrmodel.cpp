@@ -5,8 +5,8 @@
 #include <limits>
 #include <ostream>
 
-#include "host/stringvalue.h"
-#include "host/transformvar.h"
+#include "host/expressions/transformvar.h"
+#include "host/values/stringvalue.h"
 #include "kernels/survival.h"
 #include "models/caseroad.h"
 #include "models/coxregresult.h"

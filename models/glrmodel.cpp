@@ -3,7 +3,7 @@
 #include <cmath>
 #include <ostream>
 
-#include "host/transformvar.h"
+#include "host/expressions/transformvar.h"
 #include "models/caseroad.h"
 #include "models/lrresult.h"
 #include "models/studentquantile.h"

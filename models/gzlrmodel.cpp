@@ -5,7 +5,7 @@
 #include <limits>
 #include <ostream>
 
-#include "host/valueset.h"
+#include "host/variables/valueset.h"
 #include "models/caseroad.h"
 #include "models/gzlrlinks.h"
 #include "models/lrresult.h"

@@ -1,8 +1,8 @@
 #ifndef VELSCORE_MODELS_LRRESULT_H
 #define VELSCORE_MODELS_LRRESULT_H
 
-#include "host/numericvalue.h"
-#include "host/scoreresult.h"
+#include "host/model/scoreresult.h"
+#include "host/values/numericvalue.h"
 #include "models/ownedvalue.h"
 
 namespace MCVelscore_850 {

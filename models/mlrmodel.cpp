@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/scoreresult.h"
+#include "host/model/scoreresult.h"
 #include "kernels/softmax.h"
 #include "models/caseroad.h"
 

@@ -3,10 +3,10 @@
 #include <memory>
 #include <utility>
 
-#include "host/numbertext.h"
-#include "host/numericvalue.h"
-#include "host/scoredictvar.h"
-#include "host/stringvalue.h"
+#include "host/values/numbertext.h"
+#include "host/values/numericvalue.h"
+#include "host/values/stringvalue.h"
+#include "host/variables/scoredictvar.h"
 
 namespace MCVelscore_850 {
 

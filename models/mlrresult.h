@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/scoreresult.h"
+#include "host/model/scoreresult.h"
 #include "models/ownedvalue.h"
 
 namespace MCVelscore_850 {

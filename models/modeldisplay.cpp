@@ -3,7 +3,7 @@
 
 #include <ostream>
 
-#include "host/scoredictvar.h"
+#include "host/variables/scoredictvar.h"
 #include "models/regressionmodel.h"
 
 namespace MCVelscore_850 {

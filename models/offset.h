@@ -4,8 +4,8 @@
 #include <ostream>
 #include <string>
 
-#include "host/numericvalue.h"
-#include "host/scoredictvar.h"
+#include "host/values/numericvalue.h"
+#include "host/variables/scoredictvar.h"
 
 namespace MCVelscore_850 {
 

@@ -2,7 +2,7 @@
 
 #include <ostream>
 
-#include "host/scoreresult.h"
+#include "host/model/scoreresult.h"
 #include "models/caseroad.h"
 
 namespace MCVelscore_850 {

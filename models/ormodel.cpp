@@ -1,6 +1,6 @@
 #include "models/ormodel.h"
 
-#include "host/scoreresult.h"
+#include "host/model/scoreresult.h"
 #include "models/caseroad.h"
 
 namespace MCVelscore_850 {

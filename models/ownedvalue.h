@@ -4,7 +4,7 @@
 #include <memory>
 #include <utility>
 
-#include "host/scorevalue.h"
+#include "host/values/scorevalue.h"
 
 namespace MCVelscore_850 {
 

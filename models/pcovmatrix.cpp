@@ -1,7 +1,7 @@
 #include "models/pcovmatrix.h"
 
-#include "host/catencoder.h"
-#include "host/scoredictvar.h"
+#include "host/variables/catencoder.h"
+#include "host/variables/scoredictvar.h"
 #include "models/regressionmodel.h"
 
 namespace MCVelscore_850 {

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/scorevalue.h"
+#include "host/values/scorevalue.h"
 
 namespace MCVelscore_850 {
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "host/scorecaserecord.h"
-#include "host/transformvar.h"
-#include "host/valueset.h"
-#include "host/varstats.h"
+#include "host/expressions/transformvar.h"
+#include "host/variables/scorecaserecord.h"
+#include "host/variables/valueset.h"
+#include "host/variables/varstats.h"
 
 namespace MCVelscore_850 {
 

@@ -9,9 +9,9 @@
 #include <utility>
 #include <vector>
 
-#include "host/basemodel.h"
-#include "host/modeldescription.h"
-#include "host/numericvalue.h"
+#include "host/model/basemodel.h"
+#include "host/model/modeldescription.h"
+#include "host/values/numericvalue.h"
 #include "models/paramtable.h"
 #include "models/pcovmatrix.h"
 #include "models/ppcmatrix.h"

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "host/numericvalue.h"
+#include "host/values/numericvalue.h"
 
 namespace MCVelscore_850 {
 

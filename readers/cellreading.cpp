@@ -2,12 +2,12 @@
 
 #include <xercesc/dom/DOM.hpp>
 
-#include "host/basetranslator.h"
-#include "host/catencoder.h"
-#include "host/pmmlmodeltags.h"
-#include "host/scoredictvar.h"
-#include "host/stringvalue.h"
-#include "host/valueset.h"
+#include "host/documents/basetranslator.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/values/stringvalue.h"
+#include "host/variables/catencoder.h"
+#include "host/variables/scoredictvar.h"
+#include "host/variables/valueset.h"
 #include "models/regressionmodel.h"
 
 namespace MCVelscore_850 {

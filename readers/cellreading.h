@@ -6,8 +6,8 @@
 
 #include <xercesc/util/XercesDefs.hpp>
 
-#include "host/scoremodel.h"
-#include "host/scorevalue.h"
+#include "host/model/scoremodel.h"
+#include "host/values/scorevalue.h"
 #include "models/paramtable.h"
 #include "readers/codes.h"
 

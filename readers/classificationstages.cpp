@@ -1,6 +1,6 @@
 // What single families that predict a category read from attributes of the model element.
 
-#include "host/pmmlmodeltags.h"
+#include "host/documents/pmmlmodeltags.h"
 #include "models/blrmodel.h"
 #include "models/ormodel.h"
 #include "readers/codes.h"

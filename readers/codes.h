@@ -1,13 +1,14 @@
 #ifndef VELSCORE_READERS_CODES_H
 #define VELSCORE_READERS_CODES_H
 
-#include "host/messages.h"
-#include "host/vsexception.h"
+#include "host/messages/messages.h"
+#include "host/messages/vsexception.h"
 
 namespace MCVelscore_850 {
 
 // The codes with which the readers refuse a document; behind each its arguments, in order. The
-// texts are the message catalogue's. Those that the host refuses with too stand in host/messages.h.
+// texts are the message catalogue's. Those that the host refuses with too stand in
+// host/messages/messages.h.
 
 inline constexpr int kLowValueNeeded = 260117;          // low-value tag, mining-field tag
 inline constexpr int kHighValueNeeded = 260118;         // high-value tag, mining-field tag

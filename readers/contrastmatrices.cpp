@@ -5,12 +5,12 @@
 #include <memory>
 #include <utility>
 
-#include "host/catencoder.h"
-#include "host/datetimevalue.h"
-#include "host/messages.h"
-#include "host/pmmlmodeltags.h"
-#include "host/scoredictvar.h"
-#include "host/valueset.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/messages/messages.h"
+#include "host/values/datetimevalue.h"
+#include "host/variables/catencoder.h"
+#include "host/variables/scoredictvar.h"
+#include "host/variables/valueset.h"
 #include "models/blrmodel.h"
 #include "models/coxregrmodel.h"
 #include "readers/cellreading.h"

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "host/scorevalue.h"
+#include "host/values/scorevalue.h"
 
 namespace MCVelscore_850 {
 

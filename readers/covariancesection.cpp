@@ -1,6 +1,6 @@
 // The covariances of the parameter estimates.
 
-#include "host/pmmlmodeltags.h"
+#include "host/documents/pmmlmodeltags.h"
 #include "readers/cellreading.h"
 #include "readers/codes.h"
 #include "readers/generalregressiontranslator.h"

@@ -1,7 +1,7 @@
 // What only a Cox document has: its time and subject variables, the baseline cumulative hazard of
 // each stratum in one of two forms, and the reference points of the older form.
 
-#include "host/pmmlmodeltags.h"
+#include "host/documents/pmmlmodeltags.h"
 #include "models/coxregrmodel.h"
 #include "readers/codes.h"
 #include "readers/generalregressiontranslator.h"

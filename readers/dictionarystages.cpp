@@ -1,6 +1,6 @@
 // The stages before the mining schema: dictionary, targets, transformations, degrees of freedom.
 
-#include "host/pmmlmodeltags.h"
+#include "host/documents/pmmlmodeltags.h"
 #include "readers/codes.h"
 #include "readers/generalregressiontranslator.h"
 #include "readers/parse.h"

@@ -3,15 +3,15 @@
 #include <algorithm>
 #include <cctype>
 
-#include "host/documentplace.h"
-#include "host/messages.h"
-#include "host/pmmlmodeltags.h"
-#include "host/scoringlog.h"
-#include "host/versioninfo.h"
+#include "host/documents/documentplace.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/documents/zeltmodeltags.h"
+#include "host/messages/messages.h"
+#include "host/messages/scoringlog.h"
+#include "host/model/versioninfo.h"
 #include "readers/codes.h"
 #include "readers/parse.h"
 #include "readers/regressiontranslator.h"
-#include "readers/zeltmodeltags.h"
 
 namespace MCVelscore_850 {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/pmmltranslator.h"
+#include "host/documents/pmmltranslator.h"
 
 namespace MCVelscore_850 {
 

@@ -1,9 +1,9 @@
 // The mining schema: roles, replacements, limits, outliers; then the target and its check.
 
-#include "host/messages.h"
-#include "host/pmmlmodeltags.h"
-#include "host/valueset.h"
-#include "host/varstats.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/messages/messages.h"
+#include "host/variables/valueset.h"
+#include "host/variables/varstats.h"
 #include "models/coxregrmodel.h"
 #include "readers/codes.h"
 #include "readers/generalregressiontranslator.h"

@@ -1,7 +1,7 @@
 // The options of the generalized families as attributes of the model element. They come after the
 // extensions and overwrite what those said, offset and trials apart, which keep the first.
 
-#include "host/pmmlmodeltags.h"
+#include "host/documents/pmmlmodeltags.h"
 #include "models/gzlrmodel.h"
 #include "readers/codes.h"
 #include "readers/generalregressiontranslator.h"

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <vector>
 
-#include "host/messages.h"
-#include "host/pmmlmodeltags.h"
-#include "host/vsexception.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/messages/messages.h"
+#include "host/messages/vsexception.h"
 #include "models/blrmodel.h"
 #include "models/clrmodel.h"
 #include "models/coxregrmodel.h"

@@ -1,7 +1,7 @@
 // The options of single families that stand beside the published tables: leading Extension
 // children of the model element, each a name and a value.
 
-#include "host/pmmlmodeltags.h"
+#include "host/documents/pmmlmodeltags.h"
 #include "models/blrmodel.h"
 #include "models/glrmodel.h"
 #include "readers/codes.h"

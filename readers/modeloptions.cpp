@@ -1,6 +1,6 @@
 #include "readers/modeloptions.h"
 
-#include "host/pmmlmodeltags.h"
+#include "host/documents/pmmlmodeltags.h"
 #include "models/gzlrmodel.h"
 #include "models/ogzlrmodel.h"
 #include "readers/codes.h"

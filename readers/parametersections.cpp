@@ -1,8 +1,8 @@
 // The sections that define the regression: parameters, factors, covariates, betas, reference
 // points, and the predictor-to-parameter matrix.
 
-#include "host/messages.h"
-#include "host/pmmlmodeltags.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/messages/messages.h"
 #include "models/blrmodel.h"
 #include "models/coxregrmodel.h"
 #include "models/glrmodel.h"

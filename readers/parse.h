@@ -8,7 +8,7 @@
 
 #include <xercesc/dom/DOM.hpp>
 
-#include "host/basemodel.h"
+#include "host/model/basemodel.h"
 #include "models/regressionmodel.h"
 #include "readers/modelchoice.h"
 

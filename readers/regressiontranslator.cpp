@@ -2,18 +2,18 @@
 
 #include <xercesc/dom/DOM.hpp>
 
-#include "host/documentplace.h"
-#include "host/messages.h"
-#include "host/scoredictvar.h"
-#include "host/scoringlog.h"
-#include "host/versioninfo.h"
+#include "host/documents/documentplace.h"
+#include "host/documents/zeltmodeltags.h"
+#include "host/messages/messages.h"
+#include "host/messages/scoringlog.h"
+#include "host/model/versioninfo.h"
+#include "host/variables/scoredictvar.h"
 #include "models/clrmodel.h"
 #include "models/lrmodel.h"
 #include "models/mlrmodel.h"
 #include "readers/cellreading.h"
 #include "readers/codes.h"
 #include "readers/tablelimit.h"
-#include "readers/zeltmodeltags.h"
 
 namespace MCVelscore_850 {
 

@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
-#include "host/scoremodel.h"
-#include "host/zelttranslator.h"
+#include "host/documents/zelttranslator.h"
+#include "host/model/scoremodel.h"
 
 namespace MCVelscore_850 {
 

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "host/messages.h"
-#include "host/vsexception.h"
+#include "host/messages/messages.h"
+#include "host/messages/vsexception.h"
 
 namespace MCVelscore_850 {
 

@@ -7,7 +7,7 @@
 
 #include <xercesc/util/XercesDefs.hpp>
 
-#include "host/vsexception.h"
+#include "host/messages/vsexception.h"
 
 XERCES_CPP_NAMESPACE_BEGIN
 class DOMElement;

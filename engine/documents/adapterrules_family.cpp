@@ -8,8 +8,8 @@
 #include "engine/documents/adapterrules.h"
 #include "engine/documents/treefields.h"
 #include "engine/documents/treetext.h"
-#include "host/documentplace.h"
-#include "host/pmmlmodeltags.h"
+#include "host/documents/documentplace.h"
+#include "host/documents/pmmlmodeltags.h"
 
 namespace MCVelscore_850 {
 

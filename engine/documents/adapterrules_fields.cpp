@@ -10,11 +10,11 @@
 #include "engine/documents/adapterrules.h"
 #include "engine/documents/treefields.h"
 #include "engine/documents/treetext.h"
-#include "host/dictvar.h"
-#include "host/documentplace.h"
-#include "host/numbertext.h"
-#include "host/pmmlmodeltags.h"
-#include "host/veltranscoder.h"
+#include "host/documents/documentplace.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/documents/veltranscoder.h"
+#include "host/values/numbertext.h"
+#include "host/variables/dictvar.h"
 
 namespace MCVelscore_850 {
 

@@ -9,10 +9,10 @@
 #include "engine/documents/adapterrules.h"
 #include "engine/documents/treefields.h"
 #include "engine/documents/treetext.h"
-#include "host/documentplace.h"
-#include "host/messages.h"
-#include "host/numbertext.h"
-#include "host/pmmlmodeltags.h"
+#include "host/documents/documentplace.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/messages/messages.h"
+#include "host/values/numbertext.h"
 
 namespace MCVelscore_850 {
 

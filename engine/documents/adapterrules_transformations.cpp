@@ -7,9 +7,9 @@
 
 #include "engine/documents/adapterrules.h"
 #include "engine/documents/treetext.h"
-#include "host/documentplace.h"
-#include "host/pmmlmodeltags.h"
-#include "host/veltranscoder.h"
+#include "host/documents/documentplace.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/documents/veltranscoder.h"
 
 namespace MCVelscore_850 {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/vsexception.h"
+#include "host/messages/vsexception.h"
 
 namespace MCVelscore_850 {
 

@@ -9,8 +9,8 @@
 
 #include <expat.h>
 
-#include "engine/failure.h"
-#include "host/messages.h"
+#include "engine/messages/failure.h"
+#include "host/messages/messages.h"
 
 namespace MCVelscore_850 {
 

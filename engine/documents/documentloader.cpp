@@ -3,13 +3,13 @@
 #include <utility>
 #include <vector>
 
-#include "engine/bytesource.h"
 #include "engine/documents/documenttree.h"
 #include "engine/documents/treetext.h"
-#include "engine/failure.h"
-#include "host/messages.h"
-#include "host/pmmlmodeltags.h"
-#include "host/veltranscoder.h"
+#include "engine/messages/failure.h"
+#include "engine/tables/bytesource.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/documents/veltranscoder.h"
+#include "host/messages/messages.h"
 
 namespace MCVelscore_850 {
 

@@ -11,10 +11,10 @@
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
-#include "engine/failure.h"
-#include "host/documentplace.h"
-#include "host/messages.h"
-#include "host/veltranscoder.h"
+#include "engine/messages/failure.h"
+#include "host/documents/documentplace.h"
+#include "host/documents/veltranscoder.h"
+#include "host/messages/messages.h"
 
 namespace MCVelscore_850 {
 

@@ -9,13 +9,13 @@
 
 #include "engine/documents/treetext.h"
 #include "engine/documents/treewriting.h"
-#include "host/documentplace.h"
-#include "host/messages.h"
-#include "host/numbertext.h"
-#include "host/numericvalue.h"
-#include "host/pmmlmodeltags.h"
-#include "host/scoredictvar.h"
-#include "readers/zeltmodeltags.h"
+#include "host/documents/documentplace.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/documents/zeltmodeltags.h"
+#include "host/messages/messages.h"
+#include "host/values/numbertext.h"
+#include "host/values/numericvalue.h"
+#include "host/variables/scoredictvar.h"
 
 namespace MCVelscore_850 {
 

@@ -2,7 +2,7 @@
 
 #include "engine/documents/documenttree.h"
 #include "engine/documents/treetext.h"
-#include "host/pmmlmodeltags.h"
+#include "host/documents/pmmlmodeltags.h"
 
 namespace MCVelscore_850 {
 

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "engine/miningtreatment.h"
+#include "engine/documents/miningtreatment.h"
 
 namespace MCVelscore_850 {
 

@@ -8,14 +8,14 @@
 #include <xercesc/dom/DOM.hpp>
 
 #include "engine/documents/documenttree.h"
+#include "engine/documents/plugin.h"
 #include "engine/documents/treetext.h"
-#include "engine/plugin.h"
-#include "host/basetranslator.h"
-#include "host/documentplace.h"
-#include "host/messages.h"
-#include "host/pmmlmodeltags.h"
-#include "host/scoremodel.h"
-#include "host/veltranscoder.h"
+#include "host/documents/basetranslator.h"
+#include "host/documents/documentplace.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/documents/veltranscoder.h"
+#include "host/messages/messages.h"
+#include "host/model/scoremodel.h"
 
 namespace MCVelscore_850 {
 

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "engine/outputfield.h"
+#include "engine/documents/outputfield.h"
 
 namespace MCVelscore_850 {
 

@@ -6,8 +6,8 @@
 #include <xercesc/dom/DOM.hpp>
 
 #include "engine/documents/treetext.h"
-#include "host/numbertext.h"
-#include "host/pmmlmodeltags.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/values/numbertext.h"
 
 namespace MCVelscore_850 {
 

@@ -3,9 +3,9 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/util/XMLString.hpp>
 
-#include "host/numbertext.h"
-#include "host/pmmlmodeltags.h"
-#include "host/veltranscoder.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/documents/veltranscoder.h"
+#include "host/values/numbertext.h"
 
 namespace MCVelscore_850 {
 

@@ -5,7 +5,7 @@
 #include <xercesc/framework/MemBufFormatTarget.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
-#include "host/veltranscoder.h"
+#include "host/documents/veltranscoder.h"
 
 namespace MCVelscore_850 {
 

@@ -8,13 +8,13 @@
 #include "engine/documents/documenttree.h"
 #include "engine/documents/treetext.h"
 #include "engine/documents/treewriting.h"
-#include "engine/failure.h"
-#include "host/documentplace.h"
-#include "host/messages.h"
-#include "host/numbertext.h"
-#include "host/pmmlmodeltags.h"
-#include "host/veltranscoder.h"
-#include "host/vsexception.h"
+#include "engine/messages/failure.h"
+#include "host/documents/documentplace.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/documents/veltranscoder.h"
+#include "host/messages/messages.h"
+#include "host/messages/vsexception.h"
+#include "host/values/numbertext.h"
 
 namespace MCVelscore_850 {
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "engine/verificationtable.h"
+#include "engine/documents/verificationtable.h"
 
 namespace MCVelscore_850 {
 

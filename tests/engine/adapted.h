@@ -9,7 +9,7 @@
 #include "engine/documents/documentadapter.h"
 #include "engine/documents/documentloader.h"
 #include "engine/documents/documenttree.h"
-#include "host/veltranscoder.h"
+#include "host/documents/veltranscoder.h"
 
 namespace MCVelscore_850 {
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/messages.h"
+#include "host/messages/messages.h"
 #include "tests/engine/adapted.h"
 
 namespace MCVelscore_850 {

@@ -1,14 +1,14 @@
-#include "engine/casepreparer.h"
+#include "engine/scoring/casepreparer.h"
 
 #include <gtest/gtest.h>
 
-#include "engine/failure.h"
-#include "host/expression.h"
-#include "host/mcstatus.h"
-#include "host/messages.h"
-#include "host/numericvalue.h"
-#include "host/transformvar.h"
-#include "host/varstats.h"
+#include "engine/messages/failure.h"
+#include "host/expressions/expression.h"
+#include "host/expressions/transformvar.h"
+#include "host/messages/messages.h"
+#include "host/model/mcstatus.h"
+#include "host/values/numericvalue.h"
+#include "host/variables/varstats.h"
 #include "tests/engine/fakemodel.h"
 
 namespace MCVelscore_850 {

@@ -1,9 +1,9 @@
-#include "engine/casescorer.h"
+#include "engine/scoring/casescorer.h"
 
 #include <gtest/gtest.h>
 
-#include "host/mcstatus.h"
-#include "host/numericvalue.h"
+#include "host/model/mcstatus.h"
+#include "host/values/numericvalue.h"
 #include "models/clrresult.h"
 #include "tests/engine/fakemodel.h"
 

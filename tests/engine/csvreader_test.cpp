@@ -1,4 +1,4 @@
-#include "engine/csvreader.h"
+#include "engine/tables/csvreader.h"
 
 #include <filesystem>
 #include <fstream>
@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/messages.h"
+#include "host/messages/messages.h"
 #include "tests/engine/textsource.h"
 #include "tests/scratchfolder.h"
 

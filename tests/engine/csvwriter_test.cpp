@@ -1,4 +1,4 @@
-#include "engine/csvwriter.h"
+#include "engine/tables/csvwriter.h"
 
 #include <cmath>
 #include <csignal>
@@ -13,8 +13,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "engine/failure.h"
-#include "host/messages.h"
+#include "engine/messages/failure.h"
+#include "host/messages/messages.h"
 
 namespace MCVelscore_850 {
 namespace {

@@ -1,4 +1,4 @@
-#include "engine/curveshaper.h"
+#include "engine/scoring/curveshaper.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -9,8 +9,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "engine/csvwriter.h"
-#include "host/numericvalue.h"
+#include "engine/tables/csvwriter.h"
+#include "host/values/numericvalue.h"
 
 namespace MCVelscore_850 {
 namespace {

@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/failure.h"
-#include "host/messages.h"
+#include "engine/messages/failure.h"
+#include "host/messages/messages.h"
 
 namespace MCVelscore_850 {
 namespace {

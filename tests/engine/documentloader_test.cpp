@@ -16,10 +16,10 @@
 #include <gtest/gtest.h>
 
 #include "engine/documents/documenttree.h"
-#include "engine/failure.h"
-#include "host/documentplace.h"
-#include "host/messages.h"
-#include "host/veltranscoder.h"
+#include "engine/messages/failure.h"
+#include "host/documents/documentplace.h"
+#include "host/documents/veltranscoder.h"
+#include "host/messages/messages.h"
 #include "tests/scratchfolder.h"
 
 namespace MCVelscore_850 {

@@ -4,10 +4,10 @@
 #include <memory>
 #include <string>
 
-#include "host/basemodel.h"
-#include "host/dictvar.h"
-#include "host/modeldescription.h"
-#include "host/stringvalue.h"
+#include "host/model/basemodel.h"
+#include "host/model/modeldescription.h"
+#include "host/values/stringvalue.h"
+#include "host/variables/dictvar.h"
 
 namespace MCVelscore_850 {
 

@@ -9,10 +9,10 @@
 #include <gtest/gtest.h>
 
 #include "engine/documents/documenttree.h"
+#include "engine/documents/loadedmodel.h"
+#include "engine/documents/plugin.h"
 #include "engine/documents/treetext.h"
-#include "engine/loadedmodel.h"
-#include "engine/plugin.h"
-#include "host/messages.h"
+#include "host/messages/messages.h"
 #include "tests/engine/adapted.h"
 #include "tests/readers/legacyparts.h"
 

@@ -1,4 +1,4 @@
-#include "engine/outputfile.h"
+#include "engine/tables/outputfile.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -12,8 +12,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "engine/failure.h"
-#include "host/messages.h"
+#include "engine/messages/failure.h"
+#include "host/messages/messages.h"
 #include "tests/scratchfolder.h"
 
 namespace MCVelscore_850 {

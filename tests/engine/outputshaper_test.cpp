@@ -1,4 +1,4 @@
-#include "engine/outputshaper.h"
+#include "engine/scoring/outputshaper.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -9,12 +9,12 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "engine/csvwriter.h"
-#include "engine/failure.h"
-#include "host/caserecord.h"
-#include "host/messages.h"
-#include "host/scoremodel.h"
-#include "host/stringvalue.h"
+#include "engine/messages/failure.h"
+#include "engine/tables/csvwriter.h"
+#include "host/messages/messages.h"
+#include "host/model/scoremodel.h"
+#include "host/values/stringvalue.h"
+#include "host/variables/caserecord.h"
 #include "models/coxregresult.h"
 #include "models/lrresult.h"
 #include "tests/engine/fakemodel.h"

@@ -1,4 +1,4 @@
-#include "engine/plainnumber.h"
+#include "engine/tables/plainnumber.h"
 
 #include <cmath>
 #include <cstdlib>

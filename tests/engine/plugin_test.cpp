@@ -1,9 +1,9 @@
-#include "engine/plugin.h"
+#include "engine/documents/plugin.h"
 
 #include <gtest/gtest.h>
 
-#include "engine/failure.h"
-#include "host/messages.h"
+#include "engine/messages/failure.h"
+#include "host/messages/messages.h"
 
 namespace MCVelscore_850 {
 namespace {

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string>
 
-#include "engine/bytesource.h"
+#include "engine/tables/bytesource.h"
 
 namespace MCVelscore_850 {
 

@@ -1,4 +1,4 @@
-#include "engine/trace.h"
+#include "engine/messages/trace.h"
 
 #include <cstdio>
 #include <fstream>
@@ -7,8 +7,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "engine/explanation.h"
-#include "host/scoringlog.h"
+#include "engine/messages/explanation.h"
+#include "host/messages/scoringlog.h"
 
 namespace MCVelscore_850 {
 namespace {

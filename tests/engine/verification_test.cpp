@@ -1,8 +1,8 @@
-#include "engine/verification.h"
+#include "engine/scoring/verification.h"
 
 #include <gtest/gtest.h>
 
-#include "engine/loadedmodel.h"
+#include "engine/documents/loadedmodel.h"
 #include "tests/engine/textsource.h"
 #include "tests/scratchfolder.h"
 

@@ -1,10 +1,10 @@
-#include "host/basemodel.h"
+#include "host/model/basemodel.h"
 
 #include <memory>
 
 #include <gtest/gtest.h>
 
-#include "host/versioninfo.h"
+#include "host/model/versioninfo.h"
 #include "vars.h"
 
 namespace MCVelscore_850 {

@@ -1,4 +1,4 @@
-#include "host/basetranslator.h"
+#include "host/documents/basetranslator.h"
 
 #include <memory>
 #include <sstream>
@@ -6,10 +6,10 @@
 #include <gtest/gtest.h>
 
 #include "dom.h"
-#include "host/messages.h"
-#include "host/scoredictionary.h"
-#include "host/scoremodel.h"
-#include "host/scorevalue.h"
+#include "host/messages/messages.h"
+#include "host/model/scoremodel.h"
+#include "host/values/scorevalue.h"
+#include "host/variables/scoredictionary.h"
 #include "vars.h"
 
 namespace MCVelscore_850 {

@@ -1,10 +1,10 @@
-#include "host/caserecord.h"
+#include "host/variables/caserecord.h"
 
 #include <memory>
 
 #include <gtest/gtest.h>
 
-#include "host/numericvalue.h"
+#include "host/values/numericvalue.h"
 
 namespace MCVelscore_850 {
 namespace {

@@ -1,12 +1,12 @@
-#include "host/catencoder.h"
+#include "host/variables/catencoder.h"
 
 #include <memory>
 
 #include <gtest/gtest.h>
 
-#include "host/datetimevalue.h"
-#include "host/numericvalue.h"
-#include "host/stringvalue.h"
+#include "host/values/datetimevalue.h"
+#include "host/values/numericvalue.h"
+#include "host/values/stringvalue.h"
 #include "tests/allocations.h"
 #include "vars.h"
 

@@ -1,12 +1,12 @@
-#include "host/datetimevalue.h"
+#include "host/values/datetimevalue.h"
 
 #include <memory>
 
 #include <gtest/gtest.h>
 
-#include "host/datetimetext.h"
-#include "host/numericvalue.h"
-#include "host/stringvalue.h"
+#include "host/values/datetimetext.h"
+#include "host/values/numericvalue.h"
+#include "host/values/stringvalue.h"
 
 namespace MCVelscore_850 {
 namespace {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "derivation.h"
-#include "host/messages.h"
+#include "host/messages/messages.h"
 
 namespace MCVelscore_850 {
 namespace {

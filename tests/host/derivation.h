@@ -7,12 +7,12 @@
 #include <utility>
 
 #include "dom.h"
-#include "host/caserecord.h"
-#include "host/numericvalue.h"
-#include "host/scoredictionary.h"
-#include "host/stringvalue.h"
-#include "host/transformationdictionary.h"
-#include "host/transformvar.h"
+#include "host/expressions/transformvar.h"
+#include "host/values/numericvalue.h"
+#include "host/values/stringvalue.h"
+#include "host/variables/caserecord.h"
+#include "host/variables/scoredictionary.h"
+#include "host/variables/transformationdictionary.h"
 #include "pmmlreader.h"
 
 namespace MCVelscore_850 {

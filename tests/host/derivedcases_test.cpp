@@ -10,10 +10,10 @@
 #include <gtest/gtest.h>
 
 #include "dom.h"
-#include "host/caserecord.h"
-#include "host/scoredictionary.h"
-#include "host/transformationdictionary.h"
-#include "host/transformvar.h"
+#include "host/expressions/transformvar.h"
+#include "host/variables/caserecord.h"
+#include "host/variables/scoredictionary.h"
+#include "host/variables/transformationdictionary.h"
 #include "pmmlreader.h"
 
 namespace MCVelscore_850 {

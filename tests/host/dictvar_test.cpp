@@ -1,4 +1,4 @@
-#include "host/dictvar.h"
+#include "host/variables/dictvar.h"
 
 #include <limits>
 #include <memory>
@@ -6,10 +6,10 @@
 
 #include <gtest/gtest.h>
 
-#include "host/datetimevalue.h"
-#include "host/numericvalue.h"
-#include "host/stringvalue.h"
-#include "host/varstats.h"
+#include "host/values/datetimevalue.h"
+#include "host/values/numericvalue.h"
+#include "host/values/stringvalue.h"
+#include "host/variables/varstats.h"
 #include "vars.h"
 
 namespace MCVelscore_850 {

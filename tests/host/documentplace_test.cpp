@@ -1,4 +1,4 @@
-#include "host/documentplace.h"
+#include "host/documents/documentplace.h"
 
 #include <gtest/gtest.h>
 

@@ -11,8 +11,8 @@
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 
-#include "host/veltranscoder.h"
-#include "host/vsexception.h"
+#include "host/documents/veltranscoder.h"
+#include "host/messages/vsexception.h"
 
 namespace MCVelscore_850 {
 

@@ -6,8 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "derivation.h"
-#include "host/catencoder.h"
-#include "host/messages.h"
+#include "host/messages/messages.h"
+#include "host/variables/catencoder.h"
 #include "tests/allocations.h"
 
 namespace MCVelscore_850 {

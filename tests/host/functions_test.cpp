@@ -7,8 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "derivation.h"
-#include "host/functions.h"
-#include "host/messages.h"
+#include "host/expressions/functions.h"
+#include "host/messages/messages.h"
 
 namespace MCVelscore_850 {
 namespace {

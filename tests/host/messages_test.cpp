@@ -1,4 +1,4 @@
-#include "host/messages.h"
+#include "host/messages/messages.h"
 
 #include <algorithm>
 #include <fstream>
@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/vsexception.h"
+#include "host/messages/vsexception.h"
 
 namespace MCVelscore_850 {
 namespace {
@@ -30,7 +30,7 @@ constexpr int kFirstOwnCode = 269000;
 std::map<int, size_t> DeclaredCodes()
 {
     std::map<int, size_t> codes;
-    std::ifstream header("host/messages.h");
+    std::ifstream header("host/messages/messages.h");
     std::string line;
     while (std::getline(header, line)) {
         const size_t equals = line.find(" = ");
@@ -93,7 +93,7 @@ TEST(Messages, EveryCodeOfAPluginHasARowWithItsArguments)
 TEST(Messages, EveryOwnCodeHasARowWithTheArgumentsThatItsConstantNames)
 {
     const std::map<int, size_t> declared = DeclaredCodes();
-    ASSERT_GT(declared.size(), 40u) << "host/messages.h wasn't read";
+    ASSERT_GT(declared.size(), 40u) << "host/messages/messages.h wasn't read";
     for (const auto& [code, count] : declared) {
         const Message* message = Messages::Find(code);
         ASSERT_NE(message, nullptr) << code;

@@ -1,4 +1,4 @@
-#include "host/nearword.h"
+#include "host/messages/nearword.h"
 
 #include <gtest/gtest.h>
 

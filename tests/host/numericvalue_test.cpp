@@ -1,4 +1,4 @@
-#include "host/numericvalue.h"
+#include "host/values/numericvalue.h"
 
 #include <cmath>
 #include <limits>
@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "host/datetimevalue.h"
-#include "host/stringvalue.h"
+#include "host/values/datetimevalue.h"
+#include "host/values/stringvalue.h"
 
 namespace MCVelscore_850 {
 namespace {

@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "dom.h"
-#include "host/datetimevalue.h"
-#include "host/dictvar.h"
-#include "host/messages.h"
-#include "host/numericvalue.h"
-#include "host/scoredictionary.h"
-#include "host/stringvalue.h"
+#include "host/messages/messages.h"
+#include "host/values/datetimevalue.h"
+#include "host/values/numericvalue.h"
+#include "host/values/stringvalue.h"
+#include "host/variables/dictvar.h"
+#include "host/variables/scoredictionary.h"
 #include "pmmlreader.h"
 
 namespace MCVelscore_850 {

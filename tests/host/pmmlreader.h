@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 
-#include "host/pmmltranslator.h"
-#include "host/scoredictionary.h"
-#include "host/scoremodel.h"
+#include "host/documents/pmmltranslator.h"
+#include "host/model/scoremodel.h"
+#include "host/variables/scoredictionary.h"
 
 namespace MCVelscore_850 {
 

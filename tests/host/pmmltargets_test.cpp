@@ -7,10 +7,10 @@
 #include <gtest/gtest.h>
 
 #include "dom.h"
-#include "host/dictvar.h"
-#include "host/messages.h"
-#include "host/numericvalue.h"
-#include "host/targetdeclaration.h"
+#include "host/messages/messages.h"
+#include "host/values/numericvalue.h"
+#include "host/variables/dictvar.h"
+#include "host/variables/targetdeclaration.h"
 #include "pmmlreader.h"
 #include "vars.h"
 

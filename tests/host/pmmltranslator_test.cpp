@@ -1,10 +1,10 @@
-#include "host/pmmltranslator.h"
+#include "host/documents/pmmltranslator.h"
 
 #include <gtest/gtest.h>
 
 #include "dom.h"
-#include "host/messages.h"
-#include "host/pmmlmodeltags.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/messages/messages.h"
 #include "pmmlreader.h"
 #include "vars.h"
 

@@ -1,4 +1,4 @@
-#include "host/scoredictionary.h"
+#include "host/variables/scoredictionary.h"
 
 #include <gtest/gtest.h>
 

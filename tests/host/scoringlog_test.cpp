@@ -1,4 +1,4 @@
-#include "host/scoringlog.h"
+#include "host/messages/scoringlog.h"
 
 #include <string>
 #include <utility>

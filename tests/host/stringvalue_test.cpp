@@ -1,11 +1,11 @@
-#include "host/stringvalue.h"
+#include "host/values/stringvalue.h"
 
 #include <memory>
 
 #include <gtest/gtest.h>
 
-#include "host/datetimevalue.h"
-#include "host/numericvalue.h"
+#include "host/values/datetimevalue.h"
+#include "host/values/numericvalue.h"
 
 namespace MCVelscore_850 {
 namespace {

@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
-#include "host/dictvar.h"
-#include "host/scorevalue.h"
+#include "host/values/scorevalue.h"
+#include "host/variables/dictvar.h"
 
 namespace MCVelscore_850 {
 

@@ -1,9 +1,9 @@
-#include "host/veltranscoder.h"
+#include "host/documents/veltranscoder.h"
 
 #include <gtest/gtest.h>
 
 #include "dom.h"
-#include "host/messages.h"
+#include "host/messages/messages.h"
 
 namespace MCVelscore_850 {
 namespace {

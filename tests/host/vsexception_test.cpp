@@ -1,8 +1,8 @@
-#include "host/vsexception.h"
+#include "host/messages/vsexception.h"
 
 #include <gtest/gtest.h>
 
-#include "host/messages.h"
+#include "host/messages/messages.h"
 
 namespace MCVelscore_850 {
 namespace {

@@ -1,6 +1,6 @@
 // The dictionary of documents in the older form.
 
-#include "host/zelttranslator.h"
+#include "host/documents/zelttranslator.h"
 
 #include <limits>
 #include <memory>
@@ -8,15 +8,15 @@
 #include <gtest/gtest.h>
 
 #include "dom.h"
-#include "host/catencoder.h"
-#include "host/messages.h"
-#include "host/numericvalue.h"
-#include "host/scoredictionary.h"
-#include "host/scoredictvar.h"
-#include "host/scoremodel.h"
-#include "host/stringvalue.h"
-#include "host/valueset.h"
-#include "host/varstats.h"
+#include "host/messages/messages.h"
+#include "host/model/scoremodel.h"
+#include "host/values/numericvalue.h"
+#include "host/values/stringvalue.h"
+#include "host/variables/catencoder.h"
+#include "host/variables/scoredictionary.h"
+#include "host/variables/scoredictvar.h"
+#include "host/variables/valueset.h"
+#include "host/variables/varstats.h"
 
 namespace MCVelscore_850 {
 namespace {

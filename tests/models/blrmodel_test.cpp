@@ -5,7 +5,7 @@
 #include <cmath>
 #include <sstream>
 
-#include "host/datetimevalue.h"
+#include "host/values/datetimevalue.h"
 #include "models/mlrresult.h"
 #include "tests/models/classifierfixture.h"
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/scoringlog.h"
+#include "host/messages/scoringlog.h"
 #include "models/clrresult.h"
 #include "models/lrresult.h"
 #include "models/mlrresult.h"

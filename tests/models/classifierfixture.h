@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/scoringlog.h"
+#include "host/messages/scoringlog.h"
 #include "models/blrmodel.h"
 #include "models/mlrmodel.h"
 #include "models/ogzlrmodel.h"

@@ -6,8 +6,8 @@
 #include <limits>
 #include <sstream>
 
-#include "host/datetimevalue.h"
-#include "host/scoringlog.h"
+#include "host/messages/scoringlog.h"
+#include "host/values/datetimevalue.h"
 #include "models/coxregresult.h"
 #include "models/lrresult.h"
 #include "tests/models/modelfixture.h"

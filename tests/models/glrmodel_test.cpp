@@ -4,8 +4,8 @@
 
 #include <cmath>
 
-#include "host/datetimevalue.h"
-#include "host/scoringlog.h"
+#include "host/messages/scoringlog.h"
+#include "host/values/datetimevalue.h"
 #include "models/lrresult.h"
 #include "tests/models/modelfixture.h"
 

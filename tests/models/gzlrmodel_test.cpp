@@ -5,7 +5,7 @@
 #include <cmath>
 #include <sstream>
 
-#include "host/scoringlog.h"
+#include "host/messages/scoringlog.h"
 #include "models/lrresult.h"
 #include "models/mlrresult.h"
 #include "tests/models/modelfixture.h"

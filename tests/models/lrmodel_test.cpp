@@ -5,8 +5,8 @@
 #include <cmath>
 #include <limits>
 
-#include "host/datetimevalue.h"
-#include "host/scoringlog.h"
+#include "host/messages/scoringlog.h"
+#include "host/values/datetimevalue.h"
 #include "models/lrresult.h"
 #include "tests/models/modelfixture.h"
 

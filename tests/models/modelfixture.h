@@ -6,15 +6,15 @@
 #include <string>
 #include <vector>
 
-#include "host/caserecord.h"
-#include "host/dictvar.h"
-#include "host/expression.h"
-#include "host/mcstatus.h"
-#include "host/numericvalue.h"
-#include "host/scoreresult.h"
-#include "host/stringvalue.h"
-#include "host/transformvar.h"
-#include "host/varstats.h"
+#include "host/expressions/expression.h"
+#include "host/expressions/transformvar.h"
+#include "host/model/mcstatus.h"
+#include "host/model/scoreresult.h"
+#include "host/values/numericvalue.h"
+#include "host/values/stringvalue.h"
+#include "host/variables/caserecord.h"
+#include "host/variables/dictvar.h"
+#include "host/variables/varstats.h"
 #include "models/regressionmodel.h"
 
 namespace MCVelscore_850::testing {

@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "host/messages.h"
+#include "host/messages/messages.h"
 #include "models/blrmodel.h"
 #include "models/clrmodel.h"
 #include "models/mlrmodel.h"

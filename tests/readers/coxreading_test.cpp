@@ -5,7 +5,7 @@
 
 #include <cmath>
 
-#include "host/messages.h"
+#include "host/messages/messages.h"
 #include "models/coxregresult.h"
 #include "models/coxregrmodel.h"
 #include "readers/generalregressiontranslator.h"

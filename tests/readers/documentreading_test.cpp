@@ -4,13 +4,13 @@
 
 #include <cmath>
 
-#include "host/caserecord.h"
-#include "host/dictvar.h"
-#include "host/modeldescription.h"
-#include "host/stringvalue.h"
-#include "host/targetdeclaration.h"
-#include "host/transformvar.h"
-#include "host/versioninfo.h"
+#include "host/expressions/transformvar.h"
+#include "host/model/modeldescription.h"
+#include "host/model/versioninfo.h"
+#include "host/values/stringvalue.h"
+#include "host/variables/caserecord.h"
+#include "host/variables/dictvar.h"
+#include "host/variables/targetdeclaration.h"
 #include "models/glrmodel.h"
 #include "models/lrmodel.h"
 #include "models/lrresult.h"

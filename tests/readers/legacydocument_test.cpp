@@ -4,9 +4,9 @@
 
 #include <cmath>
 
-#include "host/messages.h"
-#include "host/valueset.h"
-#include "host/versioninfo.h"
+#include "host/messages/messages.h"
+#include "host/model/versioninfo.h"
+#include "host/variables/valueset.h"
 #include "models/clrmodel.h"
 #include "models/lrmodel.h"
 #include "models/lrresult.h"

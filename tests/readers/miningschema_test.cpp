@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "host/catencoder.h"
-#include "host/scoredictvar.h"
-#include "host/varstats.h"
+#include "host/variables/catencoder.h"
+#include "host/variables/scoredictvar.h"
+#include "host/variables/varstats.h"
 #include "tests/models/modelfixture.h"
 #include "tests/readers/readdocument.h"
 

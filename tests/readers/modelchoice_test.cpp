@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "host/messages.h"
-#include "host/vsexception.h"
+#include "host/messages/messages.h"
+#include "host/messages/vsexception.h"
 #include "models/regressionmodel.h"
 #include "tests/readers/readdocument.h"
 

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/messages.h"
+#include "host/messages/messages.h"
 #include "models/blrmodel.h"
 #include "models/glrmodel.h"
 #include "models/gzlrmodel.h"

@@ -8,8 +8,8 @@
 #include <cstdio>
 #include <set>
 
-#include "host/basetranslator.h"
-#include "host/scoremodel.h"
+#include "host/documents/basetranslator.h"
+#include "host/model/scoremodel.h"
 #include "tests/readers/readdocument.h"
 
 namespace MCVelscore_850 {

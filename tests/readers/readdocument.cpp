@@ -5,7 +5,7 @@
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 
-#include "host/scoringlog.h"
+#include "host/messages/scoringlog.h"
 #include "readers/generalregressiontranslator.h"
 
 namespace MCVelscore_850::testing {

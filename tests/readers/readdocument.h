@@ -9,7 +9,7 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 
-#include "host/vsexception.h"
+#include "host/messages/vsexception.h"
 #include "models/regressionmodel.h"
 
 namespace MCVelscore_850::testing {

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/messages.h"
+#include "host/messages/messages.h"
 #include "tests/readers/readdocument.h"
 
 namespace MCVelscore_850 {

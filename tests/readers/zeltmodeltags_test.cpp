@@ -1,4 +1,4 @@
-#include "readers/zeltmodeltags.h"
+#include "host/documents/zeltmodeltags.h"
 
 #include <fstream>
 #include <set>
@@ -16,7 +16,7 @@ using Tags = ZELTModelTags;
 std::vector<std::string> ConstantNames()
 {
     std::vector<std::string> names;
-    std::ifstream header("readers/zeltmodeltags.h");
+    std::ifstream header("host/documents/zeltmodeltags.h");
     for (std::string line; std::getline(header, line);) {
         const size_t begin = line.find("XML_");
         if (line.find("static inline const std::string") == std::string::npos) continue;

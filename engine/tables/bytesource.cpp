@@ -1,0 +1,97 @@
+#include "engine/tables/bytesource.h"
+
+#include <cerrno>
+#include <cstring>
+#include <optional>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "host/messages/messages.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+using FileStatus = std::optional<struct stat>;
+
+FileStatus StatusOf(int descriptor)
+{
+    struct stat status {};
+    return ::fstat(descriptor, &status) == 0 ? FileStatus(status) : std::nullopt;
+}
+
+FileStatus StatusOf(const std::string& path)
+{
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 ? FileStatus(status) : std::nullopt;
+}
+
+bool AreSame(const FileStatus& one, const FileStatus& other)
+{
+    // A device can be read and written at once, /dev/null say.
+    return one && other && S_ISREG(one->st_mode) && one->st_dev == other->st_dev &&
+           one->st_ino == other->st_ino;
+}
+
+}  // namespace
+
+ByteSource::~ByteSource() = default;
+
+InputFile::InputFile(const std::string& path, const StopFlag* stop, FailureKind content)
+    : name_(path == "-" ? "standard input" : path), stop_(stop), content_(content)
+{
+    descriptor_ = path == "-" ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor_ < 0) Refuse(std::strerror(errno));
+    const FileStatus status = StatusOf(descriptor_);
+    if (status && S_ISREG(status->st_mode)) {
+        regular_ = true;
+        size_ = static_cast<uint64_t>(status->st_size);
+    }
+}
+
+InputFile::~InputFile()
+{
+    if (descriptor_ > STDIN_FILENO) ::close(descriptor_);
+}
+
+size_t InputFile::Read(char* buffer, size_t size)
+{
+    for (;;) {
+        if (stop_ != nullptr && stop_->load(std::memory_order_relaxed)) return 0;
+        const ssize_t count = ::read(descriptor_, buffer, size);
+        if (count >= 0) return static_cast<size_t>(count);
+        if (errno != EINTR) Refuse(std::strerror(errno));
+    }
+}
+
+bool InputFile::HasChangedSize() const
+{
+    if (!regular_) return false;
+    const FileStatus status = StatusOf(descriptor_);
+    return status && static_cast<uint64_t>(status->st_size) != size_;
+}
+
+void InputFile::Refuse(const std::string& reason) const
+{
+    const int code = content_ == FailureKind::Document ? kCannotRead : kCasesNotRead;
+    throw Failure(content_, code, {name_, reason});
+}
+
+bool IsSameFile(int descriptor, int other)
+{
+    return AreSame(StatusOf(descriptor), StatusOf(other));
+}
+
+bool IsSameFile(int descriptor, const std::string& path)
+{
+    return AreSame(StatusOf(descriptor), StatusOf(path));
+}
+
+bool IsSameFile(const std::string& path, const std::string& other)
+{
+    return AreSame(StatusOf(path), StatusOf(other));
+}
+
+}  // namespace MCVelscore_850

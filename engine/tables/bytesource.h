@@ -1,0 +1,71 @@
+#ifndef VELSCORE_ENGINE_TABLES_BYTESOURCE_H
+#define VELSCORE_ENGINE_TABLES_BYTESOURCE_H
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "engine/messages/failure.h"
+
+namespace MCVelscore_850 {
+
+/// Set from outside, by a signal handler say, to end a run at the next whole row.
+using StopFlag = std::atomic<bool>;
+static_assert(StopFlag::is_always_lock_free, "a signal handler may set it");
+
+/// Bytes in order, from wherever they come.
+class ByteSource {
+public:
+    virtual ~ByteSource();
+    /// Reads up to `size` bytes; 0 at the end. Throws Failure when they can't be read.
+    virtual size_t Read(char* buffer, size_t size) = 0;
+    /// How messages call it.
+    virtual const std::string& Name() const = 0;
+    /// True once another size than at first shows that someone else writes what is read here.
+    virtual bool HasChangedSize() const { return false; }
+};
+
+/// A file, or standard input, as a source of bytes.
+///
+/// Errors  for what can't be opened or read, a directory among it: kCannotRead of kind Document for
+///         a document, kCasesNotRead of kind Cases for anything else.
+/// Owner   closes what it opened; standard input stays open.
+class InputFile final : public ByteSource {
+public:
+    /// `path` "-" is standard input. With a stop flag, a read that a signal interrupts answers
+    /// the end once the flag is set.
+    explicit InputFile(const std::string& path, const StopFlag* stop = nullptr,
+                       FailureKind content = FailureKind::Cases);
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+    ~InputFile() override;
+
+    size_t Read(char* buffer, size_t size) override;
+    const std::string& Name() const override { return name_; }
+    /// Of a regular file alone.
+    bool HasChangedSize() const override;
+
+    /// The size that a regular file had at first, 0 for anything else.
+    uint64_t Size() const { return size_; }
+    int Descriptor() const { return descriptor_; }
+
+private:
+    [[noreturn]] void Refuse(const std::string& reason) const;
+
+    std::string name_;
+    const StopFlag* stop_;
+    FailureKind content_;
+    int descriptor_ = -1;
+    bool regular_ = false;
+    uint64_t size_ = 0;
+};
+
+/// True when both, open descriptors or paths, are the same regular file.
+bool IsSameFile(int descriptor, int other);
+bool IsSameFile(int descriptor, const std::string& path);
+bool IsSameFile(const std::string& path, const std::string& other);
+
+}  // namespace MCVelscore_850
+
+#endif

@@ -1,0 +1,77 @@
+#include "engine/tables/fileform.h"
+
+#include <fmt/format.h>
+
+#include "engine/messages/failure.h"
+#include "host/messages/messages.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr char kDecompress[] = "Decompress it on the way: {} FILE | velscore COMMAND MODEL -";
+constexpr char kConvert[] =
+    "Convert it on the way: iconv -f {} -t UTF-8 FILE | velscore COMMAND MODEL -";
+constexpr char kExport[] = "Export it as CSV{}.";
+constexpr char kOtherArgument[] = "The table of cases comes behind the model{}.";
+
+struct Form {
+    std::string_view start;
+    const char* what;
+    const char* hint;
+    const char* argument;  // what the hint's place takes
+};
+
+constexpr Form kForms[] = {
+    {"\x1F\x8B"sv, "compressed by gzip", kDecompress, "gzip -dc"},
+    {"\x28\xB5\x2F\xFD"sv, "compressed by zstd", kDecompress, "zstd -dc"},
+    {"\xFD\x37zXZ\0"sv, "compressed by xz", kDecompress, "xz -dc"},
+    {"BZh9"sv, "compressed by bzip2", kDecompress, "bzip2 -dc"},
+    {"PK\x03\x04"sv, "a ZIP archive, as spreadsheets are", kExport, " (UTF-8)"},
+    {"PAR1"sv, "a Parquet file", kExport, " first"},
+    {"ARROW1"sv, "an Arrow file", kExport, " first"},
+    {"\xFF\xFF\xFF\xFF"sv, "an Arrow stream", kExport, " first"},
+    {"FEA1"sv, "a Feather file", kExport, " first"},
+    {"\xFF\xFE"sv, "in UTF-16", kConvert, "UTF-16"},
+    {"\xFE\xFF"sv, "in UTF-16", kConvert, "UTF-16"},
+    {"<?xml"sv, "an XML document", kOtherArgument, ""},
+    {"<PMML"sv, "a model document", kOtherArgument, ""},
+    {"<zelt-ml"sv, "a model document", kOtherArgument, ""},
+};
+
+[[noreturn]] void Refuse(const Form& form, const std::string& name)
+{
+    throw Failure(FailureKind::Cases, kNoTextTable, {name, form.what},
+                  fmt::format(fmt::runtime(form.hint), form.argument));
+}
+
+}  // namespace
+
+void RefuseOtherForms(std::string_view start, const std::string& name)
+{
+    for (const Form& form : kForms) {
+        if (!start.starts_with(form.start)) continue;
+        const bool isModel = start.find("PMML") != std::string_view::npos ||
+                             start.find("zelt-ml") != std::string_view::npos;
+        if (form.hint != kOtherArgument || !isModel) Refuse(form, name);
+        Refuse({form.start, "a model document", form.hint, form.argument}, name);
+    }
+    // UTF-16 without a mark: of two bytes of an ASCII character one is 0.
+    if (start.size() < 2 || (start[0] == 0) == (start[1] == 0)) return;
+    Refuse({{}, "in UTF-16", kConvert, start[0] == 0 ? "UTF-16BE" : "UTF-16LE"}, name);
+}
+
+bool NeedsMoreToTellForm(std::string_view start)
+{
+    if (start.starts_with(kByteOrderMark)) start.remove_prefix(kByteOrderMark.size());
+    if (start.size() < 2) return true;
+    if (kByteOrderMark.starts_with(start)) return true;
+    for (const Form& form : kForms) {
+        if (start.size() < form.start.size() && form.start.starts_with(start)) return true;
+    }
+    return false;
+}
+
+}  // namespace MCVelscore_850

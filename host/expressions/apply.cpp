@@ -1,0 +1,237 @@
+// Apply: calls of built-in and of defined functions.
+
+#include <algorithm>
+#include <cmath>
+#include <unordered_set>
+
+#include "host/expressions/expression.h"
+#include "host/expressions/functions.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+// So many combinations of arguments at most are tried to tell what a function can yield.
+constexpr size_t kMostCombinations = 1000;
+
+// What both kinds of calls share: arguments and their values, rules.
+class Call : public Expression {
+public:
+    void CollectInputs(std::vector<const ScoreDictVar*>& inputs) const override
+    {
+        for (const auto& argument : arguments_) argument->CollectInputs(inputs);
+    }
+    int Height() const override { return height_; }
+    double Steps() const override { return steps_; }
+
+protected:
+    Call(Arguments arguments, ApplyRules rules)
+        : arguments_(std::move(arguments)), rules_(std::move(rules)), values_(arguments_.size())
+    {
+        for (const auto& argument : arguments_) {
+            height_ = std::max(height_, 1 + argument->Height());
+            steps_ += argument->Steps();
+        }
+    }
+    void EvaluateArguments(const ExpressionCase& c) const
+    {
+        for (size_t i = 0; i < arguments_.size(); ++i) arguments_[i]->Evaluate(c, values_[i]);
+    }
+    bool Any(ExpressionValue::Kind kind) const
+    {
+        return std::any_of(values_.begin(), values_.end(),
+                           [&](const ExpressionValue& value) { return value.kind == kind; });
+    }
+    // What mapMissingTo says, where it applies.
+    bool MapMissing(ExpressionValue& value) const
+    {
+        if (!rules_.mapMissingTo.given || !Any(ExpressionValue::Missing)) return false;
+        value = rules_.mapMissingTo.value;
+        return true;
+    }
+    bool AddReplacements(Outcomes& outcomes) const
+    {
+        for (const Replacement* replacement : {&rules_.mapMissingTo, &rules_.defaultValue}) {
+            if (replacement->given && !outcomes.Add(replacement->value)) return false;
+        }
+        return true;
+    }
+
+    Arguments arguments_;
+    ApplyRules rules_;
+    int height_ = 1;
+    double steps_ = 1.0;
+    mutable std::vector<ExpressionValue> values_;  // of the arguments, in this case
+};
+
+class BuiltInCall final : public Call {
+public:
+    BuiltInCall(const Function& function, Arguments arguments, ApplyRules rules)
+        : Call(std::move(arguments), std::move(rules)),
+          function_(function),
+          state_(function.makeState == nullptr ? nullptr : function.makeState()),
+          numbers_(function.number == nullptr ? 0 : arguments_.size())
+    {}
+    void Evaluate(const ExpressionCase& c, ExpressionValue& value) const override
+    {
+        EvaluateArguments(c);
+        Compute(value);
+    }
+    bool CollectOutcomes(Outcomes& outcomes) const override
+    {
+        switch (function_.result) {
+            case Function::Boolean: return AddTruths(outcomes) && AddReplacements(outcomes);
+            case Function::ArgumentsOwn:
+                for (size_t i = 1; i < arguments_.size(); ++i) {
+                    if (!arguments_[i]->CollectOutcomes(outcomes)) return false;
+                }
+                return AddReplacements(outcomes);
+            case Function::Number:
+            case Function::Text: break;
+        }
+        return TryCombinations(outcomes) && AddReplacements(outcomes);
+    }
+
+private:
+    // The outcome for the arguments in values_.
+    void Compute(ExpressionValue& value) const
+    {
+        if (MapMissing(value)) return;
+        if (function_.missing == MissingRule::Propagate && Any(ExpressionValue::Missing)) {
+            value.SetMissing();
+        } else if (function_.missing != MissingRule::Own && Any(ExpressionValue::Invalid)) {
+            value.SetInvalid();
+        } else if (function_.number != nullptr) {
+            ComputeNumber(value);
+        } else {
+            function_.value({values_, state_.get()}, value);
+        }
+        rules_.Finish(value);
+    }
+
+    void ComputeNumber(ExpressionValue& value) const
+    {
+        size_t count = 0;
+        for (const ExpressionValue& argument : values_) {
+            if (argument.kind == ExpressionValue::Missing) continue;
+            double& number = numbers_[count++];
+            if (!AsNumber(argument, number)) return value.SetInvalid();
+            if (std::isnan(number)) return value.SetNumber(number);
+        }
+        if (count == 0) return value.SetMissing();
+        value.SetNumber(function_.number({numbers_.data(), count}));
+    }
+
+    static bool AddTruths(Outcomes& outcomes)
+    {
+        ExpressionValue truth;
+        for (const bool word : {false, true}) {
+            truth.SetBoolean(word);
+            if (!outcomes.Add(truth)) return false;
+        }
+        return true;
+    }
+
+    // Where every argument's outcomes can be told and their combinations are few, those of the
+    // function are what it makes of each.
+    bool TryCombinations(Outcomes& outcomes) const
+    {
+        std::vector<Outcomes> each;
+        size_t combinations = 1;
+        for (const auto& argument : arguments_) {
+            each.push_back({{}, outcomes.left});
+            if (!argument->CollectOutcomes(each.back())) return false;
+            combinations *= each.back().values.size();
+            if (combinations > std::min(kMostCombinations, outcomes.left)) return false;
+        }
+        outcomes.left -= combinations;
+        std::unordered_set<std::string> seen;
+        ExpressionValue outcome;
+        for (size_t combination = 0; combination < combinations; ++combination) {
+            size_t rest = combination;
+            // the last argument changes fastest
+            for (size_t i = arguments_.size(); i-- > 0;) {
+                values_[i] = each[i].values[rest % each[i].values.size()];
+                rest /= each[i].values.size();
+            }
+            Compute(outcome);
+            ExpressionValue text = outcome;
+            MakeText(text);
+            if (!text.HasValue() || !seen.insert(text.text).second) continue;
+            if (!outcomes.Add(outcome)) return false;
+        }
+        return true;
+    }
+
+    const Function& function_;
+    std::unique_ptr<FunctionState> state_;
+    mutable std::vector<double> numbers_;
+};
+
+class DefinedCall final : public Call {
+public:
+    DefinedCall(std::shared_ptr<const DefinedFunction> function, Arguments arguments,
+                ApplyRules rules)
+        : Call(std::move(arguments), std::move(rules)), function_(std::move(function))
+    {
+        height_ = std::max(height_, 1 + function_->body->Height());
+        steps_ += function_->body->Steps();
+    }
+    void Evaluate(const ExpressionCase& c, ExpressionValue& value) const override
+    {
+        EvaluateArguments(c);
+        if (MapMissing(value)) return;
+        for (size_t i = 0; i < values_.size(); ++i) {
+            if (const DataType* type = function_->parameterTypes[i]) CastTo(*type, values_[i]);
+        }
+        // The body sees its arguments and nothing else; it can't come back here, since a function
+        // that calls itself was refused.
+        ExpressionCase body = c;
+        body.parameters = values_.data();
+        function_->body->Evaluate(body, value);
+        if (function_->type != nullptr) CastTo(*function_->type, value);
+        rules_.Finish(value);
+    }
+    bool CollectOutcomes(Outcomes& outcomes) const override
+    {
+        const size_t first = outcomes.values.size();
+        if (!function_->body->CollectOutcomes(outcomes)) return false;
+        for (size_t i = first; function_->type != nullptr && i < outcomes.values.size(); ++i) {
+            CastTo(*function_->type, outcomes.values[i]);
+        }
+        return AddReplacements(outcomes);
+    }
+
+private:
+    std::shared_ptr<const DefinedFunction> function_;
+};
+
+}  // namespace
+
+void ApplyRules::Finish(ExpressionValue& value) const
+{
+    const bool notFinite = value.kind == ExpressionValue::Number && !std::isfinite(value.number);
+    if (notFinite || value.kind == ExpressionValue::Invalid) {
+        switch (invalid) {
+            case InvalidTreatment::ReturnInvalid: value.SetInvalid(); break;
+            case InvalidTreatment::AsMissing: value.SetMissing(); break;
+            case InvalidTreatment::AsIs: break;
+        }
+    }
+    defaultValue.Apply(value);
+}
+
+std::unique_ptr<Expression> MakeApply(const Function& function, Arguments arguments,
+                                      ApplyRules rules)
+{
+    return std::make_unique<BuiltInCall>(function, std::move(arguments), std::move(rules));
+}
+
+std::unique_ptr<Expression> MakeCall(std::shared_ptr<const DefinedFunction> function,
+                                     Arguments arguments, ApplyRules rules)
+{
+    return std::make_unique<DefinedCall>(std::move(function), std::move(arguments),
+                                         std::move(rules));
+}
+
+}  // namespace MCVelscore_850

@@ -1,7 +1,0 @@
-#include "host/scorecaserecord.h"
-
-namespace MCVelscore_850 {
-
-ScoreCaseRecord::~ScoreCaseRecord() = default;
-
-}  // namespace MCVelscore_850

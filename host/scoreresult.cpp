@@ -1,9 +1,0 @@
-#include "host/scoreresult.h"
-
-namespace MCVelscore_850 {
-
-ScoreResult::~ScoreResult() = default;
-ScoreRegResult::~ScoreRegResult() = default;
-ScoreClsResult::~ScoreClsResult() = default;
-
-}  // namespace MCVelscore_850

@@ -1,7 +1,0 @@
-#include "host/scorevalue.h"
-
-namespace MCVelscore_850 {
-
-ScoreValue::~ScoreValue() = default;
-
-}  // namespace MCVelscore_850

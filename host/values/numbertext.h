@@ -1,0 +1,43 @@
+#ifndef VELSCORE_HOST_VALUES_NUMBERTEXT_H
+#define VELSCORE_HOST_VALUES_NUMBERTEXT_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/export.h"
+
+namespace MCVelscore_850 {
+
+/// What a text is, read as a number.
+enum class NumberText { Number, NotANumber, TooLarge };
+
+/// Reads a decimal number with optional sign ('+' too) and exponent; blanks at the ends are
+/// passed over. Overflow answers TooLarge and leaves `number`; underflow gives 0. Texts like INF,
+/// NaN and hexadecimal are no numbers.
+VELHOST_API NumberText ReadNumber(std::string_view text, double& number);
+
+/// Reads a whole number that fits an int, by the same rules.
+VELHOST_API NumberText ReadInteger(std::string_view text, int& number);
+
+/// Appends the shortest text that reads back to the same double; a whole number below 1e15 in
+/// absolute value without point or exponent, minus zero as "0".
+VELHOST_API void AppendNumber(double number, std::string& out);
+
+/// True for the text that AppendNumber writes for the number; nothing is allocated.
+VELHOST_API bool IsTextOfNumber(std::string_view text, double number);
+
+/// The text without blanks (space, tab, line end) at its ends.
+std::string_view TrimBlanks(std::string_view text);
+
+inline std::string_view TrimBlanks(std::string_view text)
+{
+    constexpr std::string_view kBlanks = " \t\r\n";
+    const size_t first = text.find_first_not_of(kBlanks);
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+}  // namespace MCVelscore_850
+
+#endif

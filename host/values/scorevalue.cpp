@@ -1,0 +1,7 @@
+#include "host/values/scorevalue.h"
+
+namespace MCVelscore_850 {
+
+ScoreValue::~ScoreValue() = default;
+
+}  // namespace MCVelscore_850

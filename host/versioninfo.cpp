@@ -1,8 +1,0 @@
-#include "host/versioninfo.h"
-
-namespace MCVelscore_850 {
-
-ScoreVersionInfo::~ScoreVersionInfo() = default;
-VersionInfo::~VersionInfo() = default;
-
-}  // namespace MCVelscore_850
