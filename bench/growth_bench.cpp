@@ -45,9 +45,7 @@ double TimeOfKeptColumns(size_t count)
     for (size_t i = 0; i < count; ++i) header.push_back("a long name " + std::to_string(i));
     size_t columns = 0;
     const double time = Nanoseconds([&] {
-        columns = OutputShaper(ScoreResult::CLR_RESULT, {}, header, "cases.csv", {.keepAll = true})
-                      .Columns()
-                      .size();
+        columns = OutputShaper({}, header, "cases.csv", {.keepAll = true}).Columns().size();
     });
     if (columns < count) std::exit(1);
     return time;

@@ -3,6 +3,7 @@
 
 #include <unordered_map>
 
+#include "host/model/scoringstate.h"
 #include "models/regressionmodel.h"
 
 namespace MCVelscore_850 {
@@ -54,7 +55,16 @@ public:
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
     MCScore::MCStatus GetCurve(const ScoreCaseRecord* record, bool derivedInRecord,
-                               std::vector<SurvivalPoint>& curve) override;
+                               std::vector<SurvivalPoint>& curve);
+    MCScore::MCStatus CurveRow(ScoringState& state, const ScoreCaseRecord* record,
+                               bool derivedInRecord,
+                               std::vector<SurvivalPoint>& curve) const override
+    {
+        const auto status =
+            const_cast<CoxRegModel*>(this)->GetCurve(record, derivedInRecord, curve);
+        state.failedVar = failedVar;
+        return status;
+    }
 
     /// The contrasts of a factor: row i and column i belong to categories[i]. Takes the values of
     /// `categories` over, whatever it answers; false for an unknown predictor.

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "host/expressions/transformvar.h"
+#include "host/model/scoringstate.h"
 #include "host/variables/scorecaserecord.h"
 #include "host/variables/valueset.h"
 #include "host/variables/varstats.h"
@@ -292,6 +293,15 @@ void RegressionModel::SetUpDictVarIndex(const ScoreCaseRecord* record, bool deri
         if (var == nullptr) continue;
         if (derivedInRecord || !var->IsDerived()) predictorDictIndex[i] = var->GetDictIndex();
     }
+}
+
+MCScore::MCStatus RegressionModel::ScoreRow(ScoringState& state, const ScoreCaseRecord* record,
+                                            ScoreResult*& result, bool derivedInRecord) const
+{
+    const auto status =
+        const_cast<RegressionModel*>(this)->GetScore(record, result, derivedInRecord);
+    state.failedVar = failedVar;
+    return status;
 }
 
 void RegressionModel::DescribeCommon(ModelDescription& description) const

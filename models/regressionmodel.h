@@ -43,7 +43,10 @@ public:
     const ScoreDictVar* GetTargetVar() const override { return targetVar; }
     bool GetPredictionOnly() const override { return predictionOnly; }
     void Display(std::ostream& out) const override;
-    const ScoreDictVar* GetFailedVar() const override { return failedVar; }
+    /// ScoringState::failedVar of the last GetScore.
+    const ScoreDictVar* GetFailedVar() const { return failedVar; }
+    MCScore::MCStatus ScoreRow(ScoringState& state, const ScoreCaseRecord* record,
+                               ScoreResult*& result, bool derivedInRecord) const override;
     /// The pieces of Display(): a matrix row by row under its name and size, and a map's entries
     /// ascending by name.
     void DisplayMatrix(const std::string& name, const Matrix& matrix, std::ostream& out) const;

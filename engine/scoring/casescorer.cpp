@@ -5,6 +5,7 @@
 #include "engine/scoring/curveshaper.h"
 #include "host/model/scoremodel.h"
 #include "host/model/scoreresult.h"
+#include "host/model/scoringstate.h"
 #include "host/variables/scoredictvar.h"
 
 namespace MCVelscore_850 {
@@ -22,11 +23,12 @@ CaseScorer::CaseScorer(LoadedModel& model, std::span<const std::string> header,
               model.ListedByCells()})
 {}
 
-CaseScorer::CaseScorer(ScoreModel& model, const ModelDescription& description,
+CaseScorer::CaseScorer(const ScoreModel& model, const ModelDescription& description,
                        const std::vector<MiningFieldTreatment>& treatments,
                        std::span<const std::string> header, const std::string& tableName,
                        CaseOptions options)
     : model_(model),
+      state_(model.MakeState()),
       preparer_(model, description, treatments, header, tableName, std::move(options))
 {
     const std::string& offset = description.uncheckedOffset;
@@ -45,7 +47,7 @@ CaseStatus CaseScorer::Score(std::span<const std::string_view> fields)
     ScoreResult* result = result_.release();
     MCScore::MCStatus status;
     try {
-        status = model_.GetScore(&Record(), result, true);
+        status = model_.ScoreRow(*state_, &Record(), result, true);
     } catch (...) {
         result_.reset(result);
         throw;
@@ -61,7 +63,7 @@ CaseStatus CaseScorer::DrawCurve(std::span<const std::string_view> fields)
 {
     const CaseStatus prepared = Prepare(fields);
     if (!prepared.IsOK()) return prepared;
-    return StatusOf(model_.GetCurve(&Record(), true, curve_), fields);
+    return StatusOf(model_.CurveRow(*state_, &Record(), true, curve_), fields);
 }
 
 CaseStatus CaseScorer::Prepare(std::span<const std::string_view> fields)
@@ -76,7 +78,7 @@ CaseStatus CaseScorer::StatusOf(const MCScore::MCStatus& status,
                                 std::span<const std::string_view> fields) const
 {
     if (status.IsOK()) return {};
-    return preparer_.Refusal(status.GetErrorCode(), model_.GetFailedVar(), fields);
+    return preparer_.Refusal(status.GetErrorCode(), state_->failedVar, fields);
 }
 
 }  // namespace MCVelscore_850

@@ -15,6 +15,7 @@ namespace MCVelscore_850 {
 
 class LoadedModel;
 class ScoreResult;
+class ScoringState;
 
 /// Takes the rows of a table through a model: each becomes a case, then a score or a curve, or the
 /// reason why it has none. Whatever scores, verifies or draws curves does it here. The result
@@ -32,7 +33,7 @@ public:
     CaseScorer(LoadedModel& model, std::span<const std::string> header,
                const std::string& tableName, char decimal = '.',
                const std::vector<std::string>& missingTexts = {}, Answer answer = Answer::Score);
-    CaseScorer(ScoreModel& model, const ModelDescription& description,
+    CaseScorer(const ScoreModel& model, const ModelDescription& description,
                const std::vector<MiningFieldTreatment>& treatments,
                std::span<const std::string> header, const std::string& tableName,
                CaseOptions options);
@@ -54,7 +55,8 @@ private:
     CaseStatus StatusOf(const MCScore::MCStatus& status,
                         std::span<const std::string_view> fields) const;
 
-    ScoreModel& model_;
+    const ScoreModel& model_;
+    std::unique_ptr<ScoringState> state_;
     CasePreparer preparer_;
     const ScoreDictVar* uncheckedOffset_ = nullptr;
     int offsetPosition_ = -1;  ///< in the record

@@ -1,5 +1,7 @@
 #include "host/model/basemodel.h"
 
+#include "host/model/batchscorer.h"
+#include "host/model/scoringstate.h"
 #include "host/model/versioninfo.h"
 
 namespace MCVelscore_850 {
@@ -79,8 +81,18 @@ const ScoreDictVar* BaseModel::FindVar(const std::string& name) const
     return var;
 }
 
-MCScore::MCStatus BaseModel::GetCurve(const ScoreCaseRecord*, bool,
-                                      std::vector<SurvivalPoint>& curve)
+std::unique_ptr<ScoringState> BaseModel::MakeState() const
+{
+    auto state = std::make_unique<ScoringState>();
+    state->policy = missingValuePolicy;
+    state->predictionOnly = GetPredictionOnly();
+    return state;
+}
+
+std::unique_ptr<BatchScorer> BaseModel::MakeBatchScorer() const { return nullptr; }
+
+MCScore::MCStatus BaseModel::CurveRow(ScoringState&, const ScoreCaseRecord*, bool,
+                                      std::vector<SurvivalPoint>& curve) const
 {
     curve.clear();
     return MCScore::MCStatus(MCScore::kCaseNotScorable, false);

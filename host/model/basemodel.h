@@ -50,9 +50,11 @@ public:
     ScoreDictionary* GetResultDictionary() const override { return resultDictionary_.get(); }
     MVPolicy GetMissingValuePolicy() const override { return missingValuePolicy; }
     void SetScoreDictionary(ScoreDictionary* dictionary, bool owned) override;
-    MCScore::MCStatus GetCurve(const ScoreCaseRecord* record, bool derivedInRecord,
-                               std::vector<SurvivalPoint>& curve) override;
-    const ScoreDictVar* GetFailedVar() const override { return nullptr; }
+    std::unique_ptr<ScoringState> MakeState() const override;
+    MCScore::MCStatus CurveRow(ScoringState& state, const ScoreCaseRecord* record,
+                               bool derivedInRecord,
+                               std::vector<SurvivalPoint>& curve) const override;
+    std::unique_ptr<BatchScorer> MakeBatchScorer() const override;
 
     void SetAlgorithmName(const std::string& name) { algorithmName_ = name; }
     const std::string& GetAlgorithmName() const { return algorithmName_; }

@@ -2,6 +2,7 @@
 #define VELSCORE_HOST_MODEL_SCOREMODEL_H
 
 #include <iosfwd>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,18 +13,21 @@
 namespace MCVelscore_850 {
 
 class BaseDictionary;
+class BatchScorer;
 class ScoreCaseRecord;
 class ScoreDictVar;
 class ScoreDictionary;
 class ScoreResult;
 class ScoreVersionInfo;
+class ScoringState;
 class TransformationDictionary;
 struct ModelDescription;
 
 /// A fitted model that scores one case at a time.
 ///
 /// Slots   the order of the virtual operations is part of the plug-in's interface.
-/// Threads one model serves one thread at a time: scoring writes scratch in the model.
+/// Threads GetScore serves one thread at a time, since it writes to the model. ScoreRow and CurveRow
+///         serve any number, each thread with a state of its own.
 class VELHOST_API ScoreModel {
 public:
     /// What GetModelType() answers.
@@ -99,15 +103,20 @@ public:
 
     /// What the model is, in plain data.
     virtual void Describe(ModelDescription& description) const = 0;
+    /// What one run of cases changes, with the policy and the prediction-only mark of the model.
+    virtual std::unique_ptr<ScoringState> MakeState() const = 0;
+    /// GetScore of the next case of a run, which writes to nothing but the run's state, the result
+    /// and, where a policy substitutes, the record.
+    virtual MCScore::MCStatus ScoreRow(ScoringState& state, const ScoreCaseRecord* record,
+                                       ScoreResult*& result, bool derivedInRecord) const = 0;
     /// The case's survival at every time of its baseline, ascending, into `curve`, which keeps its
     /// memory from case to case. The case's own time isn't read. Only a model whose description
     /// has strata answers OK; any other fails every case with 90029.
-    virtual MCScore::MCStatus GetCurve(const ScoreCaseRecord* record, bool derivedInRecord,
-                                       std::vector<SurvivalPoint>& curve) = 0;
-    /// The variable that the last case failed for in GetScore or GetCurve, its value being missing,
-    /// not valid or unknown to the model; of several the last one. Null after a case that was
-    /// scored, and where no single variable is to blame.
-    virtual const ScoreDictVar* GetFailedVar() const = 0;
+    virtual MCScore::MCStatus CurveRow(ScoringState& state, const ScoreCaseRecord* record,
+                                       bool derivedInRecord,
+                                       std::vector<SurvivalPoint>& curve) const = 0;
+    /// What scores blocks of cases; null where the model, as it stands, has nothing of the kind.
+    virtual std::unique_ptr<BatchScorer> MakeBatchScorer() const = 0;
 };
 
 }  // namespace MCVelscore_850

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "host/model/mcstatus.h"
+#include "host/model/scoringstate.h"
 #include "host/values/numericvalue.h"
 #include "models/clrresult.h"
 #include "tests/engine/fakemodel.h"
@@ -15,19 +16,20 @@ using Row = std::vector<std::string_view>;
 // A model that answers what a test tells it to.
 class Answering final : public FakeModel {
 public:
-    MCScore::MCStatus GetScore(const ScoreCaseRecord*, ScoreResult*& result, bool) override
+    MCScore::MCStatus ScoreRow(ScoringState& state, const ScoreCaseRecord*, ScoreResult*& result,
+                               bool) const override
     {
         ++asked;
         delete result;
         result = makesResult ? new CLRResult(nullptr) : nullptr;
+        state.failedVar = failed;
         return status;
     }
-    const ScoreDictVar* GetFailedVar() const override { return failed; }
 
     bool makesResult = true;
     MCScore::MCStatus status;
     const ScoreDictVar* failed = nullptr;
-    int asked = 0;
+    mutable int asked = 0;
 };
 
 class CaseScorerTest : public testing::Test {

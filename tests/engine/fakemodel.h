@@ -58,6 +58,11 @@ public:
     BaseDictionary* GetVarsOfRole(VarRole) const override { return new BaseDictionary; }
     const ScoreDictVar* GetTargetVar() const override { return nullptr; }
     MCScore::MCStatus GetScore(const ScoreCaseRecord*, ScoreResult*&, bool) override { return {}; }
+    MCScore::MCStatus ScoreRow(ScoringState&, const ScoreCaseRecord*, ScoreResult*&,
+                               bool) const override
+    {
+        return {};
+    }
     int GetModelType() const override { return TYPE_GLR; }
     bool GetPredictionOnly() const override { return false; }
     void Display(std::ostream&) const override {}

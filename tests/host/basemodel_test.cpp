@@ -17,6 +17,11 @@ public:
     BaseDictionary* GetVarsOfRole(VarRole) const override { return new BaseDictionary; }
     const ScoreDictVar* GetTargetVar() const override { return nullptr; }
     MCScore::MCStatus GetScore(const ScoreCaseRecord*, ScoreResult*&, bool) override { return {}; }
+    MCScore::MCStatus ScoreRow(ScoringState&, const ScoreCaseRecord*, ScoreResult*&,
+                               bool) const override
+    {
+        return {};
+    }
     int GetModelType() const override { return TYPE_LR; }
     bool GetPredictionOnly() const override { return predictionOnly_; }
     void Display(std::ostream&) const override {}

@@ -1,0 +1,26 @@
+#ifndef VELSCORE_HOST_MODEL_SCORINGSTATE_H
+#define VELSCORE_HOST_MODEL_SCORINGSTATE_H
+
+#include "host/model/scoremodel.h"
+
+namespace MCVelscore_850 {
+
+/// What scoring changes from case to case, and what its first case settles: one for each run of cases
+/// and thread, so that a model that stands serves any number of them, each answering as a freshly read
+/// model does. Made by ScoreModel::MakeState().
+class VELHOST_API ScoringState {
+public:
+    virtual ~ScoringState();
+
+    ScoreModel::MVPolicy policy = ScoreModel::MV_SUBSTITUTE;
+    bool predictionOnly = false;
+    /// The variable that the last case failed for, its value being missing, not valid or unknown to
+    /// the model; of several the last one. Null after a case that was scored, and where no single
+    /// variable is to blame.
+    const ScoreDictVar* failedVar = nullptr;
+
+};
+
+}  // namespace MCVelscore_850
+
+#endif
