@@ -51,10 +51,13 @@ struct BlockKernels {
                     const double* references, double* lp);
     /// SumsOfTerms of the multinomial family: equation c goes to lp + c * kBlockRows.
     void (*equations)(const BlockColumns& columns, const double* start, const Terms& terms,
-                      const double* const* betas, size_t categories, double* lp);
+                      const double* betas, size_t equations, double* lp);
     /// StandardErrorOfSum over design values as `sums` leaves them.
     void (*standardErrors)(const double* design, const double* covariances, size_t stride,
-                           size_t count, double* errors, size_t rows);
+                           const uint32_t* met, size_t count, double* errors, size_t rows);
+    /// RootOfVariance(VarianceOfSlopes) over the first `count` columns, none of which has dates.
+    void (*slopeErrors)(const BlockColumns& columns, const double* covariances, size_t stride,
+                        size_t count, bool hasConstant, double* errors);
     /// MeanOf by Link.
     void (*means[kLinks])(const double* eta, double k, double* mean, size_t rows);
     /// CumulativeProbability by CumulativeLink.

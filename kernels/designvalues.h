@@ -29,6 +29,20 @@ VELSCORE_LANE Lane Power(Lane x, double exponent)
     return Each(x, [exponent](double each) { return __builtin_pow(each, exponent); });
 }
 
+/// Where x is the number, or as close to it as TermPart::Near has it.
+template <class Lane>
+VELSCORE_LANE Mask<Lane> IsNear(Lane x, double number)
+{
+    constexpr double kRelative = 1e-12;
+    const auto size = [](Lane of) { return Select(of < 0.0, -of, of); };
+    const double most = __builtin_fabs(number);
+    if (!(most <= __DBL_MAX__)) return x == number;
+    const Lane sizeX = size(x);
+    const Lane larger = Select(sizeX > most, sizeX, All<Lane>(most));
+    const Mask<Lane> close = size(x - number) <= kRelative * larger;
+    return Either(x == number, Both(sizeX <= __DBL_MAX__, close));
+}
+
 /// The design value of parameter p: the product of its parts from the first to the last.
 template <Ends kEnds, class Cells>
 VELSCORE_LANE DesignValue<typename Cells::Lane> DesignValueOf(const Terms& terms, size_t p,
@@ -50,20 +64,40 @@ VELSCORE_LANE DesignValue<typename Cells::Lane> DesignValueOf(const Terms& terms
     const TermPart* const end = terms.parts + terms.begin[p + 1];
     for (const TermPart* part = terms.parts + terms.begin[p]; part != end; ++part) {
         if (IsDone(Both(stands, open))) break;
-        if (part->kind == TermPart::Category) {
-            require(Cells::IsCategory(cells, part->predictor, part->code));
-        } else if (part->kind == TermPart::Contrast) {
-            const Lane contrast = Cells::Contrast(cells, part->predictor, part->column);
-            multiply(contrast);
-            if constexpr (kEnds == Ends::AtZeroContrast) open = Both(open, contrast != 0.0);
-        } else {
-            const Lane x = Cells::Number(cells, part->predictor);
-            require(x != 0.0);
-            if (IsDone(stands)) break;  // before a power is taken for nothing
-            if (part->kind == TermPart::Power) {
-                multiply(Power(x, part->exponent));
-            } else {
+        switch (part->kind) {
+            case TermPart::Category:
+                require(Cells::IsCategory(cells, part->predictor, part->code));
+                break;
+            case TermPart::Equal:
+                require(Cells::Number(cells, part->predictor) == part->number);
+                break;
+            case TermPart::Near:
+                require(IsNear(Cells::Number(cells, part->predictor), part->number));
+                break;
+            case TermPart::Contrast: {
+                const Lane contrast = Cells::Contrast(cells, part->predictor, part->column);
+                multiply(contrast);
+                if constexpr (kEnds == Ends::AtZeroContrast) open = Both(open, contrast != 0.0);
+                break;
+            }
+            case TermPart::Dummies: {
+                const Lane beta = Cells::Contrast(cells, part->predictor, part->column);
+                require(beta != 0.0);
+                multiply(beta);
+                break;
+            }
+            case TermPart::Times: {
+                const Lane x = Cells::Number(cells, part->predictor);
+                require(x != 0.0);
                 for (int32_t i = 0; i < part->times; ++i) multiply(x);
+                break;
+            }
+            case TermPart::Power: {
+                const Lane x = Cells::Number(cells, part->predictor);
+                require(x != 0.0);
+                if (IsDone(stands)) break;  // before a power is taken for nothing
+                multiply(Power(x, part->number));
+                break;
             }
         }
     }

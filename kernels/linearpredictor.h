@@ -74,16 +74,26 @@ VELSCORE_LANE typename Cells::Lane CentredSumOfTerms(const Terms& terms, const d
     return lp;
 }
 
-/// Calls term(p, d) for each parameter p, ascending, with its design value d, 0 where its term has
-/// ended; of a single case only where that isn't 0.
-template <Ends kEnds, class Cells, class Term>
-VELSCORE_LANE void ForTerms(const Terms& terms, const Cells& cells, Term term)
+/// start + sum of d[p] betas[p, c] for each equation c, p ascending, over betas and design values
+/// other than 0: into lp + c * stride. The betas of parameter p lie at betas + p * equations.
+template <Ends kEnds, class Cells>
+VELSCORE_LANE void SumsOfTerms(typename Cells::Lane start, const Terms& terms, const double* betas,
+                               size_t equations, const Cells& cells, double* lp, size_t stride)
 {
     using Lane = typename Cells::Lane;
+    for (size_t c = 0; c < equations; ++c) Store(lp + c * stride, start);
     for (size_t p = 0; p < terms.count; ++p) {
         const DesignValue<Lane> design = DesignValueOf<kEnds>(terms, p, cells);
         const Lane d = Select(design.stands, design.value, All<Lane>(0.0));
-        if (!IsDone(d != 0.0)) term(p, d);
+        const Mask<Lane> met = d != 0.0;
+        if (IsDone(met)) continue;
+        for (size_t c = 0; c < equations; ++c) {
+            const double beta = betas[p * equations + c];
+            if (beta == 0.0) continue;
+            double* const sum = lp + c * stride;
+            const Lane before = Load<Lane>(sum);
+            Store(sum, Select(met, before + d * beta, before));
+        }
     }
 }
 

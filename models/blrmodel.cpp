@@ -5,6 +5,7 @@
 
 #include "host/model/scoreresult.h"
 #include "host/variables/valueset.h"
+#include "kernels/linearpredictor.h"
 #include "kernels/softmax.h"
 #include "models/caseroad.h"
 
@@ -81,29 +82,39 @@ bool BLRModel::Setup()
     return complete && categoryMap.size() == kCategories;
 }
 
-MCStatus BLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
-                            bool derivedInRecord)
+MCStatus BLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* record, ScoreResult*& result,
+                             bool derivedInRecord) const
 {
-    CaseWalk walk(*this, kRoad, record, derivedInRecord);
+    CaseWalk walk(*this, state, kRoad, record, derivedInRecord);
     if (!walk.Start()) return walk.Status();
     walk.PrepareResult<MLRResult>(result, ScoreResult::MLR_RESULT);
     walk.FetchDerived();
-    if (!FindBetaRow()) return MCStatus(MCScore::kReferenceCategoryUnknown, false);
+    if (!FindBetaRow(state)) return MCStatus(MCScore::kReferenceCategoryUnknown, false);
     walk.GatherNumbers([&](size_t i, const ScoreDictVar* var) { return walk.FindValue(i, var); });
     if (!walk.Status().IsOK()) return walk.Status();
 
     // Only the row of the betas has a linear predictor; the other category's stays 0.
     std::array<double, kCategories> linearPredictors{};
-    double lp = 0.0;
-    if (!ComputeLinearPredictor(lp)) return MCStatus(MCScore::kFactorOutsideContrasts, false);
-    const auto betaRow = static_cast<size_t>(refTargetIndex);
-    if (betaRow < kCategories) linearPredictors[betaRow] = lp;
+    const auto betaRow = static_cast<size_t>(state.betaRow);
+    if (betaRow < categoryBetas.size()) {
+        const std::vector<double>& rowBetas = categoryBetas[betaRow];
+        FindContrastRows(state);
+        if (const ScoreDictVar* outside = FindFactorOutsideContrasts(rowBetas, state)) {
+            walk.SetStatus(MCScore::kFactorOutsideContrasts, outside);
+            return walk.Status();
+        }
+        const kernels::CaseCells cells{state.numbers.data(), state.codes.data()};
+        state.linearPredictor =
+            kernels::SumOfTerms<kernels::Ends::Alone, kernels::Adds::NonzeroTerms>(
+                0.0, plan.View(), rowBetas.data(), 0, cells, [](size_t, double) {});
+        if (betaRow < kCategories) linearPredictors[betaRow] = state.linearPredictor;
+    }
 
     const auto largest = kernels::LargestOf(linearPredictors.data(), kCategories);
     const auto predicted = static_cast<int>(largest.index);
     std::array<double, kCategories> exponentials{};
     double sum = 0.0;
-    if (!predictionOnly) {
+    if (!state.predictionOnly) {
         sum = kernels::Exponentials(linearPredictors.data(), kCategories, largest.value,
                                     exponentials.data());
     }
@@ -117,7 +128,7 @@ MCStatus BLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
     bool decided = false;
     for (const auto& [name, index] : categoryMap) {
         const double p = percent(static_cast<size_t>(index));
-        if (!predictionOnly) walk.WritePercent(name, p);
+        if (!state.predictionOnly) walk.WritePercent(name, p);
         // Whichever name comes first: the category of the cut-off is taken over the other one.
         const bool taken = name == targetReferenceCategory ? p > cutoff : !decided;
         if (!taken) continue;
@@ -130,65 +141,76 @@ MCStatus BLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
 // The row of the beta table that this case uses: the reference category's on the first case, row 1
 // on every later one and without a reference category. So a model whose reference category is the
 // first of its target flips after its first case; that is how this family scores.
-bool BLRModel::FindBetaRow()
+bool BLRModel::FindBetaRow(CaseState& state) const
 {
-    if (refTargetIndex != -1 || !refTargetCategory) {
-        refTargetIndex = 1;
+    if (state.betaRow != -1 || !refTargetCategory) {
+        state.betaRow = 1;
         return true;
     }
     const auto found = categoryMap.find(refTargetCategory->GetString());
     if (found == categoryMap.end()) return false;
-    refTargetIndex = found->second;
+    state.betaRow = found->second;
     return true;
 }
 
-// False when a factor value or a cell has no place in its contrast matrix.
-bool BLRModel::ComputeLinearPredictor(double& lp)
+TermPlan BLRModel::PlanTerms() const
 {
-    lp = 0.0;
-    const auto row = static_cast<size_t>(refTargetIndex);
-    if (row >= categoryBetas.size()) return true;
-    const std::vector<double>& rowBetas = categoryBetas[row];
-    for (size_t j = 0; j < rowBetas.size(); ++j) {
-        if (rowBetas[j] == 0.0) continue;
-        double term = 1.0;
-        bool alive = true;
-        // A covariate of 0 doesn't end the walk: a factor after it is still looked up.
-        for (const ParameterPredictor& predictor : PredictorsOf(j)) {
-            if (predictor.isFactor) {
-                double coefficient = 0.0;
-                if (!ContrastOf(predictor, coefficient)) {
-                    failedVar = predictorVars[static_cast<size_t>(predictor.predictor)];
-                    return false;
-                }
-                term *= coefficient;
-                continue;
-            }
-            const double x = caseValues[static_cast<size_t>(predictor.predictor)];
-            if (x == 0.0) {
-                alive = false;
-                term = 0.0;
+    const PlannedPredictors predictors = Planned();
+    TermPlan made = EmptyPlan(predictors);
+    for (const std::vector<double>& cells : numericPPMatrix) {
+        for (size_t k = 0; k < cells.size(); ++k) {
+            if (NumericValue::IsSystemMissingValue(cells[k])) continue;
+            if (predictors.IsFactor(k)) {
+                made.AddContrast(k, ContrastColumn(k, cells[k]));
             } else {
-                term *= CovariatePower(x, predictor.cell);
+                made.AddPower(k, cells[k]);
             }
         }
-        if (alive && term != 0.0) lp += term * rowBetas[j];
+        made.EndParameter();
     }
-    return true;
+    return made;
 }
 
-bool BLRModel::ContrastOf(const ParameterPredictor& term, double& coefficient) const
+std::vector<double> BLRModel::ContrastColumn(size_t predictor, double category) const
 {
-    const auto k = static_cast<size_t>(term.predictor);
-    if (k >= contrastCategories.size()) return false;
-    const std::vector<double>& categories = contrastCategories[k];
-    const size_t column = FindNumber(categories, term.cell);
-    const size_t row = FindNumber(categories, caseValues[k]);
-    if (column == categories.size() || row == categories.size()) return false;
-    const Matrix& matrix = contrastMatrices[k];
-    if (row >= matrix.size() || column >= matrix[row].size()) return false;
-    coefficient = matrix[row][column];
-    return true;
+    if (predictor >= contrastCategories.size()) return {};
+    const std::vector<double>& categories = contrastCategories[predictor];
+    const Matrix& matrix = contrastMatrices[predictor];
+    const size_t column = FindNumber(categories, category);
+    std::vector<double> contrasts(categories.size(), kNoContrast);
+    for (size_t row = 0; row < categories.size() && row < matrix.size(); ++row) {
+        const bool has = column < categories.size() && column < matrix[row].size();
+        if (has) contrasts[row] = matrix[row][column];
+    }
+    return contrasts;
+}
+
+void BLRModel::FindContrastRows(CaseState& state) const
+{
+    for (size_t k = 0; k < plan.readings.size(); ++k) {
+        if (plan.readings[k] != TermPlan::Reading::Code) continue;
+        state.codes[k] = CategoryCodes::kNone;
+        if (k >= contrastCategories.size()) continue;
+        const size_t row = FindNumber(contrastCategories[k], state.numbers[k]);
+        if (row < contrastCategories[k].size()) state.codes[k] = static_cast<int32_t>(row);
+    }
+}
+
+// Every factor of a parameter is looked up, also after a covariate of 0.
+const ScoreDictVar* BLRModel::FindFactorOutsideContrasts(const std::vector<double>& rowBetas,
+                                                         const CaseState& state) const
+{
+    for (size_t p = 0; p < rowBetas.size(); ++p) {
+        if (rowBetas[p] == 0.0) continue;
+        for (size_t i = plan.begin[p]; i < plan.begin[p + 1]; ++i) {
+            const kernels::TermPart& part = plan.parts[i];
+            if (part.kind != kernels::TermPart::Contrast) continue;
+            const auto k = static_cast<size_t>(part.predictor);
+            const int32_t row = state.codes[k];
+            if (row < 0 || part.column[row] == kNoContrast) return predictorVars[k];
+        }
+    }
+    return nullptr;
 }
 
 void BLRModel::Display(std::ostream& out) const

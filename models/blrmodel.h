@@ -34,8 +34,6 @@ public:
     BLRModel();
     ~BLRModel() override;
 
-    MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
-                               bool derivedInRecord) override;
     int GetModelType() const override { return TYPE_BLR; }
     void Display(std::ostream& out) const override;
     /// False when a predictor is in no dictionary, a factor has no contrast matrix, or the target
@@ -58,15 +56,23 @@ public:
     std::string GetTargetReferenceCategory() const { return targetReferenceCategory; }
 
 private:
-    bool FindBetaRow();
-    bool ComputeLinearPredictor(double& lp);
-    bool ContrastOf(const ParameterPredictor& term, double& coefficient) const;
+    MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
+                                ScoreResult*& result, bool derivedInRecord) const override;
+    TermPlan PlanTerms() const override;
+    /// The contrasts of a parameter's category by the row of the case's; kNoContrast for none.
+    std::vector<double> ContrastColumn(size_t predictor, double category) const;
+    bool FindBetaRow(CaseState& state) const;
+    /// The rows of the contrast matrices that the case's factors take.
+    void FindContrastRows(CaseState& state) const;
+    /// The first factor of the row's parameters that has no contrast for the case; null when all
+    /// have one.
+    const ScoreDictVar* FindFactorOutsideContrasts(const std::vector<double>& rowBetas,
+                                                   const CaseState& state) const;
     bool UsesCutoff() const { return cutoff > 0.0 && !targetReferenceCategory.empty(); }
 
     std::vector<Matrix> contrastMatrices;  ///< by predictor; that of a covariate is empty
     Matrix contrastCategories;             ///< by predictor, the number that labels each row
     std::unique_ptr<ScoreValue> refTargetCategory;
-    int refTargetIndex = -1;
     double cutoff = 0.0;
     std::string targetReferenceCategory;
 };

@@ -1,6 +1,7 @@
 #include "models/caseroad.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "host/messages/scoringlog.h"
 #include "host/values/stringvalue.h"
@@ -13,7 +14,8 @@ using MCScore::MCStatus;
 
 bool CaseWalk::Start()
 {
-    model_.failedVar = nullptr;
+    state_.failedVar = nullptr;
+    state_.linearPredictor = NumericValue::GetSysmisValue();
     if (record_ == nullptr) {
         status_ = MCStatus(MCScore::kCaseNotScorable, false);
         if (road_.tracesNullRecord) TraceStatus(road_.nullRecordLine);
@@ -21,9 +23,9 @@ bool CaseWalk::Start()
     }
     if (record_->HasIndexedAccess()) {
         values_ = record_->GetValues();
-        if (!model_.dictVarIndexSet) model_.SetUpDictVarIndex(record_, derivedInRecord_);
+        if (!state_.isBound) model_.Bind(state_, *record_, derivedInRecord_);
         if (values_ != nullptr && (derivedInRecord_ || !model_.needDerivedPredictor)) {
-            positions_ = model_.predictorDictIndex.data();
+            positions_ = state_.positions.data();
             valueArray_ = values_->data();
             valueCount_ = values_->size();
             variables_ = model_.predictorVars.data();
@@ -77,7 +79,7 @@ const ScoreValue* CaseWalk::FindByPosition(size_t predictor) const
 
 void CaseWalk::GatherValues(size_t count)
 {
-    const ScoreValue** const refs = model_.caseValueRefs.data();
+    const ScoreValue** const refs = state_.valueRefs.data();
     for (size_t i = 0; i < count; ++i) {
         if (positions_ != nullptr && !road_.rereadsByName && (refs[i] = SureNumber(i)) != nullptr) {
             continue;
@@ -87,10 +89,9 @@ void CaseWalk::GatherValues(size_t count)
         if (road_.rereadsByName && model_.scoreCaseValidationCheck) {
             value = record_->GetValue(var->GetName());
         }
-        model_.caseValueRefs[i] = value;
+        state_.valueRefs[i] = value;
         if (!model_.scoreCaseValidationCheck || !IsBad(value, *var)) continue;
-        if (model_.missingValuePolicy == ScoreModel::MV_SUBSTITUTE &&
-            SubstituteValue(i, var, value)) {
+        if (state_.policy == ScoreModel::MV_SUBSTITUTE && SubstituteValue(i, var, value)) {
             continue;
         }
         FailCase(i);
@@ -100,7 +101,7 @@ void CaseWalk::GatherValues(size_t count)
 void CaseWalk::JudgeNumber(size_t predictor, const ScoreValue* value)
 {
     const ScoreDictVar* var = model_.predictorVars[predictor];
-    double& number = model_.caseValues[predictor];
+    double& number = state_.numbers[predictor];
     if (road_.clearsNumbers) number = 0.0;
     bool bad = value == nullptr;
     bool judged = false;
@@ -121,8 +122,7 @@ void CaseWalk::JudgeNumber(size_t predictor, const ScoreValue* value)
     if (!model_.scoreCaseValidationCheck) return;
     if (!bad && !judged) bad = IsBad(value, *var);
     if (!bad) return;
-    if (model_.missingValuePolicy == ScoreModel::MV_SUBSTITUTE &&
-        !model_.predictorSubstitutes.empty() &&
+    if (state_.policy == ScoreModel::MV_SUBSTITUTE && !model_.predictorSubstitutes.empty() &&
         !NumericValue::IsSystemMissingValue(model_.predictorSubstitutes[predictor])) {
         number = model_.predictorSubstitutes[predictor];
         return;
@@ -133,7 +133,7 @@ void CaseWalk::JudgeNumber(size_t predictor, const ScoreValue* value)
 bool CaseWalk::HasEveryValue(size_t count)
 {
     for (size_t i = 0; i < count; ++i) {
-        if (model_.caseValueRefs[i] != nullptr) continue;
+        if (state_.valueRefs[i] != nullptr) continue;
         SetStatus(MCScore::kCaseNotScorable, model_.predictorVars[i]);
         return false;
     }
@@ -170,15 +170,15 @@ bool CaseWalk::SubstituteValue(size_t predictor, const ScoreDictVar* var, ScoreV
         static_cast<NumericValue*>(value)->SetDoubleValue(number);
     } else {
         // No number to overwrite: the model's own stands in.
-        model_.caseSubstitutes[predictor].SetDoubleValue(number);
-        model_.caseValueRefs[predictor] = &model_.caseSubstitutes[predictor];
+        state_.substitutes[predictor].SetDoubleValue(number);
+        state_.valueRefs[predictor] = &state_.substitutes[predictor];
     }
     return true;
 }
 
 void CaseWalk::FailCase(size_t predictor)
 {
-    switch (model_.missingValuePolicy) {
+    switch (state_.policy) {
         case ScoreModel::MV_SUBSTITUTE:
         case ScoreModel::MV_SYSMIS_RESULT: WriteMissingPrediction(); break;
         case ScoreModel::MV_STATUS_ONLY:
@@ -191,25 +191,24 @@ void CaseWalk::FailCase(size_t predictor)
     if (road_.namesBadPredictor) status_.SetDiscreteDatum(0, static_cast<long>(predictor));
 }
 
-double CaseWalk::DesignValue(size_t parameter) const
+void CaseWalk::ReadValues(size_t count)
 {
-    return DesignValue(parameter, [](const auto& term, const ScoreValue& value, double& d) {
-        if (!term.cell->Equals(&value)) d = 0.0;
-        return d != 0.0;
-    });
-}
-
-double CaseWalk::LinearPredictor(const std::vector<double>& betas, size_t first)
-{
-    std::vector<double>& design = model_.designRow;
-    std::fill(design.begin(), design.end(), 0.0);
-    double lp = 0.0;
-    for (size_t p = first; p < betas.size(); ++p) {
-        if (betas[p] == 0.0) continue;
-        design[p] = DesignValue(p);
-        if (design[p] != 0.0) lp += design[p] * betas[p];
+    using Reading = TermPlan::Reading;
+    for (size_t k = 0; k < count; ++k) {
+        const ScoreValue* value = state_.valueRefs[k];
+        switch (model_.plan.readings[k]) {
+            case Reading::Number:
+                state_.numbers[k] =
+                    value == nullptr ? 0.0 : NumericReading(*value, *model_.predictorVars[k]);
+                break;
+            case Reading::FactorNumber:
+                state_.numbers[k] = value != nullptr && value->Kind() == ScoreValue::NUMERIC
+                                        ? static_cast<const NumericValue*>(value)->GetDouble()
+                                        : std::numeric_limits<double>::quiet_NaN();
+                break;
+            case Reading::Code: state_.codes[k] = model_.plan.codes[k].Find(value); break;
+        }
     }
-    return lp;
 }
 
 void CaseWalk::WritePrediction(double value)

@@ -1,7 +1,6 @@
 #ifndef VELSCORE_MODELS_CASEROAD_H
 #define VELSCORE_MODELS_CASEROAD_H
 
-#include <cmath>
 #include <string>
 #include <type_traits>
 
@@ -74,13 +73,17 @@ struct CaseRoad {
 ///     8  the family leaves when Status() isn't OK
 ///     9  its design values, 10 its result: WritePrediction and the rest
 ///
-/// The value family keeps pointers to the case's values, in the model's caseValueRefs; the number
-/// family turns each value at once into a number, in caseValues.
+/// The value family keeps pointers to the case's values, in the state's valueRefs, and reads them
+/// once they are judged (ReadValues); the number family turns each value at once into a number.
 class CaseWalk {
 public:
-    CaseWalk(RegressionModel& model, const CaseRoad& road, const ScoreCaseRecord* record,
-             bool derivedInRecord)
-        : model_(model), road_(road), record_(record), derivedInRecord_(derivedInRecord)
+    CaseWalk(const RegressionModel& model, CaseState& state, const CaseRoad& road,
+             const ScoreCaseRecord* record, bool derivedInRecord)
+        : model_(model),
+          state_(state),
+          road_(road),
+          record_(record),
+          derivedInRecord_(derivedInRecord)
     {}
 
     /// False for a null record, whose status is then set; nothing else of the call runs.
@@ -129,21 +132,9 @@ public:
     /// then fails like a null record. True when the first `count` values are all there.
     bool HasEveryValue(size_t count);
 
-    /// Step 9 of the value family: the product over the parameter's predictors k of
-    ///
-    ///     1 or 0    factor: the case's value equals the cell, or not
-    ///     x[k]^e    covariate with exponent e: 0 where x[k] is 0, whatever e is; an e of 0 or
-    ///               below leaves the product as it is
-    ///
-    /// 0.0 as soon as one of them makes it so, and for an absent value.
-    double DesignValue(size_t parameter) const;
-    /// The same where factors count otherwise: `factor(cell, value, d)` multiplies a factor into
-    /// the product d, and ends it by false.
-    template <class Factor>
-    double DesignValue(size_t parameter, Factor factor) const;
-    /// The sum over the parameters from `first` on of beta times design value, which go to the
-    /// model's designRow; a parameter with beta 0.0 is passed over and its design value is 0.0.
-    double LinearPredictor(const std::vector<double>& betas, size_t first = 0);
+    /// Begins step 9 of the value family: the numbers and codes that the terms read of the first
+    /// `count` values. An absent value is the number 0, and no category.
+    void ReadValues(size_t count);
 
     bool IsFresh() const { return fresh_; }
     const MCScore::MCStatus& Status() const { return status_; }
@@ -167,7 +158,7 @@ public:
     void SetStatus(long code, const ScoreDictVar* failed = nullptr)
     {
         status_ = MCScore::MCStatus(code, false);
-        model_.failedVar = failed;
+        state_.failedVar = failed;
     }
     /// Leaves the status in the trace.
     void TraceStatus(const char* line = kStatusLine) const;
@@ -194,7 +185,8 @@ private:
     /// Step 7 for a value that isn't substituted.
     void FailCase(size_t predictor);
 
-    RegressionModel& model_;
+    const RegressionModel& model_;
+    CaseState& state_;
     const CaseRoad& road_;
     const ScoreCaseRecord* record_;
     bool derivedInRecord_;
@@ -225,19 +217,11 @@ inline double NumericReading(const ScoreValue& value, const ScoreDictVar& var)
                : value.GetDouble();
 }
 
-/// What a covariate multiplies into a design value: x to the power of its exponent, 1 for an
-/// exponent of 0 or below.
-inline double CovariatePower(double x, double exponent)
-{
-    if (!(exponent > 0.0) || x == 1.0) return 1.0;
-    return exponent == 1.0 ? x : std::pow(x, exponent);  // pow(x, 1) is x, exactly
-}
-
 inline ScoreValue* CaseWalk::ValueAtPosition(size_t predictor, bool& bound) const
 {
     bound = false;
-    if (values_ == nullptr || predictor >= model_.predictorDictIndex.size()) return nullptr;
-    const int position = model_.predictorDictIndex[predictor];
+    if (values_ == nullptr || predictor >= state_.positions.size()) return nullptr;
+    const int position = state_.positions[predictor];
     if (position < 0) return nullptr;
     bound = true;
     const auto p = static_cast<size_t>(position);
@@ -254,31 +238,11 @@ inline const NumericValue* CaseWalk::SureNumber(size_t predictor) const
     return variables_[predictor]->SurelyAccepts(number->GetDouble()) ? number : nullptr;
 }
 
-template <class Factor>
-double CaseWalk::DesignValue(size_t parameter, Factor factor) const
-{
-    double d = 1.0;
-    for (const RegressionModel::ParameterCell& term : model_.CellsOf(parameter)) {
-        const auto k = static_cast<size_t>(term.predictor);
-        const ScoreValue* value = model_.caseValueRefs[k];
-        if (value == nullptr) return 0.0;
-        if (term.isFactor) {
-            if (!factor(term, *value, d)) return d;
-            continue;
-        }
-        const double x = NumericReading(*value, *model_.predictorVars[k]);
-        if (x == 0.0) return 0.0;
-        d *= CovariatePower(x, term.exponent);
-        if (d == 0.0) return 0.0;
-    }
-    return d;
-}
-
 template <class Find>
 void CaseWalk::GatherNumbers(Find find)
 {
     const size_t count = model_.predictorVars.size();
-    double* const numbers = model_.caseValues.data();
+    double* const numbers = state_.numbers.data();
     for (size_t i = 0; i < count; ++i) {
         if (positions_ != nullptr) {
             if (const NumericValue* sure = SureNumber(i)) {
@@ -294,7 +258,7 @@ template <class Percent>
 void CaseWalk::WriteCategories(int predicted, Percent percent)
 {
     for (const auto& [name, index] : model_.categoryMap) {
-        if (!model_.predictionOnly) WritePercent(name, percent(static_cast<size_t>(index)));
+        if (!state_.predictionOnly) WritePercent(name, percent(static_cast<size_t>(index)));
         if (index == predicted) WriteCategory(name);
     }
 }

@@ -3,6 +3,7 @@
 #include <ostream>
 
 #include "host/variables/valueset.h"
+#include "kernels/linearpredictor.h"
 #include "kernels/softmax.h"
 #include "models/caseroad.h"
 #include "models/clrresult.h"
@@ -39,29 +40,31 @@ bool CLRModel::Setup()
     paramTable = std::make_unique<ParamTable>(this);
     ppcMatrix = std::make_unique<PPCMatrix>(this);
     pcovMatrix = std::make_unique<PCovMatrix>(this);
-    linearPredictors.assign(categoryMap.size(), 0.0);
-    exponentials.assign(categoryMap.size(), 0.0);
     return true;
 }
 
-MCScore::MCStatus CLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
-                                     bool derivedInRecord)
+MCScore::MCStatus CLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* record,
+                                      ScoreResult*& result, bool derivedInRecord) const
 {
-    CaseWalk walk(*this, kRoad, record, derivedInRecord);
+    CaseWalk walk(*this, state, kRoad, record, derivedInRecord);
     if (!walk.Start()) return walk.Status();
     walk.PrepareResult<CLRResult>(result, ScoreResult::CLR_RESULT);
     walk.FetchDerived();
     walk.GatherValues(predictorVars.size());
     if (!walk.Status().IsOK()) return walk.Status();
 
-    for (size_t c = 0; c < linearPredictors.size(); ++c) {
-        linearPredictors[c] = walk.LinearPredictor(categoryBetas[c]);
+    walk.ReadValues(predictorVars.size());
+    const kernels::CaseCells cells{state.numbers.data(), state.codes.data()};
+    double* const lp = state.linearPredictors.data();
+    const size_t categories = state.linearPredictors.size();
+    for (size_t c = 0; c < categories; ++c) {
+        lp[c] = kernels::SumOfTerms<kernels::Ends::AtZeroProduct, kernels::Adds::NonzeroTerms>(
+            0.0, plan.View(), categoryBetas[c].data(), 0, cells, [](size_t, double) {});
     }
-    const size_t categories = linearPredictors.size();
-    const double largest = kernels::LargestOf(linearPredictors.data(), categories).value;
-    const double sum =
-        kernels::Exponentials(linearPredictors.data(), categories, largest, exponentials.data());
-    walk.WritePrediction(exponentials[0] / sum);
+    state.linearPredictor = lp[0];
+    const double largest = kernels::LargestOf(lp, categories).value;
+    const double sum = kernels::Exponentials(lp, categories, largest, state.probabilities.data());
+    walk.WritePrediction(state.probabilities[0] / sum);
     return walk.Status();
 }
 

@@ -15,7 +15,6 @@ namespace MCVelscore_850 {
 ///
 /// Errors  GetScore answers 90029 for a null record or a bad value.
 /// Order   Setup() before the tables are filled, FinishSetup() before the first GetScore().
-/// Threads one model serves one thread at a time: the case's scratch lies in the model.
 class CLRModel final : public RegressionModel {
 public:
     CLRModel();
@@ -23,8 +22,6 @@ public:
 
     /// The policy MV_STATUS_ONLY does nothing here: a bad value stands. Prediction-only makes no
     /// difference.
-    MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
-                               bool derivedInRecord) override;
     int GetModelType() const override { return TYPE_CLR; }
     void Display(std::ostream& out) const override;
     /// False, without tables, for a target without categories or whose first one has the made-up
@@ -35,10 +32,9 @@ public:
     const std::string& GetDummyCategory() const { return dummyCategory; }
 
 private:
+    MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
+                                ScoreResult*& result, bool derivedInRecord) const override;
     std::string dummyCategory;
-    // Scratch of the case, by category.
-    std::vector<double> linearPredictors;
-    std::vector<double> exponentials;
 };
 
 }  // namespace MCVelscore_850

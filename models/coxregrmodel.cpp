@@ -7,6 +7,7 @@
 
 #include "host/expressions/transformvar.h"
 #include "host/values/stringvalue.h"
+#include "kernels/linearpredictor.h"
 #include "kernels/survival.h"
 #include "models/caseroad.h"
 #include "models/coxregresult.h"
@@ -30,7 +31,6 @@ constexpr CaseRoad kRoad{
 };
 
 constexpr double kNone = NumericValue::GetSysmisValue();
-constexpr size_t kNotLookedUp = static_cast<size_t>(-1);
 constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 
 double LimitOf(const std::vector<double>& limits, size_t stratum)
@@ -38,13 +38,19 @@ double LimitOf(const std::vector<double>& limits, size_t stratum)
     return stratum < limits.size() ? limits[stratum] : kNotANumber;
 }
 
-// The first of the categories that equals the value, their count when none does.
-size_t PlaceOf(const std::vector<std::unique_ptr<ScoreValue>>& categories, const ScoreValue& value)
-{
-    size_t i = 0;
-    while (i < categories.size() && !(categories[i] && categories[i]->Equals(&value))) ++i;
-    return i;
-}
+// The case's cells where factors have contrasts: notes the first factor without a place in its
+// matrix, and answers 0, which ends the parameter.
+struct ContrastCells : kernels::CaseCells {
+    mutable int32_t outside = -1;  ///< that factor
+
+    static double Contrast(const ContrastCells& cells, int32_t predictor, const double* column)
+    {
+        const int32_t code = cells.codes[predictor];
+        if (code >= 0 && column[code] != kNoContrast) return column[code];
+        if (cells.outside < 0) cells.outside = predictor;
+        return 0.0;
+    }
+};
 
 }  // namespace
 
@@ -139,10 +145,10 @@ void CoxRegModel::computeRefValues(std::vector<double>& parameterBetas, int para
     }
 }
 
-MCStatus CoxRegModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
-                               bool derivedInRecord)
+MCStatus CoxRegModel::ScoreCase(CaseState& state, const ScoreCaseRecord* record,
+                                ScoreResult*& result, bool derivedInRecord) const
 {
-    CaseWalk walk(*this, kRoad, record, derivedInRecord);
+    CaseWalk walk(*this, state, kRoad, record, derivedInRecord);
     if (!walk.Start()) return walk.Status();
     CoxRegResult& answer = walk.PrepareResult<CoxRegResult>(result, ScoreResult::COXREG_RESULT);
     if (walk.IsFresh()) answer.SetDeadString(targetString);
@@ -159,7 +165,7 @@ MCStatus CoxRegModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& resu
         return Fail(walk, endTimeVariable);
     }
     double lp = 0.0;
-    if (!ComputeLinearPredictor(walk, lp)) return walk.Status();
+    if (!ComputeLinearPredictor(walk, state, lp)) return walk.Status();
     const int stratum = StratumOf(stratumValue);
     if (stratum < 0) return Fail(walk, stratumVariable);
 
@@ -170,11 +176,22 @@ MCStatus CoxRegModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& resu
     return walk.Status();
 }
 
-MCStatus CoxRegModel::GetCurve(const ScoreCaseRecord* record, bool derivedInRecord,
-                               std::vector<SurvivalPoint>& curve)
+MCStatus CoxRegModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
+                               bool derivedInRecord)
 {
+    if (!refValuesComputed && basePointTable.size() == betas.size()) {
+        computeRefValues(betas, static_cast<int>(betas.size()));
+        ownState.hasReferences = false;
+    }
+    return RegressionModel::GetScore(record, result, derivedInRecord);
+}
+
+MCStatus CoxRegModel::CurveRow(ScoringState& run, const ScoreCaseRecord* record,
+                               bool derivedInRecord, std::vector<SurvivalPoint>& curve) const
+{
+    auto& state = static_cast<CaseState&>(run);
     curve.clear();
-    CaseWalk walk(*this, kRoad, record, derivedInRecord);
+    CaseWalk walk(*this, state, kRoad, record, derivedInRecord);
     if (!walk.Start()) return walk.Status();
     CoxRegResult unused(targetVar);  // where a policy writes its missing prediction
     ScoreResult* result = &unused;
@@ -186,7 +203,7 @@ MCStatus CoxRegModel::GetCurve(const ScoreCaseRecord* record, bool derivedInReco
         return Fail(walk, stratumVariable);
     }
     double lp = 0.0;
-    if (!ComputeLinearPredictor(walk, lp)) return walk.Status();
+    if (!ComputeLinearPredictor(walk, state, lp)) return walk.Status();
     const int stratum = StratumOf(stratumValue);
     if (stratum < 0) return Fail(walk, stratumVariable);
 
@@ -211,75 +228,78 @@ bool CoxRegModel::FindOwnValue(const ScoreCaseRecord& record, const ScoreDictVar
     return value != nullptr;
 }
 
-bool CoxRegModel::ComputeLinearPredictor(CaseWalk& walk, double& lp)
+bool CoxRegModel::ComputeLinearPredictor(CaseWalk& walk, CaseState& state, double& lp) const
 {
     const size_t n = predictorVars.size();
     walk.GatherValues(n);
-
-    // Also for a case that has failed by now. A base point of another length centres nothing, and
-    // the next case looks again.
-    if (refValues.size() < betas.size()) refValues.resize(betas.size(), 0.0);
-    if (!refValuesComputed && basePointTable.size() == betas.size()) {
-        computeRefValues(betas, static_cast<int>(betas.size()));
-    }
     if (!walk.Status().IsOK() || !walk.HasEveryValue(n)) {
         walk.TraceStatus();
         return false;
     }
-
-    const bool contrasts = !contrastMatrices.empty();
-    if (contrasts) PrepareContrasts();
-    const auto multiplyContrast = [&](const ParameterCell& term, const ScoreValue& value,
-                                      double& d) {
-        const double contrast = ContrastOf(walk, term, value);
-        d *= contrast;
-        return contrast != 0.0 && d != 0.0;
-    };
-    lp = 0.0;
-    for (size_t p = 0; p < betas.size(); ++p) {
-        designRow[p] = 0.0;
-        if (betas[p] == 0.0) continue;  // not even its reference term, which is 0 then
-        designRow[p] = contrasts ? walk.DesignValue(p, multiplyContrast) : walk.DesignValue(p);
-        if (!walk.Status().IsOK()) {
-            walk.TraceStatus();
-            return false;
-        }
-        if (designRow[p] != 0.0 || refValues[p] != 0.0) {
-            lp += designRow[p] * betas[p] - refValues[p];
-        }
+    if (!state.hasReferences) {
+        state.references = ReferenceTerms();
+        // A base point of another length centres nothing, and the next case looks again.
+        state.hasReferences = refValuesComputed || basePointTable.size() == betas.size();
     }
+    walk.ReadValues(n);
+    const ContrastCells cells{{state.numbers.data(), state.codes.data()}};
+    lp = kernels::CentredSumOfTerms<kernels::Ends::AtZeroContrast>(
+        plan.View(), betas.data(), state.references.data(), cells, [](size_t, double) {});
+    if (cells.outside >= 0) {
+        walk.SetStatus(MCScore::kFactorOutsideContrasts,
+                       predictorVars[static_cast<size_t>(cells.outside)]);
+        walk.TraceStatus();
+        return false;
+    }
+    state.linearPredictor = lp;
     return true;
 }
 
-void CoxRegModel::PrepareContrasts()
+std::vector<double> CoxRegModel::ReferenceTerms() const
 {
-    contrastRows.assign(predictorVars.size(), kNotLookedUp);
-    if (contrastColumns.size() == parameterCells.size()) return;
-    for (const ParameterCell& term : parameterCells) {
-        const auto k = static_cast<size_t>(term.predictor);
-        const bool has = term.isFactor && k < contrastCategories.size();
-        contrastColumns.push_back(has ? PlaceOf(contrastCategories[k], *term.cell) : kNotLookedUp);
+    std::vector<double> references = refValues;
+    references.resize(betas.size(), 0.0);
+    if (!refValuesComputed && basePointTable.size() == betas.size()) {
+        for (size_t p = 0; p < betas.size(); ++p) references[p] = basePointTable[p] * betas[p];
     }
+    return references;
 }
 
-// The entry of the factor's matrix in the row of the case's category and the column of the
-// parameter's. Where there is none the case fails, and the 0 ends the parameter's walk.
-double CoxRegModel::ContrastOf(CaseWalk& walk, const ParameterCell& term, const ScoreValue& value)
+TermPlan CoxRegModel::PlanTerms() const
 {
-    const auto k = static_cast<size_t>(term.predictor);
-    if (k < contrastMatrices.size()) {
-        size_t& row = contrastRows[k];
-        if (row == kNotLookedUp) row = PlaceOf(contrastCategories[k], value);
-        const size_t column = contrastColumns[static_cast<size_t>(&term - parameterCells.data())];
-        const Matrix& matrix = contrastMatrices[k];
-        const bool known =
-            row < contrastCategories[k].size() && column < contrastCategories[k].size();
-        if (known && row < matrix.size() && column < matrix[row].size()) {
-            return matrix[row][column];
-        }
+    if (contrastMatrices.empty()) return RegressionModel::PlanTerms();
+    const PlannedPredictors predictors = Planned();
+    TermPlan made = EmptyPlan(predictors);
+    for (size_t k = 0; k < contrastCategories.size() && k < made.codes.size(); ++k) {
+        for (const auto& category : contrastCategories[k]) made.codes[k].Append(category.get());
     }
-    walk.SetStatus(MCScore::kFactorOutsideContrasts, predictorVars[k]);
-    return 0.0;
+    for (int p = 0; p < numParameters; ++p) {
+        for (const auto& [predictor, cell] : ppcMatrix->Row(p)) {
+            const auto k = static_cast<size_t>(predictor);
+            if (k >= predictorVars.size()) break;
+            if (predictors.IsFactor(k)) {
+                made.AddContrast(k, ContrastColumn(made.codes[k], k, *cell));
+            } else {
+                made.AddPower(k, cell->GetDouble());
+            }
+        }
+        made.EndParameter();
+    }
+    return made;
+}
+
+std::vector<double> CoxRegModel::ContrastColumn(const CategoryCodes& codes, size_t predictor,
+                                                const ScoreValue& cell) const
+{
+    std::vector<double> contrasts(codes.Size(), kNoContrast);
+    const int32_t column = codes.Find(&cell);
+    if (column < 0) return contrasts;
+    const Matrix& matrix = contrastMatrices[predictor];
+    for (size_t row = 0; row < contrasts.size() && row < matrix.size(); ++row) {
+        const auto c = static_cast<size_t>(column);
+        if (c < matrix[row].size()) contrasts[row] = matrix[row][c];
+    }
+    return contrasts;
 }
 
 int CoxRegModel::StratumOf(const ScoreValue* value) const

@@ -3,7 +3,6 @@
 
 #include <unordered_map>
 
-#include "host/model/scoringstate.h"
 #include "models/regressionmodel.h"
 
 namespace MCVelscore_850 {
@@ -45,8 +44,6 @@ public:
     explicit CoxRegModel(ModelType type = TYPE_COXREG);
     ~CoxRegModel() override;
 
-    MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
-                               bool derivedInRecord) override;
     int GetModelType() const override { return modelType; }
     void Display(std::ostream& out) const override;
     /// False when a predictor is in no dictionary, and when some factor has contrasts and another
@@ -54,17 +51,12 @@ public:
     /// dictionary stays null and is no failure here.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
-    MCScore::MCStatus GetCurve(const ScoreCaseRecord* record, bool derivedInRecord,
-                               std::vector<SurvivalPoint>& curve);
+    /// Computes the reference terms once more when their table has come since.
+    MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
+                               bool derivedInRecord) override;
     MCScore::MCStatus CurveRow(ScoringState& state, const ScoreCaseRecord* record,
                                bool derivedInRecord,
-                               std::vector<SurvivalPoint>& curve) const override
-    {
-        const auto status =
-            const_cast<CoxRegModel*>(this)->GetCurve(record, derivedInRecord, curve);
-        state.failedVar = failedVar;
-        return status;
-    }
+                               std::vector<SurvivalPoint>& curve) const override;
 
     /// The contrasts of a factor: row i and column i belong to categories[i]. Takes the values of
     /// `categories` over, whatever it answers; false for an unknown predictor.
@@ -110,6 +102,8 @@ public:
     void SetEndTimeVariable(const ScoreDictVar* var) { endTimeVariable = var; }
 
 private:
+    MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
+                                ScoreResult*& result, bool derivedInRecord) const override;
     using OwnedCategories = std::vector<std::unique_ptr<ScoreValue>>;
     /// One of cumHazardTables as plain arrays, for the look-up of a case.
     struct Baseline {
@@ -122,10 +116,14 @@ private:
     /// where a derived one has no value; a plain one may yield null.
     bool FindOwnValue(const ScoreCaseRecord& record, const ScoreDictVar* var,
                       const std::string& name, const ScoreValue*& value) const;
+    TermPlan PlanTerms() const override;
+    /// The contrasts of a cell's category by the code of the case's; kNoContrast for none.
+    std::vector<double> ContrastColumn(const CategoryCodes& codes, size_t predictor,
+                                       const ScoreValue& cell) const;
+    /// What each parameter takes off at the base point; zeros where there is none.
+    std::vector<double> ReferenceTerms() const;
     /// Steps 5 to 9: the predictors' values, the reference terms, lp. False when the case fails.
-    bool ComputeLinearPredictor(CaseWalk& walk, double& lp);
-    double ContrastOf(CaseWalk& walk, const ParameterCell& term, const ScoreValue& value);
-    void PrepareContrasts();
+    bool ComputeLinearPredictor(CaseWalk& walk, CaseState& state, double& lp) const;
     /// The index of the case's stratum, 0 for a null value; -1 for one that has no table.
     int StratumOf(const ScoreValue* value) const;
     /// The cumulative hazard of a stratum's baseline at t, system-missing where there is none.
@@ -149,16 +147,11 @@ private:
     std::vector<double> minTimes;  ///< of each table's first cell in document order
     std::vector<double> maxTimes;
     std::string targetString;
-    std::vector<double> refValues;  ///< per parameter; empty until the first case
+    std::vector<double> refValues;  ///< of computeRefValues(), per parameter
     bool refValuesComputed = false;
     ModelType modelType;
     std::map<std::string, double> stratumCatValMaxMap;
     std::string stratumVarName;
-
-    // Where values stand in the contrasts: each of parameterCells, from the first case on, and the
-    // case's own by predictor. Out of range where a value has no place.
-    std::vector<size_t> contrastColumns;
-    std::vector<size_t> contrastRows;
 
     // What SetCumHazardTable() makes of its arguments for the look-ups of a case. Of strata of one
     // text or number the first counts.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "kernels/linearpredictor.h"
 #include "kernels/links.h"
 #include "models/caseroad.h"
 
@@ -65,15 +66,13 @@ bool CumulativeLinkModel::Setup()
     }
     paramTable = std::make_unique<ParamTable>(this);
     ppcMatrix = std::make_unique<PPCMatrix>(this);
-    thresholds.assign(categoryMap.size(), 0.0);
-    categoryProbs.assign(categoryMap.size(), 0.0);
     return resolved;
 }
 
-MCScore::MCStatus CumulativeLinkModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
-                                                bool derivedInRecord)
+MCScore::MCStatus CumulativeLinkModel::ScoreCase(CaseState& state, const ScoreCaseRecord* record,
+                                                 ScoreResult*& result, bool derivedInRecord) const
 {
-    CaseWalk walk(*this, ways_.road, record, derivedInRecord);
+    CaseWalk walk(*this, state, ways_.road, record, derivedInRecord);
     if (!walk.Start()) return walk.Status();
     walk.PrepareResult<MLRResult>(result, ScoreResult::MLR_RESULT);
     walk.FetchDerived();
@@ -83,34 +82,46 @@ MCScore::MCStatus CumulativeLinkModel::GetScore(const ScoreCaseRecord* record, S
 
     // A case with a bad value is not left here, on purpose: its prediction comes from the
     // thresholds alone, over what the policy wrote, and the status stays.
-    const size_t predicted = ComputeCategoryProbs(LinearPredictor(walk));
-    walk.WriteCategories(static_cast<int>(predicted), [&](size_t c) { return categoryProbs[c]; });
+    state.linearPredictor = LinearPredictor(walk, state);
+    const size_t predicted = ComputeCategoryProbs(state.linearPredictor, state);
+    walk.WriteCategories(static_cast<int>(predicted),
+                         [&](size_t c) { return state.probabilities[c]; });
     return walk.Status();
 }
 
-double CumulativeLinkModel::LinearPredictor(CaseWalk& walk)
+void CumulativeLinkModel::FinishPlan()
+{
+    thresholds.assign(categoryMap.size(), 0.0);
+    for (size_t i = 0; i < thresholds.size() && !betas.empty(); ++i) {
+        thresholds[i] = categoryBetas[i].front();
+    }
+}
+
+double CumulativeLinkModel::LinearPredictor(CaseWalk& walk, CaseState& state) const
 {
     double lp = 0.0;
     if (walk.Status().IsOK() && betas.size() > 1 && categoryBetas.size() > 1) {
-        lp = walk.LinearPredictor(categoryBetas[categoryBetas.size() - 2], 1);
+        walk.ReadValues(predictorCount);
+        const kernels::CaseCells cells{state.numbers.data(), state.codes.data()};
+        const std::vector<double>& shared = categoryBetas[categoryBetas.size() - 2];
+        // Parameter 0 is the thresholds' own.
+        lp = kernels::SumOfTerms<kernels::Ends::AtZeroProduct, kernels::Adds::NonzeroTerms>(
+            0.0, plan.View(), shared.data(), 1, cells,
+            [&](size_t p, double d) { state.design[p] = d; });
     } else {
-        std::fill(designRow.begin(), designRow.end(), 0.0);
+        std::fill(state.design.begin(), state.design.end(), 0.0);
     }
     switch (offset.kind) {
-        case Offset::VARIABLE: return offset.HasVariable() ? lp + OffsetOfCase(walk) : lp;
+        case Offset::VARIABLE: return offset.HasVariable() ? lp + OffsetOfCase(walk, state) : lp;
         case Offset::VALUE: return lp + offset.value;
         case Offset::NONE: break;
     }
     return lp;
 }
 
-// Fills categoryProbs and answers the most probable category.
-size_t CumulativeLinkModel::ComputeCategoryProbs(double linearPredictor)
+size_t CumulativeLinkModel::ComputeCategoryProbs(double linearPredictor, CaseState& state) const
 {
-    const int categories = static_cast<int>(categoryProbs.size());
-    for (size_t i = 0; i < thresholds.size() && !betas.empty(); ++i) {
-        thresholds[i] = categoryBetas[i].front();
-    }
+    const int categories = static_cast<int>(state.probabilities.size());
     double previous = 0.0;
     double best = 0.0;
     size_t predicted = 0;
@@ -121,12 +132,13 @@ size_t CumulativeLinkModel::ComputeCategoryProbs(double linearPredictor)
         // A sum that falls short of the one before never makes a negative probability.
         const bool counts =
             !NumericValue::IsSystemMissingValue(cumulative) && !(previous > cumulative);
-        categoryProbs[c] = counts ? cumulative - previous : 0.0;
+        const double probability = counts ? cumulative - previous : 0.0;
+        state.probabilities[c] = probability;
         if (counts) previous = cumulative;
         if (i == 0) {
-            best = categoryProbs[c];
-        } else if (categoryProbs[c] - best > ways_.margin) {
-            best = categoryProbs[c];
+            best = probability;
+        } else if (probability - best > ways_.margin) {
+            best = probability;
             predicted = c;
         }
     }

@@ -26,7 +26,6 @@ struct CaseRoad;
 /// Errors  GetScore answers 90029 for a null record or a bad value, with the predictor's index. A
 ///         bad value doesn't end the case: the thresholds alone make its prediction.
 /// Order   Setup() before the tables are filled, FinishSetup() before the first GetScore().
-/// Threads one model serves one thread at a time: the case's scratch lies in the model.
 class CumulativeLinkModel : public RegressionModel {
 public:
     enum CumulLinkFunction {
@@ -39,8 +38,6 @@ public:
 
     ~CumulativeLinkModel() override;
 
-    MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
-                               bool derivedInRecord) override;
     int GetModelType() const override { return TYPE_ORDINAL; }
     /// False when a predictor is in no dictionary; the tables are made all the same.
     bool Setup() override;
@@ -70,6 +67,8 @@ public:
                           const std::vector<double>& boundaries) const;
 
 protected:
+    MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
+                                ScoreResult*& result, bool derivedInRecord) const override;
     /// What the two families of this model do each its own way; OffsetOfCase is the rest.
     struct Ways {
         const CaseRoad& road;
@@ -86,22 +85,22 @@ protected:
     const char* LinkName() const;
 
     /// What the offset variable adds to the linear predictor of a case, whose design values lie in
-    /// designRow.
-    virtual double OffsetOfCase(const CaseWalk& walk) const = 0;
+    /// the state.
+    virtual double OffsetOfCase(const CaseWalk& walk, const CaseState& state) const = 0;
 
     Offset offset;
     size_t offsetIndex = 0;     ///< of the offset variable in predictorVars
     size_t predictorCount = 0;  ///< without the offset variable
 
 private:
-    double LinearPredictor(CaseWalk& walk);
-    size_t ComputeCategoryProbs(double linearPredictor);
+    void FinishPlan() override;
+    double LinearPredictor(CaseWalk& walk, CaseState& state) const;
+    /// Fills the case's probabilities and answers the most probable category.
+    size_t ComputeCategoryProbs(double linearPredictor, CaseState& state) const;
 
     const Ways ways_;
     CumulLinkFunction linkFunction = CUM_LOGIT;
-    // Scratch of the case, by category.
-    std::vector<double> thresholds;
-    std::vector<double> categoryProbs;
+    std::vector<double> thresholds;  ///< by category; made by FinishSetup()
 };
 
 }  // namespace MCVelscore_850

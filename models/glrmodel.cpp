@@ -1,9 +1,9 @@
 #include "models/glrmodel.h"
 
-#include <cmath>
 #include <ostream>
 
 #include "host/expressions/transformvar.h"
+#include "kernels/linearpredictor.h"
 #include "models/caseroad.h"
 #include "models/lrresult.h"
 #include "models/studentquantile.h"
@@ -21,22 +21,6 @@ constexpr CaseRoad kRoad{
     .clearsNumbers = true,
     .missingPrediction = MissingPrediction::Number,
 };
-
-// d times x to the power of the next whole number at or above the exponent, by multiplication: 2
-// gives x x, 2.5 gives x x x, 0.5 gives x. This family has no pow, on purpose. An exponent that
-// no model has takes pow all the same, so that the loop ends.
-double MultiplyByPower(double d, double x, double exponent)
-{
-    if (exponent <= 1.0) return d * x;
-    constexpr double kMostMultiplications = 100000.0;
-    if (exponent > kMostMultiplications) return d * std::pow(x, std::ceil(exponent));
-    double count = 0.0;
-    do {
-        d *= x;
-        count += 1.0;
-    } while (exponent > count);
-    return d;
-}
 
 }  // namespace
 
@@ -59,10 +43,10 @@ bool GLRModel::Setup()
     return true;
 }
 
-MCScore::MCStatus GLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
-                                     bool derivedInRecord)
+MCScore::MCStatus GLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* record,
+                                      ScoreResult*& result, bool derivedInRecord) const
 {
-    CaseWalk walk(*this, kRoad, record, derivedInRecord);
+    CaseWalk walk(*this, state, kRoad, record, derivedInRecord);
     if (!walk.Start()) return walk.Status();
     LRResult& answer = walk.PrepareResult<LRResult>(result, ScoreResult::LR_RESULT);
 
@@ -83,11 +67,16 @@ MCScore::MCStatus GLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*
     });
     if (!walk.Status().IsOK()) return walk.Status();
 
-    const double lp = LinearPredictor();
+    EncodeNumbers(state, true);
+    const kernels::CaseCells cells{state.numbers.data(), state.codes.data()};
+    // Terms of 0 are added too, and a product of 0 is multiplied on.
+    const double lp = kernels::SumOfTerms<kernels::Ends::Alone, kernels::Adds::StandingTerms>(
+        0.0, plan.View(), betas.data(), 0, cells, [&](size_t p, double d) { state.design[p] = d; });
+    state.linearPredictor = lp;
     walk.WritePrediction(lp);
-    if (predictionOnly) return walk.Status();
+    if (state.predictionOnly) return walk.Status();
 
-    const double se = StandardError();
+    const double se = StandardError(state);
     answer.SetStdDev(se);
     answer.SetCIBottom(NumericValue::GetSysmisValue());
     answer.SetCITop(NumericValue::GetSysmisValue());
@@ -104,38 +93,12 @@ MCScore::MCStatus GLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*
     return walk.Status();
 }
 
-double GLRModel::LinearPredictor()
-{
-    const double* const x = caseValues.data();
-    const ParameterPredictor* term = parameterPredictors.data();
-    double lp = 0.0;
-    for (size_t p = 0; p < betas.size(); ++p) {
-        const ParameterPredictor* const end =
-            parameterPredictors.data() + parameterPredictorsBegin[p + 1];
-        bool active = betas[p] != 0.0;
-        double d = 1.0;
-        for (; term != end; ++term) {
-            const double value = x[term->predictor];
-            if (term->isFactor) {
-                if (!NumericValue::IsEqual(term->cell, value)) active = false;
-            } else if (value == 0.0) {  // exact: the tolerant comparison has no absolute part
-                active = false;
-            } else if (term->cell > 0.0 && value != 1.0) {
-                d = MultiplyByPower(d, value, term->cell);
-            }
-        }
-        designRow[p] = active ? d : 0.0;
-        if (active) lp += d * betas[p];
-    }
-    return lp;
-}
-
-double GLRModel::StandardError()
+double GLRModel::StandardError(CaseState& state) const
 {
     const bool fixed = !NumericValue::IsSystemMissingValue(sigmaValue);
     if (fixed && IsLinearSVM()) return sigmaValue;
     // A sigma of any other algorithm says nothing about the error.
-    return pcovMatrix == nullptr ? 0.0 : DesignStandardError();
+    return pcovMatrix == nullptr ? 0.0 : DesignStandardError(state);
 }
 
 void GLRModel::Display(std::ostream& out) const

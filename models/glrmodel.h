@@ -24,14 +24,11 @@ namespace MCVelscore_850 {
 /// Errors  GetScore answers 90029 for a null record or a bad value; a df without a quantile gives
 ///         system-missing limits with status OK.
 /// Order   Setup() before the tables are filled, FinishSetup() before the first GetScore().
-/// Threads one model serves one thread at a time: the case's scratch lies in the model.
 class GLRModel final : public RegressionModel {
 public:
     GLRModel();
     ~GLRModel() override;
 
-    MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
-                               bool derivedInRecord) override;
     int GetModelType() const override { return TYPE_GLR; }
     void Display(std::ostream& out) const override;
     /// False when a predictor is in no dictionary; no table is made then.
@@ -52,10 +49,11 @@ public:
     const std::string& GetDummyCategory() const { return dummyCategory; }
 
 private:
+    MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
+                                ScoreResult*& result, bool derivedInRecord) const override;
     bool IsLinearSVM() const;
-    /// Fills designRow from caseValues and answers the linear predictor.
-    double LinearPredictor();
-    double StandardError();
+    TermPlan PlanTerms() const override { return PlanNumberTerms(NumberTerms::RepeatedProducts); }
+    double StandardError(CaseState& state) const;
 
     std::string dummyCategory;  ///< the one row of the beta table
     std::string algorithmName;

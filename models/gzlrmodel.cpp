@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "host/variables/valueset.h"
+#include "kernels/linearpredictor.h"
 #include "models/caseroad.h"
 #include "models/gzlrlinks.h"
 #include "models/lrresult.h"
@@ -158,10 +159,10 @@ int GZLRModel::RowOfEvent() const
     return eventCategory == nullptr || found == categoryMap.end() ? 0 : found->second;
 }
 
-MCScore::MCStatus GZLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
-                                      bool derivedInRecord)
+MCScore::MCStatus GZLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* record,
+                                       ScoreResult*& result, bool derivedInRecord) const
 {
-    CaseWalk walk(*this, kRoad, record, derivedInRecord);
+    CaseWalk walk(*this, state, kRoad, record, derivedInRecord);
     if (!walk.Start()) return walk.Status();
     LRResult* measured = nullptr;
     if (binaryTarget) {
@@ -169,36 +170,41 @@ MCScore::MCStatus GZLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult
     } else {
         measured = &walk.PrepareResult<LRResult>(result, ScoreResult::LR_RESULT);
     }
-    if (eventRow < 0) eventRow = RowOfEvent();  // for good: a later event keeps this row
+    if (state.betaRow < 0) state.betaRow = RowOfEvent();  // for good: a later event keeps it
     walk.FetchDerived();
     const size_t n = predictorVars.size();  // the offset and trials variables among them
     walk.GatherValues(n);
     if (!walk.Status().IsOK() || !walk.HasEveryValue(n)) return walk.Status();
 
-    double eta = walk.LinearPredictor(categoryBetas[static_cast<size_t>(eventRow)]);
+    walk.ReadValues(n);
+    const kernels::CaseCells cells{state.numbers.data(), state.codes.data()};
+    double eta = kernels::SumOfTerms<kernels::Ends::AtZeroProduct, kernels::Adds::NonzeroTerms>(
+        0.0, plan.View(), categoryBetas[static_cast<size_t>(state.betaRow)].data(), 0, cells,
+        [&](size_t p, double d) { state.design[p] = d; });
     if (offset.kind == Offset::VALUE) eta += offset.value;
     if (offset.kind == Offset::VARIABLE && offset.variable != nullptr) {
-        eta += NumericReading(*caseValueRefs[predictorCount], *offset.variable);
+        eta += state.numbers[predictorCount];
     }
+    state.linearPredictor = eta;
     int trials = -1;
-    if (trialsKind == VARIABLE && !ReadTrials(trials)) {
-        if (missingValuePolicy != MV_STATUS_ONLY) walk.WriteMissingPrediction();
+    if (trialsKind == VARIABLE && !ReadTrials(state, trials)) {
+        if (state.policy != MV_STATUS_ONLY) walk.WriteMissingPrediction();
         walk.SetStatus(MCScore::kCaseNotScorable, trialsVar);
         return walk.Status();
     }
     if (binaryTarget) {
-        WriteCategory(walk, GetMeanPred(eta, trials));
+        WriteCategory(walk, GetMeanPred(eta, trials), state.predictionOnly);
     } else {
         walk.WritePrediction(GetMeanPred(eta, trials));
-        if (!predictionOnly) WriteLimits(*measured, eta, trials);
+        if (!state.predictionOnly) WriteLimits(*measured, eta, trials, state);
     }
     return walk.Status();
 }
 
-bool GZLRModel::ReadTrials(int& trials) const
+bool GZLRModel::ReadTrials(const CaseState& state, int& trials) const
 {
     if (trialsVar == nullptr) return true;
-    const double number = NumericReading(*caseValueRefs.back(), *trialsVar);
+    const double number = state.numbers.back();
     using Limits = std::numeric_limits<int>;
     // Written so that a NaN fails; truncated, the limits are still in reach.
     if (!(number > Limits::min() - 1.0 && number < Limits::max() + 1.0)) return false;
@@ -206,16 +212,16 @@ bool GZLRModel::ReadTrials(int& trials) const
     return true;
 }
 
-void GZLRModel::WriteLimits(LRResult& answer, double eta, int trials)
+void GZLRModel::WriteLimits(LRResult& answer, double eta, int trials, CaseState& state) const
 {
-    const double se = pcovMatrix == nullptr ? 0.0 : DesignStandardError();
+    const double se = pcovMatrix == nullptr ? 0.0 : DesignStandardError(state);
     answer.SetStdDev(se);
     const auto [lower, upper] = GetCIMeanPred(eta, se, trials);
     answer.SetCIBottom(lower);
     answer.SetCITop(upper);
 }
 
-void GZLRModel::WriteCategory(CaseWalk& walk, double mean)
+void GZLRModel::WriteCategory(CaseWalk& walk, double mean, bool categoryOnly) const
 {
     // The mean is compared as it stands, times the trials where there are any; a NaN is below.
     const bool isEvent = mean >= kEventBoundary;
@@ -225,7 +231,7 @@ void GZLRModel::WriteCategory(CaseWalk& walk, double mean)
     } else {
         walk.WriteCategory(isEvent ? eventName : otherName);
     }
-    if (predictionOnly) return;
+    if (categoryOnly) return;
     // Without a mean too: the status says that they are none.
     walk.WritePercent(eventName, mean);
     if (otherCategory != nullptr) walk.WritePercent(otherName, 1.0 - mean);

@@ -35,7 +35,6 @@ struct GZLRLink;
 ///         choose). A numeric target without a mean has a system-missing prediction, status OK.
 /// Order   setters; Setup() before the tables are filled; UpdateResAndRefCat(); FinishSetup()
 ///         before the first GetScore(), which settles the row of betas for good.
-/// Threads one model serves one thread at a time: the case's scratch lies in the model.
 class GZLRModel final : public RegressionModel {
 public:
     enum LinkFunction {
@@ -64,8 +63,6 @@ public:
     GZLRModel();
     ~GZLRModel() override;
 
-    MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
-                               bool derivedInRecord) override;
     int GetModelType() const override { return TYPE_GZLR; }
     void Display(std::ostream& out) const override;
     /// False when the target has more than two categories, and no table is made; false too when a
@@ -110,17 +107,19 @@ public:
     const std::string& GetDummyCategory() const { return dummyCategory; }
 
 private:
+    MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
+                                ScoreResult*& result, bool derivedInRecord) const override;
     enum Kind { NONE, VARIABLE, VALUE };
 
     void NameCategories();
     /// The row of betas of the event.
     int RowOfEvent() const;
     /// The case's trials; false for a number that is none or beyond an int.
-    bool ReadTrials(int& trials) const;
+    bool ReadTrials(const CaseState& state, int& trials) const;
     /// `mean` times the trials of a binomial distribution.
     double TimesTrials(double mean, int trials) const;
-    void WriteLimits(LRResult& answer, double eta, int trials);
-    void WriteCategory(CaseWalk& walk, double mean);
+    void WriteLimits(LRResult& answer, double eta, int trials, CaseState& state) const;
+    void WriteCategory(CaseWalk& walk, double mean, bool categoryOnly) const;
     std::string DescribeTrials() const;
     std::string DescribeMean(const GZLRLink& link) const;
     void DescribeClasses(ModelDescription& description) const;
@@ -139,7 +138,6 @@ private:
     const ScoreValue* otherCategory = nullptr;  ///< the target's
     std::string eventName;
     std::string otherName;
-    int eventRow = -1;  ///< the row of betas that is read, from the first case on
 };
 
 }  // namespace MCVelscore_850

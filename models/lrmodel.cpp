@@ -1,9 +1,10 @@
 #include "models/lrmodel.h"
 
 #include <algorithm>
-#include <cmath>
 #include <ostream>
 
+#include "kernels/linearpredictor.h"
+#include "kernels/standarderror.h"
 #include "models/caseroad.h"
 #include "models/lrresult.h"
 #include "models/studentquantile.h"
@@ -36,14 +37,13 @@ bool LRModel::Setup()
     paramTable = std::make_unique<ParamTable>(this);
     pcovMatrix = std::make_unique<PCovMatrix>(this);
     ppcMatrix = std::make_unique<PPCMatrix>(this);
-    plainValues.resize(predictorVars.size());
     return resolved;
 }
 
-MCScore::MCStatus LRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
-                                    bool derivedInRecord)
+MCScore::MCStatus LRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* record,
+                                     ScoreResult*& result, bool derivedInRecord) const
 {
-    CaseWalk walk(*this, kRoad, record, derivedInRecord);
+    CaseWalk walk(*this, state, kRoad, record, derivedInRecord);
     if (!walk.Start()) return walk.Status();
     LRResult& answer = walk.PrepareResult<LRResult>(result, ScoreResult::LR_RESULT);
     walk.FetchDerived();
@@ -51,23 +51,16 @@ MCScore::MCStatus LRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*&
     walk.GatherValues(n);
     if (!walk.Status().IsOK() || !walk.HasEveryValue(n)) return walk.Status();
 
-    for (size_t i = 0; i < n; ++i) {
-        caseValues[i] = NumericReading(*caseValueRefs[i], *predictorVars[i]);
-        const bool number = caseValueRefs[i]->Kind() == ScoreValue::NUMERIC;
-        plainValues[i] = number ? caseValues[i] : caseValueRefs[i]->GetDouble();
-    }
-    double lp = n < betas.size() ? betas[n] : 0.0;
-    for (size_t i = 0; i < n; ++i) {
-        const double x = caseValues[i];
-        const double b = i < betas.size() ? betas[i] : 0.0;
-        if (x != 0.0 && b != 0.0) lp += b * x;
-    }
+    ReadNumbers(state);
+    const double constant = n < betas.size() ? betas[n] : 0.0;
+    const kernels::CaseCells cells{state.numbers.data(), state.codes.data()};
+    const double lp =
+        kernels::SumOfSlopes(constant, betas.data(), std::min(n, betas.size()), cells);
+    state.linearPredictor = lp;
     walk.WritePrediction(lp);
-    if (predictionOnly) return walk.Status();
+    if (state.predictionOnly) return walk.Status();
 
-    double v = Variance();
-    if (v < 0.0) v = 0.0;  // from rounding; a NaN stays
-    const double se = std::sqrt(v);
+    const double se = StandardError(state);
     answer.SetStdDev(se);
     const double t = t05(df);
     constexpr double kNone = NumericValue::GetSysmisValue();
@@ -77,32 +70,27 @@ MCScore::MCStatus LRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*&
     return walk.Status();
 }
 
-double LRModel::Variance() const
+void LRModel::ReadNumbers(CaseState& state) const
 {
-    const Matrix& covariances = pcovMatrix->GetCells();
+    for (size_t i = 0; i < predictorVars.size(); ++i) {
+        const ScoreValue& value = *state.valueRefs[i];
+        state.numbers[i] = NumericReading(value, *predictorVars[i]);
+        const bool isNumber = value.Kind() == ScoreValue::NUMERIC;
+        state.plainNumbers[i] = isNumber ? state.numbers[i] : value.GetDouble();
+    }
+}
+
+double LRModel::StandardError(const CaseState& state) const
+{
     // Every predictor has its row, but a model set up without the constant lacks the last.
-    const size_t n = std::min(predictorVars.size(), covariances.size());
-    const bool hasConstant = n == predictorVars.size() && n < covariances.size();
-    const double* const x = caseValues.data();
+    const size_t rows = pcovMatrix->GetRows();
+    const size_t n = std::min(predictorVars.size(), rows);
+    const bool hasConstant = n == predictorVars.size() && n < rows;
     // On purpose: in the inner sum the plain number, not the reading of a date from its variable's
     // origin; scores depend on it.
-    const double* const y = plainValues.data();
-    double v = 0.0;
-    if (hasConstant) {
-        const double* const last = covariances[n].data();
-        v = last[n];
-        for (size_t j = 0; j < n; ++j) {
-            if (last[j] != 0.0 && x[j] != 0.0) v += (2.0 * last[j]) * x[j];
-        }
-    }
-    for (size_t i = 0; i < n; ++i) {
-        if (x[i] == 0.0) continue;
-        const double* const row = covariances[i].data();
-        for (size_t j = 0; j < n; ++j) {
-            if (row[j] != 0.0 && y[j] != 0.0) v += (x[i] * row[j]) * y[j];
-        }
-    }
-    return v;
+    return kernels::RootOfVariance(kernels::VarianceOfSlopes<double>(
+        pcovMatrix->GetRow(0), rows, n, hasConstant, [&](size_t i) { return state.numbers[i]; },
+        [&](size_t j) { return state.plainNumbers[j]; }));
 }
 
 void LRModel::Display(std::ostream& out) const

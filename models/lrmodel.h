@@ -19,14 +19,11 @@ namespace MCVelscore_850 {
 /// Errors  GetScore answers 90029 for a null record or a bad value; df <= 0 gives system-missing
 ///         limits with status OK.
 /// Order   Setup() before the tables are filled, FinishSetup() before the first GetScore().
-/// Threads one model serves one thread at a time: the case's scratch lies in the model.
 class LRModel final : public RegressionModel {
 public:
     LRModel();
     ~LRModel() override;
 
-    MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
-                               bool derivedInRecord) override;
     int GetModelType() const override { return TYPE_LR; }
     void Display(std::ostream& out) const override;
     /// False when a predictor is in no dictionary; the tables are made all the same.
@@ -38,11 +35,15 @@ public:
     const std::string& GetDummyCategory() const { return dummyCategory; }
 
 private:
-    /// v = x' V x in the fixed order of additions, from the case's numbers.
-    double Variance() const;
+    MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
+                                ScoreResult*& result, bool derivedInRecord) const override;
+    TermPlan PlanTerms() const override { return EmptyPlan(Planned()); }
+    /// The values' numbers: from their variables' origins, and plain.
+    void ReadNumbers(CaseState& state) const;
+    /// The square root of x' V x.
+    double StandardError(const CaseState& state) const;
 
-    std::string dummyCategory;        ///< the one row of the beta table
-    std::vector<double> plainValues;  ///< scratch: each value's own number, dates unread
+    std::string dummyCategory;  ///< the one row of the beta table
 };
 
 }  // namespace MCVelscore_850

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/model/scoreresult.h"
+#include "kernels/linearpredictor.h"
 #include "kernels/softmax.h"
 #include "models/caseroad.h"
 
@@ -37,62 +38,44 @@ bool MLRModel::Setup()
     paramTable = std::make_unique<ParamTable>(this);
     ppcMatrix = std::make_unique<PPCMatrix>(this);
     SizeNumericPPMatrix();
-    linearPredictors.assign(categoryMap.size(), 0.0);
-    exponentials.assign(categoryMap.size(), 0.0);
     return resolved;
 }
 
-MCScore::MCStatus MLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
-                                     bool derivedInRecord)
+MCScore::MCStatus MLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* record,
+                                      ScoreResult*& result, bool derivedInRecord) const
 {
-    CaseWalk walk(*this, kRoad, record, derivedInRecord);
+    CaseWalk walk(*this, state, kRoad, record, derivedInRecord);
     if (!walk.Start()) return walk.Status();
     walk.PrepareResult<MLRResult>(result, ScoreResult::MLR_RESULT);
     walk.FetchDerived();
     walk.GatherNumbers([&](size_t i, const ScoreDictVar* var) { return walk.FindValue(i, var); });
     if (!walk.Status().IsOK()) return walk.Status();
 
-    if (offset.HasVariable()) offset.value = caseValues[predictorCount];
-    // Design values don't depend on the category: each is computed once for all rows of betas.
-    for (size_t p = 0; p < designRow.size(); ++p) designRow[p] = DesignValue(p);
-    for (size_t c = 0; c < linearPredictors.size(); ++c) {
-        // The offset goes to every category, the reference category too. It cancels out of the
-        // probabilities and only shifts what the guards against overflow look at, on purpose.
-        double lp = offset.value;
-        const std::vector<double>& betasOfCategory = categoryBetas[c];
-        for (size_t p = 0; p < designRow.size(); ++p) {
-            if (betasOfCategory[p] != 0.0 && designRow[p] != 0.0) {
-                lp += designRow[p] * betasOfCategory[p];
-            }
-        }
-        linearPredictors[c] = lp;
-    }
-
-    const size_t categories = linearPredictors.size();
-    const auto largest = kernels::LargestOf(linearPredictors.data(), categories);
+    EncodeNumbers(state, false);
+    state.offset = offset.HasVariable() ? state.numbers[predictorCount] : offset.value;
+    const size_t categories = state.linearPredictors.size();
+    double* const lp = state.linearPredictors.data();
+    const kernels::CaseCells cells{state.numbers.data(), state.codes.data()};
+    // The offset goes to every category, the reference category too. It cancels out of the
+    // probabilities and only shifts what the guards against overflow look at, on purpose.
+    kernels::SumsOfTerms<kernels::Ends::Alone>(state.offset, plan.View(), betasByParameter.data(),
+                                               categories, cells, lp, 1);
+    const auto largest = kernels::LargestOf(lp, categories);
     double sum = 0.0;
-    if (!predictionOnly) {
-        sum = kernels::Exponentials(linearPredictors.data(), categories, largest.value,
-                                    exponentials.data());
+    if (!state.predictionOnly) {
+        sum = kernels::Exponentials(lp, categories, largest.value, state.probabilities.data());
     }
     walk.WriteCategories(static_cast<int>(largest.index),
-                         [&](size_t c) { return exponentials[c] / sum; });
+                         [&](size_t c) { return state.probabilities[c] / sum; });
     return walk.Status();
 }
 
-double MLRModel::DesignValue(size_t parameter) const
+MCScore::MCStatus MLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
+                                     bool derivedInRecord)
 {
-    double d = 1.0;
-    for (const ParameterPredictor& term : PredictorsOf(parameter)) {
-        const double x = caseValues[static_cast<size_t>(term.predictor)];
-        if (term.isFactor) {
-            if (term.cell != x) return 0.0;  // exact: both are the same category's number
-            continue;
-        }
-        if (x == 0.0) return 0.0;
-        d *= CovariatePower(x, term.cell);
-    }
-    return d;
+    const auto status = RegressionModel::GetScore(record, result, derivedInRecord);
+    if (offset.HasVariable()) offset.value = ownState.offset;
+    return status;
 }
 
 void MLRModel::Display(std::ostream& out) const { RegressionModel::Display(out); }

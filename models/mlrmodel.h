@@ -21,14 +21,11 @@ namespace MCVelscore_850 {
 /// Shapes  C categories, P parameters: betas C x P.
 /// Errors  GetScore answers 90029 for a null record or a bad value, with the predictor's index.
 /// Order   Setup() before the tables are filled, FinishSetup() before the first GetScore().
-/// Threads one model serves one thread at a time: the case's scratch lies in the model.
 class MLRModel final : public RegressionModel {
 public:
     MLRModel();
     ~MLRModel() override;
 
-    MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
-                               bool derivedInRecord) override;
     int GetModelType() const override { return TYPE_MLR; }
     void Display(std::ostream& out) const override;
     /// False when a predictor is in no dictionary; the tables are made all the same.
@@ -43,14 +40,17 @@ public:
     /// The constant, or with an offset variable the last case's offset.
     double GetOffsetValue() const { return offset.value; }
 
+    /// Keeps the case's offset for GetOffsetValue().
+    MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
+                               bool derivedInRecord) override;
+
 private:
-    double DesignValue(size_t parameter) const;
+    MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
+                                ScoreResult*& result, bool derivedInRecord) const override;
+    TermPlan PlanTerms() const override { return PlanNumberTerms(NumberTerms::Powers); }
 
     Offset offset;
     size_t predictorCount = 0;  ///< without the offset variable
-    // Scratch of the case, by category.
-    std::vector<double> linearPredictors;
-    std::vector<double> exponentials;
 };
 
 }  // namespace MCVelscore_850

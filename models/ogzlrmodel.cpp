@@ -28,9 +28,9 @@ OGZLRModel::~OGZLRModel() = default;
 
 // Not the case's offset: the design value of the parameter whose index is the offset's index among
 // the predictors. Scores of this family depend on it. Without such a parameter nothing is added.
-double OGZLRModel::OffsetOfCase(const CaseWalk&) const
+double OGZLRModel::OffsetOfCase(const CaseWalk&, const CaseState& state) const
 {
-    return offsetIndex < designRow.size() ? designRow[offsetIndex] : 0.0;
+    return offsetIndex < state.design.size() ? state.design[offsetIndex] : 0.0;
 }
 
 void OGZLRModel::Display(std::ostream& out) const

@@ -22,7 +22,7 @@ public:
     DistType GetDistType() const { return distType; }
 
 private:
-    double OffsetOfCase(const CaseWalk& walk) const override;
+    double OffsetOfCase(const CaseWalk& walk, const CaseState& state) const override;
 
     DistType distType = DIST_MULTINOMIAL;
 };

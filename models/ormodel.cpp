@@ -24,7 +24,7 @@ ORModel::ORModel()
 {}
 ORModel::~ORModel() = default;
 
-double ORModel::OffsetOfCase(const CaseWalk& walk) const
+double ORModel::OffsetOfCase(const CaseWalk& walk, const CaseState&) const
 {
     const ScoreValue* value = walk.FindByPosition(offsetIndex);
     return value == nullptr ? 0.0 : value->GetDouble();

@@ -17,7 +17,7 @@ public:
     void Describe(ModelDescription& description) const override;
 
 private:
-    double OffsetOfCase(const CaseWalk& walk) const override;
+    double OffsetOfCase(const CaseWalk& walk, const CaseState& state) const override;
 };
 
 }  // namespace MCVelscore_850

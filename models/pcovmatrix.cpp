@@ -52,9 +52,9 @@ bool PCovMatrix::Write(int row, int column, double value)
     const auto r = static_cast<size_t>(row);
     const auto c = static_cast<size_t>(column);
     if (r >= dimension || c >= dimension) return false;
-    if (cells.empty()) cells.assign(dimension, std::vector<double>(dimension, 0.0));
-    cells[r][c] = value;
-    cells[c][r] = value;
+    if (cells.empty()) cells.assign(dimension * dimension, 0.0);
+    cells[r * dimension + c] = value;
+    cells[c * dimension + r] = value;
     return true;
 }
 
@@ -98,6 +98,13 @@ double PCovMatrix::GetCell(const std::string& parameterA, const std::string& par
 {
     if (form != PLAIN) return 0.0;
     return GetCell(ParameterIndex(parameterA), ParameterIndex(parameterB));
+}
+
+std::vector<std::vector<double>> PCovMatrix::GetCells() const
+{
+    std::vector<std::vector<double>> rows;
+    for (size_t r = 0; r < GetRows(); ++r) rows.emplace_back(GetRow(r), GetRow(r) + dimension);
+    return rows;
 }
 
 }  // namespace MCVelscore_850

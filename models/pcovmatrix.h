@@ -57,12 +57,20 @@ public:
     {
         const auto r = static_cast<size_t>(row);  // a negative index is out of range too
         const auto c = static_cast<size_t>(column);
-        return r < numParameters && c < numParameters && !cells.empty() ? cells[r][c] : 0.0;
+        return r < numParameters && c < numParameters && !cells.empty() ? cells[r * dimension + c]
+                                                                        : 0.0;
     }
     /// By names; 0.0 outside the plain form and for an unknown name.
     double GetCell(const std::string& parameterA, const std::string& parameterB) const;
     /// The whole matrix, without any row while nothing was written.
-    const std::vector<std::vector<double>>& GetCells() const { return cells; }
+    std::vector<std::vector<double>> GetCells() const;
+    /// A row of the matrix, which the next one follows; null while nothing was written.
+    const double* GetRow(size_t row) const
+    {
+        return cells.empty() ? nullptr : cells.data() + row * dimension;
+    }
+    /// The rows that memory holds: none while nothing was written.
+    size_t GetRows() const { return cells.empty() ? 0 : dimension; }
     /// The number of rows and of columns, written or not.
     size_t GetDimension() const { return dimension; }
 
@@ -72,7 +80,7 @@ private:
     bool Write(int row, int column, double value);
 
     const RegressionModel* model;
-    std::vector<std::vector<double>> cells;
+    std::vector<double> cells;  ///< row after row
     const std::map<std::string, int>* parameters;
     Form form;
     size_t dimension;

@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "host/expressions/transformvar.h"
-#include "host/model/scoringstate.h"
 #include "host/variables/scorecaserecord.h"
 #include "host/variables/valueset.h"
 #include "host/variables/varstats.h"
+#include "kernels/standarderror.h"
 
 namespace MCVelscore_850 {
 
@@ -39,6 +40,15 @@ bool AnswersRole(ScoreModel::VarRole wanted, ScoreModel::VarRole role, bool deri
         case ScoreModel::ROLE_OFFSET: return !derived;
         default: return false;
     }
+}
+
+// The code that a category's number is: a whole number its own, any other none.
+int32_t CodeOf(double number, bool nearly)
+{
+    if (!(std::fabs(number) <= std::numeric_limits<int32_t>::max())) return CategoryCodes::kNone;
+    const double whole = std::nearbyint(number);
+    const bool is = number == whole || (nearly && NumericValue::IsEqual(number, whole));
+    return is ? static_cast<int32_t>(whole) : CategoryCodes::kNone;
 }
 
 }  // namespace
@@ -175,11 +185,10 @@ bool RegressionModel::FinishSetup()
         }
     }
 
-    designRow.resize(parameters);
-    metParameters.resize(parameters);
-    caseValueRefs.resize(predictors);
-    caseValues.resize(predictors);
-    caseSubstitutes.assign(predictors, NumericValue(NumericValue::GetSysmisValue()));
+    betasByParameter.clear();
+    for (size_t p = 0; p < parameters; ++p) {
+        for (const std::vector<double>& row : categoryBetas) betasByParameter.push_back(row[p]);
+    }
 
     predictorIsDerived.clear();
     for (const ScoreDictVar* var : predictorVars) {
@@ -213,66 +222,98 @@ bool RegressionModel::FinishSetup()
         }
     }
 
-    if (!numericPPMatrix.empty()) {
-        ListParameterPredictors();
-    } else if (ppcMatrix) {
-        ListParameterCells();
-    }
+    plan = PlanTerms();
+    FinishPlan();
+    SizeState(ownState);
     return true;
 }
 
-void RegressionModel::ListParameterPredictors()
+TermPlan RegressionModel::PlanTerms() const
 {
-    parameterPredictors.clear();
-    parameterPredictorsBegin.assign(1, 0);
-    for (size_t p = 0; p < parameterMap.size(); ++p) {
-        for (size_t k = 0; k < predictorVars.size(); ++k) {
-            const double cell = numericPPMatrix[p][k];
+    return ppcMatrix ? TermsOfCells(*ppcMatrix, parameterMap.size(), Planned())
+                     : EmptyPlan(Planned());
+}
+
+TermPlan RegressionModel::PlanNumberTerms(NumberTerms terms) const
+{
+    const PlannedPredictors predictors = Planned();
+    const bool repeats = terms == NumberTerms::RepeatedProducts;
+    TermPlan made = EmptyPlan(predictors);
+    for (const std::vector<double>& row : numericPPMatrix) {
+        for (size_t k = 0; k < row.size(); ++k) {
+            const double cell = row[k];
             if (NumericValue::IsSystemMissingValue(cell)) continue;
-            const bool isFactor = k < predictorRoles.size() && predictorRoles[k] == ROLE_FACTOR;
-            parameterPredictors.push_back({static_cast<int>(k), isFactor, cell});
+            const int32_t code = CodeOf(cell, false);
+            if (!predictors.IsFactor(k)) {
+                repeats ? made.AddRepeatedProduct(k, cell) : made.AddPower(k, cell);
+            } else if (predictors.HasTexts(k) && code != CategoryCodes::kNone) {
+                made.AddCategory(k, code);
+            } else {
+                made.AddNumber(k, repeats ? kernels::TermPart::Near : kernels::TermPart::Equal,
+                               cell);
+            }
         }
-        parameterPredictorsBegin.push_back(parameterPredictors.size());
+        made.EndParameter();
     }
+    return made;
 }
 
-void RegressionModel::ListParameterCells()
+void RegressionModel::SizeState(CaseState& state) const
 {
-    parameterCells.clear();
-    parameterCellsBegin.assign(1, 0);
-    for (int p = 0; p < numParameters; ++p) {
-        for (const auto& [predictor, value] : ppcMatrix->Row(p)) {
-            const auto k = static_cast<size_t>(predictor);
-            if (k >= predictorVars.size()) break;
-            const bool isFactor = k < predictorRoles.size() && predictorRoles[k] == ROLE_FACTOR;
-            parameterCells.push_back({predictor, isFactor,
-                                      std::unique_ptr<const ScoreValue>(value->Clone()),
-                                      isFactor ? 0.0 : value->GetDouble()});
+    const size_t predictors = predictorVars.size();
+    const size_t parameters = parameterMap.size();
+    state.valueRefs.resize(predictors);
+    state.substitutes.assign(predictors, NumericValue(NumericValue::GetSysmisValue()));
+    state.numbers.resize(predictors);
+    state.codes.resize(predictors, CategoryCodes::kNone);
+    state.plainNumbers.resize(predictors);
+    state.design.resize(parameters);
+    state.met.resize(parameters);
+    state.linearPredictors.resize(categoryMap.size());
+    state.probabilities.resize(categoryMap.size());
+}
+
+std::unique_ptr<ScoringState> RegressionModel::MakeState() const
+{
+    auto state = std::make_unique<CaseState>();
+    state->policy = missingValuePolicy;
+    state->predictionOnly = predictionOnly;
+    SizeState(*state);
+    return state;
+}
+
+MCScore::MCStatus RegressionModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
+                                            bool derivedInRecord)
+{
+    ownState.policy = missingValuePolicy;
+    ownState.predictionOnly = predictionOnly;
+    if (record != nullptr && record->HasIndexedAccess() && !ownState.isBound) {
+        SetUpDictVarIndex(record, derivedInRecord);
+    }
+    return ScoreCase(ownState, record, result, derivedInRecord);
+}
+
+void RegressionModel::EncodeNumbers(CaseState& state, bool nearly) const
+{
+    for (size_t k = 0; k < plan.readings.size(); ++k) {
+        if (plan.readings[k] == TermPlan::Reading::Code) {
+            state.codes[k] = CodeOf(state.numbers[k], nearly);
         }
-        parameterCellsBegin.push_back(parameterCells.size());
     }
 }
 
-double RegressionModel::DesignStandardError()
+double RegressionModel::DesignStandardError(CaseState& state) const
 {
     // Only parameters that the case meets count.
-    const Matrix& covariances = pcovMatrix->GetCells();
-    const size_t n = std::min(designRow.size(), covariances.size());
+    const size_t n = std::min(state.design.size(), pcovMatrix->GetRows());
     size_t met = 0;
     for (size_t p = 0; p < n; ++p) {
-        metParameters[met] = p;
-        if (designRow[p] != 0.0) ++met;
+        state.met[met] = static_cast<uint32_t>(p);
+        if (state.design[p] != 0.0) ++met;
     }
-    double s = 0.0;
-    for (size_t i = 0; i < met; ++i) {
-        const double r = designRow[metParameters[i]];
-        const double* const row = covariances[metParameters[i]].data();
-        for (size_t j = 0; j < met; ++j) {
-            const double c = row[metParameters[j]];
-            if (c != 0.0) s += (c * r) * designRow[metParameters[j]];
-        }
-    }
-    return s < 0.0 ? 0.0 : std::sqrt(s);
+    return kernels::StandardErrorOfSum<double>(pcovMatrix->GetRow(0), pcovMatrix->GetRows(),
+                                               state.met.data(), met,
+                                               [&](size_t p) { return state.design[p]; });
 }
 
 void RegressionModel::SetUpDictVarIndex(const ScoreCaseRecord* record, bool derivedInRecord)
@@ -285,23 +326,26 @@ void RegressionModel::SetUpDictVarIndex(const ScoreCaseRecord* record, bool deri
     };
     bind(dictionary);
     if (derivedInRecord) bind(transformationDictionary);
-    dictVarIndexSet = true;
     numPredictors = static_cast<int>(predictorVars.size());
-    predictorDictIndex.assign(predictorVars.size(), -1);
-    for (size_t i = 0; i < predictorVars.size(); ++i) {
-        const ScoreDictVar* var = predictorVars[i];
-        if (var == nullptr) continue;
-        if (derivedInRecord || !var->IsDerived()) predictorDictIndex[i] = var->GetDictIndex();
-    }
+    Bind(ownState, *record, derivedInRecord);
 }
 
-MCScore::MCStatus RegressionModel::ScoreRow(ScoringState& state, const ScoreCaseRecord* record,
-                                            ScoreResult*& result, bool derivedInRecord) const
+void RegressionModel::Bind(CaseState& state, const ScoreCaseRecord& record,
+                           bool derivedInRecord) const
 {
-    const auto status =
-        const_cast<RegressionModel*>(this)->GetScore(record, result, derivedInRecord);
-    state.failedVar = failedVar;
-    return status;
+    const auto holds = [](const ScoreDictionary* vars, const ScoreDictVar* var) {
+        return vars != nullptr && vars->GetVar(var->GetName()) == var;
+    };
+    state.isBound = true;
+    state.positions.assign(predictorVars.size(), -1);
+    for (size_t i = 0; i < predictorVars.size(); ++i) {
+        const ScoreDictVar* var = predictorVars[i];
+        if (var == nullptr || (!derivedInRecord && var->IsDerived())) continue;
+        // A variable of no dictionary of the model keeps the position that somebody gave it.
+        const bool own =
+            holds(dictionary, var) || (derivedInRecord && holds(transformationDictionary, var));
+        state.positions[i] = own ? record.GetVarIndex(var->GetName()) : var->GetDictIndex();
+    }
 }
 
 void RegressionModel::DescribeCommon(ModelDescription& description) const

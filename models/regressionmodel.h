@@ -4,7 +4,6 @@
 #include <iosfwd>
 #include <map>
 #include <memory>
-#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,23 +11,25 @@
 #include "host/model/basemodel.h"
 #include "host/model/modeldescription.h"
 #include "host/values/numericvalue.h"
+#include "models/casestate.h"
 #include "models/paramtable.h"
 #include "models/pcovmatrix.h"
 #include "models/ppcmatrix.h"
+#include "models/termplan.h"
 
 namespace MCVelscore_850 {
 
 /// What every regression model has: the registries of parameters, predictors and target
 /// categories, the target, the predictors with their roles, the three tables, the flags that
-/// steer scoring, and the plain arrays that scoring reads in place of maps. It scores nothing
-/// itself.
+/// steer scoring, and the plan that scoring reads in place of maps. It scores nothing itself.
 ///
 /// Indexes Parameters, predictors and categories are numbered from 0 in the order of their first
 ///         registration; every table is addressed by these numbers.
 /// Order   SetScoreDictionary, SetTargetVar, AddParameter and AddPredictor for all names, with
 ///         roles; Setup(); the tables' cells; FinishSetup(); then GetScore() per case.
 /// Owner   of its tables. Variables are borrowed from the dictionaries.
-/// Threads one model serves one thread at a time: the case's scratch lies in the model.
+/// Threads GetScore() serves one thread at a time: it scores in a state of the model's own, and its
+///         first case writes positions into the shared variables. ScoreRow() serves any number.
 class RegressionModel : public BaseModel {
 public:
     using NameMap = std::map<std::string, int>;
@@ -43,10 +44,17 @@ public:
     const ScoreDictVar* GetTargetVar() const override { return targetVar; }
     bool GetPredictionOnly() const override { return predictionOnly; }
     void Display(std::ostream& out) const override;
-    /// ScoringState::failedVar of the last GetScore.
-    const ScoreDictVar* GetFailedVar() const { return failedVar; }
+    /// ScoreRow() with the model's own state.
+    MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
+                               bool derivedInRecord) override;
+    std::unique_ptr<ScoringState> MakeState() const override;
     MCScore::MCStatus ScoreRow(ScoringState& state, const ScoreCaseRecord* record,
-                               ScoreResult*& result, bool derivedInRecord) const override;
+                               ScoreResult*& result, bool derivedInRecord) const final
+    {
+        return ScoreCase(static_cast<CaseState&>(state), record, result, derivedInRecord);
+    }
+    /// ScoringState::failedVar of the last GetScore().
+    const ScoreDictVar* GetFailedVar() const { return ownState.failedVar; }
     /// The pieces of Display(): a matrix row by row under its name and size, and a map's entries
     /// ascending by name.
     void DisplayMatrix(const std::string& name, const Matrix& matrix, std::ostream& out) const;
@@ -92,9 +100,9 @@ public:
     void SetNeedDerivedPredictor(bool need) { needDerivedPredictor = need; }
     bool NeedDerivedPredictor() const { return needDerivedPredictor; }
 
-    /// Copies the tables into plain arrays; once, after every cell is written. Always true. From
-    /// then on the predictor-to-parameter matrix takes no further cell. Under MV_SUBSTITUTE with
-    /// nothing to substitute the policy becomes MV_SYSMIS_RESULT for good.
+    /// Makes the plan of the tables; once, after every cell is written. Always true. What is
+    /// written into the predictor-to-parameter matrix later changes no score. Under MV_SUBSTITUTE
+    /// with nothing to substitute the policy becomes MV_SYSMIS_RESULT for good.
     bool FinishSetup();
     /// Binds the model to the layout of the first indexed record; all later records are taken to
     /// have it. Writes the positions into the shared variables.
@@ -112,9 +120,29 @@ protected:
     void SizeNumericPPMatrix();
     /// The beta of a cell, 0.0 for one that the table doesn't have.
     double BetaAt(int category, int parameter) const;
-    /// sqrt(d' V d) for the case's designRow d and the covariances V, which have to be there; 0.0
-    /// where rounding makes the sum negative. The sum takes (V[i,j] d[i]) d[j] in ascending order.
-    double DesignStandardError();
+    /// The family's own steps of a case.
+    virtual MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
+                                        ScoreResult*& result, bool derivedInRecord) const = 0;
+    /// The last step of FinishSetup(): what the family makes for its cases beside the terms.
+    virtual void FinishPlan() {}
+    /// The terms of the family's parameters, from the cells as they stand.
+    virtual TermPlan PlanTerms() const;
+    PlannedPredictors Planned() const { return {predictorVars, predictorRoles}; }
+    /// The terms of numericPPMatrix. A factor's texts are compared by the numbers of their
+    /// categories, which are their codes.
+    enum class NumberTerms {
+        Powers,           ///< factors' numbers exactly; covariates by pow
+        RepeatedProducts  ///< factors' numbers nearly; covariates by multiplication
+    };
+    TermPlan PlanNumberTerms(NumberTerms terms) const;
+    /// Binds a run to the layout of its first indexed record.
+    void Bind(CaseState& state, const ScoreCaseRecord& record, bool derivedInRecord) const;
+    /// The codes of the case's numbers, for the factors that are read by code: a whole number is
+    /// its own, any other none. With `nearly`, what is a whole number but for rounding counts too.
+    void EncodeNumbers(CaseState& state, bool nearly) const;
+    /// kernels::StandardErrorOfSum for the case's design values and the covariances, which have to
+    /// be there.
+    double DesignStandardError(CaseState& state) const;
     /// What every family tells: target, predictors, degrees of freedom, variables to read.
     void DescribeCommon(ModelDescription& description) const;
     /// The target's categories in dictionary order, and the columns of a family that predicts one.
@@ -140,70 +168,24 @@ protected:
     std::unique_ptr<PCovMatrix> pcovMatrix;
     double df = 0.0;
     bool predictionOnly = false;
-    bool dictVarIndexSet = false;
     bool scoreCaseValidationCheck = true;
     bool needDerivedPredictor = false;
 
-    // Plain arrays of FinishSetup().
-    std::vector<double> betas;  ///< row 0 of the beta table
-    Matrix categoryBetas;       ///< the whole beta table
+    // What FinishSetup() makes.
+    std::vector<double> betas;             ///< row 0 of the beta table
+    Matrix categoryBetas;                  ///< the whole beta table
+    std::vector<double> betasByParameter;  ///< the same, the categories of a parameter together
+    TermPlan plan;
     /// Per predictor the number that stands in for a missing value, system-missing for none;
     /// empty when no predictor has one.
     std::vector<double> predictorSubstitutes;
-    /// One predictor that a parameter depends on, with its cell of numericPPMatrix.
-    struct ParameterPredictor {
-        int predictor;
-        bool isFactor;
-        double cell;
-        bool operator==(const ParameterPredictor&) const = default;
-    };
-    /// numericPPMatrix without its empty cells, parameter after parameter, predictors ascending.
-    std::vector<ParameterPredictor> parameterPredictors;
-    /// Where each parameter's predictors begin, and after the last their end.
-    std::vector<size_t> parameterPredictorsBegin;
-    std::span<const ParameterPredictor> PredictorsOf(size_t parameter) const
-    {
-        return {parameterPredictors.data() + parameterPredictorsBegin[parameter],
-                parameterPredictors.data() + parameterPredictorsBegin[parameter + 1]};
-    }
-
-    /// One predictor that a parameter depends on, with a copy of its cell of ppcMatrix: what is
-    /// written there after FinishSetup() changes nothing here.
-    struct ParameterCell {
-        int predictor;
-        bool isFactor;
-        std::unique_ptr<const ScoreValue> cell;
-        double exponent;  ///< a covariate's; the cell as a number
-    };
-    /// ppcMatrix without its empty cells, for the families that have no numericPPMatrix: parameter
-    /// after parameter, predictors ascending.
-    std::vector<ParameterCell> parameterCells;
-    std::vector<size_t> parameterCellsBegin;  ///< as parameterPredictorsBegin
-    std::span<const ParameterCell> CellsOf(size_t parameter) const
-    {
-        return {parameterCells.data() + parameterCellsBegin[parameter],
-                parameterCells.data() + parameterCellsBegin[parameter + 1]};
-    }
-
     std::vector<char> predictorIsDerived;  ///< per predictor what its variable answers
 
-    /// Per predictor its position in the record, by SetUpDictVarIndex(); -1 when unknown.
-    std::vector<int> predictorDictIndex;
-
-    // Scratch of the case.
-    const ScoreDictVar* failedVar = nullptr;  ///< as GetFailedVar() tells it
-    std::vector<double> designRow;
-    std::vector<size_t> metParameters;  ///< parameters whose design value isn't 0
-    std::vector<double> caseValues;
-    std::vector<const ScoreValue*> caseValueRefs;
-    /// The numbers that the value family puts in place of absent values.
-    std::vector<NumericValue> caseSubstitutes;
-
+    CaseState ownState;  ///< of GetScore()
     bool allowMissingFactors = false;
 
 private:
-    void ListParameterPredictors();
-    void ListParameterCells();
+    void SizeState(CaseState& state) const;
 
     friend class CaseWalk;
 };

@@ -2,6 +2,7 @@
 #define VELSCORE_HOST_MODEL_SCORINGSTATE_H
 
 #include "host/model/scoremodel.h"
+#include "host/values/numericvalue.h"
 
 namespace MCVelscore_850 {
 
@@ -18,6 +19,9 @@ public:
     /// the model; of several the last one. Null after a case that was scored, and where no single
     /// variable is to blame.
     const ScoreDictVar* failedVar = nullptr;
+    /// The linear predictor of the last case that was scored, of a model with one equation; the
+    /// system-missing number before and of any other model.
+    double linearPredictor = NumericValue::GetSysmisValue();
 
 };
 

@@ -24,14 +24,14 @@ public:
                   .namesBadPredictor = true,
                   .clearsNumbers = false,
                   .missingPrediction = MissingPrediction::Number};
-    double sum = 0.0;
-    bool reachedResult = false;
+    mutable double sum = 0.0;
+    mutable bool reachedResult = false;
 
-    MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
-                               bool derivedInRecord) override
+    MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
+                                ScoreResult*& result, bool derivedInRecord) const override
     {
         reachedResult = false;
-        CaseWalk walk(*this, road, record, derivedInRecord);
+        CaseWalk walk(*this, state, road, record, derivedInRecord);
         if (!walk.Start()) return walk.Status();
         walk.PrepareResult<Result>(result, type);
         walk.FetchDerived();
@@ -39,14 +39,14 @@ public:
         if constexpr (numbers) {
             walk.GatherNumbers(
                 [&](size_t i, const ScoreDictVar* var) { return walk.FindValue(i, var); });
-            for (const double x : caseValues) sum += x;
+            for (const double x : state.numbers) sum += x;
         } else {
             walk.GatherValues(predictorVars.size());
             if (walk.Status().IsOK() && !walk.HasEveryValue(predictorVars.size())) {
                 return walk.Status();
             }
-            for (size_t i = 0; walk.Status().IsOK() && i < caseValueRefs.size(); ++i) {
-                sum += NumericReading(*caseValueRefs[i], *predictorVars[i]);
+            for (size_t i = 0; walk.Status().IsOK() && i < state.valueRefs.size(); ++i) {
+                sum += NumericReading(*state.valueRefs[i], *predictorVars[i]);
             }
         }
         if (!walk.Status().IsOK()) return walk.Status();
@@ -64,7 +64,7 @@ public:
         ppcMatrix = std::make_unique<PPCMatrix>(this);
         return resolved;
     }
-    using RegressionModel::dictVarIndexSet;
+    using RegressionModel::ownState;
 };
 
 using ValueFamily = AnyFamily<LRResult, ScoreResult::LR_RESULT, false>;
@@ -176,9 +176,9 @@ TYPED_TEST(EveryFamily, RecordWithoutIndexedAccessIsReadByNameAndBindsNothing)
     this->Build();
     EXPECT_TRUE(this->Score(1, 2, false).IsOK());
     EXPECT_EQ(this->slot.Number(), 3.0);
-    EXPECT_FALSE(this->built.model.dictVarIndexSet);
+    EXPECT_FALSE(this->built.model.ownState.isBound);
     EXPECT_TRUE(this->Score(1, 2, true).IsOK());
-    EXPECT_TRUE(this->built.model.dictVarIndexSet);
+    EXPECT_TRUE(this->built.model.ownState.isBound);
 }
 
 TYPED_TEST(EveryFamily, PositionThatHoldsNothingIsTriedByName)
@@ -301,7 +301,7 @@ TYPED_TEST(EveryFamily, DerivedValueComesFromTheTransformationsUnlessTheRecordHo
     c.With("d", 40);
     ASSERT_TRUE(this->built.model.GetScore(&c.Record(), this->slot.result, false).IsOK());
     EXPECT_EQ(this->slot.Number(), 5.0);
-    this->built.model.dictVarIndexSet = false;
+    this->built.model.ownState.isBound = false;
     ASSERT_TRUE(this->built.model.GetScore(&c.Record(), this->slot.result, true).IsOK());
     EXPECT_EQ(this->slot.Number(), 40.0);
     // A record that is said to hold it and doesn't: nothing is computed in its place.

@@ -1018,7 +1018,7 @@ TEST(CoxRegModel, CurveHoldsTheScoreAtEveryTimeOfTheStratum)
     Case c;
     c.With("f", "b").With("x", 2.0).With("s", "north");  // and no end time
     std::vector<SurvivalPoint> curve(9);
-    ASSERT_TRUE(model.GetCurve(&c.Record(), true, curve).IsOK());
+    ASSERT_TRUE(model.CurveRow(*model.MakeState(), &c.Record(), true, curve).IsOK());
     ASSERT_EQ(curve.size(), 3U);
     size_t i = 0;
     for (const auto& [time, hazard] : Small::kTable) {
@@ -1042,16 +1042,17 @@ TEST(CoxRegModel, CurveFailsAsAScoreDoes)
     Small small(true);
     CoxRegModel& model = small.Ready();
     std::vector<SurvivalPoint> curve(9);
-    EXPECT_EQ(model.GetCurve(nullptr, true, curve).GetErrorCode(), 90029);
+    EXPECT_EQ(model.CurveRow(*model.MakeState(), nullptr, true, curve).GetErrorCode(), 90029);
     EXPECT_TRUE(curve.empty());
     Case bad;
     bad.With("f", "c").With("x", 2.0).With("s", "north");
-    const auto status = model.GetCurve(&bad.Record(), true, curve);
+    const auto status = model.CurveRow(*model.MakeState(), &bad.Record(), true, curve);
     EXPECT_EQ(status.GetErrorCode(), 90029);
     EXPECT_EQ(status.GetDiscreteDatum(), 0);
     Case unknown;
     unknown.With("f", "a").With("x", 2.0).With("s", "east");
-    EXPECT_EQ(model.GetCurve(&unknown.Record(), true, curve).GetErrorCode(), 90029);
+    EXPECT_EQ(model.CurveRow(*model.MakeState(), &unknown.Record(), true, curve).GetErrorCode(),
+              90029);
     EXPECT_TRUE(curve.empty());
 }
 
@@ -1063,7 +1064,7 @@ TEST(CoxRegModel, CurveHasNoNumberBeyondTheLargestTime)
     Case c;
     c.With("f", "a").With("x", 2.0);
     std::vector<SurvivalPoint> curve;
-    ASSERT_TRUE(model.GetCurve(&c.Record(), true, curve).IsOK());
+    ASSERT_TRUE(model.CurveRow(*model.MakeState(), &c.Record(), true, curve).IsOK());
     ASSERT_EQ(curve.size(), 3U);
     EXPECT_EQ(curve[0].survival, 1.0);  // before the first cell of the document
     EXPECT_EQ(curve[1].cumHazard, std::exp(1.0) * 0.3);

@@ -28,7 +28,11 @@ public:
         SetTargetVar(target_.get());
         for (int p = 0; p < parameters; ++p) AddParameter("p" + std::to_string(p), "");
     }
-    MCScore::MCStatus GetScore(const ScoreCaseRecord*, ScoreResult*&, bool) override { return {}; }
+    MCScore::MCStatus ScoreCase(CaseState&, const ScoreCaseRecord*, ScoreResult*&,
+                                bool) const override
+    {
+        return {};
+    }
     int GetModelType() const override { return type_; }
     bool Setup() override { return true; }
     void Describe(ModelDescription&) const override {}

@@ -137,7 +137,12 @@ TEST(RegressionModel, VarsOfRoleAreCopies)
 // Reaches what FinishSetup and SetUpDictVarIndex leave.
 class Bare : public RegressionModel {
 public:
-    MCScore::MCStatus GetScore(const ScoreCaseRecord*, ScoreResult*&, bool) override { return {}; }
+    MCScore::MCStatus ScoreCase(CaseState&, const ScoreCaseRecord*, ScoreResult*&,
+                                bool) const override
+    {
+        return {};
+    }
+    TermPlan PlanTerms() const override { return PlanNumberTerms(NumberTerms::Powers); }
     int GetModelType() const override { return TYPE_GLR; }
     void Describe(ModelDescription&) const override {}
     bool Setup() override
@@ -153,11 +158,9 @@ public:
     bool forgetRoles = false;
     using RegressionModel::betas;
     using RegressionModel::categoryBetas;
-    using RegressionModel::dictVarIndexSet;
-    using RegressionModel::ParameterPredictor;
-    using RegressionModel::predictorDictIndex;
+    using RegressionModel::ownState;
+    using RegressionModel::plan;
     using RegressionModel::predictorRoles;
-    using RegressionModel::PredictorsOf;
     using RegressionModel::predictorSubstitutes;
 };
 
@@ -272,10 +275,15 @@ TEST(FinishSetup, ListsThePredictorsOfEachParameterInOrder)
     built.Cell("q", "w", "a");
     built.Cell("q", "x", "0");
     built.model.FinishSetup();
-    EXPECT_TRUE(built.model.PredictorsOf(0).empty());
-    const auto terms = built.model.PredictorsOf(1);
-    EXPECT_EQ((std::vector<Bare::ParameterPredictor>(terms.begin(), terms.end())),
-              (std::vector<Bare::ParameterPredictor>{{0, false, 0.0}, {1, true, 0.0}}));
+    const TermPlan& plan = built.model.plan;
+    EXPECT_EQ(plan.begin, (std::vector<uint32_t>{0, 0, 2}));
+    ASSERT_EQ(plan.parts.size(), 2U);
+    EXPECT_EQ(plan.parts[0].predictor, 0);
+    EXPECT_EQ(plan.parts[0].kind, kernels::TermPart::Times);
+    EXPECT_EQ(plan.parts[0].times, 0);  // of an exponent of 0
+    EXPECT_EQ(plan.parts[1].predictor, 1);
+    EXPECT_EQ(plan.parts[1].kind, kernels::TermPart::Category);
+    EXPECT_EQ(plan.parts[1].code, 0);
 }
 
 class Binding : public ::testing::Test {
@@ -300,16 +308,16 @@ protected:
 TEST_F(Binding, WritesPositionsIntoTheSharedVariables)
 {
     built.model.SetUpDictVarIndex(&record, false);
-    EXPECT_TRUE(built.model.dictVarIndexSet);
+    EXPECT_TRUE(built.model.ownState.isBound);
     EXPECT_EQ(built.Dictionary().GetVar("x")->GetDictIndex(), 2);
     EXPECT_EQ(built.Dictionary().GetVar("y")->GetDictIndex(), -1);  // not in the record
-    EXPECT_EQ(built.model.predictorDictIndex, (std::vector<int>{2, -1}));
+    EXPECT_EQ(built.model.ownState.positions, (std::vector<int>{2, -1}));
 }
 
 TEST_F(Binding, FindsDerivedPositionsWhenTheRecordHoldsThem)
 {
     built.model.SetUpDictVarIndex(&record, true);
-    EXPECT_EQ(built.model.predictorDictIndex, (std::vector<int>{2, 0}));
+    EXPECT_EQ(built.model.ownState.positions, (std::vector<int>{2, 0}));
 }
 
 }  // namespace

@@ -126,7 +126,8 @@ TEST(ParamTable, CategoryRegisteredAfterItsConstructionHasNoRow)
 {
     class Late : public RegressionModel {
     public:
-        MCScore::MCStatus GetScore(const ScoreCaseRecord*, ScoreResult*&, bool) override
+        MCScore::MCStatus ScoreCase(CaseState&, const ScoreCaseRecord*, ScoreResult*&,
+                                    bool) const override
         {
             return {};
         }
