@@ -17,7 +17,7 @@ VELSCORE_LANE Lane RootOfVariance(Lane variance)
 /// sqrt(d' V d) of a design row d: the sum of (V[i, j] d[i]) d[j] in ascending order, over design
 /// values and covariances other than 0. Row i of V begins at covariances + i * stride; design(i)
 /// answers d[i]; `met` holds in ascending order the parameters whose design value may differ from
-/// 0.
+/// 0, and of a single case only those where it does.
 template <class Lane, class Design>
 VELSCORE_LANE Lane StandardErrorOfSum(const double* covariances, size_t stride, const uint32_t* met,
                                       size_t count, Design design)
@@ -31,7 +31,8 @@ VELSCORE_LANE Lane StandardErrorOfSum(const double* covariances, size_t stride, 
             const double covariance = row[met[j]];
             if (covariance == 0.0) continue;
             const Lane dj = design(met[j]);
-            s = Select(Both(metI, dj != 0.0), s + (covariance * di) * dj, s);
+            const Lane sum = s + (covariance * di) * dj;
+            s = kWidth<Lane> == 1 ? sum : Select(Both(metI, dj != 0.0), sum, s);
         }
     }
     return RootOfVariance(s);

@@ -1,5 +1,6 @@
 #include "models/blrmodel.h"
 
+#include <algorithm>
 #include <array>
 #include <ostream>
 
@@ -98,10 +99,11 @@ MCStatus BLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* record, Sc
     const auto betaRow = static_cast<size_t>(state.betaRow);
     if (betaRow < categoryBetas.size()) {
         const std::vector<double>& rowBetas = categoryBetas[betaRow];
-        FindContrastRows(state);
-        if (const ScoreDictVar* outside = FindFactorOutsideContrasts(rowBetas, state)) {
-            walk.SetStatus(MCScore::kFactorOutsideContrasts, outside);
-            return walk.Status();
+        if (!FindContrastRows(state) || !hasEveryContrast) {
+            if (const ScoreDictVar* outside = FindFactorOutsideContrasts(rowBetas, state)) {
+                walk.SetStatus(MCScore::kFactorOutsideContrasts, outside);
+                return walk.Status();
+            }
         }
         const kernels::CaseCells cells{state.numbers.data(), state.codes.data()};
         state.linearPredictor =
@@ -185,15 +187,25 @@ std::vector<double> BLRModel::ContrastColumn(size_t predictor, double category) 
     return contrasts;
 }
 
-void BLRModel::FindContrastRows(CaseState& state) const
+void BLRModel::FinishPlan()
 {
+    hasEveryContrast =
+        std::all_of(plan.columns.begin(), plan.columns.end(), [](const auto& column) {
+            return std::find(column.begin(), column.end(), kNoContrast) == column.end();
+        });
+}
+
+bool BLRModel::FindContrastRows(CaseState& state) const
+{
+    bool all = true;
     for (size_t k = 0; k < plan.readings.size(); ++k) {
         if (plan.readings[k] != TermPlan::Reading::Code) continue;
-        state.codes[k] = CategoryCodes::kNone;
-        if (k >= contrastCategories.size()) continue;
-        const size_t row = FindNumber(contrastCategories[k], state.numbers[k]);
-        if (row < contrastCategories[k].size()) state.codes[k] = static_cast<int32_t>(row);
+        const size_t rows = k < contrastCategories.size() ? contrastCategories[k].size() : 0;
+        const size_t row = rows == 0 ? 0 : FindNumber(contrastCategories[k], state.numbers[k]);
+        state.codes[k] = row < rows ? static_cast<int32_t>(row) : CategoryCodes::kNone;
+        all = all && row < rows;
     }
+    return all;
 }
 
 // Every factor of a parameter is looked up, also after a covariate of 0.

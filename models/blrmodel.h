@@ -62,8 +62,9 @@ private:
     /// The contrasts of a parameter's category by the row of the case's; kNoContrast for none.
     std::vector<double> ContrastColumn(size_t predictor, double category) const;
     bool FindBetaRow(CaseState& state) const;
-    /// The rows of the contrast matrices that the case's factors take.
-    void FindContrastRows(CaseState& state) const;
+    void FinishPlan() override;
+    /// The rows of the contrast matrices that the case's factors take. True when each has one.
+    bool FindContrastRows(CaseState& state) const;
     /// The first factor of the row's parameters that has no contrast for the case; null when all
     /// have one.
     const ScoreDictVar* FindFactorOutsideContrasts(const std::vector<double>& rowBetas,
@@ -73,6 +74,7 @@ private:
     std::vector<Matrix> contrastMatrices;  ///< by predictor; that of a covariate is empty
     Matrix contrastCategories;             ///< by predictor, the number that labels each row
     std::unique_ptr<ScoreValue> refTargetCategory;
+    bool hasEveryContrast = false;  ///< no row of the plan's columns lacks one
     double cutoff = 0.0;
     std::string targetReferenceCategory;
 };
