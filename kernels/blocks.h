@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "kernels/baseline.h"
 #include "kernels/links.h"
 #include "kernels/terms.h"
 
@@ -62,12 +63,35 @@ struct BlockKernels {
     void (*means[kLinks])(const double* eta, double k, double* mean, size_t rows);
     /// CumulativeProbability by CumulativeLink.
     void (*cumulative[kCumulativeLinks])(const double* x, double* probability, size_t rows);
+    /// NextCategory over `boundaries` cumulative probabilities kBlockRows apart and a last one of
+    /// 1: probabilities in their place, and in the column behind them; the index of the largest.
+    void (*scale)(double* cumulative, size_t boundaries, double margin, double* predicted,
+                  size_t rows);
+    /// boundary + sign * lp
+    void (*boundary)(const double* lp, double boundary, double sign, double* x, size_t rows);
+    /// LargestOf over `categories` linear predictors kBlockRows apart: its index.
+    void (*largest)(const double* lp, size_t categories, double* largest, size_t rows);
     /// LargestOf and Exponentials over `categories` linear predictors kBlockRows apart: the index
     /// of the largest, and probabilities in their place.
     void (*softmax)(double* lp, size_t categories, double* largest, size_t rows);
-    /// CumulativeHazard and Survival.
+    /// HazardAfter by each row's stratum and time.
+    void (*baselines)(const Baseline* strata, const int32_t* stratum, const double* t,
+                      double* baseline, size_t rows);
+    /// SurvivalOf.
     void (*survival)(const double* lp, const double* baseline, double* hazard, double* survival,
                      size_t rows);
+    /// lp - width * e and lp + width * e, e being 1 without `errors`.
+    void (*limits)(const double* lp, const double* errors, double width, double* lower,
+                   double* upper, size_t rows);
+    /// lp + column, or lp + value without one, in its place.
+    void (*shift)(double* lp, const double* column, double value, size_t rows);
+
+    /// True when each of the `rows` numbers, and no more, lies in low .. high, and with `whole` is
+    /// a whole number no larger than 2^51.
+    bool (*within)(const double* x, double low, double high, bool whole, size_t rows);
+    /// table[code] for each row, `other` for a code that is no index; true when none is below 0.
+    bool (*mapCodes)(const int32_t* codes, const int32_t* table, size_t size, int32_t other,
+                     int32_t* mapped, size_t rows);
 };
 
 }  // namespace MCVelscore_850::kernels

@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "host/model/scoreresult.h"
+#include "host/variables/catencoder.h"
 #include "host/variables/valueset.h"
 #include "kernels/linearpredictor.h"
 #include "kernels/softmax.h"
@@ -200,12 +201,24 @@ bool BLRModel::FindContrastRows(CaseState& state) const
     bool all = true;
     for (size_t k = 0; k < plan.readings.size(); ++k) {
         if (plan.readings[k] != TermPlan::Reading::Code) continue;
-        const size_t rows = k < contrastCategories.size() ? contrastCategories[k].size() : 0;
-        const size_t row = rows == 0 ? 0 : FindNumber(contrastCategories[k], state.numbers[k]);
-        state.codes[k] = row < rows ? static_cast<int32_t>(row) : CategoryCodes::kNone;
-        all = all && row < rows;
+        state.codes[k] = ContrastRow(k, state.numbers[k]);
+        all = all && state.codes[k] >= 0;
     }
     return all;
+}
+
+int32_t BLRModel::ContrastRow(size_t predictor, double number) const
+{
+    if (predictor >= contrastCategories.size()) return -1;
+    const std::vector<double>& categories = contrastCategories[predictor];
+    const size_t row = FindNumber(categories, number);
+    return row < categories.size() ? static_cast<int32_t>(row) : -1;
+}
+
+double BLRModel::NumberOfText(size_t predictor, const ScoreValue& text) const
+{
+    const CatEncoder* encoder = predictorVars[predictor]->GetCatEncoder();
+    return encoder == nullptr ? -1 : encoder->EncodeValue(&text);
 }
 
 // Every factor of a parameter is looked up, also after a covariate of 0.

@@ -40,6 +40,8 @@ public:
     /// doesn't have two categories; the tables are made all the same.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    std::unique_ptr<BatchScorer> MakeBlockScorer(
+        const kernels::BlockKernels& kernels) const override;
 
     /// The contrast matrix of a predictor and, by row, the number of the category that the row is
     /// for (a text's position in its variable's encoder). False for an unknown predictor.
@@ -56,6 +58,7 @@ public:
     std::string GetTargetReferenceCategory() const { return targetReferenceCategory; }
 
 private:
+    friend class BLRBlocks;
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
     TermPlan PlanTerms() const override;
@@ -63,6 +66,10 @@ private:
     std::vector<double> ContrastColumn(size_t predictor, double category) const;
     bool FindBetaRow(CaseState& state) const;
     void FinishPlan() override;
+    /// The position of a text among its variable's categories; -1 for none.
+    double NumberOfText(size_t predictor, const ScoreValue& text) const;
+    /// The row of a category's number in the contrast matrix; -1 for none.
+    int32_t ContrastRow(size_t predictor, double number) const;
     /// The rows of the contrast matrices that the case's factors take. True when each has one.
     bool FindContrastRows(CaseState& state) const;
     /// The first factor of the row's parameters that has no contrast for the case; null when all

@@ -28,10 +28,13 @@ public:
     /// name, for no parameters, no predictors, and a predictor that is in no dictionary.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    std::unique_ptr<BatchScorer> MakeBlockScorer(
+        const kernels::BlockKernels& kernels) const override;
 
     const std::string& GetDummyCategory() const { return dummyCategory; }
 
 private:
+    friend class CLRBlocks;
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
     std::string dummyCategory;

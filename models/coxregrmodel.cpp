@@ -7,6 +7,7 @@
 
 #include "host/expressions/transformvar.h"
 #include "host/values/stringvalue.h"
+#include "kernels/baseline.h"
 #include "kernels/linearpredictor.h"
 #include "kernels/survival.h"
 #include "models/caseroad.h"
@@ -322,26 +323,27 @@ int CoxRegModel::StratumOf(const ScoreValue* value) const
 
 double CoxRegModel::BaselineAt(size_t stratum, double t) const
 {
-    if (LimitOf(minTimes, stratum) > t) return 0.0;
-    const double last = LimitOf(maxTimes, stratum);
-    if (last < t || std::isnan(last) || std::isnan(t)) return kNone;
-    if (stratum >= baselines.size()) return kNone;
-    const auto& [times, hazards] = baselines[stratum];
-    const auto after =
-        static_cast<size_t>(std::upper_bound(times.begin(), times.end(), t) - times.begin());
-    // The first cell of a document needn't be its smallest time.
-    if (after == 0) return kNone;
-    const double hazard = hazards[after - 1];
-    // A cell of the very time that holds the missing number lets the one before it stand.
-    const bool gives = hazard == kNone && times[after - 1] == t && after > 1;
-    return gives ? hazards[after - 2] : hazard;
+    const kernels::Baseline baseline = BaselineOf(stratum);
+    return kernels::HazardAfter(baseline, kernels::CountTimesUpTo(baseline, t), t, kNone);
+}
+
+// One without a table has limits all the same.
+kernels::Baseline CoxRegModel::BaselineOf(size_t stratum) const
+{
+    kernels::Baseline baseline{nullptr, nullptr, 0, LimitOf(minTimes, stratum),
+                               LimitOf(maxTimes, stratum)};
+    if (stratum < baselines.size()) {
+        baseline.times = baselines[stratum].times.data();
+        baseline.hazards = baselines[stratum].hazards.data();
+        baseline.count = baselines[stratum].times.size();
+    }
+    return baseline;
 }
 
 SurvivalPoint CoxRegModel::PointAt(double t, double baseline, double lp)
 {
-    if (baseline == kNone) return {t, kNone, kNone};
-    const double cumHazard = kernels::CumulativeHazard(lp, baseline);
-    return {t, kernels::Survival(cumHazard), cumHazard};
+    const auto [hazard, survival] = kernels::SurvivalOf(lp, baseline);
+    return {t, survival, hazard};
 }
 
 MCStatus CoxRegModel::Fail(CaseWalk& walk, const ScoreDictVar* failed)

@@ -3,6 +3,7 @@
 
 #include <unordered_map>
 
+#include "kernels/baseline.h"
 #include "models/regressionmodel.h"
 
 namespace MCVelscore_850 {
@@ -51,6 +52,8 @@ public:
     /// dictionary stays null and is no failure here.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    std::unique_ptr<BatchScorer> MakeBlockScorer(
+        const kernels::BlockKernels& kernels) const override;
     /// Computes the reference terms once more when their table has come since.
     MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
                                bool derivedInRecord) override;
@@ -102,6 +105,7 @@ public:
     void SetEndTimeVariable(const ScoreDictVar* var) { endTimeVariable = var; }
 
 private:
+    friend class CoxBlocks;
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
     using OwnedCategories = std::vector<std::unique_ptr<ScoreValue>>;
@@ -128,6 +132,7 @@ private:
     int StratumOf(const ScoreValue* value) const;
     /// The cumulative hazard of a stratum's baseline at t, system-missing where there is none.
     double BaselineAt(size_t stratum, double t) const;
+    kernels::Baseline BaselineOf(size_t stratum) const;
     static SurvivalPoint PointAt(double t, double baseline, double lp);
     static MCScore::MCStatus Fail(CaseWalk& walk, const ScoreDictVar* failed);
 

@@ -5,6 +5,7 @@
 
 #include "kernels/linearpredictor.h"
 #include "kernels/links.h"
+#include "kernels/ordinal.h"
 #include "models/caseroad.h"
 
 namespace MCVelscore_850 {
@@ -122,27 +123,14 @@ double CumulativeLinkModel::LinearPredictor(CaseWalk& walk, CaseState& state) co
 size_t CumulativeLinkModel::ComputeCategoryProbs(double linearPredictor, CaseState& state) const
 {
     const int categories = static_cast<int>(state.probabilities.size());
-    double previous = 0.0;
-    double best = 0.0;
-    size_t predicted = 0;
+    kernels::OrdinalScale<double> scale{};
     for (int i = 0; i < categories; ++i) {
         const auto c = static_cast<size_t>(i);
         const double cumulative =
             ComputeCumProb(linkFunction, categories, i, linearPredictor, thresholds);
-        // A sum that falls short of the one before never makes a negative probability.
-        const bool counts =
-            !NumericValue::IsSystemMissingValue(cumulative) && !(previous > cumulative);
-        const double probability = counts ? cumulative - previous : 0.0;
-        state.probabilities[c] = probability;
-        if (counts) previous = cumulative;
-        if (i == 0) {
-            best = probability;
-        } else if (probability - best > ways_.margin) {
-            best = probability;
-            predicted = c;
-        }
+        state.probabilities[c] = kernels::NextCategory(scale, c, cumulative, ways_.margin);
     }
-    return predicted;
+    return static_cast<size_t>(scale.predicted);
 }
 
 void CumulativeLinkModel::Describe(ModelDescription& description) const

@@ -42,6 +42,8 @@ public:
     /// False when a predictor is in no dictionary; the tables are made all the same.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    std::unique_ptr<BatchScorer> MakeBlockScorer(
+        const kernels::BlockKernels& kernels) const override;
 
     void SetLinkFunction(CumulLinkFunction link) { linkFunction = link; }
     CumulLinkFunction GetLinkFunction() const { return linkFunction; }
@@ -93,6 +95,7 @@ protected:
     size_t predictorCount = 0;  ///< without the offset variable
 
 private:
+    friend class CumulativeLinkBlocks;
     void FinishPlan() override;
     double LinearPredictor(CaseWalk& walk, CaseState& state) const;
     /// Fills the case's probabilities and answers the most probable category.

@@ -34,6 +34,8 @@ public:
     /// False when a predictor is in no dictionary; no table is made then.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    std::unique_ptr<BatchScorer> MakeBlockScorer(
+        const kernels::BlockKernels& kernels) const override;
 
     /// The algorithm that decides about sigma and percentile; hides the base's, which keeps what
     /// the document's head says.
@@ -49,6 +51,7 @@ public:
     const std::string& GetDummyCategory() const { return dummyCategory; }
 
 private:
+    friend class GLRBlocks;
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
     bool IsLinearSVM() const;

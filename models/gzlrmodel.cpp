@@ -29,7 +29,6 @@ constexpr CaseRoad kRoad{
 };
 
 constexpr double kNone = NumericValue::GetSysmisValue();
-constexpr double kEventBoundary = 0.5;  // a mean of it is the event still
 
 // By GZLRModel::DistType.
 constexpr const char* kDistributions[] = {
@@ -51,17 +50,16 @@ void KeepFirstOfEach(std::vector<std::string>& names)
     names = std::move(kept);
 }
 
-// The standard normal quantile of two-sided 95% limits.
-double LimitQuantile()
-{
-    static const double kQuantile = MCMath_850::MCDistFun::IdfNorm(0.975, 0.0, 1.0);
-    return kQuantile;
-}
-
 }  // namespace
 
 GZLRModel::GZLRModel() : dummyCategory("GZLRdummy") {}
 GZLRModel::~GZLRModel() = default;
+
+double GZLRModel::LimitQuantile()
+{
+    static const double kQuantile = MCMath_850::MCDistFun::IdfNorm(0.975, 0.0, 1.0);
+    return kQuantile;
+}
 
 void GZLRModel::SetTrialsVar(const ScoreDictVar* var)
 {
@@ -204,7 +202,11 @@ MCScore::MCStatus GZLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* 
 bool GZLRModel::ReadTrials(const CaseState& state, int& trials) const
 {
     if (trialsVar == nullptr) return true;
-    const double number = state.numbers.back();
+    return TrialsOf(state.numbers.back(), trials);
+}
+
+bool GZLRModel::TrialsOf(double number, int& trials)
+{
     using Limits = std::numeric_limits<int>;
     // Written so that a NaN fails; truncated, the limits are still in reach.
     if (!(number > Limits::min() - 1.0 && number < Limits::max() + 1.0)) return false;

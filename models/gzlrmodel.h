@@ -69,6 +69,8 @@ public:
     /// predictor is in no dictionary, the tables being made all the same.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    std::unique_ptr<BatchScorer> MakeBlockScorer(
+        const kernels::BlockKernels& kernels) const override;
 
     /// Of trials, and of offset, the first setter that is called wins. Trials of 0 or less are
     /// dropped.
@@ -107,6 +109,7 @@ public:
     const std::string& GetDummyCategory() const { return dummyCategory; }
 
 private:
+    friend class GZLRBlocks;
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
     enum Kind { NONE, VARIABLE, VALUE };
@@ -114,6 +117,11 @@ private:
     void NameCategories();
     /// The row of betas of the event.
     int RowOfEvent() const;
+    /// A mean of it is the event still.
+    static constexpr double kEventBoundary = 0.5;
+    /// The standard normal quantile of two-sided 95% limits.
+    static double LimitQuantile();
+    static bool TrialsOf(double number, int& trials);
     /// The case's trials; false for a number that is none or beyond an int.
     bool ReadTrials(const CaseState& state, int& trials) const;
     /// `mean` times the trials of a binomial distribution.

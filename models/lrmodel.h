@@ -29,12 +29,15 @@ public:
     /// False when a predictor is in no dictionary; the tables are made all the same.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    std::unique_ptr<BatchScorer> MakeBlockScorer(
+        const kernels::BlockKernels& kernels) const override;
 
     /// The two-sided 95% quantile of Student's t; see StudentQuantile95.
     static double t05(double df);
     const std::string& GetDummyCategory() const { return dummyCategory; }
 
 private:
+    friend class LRBlocks;
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
     TermPlan PlanTerms() const override { return EmptyPlan(Planned()); }

@@ -31,6 +31,8 @@ public:
     /// False when a predictor is in no dictionary; the tables are made all the same.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    std::unique_ptr<BatchScorer> MakeBlockScorer(
+        const kernels::BlockKernels& kernels) const override;
 
     /// The offset as a variable or as a constant. The first of the two setters wins; a later call
     /// does nothing.
@@ -45,6 +47,7 @@ public:
                                bool derivedInRecord) override;
 
 private:
+    friend class MLRBlocks;
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
     TermPlan PlanTerms() const override { return PlanNumberTerms(NumberTerms::Powers); }

@@ -9,8 +9,10 @@
 #include <vector>
 
 #include "host/model/basemodel.h"
+#include "host/model/batchscorer.h"
 #include "host/model/modeldescription.h"
 #include "host/values/numericvalue.h"
+#include "kernels/instructionset.h"
 #include "models/casestate.h"
 #include "models/paramtable.h"
 #include "models/pcovmatrix.h"
@@ -52,6 +54,15 @@ public:
                                ScoreResult*& result, bool derivedInRecord) const final
     {
         return ScoreCase(static_cast<CaseState&>(state), record, result, derivedInRecord);
+    }
+    std::unique_ptr<BatchScorer> MakeBatchScorer() const final
+    {
+        return MakeBlockScorer(kernels::ChosenKernels());
+    }
+    /// MakeBatchScorer() with kernels of the caller's choice.
+    virtual std::unique_ptr<BatchScorer> MakeBlockScorer(const kernels::BlockKernels&) const
+    {
+        return nullptr;
     }
     /// ScoringState::failedVar of the last GetScore().
     const ScoreDictVar* GetFailedVar() const { return ownState.failedVar; }

@@ -81,6 +81,7 @@ void TermPlan::AddCategory(size_t predictor, int32_t code)
     TermPart part = PartOf(predictor, TermPart::Category);
     part.code = code;
     parts.push_back(part);
+    codeCounts[predictor] = std::max(codeCounts[predictor], code + 1);
 }
 
 void TermPlan::AddNumber(size_t predictor, TermPart::Kind kind, double number)
@@ -94,6 +95,7 @@ void TermPlan::AddContrast(size_t predictor, std::vector<double> column)
 {
     readings[predictor] = Reading::Code;
     TermPart part = PartOf(predictor, TermPart::Contrast);
+    codeCounts[predictor] = std::max(codeCounts[predictor], static_cast<int32_t>(column.size()));
     part.column = columns.emplace_back(std::move(column)).data();
     parts.push_back(part);
 }
@@ -114,6 +116,7 @@ TermPlan EmptyPlan(const PlannedPredictors& predictors)
     TermPlan plan;
     plan.readings.assign(predictors.variables.size(), TermPlan::Reading::Number);
     plan.codes.resize(predictors.variables.size());
+    plan.codeCounts.resize(predictors.variables.size());
     return plan;
 }
 

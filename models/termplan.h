@@ -29,6 +29,8 @@ struct TermPlan {
     std::vector<Reading> readings;  ///< by predictor
     std::vector<CategoryCodes>
         codes;  ///< by predictor; of one read by code, unless its number is it
+    /// By predictor, how many codes the terms look up: those from 0 to below it.
+    std::vector<int32_t> codeCounts;
     std::vector<kernels::TermPart> parts;
     std::vector<uint32_t> begin{0};  ///< where each parameter's parts begin, and the last ones' end
     std::deque<std::vector<double>> columns;  ///< of contrasts, by code

@@ -96,6 +96,15 @@ public:
         return !sureOfWhole_ || number == static_cast<double>(static_cast<int64_t>(number));
     }
 
+    /// What SurelyAccepts looks at: a closed range, empty where low is above high; with `wholeAlone`
+    /// whole numbers in it only.
+    struct SureRange {
+        double low;
+        double high;
+        bool wholeAlone;
+    };
+    SureRange GetSureRange() const { return {sureLow_, sureHigh_, sureOfWhole_}; }
+
 protected:
     ScoreDictVar() = default;
     ScoreDictVar(const ScoreDictVar&) = default;

@@ -1,0 +1,77 @@
+#ifndef VELSCORE_KERNELS_BASELINE_H
+#define VELSCORE_KERNELS_BASELINE_H
+
+#include "kernels/lane.h"
+
+namespace MCVelscore_850::kernels {
+
+/// The baseline of one stratum: cumulative hazards at ascending times, borrowed.
+struct Baseline {
+    const double* times;
+    const double* hazards;
+    size_t count;
+    double minTime;  ///< before it the hazard is 0
+    double maxTime;  ///< after it there is none; NaN: never
+};
+
+inline namespace VELSCORE_LANES {
+
+/// The hazard of a baseline at t of whose times `after` aren't later: kNone where there is none.
+VELSCORE_LANE double HazardAfter(const Baseline& baseline, size_t after, double t, double none)
+{
+    if (baseline.minTime > t) return 0.0;
+    // A maximum or a time that is no number gives no hazard either.
+    if (!(baseline.maxTime >= t) || after == 0) return none;
+    const double hazard = baseline.hazards[after - 1];
+    // A cell of the very time that holds the missing number lets the one before it stand.
+    const bool gives = hazard == none && baseline.times[after - 1] == t && after > 1;
+    return gives ? baseline.hazards[after - 2] : hazard;
+}
+
+/// The times of kTogether baselines that aren't later than each row's, by bisections side by side,
+/// so that one waits for memory while others go on.
+inline constexpr size_t kTogether = 8;
+VELSCORE_LANE void CountTimesUpTo(const Baseline* const* baselines, const double* t, size_t* after)
+{
+    static constexpr double kNoTime[1] = {0.0};
+    const double* from[kTogether];
+    size_t left[kTogether];
+    size_t most = 0;
+    for (size_t i = 0; i < kTogether; ++i) {
+        left[i] = baselines[i]->count;
+        from[i] = left[i] > 0 ? baselines[i]->times : kNoTime;
+        most = most < left[i] ? left[i] : most;
+    }
+    for (; most > 1; most -= most / 2) {
+        for (size_t i = 0; i < kTogether; ++i) {
+            const size_t half = left[i] / 2;
+            const bool later = !(from[i][half > 0 ? half - 1 : 0] <= t[i]);
+            from[i] += later ? 0 : half;
+            left[i] -= half;
+        }
+    }
+    for (size_t i = 0; i < kTogether; ++i) {
+        const bool none = baselines[i]->count == 0;
+        after[i] = none ? 0
+                        : static_cast<size_t>(from[i] - baselines[i]->times) +
+                              (from[i][0] <= t[i] ? 1 : 0);
+    }
+}
+
+/// The same of one.
+VELSCORE_LANE size_t CountTimesUpTo(const Baseline& baseline, double t)
+{
+    if (baseline.count == 0) return 0;
+    const double* from = baseline.times;
+    for (size_t left = baseline.count; left > 1;) {
+        const size_t half = left / 2;
+        from += from[half - 1] <= t ? half : 0;
+        left -= half;
+    }
+    return static_cast<size_t>(from - baseline.times) + (from[0] <= t ? 1 : 0);
+}
+
+}  // namespace VELSCORE_LANES
+}  // namespace MCVelscore_850::kernels
+
+#endif

@@ -1,0 +1,325 @@
+// The block scorers of the families that predict a category or its probability: multinomial,
+// binary, conditional and ordinal logistic models.
+#include <algorithm>
+#include <array>
+
+#include "host/values/datetimetext.h"
+#include "models/blockscorer.h"
+#include "models/blrmodel.h"
+#include "models/clrmodel.h"
+#include "models/cumulativelinkmodel.h"
+#include "models/mlrmodel.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+// Where probabilities that lie side by side go.
+void GiveProbabilities(const double* from, size_t categories, const BatchResults& results,
+                       size_t rows)
+{
+    for (size_t c = 0; results.probabilities != nullptr && c < categories; ++c) {
+        std::copy_n(from + c * kernels::kBlockRows, rows, results.probabilities[c]);
+    }
+}
+
+void GiveCategory(const double* index, const BatchResults& results, size_t rows)
+{
+    if (results.category == nullptr) return;
+    std::transform(index, index + rows, results.category,
+                   [](double category) { return static_cast<int32_t>(category); });
+}
+
+std::vector<std::string> NamesOf(const RegressionModel::NameMap& categories)
+{
+    std::vector<std::string> names(categories.size());
+    for (const auto& [name, row] : categories) names[static_cast<size_t>(row)] = name;
+    return names;
+}
+
+}  // namespace
+
+class MLRBlocks final : public BlockScorer {
+public:
+    MLRBlocks(const kernels::BlockKernels& chosen, const MLRModel& model)
+        : BlockScorer(chosen), model_(model)
+    {
+        categories_ = NamesOf(model.categoryMap);
+    }
+    bool Build() { return AddNumberedPredictors(model_.plan, model_.predictorVars); }
+
+protected:
+    enum : size_t { kIndex, kStart, kLp };
+    size_t WorkColumns() const override { return kLp + categories_.size(); }
+
+    void Compute(const Block& block) const override
+    {
+        const double* start = nullptr;
+        if (model_.offset.HasVariable()) {
+            start = block.Numbers(model_.predictorCount);
+        } else {
+            std::fill_n(block.Work(kStart), kernels::kBlockRows, model_.offset.value);
+            start = block.Work(kStart);
+        }
+        const size_t categories = categories_.size();
+        double* const lp = block.Work(kLp);
+        kernels_.equations(block.columns, start, model_.plan.View(), model_.betasByParameter.data(),
+                           categories, lp);
+        if (block.results.probabilities == nullptr) {
+            kernels_.largest(lp, categories, block.Work(kIndex), block.rows);
+        } else {
+            kernels_.softmax(lp, categories, block.Work(kIndex), block.rows);
+        }
+        GiveCategory(block.Work(kIndex), block.results, block.rows);
+        GiveProbabilities(lp, categories, block.results, block.rows);
+    }
+
+private:
+    const MLRModel& model_;
+};
+
+std::unique_ptr<BatchScorer> MLRModel::MakeBlockScorer(const kernels::BlockKernels& kernels) const
+{
+    if (categoryMap.empty()) return nullptr;
+    auto scorer = std::make_unique<MLRBlocks>(kernels, *this);
+    if (!scorer->Build()) return nullptr;
+    return scorer;
+}
+
+// Later cases than the first, which a run scores by itself: they take row 1 of the betas.
+class BLRBlocks final : public BlockScorer {
+public:
+    BLRBlocks(const kernels::BlockKernels& chosen, const BLRModel& model)
+        : BlockScorer(chosen), model_(model), compact_(model.plan, model.categoryBetas[kBetaRow])
+    {
+        categories_ = NamesOf(model.categoryMap);
+        if (!model.UsesCutoff()) return;
+        const auto found = model.categoryMap.find(model.targetReferenceCategory);
+        cutoffCategory_ = found == model.categoryMap.end() ? -1 : found->second;
+    }
+
+    bool Build()
+    {
+        for (size_t k = 0; k < model_.predictorVars.size(); ++k) {
+            const ScoreDictVar* var = model_.predictorVars[k];
+            if (var == nullptr) return false;
+            if (model_.plan.readings[k] == TermPlan::Reading::Code) {
+                if (model_.plan.codeCounts[k] == 0) return false;
+                AddCode(*var, [this, k](const ScoreValue& value) { return RowOf(k, value); });
+            } else {
+                AddNumber(*var, [this, k](const ScoreValue& text) -> std::optional<double> {
+                    const double number = model_.NumberOfText(k, text);
+                    if (number < 0.0) return std::nullopt;
+                    return number;
+                });
+            }
+        }
+        return true;
+    }
+
+protected:
+    static constexpr size_t kBetaRow = 1;
+    static constexpr size_t kCategories = 2;
+    enum : size_t { kIndex, kLp, kColumns = kLp + kCategories };
+    size_t WorkColumns() const override { return kColumns; }
+
+    void Compute(const Block& block) const override
+    {
+        constexpr auto kRule = static_cast<int>(kernels::SumRule::Logistic);
+        double* const lp = block.Work(kLp);
+        std::fill_n(lp, block.rows, 0.0);
+        double* const sum = lp + kBetaRow * kernels::kBlockRows;
+        kernels_.sums[kRule](block.columns, nullptr, compact_.View(), compact_.Betas(), 0, sum,
+                             nullptr);
+        Give(sum, block.results.linearPredictor, block.rows);
+        kernels_.softmax(lp, kCategories, block.Work(kIndex), block.rows);
+        GiveProbabilities(lp, kCategories, block.results, block.rows);
+        if (block.results.category == nullptr) return;
+        if (!model_.UsesCutoff()) {
+            GiveCategory(block.Work(kIndex), block.results, block.rows);
+        } else {
+            GiveByCutoff(block, lp);
+        }
+    }
+
+private:
+    // The row of the contrast matrix; a category without a whole one is left to the case's own
+    // road.
+    int32_t RowOf(size_t predictor, const ScoreValue& value) const
+    {
+        const bool isText = value.Kind() == ScoreValue::STRING;
+        const double number = isText ? model_.NumberOfText(predictor, value) : value.GetDouble();
+        if (isText && number < 0.0) return kUnsure;
+        const int32_t row = model_.ContrastRow(predictor, number);
+        return row >= 0 && HasEveryContrast(model_.plan, predictor, row) ? row : kUnsure;
+    }
+
+    // That of the category of the cut-off, where its probability exceeds it, and else the other;
+    // where the cut-off is for a category that the target hasn't, the first by name.
+    void GiveByCutoff(const Block& block, const double* probabilities) const
+    {
+        const auto first = model_.categoryMap.begin()->second;
+        for (size_t row = 0; row < block.rows; ++row) {
+            int32_t category = first;
+            if (cutoffCategory_ >= 0) {
+                const auto c = static_cast<size_t>(cutoffCategory_);
+                const double p = probabilities[c * kernels::kBlockRows + row];
+                category = p > model_.GetCutoff() ? cutoffCategory_ : 1 - cutoffCategory_;
+            }
+            block.results.category[row] = category;
+        }
+    }
+
+    const BLRModel& model_;
+    CompactTerms compact_;
+    int32_t cutoffCategory_ = -1;
+};
+
+std::unique_ptr<BatchScorer> BLRModel::MakeBlockScorer(const kernels::BlockKernels& kernels) const
+{
+    if (categoryBetas.size() != 2) return nullptr;
+    // Its cut-off looks at probabilities that it then doesn't compute.
+    if (predictionOnly && UsesCutoff()) return nullptr;
+    if (refTargetCategory && categoryMap.count(refTargetCategory->GetString()) == 0) return nullptr;
+    auto scorer = std::make_unique<BLRBlocks>(kernels, *this);
+    if (!scorer->Build()) return nullptr;
+    return scorer;
+}
+
+class CLRBlocks final : public BlockScorer {
+public:
+    CLRBlocks(const kernels::BlockKernels& chosen, const CLRModel& model)
+        : BlockScorer(chosen),
+          model_(model),
+          compact_{CompactTerms(model.plan, model.categoryBetas[0]),
+                   CompactTerms(model.plan, model.categoryBetas[1])}
+    {}
+    bool Build() { return AddPredictors(model_.plan, model_.predictorVars); }
+
+protected:
+    static constexpr size_t kEquations = 2;
+    enum : size_t { kIndex, kLp, kColumns = kLp + kEquations };
+    size_t WorkColumns() const override { return kColumns; }
+
+    void Compute(const Block& block) const override
+    {
+        constexpr auto kRule = static_cast<int>(kernels::SumRule::Generalized);
+        double* const lp = block.Work(kLp);
+        for (size_t c = 0; c < kEquations; ++c) {
+            kernels_.sums[kRule](block.columns, nullptr, compact_[c].View(), compact_[c].Betas(), 0,
+                                 lp + c * kernels::kBlockRows, nullptr);
+        }
+        Give(lp, block.results.linearPredictor, block.rows);
+        kernels_.softmax(lp, kEquations, block.Work(kIndex), block.rows);
+        Give(lp, block.results.prediction, block.rows);
+    }
+
+private:
+    const CLRModel& model_;
+    std::array<CompactTerms, kEquations> compact_;
+};
+
+std::unique_ptr<BatchScorer> CLRModel::MakeBlockScorer(const kernels::BlockKernels& kernels) const
+{
+    if (categoryBetas.size() != 2) return nullptr;
+    auto scorer = std::make_unique<CLRBlocks>(kernels, *this);
+    if (!scorer->Build()) return nullptr;
+    return scorer;
+}
+
+class CumulativeLinkBlocks final : public BlockScorer {
+public:
+    CumulativeLinkBlocks(const kernels::BlockKernels& chosen, const CumulativeLinkModel& model)
+        : BlockScorer(chosen), model_(model), link_(static_cast<int>(model.GetLinkFunction()))
+    {
+        categories_ = NamesOf(model.categoryMap);
+        // Parameter 0 is the thresholds' own.
+        if (model.betas.size() > 1 && categories_.size() > 1) {
+            betas_ = model.categoryBetas[categories_.size() - 2];
+            betas_.front() = 0.0;
+        }
+        compact_.emplace(model.plan, betas_);
+    }
+
+    bool Build()
+    {
+        if (!AddPredictors(model_.plan, model_.predictorVars)) return false;
+        if (!model_.offset.HasVariable() || model_.ways_.offsetIsPredictor) return true;
+        // Its plain number is read, not the one from its origin.
+        return OriginShift(model_.offset.variable->GetDateTimeType()) == 0.0;
+    }
+
+protected:
+    enum : size_t { kEta, kIndex, kProbabilities };
+    size_t WorkColumns() const override
+    {
+        return kProbabilities + categories_.size() + (ReadsDesign() ? betas_.size() : 0);
+    }
+
+    void Compute(const Block& block) const override
+    {
+        constexpr auto kRule = static_cast<int>(kernels::SumRule::Generalized);
+        double* const eta = block.Or(block.results.linearPredictor, kEta);
+        double* const design = block.Work(kProbabilities + categories_.size());
+        if (ReadsDesign()) {
+            const kernels::Terms all = model_.plan.View();
+            kernels_.sums[kRule](block.columns, nullptr, {all.parts, all.begin, betas_.size()},
+                                 betas_.data(), 0, eta, design);
+        } else {
+            kernels_.sums[kRule](block.columns, nullptr, compact_->View(), compact_->Betas(), 0,
+                                 eta, nullptr);
+        }
+        AddOffset(block, eta, design);
+
+        double* const probabilities = block.Work(kProbabilities);
+        const size_t boundaries = categories_.size() - 1;
+        for (size_t c = 0; c < boundaries; ++c) {
+            double* const column = probabilities + c * kernels::kBlockRows;
+            kernels_.boundary(eta, model_.thresholds[c], model_.ways_.sign, column, block.rows);
+            kernels_.cumulative[link_](column, column, block.rows);
+        }
+        kernels_.scale(probabilities, boundaries, model_.ways_.margin, block.Work(kIndex),
+                       block.rows);
+        GiveCategory(block.Work(kIndex), block.results, block.rows);
+        GiveProbabilities(probabilities, categories_.size(), block.results, block.rows);
+    }
+
+private:
+    bool ReadsDesign() const
+    {
+        return model_.offset.HasVariable() && model_.ways_.offsetIsPredictor &&
+               model_.offsetIndex < betas_.size();
+    }
+    void AddOffset(const Block& block, double* eta, const double* design) const
+    {
+        if (model_.offset.kind == Offset::VALUE) {
+            kernels_.shift(eta, nullptr, model_.offset.value, block.rows);
+        } else if (model_.offset.HasVariable()) {
+            if (ReadsDesign()) {
+                kernels_.shift(eta, design + model_.offsetIndex * kernels::kBlockRows, 0.0,
+                               block.rows);
+            } else if (model_.ways_.offsetIsPredictor) {
+                kernels_.shift(eta, nullptr, 0.0, block.rows);
+            } else {
+                kernels_.shift(eta, block.Numbers(model_.offsetIndex), 0.0, block.rows);
+            }
+        }
+    }
+
+    const CumulativeLinkModel& model_;
+    int link_;
+    std::vector<double> betas_;
+    std::optional<CompactTerms> compact_;
+};
+
+std::unique_ptr<BatchScorer> CumulativeLinkModel::MakeBlockScorer(
+    const kernels::BlockKernels& kernels) const
+{
+    const auto link = static_cast<int>(linkFunction);
+    if (categoryMap.empty() || link < 0 || link >= kernels::kCumulativeLinks) return nullptr;
+    auto scorer = std::make_unique<CumulativeLinkBlocks>(kernels, *this);
+    if (!scorer->Build()) return nullptr;
+    return scorer;
+}
+
+}  // namespace MCVelscore_850

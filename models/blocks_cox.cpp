@@ -1,0 +1,96 @@
+// The block scorer of Cox models.
+#include "models/blockscorer.h"
+#include "models/coxregrmodel.h"
+
+namespace MCVelscore_850 {
+
+class CoxBlocks final : public BlockScorer {
+public:
+    CoxBlocks(const kernels::BlockKernels& chosen, const CoxRegModel& model)
+        : BlockScorer(chosen),
+          model_(model),
+          references_(model.ReferenceTerms()),
+          compact_(model.plan, model.betas, 0, references_)
+    {
+        for (size_t i = 0; i < std::max(model.stratumCategs.size(), size_t{1}); ++i) {
+            strata_.push_back(model.BaselineOf(i));
+        }
+    }
+
+    bool Build()
+    {
+        if (model_.contrastMatrices.empty()) {
+            if (!AddPredictors(model_.plan, model_.predictorVars)) return false;
+        } else {
+            if (!AddContrastPredictors()) return false;
+        }
+        if (model_.endTimeVariable == nullptr) return false;
+        endTime_ = AddNumber(*model_.endTimeVariable,
+                             [](const ScoreValue& text) { return text.GetDouble(); });
+        if (model_.stratumVariableName.empty()) return true;
+        if (model_.stratumVariable == nullptr) return false;
+        stratum_ = AddCode(*model_.stratumVariable, [this](const ScoreValue& value) {
+            const int stratum = model_.StratumOf(&value);
+            return stratum < 0 ? kUnsure : stratum;
+        });
+        return true;
+    }
+
+protected:
+    enum : size_t { kLp, kBaseline, kHazard, kSurvival, kColumns };
+    size_t WorkColumns() const override { return kColumns; }
+
+    void Compute(const Block& block) const override
+    {
+        static constexpr int32_t kOnlyStratum[kernels::kBlockRows] = {};
+        const BatchResults& results = block.results;
+        double* const lp = block.Or(results.linearPredictor, kLp);
+        kernels_.centred(block.columns, compact_.View(), compact_.Betas(), compact_.References(),
+                         lp);
+        const int32_t* const strata =
+            model_.stratumVariableName.empty() ? kOnlyStratum : block.Codes(stratum_);
+        double* const baseline = block.Work(kBaseline);
+        kernels_.baselines(strata_.data(), strata, block.Numbers(endTime_), baseline, block.rows);
+        kernels_.survival(lp, baseline, block.Or(results.cumHazard, kHazard),
+                          block.Or(results.prediction, kSurvival), block.rows);
+    }
+
+private:
+    // The place in the contrast matrix; a category without a whole row is left to the case's own
+    // road.
+    bool AddContrastPredictors()
+    {
+        const TermPlan& plan = model_.plan;
+        for (size_t k = 0; k < model_.predictorVars.size(); ++k) {
+            if (model_.predictorVars[k] == nullptr) return false;
+            const ScoreDictVar& var = *model_.predictorVars[k];
+            if (plan.readings[k] != TermPlan::Reading::Code) {
+                AddNumber(var, [](const ScoreValue& text) { return text.GetDouble(); });
+                continue;
+            }
+            if (plan.codeCounts[k] == 0) return false;
+            AddCode(var, [&plan, k](const ScoreValue& value) {
+                const int32_t row = plan.codes[k].Find(&value);
+                return row >= 0 && HasEveryContrast(plan, k, row) ? row : kUnsure;
+            });
+        }
+        return true;
+    }
+
+    const CoxRegModel& model_;
+    std::vector<double> references_;
+    CompactTerms compact_;
+    std::vector<kernels::Baseline> strata_;
+    size_t endTime_ = 0;
+    size_t stratum_ = 0;
+};
+
+std::unique_ptr<BatchScorer> CoxRegModel::MakeBlockScorer(
+    const kernels::BlockKernels& kernels) const
+{
+    auto scorer = std::make_unique<CoxBlocks>(kernels, *this);
+    if (!scorer->Build()) return nullptr;
+    return scorer;
+}
+
+}  // namespace MCVelscore_850

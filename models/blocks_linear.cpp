@@ -1,0 +1,302 @@
+// The block scorers of the families that predict a number from a linear predictor: linear, general
+// linear and generalized linear models.
+#include <algorithm>
+#include <limits>
+
+#include "host/values/datetimetext.h"
+#include "models/blockscorer.h"
+#include "models/glrmodel.h"
+#include "models/gzlrlinks.h"
+#include "models/gzlrmodel.h"
+#include "models/lrmodel.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+constexpr double kNone = NumericValue::GetSysmisValue();
+
+bool WantsErrors(const BatchResults& results)
+{
+    return results.stdDev != nullptr || results.ciLower != nullptr || results.ciUpper != nullptr;
+}
+
+// Limits of lp, at a width or where the width has none at no number.
+void GiveLimits(const kernels::BlockKernels& kernels, const double* lp, const double* errors,
+                double width, double* lower, double* upper, size_t rows)
+{
+    if (NumericValue::IsSystemMissingValue(width)) {
+        std::fill_n(lower, rows, kNone);
+        std::fill_n(upper, rows, kNone);
+    } else {
+        kernels.limits(lp, errors, width, lower, upper, rows);
+    }
+}
+
+// How the covariances of a model enter its standard errors.
+struct Covariances {
+    const double* cells = nullptr;
+    size_t stride = 0;
+    std::vector<uint32_t> met;  // parameters with a beta and a row
+
+    Covariances(const PCovMatrix* matrix, const std::vector<double>& betas)
+    {
+        if (matrix == nullptr || !matrix->IsWritten()) return;
+        cells = matrix->GetRow(0);
+        stride = matrix->GetRows();
+        for (uint32_t p = 0; p < std::min(betas.size(), stride); ++p) {
+            if (betas[p] != 0.0) met.push_back(p);
+        }
+    }
+};
+
+}  // namespace
+
+class LRBlocks final : public BlockScorer {
+public:
+    LRBlocks(const kernels::BlockKernels& chosen, const LRModel& model)
+        : BlockScorer(chosen), model_(model), t_(LRModel::t05(model.GetDF()))
+    {
+        for (const ScoreDictVar* var : model.predictorVars) {
+            AddNumber(*var, [](const ScoreValue& text) { return text.GetDouble(); });
+        }
+    }
+
+protected:
+    enum : size_t { kLp, kErrors, kLower, kUpper, kColumns };
+    size_t WorkColumns() const override { return kColumns; }
+
+    void Compute(const Block& block) const override
+    {
+        const size_t n = model_.predictorVars.size();
+        const std::vector<double>& betas = model_.betas;
+        double* const lp = block.Or(block.results.prediction, kLp);
+        kernels_.slopes(block.columns, n < betas.size() ? betas[n] : 0.0, betas.data(),
+                        std::min(n, betas.size()), lp);
+        Give(lp, block.results.linearPredictor, block.rows);
+        if (!WantsErrors(block.results)) return;
+
+        const size_t rows = model_.pcovMatrix->GetRows();
+        const size_t slopes = std::min(n, rows);
+        double* const errors = block.Or(block.results.stdDev, kErrors);
+        kernels_.slopeErrors(block.columns, model_.pcovMatrix->GetRow(0), rows, slopes,
+                             slopes == n && n < rows, errors);
+        GiveLimits(kernels_, lp, errors, t_, block.Or(block.results.ciLower, kLower),
+                   block.Or(block.results.ciUpper, kUpper), block.rows);
+    }
+
+private:
+    const LRModel& model_;
+    double t_;
+};
+
+std::unique_ptr<BatchScorer> LRModel::MakeBlockScorer(const kernels::BlockKernels& kernels) const
+{
+    for (const ScoreDictVar* var : predictorVars) {
+        if (var == nullptr) return nullptr;
+        // Its variance reads the plain number of a date beside the one from its origin.
+        if (OriginShift(var->GetDateTimeType()) != 0.0 && pcovMatrix->IsWritten()) return nullptr;
+    }
+    return std::make_unique<LRBlocks>(kernels, *this);
+}
+
+class GLRBlocks final : public BlockScorer {
+public:
+    GLRBlocks(const kernels::BlockKernels& chosen, const GLRModel& model)
+        : BlockScorer(chosen),
+          model_(model),
+          compact_(model.plan, model.betas),
+          covariances_(model.pcovMatrix.get(), model.betas),
+          fixedError_(model.IsLinearSVM() ? model.GetSigmaValue() : kNone),
+          fixedWidth_(model.IsLinearSVM() ? model.GetPercentileValue() : kNone),
+          t_(NumericValue::IsSystemMissingValue(model.GetDF()) ? kNone
+                                                               : GLRModel::t05(model.GetDF()))
+    {}
+    bool Build() { return AddNumberedPredictors(model_.plan, model_.predictorVars); }
+
+protected:
+    enum : size_t { kLp, kErrors, kLower, kUpper, kDesign };
+    size_t WorkColumns() const override { return kDesign + model_.betas.size(); }
+
+    void Compute(const Block& block) const override
+    {
+        constexpr auto kRule = static_cast<int>(kernels::SumRule::GeneralLinear);
+        const BatchResults& results = block.results;
+        double* const lp = block.Or(results.prediction, kLp);
+        const bool wantsErrors = WantsErrors(results);
+        if (wantsErrors && covariances_.cells != nullptr) {
+            kernels_.sums[kRule](block.columns, nullptr, model_.plan.View(), model_.betas.data(), 0,
+                                 lp, block.Work(kDesign));
+        } else {
+            kernels_.sums[kRule](block.columns, nullptr, compact_.View(), compact_.Betas(), 0, lp,
+                                 nullptr);
+        }
+        Give(lp, results.linearPredictor, block.rows);
+        if (!wantsErrors) return;
+
+        double* const errors = block.Or(results.stdDev, kErrors);
+        if (!NumericValue::IsSystemMissingValue(fixedError_)) {
+            std::fill_n(errors, block.rows, fixedError_);
+        } else if (covariances_.cells == nullptr) {
+            std::fill_n(errors, block.rows, 0.0);
+        } else {
+            kernels_.standardErrors(block.Work(kDesign), covariances_.cells, covariances_.stride,
+                                    covariances_.met.data(), covariances_.met.size(), errors,
+                                    block.rows);
+        }
+        const bool fixed = !NumericValue::IsSystemMissingValue(fixedWidth_);
+        GiveLimits(kernels_, lp, fixed ? nullptr : errors, fixed ? fixedWidth_ : t_,
+                   block.Or(results.ciLower, kLower), block.Or(results.ciUpper, kUpper),
+                   block.rows);
+    }
+
+private:
+    const GLRModel& model_;
+    CompactTerms compact_;
+    Covariances covariances_;
+    double fixedError_;
+    double fixedWidth_;
+    double t_;
+};
+
+std::unique_ptr<BatchScorer> GLRModel::MakeBlockScorer(const kernels::BlockKernels& kernels) const
+{
+    auto scorer = std::make_unique<GLRBlocks>(kernels, *this);
+    if (!scorer->Build()) return nullptr;
+    return scorer;
+}
+
+class GZLRBlocks final : public BlockScorer {
+public:
+    GZLRBlocks(const kernels::BlockKernels& chosen, const GZLRModel& model)
+        : BlockScorer(chosen),
+          model_(model),
+          link_(static_cast<int>(model.GetLinkFunction())),
+          betas_(model.categoryBetas[static_cast<size_t>(model.RowOfEvent())]),
+          compact_(model.plan, betas_),
+          covariances_(model.pcovMatrix.get(), betas_)
+    {
+        if (!model.binaryTarget) return;
+        categories_.resize(model.categoryMap.size());
+        for (const auto& [name, row] : model.categoryMap) {
+            categories_[static_cast<size_t>(row)] = name;
+        }
+        event_ = CategoryOf(model.eventName);
+        other_ = model.otherCategory == nullptr ? -1 : CategoryOf(model.otherName);
+    }
+    bool Build() { return AddPredictors(model_.plan, model_.predictorVars); }
+
+protected:
+    enum : size_t { kLp, kMean, kErrors, kLower, kUpper, kDesign };
+    size_t WorkColumns() const override { return kDesign + betas_.size(); }
+
+    void Compute(const Block& block) const override
+    {
+        constexpr auto kRule = static_cast<int>(kernels::SumRule::Generalized);
+        const BatchResults& results = block.results;
+        const bool wantsErrors = !model_.binaryTarget && WantsErrors(results);
+        double* const eta = block.Or(results.linearPredictor, kLp);
+        if (wantsErrors && covariances_.cells != nullptr) {
+            kernels_.sums[kRule](block.columns, nullptr, model_.plan.View(), betas_.data(), 0, eta,
+                                 block.Work(kDesign));
+        } else {
+            kernels_.sums[kRule](block.columns, nullptr, compact_.View(), compact_.Betas(), 0, eta,
+                                 nullptr);
+        }
+        if (model_.offset.kind == Offset::VALUE) {
+            kernels_.shift(eta, nullptr, model_.offset.value, block.rows);
+        } else if (model_.offset.HasVariable()) {
+            kernels_.shift(eta, block.Numbers(model_.predictorCount), 0.0, block.rows);
+        }
+
+        double* const mean = block.Or(model_.binaryTarget ? nullptr : results.prediction, kMean);
+        kernels_.means[link_](eta, model_.GetLinkParameter(), mean, block.rows);
+        for (size_t row = 0; HasTrials() && row < block.rows; ++row) {
+            int trials = -1;
+            if (!ReadTrials(block, row, trials)) {
+                block.Leave(row);
+            } else if (mean[row] != kNone) {
+                mean[row] = model_.TimesTrials(mean[row], trials);
+            }
+        }
+        if (model_.binaryTarget) {
+            GiveCategories(block, mean);
+        } else if (wantsErrors) {
+            GiveErrors(block, eta);
+        }
+    }
+
+private:
+    int32_t CategoryOf(const std::string& name) const
+    {
+        const auto found = std::find(categories_.begin(), categories_.end(), name);
+        return found == categories_.end() ? -1 : static_cast<int32_t>(found - categories_.begin());
+    }
+    bool HasTrials() const { return model_.trialsKind != GZLRModel::NONE; }
+    bool ReadTrials(const Block& block, size_t row, int& trials) const
+    {
+        if (model_.trialsKind != GZLRModel::VARIABLE || model_.trialsVar == nullptr) return true;
+        return GZLRModel::TrialsOf(block.Numbers(model_.predictorVars.size() - 1)[row], trials);
+    }
+
+    void GiveErrors(const Block& block, const double* eta) const
+    {
+        const BatchResults& results = block.results;
+        double* const errors = block.Or(results.stdDev, kErrors);
+        if (covariances_.cells == nullptr) {
+            std::fill_n(errors, block.rows, 0.0);
+        } else {
+            kernels_.standardErrors(block.Work(kDesign), covariances_.cells, covariances_.stride,
+                                    covariances_.met.data(), covariances_.met.size(), errors,
+                                    block.rows);
+        }
+        double* lower = block.Or(results.ciLower, kLower);
+        double* upper = block.Or(results.ciUpper, kUpper);
+        kernels_.limits(eta, errors, GZLRModel::LimitQuantile(), lower, upper, block.rows);
+        const double k = model_.GetLinkParameter();
+        kernels_.means[link_](lower, k, lower, block.rows);
+        kernels_.means[link_](upper, k, upper, block.rows);
+        // On purpose: a limit without a mean is multiplied like any other.
+        for (size_t row = 0; HasTrials() && row < block.rows; ++row) {
+            int trials = -1;
+            if (!ReadTrials(block, row, trials)) continue;
+            lower[row] = model_.TimesTrials(lower[row], trials);
+            upper[row] = model_.TimesTrials(upper[row], trials);
+        }
+        const bool falls = model_.GetLinkFunction() == GZLRModel::LINK_POWER && k < 0.0;
+        if (falls) std::swap_ranges(lower, lower + block.rows, upper);
+    }
+
+    void GiveCategories(const Block& block, const double* mean) const
+    {
+        const BatchResults& results = block.results;
+        for (size_t row = 0; row < block.rows; ++row) {
+            const bool isEvent = mean[row] >= GZLRModel::kEventBoundary;
+            if (mean[row] == kNone || (!isEvent && other_ < 0)) block.Leave(row);
+            if (results.category != nullptr) results.category[row] = isEvent ? event_ : other_;
+        }
+        if (results.probabilities == nullptr) return;
+        std::copy_n(mean, block.rows, results.probabilities[event_]);
+        for (size_t row = 0; other_ >= 0 && row < block.rows; ++row) {
+            results.probabilities[other_][row] = 1.0 - mean[row];
+        }
+    }
+
+    const GZLRModel& model_;
+    int link_;
+    const std::vector<double>& betas_;
+    CompactTerms compact_;
+    Covariances covariances_;
+    int32_t event_ = -1;
+    int32_t other_ = -1;
+};
+
+std::unique_ptr<BatchScorer> GZLRModel::MakeBlockScorer(const kernels::BlockKernels& kernels) const
+{
+    if (GZLRLink::Find(linkFunction) == nullptr) return nullptr;
+    auto scorer = std::make_unique<GZLRBlocks>(kernels, *this);
+    if (!scorer->Build()) return nullptr;
+    return scorer;
+}
+
+}  // namespace MCVelscore_850
