@@ -28,37 +28,7 @@ VELSCORE_LANE double HazardAfter(const Baseline& baseline, size_t after, double 
     return gives ? baseline.hazards[after - 2] : hazard;
 }
 
-/// The times of kTogether baselines that aren't later than each row's, by bisections side by side,
-/// so that one waits for memory while others go on.
-inline constexpr size_t kTogether = 8;
-VELSCORE_LANE void CountTimesUpTo(const Baseline* const* baselines, const double* t, size_t* after)
-{
-    static constexpr double kNoTime[1] = {0.0};
-    const double* from[kTogether];
-    size_t left[kTogether];
-    size_t most = 0;
-    for (size_t i = 0; i < kTogether; ++i) {
-        left[i] = baselines[i]->count;
-        from[i] = left[i] > 0 ? baselines[i]->times : kNoTime;
-        most = most < left[i] ? left[i] : most;
-    }
-    for (; most > 1; most -= most / 2) {
-        for (size_t i = 0; i < kTogether; ++i) {
-            const size_t half = left[i] / 2;
-            const bool later = !(from[i][half > 0 ? half - 1 : 0] <= t[i]);
-            from[i] += later ? 0 : half;
-            left[i] -= half;
-        }
-    }
-    for (size_t i = 0; i < kTogether; ++i) {
-        const bool none = baselines[i]->count == 0;
-        after[i] = none ? 0
-                        : static_cast<size_t>(from[i] - baselines[i]->times) +
-                              (from[i][0] <= t[i] ? 1 : 0);
-    }
-}
-
-/// The same of one.
+/// How many times of a baseline aren't later than t; of no meaning for a t that is no number.
 VELSCORE_LANE size_t CountTimesUpTo(const Baseline& baseline, double t)
 {
     if (baseline.count == 0) return 0;

@@ -43,10 +43,10 @@ struct BlockKernels {
     /// SumOfSlopes over the first `count` columns.
     void (*slopes)(const BlockColumns& columns, double constant, const double* betas, size_t count,
                    double* lp);
-    /// SumOfTerms by SumRule, from `start` on, a column or null for 0. Design value p goes to
-    /// design + p * kBlockRows unless `design` is null.
-    void (*sums[kSumRules])(const BlockColumns& columns, const double* start, const Terms& terms,
-                            const double* betas, size_t first, double* lp, double* design);
+    /// SumOfTerms by SumRule, from 0 on. Design value p goes to design + p * kBlockRows unless
+    /// `design` is null.
+    void (*sums[kSumRules])(const BlockColumns& columns, const Terms& terms, const double* betas,
+                            size_t first, double* lp, double* design);
     /// CentredSumOfTerms, with contrasts or without.
     void (*centred)(const BlockColumns& columns, const Terms& terms, const double* betas,
                     const double* references, double* lp);

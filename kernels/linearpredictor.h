@@ -28,6 +28,20 @@ VELSCORE_LANE typename Cells::Lane SumOfSlopes(double constant, const double* be
     return lp;
 }
 
+/// lp + d beta of one term that has a beta other than 0. Its design value, 0 where the term has
+/// ended, goes to keep(d).
+template <Ends kEnds, Adds kAdds, class Cells, class Keep>
+VELSCORE_LANE typename Cells::Lane AddTerm(typename Cells::Lane lp, const Terms& terms, size_t p,
+                                           double beta, const Cells& cells, Keep keep)
+{
+    using Lane = typename Cells::Lane;
+    const DesignValue<Lane> design = DesignValueOf<kEnds>(terms, p, cells);
+    const Lane d = Select(design.stands, design.value, All<Lane>(0.0));
+    keep(d);
+    const Mask<Lane> adds = kAdds == Adds::StandingTerms ? design.stands : d != 0.0;
+    return Select(adds, lp + d * beta, lp);
+}
+
 /// start + sum of d[p] betas[p], p ascending from `first`. Each design value, 0 where its term has
 /// ended or its beta is 0, goes to keep(p, d).
 template <Ends kEnds, Adds kAdds, class Cells, class Keep>
@@ -40,36 +54,39 @@ VELSCORE_LANE typename Cells::Lane SumOfTerms(typename Cells::Lane start, const 
     for (size_t p = first; p < terms.count; ++p) {
         if (betas[p] == 0.0) {
             keep(p, All<Lane>(0.0));
-            continue;
+        } else {
+            lp = AddTerm<kEnds, kAdds>(lp, terms, p, betas[p], cells, [&](Lane d) { keep(p, d); });
         }
-        const DesignValue<Lane> design = DesignValueOf<kEnds>(terms, p, cells);
-        const Lane d = Select(design.stands, design.value, All<Lane>(0.0));
-        keep(p, d);
-        const Mask<Lane> adds = kAdds == Adds::StandingTerms ? design.stands : d != 0.0;
-        lp = Select(adds, lp + d * betas[p], lp);
     }
     return lp;
 }
 
-/// The sum over p of d[p] betas[p] - references[p], of a model that is centred: a design value of 0
-/// counts where its reference isn't 0.
+/// lp + (d beta - reference) of one term that has a beta other than 0, of a model that is centred:
+/// a design value of 0 counts where its reference isn't 0.
 template <Ends kEnds, class Cells, class Keep>
+VELSCORE_LANE typename Cells::Lane AddCentredTerm(typename Cells::Lane lp, const Terms& terms,
+                                                  size_t p, double beta, double reference,
+                                                  const Cells& cells, Keep keep)
+{
+    using Lane = typename Cells::Lane;
+    const DesignValue<Lane> design = DesignValueOf<kEnds>(terms, p, cells);
+    const Lane d = Select(design.stands, design.value, All<Lane>(0.0));
+    keep(d);
+    const Lane sum = lp + (d * beta - reference);
+    return reference != 0.0 ? sum : Select(d != 0.0, sum, lp);
+}
+
+/// The sum over p of d[p] betas[p] - references[p]. A parameter whose beta is 0 adds nothing, not
+/// even its reference, which is 0 then.
+template <Ends kEnds, class Cells>
 VELSCORE_LANE typename Cells::Lane CentredSumOfTerms(const Terms& terms, const double* betas,
-                                                     const double* references, const Cells& cells,
-                                                     Keep keep)
+                                                     const double* references, const Cells& cells)
 {
     using Lane = typename Cells::Lane;
     Lane lp = All<Lane>(0.0);
     for (size_t p = 0; p < terms.count; ++p) {
-        if (betas[p] == 0.0) {  // not even its reference, which is 0 then
-            keep(p, All<Lane>(0.0));
-            continue;
-        }
-        const DesignValue<Lane> design = DesignValueOf<kEnds>(terms, p, cells);
-        const Lane d = Select(design.stands, design.value, All<Lane>(0.0));
-        keep(p, d);
-        const Lane sum = lp + (d * betas[p] - references[p]);
-        lp = references[p] != 0.0 ? sum : Select(d != 0.0, sum, lp);
+        if (betas[p] == 0.0) continue;
+        lp = AddCentredTerm<kEnds>(lp, terms, p, betas[p], references[p], cells, [](Lane) {});
     }
     return lp;
 }

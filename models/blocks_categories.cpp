@@ -129,8 +129,7 @@ protected:
         double* const lp = block.Work(kLp);
         std::fill_n(lp, block.rows, 0.0);
         double* const sum = lp + kBetaRow * kernels::kBlockRows;
-        kernels_.sums[kRule](block.columns, nullptr, compact_.View(), compact_.Betas(), 0, sum,
-                             nullptr);
+        kernels_.sums[kRule](block.columns, compact_.View(), compact_.Betas(), 0, sum, nullptr);
         Give(sum, block.results.linearPredictor, block.rows);
         kernels_.softmax(lp, kCategories, block.Work(kIndex), block.rows);
         GiveProbabilities(lp, kCategories, block.results, block.rows);
@@ -206,7 +205,7 @@ protected:
         constexpr auto kRule = static_cast<int>(kernels::SumRule::Generalized);
         double* const lp = block.Work(kLp);
         for (size_t c = 0; c < kEquations; ++c) {
-            kernels_.sums[kRule](block.columns, nullptr, compact_[c].View(), compact_[c].Betas(), 0,
+            kernels_.sums[kRule](block.columns, compact_[c].View(), compact_[c].Betas(), 0,
                                  lp + c * kernels::kBlockRows, nullptr);
         }
         Give(lp, block.results.linearPredictor, block.rows);
@@ -263,11 +262,11 @@ protected:
         double* const design = block.Work(kProbabilities + categories_.size());
         if (ReadsDesign()) {
             const kernels::Terms all = model_.plan.View();
-            kernels_.sums[kRule](block.columns, nullptr, {all.parts, all.begin, betas_.size()},
+            kernels_.sums[kRule](block.columns, {all.parts, all.begin, betas_.size()},
                                  betas_.data(), 0, eta, design);
         } else {
-            kernels_.sums[kRule](block.columns, nullptr, compact_->View(), compact_->Betas(), 0,
-                                 eta, nullptr);
+            kernels_.sums[kRule](block.columns, compact_->View(), compact_->Betas(), 0, eta,
+                                 nullptr);
         }
         AddOffset(block, eta, design);
 

@@ -125,11 +125,10 @@ protected:
         double* const lp = block.Or(results.prediction, kLp);
         const bool wantsErrors = WantsErrors(results);
         if (wantsErrors && covariances_.cells != nullptr) {
-            kernels_.sums[kRule](block.columns, nullptr, model_.plan.View(), model_.betas.data(), 0,
-                                 lp, block.Work(kDesign));
+            kernels_.sums[kRule](block.columns, model_.plan.View(), model_.betas.data(), 0, lp,
+                                 block.Work(kDesign));
         } else {
-            kernels_.sums[kRule](block.columns, nullptr, compact_.View(), compact_.Betas(), 0, lp,
-                                 nullptr);
+            kernels_.sums[kRule](block.columns, compact_.View(), compact_.Betas(), 0, lp, nullptr);
         }
         Give(lp, results.linearPredictor, block.rows);
         if (!wantsErrors) return;
@@ -197,11 +196,10 @@ protected:
         const bool wantsErrors = !model_.binaryTarget && WantsErrors(results);
         double* const eta = block.Or(results.linearPredictor, kLp);
         if (wantsErrors && covariances_.cells != nullptr) {
-            kernels_.sums[kRule](block.columns, nullptr, model_.plan.View(), betas_.data(), 0, eta,
+            kernels_.sums[kRule](block.columns, model_.plan.View(), betas_.data(), 0, eta,
                                  block.Work(kDesign));
         } else {
-            kernels_.sums[kRule](block.columns, nullptr, compact_.View(), compact_.Betas(), 0, eta,
-                                 nullptr);
+            kernels_.sums[kRule](block.columns, compact_.View(), compact_.Betas(), 0, eta, nullptr);
         }
         if (model_.offset.kind == Offset::VALUE) {
             kernels_.shift(eta, nullptr, model_.offset.value, block.rows);

@@ -17,7 +17,6 @@ namespace {
 constexpr size_t kRowsOfBlock = kernels::kBlockRows;
 static_assert(BatchScorer::kRows == kRowsOfBlock);
 static_assert(BatchScorer::kRowMultiple == kernels::kLargestWidth);
-static_assert(BatchScorer::kRowMultiple == kernels::kTogether);
 
 bool IsPresent(const BatchColumn& column, size_t row)
 {

@@ -244,8 +244,8 @@ bool CoxRegModel::ComputeLinearPredictor(CaseWalk& walk, CaseState& state, doubl
     }
     walk.ReadValues(n);
     const ContrastCells cells{{state.numbers.data(), state.codes.data()}};
-    lp = kernels::CentredSumOfTerms<kernels::Ends::AtZeroContrast>(
-        plan.View(), betas.data(), state.references.data(), cells, [](size_t, double) {});
+    lp = kernels::CentredSumOfTerms<kernels::Ends::AtZeroContrast>(plan.View(), betas.data(),
+                                                                   state.references.data(), cells);
     if (cells.outside >= 0) {
         walk.SetStatus(MCScore::kFactorOutsideContrasts,
                        predictorVars[static_cast<size_t>(cells.outside)]);

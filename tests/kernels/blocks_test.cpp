@@ -35,12 +35,15 @@ public:
     double Draw(double spread = 3.0)
     {
         static constexpr double kTurns[] = {
-            0.0,    -0.0,    1.0,    -1.0,  1e300,  -1e300,
-            1e-300, -1e-300, kInf,   -kInf, 5e-324, 709.0,
-            -708.0, 709.8,   -745.2, 0.5,   2.0,    std::numeric_limits<double>::quiet_NaN()};
+            0.0,    -0.0,    1.0,    -1.0,   0.5,    2.0,
+            1e-300, -1e-300, 1e300,  -1e300, kInf,   -kInf,
+            5e-324, 709.0,   -708.0, 709.8,  -745.2, std::numeric_limits<double>::quiet_NaN()};
+        constexpr size_t kCalmTurns = 8;
         if (Below(5) > 0) return std::normal_distribution<>(0.0, spread)(random_);
-        return kTurns[Below(std::size(kTurns))];
+        return kTurns[Below(calm ? kCalmTurns : std::size(kTurns))];
     }
+    /// Draws no number at which products overflow.
+    bool calm = false;
     size_t Below(size_t end) { return random_() % end; }
     std::vector<double> Column(double spread = 3.0)
     {
@@ -231,17 +234,17 @@ void ExpectSums(const BlockKernels& kernels, SumRule rule, Numbers& draw)
     std::vector<double> lp(kBlockRows);
     std::vector<double> design(Model::kTerms * kBlockRows);
     std::vector<double> errors(kBlockRows);
+    std::vector<double> alone(kBlockRows);
     for (size_t round = 0; round < kBlocks; ++round) {
+        draw.calm = round % 2 == 0;
         Block block(draw);
         const Model model(draw);
         const std::vector<double> betas = draw.Betas(Model::kTerms);
-        const std::vector<double> start = draw.Column();
-        const bool starts = round % 2 == 0;
         const size_t first = round % 3 == 0 ? 1 : 0;
         const std::vector<double> covariances = draw.Betas(Model::kTerms * Model::kTerms);
-        kernels.sums[static_cast<int>(rule)](block.View(), starts ? start.data() : nullptr,
-                                             model.View(), betas.data(), first, lp.data(),
-                                             design.data());
+        const auto sums = kernels.sums[static_cast<int>(rule)];
+        sums(block.View(), model.View(), betas.data(), first, lp.data(), design.data());
+        sums(block.View(), model.View(), betas.data(), first, alone.data(), nullptr);
         std::vector<uint32_t> met;
         for (uint32_t p = 0; p < Model::kTerms; ++p) {
             if (p >= first && betas[p] != 0.0) met.push_back(p);
@@ -250,10 +253,11 @@ void ExpectSums(const BlockKernels& kernels, SumRule rule, Numbers& draw)
                                met.size(), errors.data(), kBlockRows);
         for (size_t row = 0; row < kBlockRows; ++row) {
             double d[Model::kTerms] = {};
-            const double sum = SumOfTerms<kEnds, kAdds>(
-                starts ? start[row] : 0.0, model.View(), betas.data(), first, block.Row(row),
-                [&](size_t p, double value) { d[p] = value; });
+            const double sum =
+                SumOfTerms<kEnds, kAdds>(0.0, model.View(), betas.data(), first, block.Row(row),
+                                         [&](size_t p, double value) { d[p] = value; });
             ASSERT_TRUE(SameBits(lp[row], sum)) << lp[row] << " " << sum;
+            ASSERT_TRUE(SameBits(alone[row], sum)) << alone[row] << " " << sum;
             for (size_t p = first; p < Model::kTerms; ++p) {
                 ASSERT_TRUE(SameBits(design[p * kBlockRows + row], d[p]));
             }
@@ -266,6 +270,7 @@ void ExpectSums(const BlockKernels& kernels, SumRule rule, Numbers& draw)
                                                   metHere.size(), [&](size_t p) { return d[p]; })));
         }
     }
+    draw.calm = false;
 }
 
 TEST_P(Blocks, TermsAndStandardErrorsSumAsOfOneCase)
@@ -285,8 +290,7 @@ TEST_P(Blocks, CentredTermsSumAsOfOneCase)
         kernels->centred(block.View(), model.View(), betas.data(), references.data(), out.data());
         for (size_t row = 0; row < kBlockRows; ++row) {
             const double sum = CentredSumOfTerms<Ends::AtZeroContrast>(
-                model.View(), betas.data(), references.data(), block.Row(row),
-                [](size_t, double) {});
+                model.View(), betas.data(), references.data(), block.Row(row));
             ASSERT_TRUE(SameBits(out[row], sum)) << out[row] << " " << sum;
         }
     }
@@ -363,17 +367,175 @@ TEST_P(Blocks, CumulativeProbabilitiesAreThoseOfOneCase)
     }
 }
 
+TEST_P(Blocks, BaselinesAreLookedUpAsOfOneCase)
+{
+    constexpr size_t kCells[] = {0, 1, 2, 3, 10, 1000};
+    std::vector<std::vector<double>> times, hazards;
+    for (const size_t cells : kCells) {
+        std::vector<double>& time = times.emplace_back();
+        std::vector<double>& hazard = hazards.emplace_back();
+        for (size_t i = 0; i < cells; ++i) {
+            time.push_back(static_cast<double>(2 * i));
+            hazard.push_back(draw.Below(4) == 0 ? kNone : draw.Draw());
+        }
+    }
+    std::vector<Baseline> strata;
+    for (size_t i = 0; i < times.size(); ++i) {
+        const auto last = static_cast<double>(2 * kCells[i]);
+        for (const double maxTime : {last, last / 2, std::numeric_limits<double>::quiet_NaN()}) {
+            for (const double minTime : {0.0, 1.0, -kInf}) {
+                strata.push_back({times[i].data(), hazards[i].data(), kCells[i], minTime, maxTime});
+            }
+        }
+    }
+    std::vector<int32_t> stratum(kBlockRows);
+    std::vector<double> t(kBlockRows);
+    for (size_t round = 0; round < 4 * kBlocks; ++round) {
+        for (size_t row = 0; row < kBlockRows; ++row) {
+            stratum[row] = static_cast<int32_t>(draw.Below(strata.size()));
+            const size_t cells = strata[static_cast<size_t>(stratum[row])].count;
+            const auto at = static_cast<double>(draw.Below(2 * cells + 3)) - 1.0;
+            t[row] = draw.Below(20) == 0 ? draw.Draw() : at;
+        }
+        kernels->baselines(strata.data(), stratum.data(), t.data(), out.data(), kBlockRows);
+        for (size_t row = 0; row < kBlockRows; ++row) {
+            const Baseline& of = strata[static_cast<size_t>(stratum[row])];
+            const size_t after =
+                std::isnan(t[row])
+                    ? 0
+                    : static_cast<size_t>(std::upper_bound(of.times, of.times + of.count, t[row]) -
+                                          of.times);
+            if (!std::isnan(t[row])) {
+                ASSERT_EQ(CountTimesUpTo(of, t[row]), after);
+            }
+            ASSERT_TRUE(SameBits(out[row], HazardAfter(of, after, t[row], kNone)))
+                << out[row] << " at " << t[row] << " of " << of.count;
+        }
+    }
+}
+
+TEST_P(Blocks, OrdinalCategoriesAreThoseOfOneCase)
+{
+    constexpr size_t kBoundaries = 3;
+    for (const double margin : {0.0, 1e-14}) {
+        for (size_t round = 0; round < kBlocks; ++round) {
+            std::vector<double> cumulative((kBoundaries + 1) * kBlockRows);
+            for (double& f : cumulative) {
+                f = draw.Below(8) == 0 ? kNone : static_cast<double>(draw.Below(11)) / 10.0;
+            }
+            const std::vector<double> given = cumulative;
+            kernels->scale(cumulative.data(), kBoundaries, margin, out.data(), kBlockRows);
+            for (size_t row = 0; row < kBlockRows; ++row) {
+                double before = 0.0, best = 0.0;
+                size_t predicted = 0;
+                for (size_t c = 0; c <= kBoundaries; ++c) {
+                    const double f = c < kBoundaries ? given[c * kBlockRows + row] : 1.0;
+                    const bool counts = f != kNone && !(before > f);
+                    const double p = counts ? f - before : 0.0;
+                    if (counts) before = f;
+                    if (c == 0 || p - best > margin) {
+                        best = p;
+                        predicted = c;
+                    }
+                    ASSERT_EQ(cumulative[c * kBlockRows + row], p);
+                }
+                ASSERT_EQ(out[row], static_cast<double>(predicted));
+            }
+        }
+    }
+}
+
+TEST_P(Blocks, TheLargestLinearPredictorIsFoundAsBySoftmax)
+{
+    std::vector<double> lp = draw.Column();
+    const std::vector<double> second = draw.Column();
+    lp.insert(lp.end(), second.begin(), second.end());
+    std::vector<double> largest(kBlockRows);
+    kernels->largest(lp.data(), 2, largest.data(), kBlockRows);
+    for (size_t row = 0; row < kBlockRows; ++row) {
+        EXPECT_EQ(largest[row], lp[kBlockRows + row] > lp[row] ? 1.0 : 0.0);
+    }
+}
+
+TEST_P(Blocks, LimitsShiftsAndBoundariesAreTheirFormulas)
+{
+    const std::vector<double> x = draw.Column();
+    const std::vector<double> e = draw.Column();
+    std::vector<double> lower(kBlockRows), upper(kBlockRows), by = x, to = x;
+    kernels->shift(by.data(), e.data(), 7.0, kBlockRows);
+    kernels->shift(to.data(), nullptr, 7.0, kBlockRows);
+    kernels->boundary(x.data(), 0.25, -1.0, out.data(), kBlockRows);
+    kernels->limits(x.data(), e.data(), 1.5, lower.data(), upper.data(), kBlockRows);
+    for (size_t row = 0; row < kBlockRows; ++row) {
+        ASSERT_TRUE(SameBits(by[row], x[row] + e[row]));
+        ASSERT_TRUE(SameBits(to[row], x[row] + 7.0));
+        ASSERT_TRUE(SameBits(out[row], 0.25 + -1.0 * x[row]));
+        ASSERT_TRUE(SameBits(lower[row], x[row] - e[row] * 1.5));
+        ASSERT_TRUE(SameBits(upper[row], x[row] + e[row] * 1.5));
+    }
+    kernels->limits(x.data(), nullptr, 1.5, lower.data(), upper.data(), kBlockRows);
+    for (size_t row = 0; row < kBlockRows; ++row) {
+        ASSERT_TRUE(SameBits(lower[row], x[row] - 1.5));
+        ASSERT_TRUE(SameBits(upper[row], x[row] + 1.5));
+    }
+}
+
+TEST_P(Blocks, RangesAreJudgedToTheLastRowAndNoFurther)
+{
+    std::vector<double> x(kBlockRows, 3.0);
+    for (const size_t rows : {1, 7, 8, 9, 511, 512}) {
+        EXPECT_TRUE(kernels->within(x.data(), 0.0, 3.0, true, rows));
+        for (const double odd : {3.5, -1.0, kInf, std::numeric_limits<double>::quiet_NaN()}) {
+            for (const size_t at : {size_t{0}, rows / 2, rows - 1}) {
+                x[at] = odd;
+                EXPECT_FALSE(kernels->within(x.data(), 0.0, 3.0, false, rows)) << odd;
+                x[at] = 3.0;
+            }
+            if (rows < kBlockRows) {
+                x[rows] = odd;
+                EXPECT_TRUE(kernels->within(x.data(), 0.0, 3.0, false, rows)) << odd;
+                x[rows] = 3.0;
+            }
+        }
+        x[rows - 1] = 1.5;
+        EXPECT_TRUE(kernels->within(x.data(), 0.0, 3.0, false, rows));
+        EXPECT_FALSE(kernels->within(x.data(), 0.0, 3.0, true, rows));
+        x[rows - 1] = 3.0;
+    }
+    // A fraction of a number so large is lost in sums with larger ones: nothing is said of it.
+    x[0] = 4503599627370497.0;
+    EXPECT_FALSE(kernels->within(x.data(), 0.0, 1e17, true, kBlockRows));
+    EXPECT_TRUE(kernels->within(x.data(), 0.0, 1e17, false, kBlockRows));
+}
+
+TEST_P(Blocks, CodesAreMappedAndOthersSaid)
+{
+    const std::vector<int32_t> table{5, 0, 2};
+    std::vector<int32_t> codes(kBlockRows, 1), mapped(kBlockRows);
+    EXPECT_TRUE(kernels->mapCodes(codes.data(), table.data(), 3, -1, mapped.data(), kBlockRows));
+    EXPECT_EQ(mapped, std::vector<int32_t>(kBlockRows, 0));
+    for (const int32_t other : {3, -1, std::numeric_limits<int32_t>::min()}) {
+        codes[kBlockRows - 1] = other;
+        EXPECT_FALSE(
+            kernels->mapCodes(codes.data(), table.data(), 3, -1, mapped.data(), kBlockRows));
+        EXPECT_EQ(mapped.back(), -1);
+        EXPECT_EQ(mapped.front(), 0);
+    }
+}
+
 TEST_P(Blocks, SurvivalIsThatOfOneCase)
 {
     std::vector<double> survival(kBlockRows);
     for (size_t round = 0; round < kBlocks; ++round) {
         const std::vector<double> lp = draw.Column();
-        const std::vector<double> baseline = draw.Column();
+        std::vector<double> baseline = draw.Column();
+        baseline[round] = kNone;
         kernels->survival(lp.data(), baseline.data(), out.data(), survival.data(), kBlockRows);
         for (size_t row = 0; row < kBlockRows; ++row) {
-            const double hazard = CumulativeHazard(lp[row], baseline[row]);
+            const bool none = baseline[row] == kNone;
+            const double hazard = none ? kNone : std::exp(lp[row]) * baseline[row];
             ASSERT_TRUE(SameBits(out[row], hazard));
-            ASSERT_TRUE(SameBits(survival[row], Survival(hazard)));
+            ASSERT_TRUE(SameBits(survival[row], none ? kNone : 1.0 / std::exp(hazard)));
         }
     }
 }
