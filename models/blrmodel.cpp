@@ -4,7 +4,7 @@
 #include <array>
 #include <ostream>
 
-#include "host/model/scoreresult.h"
+#include "host/model/modelfamilies.h"
 #include "host/variables/catencoder.h"
 #include "host/variables/valueset.h"
 #include "kernels/linearpredictor.h"
@@ -18,7 +18,6 @@ using MCScore::MCStatus;
 namespace {
 
 constexpr CaseRoad kRoad{
-    .family = "binary logistic regression",
     .tracesNullRecord = false,
     .fetchesDerivedRecord = true,
     .failsUnderStatusOnly = true,
@@ -248,9 +247,7 @@ void BLRModel::Display(std::ostream& out) const
 void BLRModel::Describe(ModelDescription& description) const
 {
     DescribeCommon(description);
-    description.family = kRoad.family;
-    description.className = "BLRModel";
-    description.resultType = ScoreResult::MLR_RESULT;
+    DescribeFamily(kBinary, description);
     description.link = "logit";
     DescribeCategories(description);
     if (UsesCutoff()) {

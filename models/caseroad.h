@@ -42,7 +42,6 @@ inline constexpr char kStatusLine[] = "MCStatus error code is :%ld";
 /// What a family does its own way on the road of a case. Everything else is one piece of code,
 /// CaseWalk, so a family is a row of these, its walk's order, and its own computation.
 struct CaseRoad {
-    const char* family;
     /// A null record leaves a line in the trace.
     bool tracesNullRecord;
     /// The derived values come as a record of their own, before the predictors are gathered.

@@ -2,6 +2,7 @@
 
 #include <ostream>
 
+#include "host/model/modelfamilies.h"
 #include "host/variables/valueset.h"
 #include "kernels/linearpredictor.h"
 #include "kernels/softmax.h"
@@ -13,7 +14,6 @@ namespace MCVelscore_850 {
 namespace {
 
 constexpr CaseRoad kRoad{
-    .family = "conditional logistic regression",
     .tracesNullRecord = false,
     .fetchesDerivedRecord = true,
     .failsUnderStatusOnly = false,
@@ -78,10 +78,7 @@ void CLRModel::Display(std::ostream& out) const
 void CLRModel::Describe(ModelDescription& description) const
 {
     DescribeCommon(description);
-    description.family = kRoad.family;
-    description.className = "CLRModel";
-    description.resultType = ScoreResult::CLR_RESULT;
-    description.takesStatusOnly = false;
+    DescribeFamily(kConditional, description);
     description.link = "logit";
     ModelDescription::Equation equation = DescribeEquation(0);
     for (const auto& [name, index] : categoryMap) {

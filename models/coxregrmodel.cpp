@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "host/expressions/transformvar.h"
+#include "host/model/modelfamilies.h"
 #include "host/values/stringvalue.h"
 #include "kernels/baseline.h"
 #include "kernels/linearpredictor.h"
@@ -20,7 +21,6 @@ using MCScore::MCStatus;
 namespace {
 
 constexpr CaseRoad kRoad{
-    .family = "Cox regression",
     .tracesNullRecord = true,
     .fetchesDerivedRecord = true,
     .failsUnderStatusOnly = true,
@@ -386,9 +386,7 @@ void CoxRegModel::Display(std::ostream& out) const
 void CoxRegModel::Describe(ModelDescription& description) const
 {
     DescribeCommon(description);
-    description.family = kRoad.family;
-    description.className = "CoxRegModel";
-    description.resultType = ScoreResult::COXREG_RESULT;
+    DescribeFamily(kCox, description);
     const auto reads = [&](const std::string& name) {
         std::vector<std::string>& all = description.variables;
         const bool known = std::find(all.begin(), all.end(), name) != all.end();

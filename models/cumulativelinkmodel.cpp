@@ -136,7 +136,6 @@ size_t CumulativeLinkModel::ComputeCategoryProbs(double linearPredictor, CaseSta
 void CumulativeLinkModel::Describe(ModelDescription& description) const
 {
     DescribeCommon(description);
-    description.family = ways_.road.family;
     const auto link = static_cast<size_t>(linkFunction);
     if (link < std::size(kLinks)) description.link = kLinks[link].description;
     description.offset = offset.Describe();

@@ -3,6 +3,7 @@
 #include <ostream>
 
 #include "host/expressions/transformvar.h"
+#include "host/model/modelfamilies.h"
 #include "kernels/linearpredictor.h"
 #include "models/caseroad.h"
 #include "models/lrresult.h"
@@ -13,7 +14,6 @@ namespace MCVelscore_850 {
 namespace {
 
 constexpr CaseRoad kRoad{
-    .family = "general linear model",
     .tracesNullRecord = true,
     .fetchesDerivedRecord = false,  // derived predictors are asked for one at a time
     .failsUnderStatusOnly = true,
@@ -111,9 +111,7 @@ void GLRModel::Display(std::ostream& out) const
 void GLRModel::Describe(ModelDescription& description) const
 {
     DescribeCommon(description);
-    description.family = kRoad.family;
-    description.className = "GLRModel";
-    description.resultType = ScoreResult::LR_RESULT;
+    DescribeFamily(kGeneralLinear, description);
     description.equations.push_back(DescribeEquation(0));
     const bool svm = IsLinearSVM();
     const bool fixedError = svm && !NumericValue::IsSystemMissingValue(sigmaValue);

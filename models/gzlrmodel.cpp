@@ -5,6 +5,7 @@
 #include <limits>
 #include <ostream>
 
+#include "host/model/modelfamilies.h"
 #include "host/variables/valueset.h"
 #include "kernels/linearpredictor.h"
 #include "models/caseroad.h"
@@ -18,7 +19,6 @@ namespace MCVelscore_850 {
 namespace {
 
 constexpr CaseRoad kRoad{
-    .family = "generalized linear model",
     .tracesNullRecord = true,
     .fetchesDerivedRecord = true,
     .failsUnderStatusOnly = true,
@@ -279,9 +279,6 @@ void GZLRModel::Describe(ModelDescription& description) const
     KeepFirstOfEach(description.factors);
     KeepFirstOfEach(description.covariates);
     KeepFirstOfEach(description.variables);
-    description.family = kRoad.family;
-    description.className = "GZLRModel";
-    description.resultType = binaryTarget ? ScoreResult::MLR_RESULT : ScoreResult::LR_RESULT;
     description.distribution = DistributionName(distType);
     description.offset = offset.Describe();
     description.trials = DescribeTrials();
@@ -306,6 +303,7 @@ void GZLRModel::Describe(ModelDescription& description) const
             std::swap(description.quantities[2].meaning, description.quantities[3].meaning);
         }
     }
+    DescribeFamily(kGeneralizedLinear, description);
 }
 
 std::string GZLRModel::DescribeMean(const GZLRLink& link) const

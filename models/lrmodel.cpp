@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ostream>
 
+#include "host/model/modelfamilies.h"
 #include "kernels/linearpredictor.h"
 #include "kernels/standarderror.h"
 #include "models/caseroad.h"
@@ -14,7 +15,6 @@ namespace MCVelscore_850 {
 namespace {
 
 constexpr CaseRoad kRoad{
-    .family = "linear regression",
     .tracesNullRecord = false,
     .fetchesDerivedRecord = true,
     .failsUnderStatusOnly = true,
@@ -103,9 +103,7 @@ void LRModel::Display(std::ostream& out) const
 void LRModel::Describe(ModelDescription& description) const
 {
     DescribeCommon(description);
-    description.family = kRoad.family;
-    description.className = "LRModel";
-    description.resultType = ScoreResult::LR_RESULT;
+    DescribeFamily(kLinear, description);
     // Slope i belongs to predictor i, whatever cells the document has.
     ModelDescription::Equation equation = DescribeEquation(0);
     for (size_t i = 0; i < equation.terms.size(); ++i) {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/model/scoreresult.h"
+#include "host/model/modelfamilies.h"
 #include "kernels/linearpredictor.h"
 #include "kernels/softmax.h"
 #include "models/caseroad.h"
@@ -12,7 +12,6 @@ namespace MCVelscore_850 {
 namespace {
 
 constexpr CaseRoad kRoad{
-    .family = "multinomial logistic regression",
     .tracesNullRecord = true,
     .fetchesDerivedRecord = true,
     .failsUnderStatusOnly = true,
@@ -83,9 +82,7 @@ void MLRModel::Display(std::ostream& out) const { RegressionModel::Display(out);
 void MLRModel::Describe(ModelDescription& description) const
 {
     DescribeCommon(description);
-    description.family = kRoad.family;
-    description.className = "MLRModel";
-    description.resultType = ScoreResult::MLR_RESULT;
+    DescribeFamily(kMultinomial, description);
     description.link = "generalized logit";
     description.offset = offset.Describe();
     DescribeCategories(description);

@@ -2,7 +2,7 @@
 
 #include <ostream>
 
-#include "host/model/scoreresult.h"
+#include "host/model/modelfamilies.h"
 #include "models/caseroad.h"
 
 namespace MCVelscore_850 {
@@ -10,7 +10,6 @@ namespace MCVelscore_850 {
 namespace {
 
 constexpr CaseRoad kRoad{
-    .family = "ordinal regression (generalized)",
     .tracesNullRecord = false,
     .fetchesDerivedRecord = true,
     .failsUnderStatusOnly = true,
@@ -46,8 +45,7 @@ void OGZLRModel::Display(std::ostream& out) const
 void OGZLRModel::Describe(ModelDescription& description) const
 {
     CumulativeLinkModel::Describe(description);
-    description.className = "OGZLRModel";
-    description.resultType = ScoreResult::MLR_RESULT;
+    DescribeFamily(kOrdinalGeneralized, description);
     description.distribution = "multinomial";
 }
 

@@ -1,6 +1,6 @@
 #include "models/ormodel.h"
 
-#include "host/model/scoreresult.h"
+#include "host/model/modelfamilies.h"
 #include "models/caseroad.h"
 
 namespace MCVelscore_850 {
@@ -8,7 +8,6 @@ namespace MCVelscore_850 {
 namespace {
 
 constexpr CaseRoad kRoad{
-    .family = "ordinal regression",
     .tracesNullRecord = true,
     .fetchesDerivedRecord = true,
     .failsUnderStatusOnly = true,
@@ -35,8 +34,7 @@ void ORModel::Display(std::ostream& out) const { RegressionModel::Display(out); 
 void ORModel::Describe(ModelDescription& description) const
 {
     CumulativeLinkModel::Describe(description);
-    description.className = "ORModel";
-    description.resultType = ScoreResult::MLR_RESULT;
+    DescribeFamily(kOrdinal, description);
 }
 
 }  // namespace MCVelscore_850

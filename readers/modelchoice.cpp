@@ -1,8 +1,5 @@
 #include "readers/modelchoice.h"
 
-#include <algorithm>
-#include <vector>
-
 #include "host/documents/pmmlmodeltags.h"
 #include "host/messages/messages.h"
 #include "host/messages/vsexception.h"
@@ -22,8 +19,6 @@ namespace MCVelscore_850 {
 namespace {
 
 using Tags = PMMLModelTags;
-
-constexpr double kSelectorVersion = 3.1;  // from here on the selector is looked at
 
 // The algorithm name, else the model name, as written.
 std::string SelectorName(const ModelHead& head)
@@ -49,74 +44,6 @@ ModelChoice GeneralizedLinear(const ModelHead& head)
     const bool classifies =
         head.attribute(Tags::XML_ATT_RM_FUNC_NAME) == Tags::XML_VAL_RM_FUNC_NAME_C;
     return {kGeneralizedLinear, !classifies};
-}
-
-template <FamilyCode code>
-ModelChoice Always(const ModelHead&)
-{
-    return {code, true};
-}
-
-using Words = std::vector<std::reference_wrapper<const std::string>>;
-
-// One rule of the choice. The first row whose model type, version and selector all match decides;
-// a row without selectors takes any.
-struct ChoiceRow {
-    Words modelTypes;
-    enum { AnyVersion, BelowSelectors, FromSelectors } version;
-    Words selectors;
-    ModelChoice (*choose)(const ModelHead&);
-};
-
-const std::vector<ChoiceRow>& ChoiceRows()
-{
-    static const Words kMultinomialType{Tags::XML_VAL_MT_MLR};
-    static const Words kRegressionType{Tags::XML_VAL_MT_REGRESS};
-    static const Words kGeneralTypes{Tags::XML_VAL_MT_GLIN, Tags::XML_VAL_MT_GDLIN};
-    static const Words kCoxType{Tags::XML_VAL_MT_COXRGN};
-    static const Words kOrdinalType{Tags::XML_VAL_MT_ORDINAL};
-    static const Words kGeneralized{Tags::XML_VAL_MN_GZLM, Tags::XML_VAL_MN_GEE,
-                                    Tags::XML_VAL_MN_GLMM};
-    static const Words kGeneralLinearModels{Tags::XML_VAL_MN_GLIN, Tags::XML_VAL_MN_MIXEDLIN,
-                                            Tags::XML_VAL_MN_ALM};
-    static const std::vector<ChoiceRow> kRows{
-        {kMultinomialType, ChoiceRow::BelowSelectors, {}, Always<kMultinomial>},
-        {kMultinomialType, ChoiceRow::FromSelectors, {Tags::XML_VAL_MT_XCONLOG}, Always<kBinary>},
-        {kMultinomialType, ChoiceRow::FromSelectors, {Tags::XML_VAL_MT_COND}, Always<kConditional>},
-        {kMultinomialType, ChoiceRow::FromSelectors, kGeneralized, GeneralizedMultinomial},
-        {kMultinomialType, ChoiceRow::FromSelectors, {}, Always<kMultinomial>},
-        {kRegressionType, ChoiceRow::AnyVersion, {}, Always<kLinear>},
-        {kGeneralTypes, ChoiceRow::BelowSelectors, {}, Always<kGeneralLinear>},
-        {kGeneralTypes, ChoiceRow::FromSelectors, kGeneralized, GeneralizedLinear},
-        {kGeneralTypes, ChoiceRow::FromSelectors, kGeneralLinearModels, Always<kGeneralLinear>},
-        {kGeneralTypes, ChoiceRow::FromSelectors, {Tags::XML_VAL_MN_COXREG}, Always<kCox>},
-        {kGeneralTypes,
-         ChoiceRow::FromSelectors,
-         {Tags::XML_VAL_MN_CSCOXREG},
-         Always<kCoxComplexSamples>},
-        {kGeneralTypes, ChoiceRow::FromSelectors, {}, Always<kGeneralLinear>},
-        {kCoxType, ChoiceRow::AnyVersion, {}, Always<kCox>},
-        {kOrdinalType, ChoiceRow::AnyVersion, {Tags::XML_VAL_MN_ORDINAL}, Always<kOrdinal>},
-        {kOrdinalType, ChoiceRow::AnyVersion, {Tags::XML_VAL_MN_GZLM}, Always<kOrdinalGeneralized>},
-        {kOrdinalType, ChoiceRow::AnyVersion, {}, Always<kOrdinal>},
-    };
-    return kRows;
-}
-
-bool Among(const Words& words, const std::string& text)
-{
-    return std::any_of(words.begin(), words.end(),
-                       [&](const std::string& word) { return word == text; });
-}
-
-bool VersionMatches(const ChoiceRow& row, double version)
-{
-    switch (row.version) {
-        case ChoiceRow::BelowSelectors: return version < kSelectorVersion;
-        case ChoiceRow::FromSelectors: return version >= kSelectorVersion;
-        case ChoiceRow::AnyVersion: break;
-    }
-    return true;
 }
 
 template <class Model>
@@ -161,14 +88,13 @@ constexpr ClassRow kClasses[] = {
 
 ModelChoice ChooseFamily(const ModelHead& head)
 {
-    const std::string selector = SelectorName(head);
-    for (const ChoiceRow& row : ChoiceRows()) {
-        if (Among(row.modelTypes, head.modelType) && VersionMatches(row, head.version) &&
-            (row.selectors.empty() || Among(row.selectors, selector))) {
-            return row.choose(head);
-        }
+    const auto code = FindFamily(head.modelType, head.version, SelectorName(head));
+    if (!code) RefuseModelType(head.modelType);
+    switch (*code) {
+        case kMultinomialGeneralized: return GeneralizedMultinomial(head);
+        case kGeneralizedLinear: return GeneralizedLinear(head);
+        default: return {*code, true};
     }
-    RefuseModelType(head.modelType);
 }
 
 std::unique_ptr<RegressionModel> MakeModel(FamilyCode code, const std::string& modelType)

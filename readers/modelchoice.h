@@ -5,26 +5,11 @@
 #include <memory>
 #include <string>
 
+#include "host/model/modelfamilies.h"
+
 namespace MCVelscore_850 {
 
 class RegressionModel;
-
-/// The families of models, by the code that the trace prints.
-enum FamilyCode {
-    kMultinomial = 0,
-    /// A multinomial model written by a generalized procedure; differs from 0 in its covariance
-    /// cells only.
-    kMultinomialGeneralized = 1,
-    kGeneralLinear = 2,
-    kLinear = 3,
-    kConditional = 5,
-    kBinary = 6,
-    kOrdinal = 7,
-    kGeneralizedLinear = 8,
-    kOrdinalGeneralized = 9,
-    kCox = 10,
-    kCoxComplexSamples = 11
-};
 
 /// A set of families, as bits by code.
 using FamilySet = unsigned;

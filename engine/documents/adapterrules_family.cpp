@@ -10,36 +10,13 @@
 #include "engine/documents/treetext.h"
 #include "host/documents/documentplace.h"
 #include "host/documents/pmmlmodeltags.h"
+#include "host/model/modelfamilies.h"
 
 namespace MCVelscore_850 {
 
 namespace {
 
 using Tags = PMMLModelTags;
-
-// The selectors by which the reader tells the families of a general or generalized linear model.
-const std::vector<std::reference_wrapper<const std::string>> kLinearSelectors{
-    Tags::XML_VAL_MN_GZLM,   Tags::XML_VAL_MN_GEE,      Tags::XML_VAL_MN_GLMM,
-    Tags::XML_VAL_MN_GLIN,   Tags::XML_VAL_MN_MIXEDLIN, Tags::XML_VAL_MN_ALM,
-    Tags::XML_VAL_MN_COXREG, Tags::XML_VAL_MN_CSCOXREG};
-
-// And those of a multinomial model.
-const std::vector<std::reference_wrapper<const std::string>> kMultinomialSelectors{
-    Tags::XML_VAL_MT_XCONLOG, Tags::XML_VAL_MT_COND, Tags::XML_VAL_MN_GZLM, Tags::XML_VAL_MN_GEE,
-    Tags::XML_VAL_MN_GLMM};
-
-// Those of a generalized linear model.
-const std::vector<std::reference_wrapper<const std::string>> kGeneralizedSelectors{
-    Tags::XML_VAL_MN_GZLM, Tags::XML_VAL_MN_GEE, Tags::XML_VAL_MN_GLMM};
-
-constexpr double kSelectorVersion = 3.1;  // below it the multinomial model has no selector
-
-bool IsAmong(const std::vector<std::reference_wrapper<const std::string>>& selectors,
-             const std::string& selector)
-{
-    return std::any_of(selectors.begin(), selectors.end(),
-                       [&](const std::string& known) { return known == selector; });
-}
 
 // The model element of a multinomial model with selectors; null for any other.
 xercesc::DOMElement* MultinomialModel(xercesc::DOMElement* root)
@@ -82,7 +59,7 @@ std::optional<Change> SelectGeneralizedLinear(xercesc::DOMElement* root)
         return std::nullopt;
     }
     const std::string selector = SelectorOf(model);
-    if (IsAmong(kLinearSelectors, selector)) return std::nullopt;
+    if (IsSelector(Tags::XML_VAL_MT_GDLIN, selector)) return std::nullopt;
     const std::string before = AttributeText(model, Tags::XML_ATT_MODELALGO);
     SetAttributeText(model, Tags::XML_ATT_MODELALGO, Tags::XML_VAL_MN_GZLM);
     return Change{PlaceOf(model), "generalizedLinear with algorithmName \"" + before +
@@ -111,7 +88,8 @@ std::optional<Change> ClassifyCategoricalTarget(xercesc::DOMElement* root)
     xercesc::DOMElement* model = ModelElement(root);
     if (model == nullptr ||
         AttributeText(model, Tags::XML_ATT_RM_MODEL_TYPE) != Tags::XML_VAL_MT_GDLIN ||
-        !IsAmong(kGeneralizedSelectors, SelectorOf(model)) ||
+        FindFamily(Tags::XML_VAL_MT_GDLIN, kSelectorVersion, SelectorOf(model)) !=
+            kGeneralizedLinear ||
         AttributeText(model, Tags::XML_VAL_RM_EXT_NAME_DISTRIBUTION) !=
             Tags::XML_VAL_RM_EXT_VALUE_DIST_BINOMIAL) {
         return std::nullopt;
@@ -169,7 +147,8 @@ std::optional<Change> NameCategoryOfBetas(xercesc::DOMElement* root)
 std::optional<Change> SelectContrastLogistic(xercesc::DOMElement* root)
 {
     xercesc::DOMElement* model = MultinomialModel(root);
-    if (model == nullptr || IsAmong(kMultinomialSelectors, SelectorOf(model))) return std::nullopt;
+    if (model == nullptr || IsSelector(Tags::XML_VAL_MT_MLR, SelectorOf(model)))
+        return std::nullopt;
     const auto factors = Predictors(root, Tags::XML_ELE_FAC_LIST);
     if (std::none_of(factors.begin(), factors.end(), HasContrasts) || AreOfSome(factors) ||
         ValidValues(TargetDataField(root)).size() != 2) {
@@ -213,7 +192,8 @@ std::optional<Change> DropCovariancesWithoutCategories(xercesc::DOMElement* root
         return std::nullopt;
     }
     // With a selector it is another family, which takes such covariances.
-    if (VersionOf(root) >= kSelectorVersion && IsAmong(kMultinomialSelectors, SelectorOf(model))) {
+    if (VersionOf(root) >= kSelectorVersion &&
+        IsSelector(Tags::XML_VAL_MT_MLR, SelectorOf(model))) {
         return std::nullopt;
     }
     xercesc::DOMElement* matrix = ChildElement(model, Tags::XML_ELE_PCOV_MATRIX);

@@ -7,6 +7,7 @@
 #include <xercesc/dom/DOM.hpp>
 
 #include "engine/documents/adapterrules.h"
+#include "engine/documents/treefields.h"
 #include "engine/documents/treetext.h"
 #include "host/documents/documentplace.h"
 #include "host/documents/pmmlmodeltags.h"
@@ -22,7 +23,6 @@ using Tags = PMMLModelTags;
 // The one name by which the reader of a linear regression knows the constant.
 const std::string kConstant = "(Constant)";
 // From this version on a selector decides among the families of a general linear model.
-constexpr double kSelectorVersion = 3.1;
 
 // A cell of the PPMatrix that says something about its parameter.
 struct Cell {
@@ -151,22 +151,13 @@ bool NamesConstant(const xercesc::DOMElement* model)
 // under "generalLinear".
 bool SelectsAnotherFamily(const std::string& selector)
 {
-    for (const std::string* other :
-         {&Tags::XML_VAL_MN_GZLM, &Tags::XML_VAL_MN_GEE, &Tags::XML_VAL_MN_GLMM,
-          &Tags::XML_VAL_MN_COXREG, &Tags::XML_VAL_MN_CSCOXREG}) {
-        if (selector == *other) return true;
-    }
-    return false;
+    return FindFamily(Tags::XML_VAL_MT_GLIN, kSelectorVersion, selector) != kGeneralLinear;
 }
 
 bool IsCox(const xercesc::DOMElement* root, const xercesc::DOMElement* model)
 {
-    const std::string type = AttributeText(model, Tags::XML_ATT_RM_MODEL_TYPE);
-    if (type == Tags::XML_VAL_MT_COXRGN) return true;
-    if (type != Tags::XML_VAL_MT_GLIN && type != Tags::XML_VAL_MT_GDLIN) return false;
-    if (VersionOf(root) < kSelectorVersion) return false;
-    const std::string selector = SelectorOf(model);
-    return selector == Tags::XML_VAL_MN_COXREG || selector == Tags::XML_VAL_MN_CSCOXREG;
+    const auto family = FamilyOfModel(root, model);
+    return family == kCox || family == kCoxComplexSamples;
 }
 
 // The parameters whose reference point the extension gives, the older place for it.

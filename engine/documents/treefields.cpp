@@ -14,11 +14,7 @@ namespace MCVelscore_850 {
 using xercesc::DOMElement;
 using Tags = PMMLModelTags;
 
-namespace {
-
-constexpr double kSelectorVersion = 3.1;  // from here on selectors are looked at
-
-}  // namespace
+namespace {}  // namespace
 
 std::vector<DOMElement*> DataFields(const DOMElement* root)
 {
@@ -36,15 +32,18 @@ std::vector<DOMElement*> Predictors(const DOMElement* root, const std::string& l
     return ChildElements(ChildElement(ModelElement(root), list), Tags::XML_ELE_PREDICTOR);
 }
 
+std::optional<FamilyCode> FamilyOfModel(const DOMElement* root, const DOMElement* model)
+{
+    return FindFamily(AttributeText(model, Tags::XML_ATT_RM_MODEL_TYPE), VersionOf(root),
+                      SelectorOf(model));
+}
+
 bool TakesContrasts(const DOMElement* root)
 {
     const DOMElement* model = ModelElement(root);
     if (model == nullptr) return false;
-    const std::string type = AttributeText(model, Tags::XML_ATT_RM_MODEL_TYPE);
-    const std::string selector = VersionOf(root) < kSelectorVersion ? "" : SelectorOf(model);
-    return type == Tags::XML_VAL_MT_COXRGN || selector == Tags::XML_VAL_MN_COXREG ||
-           selector == Tags::XML_VAL_MN_CSCOXREG ||
-           (type == Tags::XML_VAL_MT_MLR && selector == Tags::XML_VAL_MT_XCONLOG);
+    const auto family = FamilyOfModel(root, model);
+    return family && FamilyOf(*family).takesContrasts;
 }
 
 DOMElement* TargetDataField(const DOMElement* root)

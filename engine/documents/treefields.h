@@ -1,10 +1,13 @@
 #ifndef VELSCORE_ENGINE_DOCUMENTS_TREEFIELDS_H
 #define VELSCORE_ENGINE_DOCUMENTS_TREEFIELDS_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <xercesc/util/XercesDefs.hpp>
+
+#include "host/model/modelfamilies.h"
 
 XERCES_CPP_NAMESPACE_BEGIN
 class DOMElement;
@@ -19,8 +22,10 @@ std::vector<xercesc::DOMElement*> MiningFields(const xercesc::DOMElement* root);
 /// The Predictor elements of a FactorList or CovariateList, in order.
 std::vector<xercesc::DOMElement*> Predictors(const xercesc::DOMElement* root,
                                              const std::string& list);
-/// True where the document's model reads contrast matrices: Cox models, and a multinomialLogistic
-/// model with its selector.
+/// The family that the document's model asks for, before what its distribution and link decide.
+std::optional<FamilyCode> FamilyOfModel(const xercesc::DOMElement* root,
+                                        const xercesc::DOMElement* model);
+/// True where that family reads contrast matrices.
 bool TakesContrasts(const xercesc::DOMElement* root);
 /// The DataField of the model's target: the one of the mining schema, else the one that the model
 /// names; null without one.

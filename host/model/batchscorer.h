@@ -14,23 +14,25 @@ namespace MCVelscore_850 {
 
 class ScoreDictVar;
 
-/// One input of a block of cases, borrowed: numbers for a numeric or date variable, codes for one of
-/// texts. Both have room for the block's rows rounded up to a multiple of BatchScorer::kRowMultiple;
-/// what stands beyond the rows, and where a row isn't present, is read and means nothing.
+/// One input of a block of cases, borrowed: numbers for a numeric or date variable, codes for one
+/// of texts. Both have room for the block's rows rounded up to a multiple of
+/// BatchScorer::kRowMultiple; what stands beyond the rows, and where a row isn't present, is read
+/// and means nothing.
 struct BatchColumn {
     /// Dates and times count from their variable's own origin.
     const double* numbers = nullptr;
-    /// Indexes into the texts of BatchScorer::BindTexts(); any other number is a text unknown to it.
+    /// Indexes into the texts of BatchScorer::BindTexts(); any other number is a text unknown to
+    /// it.
     const int32_t* codes = nullptr;
     /// A bit a row, least significant first; null when every row has a value.
     const uint8_t* present = nullptr;
 };
 
-/// Where the results of a block go; a null pointer isn't wanted. Each has room as a BatchColumn has.
-/// A number that doesn't exist is the system-missing number, as in a result.
+/// Where the results of a block go; a null pointer isn't wanted. Each has room as a BatchColumn
+/// has. A number that doesn't exist is the system-missing number, as in a result.
 struct BatchResults {
-    double* prediction = nullptr;       ///< of a model that predicts a number
-    int32_t* category = nullptr;        ///< of one that predicts a category: index into Categories()
+    double* prediction = nullptr;  ///< of a model that predicts a number
+    int32_t* category = nullptr;   ///< of one that predicts a category: index into Categories()
     double* linearPredictor = nullptr;  ///< of a model with one equation
     double* stdDev = nullptr;
     double* ciLower = nullptr;
@@ -68,8 +70,8 @@ public:
     /// The texts that the codes of an input stand for from now on, each looked up once.
     virtual void BindTexts(size_t input, std::span<const std::string_view> texts,
                            Scratch& scratch) const = 0;
-    /// Scores `rows` rows, at most kRows. `inputs` has a column for each of Inputs(). Sets the bit of
-    /// each row that is left to ScoreRow, whose results mean nothing, and clears the others;
+    /// Scores `rows` rows, at most kRows. `inputs` has a column for each of Inputs(). Sets the bit
+    /// of each row that is left to ScoreRow, whose results mean nothing, and clears the others;
     /// `unsure` has kRows / 64 words.
     virtual void Score(std::span<const BatchColumn> inputs, size_t rows,
                        const BatchResults& results, uint64_t* unsure, Scratch& scratch) const = 0;

@@ -26,7 +26,8 @@ struct ModelDescription;
 /// A fitted model that scores one case at a time.
 ///
 /// Slots   the order of the virtual operations is part of the plug-in's interface.
-/// Threads GetScore serves one thread at a time, since it writes to the model. ScoreRow and CurveRow
+/// Threads GetScore serves one thread at a time, since it writes to the model. ScoreRow and
+/// CurveRow
 ///         serve any number, each thread with a state of its own.
 class VELHOST_API ScoreModel {
 public:

@@ -6,9 +6,9 @@
 
 namespace MCVelscore_850 {
 
-/// What scoring changes from case to case, and what its first case settles: one for each run of cases
-/// and thread, so that a model that stands serves any number of them, each answering as a freshly read
-/// model does. Made by ScoreModel::MakeState().
+/// What scoring changes from case to case, and what its first case settles: one for each run of
+/// cases and thread, so that a model that stands serves any number of them, each answering as a
+/// freshly read model does. Made by ScoreModel::MakeState().
 class VELHOST_API ScoringState {
 public:
     virtual ~ScoringState();
@@ -22,7 +22,6 @@ public:
     /// The linear predictor of the last case that was scored, of a model with one equation; the
     /// system-missing number before and of any other model.
     double linearPredictor = NumericValue::GetSysmisValue();
-
 };
 
 }  // namespace MCVelscore_850

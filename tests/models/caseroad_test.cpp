@@ -17,8 +17,7 @@ using namespace testing;
 template <class Result, int type, bool numbers>
 class AnyFamily : public RegressionModel {
 public:
-    CaseRoad road{.family = "any",
-                  .tracesNullRecord = false,
+    CaseRoad road{.tracesNullRecord = false,
                   .fetchesDerivedRecord = true,
                   .failsUnderStatusOnly = true,
                   .namesBadPredictor = true,

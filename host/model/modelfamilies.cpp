@@ -1,0 +1,190 @@
+#include "host/model/modelfamilies.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "host/documents/pmmlmodeltags.h"
+#include "host/model/modeldescription.h"
+#include "host/model/scoreresult.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+using Tags = PMMLModelTags;
+using Result = ScoreResult;
+
+constexpr ModelFamily kFamilies[] = {
+    {.code = kMultinomial,
+     .name = "multinomial logistic regression",
+     .className = "MLRModel",
+     .resultType = Result::MLR_RESULT,
+     .classifyingResultType = Result::MLR_RESULT,
+     .takesContrasts = false,
+     .takesStatusOnly = true},
+    {.code = kMultinomialGeneralized,
+     .name = "multinomial logistic regression",
+     .className = "MLRModel",
+     .resultType = Result::MLR_RESULT,
+     .classifyingResultType = Result::MLR_RESULT,
+     .takesContrasts = false,
+     .takesStatusOnly = true},
+    {.code = kGeneralLinear,
+     .name = "general linear model",
+     .className = "GLRModel",
+     .resultType = Result::LR_RESULT,
+     .classifyingResultType = Result::LR_RESULT,
+     .takesContrasts = false,
+     .takesStatusOnly = true},
+    {.code = kLinear,
+     .name = "linear regression",
+     .className = "LRModel",
+     .resultType = Result::LR_RESULT,
+     .classifyingResultType = Result::LR_RESULT,
+     .takesContrasts = false,
+     .takesStatusOnly = true},
+    {.code = kConditional,
+     .name = "conditional logistic regression",
+     .className = "CLRModel",
+     .resultType = Result::CLR_RESULT,
+     .classifyingResultType = Result::CLR_RESULT,
+     .takesContrasts = false,
+     .takesStatusOnly = false},
+    {.code = kBinary,
+     .name = "binary logistic regression",
+     .className = "BLRModel",
+     .resultType = Result::MLR_RESULT,
+     .classifyingResultType = Result::MLR_RESULT,
+     .takesContrasts = true,
+     .takesStatusOnly = true},
+    {.code = kOrdinal,
+     .name = "ordinal regression",
+     .className = "ORModel",
+     .resultType = Result::MLR_RESULT,
+     .classifyingResultType = Result::MLR_RESULT,
+     .takesContrasts = false,
+     .takesStatusOnly = true},
+    {.code = kGeneralizedLinear,
+     .name = "generalized linear model",
+     .className = "GZLRModel",
+     .resultType = Result::LR_RESULT,
+     .classifyingResultType = Result::MLR_RESULT,
+     .takesContrasts = false,
+     .takesStatusOnly = true},
+    {.code = kOrdinalGeneralized,
+     .name = "ordinal regression (generalized)",
+     .className = "OGZLRModel",
+     .resultType = Result::MLR_RESULT,
+     .classifyingResultType = Result::MLR_RESULT,
+     .takesContrasts = false,
+     .takesStatusOnly = true},
+    {.code = kCox,
+     .name = "Cox regression",
+     .className = "CoxRegModel",
+     .resultType = Result::COXREG_RESULT,
+     .classifyingResultType = Result::COXREG_RESULT,
+     .takesContrasts = true,
+     .takesStatusOnly = true},
+    {.code = kCoxComplexSamples,
+     .name = "Cox regression",
+     .className = "CoxRegModel",
+     .resultType = Result::COXREG_RESULT,
+     .classifyingResultType = Result::COXREG_RESULT,
+     .takesContrasts = true,
+     .takesStatusOnly = true},
+};
+
+const std::vector<FamilySelection>& Selections()
+{
+    using Words = FamilySelection::Words;
+    static const Words kMultinomialType{Tags::XML_VAL_MT_MLR};
+    static const Words kRegressionType{Tags::XML_VAL_MT_REGRESS};
+    static const Words kGeneralTypes{Tags::XML_VAL_MT_GLIN, Tags::XML_VAL_MT_GDLIN};
+    static const Words kCoxType{Tags::XML_VAL_MT_COXRGN};
+    static const Words kOrdinalType{Tags::XML_VAL_MT_ORDINAL};
+    static const Words kGeneralized{Tags::XML_VAL_MN_GZLM, Tags::XML_VAL_MN_GEE,
+                                    Tags::XML_VAL_MN_GLMM};
+    static const Words kGeneralLinearModels{Tags::XML_VAL_MN_GLIN, Tags::XML_VAL_MN_MIXEDLIN,
+                                            Tags::XML_VAL_MN_ALM};
+    using Selection = FamilySelection;
+    static const std::vector<FamilySelection> kSelections{
+        {kMultinomialType, Selection::BelowSelectors, {}, kMultinomial},
+        {kMultinomialType, Selection::FromSelectors, {Tags::XML_VAL_MT_XCONLOG}, kBinary},
+        {kMultinomialType, Selection::FromSelectors, {Tags::XML_VAL_MT_COND}, kConditional},
+        {kMultinomialType, Selection::FromSelectors, kGeneralized, kMultinomialGeneralized},
+        {kMultinomialType, Selection::FromSelectors, {}, kMultinomial},
+        {kRegressionType, Selection::AnyVersion, {}, kLinear},
+        {kGeneralTypes, Selection::BelowSelectors, {}, kGeneralLinear},
+        {kGeneralTypes, Selection::FromSelectors, kGeneralized, kGeneralizedLinear},
+        {kGeneralTypes, Selection::FromSelectors, kGeneralLinearModels, kGeneralLinear},
+        {kGeneralTypes, Selection::FromSelectors, {Tags::XML_VAL_MN_COXREG}, kCox},
+        {kGeneralTypes, Selection::FromSelectors, {Tags::XML_VAL_MN_CSCOXREG}, kCoxComplexSamples},
+        {kGeneralTypes, Selection::FromSelectors, {}, kGeneralLinear},
+        {kCoxType, Selection::AnyVersion, {}, kCox},
+        {kOrdinalType, Selection::AnyVersion, {Tags::XML_VAL_MN_ORDINAL}, kOrdinal},
+        {kOrdinalType, Selection::AnyVersion, {Tags::XML_VAL_MN_GZLM}, kOrdinalGeneralized},
+        {kOrdinalType, Selection::AnyVersion, {}, kOrdinal},
+    };
+    return kSelections;
+}
+
+bool Among(const FamilySelection::Words& words, const std::string& text)
+{
+    return std::any_of(words.begin(), words.end(),
+                       [&](const std::string& word) { return word == text; });
+}
+
+bool IsOfVersion(const FamilySelection& selection, double version)
+{
+    switch (selection.versions) {
+        case FamilySelection::BelowSelectors: return version < kSelectorVersion;
+        case FamilySelection::FromSelectors: return version >= kSelectorVersion;
+        case FamilySelection::AnyVersion: break;
+    }
+    return true;
+}
+
+}  // namespace
+
+std::span<const ModelFamily> ModelFamilies() { return kFamilies; }
+
+const ModelFamily& FamilyOf(FamilyCode code)
+{
+    for (const ModelFamily& family : kFamilies) {
+        if (family.code == code) return family;
+    }
+    throw std::logic_error("a family without a row");
+}
+
+void DescribeFamily(FamilyCode code, ModelDescription& description)
+{
+    const ModelFamily& family = FamilyOf(code);
+    description.family = family.name;
+    description.className = family.className;
+    description.resultType =
+        description.targetCategories.empty() ? family.resultType : family.classifyingResultType;
+    description.takesStatusOnly = family.takesStatusOnly;
+}
+
+std::span<const FamilySelection> FamilySelections() { return Selections(); }
+
+std::optional<FamilyCode> FindFamily(const std::string& modelType, double version,
+                                     const std::string& selector)
+{
+    for (const FamilySelection& selection : Selections()) {
+        if (Among(selection.modelTypes, modelType) && IsOfVersion(selection, version) &&
+            (selection.selectors.empty() || Among(selection.selectors, selector))) {
+            return selection.code;
+        }
+    }
+    return std::nullopt;
+}
+
+bool IsSelector(const std::string& modelType, const std::string& word)
+{
+    return std::any_of(Selections().begin(), Selections().end(), [&](const auto& selection) {
+        return Among(selection.modelTypes, modelType) && Among(selection.selectors, word);
+    });
+}
+
+}  // namespace MCVelscore_850
