@@ -2,6 +2,7 @@
 #define VELSCORE_HOST_MODEL_SCORINGSTATE_H
 
 #include "host/model/scoremodel.h"
+#include "host/values/numericvalue.h"
 
 namespace MCVelscore_850 {
 
@@ -18,7 +19,9 @@ public:
     /// the model; of several the last one. Null after a case that was scored, and where no single
     /// variable is to blame.
     const ScoreDictVar* failedVar = nullptr;
-
+    /// The linear predictor of the last case of a model with one equation; the system-missing
+    /// number else.
+    double linearPredictor = NumericValue::GetSysmisValue();
 };
 
 }  // namespace MCVelscore_850
