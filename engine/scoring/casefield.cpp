@@ -100,31 +100,39 @@ std::unique_ptr<ScoreValue> CaseField::MakeValue()
     switch (kind_) {
         case Kind::Text: {
             auto value = std::make_unique<StringValue>("");
-            text_ = value.get();
+            value_ = text_ = value.get();
             return value;
         }
         case Kind::DateTime: {
             auto value = std::make_unique<DateTimeValue>(NumericValue::GetSysmisValue());
-            dateTime_ = value.get();
+            value_ = dateTime_ = value.get();
             return value;
         }
         case Kind::Number: break;
     }
     auto value = std::make_unique<NumericValue>(NumericValue::GetSysmisValue());
-    number_ = value.get();
+    value_ = number_ = value.get();
     return value;
 }
 
-long CaseField::Set(const TableColumn& column, size_t row, bool& unlisted)
+bool CaseField::SetSurely(std::string_view text)
 {
-    unlisted = false;
+    double number = 0.0;
+    if (!ReadSurely(text, number)) return false;
+    number_->SetTakenAsIs(false);
+    number_->SetDoubleValue(number);
+    return true;
+}
+
+long CaseField::SetAndTreat(const TableColumn& column, size_t row, bool& unlisted)
+{
     long code = 0;
     if (column.numbers == nullptr) {
         code = SetText(column.Text(row));
     } else if (column.IsPresent(row)) {
         SetNumber(column.numbers[row]);
     } else {
-        Own().SetTakenAsIs(false);
+        value_->SetTakenAsIs(false);
         SetMissing();
     }
     return code == 0 && treated_ ? Treat(unlisted) : code;
@@ -132,7 +140,12 @@ long CaseField::Set(const TableColumn& column, size_t row, bool& unlisted)
 
 bool CaseField::IsMissingText(std::string_view text) const
 {
-    if (text.empty() || (naIsMissing_ && text == kNotAvailable)) return true;
+    return text.empty() || (naIsMissing_ && text == kNotAvailable) || IsNamedMissing(text);
+}
+
+// The document or the options call it missing.
+bool CaseField::IsNamedMissing(std::string_view text) const
+{
     if (dictVar_ != nullptr && dictVar_->IsMissingWord(text)) return true;
     if (options_->missingTexts.empty()) return false;
     return std::find(options_->missingTexts.begin(), options_->missingTexts.end(), text) !=
@@ -152,7 +165,7 @@ std::string CaseField::DocumentText(std::string_view text) const
 // Sets the value of this row; the code of the refusal when the text can't be read.
 long CaseField::SetText(std::string_view text)
 {
-    Own().SetTakenAsIs(false);
+    value_->SetTakenAsIs(false);
     if (IsMissingText(text)) {
         SetMissing();
         return 0;
@@ -176,7 +189,7 @@ long CaseField::SetText(std::string_view text)
 // A number that came as one; for a text it is written as everywhere else.
 void CaseField::SetNumber(double number)
 {
-    Own().SetTakenAsIs(false);
+    value_->SetTakenAsIs(false);
     switch (kind_) {
         case Kind::Number: number_->SetDoubleValue(number); break;
         case Kind::Text:
@@ -193,14 +206,14 @@ void CaseField::SetNumber(double number)
 
 bool CaseField::ReadSurely(std::string_view text, double& number)
 {
-    return !IsMissingText(text) && ReadPlainNumber(text, options_->decimal, number) &&
-           IsSure(number);
+    return ReadPlainNumber(text, options_->decimal, number) && IsSure(number) &&
+           !IsNamedMissing(text);
 }
 
 // A value that the document calls missing stays so, however far beyond the limits it lies.
 void CaseField::TakeExtreme()
 {
-    const ScoreValue& value = Value();
+    const ScoreValue& value = *value_;
     const double number = value.GetDouble();
     const double taken = std::clamp(number, extremes_->low, extremes_->high);
     if (taken != number && !var_->IsMissing(&value)) SetPlainNumber(taken);
@@ -208,7 +221,7 @@ void CaseField::TakeExtreme()
 
 long CaseField::Treat(bool& unlisted)
 {
-    ScoreValue& value = Own();
+    ScoreValue& value = *value_;
     bool missing = var_->IsMissing(&value);
     if (!missing && invalid_ != Invalid::LeaveToModel && !var_->IsValid(&value)) {
         switch (invalid_) {
@@ -264,16 +277,6 @@ void CaseField::SetPlainNumber(double number)
     if (kind_ == Kind::DateTime) dateTime_->SetNumber(number);
 }
 
-ScoreValue& CaseField::Own() const
-{
-    switch (kind_) {
-        case Kind::Text: return *text_;
-        case Kind::DateTime: return *dateTime_;
-        case Kind::Number: break;
-    }
-    return *number_;
-}
-
 // A replacement is the document's text: its numbers have a decimal point, whatever the table has.
 bool CaseField::SetReplacement(const std::string& text)
 {
@@ -300,7 +303,7 @@ bool CaseField::SetReplacement(const std::string& text)
             break;
     }
     // Contrasts tell nothing of a category without a row: the variable refuses it.
-    Own().SetTakenAsIs(!hasContrasts_);
+    value_->SetTakenAsIs(!hasContrasts_);
     return true;
 }
 

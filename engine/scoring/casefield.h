@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "engine/documents/miningtreatment.h"
+#include "engine/tables/columnblock.h"
 #include "host/variables/dictvar.h"
 
 namespace MCVelscore_850 {
@@ -16,7 +17,6 @@ namespace MCVelscore_850 {
 class DateTimeValue;
 class NumericValue;
 class StringValue;
-struct TableColumn;
 
 /// How a table writes its numbers and its missing values, and whether these are replaced.
 struct CaseOptions {
@@ -74,11 +74,20 @@ public:
 
     /// The value object, once, for the record to own.
     std::unique_ptr<ScoreValue> MakeValue();
-    const ScoreValue& Value() const { return Own(); }
+    const ScoreValue& Value() const { return *value_; }
 
     /// Sets the value to what stands in a row of the field's column, treated; `unlisted` tells that
     /// it is to be counted. The code of the refusal, where there is one.
-    long Set(const TableColumn& column, size_t row, bool& unlisted);
+    long Set(const TableColumn& column, size_t row, bool& unlisted)
+    {
+        unlisted = false;
+        // What nearly every field is.
+        if (kind_ == Kind::Number && column.texts != nullptr &&
+            SetSurely(column.texts[row * column.stride])) {
+            return 0;
+        }
+        return SetAndTreat(column, row, unlisted);
+    }
     void SetMissing();
 
     /// Reads a number in the easiest way: true where Set() would make the value this number, accept
@@ -105,6 +114,9 @@ public:
 private:
     enum class Invalid { LeaveToModel, AsIs, AsMissing, AsValue, Refuse };
 
+    bool SetSurely(std::string_view text);
+    long SetAndTreat(const TableColumn& column, size_t row, bool& unlisted);
+    bool IsNamedMissing(std::string_view text) const;
     long SetText(std::string_view text);
     void SetNumber(double number);
     long Treat(bool& unlisted);
@@ -114,7 +126,6 @@ private:
     void AssignText(std::string_view text);
     /// Not for a text.
     void SetPlainNumber(double number);
-    ScoreValue& Own() const;
 
     const ScoreDictVar* var_;
     const DictVar* dictVar_;  // the same, null when it is of another class
@@ -122,7 +133,8 @@ private:
     Kind kind_;
     bool optional_;
     size_t column_ = 0;
-    NumericValue* number_ = nullptr;  // the one of these three that the kind says
+    ScoreValue* value_ = nullptr;
+    NumericValue* number_ = nullptr;  // the same, as the one of these three that the kind says
     StringValue* text_ = nullptr;
     DateTimeValue* dateTime_ = nullptr;
     bool naIsMissing_ = true;

@@ -76,7 +76,11 @@ struct ResultBlock {
         faults[row] = fault;
     }
     /// What is to tell of a row.
-    CaseStatus StatusOf(size_t row) const { return status[row] == 0 ? CaseStatus{} : faults[row]; }
+    const CaseStatus& StatusOf(size_t row) const
+    {
+        static const CaseStatus kOK;
+        return status[row] == 0 ? kOK : faults[row];
+    }
 
     size_t rows = 0;
     std::vector<Column> columns;     ///< the schema's first ones, in their order

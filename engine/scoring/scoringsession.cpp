@@ -8,7 +8,6 @@ namespace MCVelscore_850 {
 namespace {
 
 constexpr int64_t kProgressRows = 4096;  // a few milliseconds of work
-constexpr size_t kRowsAlone = 16;        // whose fields and results stay in the nearest cache
 
 }  // namespace
 
@@ -64,10 +63,9 @@ void ScoringSession::Run(CsvWriter& writer, const Progress& progress)
 
 void ScoringSession::ScoreTable(CsvWriter& writer, const Progress& progress)
 {
-    const size_t most = scorer_.ScoresBlocks() ? TableScorer::kRows : kRowsAlone;
     while (!IsStopped() && !writer.IsClosed()) {
         try {
-            if (reader_.NextRows(most, texts_) == 0) break;
+            if (reader_.NextRows(TableScorer::kRows, texts_) == 0) break;
         } catch (const Failure&) {
             if (!IsStopped()) throw;  // an interrupted read can end inside a quote
             break;

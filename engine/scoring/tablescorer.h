@@ -56,8 +56,6 @@ public:
 
     const ResultSchema& Schema() const { return schema_; }
     const CasePreparer& Preparer() const { return one_.Preparer(); }
-    /// True where blocks go through the model together, so that large ones pay.
-    bool ScoresBlocks() const { return road_ != nullptr; }
 
     /// Scores a block of at most kRows rows. `results` is made with Schema(); its texts of faults
     /// view the block's.

@@ -10,6 +10,7 @@
 #include "host/values/numericvalue.h"
 #include "host/variables/varstats.h"
 #include "tests/engine/fakemodel.h"
+#include "tests/engine/onerow.h"
 
 namespace MCVelscore_850 {
 namespace {
@@ -25,7 +26,7 @@ protected:
                                                    "cases.csv", std::move(options));
         return *preparer_;
     }
-    CaseStatus Prepare(const Row& row) { return preparer_->Prepare(row); }
+    CaseStatus Prepare(const Row& row) { return preparer_->Prepare(OneRow(row), 0); }
     const ScoreValue& Value(int position) const { return *preparer_->Record().GetValue(position); }
     static void SetLimits(DictVar& var, double low, double high, int treatment)
     {
@@ -550,7 +551,7 @@ TEST_F(ReplacementsOfDerivedTest, ReplacementOfADateCountsFromTheTypesOwnOrigin)
         CasePreparer preparer(model, model.description,
                               {{.name = "day", .missingValueReplacement = "10"}},
                               std::vector<std::string>{"day"}, "cases.csv", {.alsoRead = {"day"}});
-        ASSERT_TRUE(preparer.Prepare(Row{""}).IsOK());
+        ASSERT_TRUE(preparer.Prepare(OneRow(Row{""}), 0).IsOK());
         EXPECT_EQ(preparer.Record().GetValue(0)->GetDouble(), plain) << dateTimeType;
     }
 }
