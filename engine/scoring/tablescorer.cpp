@@ -59,7 +59,9 @@ TableScorer::~TableScorer() = default;
 // False where the block scorer's categories aren't those of the results.
 bool TableScorer::BindCategories(std::span<const std::string> categories)
 {
-    if ((schema_.ResultType() == ScoreResult::MLR_RESULT) == categories.empty()) return false;
+    const bool classifies = schema_.ResultType() == ScoreResult::MLR_RESULT;
+    if (categories.size() != schema_.Categories().size()) return false;
+    if (classifies == categories.empty()) return false;
     std::unordered_map<std::string_view, size_t> places;
     for (size_t i = 0; i < schema_.Categories().size(); ++i) {
         places.emplace(schema_.Categories()[i], i);
