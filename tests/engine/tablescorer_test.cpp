@@ -66,6 +66,7 @@ public:
                uint64_t* unsure, Scratch& scratch) const override
     {
         ++blocks;
+        numbers = inputs.front().numbers;
         std::fill(unsure, unsure + kRows / 64, 0);
         for (size_t row = 0; row < rows; ++row) {
             double sum = 0.0;
@@ -100,6 +101,7 @@ public:
     mutable size_t mostTexts = 0;
     mutable int timesBound = 0;
     mutable int blocks = 0;
+    mutable const double* numbers = nullptr;  // of the first input of the last block
 
 private:
     static constexpr int kUnknown = -2;
@@ -557,6 +559,21 @@ TEST_F(TableScorerTest, ANumberIsATextToAVariableOfTextsAndATextANumber)
     EXPECT_EQ(scored[2].text, "3");
 }
 
+// Beyond the rows of a borrowed column nothing may be read.
+TEST_F(TableScorerTest, NumbersGoAsTheyAreWhereTheyHaveTheRoomThatKernelsRead)
+{
+    model_.AddNumber("x");
+    Bind({"x"});
+    Settle({"1"});
+    const std::vector<double> numbers(24, 1.5);
+    TableColumn column;
+    column.numbers = numbers.data();
+    ScoreBlock({24, std::span(&column, 1)});
+    EXPECT_EQ(model_.blocks->numbers, numbers.data());
+    ScoreBlock({23, std::span(&column, 1)});
+    EXPECT_NE(model_.blocks->numbers, numbers.data());
+}
+
 TEST_F(TableScorerTest, TextsOfRefusedNumbersStandTogether)
 {
     model_.AddNumber("x").DeclareInterval({0.0, 1.0, true, true});
@@ -568,10 +585,12 @@ TEST_F(TableScorerTest, TextsOfRefusedNumbersStandTogether)
     }
     TableColumn column;
     column.numbers = numbers.data();
-    const std::vector<Scored> scored = ScoreBlock({numbers.size(), std::span(&column, 1)});
-    for (size_t i = 0; i < numbers.size(); ++i) {
-        ASSERT_TRUE(scored[i].text.has_value());
-        EXPECT_EQ(std::stod(*scored[i].text), numbers[i]);
+    for (int round = 0; round < 3; ++round) {
+        const std::vector<Scored> scored = ScoreBlock({numbers.size(), std::span(&column, 1)});
+        for (size_t i = 0; i < numbers.size(); ++i) {
+            ASSERT_TRUE(scored[i].text.has_value());
+            ASSERT_EQ(NumericValue(*scored[i].text).GetDouble(), numbers[i]) << i;
+        }
     }
 }
 
@@ -818,6 +837,46 @@ TEST_F(DerivedTest, ItsBlocksAllocateNothing)
     for (int i = 0; i < 20; ++i) scorer_->Score(block, *results_);
     EXPECT_EQ(AllocationCount(), before);
     EXPECT_EQ(model_.alone, 0);
+}
+
+// A text of no bytes at 0, missing where x is, else "a".
+class Named final : public Expression {
+public:
+    explicit Named(const ScoreDictVar& var) : var_(var) {}
+    void Evaluate(const ExpressionCase& c, ExpressionValue& value) const override
+    {
+        const ScoreValue* input = c.record->GetValue(var_.GetName());
+        if (var_.IsMissing(input)) {
+            value.SetMissing();
+        } else {
+            value.SetText(input->GetDouble() == 0.0 ? "" : "a");
+        }
+    }
+    void CollectInputs(std::vector<const ScoreDictVar*>& inputs) const override
+    {
+        inputs.push_back(&var_);
+    }
+    int Height() const override { return 1; }
+
+private:
+    const ScoreDictVar& var_;
+};
+
+TEST_F(TableScorerTest, ADerivedTextThatIsMissingIsNotTheEmptyText)
+{
+    DictVar& x = model_.AddNumber("x");
+    auto transformations = std::make_unique<TransformationDictionary>();
+    auto made = std::make_unique<TransformVar>(TextType("made"), std::make_shared<Named>(x));
+    transformations->AddVar("made", made.release());
+    model_.SetTransformationScoreDictionary(transformations.release());
+    model_.description.variables = {"made"};
+    Bind({"x"});
+    Settle({"1"});
+    const std::vector<Scored> scored = Score({"0", "", "1"});
+    EXPECT_EQ(scored[0].status, 0);
+    EXPECT_EQ(scored[1].status, MCScore::kCaseNotScorable);
+    EXPECT_EQ(scored[1].field, "x");
+    EXPECT_TRUE(scored[0].IsTogether() && scored[2].IsTogether());
 }
 
 // A model of two categories, whose block scorer has them in another order than the description: a
