@@ -64,8 +64,8 @@ size_t CsvReader::NextRows(size_t most, std::span<const std::string_view>& field
     const size_t columns = header_.size();
     size_t rows = 0;
     // A row that is at fault waits for a call of its own: those before it are delivered first.
-    while (rows < most && (rows == 0 || (nextLine_ < lines_.size() && blankLines_ == 0 &&
-                                         IsSoundRow(lines_[nextLine_])))) {
+    while (rows < most &&
+           (rows == 0 || (nextLine_ < lines_.size() && IsSoundRow(lines_[nextLine_])))) {
         if (rowFields_.size() < (rows + 1) * columns) rowFields_.resize((rows + 1) * columns);
         if (!NextRow(rows * columns)) break;
         ++rows;

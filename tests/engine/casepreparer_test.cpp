@@ -556,6 +556,18 @@ TEST_F(ReplacementsOfDerivedTest, ReplacementOfADateCountsFromTheTypesOwnOrigin)
     }
 }
 
+TEST_F(CasePreparerTest, ANumberAfterAReplacedOneIsNotTakenAsItIs)
+{
+    model_.AddNumber("x");
+    model_.description.variables.clear();
+    treatments_ = {{.name = "x", .missingValueReplacement = "10"}};
+    Bind({"x"}, {.alsoRead = {"x"}});
+    ASSERT_TRUE(Prepare({""}).IsOK());
+    EXPECT_TRUE(Value(0).IsTakenAsIs());
+    ASSERT_TRUE(Prepare({"2"}).IsOK());
+    EXPECT_FALSE(Value(0).IsTakenAsIs());
+}
+
 // A model under substitution writes its replacement into the record's own object.
 TEST_F(CasePreparerTest, WhatTheModelWroteIntoTheRecordIsGoneInTheNextRow)
 {

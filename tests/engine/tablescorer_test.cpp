@@ -79,8 +79,10 @@ public:
                     const auto& positions = static_cast<Codes&>(scratch).positions[i];
                     const auto code = static_cast<size_t>(column.codes[row]);
                     const int position = code < positions.size() ? positions[code] : kUnknown;
-                    sure = sure && there && position != kUnknown;
-                    sum += position;
+                    // As a model has it that takes any text: an unknown one counts for nothing.
+                    const bool takesAny = inputs_[i]->AcceptsUnlisted();
+                    sure = sure && there && (takesAny || position != kUnknown);
+                    sum += position == kUnknown ? -1 : position;
                 } else {
                     const NumericValue value(column.numbers[row]);
                     sure = sure && there &&
@@ -151,6 +153,7 @@ public:
         for (const std::string& name : description.variables) {
             if (!hasNoColumn.contains(name)) inputs.push_back(FindVar(name));
         }
+        if (!wantsToo.empty()) inputs.push_back(FindVar(wantsToo));
         auto scorer = std::make_unique<DoublingBlocks>(std::move(inputs));
         blocks = scorer.get();
         return scorer;
@@ -159,6 +162,7 @@ public:
 
     bool together = true;
     std::set<std::string> hasNoColumn;  // among a block's inputs
+    std::string wantsToo;               // a variable that cases aren't read for
     std::unique_ptr<DictVar> target;
     mutable int alone = 0;
     mutable const DoublingBlocks* blocks = nullptr;
@@ -445,6 +449,27 @@ TEST_F(TableScorerTest, ValuesToCountGoAloneAndTheLikelyReferenceIsNone)
     EXPECT_EQ(scorer_->Preparer().Unlisted()[0].first, (Names{"ref", "q"}));
 }
 
+TEST_F(TableScorerTest, NumbersThatAreNotListedAreCountedToo)
+{
+    DictVar& code = model_.Add(TypeOf("code", ScoreDictVar::CATEGORICAL, ScoreDictVar::NUMERIC));
+    code.DeclareValue(std::make_unique<NumericValue>(1.0), "1", DictVar::Property::Valid);
+    code.SetAcceptsUnlisted(true);
+    model_.AddNumber("x").SetAcceptsUnlisted(true);  // which lists none
+    Bind({"code", "x"});
+    Settle({"1", "0"});
+    const double codes[] = {1.0, 7.0, 7.5};
+    const double numbers[] = {0.0, 1.0, 0.0};
+    TableColumn columns[2];
+    columns[0].numbers = codes;
+    columns[1].numbers = numbers;
+    ScoreBlock({3, columns});
+    Score({"1", "2", "7", "0"});
+    ASSERT_EQ(scorer_->Preparer().Unlisted().size(), 2u);
+    EXPECT_EQ(scorer_->Preparer().Unlisted()[0].count, 3);
+    EXPECT_EQ(scorer_->Preparer().Unlisted()[0].first, (Names{"7", "7.5"}));
+    EXPECT_EQ(scorer_->Preparer().Unlisted()[1].count, 6);
+}
+
 TEST_F(TableScorerTest, TextsThatAppearLateAreBoundOnce)
 {
     model_.AddText("f", {"a", "b", "c"});
@@ -585,13 +610,15 @@ TEST_F(TableScorerTest, TextsOfRefusedNumbersStandTogether)
     }
     TableColumn column;
     column.numbers = numbers.data();
-    for (int round = 0; round < 3; ++round) {
-        const std::vector<Scored> scored = ScoreBlock({numbers.size(), std::span(&column, 1)});
-        for (size_t i = 0; i < numbers.size(); ++i) {
-            ASSERT_TRUE(scored[i].text.has_value());
-            ASSERT_EQ(NumericValue(*scored[i].text).GetDouble(), numbers[i]) << i;
-        }
+    const ColumnBlock block{numbers.size(), std::span(&column, 1)};
+    const std::vector<Scored> scored = ScoreBlock(block);
+    for (size_t i = 0; i < numbers.size(); ++i) {
+        ASSERT_TRUE(scored[i].text.has_value());
+        ASSERT_EQ(NumericValue(*scored[i].text).GetDouble(), numbers[i]) << i;
     }
+    const long before = AllocationCount();
+    for (int round = 0; round < 3; ++round) scorer_->Score(block, *results_);
+    EXPECT_EQ(AllocationCount(), before);
 }
 
 TEST_F(TableScorerTest, DatesCountFromTheOriginOfTheirVariable)
@@ -601,11 +628,12 @@ TEST_F(TableScorerTest, DatesCountFromTheOriginOfTheirVariable)
     model_.Add(type);
     Bind({"day"});
     Settle({"1960-01-02"});
-    const std::vector<Scored> scored = Score({"1960-01-11", "25", "soon"});
+    const std::vector<Scored> scored = Score({"1960-01-11", "25", "soon", ""});
     EXPECT_EQ(scored[0].prediction, 20.0);
     EXPECT_EQ(scored[1].prediction, 50.0);
     EXPECT_TRUE(scored[0].IsTogether() && scored[1].IsTogether());
     EXPECT_EQ(scored[2].status, kCaseTextNotADateTime);
+    EXPECT_EQ(scored[3].status, MCScore::kCaseNotScorable);
     const double numbers[] = {10.0, 25.0};
     TableColumn column;
     column.numbers = numbers;
@@ -655,15 +683,10 @@ TEST_F(TableScorerTest, ABlockScorerThatWantsAVariableOfNoRecordIsLeft)
 {
     model_.AddNumber("x");
     model_.AddNumber("y");
-    ModelDescription description = model_.description;
-    description.variables = {"x"};
-    model_.hasNoColumn.clear();
-    TableScorer scorer(model_, description, {}, Names{"x"}, "cases.csv");
-    const Texts fields{"1", "2"};
-    TextRows rows(1);
-    ResultBlock results(scorer.Schema());
-    scorer.Score(rows.Block(fields), results);
-    EXPECT_EQ(model_.alone, 2);
+    model_.description.variables = {"x"};
+    model_.wantsToo = "y";
+    Bind({"x"});
+    for (const Scored& each : Score({"1", "2", "3"})) EXPECT_EQ(each.stdDev, kAlone);
 }
 
 TEST_F(TableScorerTest, PredictedNumbersAreWhatTheTargetMakesOfThem)
@@ -681,6 +704,14 @@ TEST_F(TableScorerTest, PredictedNumbersAreWhatTheTargetMakesOfThem)
     EXPECT_EQ(scored[1].prediction, scored[0].prediction);
     EXPECT_EQ(scored[2].prediction, 10.0 * 0.1 + 0.7);
     EXPECT_TRUE(scored[1].IsTogether() && scored[2].IsTogether());
+    // What becomes of 0 is no number then.
+    target.rescaleConstant = NumericValue::GetSysmisValue();
+    model_.target->SetTargetDeclaration(target);
+    Bind({"x"});
+    for (const Scored& each : Score({"0", "0"})) {
+        EXPECT_EQ(each.status, 0);
+        EXPECT_EQ(each.prediction, std::nullopt);
+    }
 }
 
 TEST_F(TableScorerTest, WhatTheDocumentCannotGiveIsNoValueOnEitherRoad)
@@ -812,6 +843,15 @@ TEST_F(DerivedTest, DerivedFieldsAreComputedRowByRowAndScoredTogether)
     EXPECT_EQ(scored[2].text, "0");
     EXPECT_EQ(scored[3].status, MCScore::kCaseNotScorable);
     EXPECT_EQ(scored[4].status, kCaseTextNotANumber);
+}
+
+TEST_F(DerivedTest, ADerivedFieldMayStandBesideWhatItIsComputedFrom)
+{
+    model_.description.variables = {"x", "made", "f"};
+    Bind({"f", "x"});
+    Settle({"a", "1"});
+    EXPECT_EQ(Score({"b", "4"})[0].prediction, 8.0 + 0.5 + 1.0);
+    EXPECT_EQ(model_.alone, 0);
 }
 
 TEST_F(DerivedTest, UnlistedValuesAreCountedOnce)
