@@ -1,6 +1,6 @@
 #include "engine/scoring/blockroad.h"
 
-#include <algorithm>
+#include <unordered_set>
 
 #include "engine/tables/columnblock.h"
 #include "host/messages/scoringlog.h"
@@ -63,15 +63,13 @@ bool BlockRoad::FindInputs(const std::vector<std::string>& modelReads)
         }
     }
     columns_.resize(inputs_.size());
-    const auto isInput = [&](const std::string& name) {
-        return std::any_of(inputs_.begin(), inputs_.end(),
-                           [&](const Input& input) { return input.var->GetName() == name; });
-    };
+    std::unordered_set<std::string_view> names;
+    for (const Input& input : inputs_) names.insert(input.var->GetName());
     fromCases_ = preparer_.HasDerived();
-    for (const CaseField& field : fields) fromCases_ = fromCases_ || !isInput(field.Name());
+    for (const CaseField& field : fields) fromCases_ = fromCases_ || !names.contains(field.Name());
     for (const std::string& name : modelReads) {
         const ScoreDictVar* var = preparer_.FindVar(name);
-        if (var == nullptr || isInput(name)) continue;
+        if (var == nullptr || names.contains(name)) continue;
         judged_.push_back({var, preparer_.Record().GetVarIndex(name)});
     }
     return true;

@@ -19,9 +19,10 @@ public:
     /// the model; of several the last one. Null after a case that was scored, and where no single
     /// variable is to blame.
     const ScoreDictVar* failedVar = nullptr;
-    /// The linear predictor of the last case of a model with one equation; the system-missing
-    /// number else.
+    /// The linear predictor of the last case that was scored, of a model with one equation; the
+    /// system-missing number before and of any other model.
     double linearPredictor = NumericValue::GetSysmisValue();
+
 };
 
 }  // namespace MCVelscore_850
