@@ -21,6 +21,8 @@
 #include "engine/documents/documentloader.h"
 #include "engine/documents/documenttree.h"
 #include "engine/scoring/outputshaper.h"
+#include "engine/scoring/resultschema.h"
+#include "host/model/modeldescription.h"
 #include "host/model/scoremodel.h"
 #include "host/model/scoreresult.h"
 #include "readers/generalregressiontranslator.h"
@@ -43,9 +45,10 @@ double TimeOfKeptColumns(size_t count)
 {
     std::vector<std::string> header;
     for (size_t i = 0; i < count; ++i) header.push_back("a long name " + std::to_string(i));
+    const ResultSchema schema{ModelDescription()};
     size_t columns = 0;
     const double time = Nanoseconds([&] {
-        columns = OutputShaper({}, header, "cases.csv", {.keepAll = true}).Columns().size();
+        columns = OutputShaper(schema, header, "cases.csv", {.keepAll = true}).Columns().size();
     });
     if (columns < count) std::exit(1);
     return time;

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <set>
+#include <span>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include "engine/documents/loadedmodel.h"
+#include "engine/scoring/resultschema.h"
 
 namespace MCVelscore_850 {
 
@@ -100,11 +102,18 @@ void AddContrast(std::string& out, const ModelDescription::Contrast& contrast)
     }
 }
 
-bool HasColumn(const ModelDescription& description, std::string_view column)
+// The columns of values.
+std::span<const ResultColumn> ValueColumns(const ResultSchema& schema)
 {
-    return std::any_of(
-        description.quantities.begin(), description.quantities.end(),
-        [&](const ModelDescription::Quantity& quantity) { return quantity.column == column; });
+    return std::span(schema.Columns()).first(schema.ValueCount());
+}
+
+bool HasErrors(const ResultSchema& schema)
+{
+    const auto columns = ValueColumns(schema);
+    return std::any_of(columns.begin(), columns.end(), [](const ResultColumn& column) {
+        return column.quantity == ResultQuantity::StdDev;
+    });
 }
 
 void AddStrata(std::string& out, const ModelDescription& description)
@@ -118,18 +127,17 @@ void AddStrata(std::string& out, const ModelDescription& description)
     }
 }
 
-void AddQuantities(std::string& out, const ModelDescription& description)
+void AddColumns(std::string& out, const ResultSchema& schema)
 {
-    if (description.quantities.empty()) return;
     out += "columns of the output\n";
     size_t width = kLabelWidth - 2;
-    for (const ModelDescription::Quantity& quantity : description.quantities) {
-        width = std::max(width, quantity.column.size() + 2);
+    for (const ResultColumn& column : ValueColumns(schema)) {
+        width = std::max(width, column.name.size() + 2);
     }
-    for (const ModelDescription::Quantity& quantity : description.quantities) {
-        out += fmt::format("  {:<{}}{}\n", quantity.column, width,
-                           quantity.lacksCovariances ? "empty: the document has no covariances"
-                                                     : quantity.meaning);
+    for (const ResultColumn& column : ValueColumns(schema)) {
+        out += fmt::format(
+            "  {:<{}}{}\n", column.name, width,
+            column.lacksCovariances ? "empty: the document has no covariances" : column.meaning);
     }
 }
 
@@ -164,6 +172,7 @@ Json EquationJson(const ModelDescription::Equation& equation)
 std::string ModelText(const LoadedModel& model)
 {
     const ModelDescription& about = model.Description();
+    const ResultSchema schema(about);
     std::string out;
     AddLine(out, "document",
             model.Version().empty() ? model.File()
@@ -190,7 +199,7 @@ std::string ModelText(const LoadedModel& model)
                     ? fmt::format("{} with parameter {}", about.link, about.linkParameter)
                     : about.link);
     }
-    if (HasColumn(about, "std_dev")) {  // other families use neither
+    if (HasErrors(schema)) {  // other families use neither
         AddLine(out, "df", Number(about.degreesOfFreedom));
         AddLine(out, "covariances",
                 about.hasCovariances     ? "yes"
@@ -207,7 +216,7 @@ std::string ModelText(const LoadedModel& model)
     }
     AddLine(out, "mean", about.mean);
     for (const ModelDescription::Contrast& contrast : about.contrasts) AddContrast(out, contrast);
-    AddQuantities(out, about);
+    AddColumns(out, schema);
     for (const std::string& adaptation : model.Adaptations()) AddLine(out, "adapted", adaptation);
     return out;
 }
@@ -259,10 +268,11 @@ Json ModelJson(const LoadedModel& model)
     }
     json["baseline"] = std::move(strata);
     Json columns = Json::array();
-    for (const ModelDescription::Quantity& quantity : about.quantities) {
-        columns.push_back({{"column", quantity.column},
-                           {"meaning", quantity.meaning},
-                           {"empty", quantity.lacksCovariances}});
+    const ResultSchema schema(about);
+    for (const ResultColumn& column : ValueColumns(schema)) {
+        columns.push_back({{"column", column.name},
+                           {"meaning", column.meaning},
+                           {"empty", column.lacksCovariances}});
     }
     json["columns"] = std::move(columns);
     json["adapted"] = model.Adaptations();

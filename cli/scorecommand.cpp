@@ -76,7 +76,6 @@ std::vector<std::string> SplitNames(const std::string& list)
 OutputOptions OutputOf(const ScoreArguments& arguments)
 {
     OutputOptions output;
-    output.predictionOnly = arguments.predictionOnly;
     for (const std::string& list : arguments.keep) {
         if (list == "all") {
             output.keepAll = true;
@@ -246,6 +245,7 @@ int RunScore(const ScoreArguments& arguments, Console& console)
 {
     ScoringOptions options;
     options.output = OutputOf(arguments);
+    options.results.predictionOnly = arguments.predictionOnly;
     return RunTable(arguments, std::move(options), console);
 }
 

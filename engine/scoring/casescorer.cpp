@@ -1,27 +1,11 @@
 #include "engine/scoring/casescorer.h"
 
-#include "engine/documents/loadedmodel.h"
-#include "engine/documents/outputfield.h"
-#include "engine/scoring/curveshaper.h"
 #include "host/model/scoremodel.h"
 #include "host/model/scoreresult.h"
 #include "host/model/scoringstate.h"
 #include "host/variables/scoredictvar.h"
 
 namespace MCVelscore_850 {
-
-CaseScorer::CaseScorer(LoadedModel& model, std::span<const std::string> header,
-                       const std::string& tableName, char decimal,
-                       const std::vector<std::string>& missingTexts, Answer answer)
-    : CaseScorer(
-          model.Model(),
-          answer == Answer::Curve ? CurveShaper::Needs(model.Description()) : model.Description(),
-          model.Treatments(), header, tableName,
-          CaseOptions{
-              decimal, model.Substitutes(), missingTexts,
-              model.Output() == nullptr ? std::vector<std::string>() : model.Output()->inputs,
-              model.ListedByCells()})
-{}
 
 CaseScorer::CaseScorer(const ScoreModel& model, const ModelDescription& description,
                        const std::vector<MiningFieldTreatment>& treatments,
@@ -39,9 +23,9 @@ CaseScorer::CaseScorer(const ScoreModel& model, const ModelDescription& descript
 
 CaseScorer::~CaseScorer() = default;
 
-CaseStatus CaseScorer::Score(std::span<const std::string_view> fields)
+CaseStatus CaseScorer::Score(const ColumnBlock& block, size_t row)
 {
-    const CaseStatus prepared = Prepare(fields);
+    const CaseStatus prepared = Prepare(block, row);
     if (!prepared.IsOK()) return prepared;
     // The model may replace the result by one of its own making.
     ScoreResult* result = result_.release();
@@ -56,29 +40,31 @@ CaseStatus CaseScorer::Score(std::span<const std::string_view> fields)
     if (result_ == nullptr && status.IsOK()) {  // a plug-in's slip: nothing to show
         return {MCScore::kCaseNotScorable};
     }
-    return StatusOf(status, fields);
+    return StatusOf(status, block, row);
 }
 
-CaseStatus CaseScorer::DrawCurve(std::span<const std::string_view> fields)
+CaseStatus CaseScorer::DrawCurve(const ColumnBlock& block, size_t row)
 {
-    const CaseStatus prepared = Prepare(fields);
+    const CaseStatus prepared = Prepare(block, row);
     if (!prepared.IsOK()) return prepared;
-    return StatusOf(model_.CurveRow(*state_, &Record(), true, curve_), fields);
+    return StatusOf(model_.CurveRow(*state_, &Record(), true, curve_), block, row);
 }
 
-CaseStatus CaseScorer::Prepare(std::span<const std::string_view> fields)
+double CaseScorer::LinearPredictor() const { return state_->linearPredictor; }
+
+CaseStatus CaseScorer::Prepare(const ColumnBlock& block, size_t row)
 {
-    const CaseStatus prepared = preparer_.Prepare(fields);
+    const CaseStatus prepared = preparer_.Prepare(block, row);
     if (!prepared.IsOK() || uncheckedOffset_ == nullptr) return prepared;
     if (uncheckedOffset_->Accepts(Record().GetValue(offsetPosition_))) return prepared;
-    return preparer_.Refusal(MCScore::kCaseNotScorable, uncheckedOffset_, fields);
+    return preparer_.Refusal(MCScore::kCaseNotScorable, uncheckedOffset_, block, row);
 }
 
-CaseStatus CaseScorer::StatusOf(const MCScore::MCStatus& status,
-                                std::span<const std::string_view> fields) const
+CaseStatus CaseScorer::StatusOf(const MCScore::MCStatus& status, const ColumnBlock& block,
+                                size_t row)
 {
     if (status.IsOK()) return {};
-    return preparer_.Refusal(status.GetErrorCode(), state_->failedVar, fields);
+    return preparer_.Refusal(status.GetErrorCode(), state_->failedVar, block, row);
 }
 
 }  // namespace MCVelscore_850

@@ -4,7 +4,6 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "engine/scoring/casepreparer.h"
@@ -13,26 +12,19 @@
 
 namespace MCVelscore_850 {
 
-class LoadedModel;
 class ScoreResult;
 class ScoringState;
 
-/// Takes the rows of a table through a model: each becomes a case, then a score or a curve, or the
-/// reason why it has none. Whatever scores, verifies or draws curves does it here. The result
+/// Takes rows of a table through a model one by one: each becomes a case, then a score or a curve,
+/// or the reason why it has none. The part of a TableScorer that any row may take. The result
 /// object is kept from case to case.
 ///
 /// Errors  what CasePreparer refuses, from the constructor. A row that can't be scored answers its
 ///         code with the field at fault and what stood in it, as far as a single field is.
 /// Owner   the model outlives the scorer.
+/// Threads one; the model is only read.
 class CaseScorer {
 public:
-    enum class Answer { Score, Curve };
-
-    /// The case options but for the table's own, `decimal` and `missingTexts`, follow from the
-    /// model and its policy. A table for curves needs no end time.
-    CaseScorer(LoadedModel& model, std::span<const std::string> header,
-               const std::string& tableName, char decimal = '.',
-               const std::vector<std::string>& missingTexts = {}, Answer answer = Answer::Score);
     CaseScorer(const ScoreModel& model, const ModelDescription& description,
                const std::vector<MiningFieldTreatment>& treatments,
                std::span<const std::string> header, const std::string& tableName,
@@ -40,20 +32,22 @@ public:
     ~CaseScorer();
 
     /// Result() is the row's when this answers OK.
-    CaseStatus Score(std::span<const std::string_view> fields);
+    CaseStatus Score(const ColumnBlock& block, size_t row);
     /// Curve() is the row's when this answers OK.
-    CaseStatus DrawCurve(std::span<const std::string_view> fields);
+    CaseStatus DrawCurve(const ColumnBlock& block, size_t row);
 
     const ScoreResult& Result() const { return *result_; }
+    /// The system-missing number where the model has not one equation.
+    double LinearPredictor() const;
     const std::vector<SurvivalPoint>& Curve() const { return curve_; }
     const CaseRecord& Record() const { return preparer_.Record(); }
+    CasePreparer& Preparer() { return preparer_; }
     const CasePreparer& Preparer() const { return preparer_; }
 
 private:
-    CaseStatus Prepare(std::span<const std::string_view> fields);
+    CaseStatus Prepare(const ColumnBlock& block, size_t row);
     /// What the model answered, as the row's status.
-    CaseStatus StatusOf(const MCScore::MCStatus& status,
-                        std::span<const std::string_view> fields) const;
+    CaseStatus StatusOf(const MCScore::MCStatus& status, const ColumnBlock& block, size_t row);
 
     const ScoreModel& model_;
     std::unique_ptr<ScoringState> state_;

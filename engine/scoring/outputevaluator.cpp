@@ -3,6 +3,7 @@
 #include <cmath>
 #include <unordered_map>
 
+#include "engine/scoring/resultschema.h"
 #include "host/expressions/transformvar.h"
 #include "host/model/modeldescription.h"
 #include "host/model/scoremodel.h"
@@ -54,12 +55,10 @@ void SetProbability(OutputCell& cell, const ScoreResult& result, const std::stri
     }
 }
 
-// A limit of a result, system-missing when it is none. A limit without a mean may come multiplied
-// by a number of trials, so whatever is as large as the system-missing number is none.
-double ExistingLimit(double limit)
+double ExistingNumber(ResultQuantity quantity, bool lacks, double number)
 {
-    const double none = NumericValue::GetSysmisValue();
-    return std::fabs(limit) < std::fabs(none) ? limit : none;
+    return !lacks && ResultSchema::Exists(quantity, number) ? number
+                                                            : NumericValue::GetSysmisValue();
 }
 
 }  // namespace
@@ -72,19 +71,17 @@ ErrorAndLimits::ErrorAndLimits(const ModelDescription& description)
 
 double ErrorAndLimits::StdDev(const LRResult& result) const
 {
-    // -1 is what a result holds that no standard error was written into.
-    const bool none = lacksStdDev_ || result.GetStdDev() < 0.0;
-    return none ? NumericValue::GetSysmisValue() : result.GetStdDev();
+    return ExistingNumber(ResultQuantity::StdDev, lacksStdDev_, result.GetStdDev());
 }
 
 double ErrorAndLimits::Lower(const LRResult& result) const
 {
-    return lacksLower_ ? NumericValue::GetSysmisValue() : ExistingLimit(result.GetCIBottom());
+    return ExistingNumber(ResultQuantity::CILower, lacksLower_, result.GetCIBottom());
 }
 
 double ErrorAndLimits::Upper(const LRResult& result) const
 {
-    return lacksUpper_ ? NumericValue::GetSysmisValue() : ExistingLimit(result.GetCITop());
+    return ExistingNumber(ResultQuantity::CIUpper, lacksUpper_, result.GetCITop());
 }
 
 void OutputCell::SetNumber(double value)

@@ -18,17 +18,17 @@ int64_t ScoringReport::NotScoredCount() const
     return count;
 }
 
-ScoringSession::ScoringSession(LoadedModel& model, ByteSource& source,
+ScoringSession::ScoringSession(const LoadedModel& model, ByteSource& source,
                                const ScoringOptions& options, const StopFlag* stop)
     : reader_(source, options.dialect.delimiter),
-      scorer_(model, reader_.Header(), source.Name(), options.dialect.decimal, options.missingTexts,
-              options.curves ? CaseScorer::Answer::Curve : CaseScorer::Answer::Score),
+      scorer_(model, reader_.Header(), source.Name(),
+              {options.dialect.decimal, options.missingTexts, options.results, options.curves}),
       fields_(model.Output() == nullptr ? nullptr
                                         : std::make_unique<OutputEvaluator>(
                                               *model.Output(), model.Model(), model.Description())),
-      shaper_(
-          model.Description(), reader_.Header(), source.Name(), options.output,
-          DocumentOutput{TargetOf(model.Model().GetTargetVar()), fields_.get(), model.Output()}),
+      shaper_(scorer_.Schema(), reader_.Header(), source.Name(), options.output, model.Output()),
+      rows_(reader_.Header().size()),
+      results_(scorer_.Schema()),
       stop_(stop),
       curves_(options.curves)
 {}
@@ -48,7 +48,7 @@ void ScoringSession::Run(CsvWriter& writer, const Progress& progress)
         } else {
             shaper_.WriteHeader(writer);
         }
-        ScoreRows(writer, progress);
+        ScoreTable(writer, progress);
         writer.Flush();
     } catch (const Failure& failure) {
         if (failure.Kind() != FailureKind::Output) writer.Flush();
@@ -61,56 +61,77 @@ void ScoringSession::Run(CsvWriter& writer, const Progress& progress)
     settle();
 }
 
-void ScoringSession::ScoreRows(CsvWriter& writer, const Progress& progress)
+void ScoringSession::ScoreTable(CsvWriter& writer, const Progress& progress)
 {
-    std::span<const std::string_view> fields;
-    for (;;) {
+    while (!IsStopped() && !writer.IsClosed()) {
         try {
-            if (!reader_.Next(fields)) break;
+            if (reader_.NextRows(TableScorer::kRows, texts_) == 0) break;
         } catch (const Failure&) {
             if (!IsStopped()) throw;  // an interrupted read can end inside a quote
             break;
         }
         // After a stop the last row may be half of one.
-        if (IsStopped()) break;
-        ScoreRow(writer, fields);
-        if (writer.IsClosed()) return;
-        if (progress && reader_.RowNumber() % kProgressRows == 0) progress(reader_.BytesRead());
+        if (!IsStopped()) ScoreBlock(rows_.Block(texts_), writer, progress);
     }
-    report_.interrupted = IsStopped();
+    report_.interrupted = IsStopped() && !writer.IsClosed();
 }
 
-void ScoringSession::ScoreRow(CsvWriter& writer, std::span<const std::string_view> fields)
-{
-    const CaseStatus status = curves_ ? scorer_.DrawCurve(fields) : scorer_.Score(fields);
-    if (!status.IsOK()) {
-        Note(status);
-        WriteNotScored(writer, fields, status);
-        return;
-    }
-    if (curves_) {
-        CurveShaper::WriteCurve(writer, reader_.RowNumber(), scorer_.Curve());
-    } else {
-        shaper_.WriteScored(writer, fields, scorer_.Record(), scorer_.Result());
-    }
-    ++report_.scored;
-}
-
-void ScoringSession::WriteNotScored(CsvWriter& writer, std::span<const std::string_view> fields,
-                                    const CaseStatus& status)
+void ScoringSession::ScoreBlock(const ColumnBlock& block, CsvWriter& writer,
+                                const Progress& progress)
 {
     if (curves_) {
-        CurveShaper::WriteNoCurve(writer, reader_.RowNumber());
+        scorer_.VisitCurves(block, [&](size_t row, const CaseStatus& status, const auto& curve) {
+            CurveShaper::WriteCurve(writer, RowNumber(row), curve);
+            return EndRow(row, status, writer, progress);
+        });
+    } else if (fields_ != nullptr) {
+        scorer_.VisitCases(block, [&](size_t row, const CaseStatus& status, const auto& record,
+                                      const ScoreResult* result) {
+            shaper_.WriteRow(writer, Fields(row),
+                             result == nullptr ? fields_->EvaluateDefaults()
+                                               : fields_->Evaluate(record, *result),
+                             status);
+            return EndRow(row, status, writer, progress);
+        });
     } else {
-        shaper_.WriteNotScored(writer, fields, status.code, status.FieldName());
+        scorer_.Score(block, results_);
+        for (size_t row = 0; row < block.rows; ++row) {
+            shaper_.WriteRow(writer, Fields(row), results_, row);
+            if (!EndRow(row, results_.StatusOf(row), writer, progress)) break;
+        }
     }
 }
 
-void ScoringSession::Note(const CaseStatus& status)
+bool ScoringSession::EndRow(size_t row, const CaseStatus& status, const CsvWriter& writer,
+                            const Progress& progress)
+{
+    if (status.IsOK()) {
+        ++report_.scored;
+    } else {
+        Note(row, status);
+    }
+    if (writer.IsClosed()) return false;
+    if (progress && RowNumber(row) % kProgressRows == 0) progress(reader_.BytesRead());
+    return !IsStopped();
+}
+
+std::span<const std::string_view> ScoringSession::Fields(size_t row) const
+{
+    const size_t columns = reader_.Header().size();
+    return texts_.subspan(row * columns, columns);
+}
+
+int64_t ScoringSession::RowNumber(size_t row) const
+{
+    const size_t rows = texts_.size() / reader_.Header().size();
+    return reader_.RowNumber() - static_cast<int64_t>(rows - row) + 1;
+}
+
+void ScoringSession::Note(size_t row, const CaseStatus& status)
 {
     NotScored& cases = report_.notScored[status.code];
     if (++cases.count > 1) return;
-    cases.row = reader_.RowNumber();
+    cases.row = RowNumber(row);
     cases.field = status.FieldName();
     cases.text = status.text;
 }

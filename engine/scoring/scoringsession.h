@@ -10,10 +10,11 @@
 #include <vector>
 
 #include "engine/documents/loadedmodel.h"
-#include "engine/scoring/casescorer.h"
 #include "engine/scoring/outputevaluator.h"
 #include "engine/scoring/outputshaper.h"
+#include "engine/scoring/tablescorer.h"
 #include "engine/tables/bytesource.h"
+#include "engine/tables/columnblock.h"
 #include "engine/tables/csvreader.h"
 #include "engine/tables/csvwriter.h"
 
@@ -29,8 +30,9 @@ struct ScoringOptions {
     TableDialect dialect;
     std::vector<std::string> missingTexts;
     OutputOptions output;
+    ResultOptions results;
     /// Survival curves in place of scores, of a model that has them (CurveShaper::Suits); nothing
-    /// of `output` is heeded then, and the table needs no end time.
+    /// of `output` and `results` is heeded then, and the table needs no end time.
     bool curves = false;
 };
 
@@ -55,7 +57,8 @@ struct ScoringReport {
     int64_t NotScoredCount() const;
 };
 
-/// Scores a table through a model, row by row in constant memory, on one thread.
+/// Scores a table through a model, block by block in constant memory, on one thread. A block has
+/// the rows that can be had without waiting, so that a slow pipe delays none.
 ///
 /// Order   the constructor reads the header and binds the columns, so what can't be scored at all
 ///         is refused before any output file is touched; Run() once. It writes everything out, but
@@ -68,7 +71,7 @@ public:
     /// Called now and then with the bytes read so far.
     using Progress = std::function<void(uint64_t)>;
 
-    ScoringSession(LoadedModel& model, ByteSource& source, const ScoringOptions& options,
+    ScoringSession(const LoadedModel& model, ByteSource& source, const ScoringOptions& options,
                    const StopFlag* stop = nullptr);
     ~ScoringSession();
 
@@ -77,16 +80,22 @@ public:
 
 private:
     bool IsStopped() const { return stop_ != nullptr && stop_->load(std::memory_order_relaxed); }
-    void ScoreRows(CsvWriter& writer, const Progress& progress);
-    void ScoreRow(CsvWriter& writer, std::span<const std::string_view> fields);
-    void WriteNotScored(CsvWriter& writer, std::span<const std::string_view> fields,
-                        const CaseStatus& status);
-    void Note(const CaseStatus& status);
+    void ScoreTable(CsvWriter& writer, const Progress& progress);
+    void ScoreBlock(const ColumnBlock& block, CsvWriter& writer, const Progress& progress);
+    /// Ends a row; false when it was the last one that is wanted.
+    bool EndRow(size_t row, const CaseStatus& status, const CsvWriter& writer,
+                const Progress& progress);
+    std::span<const std::string_view> Fields(size_t row) const;
+    int64_t RowNumber(size_t row) const;
+    void Note(size_t row, const CaseStatus& status);
 
     CsvReader reader_;
-    CaseScorer scorer_;
+    TableScorer scorer_;
     std::unique_ptr<OutputEvaluator> fields_;  ///< of the document's Output section, when asked for
     OutputShaper shaper_;
+    TextRows rows_;
+    std::span<const std::string_view> texts_;  ///< of the block at hand
+    ResultBlock results_;
     const StopFlag* stop_;
     bool curves_;
     ScoringReport report_;

@@ -9,9 +9,10 @@
 #include "engine/documents/loadedmodel.h"
 #include "engine/documents/outputfield.h"
 #include "engine/messages/failure.h"
-#include "engine/scoring/casescorer.h"
 #include "engine/scoring/outputevaluator.h"
+#include "engine/scoring/tablescorer.h"
 #include "engine/tables/bytesource.h"
+#include "engine/tables/columnblock.h"
 #include "engine/tables/csvreader.h"
 #include "host/messages/messages.h"
 #include "host/messages/vsexception.h"
@@ -66,34 +67,31 @@ bool Agrees(const OutputCell& found, const std::string& expected,
            AgreesWith(found.number, number, field);
 }
 
-// Scores records one by one, keeping what the model and the output fields made of the last one.
-class RecordScorer {
+// What the model and the output fields make of a case.
+class CaseValues {
 public:
-    RecordScorer(LoadedModel& model, CaseScorer& scorer)
-        : scorer_(scorer), target_(TargetOf(model.Model().GetTargetVar()))
+    explicit CaseValues(const LoadedModel& model) : target_(TargetOf(model.Model().GetTargetVar()))
     {
         if (model.Output() != nullptr) {
             output_.emplace(*model.Output(), model.Model(), model.Description());
         }
     }
 
-    CaseStatus Score(std::span<const std::string_view> fields)
+    /// `result` is null for a case without a score.
+    void Take(const CaseRecord& record, const ScoreResult* result)
     {
-        const CaseStatus status = scorer_.Score(fields);
         predicted_.SetMissing();
-        if (status.IsOK()) {
-            if (output_) cells_ = output_->Evaluate(scorer_.Record(), scorer_.Result());
-            predicted_ = PredictedValue(scorer_.Result(), target_);
+        if (result != nullptr) {
+            if (output_) cells_ = output_->Evaluate(record, *result);
+            predicted_ = PredictedValue(*result, target_);
         } else if (output_) {
             cells_ = output_->EvaluateDefaults();
         }
-        return status;
     }
     const OutputCell& Predicted() const { return predicted_; }
     std::span<const OutputCell> OutputCells() const { return cells_; }
 
 private:
-    CaseScorer& scorer_;
     const TargetDeclaration* target_;
     std::optional<OutputEvaluator> output_;
     std::span<const OutputCell> cells_;
@@ -116,48 +114,57 @@ bool AgreesWith(double found, double expected, const VerificationTable::Field& f
     return std::fabs(found - expected) <= field.precision * std::fabs(expected);
 }
 
-VerificationReport Verify(LoadedModel& model, const VerificationTable& table)
+VerificationReport Verify(const LoadedModel& model, const VerificationTable& table)
 {
     const std::vector<Comparison> comparisons = ComparisonsOf(model, table);
     std::vector<std::string> header;
     for (const auto& field : table.fields) header.push_back(field.name);
-    CaseScorer cases(model, header, "ModelVerification");
-    RecordScorer scorer(model, cases);
+    TableScorer scorer(model, header, "ModelVerification");
+    CaseValues values(model);
+    TextRows rows(header.size());
 
     VerificationReport report;
     std::vector<std::string_view> fields(header.size());
     for (const std::vector<std::string>& record : table.records) {
         ++report.records;
         std::copy(record.begin(), record.end(), fields.begin());
-        const CaseStatus status = scorer.Score(fields);
-        for (const Comparison& comparison : comparisons) {
-            ++report.compared;
-            const VerificationTable::Field& field = table.fields[comparison.column];
-            const std::string& expected = record[comparison.column];
-            const OutputCell& found = comparison.outputField
-                                          ? scorer.OutputCells()[*comparison.outputField]
-                                          : scorer.Predicted();
-            if (Agrees(found, expected, field)) continue;
-            report.differences.push_back(
-                {report.records, field.name, expected, TextOf(found), field.precision, status.code,
-                 std::string(status.FieldName()), std::optional<std::string>(status.text)});
-        }
+        const auto compare = [&](size_t, const CaseStatus& status, const CaseRecord& caseRecord,
+                                 const ScoreResult* result) {
+            values.Take(caseRecord, result);
+            for (const Comparison& comparison : comparisons) {
+                ++report.compared;
+                const VerificationTable::Field& field = table.fields[comparison.column];
+                const std::string& expected = record[comparison.column];
+                const OutputCell& found = comparison.outputField
+                                              ? values.OutputCells()[*comparison.outputField]
+                                              : values.Predicted();
+                if (Agrees(found, expected, field)) continue;
+                report.differences.push_back({report.records, field.name, expected, TextOf(found),
+                                              field.precision, status.code,
+                                              std::string(status.FieldName()),
+                                              std::optional<std::string>(status.text)});
+            }
+            return true;
+        };
+        scorer.VisitCases(rows.Block(fields), compare);
     }
     return report;
 }
 
-MadeVerification MakeVerification(LoadedModel& model, ByteSource& cases,
+MadeVerification MakeVerification(const LoadedModel& model, ByteSource& cases,
                                   const VerificationOptions& options)
 {
     constexpr double kPrecision = 1e-9;
     CsvReader reader(cases, options.delimiter);
-    CaseScorer rows(model, reader.Header(), cases.Name(), options.decimal, options.missingTexts);
-    RecordScorer scorer(model, rows);
+    TableScorer scorer(model, reader.Header(), cases.Name(),
+                       {.decimal = options.decimal, .missingTexts = options.missingTexts});
+    CaseValues values(model);
+    TextRows rows(reader.Header().size());
     MadeVerification made;
     const ScoreDictVar* target = model.Model().GetTargetVar();
     // A residual reads the target's column; the records have the predicted value under that name.
     std::vector<size_t> inputs;
-    const std::vector<std::string> names = rows.Preparer().InputNames();
+    const std::vector<std::string> names = scorer.Preparer().InputNames();
     for (size_t i = 0; i < names.size(); ++i) {
         if (target != nullptr && names[i] == target->GetName()) continue;
         inputs.push_back(i);
@@ -173,22 +180,30 @@ MadeVerification MakeVerification(LoadedModel& model, ByteSource& cases,
             made.table.fields.push_back({fields[i].name, kPrecision});
         }
     }
-    std::span<const std::string_view> fields;
-    while (reader.Next(fields)) {
-        if (!scorer.Score(fields).IsOK()) {
+    ColumnBlock block;
+    const auto take = [&](size_t row, const CaseStatus& status, const CaseRecord& caseRecord,
+                          const ScoreResult* result) {
+        if (!status.IsOK()) {
             ++made.leftOut;
-            continue;
+            return true;
         }
+        values.Take(caseRecord, result);
         if (static_cast<int64_t>(made.table.records.size()) == kMostRecords) {
             throw Failure(FailureKind::Cases, kTooManyRecords,
                           {cases.Name(), std::to_string(kMostRecords)});
         }
-        std::vector<std::string> texts = rows.Preparer().InputTexts(fields);
+        std::vector<std::string> texts = scorer.Preparer().InputTexts(block, row);
         std::vector<std::string> record;
         for (const size_t i : inputs) record.push_back(std::move(texts[i]));
-        if (target != nullptr) record.push_back(TextOf(scorer.Predicted()));
-        for (const size_t i : outputs) record.push_back(TextOf(scorer.OutputCells()[i]));
+        if (target != nullptr) record.push_back(TextOf(values.Predicted()));
+        for (const size_t i : outputs) record.push_back(TextOf(values.OutputCells()[i]));
         made.table.records.push_back(std::move(record));
+        return true;
+    };
+    std::span<const std::string_view> fields;
+    while (reader.NextRows(TableScorer::kRows, fields) > 0) {
+        block = rows.Block(fields);
+        scorer.VisitCases(block, take);
     }
     return made;
 }

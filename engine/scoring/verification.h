@@ -40,7 +40,7 @@ bool AgreesWith(double found, double expected, const VerificationTable::Field& f
 ///
 /// Errors  Failure of kind Document: kVerificationField for a field that is none of them; what
 ///         CasePreparer refuses of a table that lacks inputs.
-VerificationReport Verify(LoadedModel& model, const VerificationTable& table);
+VerificationReport Verify(const LoadedModel& model, const VerificationTable& table);
 
 /// Cases as records, with what the model makes of them: the inputs of the model and of the output
 /// fields, the predicted value of the target, and the output fields but for residuals, which need
@@ -61,7 +61,7 @@ struct VerificationOptions {
 inline constexpr int64_t kMostRecords = 10000;
 
 /// Errors  what CsvReader and CasePreparer refuse; kTooManyRecords (cases).
-MadeVerification MakeVerification(LoadedModel& model, ByteSource& cases,
+MadeVerification MakeVerification(const LoadedModel& model, ByteSource& cases,
                                   const VerificationOptions& options);
 
 }  // namespace MCVelscore_850

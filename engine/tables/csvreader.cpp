@@ -57,7 +57,29 @@ CsvReader::CsvReader(ByteSource& source, char delimiter)
 
 CsvReader::~CsvReader() = default;
 
-bool CsvReader::Next(std::span<const std::string_view>& fields)
+bool CsvReader::Next(std::span<const std::string_view>& fields) { return NextRows(1, fields) == 1; }
+
+size_t CsvReader::NextRows(size_t most, std::span<const std::string_view>& fields)
+{
+    const size_t columns = header_.size();
+    size_t rows = 0;
+    // A row that is at fault waits for a call of its own: those before it are delivered first.
+    while (rows < most &&
+           (rows == 0 || (nextLine_ < lines_.size() && IsSoundRow(lines_[nextLine_])))) {
+        if (rowFields_.size() < (rows + 1) * columns) rowFields_.resize((rows + 1) * columns);
+        if (!NextRow(rows * columns)) break;
+        ++rows;
+    }
+    fields = std::span(rowFields_).first(rows * columns);
+    return rows;
+}
+
+bool CsvReader::IsSoundRow(const Line& line) const
+{
+    return line.found == header_.size() || (line.found == 0 && header_.size() == 1);
+}
+
+bool CsvReader::NextRow(size_t place)
 {
     Line line{};
     for (;;) {
@@ -71,19 +93,16 @@ bool CsvReader::Next(std::span<const std::string_view>& fields)
             Fail(kRowLength, {std::to_string(row_ + 1), "0", std::to_string(header_.size())});
         }
         ++row_;
-        if (line.found == 0) {
-            rowFields_[0] = {};
-        } else if (line.found != header_.size()) {
+        if (!IsSoundRow(line)) {
             Fail(kRowLength, {std::to_string(row_), std::to_string(line.found),
                               std::to_string(header_.size())});
-        } else {
-            const Field* field = &fields_[line.firstField];
-            for (std::string_view& view : rowFields_) {
-                view = std::string_view(text_.data() + field->begin, field->end - field->begin);
-                ++field;
-            }
         }
-        fields = rowFields_;
+        std::string_view* view = &rowFields_[place];
+        if (line.found == 0) *view = {};
+        for (uint64_t i = 0; i < line.found; ++i) {
+            const Field& field = fields_[line.firstField + i];
+            view[i] = std::string_view(text_.data() + field.begin, field.end - field.begin);
+        }
         return true;
     }
 }
@@ -96,7 +115,6 @@ void CsvReader::ReadHeader()
         const Field& field = fields_[line.firstField + i];
         header_.emplace_back(text_, field.begin, field.end - field.begin);
     }
-    rowFields_.resize(header_.size());
 }
 
 bool CsvReader::NextLine(Line& line)

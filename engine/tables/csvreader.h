@@ -43,8 +43,11 @@ public:
     /// The fields of the next row, as many as the header has; they stand until the next call.
     /// False at the end.
     bool Next(std::span<const std::string_view>& fields);
+    /// As many further rows as can be had without waiting for more than one, at most `most`: their
+    /// fields row by row, which stand until the next call. Answers their number, 0 at the end.
+    size_t NextRows(size_t most, std::span<const std::string_view>& fields);
 
-    /// The number of the row that Next() delivered last, 0 before the first.
+    /// The number of the row that was delivered last, 0 before the first.
     int64_t RowNumber() const { return row_; }
     uint64_t BytesRead() const { return bytesRead_; }
 
@@ -64,6 +67,9 @@ private:
         uint64_t found;
     };
 
+    /// Delivers the next row into the fields from `place` on.
+    bool NextRow(size_t place);
+    bool IsSoundRow(const Line& line) const;
     bool NextLine(Line& line);
     void FillBatch();
     void FinishTable();
@@ -102,7 +108,7 @@ private:
     int64_t linesParsed_ = 0;
 
     std::vector<std::string> header_;
-    std::vector<std::string_view> rowFields_;
+    std::vector<std::string_view> rowFields_;  // of the rows that were delivered last
     int64_t row_ = 0;
     int64_t blankLines_ = 0;  // blank lines since the last row of a wide table
 };

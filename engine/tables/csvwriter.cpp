@@ -14,8 +14,10 @@ constexpr size_t kFlushAt = size_t{1} << 16;
 }  // namespace
 
 CsvWriter::CsvWriter(const std::string& path, char delimiter, char decimal)
-    : file_(path), delimiter_(delimiter), decimal_(decimal), special_{delimiter, '"', '\r', '\n'}
+    : file_(path), delimiter_(delimiter), decimal_(decimal)
 {
+    for (const char c : {delimiter, '"', '\r', '\n'})
+        special_[static_cast<unsigned char>(c)] = true;
     buffer_.reserve(kFlushAt + kFlushAt / 4);
 }
 

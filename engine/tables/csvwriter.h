@@ -1,6 +1,7 @@
 #ifndef VELSCORE_ENGINE_TABLES_CSVWRITER_H
 #define VELSCORE_ENGINE_TABLES_CSVWRITER_H
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -28,11 +29,10 @@ public:
     void AddText(std::string_view text)
     {
         Separate();
-        if (text.find_first_of(special_) == std::string_view::npos) {
-            buffer_.append(text);
-        } else {
-            AddQuoted(text);
+        for (const char c : text) {
+            if (special_[static_cast<unsigned char>(c)]) return AddQuoted(text);
         }
+        buffer_.append(text);
     }
     void AddNumber(double number);
     void AddEmpty() { Separate(); }
@@ -63,7 +63,7 @@ private:
     OutputFile file_;
     char delimiter_;
     char decimal_;
-    std::string special_;  // what forces quotes
+    std::array<bool, 256> special_{};  // by byte: it forces quotes
     bool rowHasField_ = false;
     std::string buffer_;
     std::vector<size_t> lineEnds_;  // in the buffer

@@ -15,8 +15,9 @@ namespace MCVelscore_850 {
 inline bool ReadPlainNumber(std::string_view text, char decimal, double& number)
 {
     constexpr size_t kDigits = 15;
-    constexpr double kPowers[kDigits + 1] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                             1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    // Static, or each call would write the table to its stack.
+    static constexpr double kPowers[kDigits + 1] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                    1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
     const char* place = text.data();
     const char* const end = place + text.size();
     const bool negative = place != end && *place == '-';

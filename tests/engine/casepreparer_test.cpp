@@ -10,6 +10,7 @@
 #include "host/values/numericvalue.h"
 #include "host/variables/varstats.h"
 #include "tests/engine/fakemodel.h"
+#include "tests/engine/onerow.h"
 
 namespace MCVelscore_850 {
 namespace {
@@ -25,7 +26,7 @@ protected:
                                                    "cases.csv", std::move(options));
         return *preparer_;
     }
-    CaseStatus Prepare(const Row& row) { return preparer_->Prepare(row); }
+    CaseStatus Prepare(const Row& row) { return preparer_->Prepare(OneRow(row), 0); }
     const ScoreValue& Value(int position) const { return *preparer_->Record().GetValue(position); }
     static void SetLimits(DictVar& var, double low, double high, int treatment)
     {
@@ -550,9 +551,21 @@ TEST_F(ReplacementsOfDerivedTest, ReplacementOfADateCountsFromTheTypesOwnOrigin)
         CasePreparer preparer(model, model.description,
                               {{.name = "day", .missingValueReplacement = "10"}},
                               std::vector<std::string>{"day"}, "cases.csv", {.alsoRead = {"day"}});
-        ASSERT_TRUE(preparer.Prepare(Row{""}).IsOK());
+        ASSERT_TRUE(preparer.Prepare(OneRow(Row{""}), 0).IsOK());
         EXPECT_EQ(preparer.Record().GetValue(0)->GetDouble(), plain) << dateTimeType;
     }
+}
+
+TEST_F(CasePreparerTest, ANumberAfterAReplacedOneIsNotTakenAsItIs)
+{
+    model_.AddNumber("x");
+    model_.description.variables.clear();
+    treatments_ = {{.name = "x", .missingValueReplacement = "10"}};
+    Bind({"x"}, {.alsoRead = {"x"}});
+    ASSERT_TRUE(Prepare({""}).IsOK());
+    EXPECT_TRUE(Value(0).IsTakenAsIs());
+    ASSERT_TRUE(Prepare({"2"}).IsOK());
+    EXPECT_FALSE(Value(0).IsTakenAsIs());
 }
 
 // A model under substitution writes its replacement into the record's own object.

@@ -7,6 +7,7 @@
 #include "host/values/numericvalue.h"
 #include "models/clrresult.h"
 #include "tests/engine/fakemodel.h"
+#include "tests/engine/onerow.h"
 
 namespace MCVelscore_850 {
 namespace {
@@ -45,11 +46,11 @@ TEST_F(CaseScorerTest, AnOkWithoutAResultIsNoScore)
 {
     model_.AddNumber("x");
     CaseScorer scorer = Scorer({"x"});
-    EXPECT_TRUE(scorer.Score(Row{"1"}).IsOK());
+    EXPECT_TRUE(scorer.Score(OneRow(Row{"1"}), 0).IsOK());
     model_.makesResult = false;
-    EXPECT_EQ(scorer.Score(Row{"1"}).code, MCScore::kCaseNotScorable);
+    EXPECT_EQ(scorer.Score(OneRow(Row{"1"}), 0).code, MCScore::kCaseNotScorable);
     model_.makesResult = true;
-    EXPECT_TRUE(scorer.Score(Row{"1"}).IsOK());
+    EXPECT_TRUE(scorer.Score(OneRow(Row{"1"}), 0).IsOK());
     EXPECT_EQ(scorer.Result().GetScoreResultType(), ScoreResult::CLR_RESULT);
 }
 
@@ -59,12 +60,12 @@ TEST_F(CaseScorerTest, ARefusalNamesTheColumnOfTheFailedVariableAndItsText)
     model_.failed = &model_.AddText("sex", {"f", "m"});
     model_.status = MCScore::MCStatus(MCScore::kFactorOutsideContrasts, false);
     CaseScorer scorer = Scorer({"sex", "id", "x"});
-    const CaseStatus status = scorer.Score(Row{"m", "7", "1"});
+    const CaseStatus status = scorer.Score(OneRow(Row{"m", "7", "1"}), 0);
     EXPECT_EQ(status.code, MCScore::kFactorOutsideContrasts);
     EXPECT_EQ(status.FieldName(), "sex");
     EXPECT_EQ(status.text, "m");
     model_.failed = nullptr;
-    const CaseStatus blameless = scorer.Score(Row{"m", "7", "1"});
+    const CaseStatus blameless = scorer.Score(OneRow(Row{"m", "7", "1"}), 0);
     EXPECT_EQ(blameless.FieldName(), "");
     EXPECT_FALSE(blameless.text.has_value());
 }
@@ -75,17 +76,17 @@ TEST_F(CaseScorerTest, AnOffsetThatTheModelTakesUncheckedIsCheckedBeforeIt)
     offset.DeclareMissingRange(90.0, 99.0);
     model_.description.uncheckedOffset = "o";
     CaseScorer scorer = Scorer({"o"});
-    EXPECT_TRUE(scorer.Score(Row{"1"}).IsOK());
+    EXPECT_TRUE(scorer.Score(OneRow(Row{"1"}), 0).IsOK());
     EXPECT_EQ(model_.asked, 1);
     for (const char* text : {"", "NA", "95"}) {
-        const CaseStatus status = scorer.Score(Row{text});
+        const CaseStatus status = scorer.Score(OneRow(Row{text}), 0);
         EXPECT_EQ(status.code, MCScore::kCaseNotScorable);
         EXPECT_EQ(status.FieldName(), "o");
         EXPECT_EQ(status.text, text);
     }
     EXPECT_EQ(model_.asked, 1);
     model_.description.uncheckedOffset.clear();
-    EXPECT_TRUE(Scorer({"o"}).Score(Row{""}).IsOK());
+    EXPECT_TRUE(Scorer({"o"}).Score(OneRow(Row{""}), 0).IsOK());
 }
 
 }  // namespace

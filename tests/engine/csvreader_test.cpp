@@ -425,5 +425,55 @@ TEST(InputFile, DirectoryAndMissingFileAreRefused)
     EXPECT_THROW(directory.Read(&byte, 1), Failure);
 }
 
+// Blocks of rows, each as "row|row", and the code of the failure after them.
+std::pair<Row, int> ReadBlocks(const std::string& text, size_t most, size_t piece = 1 << 16)
+{
+    std::pair<Row, int> read;
+    TextSource source(text, piece);
+    CsvReader reader(source);
+    std::span<const std::string_view> fields;
+    try {
+        int64_t rows = 0;
+        while (const size_t count = reader.NextRows(most, fields)) {
+            rows += static_cast<int64_t>(count);
+            EXPECT_EQ(reader.RowNumber(), rows);
+            EXPECT_EQ(fields.size(), count * reader.Header().size());
+            std::string block;
+            for (size_t i = 0; i < fields.size(); ++i) {
+                if (i > 0) block += i % reader.Header().size() == 0 ? '|' : ',';
+                block += fields[i];
+            }
+            read.first.push_back(std::move(block));
+        }
+    } catch (const Failure& failure) {
+        read.second = failure.Code();
+    }
+    return read;
+}
+
+TEST(CsvReaderRows, ComeAsManyAsAreWanted)
+{
+    const std::string text = "a,b\n1,2\n3,4\n5,\n7,8\n,\n";
+    EXPECT_EQ(ReadBlocks(text, 2).first, (Row{"1,2|3,4", "5,|7,8", ","}));
+    EXPECT_EQ(ReadBlocks(text, 100).first, (Row{"1,2|3,4|5,|7,8|,"}));
+    EXPECT_EQ(ReadBlocks("a\n1\n\n3\n", 100).first, (Row{"1||3"}));
+}
+
+TEST(CsvReaderRows, WaitForNoFurtherBytesOnceThereIsOne)
+{
+    // Pieces of 8 bytes: the header and a half, then two rows and a half, and so on.
+    EXPECT_EQ(ReadBlocks("a,b\n1,2\n3,4\n5,6\n7,8\n", 100, 8).first,
+              (Row{"1,2", "3,4|5,6", "7,8"}));
+}
+
+TEST(CsvReaderRows, BeforeAFaultAreDeliveredFirst)
+{
+    EXPECT_EQ(ReadBlocks("a,b\n1,2\n3,4\n5\n7,8\n", 100),
+              (std::pair<Row, int>{{"1,2|3,4"}, kRowLength}));
+    EXPECT_EQ(ReadBlocks("a,b\n1,2\n\n3,4\n", 100), (std::pair<Row, int>{{"1,2"}, kRowLength}));
+    EXPECT_EQ(ReadBlocks("a,b\n1,2\n\n\n", 100), (std::pair<Row, int>{{"1,2"}, 0}));
+    EXPECT_EQ(ReadBlocks("a,b\n1,2\n3,\"4", 100), (std::pair<Row, int>{{"1,2"}, kUnclosedQuote}));
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

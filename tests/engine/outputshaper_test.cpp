@@ -10,11 +10,11 @@
 #include <unistd.h>
 
 #include "engine/messages/failure.h"
+#include "engine/scoring/resultreader.h"
 #include "engine/tables/csvwriter.h"
 #include "host/messages/messages.h"
 #include "host/model/scoremodel.h"
 #include "host/values/stringvalue.h"
-#include "host/variables/caserecord.h"
 #include "models/coxregresult.h"
 #include "models/lrresult.h"
 #include "tests/engine/fakemodel.h"
@@ -33,10 +33,22 @@ protected:
     {}
     ~OutputShaperTest() override { std::remove(file_.c_str()); }
 
-    OutputShaper Shaper(int resultType, OutputOptions options = {}, Names header = {"id", "x", "y"})
+    OutputShaper Shaper(int resultType, OutputOptions options = {}, Names header = {"id", "x", "y"},
+                        ResultOptions results = {})
     {
         description_.resultType = resultType;
-        return OutputShaper(description_, header, "cases.csv", options);
+        schema_ = std::make_unique<ResultSchema>(description_, results);
+        reader_ = std::make_unique<ResultReader>(*schema_, nullptr);
+        return OutputShaper(*schema_, header, "cases.csv", options);
+    }
+    // The row of a scored case, as a scorer puts it into a block.
+    void WriteScored(const OutputShaper& shaper, const Row& fields, const ScoreResult& result)
+    {
+        ResultBlock results(*schema_);
+        results.Begin(1);
+        reader_->Read(result, 0.0, 0, results);
+        results.categories = reader_->Categories();
+        shaper.WriteRow(writer_, fields, results, 0);
     }
     std::string Written()
     {
@@ -50,6 +62,8 @@ protected:
     std::string file_;
     CsvWriter writer_;
     ModelDescription description_;
+    std::unique_ptr<ResultSchema> schema_;
+    std::unique_ptr<ResultReader> reader_;
 };
 
 // A classifying result over fixed percents, in an order of its own.
@@ -101,7 +115,7 @@ TEST_F(OutputShaperTest, PredictionOnlyDropsTheOtherColumns)
     description_.targetCategories = {"b", "a"};
     for (const int type : {ScoreResult::LR_RESULT, ScoreResult::MLR_RESULT, ScoreResult::CLR_RESULT,
                            ScoreResult::COXREG_RESULT}) {
-        EXPECT_EQ(Shaper(type, {.predictionOnly = true}).Columns(),
+        EXPECT_EQ(Shaper(type, {}, {"id"}, {.predictionOnly = true}).Columns(),
                   (Names{"prediction", "status", "status_field"}));
     }
 }
@@ -129,33 +143,33 @@ TEST_F(OutputShaperTest, KeptColumnThatIsNotThereIsWrongUsage)
 
 TEST_F(OutputShaperTest, LinearResultFillsItsColumnsAndKeepsTheInputsText)
 {
-    OutputShaper shaper = Shaper(ScoreResult::LR_RESULT, {.keep = {"id", "x"}});
+    const OutputShaper shaper = Shaper(ScoreResult::LR_RESULT, {.keep = {"id", "x"}});
     LRResult result(nullptr);
     result.SetPrediction(new NumericValue(1.25));
     result.SetStdDev(0.5);
     result.SetCIBottom(-1.0);
     result.SetCITop(3.5);
-    shaper.WriteScored(writer_, Row{"a,1", "01.50", "7"}, CaseRecord({}), result);
+    WriteScored(shaper, Row{"a,1", "01.50", "7"}, result);
     EXPECT_EQ(Written(), "\"a,1\",01.50,1.25,0.5,-1,3.5,0,\n");
 }
 
 TEST_F(OutputShaperTest, WhatIsNoNumberIsAnEmptyField)
 {
     const double none = std::numeric_limits<double>::quiet_NaN();
-    OutputShaper shaper = Shaper(ScoreResult::LR_RESULT);
+    const OutputShaper shaper = Shaper(ScoreResult::LR_RESULT);
     LRResult result(nullptr);
     result.SetPrediction(new NumericValue(none));
     result.SetStdDev(-none);
     result.SetCIBottom(none);
     result.SetCITop(-none);
-    shaper.WriteScored(writer_, Row{"1", "2", "3"}, CaseRecord({}), result);
+    WriteScored(shaper, Row{"1", "2", "3"}, result);
     EXPECT_EQ(Written(), ",,,,0,\n");
 }
 
 // What a model makes of the system-missing limit with 20, with 1 and with -1 trials.
 TEST_F(OutputShaperTest, MissingLimitTimesTrialsIsAnEmptyField)
 {
-    OutputShaper shaper = Shaper(ScoreResult::LR_RESULT);
+    const OutputShaper shaper = Shaper(ScoreResult::LR_RESULT);
     LRResult result(nullptr);
     result.SetPrediction(new NumericValue(3.0));
     result.SetStdDev(0.5);
@@ -163,7 +177,7 @@ TEST_F(OutputShaperTest, MissingLimitTimesTrialsIsAnEmptyField)
     for (const double trials : {20.0, 1.0, -1.0}) {
         result.SetCIBottom(1e300);
         result.SetCITop(NumericValue::GetSysmisValue() * trials);
-        shaper.WriteScored(writer_, Row{"1", "2", "3"}, CaseRecord({}), result);
+        WriteScored(shaper, Row{"1", "2", "3"}, result);
         wanted += "3,0.5,1e+300,,0,\n";
     }
     EXPECT_EQ(Written(), wanted);
@@ -182,51 +196,53 @@ TEST_F(OutputShaperTest, ManyKeptColumnsAreNamedInTheirOrder)
 
 TEST_F(OutputShaperTest, MissingNumbersAreEmptyFields)
 {
-    OutputShaper shaper = Shaper(ScoreResult::LR_RESULT);
+    const OutputShaper shaper = Shaper(ScoreResult::LR_RESULT);
     LRResult result(nullptr);  // no error was written into it: -1, and no limits
     result.SetPrediction(new NumericValue(2.0));
-    shaper.WriteScored(writer_, Row{"1", "2", "3"}, CaseRecord({}), result);
+    WriteScored(shaper, Row{"1", "2", "3"}, result);
     EXPECT_EQ(Written(), "2,,,,0,\n");
 }
 
 TEST_F(OutputShaperTest, NumbersThatTheDocumentCannotGiveAreEmptyFields)
 {
     description_.quantities = {{"prediction", ""}, {"std_dev", "", true}, {"ci_upper", "", true}};
-    OutputShaper shaper = Shaper(ScoreResult::LR_RESULT);
+    const OutputShaper shaper = Shaper(ScoreResult::LR_RESULT);
     LRResult result(nullptr);
     result.SetPrediction(new NumericValue(2.0));
     result.SetStdDev(0.0);
     result.SetCIBottom(2.0);
     result.SetCITop(2.0);
-    shaper.WriteScored(writer_, Row{"1", "2", "3"}, CaseRecord({}), result);
+    WriteScored(shaper, Row{"1", "2", "3"}, result);
     EXPECT_EQ(Written(), "2,,2,,0,\n");
 }
 
 TEST_F(OutputShaperTest, RowWithoutAScoreShowsStatusAndFieldAlone)
 {
-    OutputShaper shaper = Shaper(ScoreResult::LR_RESULT, {.keep = {"id"}});
-    shaper.WriteNotScored(writer_, Row{"7", "2", "3"}, 90029, "y");
+    const OutputShaper shaper = Shaper(ScoreResult::LR_RESULT, {.keep = {"id"}});
+    const std::string field = "y";
+    ResultBlock results(*schema_);
+    results.Begin(1);
+    results.SetFault(0, {90029, &field});
+    shaper.WriteRow(writer_, Row{"7", "2", "3"}, results, 0);
     EXPECT_EQ(Written(), "7,,,,,90029,y\n");
 }
 
 TEST_F(OutputShaperTest, PercentsFindTheirColumnsWhateverTheResultsOrder)
 {
     description_.targetCategories = {"b", "a", "c"};
-    OutputShaper shaper = Shaper(ScoreResult::MLR_RESULT);
-    shaper.WriteScored(writer_, Row{"", "", ""}, CaseRecord({}),
-                       Percents("a", {{"a", 0.75}, {"b", 0.25}}));
-    shaper.WriteScored(writer_, Row{"", "", ""}, CaseRecord({}),
-                       Percents("c", {{"b", 0.25}, {"c", 0.5}, {"a", 0.125}}));
+    const OutputShaper shaper = Shaper(ScoreResult::MLR_RESULT);
+    WriteScored(shaper, Row{"", "", ""}, Percents("a", {{"a", 0.75}, {"b", 0.25}}));
+    WriteScored(shaper, Row{"", "", ""}, Percents("c", {{"b", 0.25}, {"c", 0.5}, {"a", 0.125}}));
     EXPECT_EQ(Written(), "a,0.25,0.75,,0,\nc,0.25,0.125,0.5,0,\n");
 }
 
 TEST_F(OutputShaperTest, CoxResultShowsItsCumulativeHazard)
 {
-    OutputShaper shaper = Shaper(ScoreResult::COXREG_RESULT);
+    const OutputShaper shaper = Shaper(ScoreResult::COXREG_RESULT);
     CoxRegResult result(nullptr);
     result.SetPrediction(new NumericValue(0.5));
     result.SetCumHazardValue(0.75);
-    shaper.WriteScored(writer_, Row{"", "", ""}, CaseRecord({}), result);
+    WriteScored(shaper, Row{"", "", ""}, result);
     EXPECT_EQ(Written(), "0.5,0.75,0,\n");
 }
 

@@ -1,0 +1,136 @@
+#include "engine/scoring/resultschema.h"
+
+#include <cmath>
+#include <string_view>
+#include <unordered_map>
+
+#include "host/model/modeldescription.h"
+#include "host/model/scoreresult.h"
+#include "host/values/numericvalue.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+bool IsNumber(double number)
+{
+    return !NumericValue::IsSystemMissingValue(number) && !std::isnan(number);
+}
+
+// -1 is what a result holds that no standard error was written into.
+bool IsError(double number) { return IsNumber(number) && !(number < 0.0); }
+
+// A limit without a mean may come multiplied by a number of trials, so whatever is as large as the
+// system-missing number is none.
+bool IsLimit(double number)
+{
+    return std::fabs(number) < std::fabs(NumericValue::GetSysmisValue());
+}
+
+template <bool (*exists)(double)>
+uint64_t Bits(const double* numbers, size_t count)
+{
+    uint64_t bits = 0;
+    for (size_t i = 0; i < count; ++i) bits |= static_cast<uint64_t>(exists(numbers[i])) << i;
+    return bits;
+}
+
+constexpr int kAnyResult = -1;
+
+struct Quantity {
+    ResultQuantity quantity;
+    ResultKind kind;
+    std::string_view name;
+    int resultType;         // that has it
+    bool ofPredictionOnly;  // also where the prediction alone is wanted
+    uint64_t (*existing)(const double* numbers, size_t count);
+    std::string_view meaning;  // where the model tells none
+};
+
+// In the order of ResultQuantity.
+constexpr Quantity kQuantities[] = {
+    {ResultQuantity::Prediction, ResultKind::Number, "prediction", kAnyResult, true, Bits<IsNumber>,
+     ""},
+    {ResultQuantity::StdDev, ResultKind::Number, "std_dev", ScoreResult::LR_RESULT, false,
+     Bits<IsError>, ""},
+    {ResultQuantity::CILower, ResultKind::Number, "ci_lower", ScoreResult::LR_RESULT, false,
+     Bits<IsLimit>, ""},
+    {ResultQuantity::CIUpper, ResultKind::Number, "ci_upper", ScoreResult::LR_RESULT, false,
+     Bits<IsLimit>, ""},
+    {ResultQuantity::Probability, ResultKind::Number, "probability", ScoreResult::MLR_RESULT, false,
+     Bits<IsNumber>, ""},
+    {ResultQuantity::CumHazard, ResultKind::Number, "cum_hazard", ScoreResult::COXREG_RESULT, false,
+     Bits<IsNumber>, ""},
+    {ResultQuantity::LinearPredictor, ResultKind::Number, "linear_predictor", kAnyResult, true,
+     Bits<IsNumber>, "linear predictor"},
+    {ResultQuantity::Status, ResultKind::Status, "status", kAnyResult, true, nullptr,
+     "0, or the code of the reason why there is no score"},
+    {ResultQuantity::StatusField, ResultKind::FieldName, "status_field", kAnyResult, true, nullptr,
+     "the field at fault"},
+};
+
+bool IsWanted(const Quantity& quantity, const ModelDescription& description,
+              const ResultOptions& options)
+{
+    if (quantity.resultType != kAnyResult && quantity.resultType != description.resultType) {
+        return false;
+    }
+    if (quantity.quantity == ResultQuantity::LinearPredictor) {
+        return options.linearPredictor && description.equations.size() == 1;
+    }
+    return quantity.ofPredictionOnly || !options.predictionOnly;
+}
+
+// What the model tells of its columns, by their names.
+using Told = std::unordered_map<std::string_view, const ModelDescription::Quantity*>;
+
+ResultColumn ColumnOf(const Quantity& quantity, std::string name, const Told& told)
+{
+    ResultColumn column;
+    column.quantity = quantity.quantity;
+    column.kind = quantity.kind;
+    column.meaning = quantity.meaning;
+    const auto found = told.find(name);
+    if (found != told.end()) {
+        column.meaning = found->second->meaning;
+        column.lacksCovariances = found->second->lacksCovariances;
+    }
+    column.name = std::move(name);
+    return column;
+}
+
+}  // namespace
+
+ResultSchema::ResultSchema(const ModelDescription& description, const ResultOptions& options)
+    : resultType_(description.resultType)
+{
+    if (resultType_ == ScoreResult::MLR_RESULT) categories_ = description.targetCategories;
+    Told told;
+    for (const auto& each : description.quantities) told.emplace(each.column, &each);
+    for (const Quantity& quantity : kQuantities) {
+        if (!IsWanted(quantity, description, options)) continue;
+        if (quantity.quantity != ResultQuantity::Probability) {
+            columns_.push_back(ColumnOf(quantity, std::string(quantity.name), told));
+            continue;
+        }
+        for (size_t i = 0; i < categories_.size(); ++i) {
+            std::string name(quantity.name);
+            name.append("(").append(categories_[i]).append(")");
+            columns_.push_back(ColumnOf(quantity, std::move(name), told));
+            columns_.back().category = i;
+        }
+    }
+    if (resultType_ == ScoreResult::MLR_RESULT) columns_.front().kind = ResultKind::Category;
+}
+
+bool ResultSchema::Exists(ResultQuantity quantity, double number)
+{
+    return ExistingBits(quantity, &number, 1) != 0;
+}
+
+uint64_t ResultSchema::ExistingBits(ResultQuantity quantity, const double* numbers, size_t count)
+{
+    return kQuantities[static_cast<size_t>(quantity)].existing(numbers, count);
+}
+
+}  // namespace MCVelscore_850

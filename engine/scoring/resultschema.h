@@ -1,0 +1,86 @@
+#ifndef VELSCORE_ENGINE_SCORING_RESULTSCHEMA_H
+#define VELSCORE_ENGINE_SCORING_RESULTSCHEMA_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace MCVelscore_850 {
+
+struct ModelDescription;
+
+/// What a column of results holds.
+enum class ResultQuantity {
+    Prediction,
+    StdDev,
+    CILower,
+    CIUpper,
+    Probability,
+    CumHazard,
+    LinearPredictor,
+    Status,
+    StatusField
+};
+
+/// A number; one of the target's categories; the status, a whole number that is always there; the
+/// name of a field.
+enum class ResultKind { Number, Category, Status, FieldName };
+
+struct ResultColumn {
+    std::string name;
+    std::string meaning;
+    ResultQuantity quantity = ResultQuantity::Prediction;
+    ResultKind kind = ResultKind::Number;
+    /// No case has a value: the document has no covariances to compute it from.
+    bool lacksCovariances = false;
+    size_t category = 0;  ///< of a probability: its place among the target's categories
+};
+
+/// Which columns are wanted beside those that every table of results has.
+struct ResultOptions {
+    bool predictionOnly = false;
+    /// Of models with one equation; others have no such column.
+    bool linearPredictor = false;
+};
+
+/// The columns of a model's results, in their order: what they are called, hold and mean, whoever
+/// writes them.
+///
+/// Columns  by the kind of the model's result:
+///              LRResult      prediction, std_dev, ci_lower, ci_upper
+///              MLRResult     prediction, probability(CATEGORY) for each target category
+///              CLRResult     prediction
+///              CoxRegResult  prediction, cum_hazard
+///          then linear_predictor where it is asked for, status and status_field.
+/// Empty    A case whose status isn't 0 has no value but status and, where one is at fault, field.
+/// A
+///          number that doesn't exist is no value either, as Exists() tells of each quantity of
+///          numbers.
+class ResultSchema {
+public:
+    explicit ResultSchema(const ModelDescription& description, const ResultOptions& options = {});
+
+    const std::vector<ResultColumn>& Columns() const { return columns_; }
+    /// How many of them hold values: all but the last two, status and status_field.
+    size_t ValueCount() const { return columns_.size() - 2; }
+    /// The target's categories, in the document's order; empty for a model that predicts a number.
+    const std::vector<std::string>& Categories() const { return categories_; }
+    /// ScoreResult::GetScoreResultType() of the results that fill the columns.
+    int ResultType() const { return resultType_; }
+
+    /// False for a number that stands for none: the system-missing number, NaN, an error that no
+    /// model wrote, a limit without a mean.
+    static bool Exists(ResultQuantity quantity, double number);
+    /// The same of up to 64 numbers, a bit each, least significant first.
+    static uint64_t ExistingBits(ResultQuantity quantity, const double* numbers, size_t count);
+
+private:
+    int resultType_;
+    std::vector<std::string> categories_;
+    std::vector<ResultColumn> columns_;
+};
+
+}  // namespace MCVelscore_850
+
+#endif

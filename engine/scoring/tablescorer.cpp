@@ -1,0 +1,217 @@
+#include "engine/scoring/tablescorer.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <unordered_map>
+
+#include "engine/documents/loadedmodel.h"
+#include "engine/documents/outputfield.h"
+#include "engine/scoring/curveshaper.h"
+#include "host/model/scoremodel.h"
+#include "host/model/scoreresult.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+CaseOptions CaseOptionsOf(const LoadedModel& model, const TableOptions& options)
+{
+    return {options.decimal, model.Substitutes(), options.missingTexts,
+            model.Output() == nullptr ? std::vector<std::string>() : model.Output()->inputs,
+            model.ListedByCells()};
+}
+
+// The first rows of a block, as bits.
+RowBits FirstRows(size_t count)
+{
+    RowBits bits{};
+    for (size_t i = 0; i < bits.size() && i * 64 < count; ++i) {
+        const size_t rows = count - i * 64;
+        bits[i] = rows >= 64 ? ~uint64_t{0} : (uint64_t{1} << rows) - 1;
+    }
+    return bits;
+}
+
+}  // namespace
+
+TableScorer::TableScorer(const LoadedModel& model, std::span<const std::string> header,
+                         const std::string& tableName, const TableOptions& options)
+    : TableScorer(model.Model(),
+                  options.curves ? CurveShaper::Needs(model.Description()) : model.Description(),
+                  model.Treatments(), header, tableName, CaseOptionsOf(model, options),
+                  options.results)
+{}
+
+TableScorer::TableScorer(const ScoreModel& model, const ModelDescription& description,
+                         const std::vector<MiningFieldTreatment>& treatments,
+                         std::span<const std::string> header, const std::string& tableName,
+                         CaseOptions options, const ResultOptions& results)
+    : schema_(description, results),
+      one_(model, description, treatments, header, tableName, std::move(options)),
+      reader_(schema_, model.GetTargetVar()),
+      road_(BlockRoad::Make(model, description.variables, one_.Preparer()))
+{
+    if (road_ != nullptr && !BindCategories(road_->Scorer().Categories())) road_.reset();
+}
+
+TableScorer::~TableScorer() = default;
+
+// False where the block scorer's categories aren't those of the results.
+bool TableScorer::BindCategories(std::span<const std::string> categories)
+{
+    const bool classifies = schema_.ResultType() == ScoreResult::MLR_RESULT;
+    if (categories.size() != schema_.Categories().size()) return false;
+    if (classifies == categories.empty()) return false;
+    std::unordered_map<std::string_view, size_t> places;
+    for (size_t i = 0; i < schema_.Categories().size(); ++i) {
+        places.emplace(schema_.Categories()[i], i);
+    }
+    for (const std::string& category : categories) {
+        const auto found = places.find(category);
+        if (found == places.end()) return false;
+        categoryOfScorer_.push_back(static_cast<int32_t>(found->second));
+    }
+    probabilities_.resize(categories.size());
+    return true;
+}
+
+void TableScorer::Score(const ColumnBlock& block, ResultBlock& results)
+{
+    one_.Preparer().ForgetTexts();
+    results.Begin(block.rows);
+    size_t row = 0;
+    while (row < block.rows && !(road_ != nullptr && settled_)) ScoreInto(block, row++, results);
+    if (row < block.rows) ScoreTogether(block, row, results);
+    results.categories = reader_.Categories();
+}
+
+void TableScorer::VisitCases(const ColumnBlock& block, const CaseVisitor& visitor)
+{
+    for (size_t row = 0; row < block.rows; ++row) {
+        one_.Preparer().ForgetTexts();
+        const CaseStatus status = ScoreAlone(block, row);
+        const ScoreResult* result = status.IsOK() ? &one_.Result() : nullptr;
+        if (!visitor(row, status, one_.Record(), result)) return;
+    }
+}
+
+void TableScorer::VisitCurves(const ColumnBlock& block, const CurveVisitor& visitor)
+{
+    for (size_t row = 0; row < block.rows; ++row) {
+        one_.Preparer().ForgetTexts();
+        const CaseStatus status = one_.DrawCurve(block, row);
+        if (!visitor(row, status, status.IsOK() ? one_.Curve() : noCurve_)) return;
+    }
+}
+
+CaseStatus TableScorer::ScoreAlone(const ColumnBlock& block, size_t row)
+{
+    const CaseStatus status = one_.Score(block, row);
+    if (!status.IsOK()) return status;
+    if (one_.Result().GetScoreResultType() != schema_.ResultType()) {
+        throw std::logic_error("the model's result isn't of the kind that its description tells");
+    }
+    settled_ = true;
+    return status;
+}
+
+void TableScorer::ScoreInto(const ColumnBlock& block, size_t row, ResultBlock& results)
+{
+    const CaseStatus status = ScoreAlone(block, row);
+    if (status.IsOK()) {
+        ReadResult(row, results);
+    } else {
+        results.SetFault(row, status);
+    }
+}
+
+void TableScorer::ReadResult(size_t row, ResultBlock& results)
+{
+    reader_.Read(one_.Result(), one_.LinearPredictor(), row, results);
+}
+
+// The rows from `first` on; those before it were scored alone, the last of them well.
+void TableScorer::ScoreTogether(const ColumnBlock& block, size_t first, ResultBlock& results)
+{
+    RowBits unsure = FirstRows(first);
+    road_->Score(block, PlacesIn(results), unsure);
+    RowBits scored = FirstRows(block.rows);
+    for (size_t i = 0; i < scored.size(); ++i) scored[i] &= ~unsure[i];
+    for (size_t i = 0; i < results.columns.size(); ++i) {
+        FinishColumn(schema_.Columns()[i], scored, results.columns[i]);
+    }
+    // The block was written over the row that the model was settled by.
+    if (first > 0) ReadResult(first - 1, results);
+    for (size_t row = first; row < block.rows; ++row) {
+        if (HasRow(unsure, row)) ScoreInto(block, row, results);
+    }
+}
+
+BatchResults TableScorer::PlacesIn(ResultBlock& results)
+{
+    BatchResults places;
+    for (size_t i = 0; i < results.columns.size(); ++i) {
+        const ResultColumn& column = schema_.Columns()[i];
+        if (column.lacksCovariances) continue;
+        double* const numbers = results.columns[i].numbers.data();
+        switch (column.quantity) {
+            case ResultQuantity::Prediction:
+                if (column.kind == ResultKind::Category) {
+                    places.category = results.columns[i].codes.data();
+                } else {
+                    places.prediction = numbers;
+                }
+                break;
+            case ResultQuantity::StdDev: places.stdDev = numbers; break;
+            case ResultQuantity::CILower: places.ciLower = numbers; break;
+            case ResultQuantity::CIUpper: places.ciUpper = numbers; break;
+            case ResultQuantity::CumHazard: places.cumHazard = numbers; break;
+            case ResultQuantity::LinearPredictor: places.linearPredictor = numbers; break;
+            case ResultQuantity::Probability: {
+                if (column.category > 0) break;
+                // The columns of the others follow.
+                for (size_t c = 0; c < probabilities_.size(); ++c) {
+                    const auto category = static_cast<size_t>(categoryOfScorer_[c]);
+                    probabilities_[c] = results.columns[i + category].numbers.data();
+                }
+                places.probabilities = probabilities_.data();
+                break;
+            }
+            case ResultQuantity::Status:
+            case ResultQuantity::StatusField: break;
+        }
+    }
+    return places;
+}
+
+// Of the rows that a block scored: which have a value, and what the document makes of it.
+void TableScorer::FinishColumn(const ResultColumn& column, const RowBits& scored,
+                               ResultBlock::Column& values) const
+{
+    if (column.lacksCovariances) return;
+    if (column.kind == ResultKind::Category) {
+        for (size_t row = 0; row < ResultBlock::kRows; ++row) {
+            if (!HasRow(scored, row)) continue;
+            values.codes[row] = categoryOfScorer_[static_cast<size_t>(values.codes[row])];
+        }
+        values.present = scored;
+        return;
+    }
+    const auto existing = [&](size_t word) {
+        return ResultSchema::ExistingBits(column.quantity, &values.numbers[word * 64], 64);
+    };
+    for (size_t word = 0; word < scored.size(); ++word) {
+        if (scored[word] == 0) continue;
+        uint64_t present = scored[word] & existing(word);
+        if (column.quantity == ResultQuantity::Prediction && reader_.ChangesPredictions()) {
+            for (size_t row = word * 64; row < word * 64 + 64; ++row) {
+                if ((present >> (row % 64) & 1U) == 0) continue;
+                values.numbers[row] = reader_.Predicted(values.numbers[row]);
+            }
+            present &= existing(word);
+        }
+        values.present[word] = present;
+    }
+}
+
+}  // namespace MCVelscore_850

@@ -1,0 +1,98 @@
+#ifndef VELSCORE_ENGINE_SCORING_TABLESCORER_H
+#define VELSCORE_ENGINE_SCORING_TABLESCORER_H
+
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "engine/scoring/blockroad.h"
+#include "engine/scoring/casescorer.h"
+#include "engine/scoring/resultblock.h"
+#include "engine/scoring/resultreader.h"
+#include "engine/scoring/resultschema.h"
+#include "engine/tables/columnblock.h"
+
+namespace MCVelscore_850 {
+
+class LoadedModel;
+
+/// How a table is written, and what is wanted of its rows.
+struct TableOptions {
+    char decimal = '.';
+    std::vector<std::string> missingTexts{};
+    ResultOptions results{};
+    /// Only curves are asked for; the table needs no end time then.
+    bool curves = false;
+};
+
+/// Takes the rows of one table through a model: blocks of columns in, blocks of results out.
+/// Whatever scores, verifies or draws curves does it here.
+///
+/// Roads   Rows that need no judgement go through the model's block scorer together, where it has
+///         one; any other goes alone, as a case, through ScoreModel::ScoreRow. Both give the same
+///         bits and land in the same columns. The first row that the model scores goes alone before
+///         any block, since a model may settle things by it.
+/// Errors  Failure: what CasePreparer refuses of the header, from the constructor. A row that can't
+///         be scored has a status other than 0, the field at fault and what stood in it, as far as
+///         a single field is.
+/// Owner   the model outlives the scorer.
+/// Threads one. All that scoring writes lies in the scorer and in its state of the model, but for the
+///         scratch of derived fields, which lies in the model.
+/// Memory  scoring a block allocates nothing that the blocks before it didn't.
+class TableScorer {
+public:
+    /// The most rows of a block.
+    static constexpr size_t kRows = BatchScorer::kRows;
+
+    /// What the rows are treated by beside the options follows from the model and its policy.
+    TableScorer(const LoadedModel& model, std::span<const std::string> header,
+                const std::string& tableName, const TableOptions& options = {});
+    TableScorer(const ScoreModel& model, const ModelDescription& description,
+                const std::vector<MiningFieldTreatment>& treatments,
+                std::span<const std::string> header, const std::string& tableName,
+                CaseOptions options = {}, const ResultOptions& results = {});
+    ~TableScorer();
+
+    const ResultSchema& Schema() const { return schema_; }
+    const CasePreparer& Preparer() const { return one_.Preparer(); }
+
+    /// Scores a block of at most kRows rows. `results` is made with Schema(); its texts of faults
+    /// view the block's.
+    void Score(const ColumnBlock& block, ResultBlock& results);
+
+    /// One case after the other, alone: the visitor is told the row, its status, its record and,
+    /// when it is scored, its result, which stand until it returns. Once it answers false no
+    /// further row is scored.
+    using CaseVisitor = std::function<bool(size_t row, const CaseStatus& status,
+                                           const CaseRecord& record, const ScoreResult* result)>;
+    void VisitCases(const ColumnBlock& block, const CaseVisitor& visitor);
+    /// The same with each case's survival curve, empty where it has none.
+    using CurveVisitor = std::function<bool(size_t row, const CaseStatus& status,
+                                            const std::vector<SurvivalPoint>& curve)>;
+    void VisitCurves(const ColumnBlock& block, const CurveVisitor& visitor);
+
+private:
+    CaseStatus ScoreAlone(const ColumnBlock& block, size_t row);
+    void ScoreInto(const ColumnBlock& block, size_t row, ResultBlock& results);
+    void ReadResult(size_t row, ResultBlock& results);
+    bool BindCategories(std::span<const std::string> categories);
+    void ScoreTogether(const ColumnBlock& block, size_t first, ResultBlock& results);
+    BatchResults PlacesIn(ResultBlock& results);
+    void FinishColumn(const ResultColumn& column, const RowBits& scored,
+                      ResultBlock::Column& values) const;
+
+    ResultSchema schema_;
+    CaseScorer one_;
+    ResultReader reader_;
+    std::unique_ptr<BlockRoad> road_;
+    bool settled_ = false;                   ///< a row was scored alone
+    std::vector<double*> probabilities_;     ///< by the block scorer's categories
+    std::vector<int32_t> categoryOfScorer_;  ///< the schema's category of the block scorer's one
+    const std::vector<SurvivalPoint> noCurve_;
+};
+
+}  // namespace MCVelscore_850
+
+#endif
