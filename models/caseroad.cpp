@@ -44,8 +44,8 @@ void CaseWalk::FetchDerived()
 {
     if (road_.fetchesDerivedRecord && model_.needDerivedPredictor &&
         model_.transformationDictionary != nullptr && !derivedInRecord_) {
-        derivedRecord_ =
-            model_.transformationDictionary->GetValuesForDerivedVars(record_, model_.dictionary);
+        derivedRecord_ = model_.transformationDictionary->GetValuesForDerivedVars(
+            record_, model_.dictionary, state_.derivation);
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include "host/model/scoringstate.h"
 #include "host/values/numericvalue.h"
+#include "host/variables/transformationdictionary.h"
 
 namespace MCVelscore_850 {
 
@@ -36,6 +37,7 @@ struct CaseState final : ScoringState {
     std::vector<double> probabilities;
 
     double offset = 0.0;  ///< of the case, where its family keeps it
+    TransformationDictionary::Derivation derivation;
 };
 
 }  // namespace MCVelscore_850

@@ -158,10 +158,10 @@ MCStatus CoxRegModel::ScoreCase(CaseState& state, const ScoreCaseRecord* record,
     const ScoreValue* stratumValue = nullptr;
     const ScoreValue* endTimeValue = nullptr;
     if (!stratumVariableName.empty() &&
-        !FindOwnValue(*record, stratumVariable, stratumVariableName, stratumValue)) {
+        !FindOwnValue(state, *record, stratumVariable, stratumVariableName, stratumValue)) {
         return Fail(walk, stratumVariable);
     }
-    if (!FindOwnValue(*record, endTimeVariable, endTimeVariableName, endTimeValue) ||
+    if (!FindOwnValue(state, *record, endTimeVariable, endTimeVariableName, endTimeValue) ||
         endTimeVariable->IsMissing(endTimeValue)) {
         return Fail(walk, endTimeVariable);
     }
@@ -200,7 +200,7 @@ MCStatus CoxRegModel::CurveRow(ScoringState& run, const ScoreCaseRecord* record,
     walk.FetchDerived();
     const ScoreValue* stratumValue = nullptr;
     if (!stratumVariableName.empty() &&
-        !FindOwnValue(*record, stratumVariable, stratumVariableName, stratumValue)) {
+        !FindOwnValue(state, *record, stratumVariable, stratumVariableName, stratumValue)) {
         return Fail(walk, stratumVariable);
     }
     double lp = 0.0;
@@ -216,16 +216,17 @@ MCStatus CoxRegModel::CurveRow(ScoringState& run, const ScoreCaseRecord* record,
     return walk.Status();
 }
 
-bool CoxRegModel::FindOwnValue(const ScoreCaseRecord& record, const ScoreDictVar* var,
-                               const std::string& name, const ScoreValue*& value) const
+bool CoxRegModel::FindOwnValue(CaseState& state, const ScoreCaseRecord& record,
+                               const ScoreDictVar* var, const std::string& name,
+                               const ScoreValue*& value) const
 {
     if (var == nullptr) return false;
     if (!var->IsDerived()) {
         value = record.GetValue(name);  // by name alone, on purpose, and null is no failure
         return true;
     }
-    value = static_cast<const TransformVar*>(var)->GetTransformedValue(&record, dictionary,
-                                                                       transformationDictionary);
+    value = static_cast<const TransformVar*>(var)->ValueIn(
+        {&record, dictionary, transformationDictionary, state.derivation.scratch});
     return value != nullptr;
 }
 

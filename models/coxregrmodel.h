@@ -118,7 +118,7 @@ private:
     bool EveryFactorHasContrasts() const;
     /// The case's value of a stratum or end-time variable. False where there is no variable and
     /// where a derived one has no value; a plain one may yield null.
-    bool FindOwnValue(const ScoreCaseRecord& record, const ScoreDictVar* var,
+    bool FindOwnValue(CaseState& state, const ScoreCaseRecord& record, const ScoreDictVar* var,
                       const std::string& name, const ScoreValue*& value) const;
     TermPlan PlanTerms() const override;
     /// The contrasts of a cell's category by the code of the case's; kNoContrast for none.

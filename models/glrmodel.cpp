@@ -60,8 +60,8 @@ MCScore::MCStatus GLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* r
             if (!bound) value = record->GetValue(var->GetName());
         }
         if (value == nullptr && derived) {
-            value = static_cast<const TransformVar*>(var)->GetTransformedValue(
-                record, dictionary, transformationDictionary);
+            value = static_cast<const TransformVar*>(var)->ValueIn(
+                {record, dictionary, transformationDictionary, state.derivation.scratch});
         }
         return value;
     });

@@ -204,8 +204,8 @@ bool CasePreparer::NeedsCount(const CaseField& field, const ColumnBlock& block, 
 void CasePreparer::ComputeDerived()
 {
     for (const Derived& derived : derived_) {
-        record_->Point(derived.position, derived.var->GetTransformedValue(
-                                             record_.get(), dictionary_, transformations_));
+        record_->Point(derived.position, derived.var->ValueIn({record_.get(), dictionary_,
+                                                               transformations_, expressions_}));
     }
 }
 

@@ -11,6 +11,7 @@
 #include "engine/documents/miningtreatment.h"
 #include "engine/scoring/casefield.h"
 #include "engine/scoring/resultblock.h"
+#include "host/expressions/expressionscratch.h"
 #include "host/model/modeldescription.h"
 #include "host/variables/caserecord.h"
 
@@ -109,7 +110,8 @@ private:
     std::vector<Derived> derived_;  ///< inputs before what reads them
     std::unordered_set<const ScoreDictVar*> seen_;
     std::unique_ptr<CaseRecord> record_;
-    std::string numberTexts_;  // of numbers that statuses view, which mustn't move
+    ExpressionScratch expressions_;  ///< of the derived values
+    std::string numberTexts_;        // of numbers that statuses view, which mustn't move
 };
 
 }  // namespace MCVelscore_850

@@ -200,8 +200,9 @@ std::span<const OutputCell> OutputEvaluator::Evaluate(const ScoreCaseRecord& rec
                 break;
             case Feature::Residual: FillResidual(field, record, result, cell); break;
             case Feature::Expression: {
-                const ScoreValue* value = field.expression->GetTransformedValue(
-                    fields_.get(), section_.dictionary.get(), section_.expressions.get());
+                const ScoreValue* value =
+                    field.expression->ValueIn({fields_.get(), section_.dictionary.get(),
+                                               section_.expressions.get(), expressions_});
                 SetValue(cell, field.expression->IsMissing(value) ? nullptr : value);
                 break;
             }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "engine/documents/outputfield.h"
+#include "host/expressions/expressionscratch.h"
 
 namespace MCVelscore_850 {
 
@@ -91,6 +92,7 @@ private:
                     OutputCell& cell) const;
     void FillDisplay(const OutputCell& predicted, OutputCell& cell) const;
 
+    ExpressionScratch expressions_;
     const OutputSection& section_;
     const ScoreDictVar* target_;
     const TargetDeclaration* declaration_;

@@ -26,26 +26,40 @@ public:
 
 protected:
     Call(Arguments arguments, ApplyRules rules)
-        : arguments_(std::move(arguments)), rules_(std::move(rules)), values_(arguments_.size())
+        : arguments_(std::move(arguments)), rules_(std::move(rules))
     {
         for (const auto& argument : arguments_) {
             height_ = std::max(height_, 1 + argument->Height());
             steps_ += argument->Steps();
         }
     }
-    void EvaluateArguments(const ExpressionCase& c) const
+    /// The arguments of a call under way, and what its function keeps.
+    struct Frame final : ExpressionScratch::Part {
+        std::vector<ExpressionValue> values;
+        std::vector<double> numbers;
+        std::unique_ptr<FunctionState> state;
+    };
+    Frame& FrameIn(ExpressionScratch& scratch) const
     {
-        for (size_t i = 0; i < arguments_.size(); ++i) arguments_[i]->Evaluate(c, values_[i]);
+        auto& frame = scratch.Of<Frame>(this);
+        frame.values.resize(arguments_.size());
+        return frame;
     }
-    bool Any(ExpressionValue::Kind kind) const
+    void EvaluateArguments(const ExpressionCase& c, Frame& frame) const
     {
-        return std::any_of(values_.begin(), values_.end(),
+        for (size_t i = 0; i < arguments_.size(); ++i) {
+            arguments_[i]->Evaluate(c, frame.values[i]);
+        }
+    }
+    static bool Any(const Frame& frame, ExpressionValue::Kind kind)
+    {
+        return std::any_of(frame.values.begin(), frame.values.end(),
                            [&](const ExpressionValue& value) { return value.kind == kind; });
     }
     // What mapMissingTo says, where it applies.
-    bool MapMissing(ExpressionValue& value) const
+    bool MapMissing(const Frame& frame, ExpressionValue& value) const
     {
-        if (!rules_.mapMissingTo.given || !Any(ExpressionValue::Missing)) return false;
+        if (!rules_.mapMissingTo.given || !Any(frame, ExpressionValue::Missing)) return false;
         value = rules_.mapMissingTo.value;
         return true;
     }
@@ -61,21 +75,18 @@ protected:
     ApplyRules rules_;
     int height_ = 1;
     double steps_ = 1.0;
-    mutable std::vector<ExpressionValue> values_;  // of the arguments, in this case
 };
 
 class BuiltInCall final : public Call {
 public:
     BuiltInCall(const Function& function, Arguments arguments, ApplyRules rules)
-        : Call(std::move(arguments), std::move(rules)),
-          function_(function),
-          state_(function.makeState == nullptr ? nullptr : function.makeState()),
-          numbers_(function.number == nullptr ? 0 : arguments_.size())
+        : Call(std::move(arguments), std::move(rules)), function_(function)
     {}
     void Evaluate(const ExpressionCase& c, ExpressionValue& value) const override
     {
-        EvaluateArguments(c);
-        Compute(value);
+        Frame& frame = FrameIn(c.scratch);
+        EvaluateArguments(c, frame);
+        Compute(frame, value);
     }
     bool CollectOutcomes(Outcomes& outcomes) const override
     {
@@ -93,33 +104,37 @@ public:
     }
 
 private:
-    // The outcome for the arguments in values_.
-    void Compute(ExpressionValue& value) const
+    // The outcome for the arguments in the frame.
+    void Compute(Frame& frame, ExpressionValue& value) const
     {
-        if (MapMissing(value)) return;
-        if (function_.missing == MissingRule::Propagate && Any(ExpressionValue::Missing)) {
+        if (MapMissing(frame, value)) return;
+        if (function_.missing == MissingRule::Propagate && Any(frame, ExpressionValue::Missing)) {
             value.SetMissing();
-        } else if (function_.missing != MissingRule::Own && Any(ExpressionValue::Invalid)) {
+        } else if (function_.missing != MissingRule::Own && Any(frame, ExpressionValue::Invalid)) {
             value.SetInvalid();
         } else if (function_.number != nullptr) {
-            ComputeNumber(value);
+            ComputeNumber(frame, value);
         } else {
-            function_.value({values_, state_.get()}, value);
+            if (function_.makeState != nullptr && frame.state == nullptr) {
+                frame.state = function_.makeState();
+            }
+            function_.value({frame.values, frame.state.get()}, value);
         }
         rules_.Finish(value);
     }
 
-    void ComputeNumber(ExpressionValue& value) const
+    void ComputeNumber(Frame& frame, ExpressionValue& value) const
     {
+        frame.numbers.resize(frame.values.size());
         size_t count = 0;
-        for (const ExpressionValue& argument : values_) {
+        for (const ExpressionValue& argument : frame.values) {
             if (argument.kind == ExpressionValue::Missing) continue;
-            double& number = numbers_[count++];
+            double& number = frame.numbers[count++];
             if (!AsNumber(argument, number)) return value.SetInvalid();
             if (std::isnan(number)) return value.SetNumber(number);
         }
         if (count == 0) return value.SetMissing();
-        value.SetNumber(function_.number({numbers_.data(), count}));
+        value.SetNumber(function_.number({frame.numbers.data(), count}));
     }
 
     static bool AddTruths(Outcomes& outcomes)
@@ -145,16 +160,18 @@ private:
             if (combinations > std::min(kMostCombinations, outcomes.left)) return false;
         }
         outcomes.left -= combinations;
+        Frame frame;
+        frame.values.resize(arguments_.size());
         std::unordered_set<std::string> seen;
         ExpressionValue outcome;
         for (size_t combination = 0; combination < combinations; ++combination) {
             size_t rest = combination;
             // the last argument changes fastest
             for (size_t i = arguments_.size(); i-- > 0;) {
-                values_[i] = each[i].values[rest % each[i].values.size()];
+                frame.values[i] = each[i].values[rest % each[i].values.size()];
                 rest /= each[i].values.size();
             }
-            Compute(outcome);
+            Compute(frame, outcome);
             ExpressionValue text = outcome;
             MakeText(text);
             if (!text.HasValue() || !seen.insert(text.text).second) continue;
@@ -164,8 +181,6 @@ private:
     }
 
     const Function& function_;
-    std::unique_ptr<FunctionState> state_;
-    mutable std::vector<double> numbers_;
 };
 
 class DefinedCall final : public Call {
@@ -179,15 +194,16 @@ public:
     }
     void Evaluate(const ExpressionCase& c, ExpressionValue& value) const override
     {
-        EvaluateArguments(c);
-        if (MapMissing(value)) return;
-        for (size_t i = 0; i < values_.size(); ++i) {
-            if (const DataType* type = function_->parameterTypes[i]) CastTo(*type, values_[i]);
+        Frame& frame = FrameIn(c.scratch);
+        EvaluateArguments(c, frame);
+        if (MapMissing(frame, value)) return;
+        for (size_t i = 0; i < frame.values.size(); ++i) {
+            if (const DataType* type = function_->parameterTypes[i]) CastTo(*type, frame.values[i]);
         }
         // The body sees its arguments and nothing else; it can't come back here, since a function
         // that calls itself was refused.
         ExpressionCase body = c;
-        body.parameters = values_.data();
+        body.parameters = frame.values.data();
         function_->body->Evaluate(body, value);
         if (function_->type != nullptr) CastTo(*function_->type, value);
         rules_.Finish(value);

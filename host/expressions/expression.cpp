@@ -1,7 +1,5 @@
 #include "host/expressions/expression.h"
 
-#include <atomic>
-
 #include "host/expressions/transformvar.h"
 #include "host/values/datetimevalue.h"
 #include "host/values/stringvalue.h"
@@ -15,11 +13,11 @@ Expression::~Expression() = default;
 double Expression::Steps() const { return 1.0; }
 bool Expression::CollectOutcomes(Outcomes&) const { return false; }
 
-unsigned long ExpressionCase::NextEvaluation()
-{
-    static std::atomic<unsigned long> last{0};
-    return last.fetch_add(1, std::memory_order_relaxed) + 1;
-}
+ExpressionScratch::Part::~Part() = default;
+ExpressionScratch::ExpressionScratch() = default;
+ExpressionScratch::ExpressionScratch(ExpressionScratch&&) noexcept = default;
+ExpressionScratch& ExpressionScratch::operator=(ExpressionScratch&&) noexcept = default;
+ExpressionScratch::~ExpressionScratch() = default;
 
 bool Outcomes::Add(const ExpressionValue& value)
 {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/export.h"
+#include "host/expressions/expressionscratch.h"
 #include "host/expressions/expressionvalue.h"
 #include "host/variables/dictvar.h"
 
@@ -23,12 +24,10 @@ struct ExpressionCase {
     const ScoreCaseRecord* record;
     const ScoreDictionary* dictionary;
     const ScoreDictionary* transformations;
-    unsigned long evaluation = NextEvaluation();
+    ExpressionScratch& scratch;
+    unsigned long evaluation = scratch.NextEvaluation();
     /// In the body of a defined function its arguments, else null.
     const ExpressionValue* parameters = nullptr;
-
-    /// A number that no evaluation in this process had before; never 0.
-    static unsigned long NextEvaluation();
 };
 
 /// Expressions nest, and derived fields refer to each other, at most so deep, both taken together:
@@ -50,7 +49,7 @@ struct Outcomes {
 /// A field that is missing yields Missing, a value that isn't valid yields Invalid, and so does an
 /// operation without a result (a division by 0); the rules of each expression (mapMissingTo,
 /// defaultValue, invalidValueTreatment) then apply.
-/// Threads  an expression keeps scratch of its own: one evaluation at a time.
+/// Threads  any number, each with a scratch of its own.
 class VELHOST_API Expression {
 public:
     virtual ~Expression();

@@ -63,13 +63,14 @@ public:
 
     void Evaluate(const ExpressionCase& c, ExpressionValue& value) const override
     {
-        key_.clear();
+        std::string& key = c.scratch.Of<Key>(this).text;
+        key.clear();
         for (const FieldSource& column : columns_) {
             column.Read(c, value);
-            if (value.HasValue() && !AppendKey(column.Type(), value, key_)) value.SetInvalid();
+            if (value.HasValue() && !AppendKey(column.Type(), value, key)) value.SetInvalid();
             if (!value.HasValue()) return mapMissingTo_.ApplyToField(value);
         }
-        const auto found = rows_.find(key_);
+        const auto found = rows_.find(key);
         if (found != rows_.end()) {
             value = outputs_[found->second];
         } else {
@@ -103,12 +104,16 @@ public:
     }
 
 private:
+    struct Key final : ExpressionScratch::Part {
+        std::string text;
+    };
+
     std::vector<FieldSource> columns_;
     std::unordered_map<std::string, size_t> rows_;
     std::vector<ExpressionValue> outputs_;
     Replacement mapMissingTo_;
     Replacement defaultValue_;
-    mutable std::string key_;
+    std::string key_;  // of a row that is added
     ExpressionValue scratch_;
 };
 

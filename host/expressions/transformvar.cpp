@@ -43,7 +43,7 @@ TransformVar::TransformVar(DictVarType type, std::shared_ptr<const Expression> e
       expression_(std::move(expression)),
       cast_(DataTypeOf(Type())),
       height_(expression_->Height()),
-      value_(MakeMissing(GetValueType()))
+      scratch_(std::make_unique<ExpressionScratch>())
 {
     std::vector<const ScoreDictVar*> named;
     expression_->CollectInputs(named);
@@ -59,7 +59,7 @@ TransformVar::TransformVar(const TransformVar& other)
       cast_(other.cast_),
       inputs_(other.inputs_),
       height_(other.height_),
-      value_(MakeMissing(GetValueType()))
+      scratch_(std::make_unique<ExpressionScratch>())
 {}
 
 TransformVar::~TransformVar() = default;
@@ -70,32 +70,42 @@ ScoreValue* TransformVar::GetTransformedValue(const ScoreCaseRecord* record,
                                               const ScoreDictionary* dictionary,
                                               const ScoreDictionary* transformations) const
 {
-    return ValueIn({record, dictionary, transformations});
+    return ValueIn({record, dictionary, transformations, *scratch_});
 }
+
+// Of one variable and one scratch.
+struct TransformVar::Value final : ExpressionScratch::Part {
+    std::unique_ptr<ScoreValue> value;
+    ExpressionValue outcome;       // for its buffer
+    unsigned long evaluation = 0;  // the one that the value comes from
+};
 
 ScoreValue* TransformVar::ValueIn(const ExpressionCase& c) const
 {
-    if (evaluation_ == c.evaluation) return value_.get();
-    evaluation_ = c.evaluation;
-    expression_->Evaluate(c, outcome_);
-    CastTo(cast_, outcome_);
-    switch (value_->GetValueType()) {
+    auto& mine = c.scratch.Of<Value>(this);
+    if (mine.evaluation == c.evaluation) return mine.value.get();
+    mine.evaluation = c.evaluation;
+    if (mine.value == nullptr) mine.value = MakeMissing(GetValueType());
+    ExpressionValue& outcome = mine.outcome;
+    expression_->Evaluate(c, outcome);
+    CastTo(cast_, outcome);
+    switch (mine.value->GetValueType()) {
         case ScoreValue::STRING: {
-            auto& value = static_cast<StringValue&>(*value_);
-            MakeText(outcome_);
-            if (outcome_.HasValue()) {
-                value.Assign(Spelling(outcome_.text));
+            auto& value = static_cast<StringValue&>(*mine.value);
+            MakeText(outcome);
+            if (outcome.HasValue()) {
+                value.Assign(Spelling(outcome.text));
             } else {
                 value.SetMissing();
             }
             break;
         }
         case ScoreValue::DATETIME:
-            static_cast<DateTimeValue&>(*value_).SetNumber(NumberOf(outcome_));
+            static_cast<DateTimeValue&>(*mine.value).SetNumber(NumberOf(outcome));
             break;
-        default: static_cast<NumericValue&>(*value_).SetDoubleValue(NumberOf(outcome_)); break;
+        default: static_cast<NumericValue&>(*mine.value).SetDoubleValue(NumberOf(outcome)); break;
     }
-    return value_.get();
+    return mine.value.get();
 }
 
 }  // namespace MCVelscore_850

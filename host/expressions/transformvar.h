@@ -25,12 +25,13 @@ public:
 
     /// The derived value for the case, cast to the variable's type: a missing value where the
     /// expression yields none, NaN (of a text a missing one) where it yields no valid one. It
-    /// belongs to the variable and stands until the next call; null never.
+    /// belongs to the variable and stands until the next call; null never. One thread at a time.
     ScoreValue* GetTransformedValue(const ScoreCaseRecord* record,
                                     const ScoreDictionary* dictionary,
                                     const ScoreDictionary* transformations) const;
 
-    /// The same within an evaluation that is under way: computed once in it.
+    /// The same within an evaluation that is under way: computed once in it. The value belongs to
+    /// the evaluation's scratch.
     ScoreValue* ValueIn(const ExpressionCase& c) const;
 
     /// The variables that the expression reads itself, derived ones among them, each once, in the
@@ -41,13 +42,13 @@ public:
     int Height() const { return height_; }
 
 private:
+    struct Value;
+
     std::shared_ptr<const Expression> expression_;
     const DataType& cast_;
     std::vector<const ScoreDictVar*> inputs_;
     int height_;
-    std::unique_ptr<ScoreValue> value_;
-    mutable ExpressionValue outcome_;       // scratch, for its buffer
-    mutable unsigned long evaluation_ = 0;  // the one that value_ comes from
+    std::unique_ptr<ExpressionScratch> scratch_;  // of GetTransformedValue()
 };
 
 }  // namespace MCVelscore_850

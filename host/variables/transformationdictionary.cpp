@@ -8,24 +8,37 @@ namespace MCVelscore_850 {
 TransformationDictionary::TransformationDictionary() = default;
 TransformationDictionary::~TransformationDictionary() = default;
 
-void TransformationDictionary::SetUpDerivedCaseRecord()
+std::unique_ptr<CaseRecord> TransformationDictionary::NewRecord() const
 {
     std::vector<std::string> names;
     for (const ScoreDictVar* var : GetVars()) names.push_back(var->GetName());
-    derived_ = std::make_unique<CaseRecord>(std::move(names), false);
+    return std::make_unique<CaseRecord>(std::move(names), false);
+}
+
+void TransformationDictionary::SetUpDerivedCaseRecord()
+{
+    own_ = std::make_unique<Derivation>();
+    own_->record = NewRecord();
 }
 
 const ScoreCaseRecord* TransformationDictionary::GetValuesForDerivedVars(
     const ScoreCaseRecord* record, const ScoreDictionary* dictionary) const
 {
-    if (!derived_) return nullptr;
-    const ExpressionCase c{record, dictionary, this};
+    return own_ == nullptr ? nullptr : GetValuesForDerivedVars(record, dictionary, *own_);
+}
+
+const ScoreCaseRecord* TransformationDictionary::GetValuesForDerivedVars(
+    const ScoreCaseRecord* record, const ScoreDictionary* dictionary, Derivation& derivation) const
+{
+    if (own_ == nullptr) return nullptr;
+    if (derivation.record == nullptr) derivation.record = NewRecord();
+    const ExpressionCase c{record, dictionary, this, derivation.scratch};
     int position = 0;
     for (const ScoreDictVar* var : GetVars()) {
         const auto* derived = static_cast<const TransformVar*>(var);
-        derived_->Point(position++, derived->ValueIn(c));
+        derivation.record->Point(position++, derived->ValueIn(c));
     }
-    return derived_.get();
+    return derivation.record.get();
 }
 
 }  // namespace MCVelscore_850

@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "host/expressions/expressionscratch.h"
 #include "host/variables/caserecord.h"
 #include "host/variables/scoredictionary.h"
 
@@ -21,8 +22,20 @@ public:
     const ScoreCaseRecord* GetValuesForDerivedVars(const ScoreCaseRecord* record,
                                                    const ScoreDictionary* dictionary) const;
 
+    /// A record of derived values, and what computing them writes.
+    struct Derivation {
+        ExpressionScratch scratch;
+        std::unique_ptr<CaseRecord> record;
+    };
+    /// The same in the caller's own place, for callers side by side.
+    const ScoreCaseRecord* GetValuesForDerivedVars(const ScoreCaseRecord* record,
+                                                   const ScoreDictionary* dictionary,
+                                                   Derivation& derivation) const;
+
 private:
-    std::unique_ptr<CaseRecord> derived_;
+    std::unique_ptr<CaseRecord> NewRecord() const;
+
+    std::unique_ptr<Derivation> own_;  ///< null before SetUpDerivedCaseRecord()
 };
 
 }  // namespace MCVelscore_850

@@ -135,10 +135,6 @@ TEST_P(BothRoads, OnlyTheListedModelsHaveNoBlockScorer)
 TEST_P(BothRoads, EightThreadsOnOneModelTellTheSame)
 {
     const CaseFolder folder(GetParam());
-    if (!folder.model.Description().variables.empty() &&
-        folder.model.Model().GetTransformationDictionary() != nullptr) {
-        GTEST_SKIP() << "derived fields keep their scratch in the model";
-    }
     const auto alone = ScoreTable(folder, 3);
     std::vector<std::vector<std::string>> found(8);
     std::vector<std::thread> threads;
