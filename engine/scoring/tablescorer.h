@@ -38,7 +38,8 @@ struct TableOptions {
 ///         be scored has a status other than 0, the field at fault and what stood in it, as far as
 ///         a single field is.
 /// Owner   the model outlives the scorer.
-/// Threads one. All that scoring writes lies in the scorer and in its state of the model, but for the
+/// Threads one. All that scoring writes lies in the scorer and in its state of the model, but for
+/// the
 ///         scratch of derived fields, which lies in the model.
 /// Memory  scoring a block allocates nothing that the blocks before it didn't.
 class TableScorer {
