@@ -194,6 +194,7 @@ MadeVerification MakeVerification(const LoadedModel& model, ByteSource& cases,
         }
         std::vector<std::string> texts = scorer.Preparer().InputTexts(block, row);
         std::vector<std::string> record;
+        record.reserve(inputs.size() + outputs.size() + 1);
         for (const size_t i : inputs) record.push_back(std::move(texts[i]));
         if (target != nullptr) record.push_back(TextOf(values.Predicted()));
         for (const size_t i : outputs) record.push_back(TextOf(values.OutputCells()[i]));
