@@ -212,6 +212,7 @@ public:
     void Finish()
     {
         if (Odd(10)) built.model.SetScoreCaseValidationCheck(false);
+        if (Odd(10)) built.model.SetAllowMissingFactors(true);
         if (Odd(10)) built.model.SetMissingValuePolicy(ScoreModel::MV_STATUS_ONLY);
         built.model.FinishSetup();
     }
