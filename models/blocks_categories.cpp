@@ -6,6 +6,7 @@
 #include "host/values/datetimetext.h"
 #include "models/blockscorer.h"
 #include "models/blrmodel.h"
+#include "models/caseroad.h"
 #include "models/clrmodel.h"
 #include "models/cumulativelinkmodel.h"
 #include "models/mlrmodel.h"
@@ -147,7 +148,8 @@ private:
     int32_t RowOf(size_t predictor, const ScoreValue& value) const
     {
         const bool isText = value.Kind() == ScoreValue::STRING;
-        const double number = isText ? model_.NumberOfText(predictor, value) : value.GetDouble();
+        const double number = isText ? model_.NumberOfText(predictor, value)
+                                     : NumericReading(value, *model_.predictorVars[predictor]);
         if (isText && number < 0.0) return kUnsure;
         const int32_t row = model_.ContrastRow(predictor, number);
         return row >= 0 && HasEveryContrast(model_.plan, predictor, row) ? row : kUnsure;

@@ -1,10 +1,13 @@
 #!/usr/bin/env bash
 # What a release has to pass beside .ci/run and takes too long, or needs too much, for every change:
 #
-#   clang   the release build and all its tests with clang++, warnings being errors
-#   tidy    clang-tidy over every source
-#   root    README.md's commands in a new Debian root, made by debootstrap from the committed tree
-#           (needs root)
+#   clang      the release build and all its tests with clang++, warnings being errors
+#   equality   block scorers against single cases over 10,000,000 rows a family and link, with both
+#              compilers
+#   threads    the tests that score one model in several threads, under ThreadSanitizer
+#   tidy       clang-tidy over every source
+#   root       README.md's commands in a new Debian root, made by debootstrap from the committed tree
+#              (needs root)
 #
 # scripts/release-check.sh runs them all, scripts/release-check.sh STAGE... those. Every stage runs,
 # the end says which failed.
@@ -16,6 +19,28 @@ stage_clang() {
         cmake --preset clang -DVELSCORE_WERROR=ON >/dev/null &&
         cmake --build --preset clang &&
         ctest --preset clang -j "$(nproc)"
+}
+
+# Builds the tests of the models with a preset and runs those that a filter names.
+run_models_tests() {
+    cmake --preset "$1" -DVELSCORE_WERROR=ON >/dev/null &&
+        cmake --build --preset "$1" --target models_tests &&
+        "build/$1/bin/models_tests" --gtest_filter="$2" --gtest_list_tests | grep -q '^  ' &&
+        "build/$1/bin/models_tests" --gtest_filter="$2" --gtest_brief=1
+}
+
+stage_equality() {
+    scripts/ensure-packages.sh packages.txt tests/packages.txt || return 1
+    local preset ended=0
+    for preset in release clang; do
+        VELSCORE_TEST_ROWS=10000000 run_models_tests "$preset" '*BlockScorerOf*' || ended=1
+    done
+    return $ended
+}
+
+stage_threads() {
+    scripts/ensure-packages.sh packages.txt tests/packages.txt &&
+        TSAN_OPTIONS=halt_on_error=1 run_models_tests thread '*ServesThreadsAtOnce*'
 }
 
 stage_tidy() { scripts/lint.sh --all; }
@@ -41,7 +66,7 @@ stage_root() {
     return $ended
 }
 
-stages=(clang tidy root)
+stages=(clang equality threads tidy root)
 [ $# -gt 0 ] || set -- "${stages[@]}"
 failed=()
 for stage in "$@"; do

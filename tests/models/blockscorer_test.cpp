@@ -1,0 +1,723 @@
+// The block scorer of a model gives every row that it scores the bits of ScoreRow, whatever the
+// instruction set, and leaves every row that ScoreRow doesn't score: models of all families that
+// are drawn, over rows that are drawn, the odd ones among them.
+//
+// VELSCORE_TEST_ROWS says over how many rows a family and link, 100,000 without it.
+
+#include "models/blockscorer.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstdlib>
+#include <latch>
+#include <limits>
+#include <thread>
+
+#include "host/values/datetimetext.h"
+#include "host/values/datetimevalue.h"
+#include "host/values/stringvalue.h"
+#include "host/variables/caserecord.h"
+#include "models/coxregresult.h"
+#include "models/lrresult.h"
+#include "models/mlrresult.h"
+#include "tests/models/modelfixture.h"
+#include "tests/models/randommodels.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+using namespace testing;
+
+constexpr size_t kRows = BatchScorer::kRows;
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+bool SameBits(double a, double b)
+{
+    return std::bit_cast<uint64_t>(a) == std::bit_cast<uint64_t>(b) ||
+           (std::isnan(a) && std::isnan(b));
+}
+
+// Numbers at which arithmetic turns. The last of them no variable takes.
+constexpr double kTurns[] = {
+    0.0,   -0.0,   1.0,         -1.0,        1e300,  -1e300,  1e-300,    -1e-300,   5e-324, 2.0,
+    0.5,   709.0,  745.2,       20.0,        -708.5, 1e10,    50.5,      -2.0,      710.0,  1e154,
+    1e-10, -100.0, 1.0 + 5e-13, 1.0 + 5e-12, kNaN,   kSysmis, kInfinity, -kInfinity};
+constexpr size_t kBadTurns = 4;
+constexpr double kWholeTurns[] = {0.0, -0.0, 1.0, -1.0, 9007199254740992.0, 4503599627370497.0};
+
+// How the cells of a block are drawn: of a hundred cells so many are odd, or bad.
+struct Mixture {
+    size_t odd;
+    size_t bad;
+};
+
+// The cells of one input over the rows of a block.
+struct Cells {
+    alignas(64) double numbers[kRows];
+    alignas(64) int32_t codes[kRows];
+    uint8_t present[kRows / 8];
+    bool lacksSome;
+
+    bool IsPresent(size_t row) const { return ((present[row / 8] >> (row % 8)) & 1) != 0; }
+};
+
+// The texts that the codes of a column stand for: the good ones, then some that few variables take.
+std::vector<std::string> TextsOf(const DrawnColumn& column)
+{
+    std::vector<std::string> texts = column.texts;
+    texts.insert(texts.end(), {"zz", "", "B"});
+    return texts;
+}
+
+bool HasTexts(const ScoreDictVar& var) { return var.GetValueType() == ScoreDictVar::STRING; }
+
+// A block of cases, by column.
+class Block {
+public:
+    explicit Block(const DrawnModel& drawn) : drawn_(drawn)
+    {
+        for (size_t i = 0; i < drawn.columns.size(); ++i) {
+            cells_.push_back(std::make_unique<Cells>());
+            texts_.push_back(TextsOf(drawn.columns[i]));
+        }
+    }
+
+    size_t rows = 0;
+    const Cells& Of(size_t column) const { return *cells_[column]; }
+    const std::vector<std::string>& Texts(size_t column) const { return texts_[column]; }
+
+    void Fill(Draw& draw, size_t count, Mixture mixture)
+    {
+        rows = count;
+        for (size_t i = 0; i < cells_.size(); ++i) {
+            const DrawnColumn& column = drawn_.columns[i];
+            Cells& cells = *cells_[i];
+            cells.lacksSome = false;
+            std::fill_n(cells.present, sizeof cells.present, uint8_t{255});
+            for (size_t row = 0; row < rows; ++row) {
+                const size_t chance = draw.Below(100);
+                const bool isBad = chance < mixture.bad;
+                const bool isOdd = !isBad && chance < mixture.bad + mixture.odd;
+                if (HasTexts(*column.var)) {
+                    cells.codes[row] = DrawCode(draw, i, isBad);
+                } else {
+                    cells.numbers[row] = DrawNumber(draw, column, isOdd, isBad);
+                }
+                if (isBad && draw.Once(2)) TakeAway(cells, row);
+            }
+            // What stands beyond the rows means nothing.
+            for (size_t row = rows; row < kRows; ++row) {
+                cells.numbers[row] = kTurns[row % std::size(kTurns)];
+                cells.codes[row] = row % 2 == 0 ? -7 : 1 << 30;
+            }
+        }
+    }
+    // Takes a value away from so many of a hundred rows.
+    void TakeAway(Draw& draw, size_t percent)
+    {
+        for (size_t row = 0; row < rows; ++row) {
+            if (draw.Below(100) < percent) TakeAway(*cells_[draw.Below(cells_.size())], row);
+        }
+    }
+    // Takes another order for the texts of every column.
+    void TurnTexts()
+    {
+        for (auto& texts : texts_) std::rotate(texts.begin(), texts.begin() + 1, texts.end());
+    }
+
+private:
+    static void TakeAway(Cells& cells, size_t row)
+    {
+        cells.present[row / 8] &= static_cast<uint8_t>(~(1U << (row % 8)));
+        cells.lacksSome = true;
+    }
+    int32_t DrawCode(Draw& draw, size_t column, bool isBad) const
+    {
+        const std::vector<std::string>& texts = texts_[column];
+        if (isBad && draw.Once(4)) return draw.Once(2) ? -1 : static_cast<int32_t>(texts.size());
+        if (isBad) return static_cast<int32_t>(draw.Below(texts.size()));
+        const std::string& text = draw.Of(drawn_.columns[column].texts);
+        return static_cast<int32_t>(std::find(texts.begin(), texts.end(), text) - texts.begin());
+    }
+    static double DrawNumber(Draw& draw, const DrawnColumn& column, bool isOdd, bool isBad)
+    {
+        if (isBad) return kTurns[std::size(kTurns) - 1 - draw.Below(kBadTurns + 3)];
+        if (isOdd && column.values == DrawnColumn::Whole) return draw.Of(kWholeTurns);
+        if (isOdd && column.values != DrawnColumn::Listed) {
+            return kTurns[draw.Below(std::size(kTurns) - kBadTurns)];
+        }
+        switch (column.values) {
+            case DrawnColumn::Whole: return std::round(draw.Normal(5.0));
+            case DrawnColumn::Listed: return draw.Of(column.numbers);
+            case DrawnColumn::Partly:
+                if (draw.Once(2)) return draw.Of(column.numbers);
+                break;
+            case DrawnColumn::Any: break;
+        }
+        return draw.Normal(1.5);
+    }
+
+    const DrawnModel& drawn_;
+    std::vector<std::unique_ptr<Cells>> cells_;
+    std::vector<std::vector<std::string>> texts_;
+};
+
+// A record that takes the values of one row after another.
+class RowRecord {
+public:
+    explicit RowRecord(const DrawnModel& drawn) : drawn_(drawn), record_(NamesOf(drawn))
+    {
+        for (size_t i = 0; i < drawn.columns.size(); ++i) {
+            const ScoreDictVar& var = *drawn.columns[i].var;
+            values_.push_back({NumericValue(0.0), DateTimeValue(0.0), StringValue("")});
+            shifts_.push_back(OriginShift(var.GetDateTimeType()));
+            types_.push_back(var.GetValueType());
+        }
+    }
+    const CaseRecord& Get() const { return record_; }
+
+    /// False when some value isn't accepted by its variable, or isn't what its number says.
+    bool Take(const Block& block, size_t row)
+    {
+        bool good = true;
+        for (size_t i = 0; i < values_.size(); ++i) {
+            ScoreValue* value = TakeCell(block, i, row, good);
+            record_.Point(static_cast<int>(i), value);
+            good = good && drawn_.columns[i].var->Accepts(value);
+        }
+        return good;
+    }
+
+private:
+    struct Values {
+        NumericValue number;
+        DateTimeValue date;
+        StringValue text;
+    };
+
+    static std::vector<std::string> NamesOf(const DrawnModel& drawn)
+    {
+        std::vector<std::string> names;
+        for (const DrawnColumn& column : drawn.columns) names.push_back(column.var->GetName());
+        return names;
+    }
+    ScoreValue* TakeCell(const Block& block, size_t column, size_t row, bool& good)
+    {
+        const Cells& cells = block.Of(column);
+        Values& values = values_[column];
+        const bool present = cells.IsPresent(row);
+        if (!present && row % 2 == 0) return nullptr;
+        const double number = present ? cells.numbers[row] : kSysmis;
+        switch (types_[column]) {
+            case ScoreDictVar::STRING: {
+                const auto code = static_cast<size_t>(cells.codes[row]);
+                const std::vector<std::string>& texts = block.Texts(column);
+                const bool known = code < texts.size();
+                values.text.Assign(known ? std::string_view(texts[code]) : "not bound");
+                if (!present) values.text.SetMissing();
+                good = good && known;
+                return &values.text;
+            }
+            case ScoreDictVar::DATETIME:
+                values.date.SetNumber(number - shifts_[column]);
+                good = good && (number - shifts_[column]) + shifts_[column] == number;
+                return &values.date;
+            default: break;
+        }
+        values.number.SetDoubleValue(number);
+        return &values.number;
+    }
+
+    const DrawnModel& drawn_;
+    CaseRecord record_;
+    std::vector<Values> values_;
+    std::vector<double> shifts_;
+    std::vector<int> types_;
+};
+
+// The numbers among a row's results.
+constexpr struct {
+    const char* name;
+    double* BatchResults::*column;
+} kQuantities[] = {
+    {"prediction", &BatchResults::prediction}, {"linear predictor", &BatchResults::linearPredictor},
+    {"std_dev", &BatchResults::stdDev},        {"ci_lower", &BatchResults::ciLower},
+    {"ci_upper", &BatchResults::ciUpper},      {"cum_hazard", &BatchResults::cumHazard},
+};
+enum : size_t { kPrediction, kLinearPredictor, kStdDev, kLower, kUpper, kHazard, kQuantityCount };
+static_assert(kQuantityCount == std::size(kQuantities));
+
+// Which of them a model has, and whether it has a category and probabilities.
+struct Answered {
+    bool quantities[kQuantityCount] = {};
+    bool category = false;
+    bool probabilities = false;
+};
+
+Answered AnsweredBy(const RegressionModel& model, int resultType)
+{
+    Answered answered;
+    answered.quantities[kLinearPredictor] = model.GetModelType() != ScoreModel::TYPE_MLR;
+    answered.quantities[kPrediction] = resultType != ScoreResult::MLR_RESULT;
+    answered.category = resultType == ScoreResult::MLR_RESULT;
+    answered.probabilities = answered.category && !model.GetPredictionOnly();
+    const bool hasErrors = resultType == ScoreResult::LR_RESULT && !model.GetPredictionOnly();
+    for (const size_t q : {kStdDev, kLower, kUpper}) answered.quantities[q] = hasErrors;
+    answered.quantities[kHazard] = resultType == ScoreResult::COXREG_RESULT;
+    return answered;
+}
+
+// The results of the rows of a block, with room beyond them that nobody writes to.
+class Answers {
+public:
+    static constexpr double kUnwritten = 1234.5678;
+    static constexpr int32_t kNoCategory = 12345678;
+    static constexpr size_t kRoom = kRows + BatchScorer::kRowMultiple;
+
+    explicit Answers(size_t categories) : probabilities(categories)
+    {
+        for (auto& column : numbers) column.resize(kRoom);
+        for (auto& column : probabilities) column.resize(kRoom);
+        category.resize(kRoom);
+        Forget();
+    }
+    void Forget()
+    {
+        for (auto& column : numbers) std::fill(column.begin(), column.end(), kUnwritten);
+        for (auto& column : probabilities) std::fill(column.begin(), column.end(), kUnwritten);
+        std::fill(category.begin(), category.end(), kNoCategory);
+    }
+    /// True when nothing stands beyond the vectors that hold the rows.
+    bool EndsWith(size_t rows) const
+    {
+        constexpr size_t kStep = BatchScorer::kRowMultiple;
+        const size_t end = (rows + kStep - 1) / kStep * kStep;
+        const auto isUnwritten = [end](const std::vector<double>& column) {
+            return std::all_of(column.begin() + static_cast<std::ptrdiff_t>(end), column.end(),
+                               [](double each) { return each == kUnwritten; });
+        };
+        return std::all_of(std::begin(numbers), std::end(numbers), isUnwritten) &&
+               std::all_of(probabilities.begin(), probabilities.end(), isUnwritten) &&
+               std::all_of(category.begin() + static_cast<std::ptrdiff_t>(end), category.end(),
+                           [](int32_t each) { return each == kNoCategory; });
+    }
+
+    /// True when some result of the row is infinite or no number.
+    bool IsOdd(size_t row) const
+    {
+        const auto isOdd = [row](const std::vector<double>& column) {
+            return !std::isfinite(column[row]);
+        };
+        return std::any_of(std::begin(numbers), std::end(numbers), isOdd) ||
+               std::any_of(probabilities.begin(), probabilities.end(), isOdd);
+    }
+
+    std::vector<double> numbers[kQuantityCount];
+    std::vector<int32_t> category;
+    std::vector<std::vector<double>> probabilities;
+};
+
+// A run of cases through ScoreRow.
+class Run {
+public:
+    Run(const RegressionModel& model, std::span<const std::string> categories)
+        : model_(model), categories_(categories), state_(model.MakeState())
+    {}
+
+    /// The code of its status, 0 for a case that is scored.
+    long Score(const CaseRecord& record)
+    {
+        return model_.ScoreRow(*state_, &record, slot_.result, true).GetErrorCode();
+    }
+    int ResultType() const { return slot_.result->GetScoreResultType(); }
+    /// What the last case was answered.
+    void Give(const Answered& answered, Answers& answers, size_t row)
+    {
+        answers.numbers[kLinearPredictor][row] = state_->linearPredictor;
+        if (answered.quantities[kPrediction]) answers.numbers[kPrediction][row] = slot_.Number();
+        if (answered.quantities[kStdDev]) {
+            const auto& measured = slot_.As<LRResult>();
+            answers.numbers[kStdDev][row] = measured.GetStdDev();
+            answers.numbers[kLower][row] = measured.GetCIBottom();
+            answers.numbers[kUpper][row] = measured.GetCITop();
+        }
+        if (answered.quantities[kHazard]) {
+            answers.numbers[kHazard][row] = slot_.As<CoxRegResult>().GetCumHazardValue();
+        }
+        if (answered.category) answers.category[row] = CategoryOf(*slot_.result->GetPrediction());
+        if (answered.probabilities) GiveProbabilities(answers, row);
+    }
+
+private:
+    int32_t CategoryOf(const ScoreValue& value) const
+    {
+        for (size_t c = 0; c < categories_.size(); ++c) {
+            const bool is = value.Kind() == ScoreValue::STRING
+                                ? static_cast<const StringValue&>(value).Text() == categories_[c]
+                                : value.GetDouble() == std::strtod(categories_[c].c_str(), nullptr);
+            if (is) return static_cast<int32_t>(c);
+        }
+        return -1;
+    }
+    void GiveProbabilities(Answers& answers, size_t row)
+    {
+        const auto& percents = slot_.As<MLRResult>().GetAllValuePercent();
+        // A result keeps the order of its categories.
+        for (size_t i = places_.size(); i < percents.size(); ++i) {
+            places_.push_back(static_cast<size_t>(CategoryOf(*percents[i].first)));
+        }
+        for (size_t i = 0; i < percents.size(); ++i) {
+            answers.probabilities[places_[i]][row] = percents[i].second;
+        }
+    }
+
+    const RegressionModel& model_;
+    std::span<const std::string> categories_;
+    std::unique_ptr<ScoringState> state_;
+    Slot slot_;
+    std::vector<size_t> places_;  // by entry of the result, its category
+};
+
+// The block scorer of one instruction set, with what it writes.
+class Scored {
+public:
+    Scored(const DrawnModel& drawn, std::shared_ptr<const BatchScorer> made, const char* name)
+        : set(name), answers(made->Categories().size()), scorer_(std::move(made))
+    {
+        scratch_ = scorer_->MakeScratch();
+        for (const ScoreDictVar* var : scorer_->Inputs()) {
+            const auto found = std::find_if(drawn.columns.begin(), drawn.columns.end(),
+                                            [&](const auto& column) { return column.var == var; });
+            columns_.push_back(static_cast<size_t>(found - drawn.columns.begin()));
+        }
+        inputs_.resize(columns_.size());
+        for (auto& column : answers.probabilities) probabilities_.push_back(column.data());
+    }
+
+    const char* set;
+    Answers answers;
+    std::array<uint64_t, kRows / 64> unsure;
+
+    std::span<const std::string> Categories() const { return scorer_->Categories(); }
+    bool IsLeft(size_t row) const { return ((unsure[row / 64] >> (row % 64)) & 1) != 0; }
+    void BindTexts(const Block& block)
+    {
+        for (size_t i = 0; i < columns_.size(); ++i) {
+            if (!HasTexts(*scorer_->Inputs()[i])) continue;
+            const std::vector<std::string>& texts = block.Texts(columns_[i]);
+            const std::vector<std::string_view> views(texts.begin(), texts.end());
+            scorer_->BindTexts(i, views, *scratch_);
+        }
+    }
+    void Score(const Block& block, const Answered& wanted)
+    {
+        for (size_t i = 0; i < columns_.size(); ++i) {
+            const Cells& cells = block.Of(columns_[i]);
+            const bool texts = HasTexts(*scorer_->Inputs()[i]);
+            inputs_[i].numbers = texts ? nullptr : cells.numbers;
+            inputs_[i].codes = texts ? cells.codes : nullptr;
+            inputs_[i].present = cells.lacksSome || block.rows % 2 == 0 ? cells.present : nullptr;
+        }
+        BatchResults results;
+        for (size_t q = 0; q < kQuantityCount; ++q) {
+            if (wanted.quantities[q]) results.*kQuantities[q].column = answers.numbers[q].data();
+        }
+        if (wanted.category) results.category = answers.category.data();
+        if (wanted.probabilities) results.probabilities = probabilities_.data();
+        answers.Forget();
+        unsure.fill(~uint64_t{0});
+        scorer_->Score(inputs_, block.rows, results, unsure.data(), *scratch_);
+    }
+
+private:
+    std::shared_ptr<const BatchScorer> scorer_;
+    std::unique_ptr<BatchScorer::Scratch> scratch_;
+    std::vector<size_t> columns_;  // by input
+    std::vector<BatchColumn> inputs_;
+    std::vector<double*> probabilities_;
+};
+
+// What a test has seen, so that it can't pass by looking at nothing.
+struct Seen {
+    size_t rows = 0;
+    size_t compared = 0;  // scored by the block
+    size_t refused = 0;   // not scored by ScoreRow
+    size_t good = 0;      // of good values and scored by ScoreRow
+    size_t odd = 0;       // of those, with some result that isn't a finite number
+    size_t models = 0;
+    size_t withoutBlocks = 0;
+};
+
+constexpr size_t kSizes[] = {1, 7, 8, 9, 511, 512};
+constexpr size_t kBlocksOfModel = 4;
+constexpr Mixture kMixtures[] = {{10, 2}, {25, 0}, {3, 0}};
+constexpr Mixture kPlainMixture = {0, 0};
+
+// Compares the block scorers of one drawn model with ScoreRow.
+class Comparison {
+public:
+    Comparison(DrawnModel& drawn, Draw& draw, std::span<const char* const> sets, Seen& seen)
+        : drawn_(drawn), draw_(draw), seen_(seen)
+    {
+        for (const char* set : sets) {
+            const kernels::BlockKernels* kernels = kernels::KernelsOf(set);
+            if (kernels == nullptr) continue;
+            std::shared_ptr<const BatchScorer> scorer = drawn.Get().MakeBlockScorer(*kernels);
+            if (scorer != nullptr) scored_.emplace_back(drawn, std::move(scorer), set);
+        }
+    }
+    bool HasBlocks() const { return !scored_.empty(); }
+
+    void Compare(bool plain)
+    {
+        Block block(drawn_);
+        RowRecord record(drawn_);
+        Run run(drawn_.Get(), scored_.front().Categories());
+        // The first case of a run is scored by itself.
+        block.Fill(draw_, 1, kPlainMixture);
+        record.Take(block, 0);
+        run.Score(record.Get());
+        const Answered answered = AnsweredBy(drawn_.Get(), run.ResultType());
+        Answers expected(scored_.front().Categories().size());
+        for (size_t i = 0; i < kBlocksOfModel; ++i) {
+            if (i == kBlocksOfModel / 2) block.TurnTexts();
+            block.Fill(draw_, draw_.Of(kSizes), plain ? kPlainMixture : draw_.Of(kMixtures));
+            ScoreRows(block, record, run, answered, expected);
+            const Answered wanted = DrawWanted(answered);
+            for (Scored& scored : scored_) {
+                if (i == 0 || i == kBlocksOfModel / 2) scored.BindTexts(block);
+                scored.Score(block, wanted);
+                ASSERT_NO_FATAL_FAILURE(CompareRows(block, wanted, expected, scored));
+            }
+            Count(block.rows);
+        }
+    }
+
+private:
+    void ScoreRows(const Block& block, RowRecord& record, Run& run, const Answered& answered,
+                   Answers& expected)
+    {
+        expected.Forget();
+        for (size_t row = 0; row < block.rows; ++row) {
+            good_[row] = record.Take(block, row);
+            isScored_[row] = run.Score(record.Get()) == 0;
+            if (isScored_[row]) run.Give(answered, expected, row);
+            good_[row] = good_[row] && isScored_[row];
+            if (good_[row] && expected.IsOdd(row)) ++seen_.odd;
+        }
+    }
+    Answered DrawWanted(Answered answered)
+    {
+        for (bool& quantity : answered.quantities) quantity = quantity && !draw_.Once(5);
+        answered.category = answered.category && !draw_.Once(5);
+        answered.probabilities = answered.probabilities && !draw_.Once(5);
+        return answered;
+    }
+    void CompareRows(const Block& block, const Answered& wanted, const Answers& expected,
+                     const Scored& scored)
+    {
+        ASSERT_TRUE(scored.answers.EndsWith(block.rows)) << scored.set;
+        for (size_t row = 0; row < block.rows; ++row) {
+            if (scored.IsLeft(row)) {
+                ASSERT_TRUE(!good_[row] || drawn_.leavesGoodRows)
+                    << scored.set << " leaves the good row " << row << " of " << block.rows;
+                continue;
+            }
+            ASSERT_TRUE(isScored_[row]) << scored.set << " scores row " << row << " of "
+                                        << block.rows << ", which ScoreRow doesn't";
+            for (size_t q = 0; q < kQuantityCount; ++q) {
+                if (!wanted.quantities[q]) continue;
+                ASSERT_TRUE(SameBits(scored.answers.numbers[q][row], expected.numbers[q][row]))
+                    << std::hexfloat << scored.set << ", row " << row << ", " << kQuantities[q].name
+                    << ": " << scored.answers.numbers[q][row] << " for "
+                    << expected.numbers[q][row];
+            }
+            if (wanted.category) {
+                ASSERT_EQ(scored.answers.category[row], expected.category[row])
+                    << scored.set << ", row " << row;
+            }
+            for (size_t c = 0; wanted.probabilities && c < expected.probabilities.size(); ++c) {
+                ASSERT_TRUE(
+                    SameBits(scored.answers.probabilities[c][row], expected.probabilities[c][row]))
+                    << std::hexfloat << scored.set << ", row " << row << ", category " << c << ": "
+                    << scored.answers.probabilities[c][row] << " for "
+                    << expected.probabilities[c][row];
+            }
+        }
+        for (size_t row = block.rows; row < kRows; ++row) {
+            ASSERT_FALSE(scored.IsLeft(row)) << scored.set << ", row " << row << " beyond";
+        }
+    }
+    void Count(size_t rows)
+    {
+        seen_.rows += rows;
+        for (size_t row = 0; row < rows; ++row) {
+            seen_.compared += scored_.front().IsLeft(row) ? 0 : 1;
+            seen_.refused += isScored_[row] ? 0 : 1;
+            seen_.good += good_[row] ? 1 : 0;
+        }
+    }
+
+    DrawnModel& drawn_;
+    Draw& draw_;
+    Seen& seen_;
+    std::vector<Scored> scored_;
+    bool good_[kRows];
+    bool isScored_[kRows];
+};
+
+size_t WantedRows()
+{
+    const char* rows = std::getenv("VELSCORE_TEST_ROWS");
+    return rows == nullptr ? 100'000 : std::strtoull(rows, nullptr, 10);
+}
+
+uint64_t SeedOf(const DrawnFamily& family, uint64_t round, bool plain)
+{
+    constexpr uint64_t kLinks = 64;
+    return (round * kLinks + static_cast<uint64_t>(family.link)) * 2 + (plain ? 1 : 0);
+}
+
+// Models after models until so many rows are compared.
+void CompareModels(const DrawnFamily& family, std::span<const char* const> sets, bool plain,
+                   size_t rows, Seen& seen)
+{
+    for (uint64_t round = 0; seen.rows < rows; ++round) {
+        SCOPED_TRACE(::testing::Message() << family.name << ", round " << round);
+        Draw draw(SeedOf(family, round, plain));
+        const auto drawn = family.make(draw, plain, family.link);
+        Comparison comparison(*drawn, draw, sets, seen);
+        ++seen.models;
+        if (comparison.HasBlocks()) {
+            ASSERT_NO_FATAL_FAILURE(comparison.Compare(plain));
+        } else {
+            ASSERT_TRUE(drawn->mayLackBlocks);
+            ++seen.withoutBlocks;
+        }
+    }
+}
+
+class BlockScorerOfFamily : public ::testing::TestWithParam<DrawnFamily> {};
+INSTANTIATE_TEST_SUITE_P(Families, BlockScorerOfFamily, ::testing::ValuesIn(DrawnFamilies()),
+                         [](const auto& family) { return std::string(family.param.name); });
+
+TEST_P(BlockScorerOfFamily, GivesTheBitsOfScoreRow)
+{
+    Seen seen;
+    ASSERT_NO_FATAL_FAILURE(
+        CompareModels(GetParam(), kernels::kInstructionSets, false, WantedRows(), seen));
+    EXPECT_GT(seen.compared, seen.rows / 2);
+    EXPECT_GT(seen.refused, seen.rows / 200);
+    EXPECT_GT(seen.odd, seen.rows / 1000);
+    EXPECT_LT(seen.withoutBlocks, seen.models / 4 + 1);
+}
+
+class BlockScorerOfSet : public ::testing::TestWithParam<const char*> {};
+INSTANTIATE_TEST_SUITE_P(InstructionSets, BlockScorerOfSet,
+                         ::testing::ValuesIn(kernels::kInstructionSets),
+                         [](const auto& set) { return std::string(set.param); });
+
+TEST_P(BlockScorerOfSet, ScoresEveryRowOfGoodValuesOfAPlainModel)
+{
+    if (kernels::KernelsOf(GetParam()) == nullptr) {
+        GTEST_SKIP() << "this processor has no " << GetParam();
+    }
+    constexpr size_t kPlainRows = 1000;
+    for (const DrawnFamily& family : DrawnFamilies()) {
+        Seen seen;
+        const char* const sets[] = {GetParam()};
+        ASSERT_NO_FATAL_FAILURE(CompareModels(family, sets, true, kPlainRows, seen));
+        EXPECT_EQ(seen.compared, seen.rows) << family.name;
+        EXPECT_EQ(seen.good, seen.rows) << family.name;
+        EXPECT_EQ(seen.withoutBlocks, 0U) << family.name;
+    }
+}
+
+// The blocks of a table, and what a run over them answers, one block after another: the rows that a
+// block leaves go through ScoreRow, as the first row does, which is scored by itself.
+using Table = std::vector<std::unique_ptr<Block>>;
+struct TableAnswers {
+    std::vector<Answers> blocks;
+    std::vector<long> codes;  // of the rows that ScoreRow took
+};
+
+TableAnswers ScoreTable(DrawnModel& drawn, std::shared_ptr<const BatchScorer> scorer,
+                        const Table& table)
+{
+    Scored scored(drawn, std::move(scorer), "");
+    scored.BindTexts(*table.front());
+    RowRecord record(drawn);
+    Run run(drawn.Get(), scored.Categories());
+    TableAnswers answers;
+    record.Take(*table.front(), 0);
+    answers.codes.push_back(run.Score(record.Get()));
+    const Answered answered = AnsweredBy(drawn.Get(), run.ResultType());
+    for (const auto& block : table) {
+        scored.Score(*block, answered);
+        for (size_t row = 0; row < block->rows; ++row) {
+            if (!scored.IsLeft(row)) continue;
+            record.Take(*block, row);
+            answers.codes.push_back(run.Score(record.Get()));
+            if (answers.codes.back() == 0) run.Give(answered, scored.answers, row);
+        }
+        answers.blocks.push_back(scored.answers);
+    }
+    return answers;
+}
+
+// True when the rows that were scored have the same bits.
+bool AreSame(const TableAnswers& a, const TableAnswers& b)
+{
+    const auto same = [](const std::vector<double>& one, const std::vector<double>& other) {
+        return std::equal(one.begin(), one.end(), other.begin(), other.end(), SameBits);
+    };
+    const auto sameBlocks = [&](const Answers& one, const Answers& other) {
+        return one.category == other.category &&
+               std::equal(std::begin(one.numbers), std::end(one.numbers), std::begin(other.numbers),
+                          same) &&
+               std::equal(one.probabilities.begin(), one.probabilities.end(),
+                          other.probabilities.begin(), other.probabilities.end(), same);
+    };
+    return a.codes == b.codes && std::equal(a.blocks.begin(), a.blocks.end(), b.blocks.begin(),
+                                            b.blocks.end(), sameBlocks);
+}
+
+TEST_P(BlockScorerOfFamily, ServesThreadsAtOnce)
+{
+    constexpr size_t kThreads = 8;
+    constexpr size_t kBlocks = 6;
+    const DrawnFamily& family = GetParam();
+    Draw draw(SeedOf(family, 1, true));
+    const auto drawn = family.make(draw, true, family.link);
+    Table table;
+    for (size_t i = 0; i < kBlocks; ++i) {
+        table.push_back(std::make_unique<Block>(*drawn));
+        table.back()->Fill(draw, kRows, kPlainMixture);
+        table.back()->TakeAway(draw, 10);
+    }
+    const std::shared_ptr<const BatchScorer> scorer =
+        drawn->Get().MakeBlockScorer(kernels::ChosenKernels());
+    ASSERT_NE(scorer, nullptr);
+    const TableAnswers alone = ScoreTable(*drawn, scorer, table);
+    EXPECT_NEAR(static_cast<double>(alone.codes.size()), 0.1 * kBlocks * kRows, 100.0);
+
+    std::latch begin(kThreads);
+    std::vector<TableAnswers> answers(kThreads);
+    std::vector<std::thread> threads;
+    for (TableAnswers& each : answers) {
+        threads.emplace_back([&] {
+            begin.arrive_and_wait();
+            each = ScoreTable(*drawn, scorer, table);
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    for (const TableAnswers& each : answers) EXPECT_TRUE(AreSame(each, alone));
+}
+
+}  // namespace
+}  // namespace MCVelscore_850
