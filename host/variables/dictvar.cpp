@@ -139,20 +139,60 @@ DictVar::DictVar(const DictVar& other)
     if (other.encoder_) SetUpCatEncoder();
 }
 
+namespace {
+
+// A closed range of numbers, which what is no good value cuts.
+struct GoodRange {
+    double low;
+    double high;
+
+    void Keep(const DictVar::Interval& interval)
+    {
+        const double from = interval.lowClosed ? interval.low : std::nextafter(interval.low, kMost);
+        const double to =
+            interval.highClosed ? interval.high : std::nextafter(interval.high, -kMost);
+        low = std::max(low, from);
+        high = std::min(high, to);
+    }
+    // Of the two sides of numbers from `from` to `to` that are none, the one nearer to 0 stays:
+    // codes for missing values lie outside of what is measured.
+    void Cut(double from, double to)
+    {
+        if (to < low || from > high) return;
+        if (from > 0.0) {
+            high = std::nextafter(from, -kMost);
+        } else {
+            low = std::nextafter(to, kMost);
+        }
+    }
+
+    static constexpr double kMost = std::numeric_limits<double>::infinity();
+};
+
+}  // namespace
+
 void DictVar::UpdateSureRange()
 {
-    const bool plain = type_.level == CONTINUOUS && type_.valueType == NUMERIC && !declared_ &&
-                       missing_.values.empty() && intervals_.empty() && missingRanges_.empty() &&
-                       outlierTreatment_ != AS_MISSING;
-    if (!plain) {
-        SetSureRange(1.0, 0.0);
-    } else if (whole_) {
-        constexpr double kLargestExact = 9007199254740992.0;  // 2^53
-        SetSureRange(-kLargestExact, kLargestExact, true);
-    } else {
-        constexpr double kLargest = std::numeric_limits<double>::max();
-        SetSureRange(std::nextafter(NumericValue::GetSysmisValue(), 0.0), kLargest);
+    SetSureRange(1.0, 0.0);
+    const bool listsAlone = !categories_.values.empty() && intervals_.empty();
+    if (type_.level != CONTINUOUS || type_.valueType != NUMERIC || listsAlone ||
+        outlierTreatment_ == AS_MISSING) {
+        return;
     }
+    constexpr double kLargestExact = 9007199254740992.0;  // 2^53
+    constexpr double kLargest = std::numeric_limits<double>::max();
+    GoodRange range{std::nextafter(NumericValue::GetSysmisValue(), 0.0), kLargest};
+    if (whole_) range = {-kLargestExact, kLargestExact};
+    if (!intervals_.empty()) {
+        range.Keep(*std::max_element(
+            intervals_.begin(), intervals_.end(),
+            [](const Interval& a, const Interval& b) { return a.high - a.low < b.high - b.low; }));
+    }
+    for (const Listing* bad : {&missing_, &invalid_}) {
+        for (const auto& value : bad->values) range.Cut(value->GetDouble(), value->GetDouble());
+    }
+    for (const auto& [from, to] : missingRanges_) range.Cut(from, to);
+    SetSureRange(range.low, range.high, whole_);
 }
 
 void DictVar::SetOutlierTreatment(int treatment)
@@ -365,18 +405,19 @@ void DictVar::DeclareValue(std::unique_ptr<ScoreValue> value, const std::string&
                            Property property)
 {
     declared_ = true;
-    SetSureRange(1.0, 0.0);  // from now on the lists have to be asked
     if (IsDeclared(*value)) return;
     switch (property) {
-        case Property::Missing: missing_.Add(std::move(value)); return;
-        case Property::Invalid: invalid_.Add(std::move(value)); return;
-        case Property::Valid: break;
+        case Property::Missing: missing_.Add(std::move(value)); break;
+        case Property::Invalid: invalid_.Add(std::move(value)); break;
+        case Property::Valid:
+            if (type_.level == CONTINUOUS) {
+                Append(std::move(value));
+            } else {
+                AddCategory(value.release(), text);
+            }
+            break;
     }
-    if (type_.level == CONTINUOUS) {
-        Append(std::move(value));
-    } else {
-        AddCategory(value.release(), text);
-    }
+    UpdateSureRange();
 }
 
 void DictVar::SetUpCatEncoder()

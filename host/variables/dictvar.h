@@ -151,7 +151,8 @@ private:
     /// True for a fraction in a continuous variable of whole numbers. The limits that outliers are
     /// set to are the document's own and may have one.
     bool RefusesFraction(double number) const;
-    /// Every finite number but the system-missing one is sure where nothing restricts the variable.
+    /// What is sure: of a continuous variable the numbers between what is declared, the widest
+    /// interval alone where there are several.
     void UpdateSureRange();
 
     DictVarType type_;

@@ -1,7 +1,9 @@
 #include "host/variables/dictvar.h"
 
+#include <cmath>
 #include <limits>
 #include <memory>
+#include <random>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -565,6 +567,67 @@ TEST(DictVar, AcceptsIsNotMissingAndValid)
         }
     }
     EXPECT_GT(accepted, 100);
+}
+
+TEST(DictVar, NumbersBetweenWhatIsDeclaredAreSure)
+{
+    const auto number = [](double x) { return std::make_unique<NumericValue>(x); };
+    DictVar var(NumberType());
+    var.DeclareMissingValue(number(-999.0));
+    EXPECT_TRUE(var.SurelyAccepts(-998.0));
+    EXPECT_FALSE(var.SurelyAccepts(-999.0));
+    EXPECT_FALSE(var.SurelyAccepts(-1000.0));  // it is good; that isn't said
+    var.DeclareInterval({0.0, 100.0, false, true});
+    EXPECT_FALSE(var.SurelyAccepts(0.0));
+    EXPECT_TRUE(var.SurelyAccepts(5e-324));
+    EXPECT_TRUE(var.SurelyAccepts(100.0));
+    EXPECT_FALSE(var.SurelyAccepts(std::nextafter(100.0, 101.0)));
+    var.DeclareValue(number(99.0), "99", DictVar::Property::Invalid);
+    EXPECT_TRUE(var.SurelyAccepts(98.5));
+    EXPECT_FALSE(var.SurelyAccepts(99.0));
+    var.DeclareMissingRange(40.0, 50.0);
+    EXPECT_TRUE(var.SurelyAccepts(39.0));
+    EXPECT_FALSE(var.SurelyAccepts(40.0));
+    EXPECT_FALSE(var.SurelyAccepts(45.0));
+    var.SetOutlierTreatment(ScoreDictVar::AS_MISSING);
+    EXPECT_FALSE(var.SurelyAccepts(39.0));
+
+    DictVar listed(NumberType());
+    listed.DeclareValue(number(7.0), "7", DictVar::Property::Valid);
+    EXPECT_FALSE(listed.SurelyAccepts(8.0));
+}
+
+TEST(DictVar, NoSureNumberIsRefused)
+{
+    std::mt19937_64 random(850);
+    const auto below = [&](size_t end) { return static_cast<int>(random() % end); };
+    int sure = 0;
+    for (int round = 0; round < 2000; ++round) {
+        DictVar var(below(3) == 0 ? IntegerType() : NumberType());
+        for (int i = below(5); i > 0; --i) {
+            const double a = below(21) - 10;
+            const double b = a + below(8);
+            auto value = std::make_unique<NumericValue>(a);
+            switch (below(5)) {
+                case 0: var.DeclareInterval({a, b, below(2) == 0, below(2) == 0}); break;
+                case 1: var.DeclareMissingRange(a, b); break;
+                case 2: var.DeclareMissingValue(std::move(value)); break;
+                default: {
+                    constexpr DictVar::Property kProperties[] = {DictVar::Property::Valid,
+                                                                 DictVar::Property::Invalid,
+                                                                 DictVar::Property::Missing};
+                    var.DeclareValue(std::move(value), std::to_string(a), kProperties[below(3)]);
+                }
+            }
+        }
+        for (double x = -20.0; x <= 20.0; x += 0.5) {
+            if (!var.SurelyAccepts(x)) continue;
+            ++sure;
+            const NumericValue value(x);
+            ASSERT_TRUE(var.Accepts(&value)) << round << ": " << x;
+        }
+    }
+    EXPECT_GT(sure, 20000);
 }
 
 }  // namespace
