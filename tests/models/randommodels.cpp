@@ -43,7 +43,8 @@ enum class Kind {
     Derived,       // a number of the record's derived ones
     UnlistedText,  // a factor that takes texts that it doesn't list
     DateCategory,
-    OpenText  // a factor without a list
+    OpenText,  // a factor without a list
+    LooseText  // a text of no list that is read as a number
 };
 constexpr Kind kNumbers[] = {Kind::Number,     Kind::Number, Kind::Bounded, Kind::Whole,
                              Kind::TextNumber, Kind::Date,   Kind::Derived};
@@ -59,7 +60,8 @@ constexpr Kind kAllKinds[] = {Kind::Number,   Kind::Number,  Kind::Text,        
 
 constexpr double kMostExponents[] = {1.0, 1.0, 1.0, 2.0, 3.0, 0.5, 1.5, 0.0, -1.0, 2.5, 10.0};
 constexpr double kPlainExponents[] = {1.0, 1.0, 2.0};
-constexpr double kOddBetas[] = {1e300, -1e300, 1e-300, 800.0, -800.0, 5e-324};
+constexpr double kOddBetas[] = {1e300,  -1e300, 1e-300, 800.0,
+                                -800.0, 5e-324, -0.0,   NumericValue::GetInfinity()};
 
 std::unique_ptr<DictVar> DateVar(const std::string& name, ScoreDictVar::MeasureLevel level,
                                  ScoreDictVar::DateTimeType dateTimeType)
@@ -115,6 +117,10 @@ public:
         for (size_t i = 0; i < count; ++i) {
             AddPredictor(plain ? draw.Of(kPlainKinds) : draw.Of(kinds));
         }
+        // Some families take no text without a position.
+        if (!Odd(30)) return;
+        AddPredictor(draw.Once(2) ? Kind::LooseText : Kind::OpenText);
+        leavesGoodRows = true;
     }
     void AddCovariates(size_t most)
     {
@@ -131,12 +137,8 @@ public:
             case Kind::Bounded: return AddBounded(name);
             case Kind::Date: return AddDate(name);
             case Kind::Derived: return AddDerived(name);
-            case Kind::TextNumber: {
-                const std::vector<std::string> texts(std::begin(kTextsOfNumbers),
-                                                     std::end(kTextsOfNumbers));
-                AddListed(Categorical(name, texts), {}, texts, false);
-                return;
-            }
+            case Kind::TextNumber:
+            case Kind::LooseText: return AddTextOfNumbers(name, kind == Kind::TextNumber);
             case Kind::Text: return AddTexts(name, false);
             case Kind::UnlistedText: return AddTexts(name, true);
             case Kind::OpenText: return AddOpenTexts(name);
@@ -267,6 +269,16 @@ private:
         built.model.AddPredictor(name);
         predictors.push_back({name, false, {}});
         columns.push_back({&added, DrawnColumn::Any, {}, {}});
+    }
+    void AddTextOfNumbers(const std::string& name, bool isListed)
+    {
+        const std::vector<std::string> texts(std::begin(kTextsOfNumbers),
+                                             std::end(kTextsOfNumbers));
+        DictVarType type;
+        type.name = name;
+        type.valueType = ScoreDictVar::STRING;
+        AddListed(isListed ? Categorical(name, texts) : std::make_unique<DictVar>(type), {}, texts,
+                  false);
     }
     void AddTexts(const std::string& name, bool takesUnlisted)
     {
@@ -544,12 +556,14 @@ std::unique_ptr<DrawnModel> DrawBinary(Draw& draw, bool plain, int)
     if (reference < 2) model.SetReferencedTargetCate(new StringValue(categories[reference]));
     for (const std::string& category : categories) drawn->WriteBetas(category);
     if (draw.Once(2)) {
-        static constexpr double kCutoffs[] = {0.5, 0.2, 0.9};
+        static constexpr double kCutoffs[] = {0.5, 0.2, 0.9, 1.0};
         model.SetCutoff(draw.Of(kCutoffs));
         const size_t of = draw.Below(plain ? 2 : 3);
         model.SetTargetReferenceCategory(of < 2 ? categories[of] : "nobody");
-    } else if (draw.Once(6)) {
+    }
+    if (drawn->Odd(8)) {
         model.SetPredictionOnly(true);
+        drawn->mayLackBlocks = model.GetCutoff() > 0.0;
     }
     drawn->Finish();
     return drawn;
@@ -571,6 +585,19 @@ std::unique_ptr<DrawnModel> DrawConditional(Draw& draw, bool plain, int)
     return drawn;
 }
 
+// Thresholds on both sides of 0 and a linear predictor that hardly departs from it: the outer
+// categories are as probable but for rounding.
+template <class Model>
+void MakeNearTies(Drawn<Model>& drawn, std::vector<double>& thresholds)
+{
+    drawn.spread = 3e-15;
+    drawn.hasOddBetas = false;
+    const size_t boundaries = thresholds.size() - 1;
+    for (size_t i = 0; i < boundaries; ++i) {
+        thresholds[i] = 0.1 * (static_cast<double>(i) - 0.5 * static_cast<double>(boundaries - 1));
+    }
+}
+
 template <class Model>
 std::unique_ptr<DrawnModel> DrawOrdinal(Draw& draw, bool plain, int link)
 {
@@ -590,6 +617,7 @@ std::unique_ptr<DrawnModel> DrawOrdinal(Draw& draw, bool plain, int link)
     std::vector<double> thresholds(categories.size());
     for (double& threshold : thresholds) threshold = draw.Normal(2.0);
     if (!drawn->Odd(6)) std::sort(thresholds.begin(), thresholds.end());
+    if (drawn->Odd(4)) MakeNearTies(*drawn, thresholds);
     if (drawn->Odd(12)) thresholds.front() = kSysmis;
     for (size_t c = 0; c < categories.size(); ++c) {
         drawn->built.Beta(categories[c], "threshold", thresholds[c]);
