@@ -24,12 +24,20 @@ long LiveAllocations() { return made.load() - released.load(); }
 
 }  // namespace MCVelscore_850
 
-void* operator new(std::size_t size)
+// With those that don't throw, so that no memory is taken by one allocator and given back to
+// another.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
     void* const memory = std::malloc(size == 0 ? 1 : size);
+    if (memory != nullptr) made.fetch_add(1, std::memory_order_relaxed);
+    return memory;
+}
+void* operator new(std::size_t size)
+{
+    void* const memory = operator new(size, std::nothrow);
     if (memory == nullptr) throw std::bad_alloc();
-    made.fetch_add(1, std::memory_order_relaxed);
     return memory;
 }
 void operator delete(void* memory) noexcept { Release(memory); }
 void operator delete(void* memory, std::size_t) noexcept { Release(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { Release(memory); }
