@@ -105,7 +105,7 @@ std::pair<double, double> GZLRModel::GetCIMeanPred(double eta, double se, int tr
     return {lower, upper};
 }
 
-void GZLRModel::UpdateResAndRefCat(std::string refCategory)
+void GZLRModel::UpdateResAndRefCat(const std::string& refCategory)
 {
     const ValueSet* values = targetVar == nullptr ? nullptr : targetVar->GetValueSet();
     if (values == nullptr || refCategory.empty()) return;
@@ -186,7 +186,7 @@ MCScore::MCStatus GZLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult
         walk.SetStatus(MCScore::kCaseNotScorable, trialsVar);
         return walk.Status();
     }
-    if (binaryTarget) {
+    if (measured == nullptr) {
         WriteCategory(walk, GetMeanPred(eta, trials));
     } else {
         walk.WritePrediction(GetMeanPred(eta, trials));

@@ -185,6 +185,7 @@ MadeVerification MakeVerification(LoadedModel& model, ByteSource& cases,
         }
         std::vector<std::string> texts = rows.Preparer().InputTexts(fields);
         std::vector<std::string> record;
+        record.reserve(inputs.size() + 1 + outputs.size());
         for (const size_t i : inputs) record.push_back(std::move(texts[i]));
         if (target != nullptr) record.push_back(TextOf(scorer.Predicted()));
         for (const size_t i : outputs) record.push_back(TextOf(scorer.OutputCells()[i]));
