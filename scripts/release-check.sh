@@ -3,8 +3,8 @@
 #
 #   clang   the release build and all its tests with clang++, warnings being errors
 #   tidy    clang-tidy over every source
-#   root    README.md's commands in a new Debian root, made by debootstrap from the committed tree
-#           (needs root)
+#   root    README.md's commands, ./test among them, on the committed tree in a new Debian root that
+#           debootstrap makes (needs root)
 #
 # scripts/release-check.sh runs them all, scripts/release-check.sh STAGE... those. Every stage runs,
 # the end says which failed.
@@ -41,8 +41,10 @@ stage_root() (
         sed -n 's/^\$ \(\.\/velscore .*\)/\1/p' "$root/velscore/README.md" >"$root/velscore/readme-commands" &&
         inside 'while read -r line; do
             echo "\$ $line"; bash -c "$line" </dev/null; done <readme-commands' &&
+        inside ./test &&
         inside 'cmake --install build/release --prefix /opt/velscore
-            /opt/velscore/bin/velscore --version'
+            examples=$PWD/examples/motor-cars; cd /
+            /opt/velscore/bin/velscore score "$examples/model.pmml" "$examples/cases.csv"'
 )
 
 stages=(clang tidy root)
