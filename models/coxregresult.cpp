@@ -13,6 +13,7 @@ CoxRegResult::CoxRegResult(const CoxRegResult& other)
 // Dead string and cumulative hazard stay as they were, on purpose.
 CoxRegResult& CoxRegResult::operator=(const CoxRegResult& other)
 {
+    if (this == &other) return *this;
     target_ = other.target_;
     prediction_ = other.prediction_;
     return *this;

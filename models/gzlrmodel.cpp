@@ -104,7 +104,7 @@ std::pair<double, double> GZLRModel::GetCIMeanPred(double eta, double se, int tr
     return {lower, upper};
 }
 
-void GZLRModel::UpdateResAndRefCat(std::string refCategory)
+void GZLRModel::UpdateResAndRefCat(const std::string& refCategory)
 {
     const ValueSet* values = targetVar == nullptr ? nullptr : targetVar->GetValueSet();
     if (values == nullptr || refCategory.empty()) return;
@@ -190,7 +190,7 @@ MCScore::MCStatus GZLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* 
         walk.SetStatus(MCScore::kCaseNotScorable, trialsVar);
         return walk.Status();
     }
-    if (binaryTarget) {
+    if (measured == nullptr) {
         WriteCategory(walk, GetMeanPred(eta, trials), state.predictionOnly);
     } else {
         walk.WritePrediction(GetMeanPred(eta, trials));

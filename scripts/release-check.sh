@@ -6,8 +6,8 @@
 #              compilers
 #   threads    the tests that score one model in several threads, under ThreadSanitizer
 #   tidy       clang-tidy over every source
-#   root       README.md's commands in a new Debian root, made by debootstrap from the committed tree
-#              (needs root)
+#   root       README.md's commands, ./test among them, on the committed tree in a new Debian root that
+#              debootstrap makes (needs root)
 #
 # scripts/release-check.sh runs them all, scripts/release-check.sh STAGE... those. Every stage runs,
 # the end says which failed.
@@ -46,25 +46,31 @@ stage_threads() {
 stage_tidy() { scripts/lint.sh --all; }
 
 # The new root takes this machine's package sources, so it gets packages from where they come here.
-stage_root() {
-    scripts/ensure-packages.sh .ci/release-packages.txt || return 1
-    local root suite mirror ended=0
+stage_root() (
+    scripts/ensure-packages.sh .ci/release-packages.txt || exit 1
     root=$(mktemp -d)
+    trap 'rm -rf "$root" "$root.log"' EXIT
     suite=$(sed -n 's|^VERSION_CODENAME=||p' /etc/os-release)
-    mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' | head -n 1)
-    {
-        debootstrap --variant=minbase --include=ca-certificates "$suite" "$root" "$mirror" >"$root.log" &&
-            cp -a /etc/apt/. "$root/etc/apt/" && cp /etc/resolv.conf "$root/etc/" &&
-            git clone --quiet . "$root/velscore" &&
-            sed -n 's/^\$ \(\.\/velscore .*\)/\1/p' README.md >"$root/velscore/readme-commands" &&
-            chroot "$root" bash -ec 'cd /velscore; while read -r line; do
-                echo "\$ $line"; bash -c "$line"; done <readme-commands' &&
-            chroot "$root" bash -ec 'cd /velscore; cmake --install build/release --prefix /opt/velscore
-                /opt/velscore/bin/velscore --version'
-    } || ended=1
-    rm -rf "$root" "$root.log"
-    return $ended
-}
+    mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' "Codename: $suite" \
+        'Origin: Debian' | head -n 1)
+    # With a /proc of its own, as a machine has it; it goes with the last process inside.
+    inside() { unshare --mount --pid --fork --root="$root" --mount-proc bash -ec "cd /velscore; $1"; }
+
+    debootstrap --variant=minbase --include=ca-certificates "$suite" "$root" "$mirror" >"$root.log" || {
+        tail -n 20 "$root.log" >&2
+        exit 1
+    }
+    cp -a /etc/apt/. "$root/etc/apt/" && cp -a /usr/share/keyrings/. "$root/usr/share/keyrings/" &&
+        cp /etc/resolv.conf "$root/etc/" &&
+        git clone --quiet . "$root/velscore" &&
+        sed -n 's/^\$ \(\.\/velscore .*\)/\1/p' "$root/velscore/README.md" >"$root/velscore/readme-commands" &&
+        inside 'while read -r line; do
+            echo "\$ $line"; bash -c "$line" </dev/null; done <readme-commands' &&
+        inside ./test &&
+        inside 'cmake --install build/release --prefix /opt/velscore
+            examples=$PWD/examples/motor-cars; cd /
+            /opt/velscore/bin/velscore score "$examples/model.pmml" "$examples/cases.csv"'
+)
 
 stages=(clang equality threads tidy root)
 [ $# -gt 0 ] || set -- "${stages[@]}"

@@ -24,7 +24,8 @@ long LiveAllocations() { return made.load() - released.load(); }
 
 }  // namespace MCVelscore_850
 
-// ThreadSanitizer has operators of its own: nothing is counted then.
+// With those that don't throw, so that no memory is taken by one allocator and given back to
+// another. ThreadSanitizer has operators of its own: nothing is counted then.
 #ifndef VELSCORE_THREAD_SANITIZER
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
@@ -40,4 +41,5 @@ void* operator new(std::size_t size)
 }
 void operator delete(void* memory) noexcept { Release(memory); }
 void operator delete(void* memory, std::size_t) noexcept { Release(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { Release(memory); }
 #endif

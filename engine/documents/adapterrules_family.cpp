@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include <fmt/format.h>
 #include <xercesc/dom/DOM.hpp>
 
 #include "engine/documents/adapterrules.h"
@@ -137,9 +138,9 @@ std::optional<Change> NameCategoryOfBetas(xercesc::DOMElement* root)
         const std::string other = AttributeText(values[1 - i], Tags::XML_ATT_VALUE);
         for (auto* cell : cells) SetAttributeText(cell, Tags::XML_ATT_PC_TARGET_CAT, other);
         return Change{PlaceOf(cells.front()),
-                      "the cells name no category: the betas are those of "
-                      "\"" +
-                          other + "\", the reference being \"" + reference + "\""};
+                      fmt::format("the cells name no category: the betas are those of \"{}\", the "
+                                  "reference being \"{}\"",
+                                  other, reference)};
     }
     return std::nullopt;
 }

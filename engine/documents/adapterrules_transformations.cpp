@@ -55,6 +55,7 @@ std::optional<Change> MergeTransformations(DOMElement* root)
     for (DOMElement* child : moved) local->insertBefore(child, first);
     global->getParentNode()->removeChild(global)->release();
     std::vector<std::string> names;
+    names.reserve(moved.size());
     for (const DOMElement* child : moved) names.push_back(DefinitionOf(child).second);
     return Change{place,
                   "TransformationDictionary is merged into LocalTransformations: " + Listed(names)};

@@ -80,7 +80,7 @@ const DOMElement* ExpressionOf(const DOMElement* field)
 std::string TypeOf(const DOMElement* field, const DOMElement* expression)
 {
     for (const DOMElement* element : {field, expression}) {
-        const std::string type = AttributeText(element, kDataType);
+        std::string type = AttributeText(element, kDataType);
         if (!type.empty()) return type;
     }
     const std::string tag = Utf8FromXml(expression->getTagName());

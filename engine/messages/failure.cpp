@@ -6,7 +6,8 @@
 
 namespace MCVelscore_850 {
 
-Failure::Failure(FailureKind kind, int code, std::vector<std::string> arguments, std::string hint)
+Failure::Failure(FailureKind kind, int code, const std::vector<std::string>& arguments,
+                 std::string hint)
     : kind_(kind), code_(code), text_(Messages::Format(code, arguments)), hint_(std::move(hint))
 {}
 

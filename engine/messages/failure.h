@@ -16,7 +16,8 @@ enum class FailureKind { Usage = 1, Document = 2, Cases = 3, Output = 4, Plugin 
 class Failure : public std::exception {
 public:
     /// `hint` is whole sentences, or empty.
-    Failure(FailureKind kind, int code, std::vector<std::string> arguments, std::string hint = {});
+    Failure(FailureKind kind, int code, const std::vector<std::string>& arguments,
+            std::string hint = {});
     ~Failure() override;
 
     FailureKind Kind() const { return kind_; }

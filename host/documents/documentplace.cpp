@@ -39,6 +39,8 @@ unsigned SiblingPosition(const xercesc::DOMElement* element)
 void NotePlace(xercesc::DOMElement* element, unsigned long line, unsigned long column)
 {
     const unsigned long packed = (line << kColumnBits) | std::min(column, kColumnLimit);
+    // The tree keeps a pointer with an element; this one is never followed.
+    // NOLINTNEXTLINE(performance-no-int-to-ptr)
     element->setUserData(kPlaceKey, reinterpret_cast<void*>(packed), nullptr);
 }
 

@@ -95,8 +95,8 @@ void PMMLTranslator::ReadDeclaredValues(DOMElement* element, DictVar& var)
         if (IsEqual(child->getTagName(), Tags::XML_ELE_VALUE)) {
             const std::string text = Transcode(GetAttributeForced(child, Tags::XML_ATT_VALUE));
             const XMLCh* property = GetAttribute(child, kProperty);
-            const auto& row = FindRow(kProperties, IsBlank(property) ? "valid" : ToString(property),
-                                      kProperty.c_str(), name);
+            const auto row = FindRow(kProperties, IsBlank(property) ? "valid" : ToString(property),
+                                     kProperty.c_str(), name);
             std::unique_ptr<ScoreValue> value(CarefullyMakeVarValue(&var, text));
             // Text that is no value of the type, such as an empty one, can still stand for a
             // missing one: it can never be met, and a valid one of that kind is refused.
@@ -131,7 +131,7 @@ DictVar::Interval PMMLTranslator::ReadInterval(DOMElement* element, ScoreDictVar
                                                const std::string& field) const
 {
     const std::string closure = "closure";
-    const auto& row =
+    const auto row =
         FindRow(kClosures, ToString(GetAttributeForced(element, closure)), closure.c_str(), field);
     const auto margin = [&](const char* attribute, double unbounded) {
         const XMLCh* text = GetAttribute(element, attribute);

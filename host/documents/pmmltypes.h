@@ -12,8 +12,8 @@ namespace MCVelscore_850 {
 /// The row of that name in a table of texts that an attribute may have; refuses any other with
 /// kUnknownDataType (text, attribute, field).
 template <class Row, size_t N>
-const Row& FindRow(const Row (&rows)[N], const std::string& text, const char* attribute,
-                   const std::string& field)
+Row FindRow(const Row (&rows)[N], const std::string& text, const char* attribute,
+            const std::string& field)
 {
     for (const Row& row : rows) {
         if (text == row.name) return row;

@@ -203,8 +203,8 @@ std::unique_ptr<Expression> PMMLTranslator::DerivedFieldReader::ReadNormContinuo
         {Tags::XML_VAL_MININGFIELD_OUTLIERS_ASEXTREME, ScoreDictVar::AS_EXTREME},
     };
     const XMLCh* outliers = t_.GetAttribute(element, Tags::XML_ATT_MININGFIELD_OUTLIERS);
-    const OutlierRow& row = FindRow(kOutliers, IsBlank(outliers) ? "asIs" : t_.ToString(outliers),
-                                    Tags::XML_ATT_MININGFIELD_OUTLIERS.c_str(), field_);
+    const OutlierRow row = FindRow(kOutliers, IsBlank(outliers) ? "asIs" : t_.ToString(outliers),
+                                   Tags::XML_ATT_MININGFIELD_OUTLIERS.c_str(), field_);
     return MakeNormContinuous(source, std::move(points), row.treatment,
                               ReadReplacement(element, kMapMissingTo, FindDataType("double")));
 }

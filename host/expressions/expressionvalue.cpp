@@ -68,11 +68,10 @@ Ordering CompareDateTimes(const ExpressionValue& a, const ExpressionValue& b)
         ShapeOf(other.dateTime) == DateTimeShape::DateTime) {
         x = PlainOf(known) * kSecondsPerDay;
         y = PlainOf(other);
-    } else if (!IsDateTime(other) && other.kind == ExpressionValue::Number &&
-               !CountsFromOrigin(type)) {
-        return Ordering::None;
-    } else if (!CountFrom(type, other, y)) {
-        return Ordering::None;
+    } else {
+        const bool plainNumber = !IsDateTime(other) && other.kind == ExpressionValue::Number;
+        if (plainNumber && !CountsFromOrigin(type)) return Ordering::None;
+        if (!CountFrom(type, other, y)) return Ordering::None;
     }
     return first ? CompareNumbers(x, y) : CompareNumbers(y, x);
 }

@@ -74,7 +74,8 @@ bool CompiledPattern::Replace(const std::string& text, const std::string& replac
                               size_t longest, std::string& out)
 {
     if (replacement != replacement_) ReadReplacement(replacement);
-    groups_.resize(static_cast<size_t>(1 + std::min(compiled_->NumberOfCapturingGroups(), 9)));
+    const int groups = 1 + std::min(compiled_->NumberOfCapturingGroups(), 9);
+    groups_.resize(static_cast<size_t>(groups));
     const re2::StringPiece whole(text);
     out.clear();
     size_t from = 0;    // where the next match may begin

@@ -143,8 +143,9 @@ bool ReadShape(std::string_view text, Shape shape, double& plain)
 void AppendTime(double seconds, std::string& out)
 {
     const int whole = static_cast<int>(seconds);
-    fmt::format_to(std::back_inserter(out), "{:02}:{:02}:", whole / 3600, whole / 60 % 60);
-    const double rest = seconds - whole / 60 * 60.0;
+    const int minutes = whole / 60;
+    fmt::format_to(std::back_inserter(out), "{:02}:{:02}:", minutes / 60, minutes % 60);
+    const double rest = seconds - minutes * 60.0;
     if (rest < 10.0) out += '0';
     AppendNumber(rest, out);
 }

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -71,23 +72,23 @@ TEST_F(OutputFileTest, KeepsTheModeOfTheFileThatItReplaces)
     EXPECT_EQ(status.st_mode & 07777, 0640u);
 }
 
-TEST_F(OutputFileTest, GoesWhereALinkLeads)
+TEST_F(OutputFileTest, GoesWhereLinksLead)
 {
-    std::ofstream(Path("file")) << "old";
-    fs::create_symlink("file", Path("link"));
-    EXPECT_EQ(CodeOfWriting(Path("link")), 0);
-    EXPECT_TRUE(fs::is_symlink(Path("link")));
-    EXPECT_EQ(Content(Path("file")), "new");
-}
-
-TEST_F(OutputFileTest, GoesWhereALinkLeadsThoughNothingIsThere)
-{
-    fs::create_symlink("between", Path("link"));
-    fs::create_symlink(Path("file"), Path("between"));
-    EXPECT_EQ(CodeOfWriting(Path("link")), 0);
-    EXPECT_TRUE(fs::is_symlink(Path("link")));
-    EXPECT_TRUE(fs::is_symlink(Path("between")));
-    EXPECT_EQ(Content(Path("file")), "new");
+    folder_.Write("old", "old");
+    const struct {
+        std::vector<std::pair<std::string, std::string>> links;  // and what each leads to
+        const char* file;
+    } kRows[] = {
+        {{{"link", "old"}}, "old"},
+        {{{"first", "second"}, {"second", Path("nothing yet")}}, "nothing yet"},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.file);
+        for (const auto& [link, target] : row.links) fs::create_symlink(target, Path(link));
+        EXPECT_EQ(CodeOfWriting(Path(row.links.front().first)), 0);
+        for (const auto& [link, target] : row.links) EXPECT_TRUE(fs::is_symlink(Path(link)));
+        EXPECT_EQ(Content(Path(row.file)), "new");
+    }
 }
 
 TEST_F(OutputFileTest, LinksInACircleAreRefused)
@@ -178,12 +179,11 @@ TEST_F(OutputFileTest, LackOfRoomAloneAsksForRoom)
     }
 }
 
-TEST_F(OutputFileTest, AnEmptyNameIsRefused) { EXPECT_EQ(CodeOfWriting(""), kOutputNotWritten); }
-
-TEST_F(OutputFileTest, FoldersAreRefused)
+TEST_F(OutputFileTest, WhatNamesNoFileIsRefused)
 {
-    EXPECT_EQ(CodeOfWriting(folder_.Path()), kOutputNotWritten);
-    EXPECT_EQ(CodeOfWriting(Path("none/a")), kOutputNotWritten);
+    for (const std::string& name : {std::string(), folder_.Path(), Path("none/a")}) {
+        EXPECT_EQ(CodeOfWriting(name), kOutputNotWritten) << name;
+    }
     EXPECT_EQ(Files(), 0u);
 }
 

@@ -2,7 +2,7 @@
 //
 //   stats_accuracy_page --write FILE
 //   stats_accuracy_page --check FILE    0 if the page stands, 1 and the first difference if it's
-//                                       stale
+//                                       stale; 77 if it was measured with another Boost
 //
 // The check wants every word as it is, and every measured error within a factor of 3: the last bits
 // of exp and log differ between C libraries.
@@ -22,6 +22,8 @@
 #include <string>
 #include <variant>
 
+#include <boost/version.hpp>
+
 #include "stats/mcmissingvalue.h"
 #include "tests/stats/support/page_entries.h"
 #include "tests/stats/support/precise_functions.h"
@@ -31,6 +33,17 @@ namespace {
 using namespace reference;
 
 constexpr double kNoise = 3.0;
+
+constexpr int kNotComparable = 77;
+
+// The errors of Precise are those of one version of Boost.Math.
+const std::string kMeasuredWith = "Measured with Boost ";
+
+std::string BoostVersion()
+{
+    return std::to_string(BOOST_VERSION / 100000) + "." +
+           std::to_string(BOOST_VERSION / 100 % 1000);
+}
 
 // The errors at the points of one column, by their arguments.
 struct Measured {
@@ -273,7 +286,8 @@ within 0.001 of 0 or 1 and quantiles below 0.001 in size; for the rest, values b
 where the function itself passes through zero and only its absolute error is small. A relative error
 of about 1 in a tail means that the absolute error, not the relative one, is what the algorithm
 bounds, and that 0 or the like came out. "Failure" lists the codes, or what the answer is instead.
-)";
+
+)" << kMeasuredWith + BoostVersion() + ". With another version the test leaves the page alone.\n";
     WriteExamples(page);
     WriteTables(page);
     WriteSteps(page);
@@ -334,6 +348,12 @@ int Check(const char* path)
                   << "\nwrite it anew with stats_accuracy_page --write " << path << "\n";
         return 1;
     };
+    std::smatch version;
+    if (std::regex_search(rest, version, std::regex(kMeasuredWith + R"((\d+\.\d+))")) &&
+        version.str(1) != BoostVersion()) {
+        std::cerr << path << ": not compared, this is Boost " << BoostVersion() << '\n';
+        return kNotComparable;
+    }
     const Page page = MakePage();
     for (const Piece& piece : page.Pieces()) {
         if (const Measured* cell = std::get_if<Measured>(&piece)) {
