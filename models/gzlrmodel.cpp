@@ -104,7 +104,8 @@ std::pair<double, double> GZLRModel::GetCIMeanPred(double eta, double se, int tr
     return {lower, upper};
 }
 
-void GZLRModel::UpdateResAndRefCat(const std::string& refCategory)
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+void GZLRModel::UpdateResAndRefCat(std::string refCategory)
 {
     const ValueSet* values = targetVar == nullptr ? nullptr : targetVar->GetValueSet();
     if (values == nullptr || refCategory.empty()) return;

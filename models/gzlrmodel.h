@@ -104,7 +104,7 @@ public:
     std::pair<double, double> GetCIMeanPred(double eta, double se, int trials) const;
     /// Makes the category of that text the event and the other one the other. An empty text, or a
     /// target without categories, changes nothing.
-    void UpdateResAndRefCat(const std::string& refCategory);
+    void UpdateResAndRefCat(std::string refCategory);  // by value: the interface's own form
 
     const std::string& GetDummyCategory() const { return dummyCategory; }
 
