@@ -35,7 +35,7 @@ VELSCORE_LANE size_t CountTimesUpTo(const Baseline& baseline, double t)
     const double* from = baseline.times;
     for (size_t left = baseline.count; left > 1;) {
         const size_t half = left / 2;
-        from += from[half - 1] <= t ? half : 0;
+        from += half & -static_cast<size_t>(from[half - 1] <= t);  // no branch to foresee
         left -= half;
     }
     return static_cast<size_t>(from - baseline.times) + (from[0] <= t ? 1 : 0);
