@@ -109,6 +109,10 @@ void DefineScore(CLI::App* command, ScoreArguments& score)
         "Columns of the input to repeat in the output, separated by commas, or all; may be "
         "given again",
         "all|COLS");
+    AddRepeatable(command, "--columns", score.columns,
+                  "The result columns to write, in this order, separated by commas; probabilities "
+                  "stands for every category's, linear_predictor is one more; may be given again",
+                  "COLS");
     AddText(command, "--output", score.outputColumns,
             "The columns of the output: default, the same for each model of a family, or document, "
             "those of the document's own Output section",

@@ -16,6 +16,7 @@ struct ScoreArguments {
     std::string output = "-";
     std::string policy;  ///< empty: the model's own
     std::vector<std::string> keep;
+    std::vector<std::string> columns;
     std::string outputColumns = "default";
     std::string delimiter = ",";
     std::string decimal = ".";

@@ -52,7 +52,7 @@ TableDialect DialectOf(const ScoreArguments& arguments)
 }
 
 // The names of a list such as  a,"b, c",d : quotes as in a table.
-std::vector<std::string> SplitNames(const std::string& list)
+std::vector<std::string> SplitNames(const std::string& option, const std::string& list)
 {
     std::vector<std::string> names(1);
     bool quoted = false;
@@ -69,7 +69,8 @@ std::vector<std::string> SplitNames(const std::string& list)
             names.back() += c;
         }
     }
-    if (quoted) throw UsageError(fmt::format("--keep {} has a quote that is never closed", list));
+    if (quoted)
+        throw UsageError(fmt::format("{} {} has a quote that is never closed", option, list));
     return names;
 }
 
@@ -81,7 +82,12 @@ OutputOptions OutputOf(const ScoreArguments& arguments)
             output.keepAll = true;
             continue;
         }
-        for (std::string& name : SplitNames(list)) output.keep.push_back(std::move(name));
+        for (std::string& name : SplitNames("--keep", list)) output.keep.push_back(std::move(name));
+    }
+    for (const std::string& list : arguments.columns) {
+        for (std::string& name : SplitNames("--columns", list)) {
+            output.columns.push_back(std::move(name));
+        }
     }
     return output;
 }
@@ -186,6 +192,10 @@ int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& c
     if (documentColumns && arguments.predictionOnly) {
         throw UsageError("--prediction-only has no meaning with --output document");
     }
+    if (!arguments.columns.empty() && (documentColumns || arguments.predictionOnly)) {
+        throw UsageError(fmt::format("--columns has no meaning with {}",
+                                     documentColumns ? "--output document" : "--prediction-only"));
+    }
     options.dialect = DialectOf(arguments);
     options.missingTexts = arguments.missingTexts;
 
@@ -246,6 +256,7 @@ int RunScore(const ScoreArguments& arguments, Console& console)
     ScoringOptions options;
     options.output = OutputOf(arguments);
     options.results.predictionOnly = arguments.predictionOnly;
+    options.results.linearPredictor = !options.output.columns.empty();
     return RunTable(arguments, std::move(options), console);
 }
 

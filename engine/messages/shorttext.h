@@ -1,6 +1,8 @@
 #ifndef VELSCORE_ENGINE_MESSAGES_SHORTTEXT_H
 #define VELSCORE_ENGINE_MESSAGES_SHORTTEXT_H
 
+#include <algorithm>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -24,6 +26,22 @@ inline std::string ShortText(std::string_view text)
     }
     if (size < text.size()) shown += "...";
     return shown;
+}
+
+/// Names in one line of a message, the first ones when there are many.
+inline std::string JoinNames(std::span<const std::string> names, std::string_view between)
+{
+    constexpr size_t kShown = 20;
+    std::string joined;
+    for (size_t i = 0; i < std::min(names.size(), kShown); ++i) {
+        if (i > 0) joined += between;
+        joined += ShortText(names[i]);
+    }
+    if (names.size() > kShown) {
+        joined += between;
+        joined += "and " + std::to_string(names.size() - kShown) + " more";
+    }
+    return joined;
 }
 
 }  // namespace MCVelscore_850

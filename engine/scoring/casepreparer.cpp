@@ -20,22 +20,6 @@ namespace {
 
 constexpr size_t kStatusTexts = size_t{1} << 14;  // a number for each row of a block
 
-// The names in one line of a message, the first ones when there are many.
-std::string JoinNames(std::span<const std::string> names, std::string_view between)
-{
-    constexpr size_t kShown = 20;
-    std::string joined;
-    for (size_t i = 0; i < std::min(names.size(), kShown); ++i) {
-        if (i > 0) joined += between;
-        joined += ShortText(names[i]);
-    }
-    if (names.size() > kShown) {
-        joined += between;
-        joined += "and " + std::to_string(names.size() - kShown) + " more";
-    }
-    return joined;
-}
-
 template <class Range, class Value>
 bool Contains(const Range& range, const Value& value)
 {

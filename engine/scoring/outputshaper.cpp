@@ -1,10 +1,12 @@
 #include "engine/scoring/outputshaper.h"
 
+#include <algorithm>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
 
 #include "engine/messages/failure.h"
+#include "engine/messages/shorttext.h"
 #include "engine/messages/suggestions.h"
 #include "engine/tables/csvwriter.h"
 #include "host/messages/messages.h"
@@ -32,14 +34,16 @@ void WriteValue(CsvWriter& writer, const ResultBlock::Column& column, size_t row
 
 void WriteStatus(CsvWriter& writer, const CaseStatus& status)
 {
+    writer.AddText(status.IsOK() ? "0" : std::to_string(status.code));
+}
+
+void WriteStatusField(CsvWriter& writer, const CaseStatus& status)
+{
     if (status.IsOK()) {
-        writer.AddText("0");
         writer.AddEmpty();
     } else {
-        writer.AddText(std::to_string(status.code));
         writer.AddText(status.FieldName());
     }
-    writer.EndRow();
 }
 
 void WriteCell(CsvWriter& writer, const OutputCell& cell)
@@ -51,18 +55,36 @@ void WriteCell(CsvWriter& writer, const OutputCell& cell)
     }
 }
 
-// What follows the kept columns.
-std::vector<std::string> ResultNames(const ResultSchema& schema, const OutputSection* document)
+[[noreturn]] void RefuseColumn(const std::string& name, const ResultSchema& schema)
 {
-    std::vector<std::string> names;
-    if (document != nullptr) {
-        for (const OutputField& field : document->fields) names.push_back(field.name);
+    std::vector<std::string> known;
+    for (const ResultColumn& column : schema.Columns()) known.push_back(column.name);
+    throw Failure(FailureKind::Usage, kUnknownResultColumn, {name, JoinNames(known, ", ")},
+                  SuggestWord(name, known));
+}
+
+// The positions in the schema of the columns that are wanted.
+std::vector<size_t> PositionsOf(const std::vector<std::string>& names, const ResultSchema& schema)
+{
+    std::vector<size_t> positions;
+    const auto add = [&](size_t position) {
+        if (std::find(positions.begin(), positions.end(), position) != positions.end()) {
+            throw Failure(FailureKind::Usage, kResultColumnTwice,
+                          {schema.Columns()[position].name});
+        }
+        positions.push_back(position);
+    };
+    for (const std::string& name : names) {
+        const size_t before = positions.size();
+        for (size_t i = 0; i < schema.Columns().size(); ++i) {
+            const ResultColumn& column = schema.Columns()[i];
+            const bool ofAll =
+                name == "probabilities" && column.quantity == ResultQuantity::Probability;
+            if (ofAll || column.name == name) add(i);
+        }
+        if (positions.size() == before) RefuseColumn(name, schema);
     }
-    const size_t first = document == nullptr ? 0 : schema.ValueCount();
-    for (size_t i = first; i < schema.Columns().size(); ++i) {
-        names.push_back(schema.Columns()[i].name);
-    }
-    return names;
+    return positions;
 }
 
 }  // namespace
@@ -71,7 +93,21 @@ OutputShaper::OutputShaper(const ResultSchema& schema, std::span<const std::stri
                            const std::string& tableName, const OutputOptions& options,
                            const OutputSection* document)
 {
-    const std::vector<std::string> results = ResultNames(schema, document);
+    if (document != nullptr) {  // its fields stand in place of the schema's values
+        results_ = {schema.ValueCount(), schema.ValueCount() + 1};
+    } else if (!options.columns.empty()) {
+        results_ = PositionsOf(options.columns, schema);
+    } else {
+        for (size_t i = 0; i < schema.Columns().size(); ++i) results_.push_back(i);
+    }
+    std::vector<std::string> results;
+    if (document != nullptr) {
+        for (const OutputField& field : document->fields) results.push_back(field.name);
+    }
+    for (const size_t position : results_) {
+        kinds_.push_back(schema.Columns()[position].kind);
+        results.push_back(schema.Columns()[position].name);
+    }
     std::vector<std::string> keep = options.keep;
     if (options.keepAll) keep.assign(header.begin(), header.end());
     std::unordered_map<std::string_view, size_t> positions;
@@ -111,10 +147,17 @@ void OutputShaper::WriteRow(CsvWriter& writer, std::span<const std::string_view>
                             const ResultBlock& results, size_t row) const
 {
     WriteKept(writer, fields);
-    for (const ResultBlock::Column& column : results.columns) {
-        WriteValue(writer, column, row, results.categories);
+    for (size_t i = 0; i < results_.size(); ++i) {
+        switch (kinds_[i]) {
+            case ResultKind::Status: WriteStatus(writer, results.StatusOf(row)); break;
+            case ResultKind::FieldName: WriteStatusField(writer, results.StatusOf(row)); break;
+            case ResultKind::Number:
+            case ResultKind::Category:
+                WriteValue(writer, results.columns[results_[i]], row, results.categories);
+                break;
+        }
     }
-    WriteStatus(writer, results.StatusOf(row));
+    writer.EndRow();
 }
 
 void OutputShaper::WriteRow(CsvWriter& writer, std::span<const std::string_view> fields,
@@ -123,6 +166,8 @@ void OutputShaper::WriteRow(CsvWriter& writer, std::span<const std::string_view>
     WriteKept(writer, fields);
     for (const OutputCell& cell : cells) WriteCell(writer, cell);
     WriteStatus(writer, status);
+    WriteStatusField(writer, status);
+    writer.EndRow();
 }
 
 void OutputShaper::WriteKept(CsvWriter& writer, std::span<const std::string_view> fields) const

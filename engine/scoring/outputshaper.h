@@ -20,6 +20,9 @@ struct OutputOptions {
     /// Columns of the input to repeat, in this order; with keepAll every one in its own order.
     std::vector<std::string> keep{};
     bool keepAll = false;
+    /// Result columns by name, in this order, `probabilities` for every category's; empty for all
+    /// of the schema but linear_predictor.
+    std::vector<std::string> columns{};
 };
 
 /// Names and fills the columns of the output: the kept ones, then those of a ResultSchema, or of
@@ -28,7 +31,8 @@ struct OutputOptions {
 ///
 /// Rows     What a case has no value for is an empty field. A status other than 0 leaves all empty,
 ///          but for defaults that the document gives its output fields.
-/// Errors   kUnknownKeptColumn (usage), kDuplicateColumn (cases) from the constructor.
+/// Errors   kUnknownKeptColumn, kUnknownResultColumn, kResultColumnTwice (usage), kDuplicateColumn
+///          (cases) from the constructor.
 class OutputShaper {
 public:
     /// With a `document` section its fields are written in place of the schema's values.
@@ -49,7 +53,9 @@ public:
 private:
     void WriteKept(CsvWriter& writer, std::span<const std::string_view> fields) const;
 
-    std::vector<size_t> kept_;  ///< positions in the input
+    std::vector<size_t> kept_;       ///< positions in the input
+    std::vector<size_t> results_;    ///< positions in the schema
+    std::vector<ResultKind> kinds_;  ///< of these
     std::vector<std::string> columns_;
 };
 

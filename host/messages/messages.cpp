@@ -301,6 +301,9 @@ constexpr Message kCatalogue[] = {
     {kTooManyColumns, "sd", "{0} has more than {1} columns; is a line end lacking?", kMendTable},
     {kNoTextTable, "ss", "{0} is {1}; a table of cases is text in UTF-8",
      "Give comma-separated values with a header."},
+    {kUnknownResultColumn, "ss", "--columns names '{0}'; the columns of this model are: {1}",
+     "Name some of these; 'probabilities' stands for those of all categories."},
+    {kResultColumnTwice, "s", "--columns names '{0}' twice", "Name each column once."},
 };
 
 static_assert(std::is_sorted(std::begin(kCatalogue), std::end(kCatalogue),

@@ -132,22 +132,24 @@ inline constexpr int kPluginNotLoaded = 269201;  // file, reason
 inline constexpr int kPluginNoEntry = 269202;    // file, entry
 
 // Codes of the engine: the table of cases and the output.
-inline constexpr int kCasesNotRead = 269301;       // file, reason
-inline constexpr int kNoHeader = 269302;           // file
-inline constexpr int kMissingColumn = 269303;      // file, column, columns found
-inline constexpr int kRowLength = 269304;          // file, row, found, expected
-inline constexpr int kUnclosedQuote = 269305;      // file, row
-inline constexpr int kNulByte = 269306;            // file, row
-inline constexpr int kDuplicateColumn = 269307;    // file, column
-inline constexpr int kStrayQuote = 269308;         // file, row
-inline constexpr int kFieldTooLong = 269309;       // file, row, limit
-inline constexpr int kOutputNotWritten = 269310;   // file, reason
-inline constexpr int kUnknownKeptColumn = 269311;  // column, file
-inline constexpr int kOutputFull = 269312;         // file, reason
-inline constexpr int kTableCut = 269313;           // file, row
-inline constexpr int kRowTooLong = 269314;         // file, row, limit
-inline constexpr int kTooManyColumns = 269315;     // file, limit
-inline constexpr int kNoTextTable = 269316;        // file, what it is
+inline constexpr int kCasesNotRead = 269301;         // file, reason
+inline constexpr int kNoHeader = 269302;             // file
+inline constexpr int kMissingColumn = 269303;        // file, column, columns found
+inline constexpr int kRowLength = 269304;            // file, row, found, expected
+inline constexpr int kUnclosedQuote = 269305;        // file, row
+inline constexpr int kNulByte = 269306;              // file, row
+inline constexpr int kDuplicateColumn = 269307;      // file, column
+inline constexpr int kStrayQuote = 269308;           // file, row
+inline constexpr int kFieldTooLong = 269309;         // file, row, limit
+inline constexpr int kOutputNotWritten = 269310;     // file, reason
+inline constexpr int kUnknownKeptColumn = 269311;    // column, file
+inline constexpr int kOutputFull = 269312;           // file, reason
+inline constexpr int kTableCut = 269313;             // file, row
+inline constexpr int kRowTooLong = 269314;           // file, row, limit
+inline constexpr int kTooManyColumns = 269315;       // file, limit
+inline constexpr int kNoTextTable = 269316;          // file, what it is
+inline constexpr int kUnknownResultColumn = 269317;  // column, the columns that there are
+inline constexpr int kResultColumnTwice = 269318;    // column
 
 }  // namespace MCVelscore_850
 

@@ -120,6 +120,17 @@ TEST_F(OutputShaperTest, PredictionOnlyDropsTheOtherColumns)
     }
 }
 
+TEST_F(OutputShaperTest, ColumnsAreThoseOfTheListInItsOrder)
+{
+    description_.targetCategories = {"b", "a"};
+    EXPECT_EQ(
+        Shaper(ScoreResult::MLR_RESULT, {.columns = {"status", "probabilities", "prediction"}})
+            .Columns(),
+        (Names{"status", "probability(b)", "probability(a)", "prediction"}));
+    EXPECT_EQ(Shaper(ScoreResult::MLR_RESULT, {.columns = {"probability(a)"}}).Columns(),
+              Names{"probability(a)"});
+}
+
 TEST_F(OutputShaperTest, KeptColumnsComeFirstWithAPrefixOnAClash)
 {
     const Names header{"prediction", "id", "input.status", "status"};

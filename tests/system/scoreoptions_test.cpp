@@ -126,6 +126,37 @@ TEST_F(ScoreOptions, KeepNamesAColumnWithACommaInQuotes)
     EXPECT_EQ(ParseCsv(run.out).Texts("x"), Texts{"1"});
 }
 
+TEST_F(ScoreOptions, ColumnsAreWrittenByNameInTheOrderOfTheList)
+{
+    // 1 + 2 x, and 10 more for m
+    const Finished run =
+        Score("x,sex,id\n1,f,a\n2,m,b\n,m,c\n",
+              {"--columns", "status,linear_predictor", "--columns", "prediction", "--keep", "id"});
+    EXPECT_EQ(run.out, "id,status,linear_predictor,prediction\na,0,3,3\nb,0,15,15\nc,90029,,\n")
+        << run.err;
+}
+
+TEST_F(ScoreOptions, ColumnsThatAreNotThereAreToldWithThoseThatAre)
+{
+    const Finished unknown = Score("x,sex\n1,f\n", {"--columns", "std_dve"});
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_NE(unknown.err.find("[269317]"), std::string::npos) << unknown.err;
+    EXPECT_NE(unknown.err.find("Did you mean 'std_dev'?"), std::string::npos) << unknown.err;
+    EXPECT_NE(unknown.err.find("prediction, std_dev, ci_lower, ci_upper, linear_predictor, "
+                               "status, status_field"),
+              std::string::npos)
+        << unknown.err;
+    const Finished twice = Score("x,sex\n1,f\n", {"--columns", "status,prediction,status"});
+    EXPECT_EQ(twice.exitCode, 1);
+    EXPECT_NE(twice.err.find("[269318]"), std::string::npos) << twice.err;
+    EXPECT_EQ(Score("x,sex\n1,f\n", {"--columns", "probabilities"}).exitCode, 1);
+    for (const char* other : {"--prediction-only", "--output=document"}) {
+        const Finished both = Score("x,sex\n1,f\n", {"--columns", "prediction", other});
+        EXPECT_EQ(both.exitCode, 1);
+        EXPECT_NE(both.err.find("--columns has no meaning"), std::string::npos) << both.err;
+    }
+}
+
 TEST_F(ScoreOptions, PredictionOnlyLeavesThePredictionUnchanged)
 {
     const Finished run = Score("x,sex\n1,f\n2,m\n", {"--prediction-only"});
