@@ -455,7 +455,7 @@ struct Seen {
 
 constexpr size_t kSizes[] = {1, 7, 8, 9, 511, 512};
 constexpr size_t kBlocksOfModel = 4;
-constexpr Mixture kMixtures[] = {{10, 2}, {25, 0}, {3, 0}};
+constexpr Mixture kMixtures[] = {{10, 2}, {25, 0}, {3, 0}, {60, 0}};
 constexpr Mixture kPlainMixture = {0, 0};
 
 // Compares the block scorers of one drawn model with ScoreRow.

@@ -172,7 +172,7 @@ public:
         }
         for (size_t products = draw.Below(4); products > 0 && predictors.size() > 1; --products) {
             std::set<size_t> of;
-            for (size_t i = 2 + draw.Below(2); i > 0; --i) of.insert(draw.Below(predictors.size()));
+            for (size_t i = 2 + draw.Below(3); i > 0; --i) of.insert(draw.Below(predictors.size()));
             std::vector<std::pair<size_t, std::string>> cells;
             for (const size_t k : of) cells.emplace_back(k, CellOf(k));
             AddTerm(std::move(cells));
@@ -302,7 +302,13 @@ private:
         const size_t count = 2 + draw.Below(std::size(kNumberTexts) - 2 - (plain ? 1 : 0));
         const std::vector<std::string> texts(std::begin(kNumberTexts),
                                              std::begin(kNumberTexts) + count);
-        AddListed(Categorical(name, texts, ScoreDictVar::NUMERIC), NumbersOf(texts), {}, true);
+        auto var = Categorical(name, texts, ScoreDictVar::NUMERIC);
+        std::vector<double> numbers = NumbersOf(texts);
+        if (Odd(3)) {  // some families compare nearly
+            var->SetAcceptsUnlisted(true);
+            numbers.insert(numbers.end(), {1.0 + 5e-13, 1.0 + 5e-12, 7.0});
+        }
+        AddListed(std::move(var), std::move(numbers), {}, true);
         predictors.back().categories = texts;
     }
     void AddDateCategories(const std::string& name)
