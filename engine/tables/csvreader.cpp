@@ -311,13 +311,13 @@ std::string CsvReader::OpenRow() const { return std::to_string(linesParsed_); }
 void CsvReader::FailLater(int code, std::vector<std::string> details, std::string hint)
 {
     details.insert(details.begin(), source_.Name());
-    failure_.emplace(FailureKind::Cases, code, std::move(details), std::move(hint));
+    failure_.emplace(FailureKind::Cases, code, details, std::move(hint));
 }
 
 void CsvReader::Fail(int code, std::vector<std::string> details) const
 {
     details.insert(details.begin(), source_.Name());
-    throw Failure(FailureKind::Cases, code, std::move(details));
+    throw Failure(FailureKind::Cases, code, details);
 }
 
 }  // namespace MCVelscore_850
