@@ -96,8 +96,8 @@ public:
         return !sureOfWhole_ || number == static_cast<double>(static_cast<int64_t>(number));
     }
 
-    /// What SurelyAccepts looks at: a closed range, empty where low is above high; with `wholeAlone`
-    /// whole numbers in it only.
+    /// What SurelyAccepts looks at: a closed range, empty where low is above high; with
+    /// `wholeAlone` whole numbers in it only.
     struct SureRange {
         double low;
         double high;
