@@ -218,7 +218,7 @@ std::string GeneralRegressionTranslator::HandleStratumElements(
         if (readMaxTime(section)) stratumMaxTimes.emplace(kNoStratum, maxTimes.back());
         return "";
     }
-    const std::string stratumName =
+    std::string stratumName =
         AttributeText(At(strata, 0), Tags::XML_EXT_ELE_ATT_COXREG_STRATUM_VARNAME);
     for (XMLSize_t i = 0; DOMElement* stratum = At(strata, i); ++i) {
         const std::string category = ForcedText(stratum, Tags::XML_ATT_VALUE);
@@ -252,7 +252,7 @@ std::string GeneralRegressionTranslator::HandleStratumElementsEx(
         readTable(section, kFirstTimeWithoutStrata, kNoStratum);
         return "";
     }
-    const std::string stratumName =
+    std::string stratumName =
         AttributeText(At(strata, 0), Tags::XML_EXT_ELE_ATT_COXREG_STRATUM_VARNAME);
     for (XMLSize_t i = 0; DOMElement* stratum = At(strata, i); ++i) {
         const std::string category = ForcedText(stratum, Tags::XML_ATT_VALUE);

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <cstddef>
 
 #include "stats/mcdistfun.h"
 #include "stats/mcmissingvalue.h"
@@ -110,14 +111,14 @@ double MCDistFun::dnlgam(const double& x)
     if (x >= 8.0) return Stirling(x);
     if (x >= 3.5) {
         const double row = std::floor(x) - 3.0;
-        return Horner<12>(c + 13 * static_cast<int>(row), x - (row + 3.5));
+        return Horner<12>(c + 13 * static_cast<std::ptrdiff_t>(row), x - (row + 3.5));
     }
     if (x == 1.0 || x == 2.0) return 0.0;
     if (x == 0.5) return kHalfLogPi;
     if (x > 0.5) {
         const double w = -4.5 / (x + 0.5) + x;
         const double row = std::floor(w + 4.0);
-        return Horner<13>(b + 14 * static_cast<int>(row), w - (row - 3.5));
+        return Horner<13>(b + 14 * static_cast<std::ptrdiff_t>(row), w - (row - 3.5));
     }
     const double reciprocal = Horner<10>(x < 0.25 ? a : a + 11, x) * x;  // of the gamma function
     return -std::log(reciprocal);

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <cstddef>
 
 #include "stats/mcdistfun.h"
 #include "stats/mcmissingvalue.h"
@@ -127,10 +128,10 @@ double MCDistFun::derf(const double& x)
     if (w < 2.2) {
         const double square = w * w;
         const double piece = std::floor(square);
-        y = w * Horner<12>(a + 13 * static_cast<int>(piece), square - piece);
+        y = w * Horner<12>(a + 13 * static_cast<std::ptrdiff_t>(piece), square - piece);
     } else if (w < 6.9) {
         const double piece = std::floor(w);
-        double power = Horner<12>(b + 13 * (static_cast<int>(piece) - 2), w - piece);
+        double power = Horner<12>(b + 13 * (static_cast<std::ptrdiff_t>(piece) - 2), w - piece);
         power *= power;
         power *= power;
         power *= power;
