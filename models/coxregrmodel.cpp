@@ -331,7 +331,8 @@ double CoxRegModel::BaselineAt(size_t stratum, double t) const
 // One without a table has limits all the same.
 kernels::Baseline CoxRegModel::BaselineOf(size_t stratum) const
 {
-    kernels::Baseline baseline{nullptr, nullptr, 0, LimitOf(minTimes, stratum),
+    static constexpr double kNoCells[1] = {kNone};
+    kernels::Baseline baseline{kNoCells, kNoCells, 0, LimitOf(minTimes, stratum),
                                LimitOf(maxTimes, stratum)};
     if (stratum < baselines.size()) {
         baseline.times = baselines[stratum].times.data();

@@ -14,29 +14,29 @@ namespace {
 using Tags = PMMLModelTags;
 using Result = ScoreResult;
 
-// In the order of the members: code, name, class, results, results of a classified target, whether
+// In the order of the members: name, class, code, results, results of a classified target, whether
 // it takes contrasts, whether it takes MV_STATUS_ONLY.
 constexpr ModelFamily kFamilies[] = {
-    {kMultinomial, "multinomial logistic regression", "MLRModel", Result::MLR_RESULT,
+    {"multinomial logistic regression", "MLRModel", kMultinomial, Result::MLR_RESULT,
      Result::MLR_RESULT, false, true},
-    {kMultinomialGeneralized, "multinomial logistic regression", "MLRModel", Result::MLR_RESULT,
+    {"multinomial logistic regression", "MLRModel", kMultinomialGeneralized, Result::MLR_RESULT,
      Result::MLR_RESULT, false, true},
-    {kGeneralLinear, "general linear model", "GLRModel", Result::LR_RESULT, Result::LR_RESULT,
+    {"general linear model", "GLRModel", kGeneralLinear, Result::LR_RESULT, Result::LR_RESULT,
      false, true},
-    {kLinear, "linear regression", "LRModel", Result::LR_RESULT, Result::LR_RESULT, false, true},
-    {kConditional, "conditional logistic regression", "CLRModel", Result::CLR_RESULT,
+    {"linear regression", "LRModel", kLinear, Result::LR_RESULT, Result::LR_RESULT, false, true},
+    {"conditional logistic regression", "CLRModel", kConditional, Result::CLR_RESULT,
      Result::CLR_RESULT, false, false},
-    {kBinary, "binary logistic regression", "BLRModel", Result::MLR_RESULT, Result::MLR_RESULT,
+    {"binary logistic regression", "BLRModel", kBinary, Result::MLR_RESULT, Result::MLR_RESULT,
      true, true},
-    {kOrdinal, "ordinal regression", "ORModel", Result::MLR_RESULT, Result::MLR_RESULT, false,
+    {"ordinal regression", "ORModel", kOrdinal, Result::MLR_RESULT, Result::MLR_RESULT, false,
      true},
-    {kGeneralizedLinear, "generalized linear model", "GZLRModel", Result::LR_RESULT,
+    {"generalized linear model", "GZLRModel", kGeneralizedLinear, Result::LR_RESULT,
      Result::MLR_RESULT, false, true},
-    {kOrdinalGeneralized, "ordinal regression (generalized)", "OGZLRModel", Result::MLR_RESULT,
+    {"ordinal regression (generalized)", "OGZLRModel", kOrdinalGeneralized, Result::MLR_RESULT,
      Result::MLR_RESULT, false, true},
-    {kCox, "Cox regression", "CoxRegModel", Result::COXREG_RESULT, Result::COXREG_RESULT, true,
+    {"Cox regression", "CoxRegModel", kCox, Result::COXREG_RESULT, Result::COXREG_RESULT, true,
      true},
-    {kCoxComplexSamples, "Cox regression", "CoxRegModel", Result::COXREG_RESULT,
+    {"Cox regression", "CoxRegModel", kCoxComplexSamples, Result::COXREG_RESULT,
      Result::COXREG_RESULT, true, true},
 };
 

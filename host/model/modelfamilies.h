@@ -32,9 +32,9 @@ enum FamilyCode {
 
 /// What a family is, apart from its arithmetic.
 struct ModelFamily {
-    FamilyCode code;
     const char* name;       ///< in the field's words
     const char* className;  ///< of its model
+    FamilyCode code;
     /// Of its results (ScoreResult::ResultType), and the same where its target has categories.
     int resultType;
     int classifyingResultType;

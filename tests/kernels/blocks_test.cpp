@@ -483,7 +483,7 @@ TEST_P(Blocks, LimitsShiftsAndBoundariesAreTheirFormulas)
 TEST_P(Blocks, RangesAreJudgedToTheLastRowAndNoFurther)
 {
     std::vector<double> x(kBlockRows, 3.0);
-    for (const size_t rows : {1, 7, 8, 9, 511, 512}) {
+    for (const size_t rows : {1U, 7U, 8U, 9U, 511U, 512U}) {
         EXPECT_TRUE(kernels->within(x.data(), 0.0, 3.0, true, rows));
         for (const double odd : {3.5, -1.0, kInf, std::numeric_limits<double>::quiet_NaN()}) {
             for (const size_t at : {size_t{0}, rows / 2, rows - 1}) {
