@@ -23,7 +23,9 @@ VELSCORE_LANE typename Cells::Lane SumOfSlopes(double constant, const double* be
     for (size_t i = 0; i < count; ++i) {
         if (betas[i] == 0.0) continue;
         const Lane x = Cells::Number(cells, static_cast<int32_t>(i));
-        lp = Select(x != 0.0, lp + betas[i] * x, lp);
+        const Mask<Lane> met = x != 0.0;
+        if (IsDone(met)) continue;
+        lp = Select(met, lp + betas[i] * x, lp);
     }
     return lp;
 }

@@ -56,7 +56,9 @@ VELSCORE_LANE Lane VarianceOfSlopes(const double* covariances, size_t stride, si
         for (size_t j = 0; j < count; ++j) {
             if (last[j] == 0.0) continue;
             const Lane xj = x(j);
-            v = Select(xj != 0.0, v + (2.0 * last[j]) * xj, v);
+            const Mask<Lane> met = xj != 0.0;
+            if (IsDone(met)) continue;
+            v = Select(met, v + (2.0 * last[j]) * xj, v);
         }
     }
     for (size_t i = 0; i < count; ++i) {
@@ -67,7 +69,9 @@ VELSCORE_LANE Lane VarianceOfSlopes(const double* covariances, size_t stride, si
         for (size_t j = 0; j < count; ++j) {
             if (row[j] == 0.0) continue;
             const Lane yj = y(j);
-            v = Select(Both(metI, yj != 0.0), v + (xi * row[j]) * yj, v);
+            const Mask<Lane> met = Both(metI, yj != 0.0);
+            if (IsDone(met)) continue;
+            v = Select(met, v + (xi * row[j]) * yj, v);
         }
     }
     return v;

@@ -88,9 +88,11 @@ double LRModel::StandardError(const CaseState& state) const
     const bool hasConstant = n == predictorVars.size() && n < rows;
     // On purpose: in the inner sum the plain number, not the reading of a date from its variable's
     // origin; scores depend on it.
+    const double* const x = state.numbers.data();
+    const double* const y = state.plainNumbers.data();
     return kernels::RootOfVariance(kernels::VarianceOfSlopes<double>(
-        pcovMatrix->GetRow(0), rows, n, hasConstant, [&](size_t i) { return state.numbers[i]; },
-        [&](size_t j) { return state.plainNumbers[j]; }));
+        pcovMatrix->GetRow(0), rows, n, hasConstant, [x](size_t i) { return x[i]; },
+        [y](size_t j) { return y[j]; }));
 }
 
 void LRModel::Display(std::ostream& out) const
