@@ -2,8 +2,8 @@
 # What a release has to pass beside .ci/run and takes too long, or needs too much, for every change:
 #
 #   clang      the release build and all its tests with clang++, warnings being errors
-#   equality   block scorers against single cases over 10,000,000 rows a family and link, with both
-#              compilers
+#   equality   block scorers against single cases over 10,000,000 rows a family and link, and the
+#              kernels' exp against the C library's over 1,000,000,000 values, with both compilers
 #   threads    the tests that score one model in several threads, under ThreadSanitizer
 #   tidy       clang-tidy over every source
 #   root       README.md's commands, ./test among them, on the committed tree in a new Debian root that
@@ -21,26 +21,27 @@ stage_clang() {
         ctest --preset clang -j "$(nproc)"
 }
 
-# Builds the tests of the models with a preset and runs those that a filter names.
-run_models_tests() {
+# Builds a test program with a preset and runs those of its tests that a filter names.
+run_tests() {
     cmake --preset "$1" -DVELSCORE_WERROR=ON >/dev/null &&
-        cmake --build --preset "$1" --target models_tests &&
-        "build/$1/bin/models_tests" --gtest_filter="$2" --gtest_list_tests | grep -q '^  ' &&
-        "build/$1/bin/models_tests" --gtest_filter="$2" --gtest_brief=1
+        cmake --build --preset "$1" --target "$2" &&
+        "build/$1/bin/$2" --gtest_filter="$3" --gtest_list_tests | grep -q '^  ' &&
+        "build/$1/bin/$2" --gtest_filter="$3" --gtest_brief=1
 }
 
 stage_equality() {
     scripts/ensure-packages.sh packages.txt tests/packages.txt || return 1
     local preset ended=0
     for preset in release clang; do
-        VELSCORE_TEST_ROWS=10000000 run_models_tests "$preset" '*BlockScorerOf*' || ended=1
+        VELSCORE_TEST_ROWS=10000000 run_tests "$preset" models_tests '*BlockScorerOf*' || ended=1
+        VELSCORE_TEST_VALUES=1000000000 run_tests "$preset" kernels_tests '*ExpHas*' || ended=1
     done
     return $ended
 }
 
 stage_threads() {
     scripts/ensure-packages.sh packages.txt tests/packages.txt &&
-        TSAN_OPTIONS=halt_on_error=1 run_models_tests thread '*ServesThreadsAtOnce*'
+        TSAN_OPTIONS=halt_on_error=1 run_tests thread models_tests '*ServesThreadsAtOnce*'
 }
 
 stage_tidy() { scripts/lint.sh --all; }
