@@ -10,9 +10,13 @@ namespace MCVelscore_850 {
 
 namespace {
 
-// True when the output would go into the file of an open descriptor.
-bool IsOutput(const std::string& output, int input)
+// True when the output would go into the file that the input is.
+bool IsOutput(const std::string& output, const std::string& input)
 {
+    if (input == "-") {
+        return output == "-" ? IsSameFile(STDOUT_FILENO, STDIN_FILENO)
+                             : IsSameFile(STDIN_FILENO, output);
+    }
     return output == "-" ? IsSameFile(STDOUT_FILENO, input) : IsSameFile(input, output);
 }
 
@@ -26,19 +30,15 @@ bool IsOutput(const std::string& output, int input)
 
 void RefuseOutputOntoDocument(const std::string& output, const std::string& document)
 {
-    if (document == "-") {
-        if (IsOutput(output, STDIN_FILENO)) Refuse("standard input");
-    } else if (output == "-" ? IsSameFile(STDOUT_FILENO, document) : IsSameFile(document, output)) {
-        Refuse(document);
-    }
+    if (IsOutput(output, document)) Refuse(InputFile::NameOf(document));
 }
 
-void RefuseOutputOntoTable(const std::string& output, const InputFile& cases)
+void RefuseOutputOntoTable(const std::string& output, const std::string& cases)
 {
     // What the shell has emptied for the output is an empty table, and told as one.
-    if ((output != "-" || cases.Size() > 0) && IsOutput(output, cases.Descriptor())) {
-        Refuse(cases.Name());
-    }
+    uint64_t size = 0;
+    const bool isEmpty = IsRegularFile(cases, size) && size == 0;
+    if ((output != "-" || !isEmpty) && IsOutput(output, cases)) Refuse(InputFile::NameOf(cases));
 }
 
 }  // namespace MCVelscore_850

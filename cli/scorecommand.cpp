@@ -1,4 +1,6 @@
+#include <map>
 #include <optional>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -109,19 +111,45 @@ void SetPolicy(LoadedModel& model, const std::string& policy)
     }
 }
 
-std::string FirstCaseText(long code, const NotScored& cases, const ScoreModel& model)
+std::string FirstCaseText(const NotScoredReason& reason, const NotScored::Case& first,
+                          const ScoringSession& session, const ScoreModel& model)
 {
+    const TableReader& tables = session.Tables();
     std::string text;
-    if (cases.text && TellsTheCase(static_cast<int>(code))) {
-        text = MessageText(static_cast<int>(code),
-                           {ShortText(*cases.text), cases.field, std::to_string(cases.row)});
+    if (first.text && TellsTheCase(static_cast<int>(reason.code))) {
+        text = MessageText(static_cast<int>(reason.code),
+                           {ShortText(*first.text), reason.field, std::to_string(first.row)});
     } else {
-        const std::string fault = FaultText(cases.field, cases.text);
-        text = fmt::format("row {}{}{}", cases.row, fault.empty() ? "" : ", ", fault);
+        const std::string fault = FaultText(reason.field, first.text);
+        text = fmt::format("row {}{}{}", first.row, fault.empty() ? "" : ", ", fault);
     }
+    if (tables.TableCount() > 1) text += fmt::format(" of {}", tables.NameOf(first.table));
     const std::string meant =
-        cases.text ? SuggestCategory(model, cases.field, *cases.text) : std::string();
+        first.text ? SuggestCategory(model, reason.field, *first.text) : std::string();
     return meant.empty() ? text : text + "; " + meant;
+}
+
+// The cases of one code: how many, and the first of them with its field.
+struct CasesOfCode {
+    int64_t count = 0;
+    const NotScoredReason* reason = nullptr;
+    const NotScored::Case* first = nullptr;
+};
+
+std::map<long, CasesOfCode> ByCode(const ScoringReport& report)
+{
+    std::map<long, CasesOfCode> byCode;
+    for (const auto& [reason, cases] : report.notScored) {
+        CasesOfCode& all = byCode[reason.code];
+        all.count += cases.count;
+        const NotScored::Case& first = cases.first.front();
+        if (all.first == nullptr || std::pair(first.table, first.row) <
+                                        std::pair(all.first->table, all.first->row)) {
+            all.reason = &reason;
+            all.first = &first;
+        }
+    }
+    return byCode;
 }
 
 std::string UnlistedText(const UnlistedValues& unlisted, const ScoreModel& model)
@@ -139,16 +167,17 @@ std::string UnlistedText(const UnlistedValues& unlisted, const ScoreModel& model
 }
 
 // One line: cases scored, cases not scored by code, values that the dictionary doesn't list.
-std::string ClosingLine(const ScoringReport& report, const ScoreModel& model)
+std::string ClosingLine(const ScoringSession& session, const ScoreModel& model)
 {
+    const ScoringReport& report = session.Report();
     const int64_t notScored = report.NotScoredCount();
     std::string line =
         fmt::format("{} of {} cases scored", report.scored, report.scored + notScored);
     if (notScored > 0) line += fmt::format("; {} not scored:", notScored);
     const char* between = " ";
-    for (const auto& [code, cases] : report.notScored) {
+    for (const auto& [code, cases] : ByCode(report)) {
         line += fmt::format("{}{} with status {} (first: {})", between, cases.count, code,
-                            FirstCaseText(code, cases, model));
+                            FirstCaseText(*cases.reason, *cases.first, session, model));
         between = ", ";
     }
     for (const UnlistedValues& unlisted : report.unlisted) {
@@ -166,7 +195,7 @@ int ExitCodeOf(const ScoringReport& report, bool strict)
 }
 
 // Ends the output of a run that came to no end of its own, and says what there is of it.
-void EndEarly(std::string_view why, CsvWriter& writer, const ScoreArguments& arguments,
+void EndEarly(std::string_view why, RowWriter& writer, const ScoreArguments& arguments,
               Console& console)
 {
     const std::string place = writer.EndEarly(arguments.partial);
@@ -197,6 +226,7 @@ int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& c
                                      documentColumns ? "--output document" : "--prediction-only"));
     }
     options.dialect = DialectOf(arguments);
+    options.form = {options.dialect.delimiter, options.dialect.decimal};
     options.missingTexts = arguments.missingTexts;
 
     LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin),
@@ -211,20 +241,21 @@ int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& c
     if (arguments.predictionOnly) model.WantPredictionOnly();
 
     CatchStopSignals();
-    InputFile cases(arguments.cases, &StopRequested());
     RefuseOutputOntoDocument(arguments.output, arguments.model);
-    RefuseOutputOntoTable(arguments.output, cases);
+    RefuseOutputOntoTable(arguments.output, arguments.cases);
 
     std::optional<ScoringSession> session;
-    std::optional<CsvWriter> writer;
+    std::optional<RowWriter> writer;
     try {
-        session.emplace(model, cases, options, &StopRequested());
-        writer.emplace(arguments.output, options.dialect.delimiter, options.dialect.decimal);
+        session.emplace(model, std::vector{arguments.cases}, options, &StopRequested());
+        writer.emplace(arguments.output);
         ScoringSession::Progress progress;
         if (!arguments.quiet) {
-            progress = [&](uint64_t done) { console.ShowProgress(done, cases.Size()); };
+            progress = [&](uint64_t done) {
+                console.ShowProgress(done, session->Tables().TotalBytes());
+            };
         }
-        session->Run(*writer, progress);
+        session->Run(*writer, nullptr, progress);
         if (!session->Report().interrupted) writer->Close();
     } catch (const Failure& failure) {
         // The header was still being read, or a pipe that is the output had no reader yet.
@@ -244,7 +275,7 @@ int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& c
     if (report.interrupted) {
         EndEarly(kInterrupted, *writer, arguments, console);
     } else if (!arguments.quiet && !report.outputClosed) {
-        console.Say(ClosingLine(report, model.Model()));
+        console.Say(ClosingLine(*session, model.Model()));
     }
     return ExitCodeOf(report, arguments.strict);
 }

@@ -12,6 +12,8 @@ namespace MCVelscore_850 {
 
 /// The state of a run of cases through any regression model.
 struct CaseState final : ScoringState {
+    void SettleAs(const ScoringState& other) override;
+
     // By the first indexed record.
     bool isBound = false;
     std::vector<int> positions;  ///< per predictor its position in the record, -1 when unknown

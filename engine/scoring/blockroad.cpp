@@ -85,6 +85,7 @@ void BlockRoad::Score(const ColumnBlock& block, const BatchResults& results, Row
             columns_[i].numbers = inputs_[i].numbers.data();
         }
     }
+    const auto noted = static_cast<std::ptrdiff_t>(preparer_.Unlisted().size());
     if (fromCases_) {
         FillFromCases(block, unsure);
     } else {
@@ -94,6 +95,12 @@ void BlockRoad::Score(const ColumnBlock& block, const BatchResults& results, Row
     RowBits left{};
     scorer_->Score(columns_, block.rows, results, left.data(), *scratch_);
     for (size_t i = 0; i < unsure.size(); ++i) unsure[i] |= left[i];
+    // What an unsure row holds is noted when it goes alone.
+    std::vector<UnlistedValue>& values = preparer_.Unlisted();
+    values.erase(
+        std::remove_if(values.begin() + noted, values.end(),
+                       [&](const UnlistedValue& value) { return HasRow(unsure, value.row); }),
+        values.end());
 }
 
 void BlockRoad::FillFromTable(const ColumnBlock& block, RowBits& unsure)
@@ -138,8 +145,9 @@ bool BlockRoad::ReadNumber(const Input& input, const ColumnBlock& block, size_t 
     CaseField& field = *input.field;
     bool unlisted = false;
     if (field.Set(block.columns[field.Column()], row, unlisted) != 0) return false;
-    if (unlisted && preparer_.NeedsCount(field, block, row)) return false;
-    return NumberOf(field.Value(), *input.var, number);
+    if (!NumberOf(field.Value(), *input.var, number)) return false;
+    if (unlisted) preparer_.NoteUnlisted(field, block, row);
+    return true;
 }
 
 void BlockRoad::FillCodes(Input& input, const ColumnBlock& block, RowBits& unsure)
@@ -171,7 +179,7 @@ bool BlockRoad::ReadCode(Input& input, const ColumnBlock& block, size_t row, int
         meaning = Learn(input, text, read ? &field.Value() : nullptr, unlisted);
     }
     if (meaning == nullptr || meaning->unsure) return false;
-    if (meaning->unlisted && field.NeedsCount(text)) return false;
+    if (meaning->unlisted) preparer_.NoteUnlisted(field, block, row);
     code = meaning->code;
     return true;
 }

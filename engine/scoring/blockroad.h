@@ -20,8 +20,7 @@ namespace MCVelscore_850 {
 
 /// The road of rows that need no judgement: turns a table's columns into those of a model's block
 /// scorer, and scores the block. A row is unsure, and to be scored alone, when the scorer says so,
-/// when its text can't be read, when it has a missing value that nothing stands in for, or a value
-/// to count.
+/// when its text can't be read, or when it has a missing value that nothing stands in for.
 ///
 /// Fields   are made numbers and codes column by column, treated as CasePreparer has it. Where
 ///          there are derived fields, or fields that the block scorer has no column for, each row
@@ -58,7 +57,7 @@ private:
     struct Meaning {
         int32_t code = -1;
         bool unsure = true;
-        bool unlisted = false;  ///< to be counted, as long as CaseField::NeedsCount() says so
+        bool unlisted = false;
     };
     /// One column of the block scorer.
     struct Input {

@@ -54,10 +54,6 @@ CaseField::CaseField(const ScoreDictVar& var, const CaseOptions& options, bool o
     }
     countsUnlisted_ = dictVar_ != nullptr && var.AcceptsUnlisted();
     treated_ = countsUnlisted_;
-    unlisted_.column = var.GetName();
-    const auto& withoutReference = options.withoutReference;
-    unlisted_.oneMayBeReference = std::find(withoutReference.begin(), withoutReference.end(),
-                                            var.GetName()) != withoutReference.end();
 }
 
 void CaseField::SetTreatment(const FieldTreatment& treatment)
@@ -307,19 +303,11 @@ bool CaseField::SetReplacement(const std::string& text)
     return true;
 }
 
-bool CaseField::NeedsCount(std::string_view text) const
+UnlistedValues CaseField::NoneUnlisted() const
 {
-    return !unlisted_.oneMayBeReference || unlisted_.first.empty() ||
-           unlisted_.first.front() != text;
-}
-
-void CaseField::CountUnlisted(std::string_view text)
-{
-    if (unlisted_.first.size() < UnlistedValues::kShown &&
-        std::find(unlisted_.first.begin(), unlisted_.first.end(), text) == unlisted_.first.end()) {
-        unlisted_.first.emplace_back(text);
-    }
-    if (NeedsCount(text)) ++unlisted_.count;
+    const std::vector<std::string>& names = options_->withoutReference;
+    const bool lacksReference = std::find(names.begin(), names.end(), Name()) != names.end();
+    return {.column = Name(), .oneMayBeReference = lacksReference};
 }
 
 }  // namespace MCVelscore_850

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "engine/documents/miningtreatment.h"
+#include "engine/scoring/unlistedvalues.h"
 #include "engine/tables/columnblock.h"
 #include "host/variables/dictvar.h"
 
@@ -30,18 +31,6 @@ struct CaseOptions {
     std::vector<std::string> alsoRead{};
     /// Variables whose list of categories may lack their reference category.
     std::vector<std::string> withoutReference{};
-};
-
-/// Values of one column that its variable accepts without listing them: often a typing error.
-struct UnlistedValues {
-    static constexpr size_t kShown = 3;
-
-    std::string column;
-    int64_t count = 0;
-    std::vector<std::string> first;  ///< the first different ones, at most kShown
-    /// One different value may be the reference category, which the list lacks. The first one
-    /// isn't counted then; which of them it is nobody knows.
-    bool oneMayBeReference = false;
 };
 
 /// What the mining schema leaves to the host to do with one field, of a certain model.
@@ -105,11 +94,8 @@ public:
     /// The text as a document writes it: empty for a missing value, numbers with a decimal point.
     std::string DocumentText(std::string_view text) const;
 
-    /// False where counting an unlisted value would change nothing: it is the reference category,
-    /// as far as one can tell.
-    bool NeedsCount(std::string_view text) const;
-    void CountUnlisted(std::string_view text);
-    const UnlistedValues& Unlisted() const { return unlisted_; }
+    /// The count of its unlisted values, before the first.
+    UnlistedValues NoneUnlisted() const;
 
 private:
     enum class Invalid { LeaveToModel, AsIs, AsMissing, AsValue, Refuse };
@@ -150,7 +136,6 @@ private:
     bool hasContrasts_ = false;
     std::optional<std::string> invalidReplacement_;
     std::optional<std::string> missingReplacement_;
-    UnlistedValues unlisted_;
     std::string scratch_;
 };
 

@@ -18,8 +18,6 @@ namespace MCVelscore_850 {
 
 namespace {
 
-constexpr size_t kStatusTexts = size_t{1} << 14;  // a number for each row of a block
-
 template <class Range, class Value>
 bool Contains(const Range& range, const Value& value)
 {
@@ -70,7 +68,6 @@ CasePreparer::CasePreparer(const ScoreModel& model, const ModelDescription& desc
     int position = 0;
     for (CaseField& field : fields_) record_->Own(position++, field.MakeValue());
     for (Derived& derived : derived_) derived.position = position++;
-    numberTexts_.reserve(kStatusTexts);
 }
 
 CasePreparer::~CasePreparer() = default;
@@ -153,11 +150,7 @@ CaseStatus CasePreparer::Prepare(const ColumnBlock& block, size_t row)
     for (CaseField& field : fields_) {
         bool unlisted = false;
         const long code = field.Set(block.columns[field.Column()], row, unlisted);
-        if (unlisted) {
-            const size_t texts = numberTexts_.size();
-            field.CountUnlisted(TextOf(field, block, row));
-            numberTexts_.resize(texts);
-        }
+        if (unlisted) NoteUnlisted(field, block, row);
         if (code == 0) continue;
         if (!field.IsOptional()) return {code, &field.Name(), TextOf(field, block, row)};
         field.SetMissing();
@@ -171,18 +164,30 @@ bool CasePreparer::PrepareSurely(const ColumnBlock& block, size_t row)
     for (CaseField& field : fields_) {
         bool unlisted = false;
         if (field.Set(block.columns[field.Column()], row, unlisted) != 0) return false;
-        if (unlisted && NeedsCount(field, block, row)) return false;
+        if (unlisted) NoteUnlisted(field, block, row);
     }
     ComputeDerived();
     return true;
 }
 
-bool CasePreparer::NeedsCount(const CaseField& field, const ColumnBlock& block, size_t row)
+void CasePreparer::NoteUnlisted(const CaseField& field, const ColumnBlock& block, size_t row)
 {
-    const size_t texts = numberTexts_.size();
-    const bool needed = field.NeedsCount(TextOf(field, block, row));
-    numberTexts_.resize(texts);
-    return needed;
+    const auto place = static_cast<size_t>(&field - fields_.data());
+    unlisted_.push_back({row, place, TextOf(field, block, row)});
+}
+
+bool CasePreparer::IsMissing(const CaseStatus& status) const
+{
+    if (!status.text || status.field == nullptr) return false;
+    return std::any_of(fields_.begin(), fields_.end(), [&](const CaseField& field) {
+        return field.Name() == *status.field && field.IsMissingText(*status.text);
+    });
+}
+
+void CasePreparer::BeginBlock()
+{
+    unlisted_.clear();
+    numberTextCount_ = 0;
 }
 
 void CasePreparer::ComputeDerived()
@@ -222,9 +227,11 @@ std::string_view CasePreparer::TextOf(const CaseField& field, const ColumnBlock&
     const TableColumn& column = block.columns[field.Column()];
     if (column.numbers == nullptr) return column.Text(row);
     if (!column.IsPresent(row)) return {};
-    const size_t begin = numberTexts_.size();
-    AppendNumber(column.numbers[row], numberTexts_);
-    return std::string_view(numberTexts_).substr(begin);
+    if (numberTextCount_ == numberTexts_.size()) numberTexts_.emplace_back();
+    std::string& text = numberTexts_[numberTextCount_++];
+    text.clear();
+    AppendNumber(column.numbers[row], text);
+    return text;
 }
 
 std::vector<std::string> CasePreparer::InputNames() const
@@ -241,15 +248,6 @@ std::vector<std::string> CasePreparer::InputTexts(const ColumnBlock& block, size
         texts.push_back(field.DocumentText(block.columns[field.Column()].Text(row)));
     }
     return texts;
-}
-
-std::vector<UnlistedValues> CasePreparer::Unlisted() const
-{
-    std::vector<UnlistedValues> met;
-    for (const CaseField& field : fields_) {
-        if (field.Unlisted().count > 0) met.push_back(field.Unlisted());
-    }
-    return met;
 }
 
 }  // namespace MCVelscore_850

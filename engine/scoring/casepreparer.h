@@ -1,6 +1,7 @@
 #ifndef VELSCORE_ENGINE_SCORING_CASEPREPARER_H
 #define VELSCORE_ENGINE_SCORING_CASEPREPARER_H
 
+#include <deque>
 #include <memory>
 #include <span>
 #include <string>
@@ -53,13 +54,14 @@ public:
     ~CasePreparer();
 
     /// Makes a row of a block the record's case. The block has a column for each of the header's;
-    /// what the status views stands as long as the block, and until ForgetTexts().
+    /// what the status and the unlisted values view stands as long as the block, and until
+    /// BeginBlock().
     CaseStatus Prepare(const ColumnBlock& block, size_t row);
-    /// The same for a row that nothing is to be told of: false where it is refused or has a value
-    /// to count. Prepare() makes a case of such a row, then or later.
+    /// The same for a row that nothing is to be told of: false where it is refused. Prepare() makes
+    /// a case of such a row, then or later.
     bool PrepareSurely(const ColumnBlock& block, size_t row);
-    /// CaseField::NeedsCount() of what stands in a row of the field's column.
-    bool NeedsCount(const CaseField& field, const ColumnBlock& block, size_t row);
+    /// Notes an unlisted value: what stands in a row of the field's column.
+    void NoteUnlisted(const CaseField& field, const ColumnBlock& block, size_t row);
 
     const CaseRecord& Record() const { return *record_; }
 
@@ -69,8 +71,12 @@ public:
     /// blames none. A derived variable hands the blame on to its first input that is missing or
     /// not valid, or to its only one: the table has no field of its own name.
     CaseStatus Refusal(long code, const ScoreDictVar* failed, const ColumnBlock& block, size_t row);
-    /// Lets the texts go that statuses view; called before each block at the latest.
-    void ForgetTexts() { numberTexts_.clear(); }
+    /// True where a missing value is what is told of a row's field.
+    bool IsMissing(const CaseStatus& status) const;
+    /// Lets go what was noted of the block before, and the texts that statuses view.
+    void BeginBlock();
+    /// What was noted of the block at hand.
+    std::vector<UnlistedValue>& Unlisted() { return unlisted_; }
 
     /// The data variables that are read, in the order of their values in the record.
     std::span<CaseField> Fields() { return fields_; }
@@ -80,9 +86,6 @@ public:
     /// A row's texts of these variables as a document writes them: a missing value is empty, and
     /// numbers have a decimal point. Of a block of texts.
     std::vector<std::string> InputTexts(const ColumnBlock& block, size_t row) const;
-
-    /// The columns that met unlisted values, in the order of the variables.
-    std::vector<UnlistedValues> Unlisted() const;
 
 private:
     struct Derived {
@@ -111,7 +114,9 @@ private:
     std::unordered_set<const ScoreDictVar*> seen_;
     std::unique_ptr<CaseRecord> record_;
     ExpressionScratch expressions_;  ///< of the derived values
-    std::string numberTexts_;        // of numbers that statuses view, which mustn't move
+    std::vector<UnlistedValue> unlisted_;
+    std::deque<std::string> numberTexts_;  // of numbers that are viewed, which mustn't move
+    size_t numberTextCount_ = 0;
 };
 
 }  // namespace MCVelscore_850

@@ -50,6 +50,8 @@ CaseStatus CaseScorer::DrawCurve(const ColumnBlock& block, size_t row)
     return StatusOf(model_.CurveRow(*state_, &Record(), true, curve_), block, row);
 }
 
+void CaseScorer::SettleAs(const CaseScorer& other) { state_->SettleAs(*other.state_); }
+
 double CaseScorer::LinearPredictor() const { return state_->linearPredictor; }
 
 CaseStatus CaseScorer::Prepare(const ColumnBlock& block, size_t row)

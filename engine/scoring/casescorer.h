@@ -36,6 +36,9 @@ public:
     /// Curve() is the row's when this answers OK.
     CaseStatus DrawCurve(const ColumnBlock& block, size_t row);
 
+    /// Takes over what the other's first case settled.
+    void SettleAs(const CaseScorer& other);
+
     const ScoreResult& Result() const { return *result_; }
     /// The system-missing number where the model has not one equation.
     double LinearPredictor() const;

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "engine/scoring/resultnumber.h"
-#include "engine/tables/csvwriter.h"
+#include "engine/tables/rowtext.h"
 
 namespace MCVelscore_850 {
 
@@ -21,31 +21,31 @@ ModelDescription CurveShaper::Needs(ModelDescription description)
     return description;
 }
 
-void CurveShaper::WriteHeader(CsvWriter& writer)
+void CurveShaper::WriteHeader(RowText& rows)
 {
-    for (const char* column : {"row", "time", "survival", "cum_hazard"}) writer.AddText(column);
-    writer.EndRow();
+    for (const char* column : {"row", "time", "survival", "cum_hazard"}) rows.AddText(column);
+    rows.EndRow();
 }
 
-void CurveShaper::WriteCurve(CsvWriter& writer, int64_t row,
+void CurveShaper::WriteCurve(RowText& rows, int64_t row,
                              const std::vector<SurvivalPoint>& curve)
 {
     const std::string number = std::to_string(row);
     for (const SurvivalPoint& point : curve) {
-        writer.AddText(number);
-        writer.AddNumber(point.time);
-        WriteResultNumber(writer, point.survival);
-        WriteResultNumber(writer, point.cumHazard);
-        writer.EndRow();
+        rows.AddText(number);
+        rows.AddNumber(point.time);
+        WriteResultNumber(rows, point.survival);
+        WriteResultNumber(rows, point.cumHazard);
+        rows.EndRow();
     }
-    if (curve.empty()) WriteNoCurve(writer, row);
+    if (curve.empty()) WriteNoCurve(rows, row);
 }
 
-void CurveShaper::WriteNoCurve(CsvWriter& writer, int64_t row)
+void CurveShaper::WriteNoCurve(RowText& rows, int64_t row)
 {
-    writer.AddText(std::to_string(row));
-    for (int i = 0; i < 3; ++i) writer.AddEmpty();
-    writer.EndRow();
+    rows.AddText(std::to_string(row));
+    for (int i = 0; i < 3; ++i) rows.AddEmpty();
+    rows.EndRow();
 }
 
 }  // namespace MCVelscore_850

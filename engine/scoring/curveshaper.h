@@ -9,7 +9,7 @@
 
 namespace MCVelscore_850 {
 
-class CsvWriter;
+class RowText;
 
 /// Writes survival curves in long form: a line for each time of each case.
 ///
@@ -24,9 +24,9 @@ public:
     /// or the stratum too.
     static ModelDescription Needs(ModelDescription description);
 
-    static void WriteHeader(CsvWriter& writer);
-    static void WriteCurve(CsvWriter& writer, int64_t row, const std::vector<SurvivalPoint>& curve);
-    static void WriteNoCurve(CsvWriter& writer, int64_t row);
+    static void WriteHeader(RowText& rows);
+    static void WriteCurve(RowText& rows, int64_t row, const std::vector<SurvivalPoint>& curve);
+    static void WriteNoCurve(RowText& rows, int64_t row);
 };
 
 }  // namespace MCVelscore_850

@@ -8,50 +8,50 @@
 #include "engine/messages/failure.h"
 #include "engine/messages/shorttext.h"
 #include "engine/messages/suggestions.h"
-#include "engine/tables/csvwriter.h"
+#include "engine/tables/rowtext.h"
 #include "host/messages/messages.h"
 
 namespace MCVelscore_850 {
 
 namespace {
 
-void WriteValue(CsvWriter& writer, const ResultBlock::Column& column, size_t row,
+void WriteValue(RowText& rows, const ResultBlock::Column& column, size_t row,
                 std::span<const ResultCategory> categories)
 {
     if (!HasRow(column.present, row)) {
-        writer.AddEmpty();
+        rows.AddEmpty();
     } else if (column.codes.empty()) {
-        writer.AddNumber(column.numbers[row]);
+        rows.AddNumber(column.numbers[row]);
     } else {
         const ResultCategory& category = categories[static_cast<size_t>(column.codes[row])];
         if (category.number) {
-            writer.AddNumber(*category.number);
+            rows.AddNumber(*category.number);
         } else {
-            writer.AddText(category.text);
+            rows.AddText(category.text);
         }
     }
 }
 
-void WriteStatus(CsvWriter& writer, const CaseStatus& status)
+void WriteStatus(RowText& rows, const CaseStatus& status)
 {
-    writer.AddText(status.IsOK() ? "0" : std::to_string(status.code));
+    rows.AddText(status.IsOK() ? "0" : std::to_string(status.code));
 }
 
-void WriteStatusField(CsvWriter& writer, const CaseStatus& status)
+void WriteStatusField(RowText& rows, const CaseStatus& status)
 {
     if (status.IsOK()) {
-        writer.AddEmpty();
+        rows.AddEmpty();
     } else {
-        writer.AddText(status.FieldName());
+        rows.AddText(status.FieldName());
     }
 }
 
-void WriteCell(CsvWriter& writer, const OutputCell& cell)
+void WriteCell(RowText& rows, const OutputCell& cell)
 {
     switch (cell.kind) {
-        case OutputCell::Missing: writer.AddEmpty(); break;
-        case OutputCell::Number: writer.AddNumber(cell.number); break;
-        case OutputCell::Text: writer.AddText(cell.text); break;
+        case OutputCell::Missing: rows.AddEmpty(); break;
+        case OutputCell::Number: rows.AddNumber(cell.number); break;
+        case OutputCell::Text: rows.AddText(cell.text); break;
     }
 }
 
@@ -137,42 +137,56 @@ OutputShaper::OutputShaper(const ResultSchema& schema, std::span<const std::stri
     columns_.insert(columns_.end(), results.begin(), results.end());
 }
 
-void OutputShaper::WriteHeader(CsvWriter& writer) const
+void OutputShaper::WriteHeader(RowText& rows) const
 {
-    for (const std::string& column : columns_) writer.AddText(column);
-    writer.EndRow();
+    for (const std::string& column : columns_) rows.AddText(column);
+    rows.EndRow();
 }
 
-void OutputShaper::WriteRow(CsvWriter& writer, std::span<const std::string_view> fields,
+void OutputShaper::WriteRow(RowText& rows, std::span<const std::string_view> fields,
                             const ResultBlock& results, size_t row) const
 {
-    WriteKept(writer, fields);
+    WriteKept(rows, fields);
     for (size_t i = 0; i < results_.size(); ++i) {
         switch (kinds_[i]) {
-            case ResultKind::Status: WriteStatus(writer, results.StatusOf(row)); break;
-            case ResultKind::FieldName: WriteStatusField(writer, results.StatusOf(row)); break;
+            case ResultKind::Status: WriteStatus(rows, results.StatusOf(row)); break;
+            case ResultKind::FieldName: WriteStatusField(rows, results.StatusOf(row)); break;
             case ResultKind::Number:
             case ResultKind::Category:
-                WriteValue(writer, results.columns[results_[i]], row, results.categories);
+                WriteValue(rows, results.columns[results_[i]], row, results.categories);
                 break;
         }
     }
-    writer.EndRow();
+    rows.EndRow();
 }
 
-void OutputShaper::WriteRow(CsvWriter& writer, std::span<const std::string_view> fields,
+void OutputShaper::WriteRow(RowText& rows, std::span<const std::string_view> fields,
                             std::span<const OutputCell> cells, const CaseStatus& status) const
 {
-    WriteKept(writer, fields);
-    for (const OutputCell& cell : cells) WriteCell(writer, cell);
-    WriteStatus(writer, status);
-    WriteStatusField(writer, status);
-    writer.EndRow();
+    WriteKept(rows, fields);
+    for (const OutputCell& cell : cells) WriteCell(rows, cell);
+    WriteStatus(rows, status);
+    WriteStatusField(rows, status);
+    rows.EndRow();
 }
 
-void OutputShaper::WriteKept(CsvWriter& writer, std::span<const std::string_view> fields) const
+void OutputShaper::WriteTorn(RowText& rows, long code) const
 {
-    for (const size_t position : kept_) writer.AddText(fields[position]);
+    const CaseStatus status{code};
+    for (size_t i = 0; i + results_.size() < columns_.size(); ++i) rows.AddEmpty();
+    for (const ResultKind kind : kinds_) {
+        if (kind == ResultKind::Status) {
+            WriteStatus(rows, status);
+        } else {
+            rows.AddEmpty();
+        }
+    }
+    rows.EndRow();
+}
+
+void OutputShaper::WriteKept(RowText& rows, std::span<const std::string_view> fields) const
+{
+    for (const size_t position : kept_) rows.AddText(fields[position]);
 }
 
 }  // namespace MCVelscore_850

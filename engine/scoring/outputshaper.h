@@ -12,7 +12,7 @@
 
 namespace MCVelscore_850 {
 
-class CsvWriter;
+class RowText;
 struct OutputSection;
 
 /// Which columns an output row has.
@@ -41,17 +41,19 @@ public:
                  const OutputSection* document = nullptr);
 
     const std::vector<std::string>& Columns() const { return columns_; }
-    void WriteHeader(CsvWriter& writer) const;
+    void WriteHeader(RowText& rows) const;
 
     /// The row of the schema's values; `fields` are the input's.
-    void WriteRow(CsvWriter& writer, std::span<const std::string_view> fields,
+    void WriteRow(RowText& rows, std::span<const std::string_view> fields,
                   const ResultBlock& results, size_t row) const;
     /// The row of the document's fields.
-    void WriteRow(CsvWriter& writer, std::span<const std::string_view> fields,
+    void WriteRow(RowText& rows, std::span<const std::string_view> fields,
                   std::span<const OutputCell> cells, const CaseStatus& status) const;
+    /// The row of one that can't be read: nothing but its status.
+    void WriteTorn(RowText& rows, long code) const;
 
 private:
-    void WriteKept(CsvWriter& writer, std::span<const std::string_view> fields) const;
+    void WriteKept(RowText& rows, std::span<const std::string_view> fields) const;
 
     std::vector<size_t> kept_;       ///< positions in the input
     std::vector<size_t> results_;    ///< positions in the schema

@@ -3,18 +3,18 @@
 
 #include <cmath>
 
-#include "engine/tables/csvwriter.h"
+#include "engine/tables/rowtext.h"
 #include "host/values/numericvalue.h"
 
 namespace MCVelscore_850 {
 
 /// A number of a result as a field: a missing one, or none at all, is empty.
-inline void WriteResultNumber(CsvWriter& writer, double number)
+inline void WriteResultNumber(RowText& rows, double number)
 {
     if (NumericValue::IsSystemMissingValue(number) || std::isnan(number)) {
-        writer.AddEmpty();
+        rows.AddEmpty();
     } else {
-        writer.AddNumber(number);
+        rows.AddNumber(number);
     }
 }
 

@@ -1,5 +1,12 @@
 #include "engine/scoring/scoringsession.h"
 
+#include <algorithm>
+#include <mutex>
+
+#include <oneapi/tbb/global_control.h>
+#include <oneapi/tbb/parallel_pipeline.h>
+#include <oneapi/tbb/task_arena.h>
+
 #include "engine/scoring/curveshaper.h"
 #include "host/model/scoremodel.h"
 
@@ -7,133 +14,210 @@ namespace MCVelscore_850 {
 
 namespace {
 
-constexpr int64_t kProgressRows = 4096;  // a few milliseconds of work
+using Clock = std::chrono::steady_clock;
+
+// Rows of text that a block may come to, about: blocks of long rows have fewer.
+constexpr int64_t kBlockOutput = int64_t{1} << 22;
+constexpr int64_t kNumberOutput = 24;
+
+RecordReader::BlockSize BlockSizeOf(const LoadedModel& model, const ScoringOptions& options)
+{
+    const ModelDescription& about = model.Description();
+    int64_t numbers = 8;
+    if (options.curves) {
+        for (const ModelDescription::Stratum& stratum : about.strata) {
+            numbers = std::max(numbers, 4 * static_cast<int64_t>(stratum.cells));
+        }
+    } else {
+        numbers += static_cast<int64_t>(about.targetCategories.size());
+    }
+    return {options.blockBytes, std::max<int64_t>(1, kBlockOutput / (kNumberOutput * numbers))};
+}
 
 }  // namespace
 
-int64_t ScoringReport::NotScoredCount() const
-{
-    int64_t count = 0;
-    for (const auto& [code, cases] : notScored) count += cases.count;
-    return count;
-}
-
-ScoringSession::ScoringSession(const LoadedModel& model, ByteSource& source,
+ScoringSession::ScoringSession(const LoadedModel& model, std::vector<std::string> tables,
                                const ScoringOptions& options, const StopFlag* stop)
-    : reader_(source, options.dialect.delimiter),
-      scorer_(model, reader_.Header(), source.Name(),
-              {options.dialect.decimal, options.missingTexts, options.results, options.curves}),
-      fields_(model.Output() == nullptr ? nullptr
-                                        : std::make_unique<OutputEvaluator>(
-                                              *model.Output(), model.Model(), model.Description())),
-      shaper_(scorer_.Schema(), reader_.Header(), source.Name(), options.output, model.Output()),
-      rows_(reader_.Header().size()),
-      results_(scorer_.Schema()),
+    : reader_(std::move(tables),
+              {.delimiter = options.dialect.delimiter, .passesTorn = options.rejects},
+              BlockSizeOf(model, options), stop),
+      plan_{.model = model,
+            .reader = reader_,
+            .shaper = shaper_,
+            .table = {options.dialect.decimal, options.missingTexts, options.results,
+                      options.curves},
+            .form = options.form,
+            .delimiter = options.dialect.delimiter,
+            .rejects = options.rejects,
+            .mostRejects = options.mostRejects,
+            .stop = stop},
+      tasks_(),
+      schema_((tasks_.emplace_back(plan_), model.Description()), options.results),
+      shaper_(schema_, reader_.Header(), reader_.NameOf(0), options.output, model.Output()),
       stop_(stop),
-      curves_(options.curves)
-{}
+      threads_(std::max<size_t>(1, options.threads))
+{
+    for (const CaseField& field : tasks_.front().Fields()) {
+        unlisted_.push_back(field.NoneUnlisted());
+    }
+}
 
 ScoringSession::~ScoringSession() = default;
 
-void ScoringSession::Run(CsvWriter& writer, const Progress& progress)
+void ScoringSession::Run(RowWriter& writer, RowWriter* rejects, const Progress& progress)
 {
-    const auto settle = [&] {
-        report_.unlisted = scorer_.Preparer().Unlisted();
-        report_.rowsWritten = writer.RowsWritten();
-        report_.outputClosed = writer.IsClosed();
-    };
+    writer_ = &writer;
+    rejectWriter_ = rejects;
+    progress_ = progress;
     try {
-        if (curves_) {
-            CurveShaper::WriteHeader(writer);
-        } else {
-            shaper_.WriteHeader(writer);
-        }
-        ScoreTable(writer, progress);
+        WriteHeaders();
+        ScoreTables();
+        if (failure_ != nullptr) std::rethrow_exception(failure_);
         writer.Flush();
+        if (rejects != nullptr) rejects->Flush();
     } catch (const Failure& failure) {
-        if (failure.Kind() != FailureKind::Output) writer.Flush();
-        settle();
+        if (failure.Kind() != FailureKind::Output) {
+            writer.Flush();
+            if (rejects != nullptr) rejects->Flush();
+        }
+        SettleReport();
         throw;
     } catch (...) {
-        settle();
+        SettleReport();
         throw;
     }
-    settle();
-}
-
-void ScoringSession::ScoreTable(CsvWriter& writer, const Progress& progress)
-{
-    while (!IsStopped() && !writer.IsClosed()) {
-        try {
-            if (reader_.NextRows(TableScorer::kRows, texts_) == 0) break;
-        } catch (const Failure&) {
-            if (!IsStopped()) throw;  // an interrupted read can end inside a quote
-            break;
-        }
-        // After a stop the last row may be half of one.
-        if (!IsStopped()) ScoreBlock(rows_.Block(texts_), writer, progress);
-    }
     report_.interrupted = IsStopped() && !writer.IsClosed();
+    SettleReport();
 }
 
-void ScoringSession::ScoreBlock(const ColumnBlock& block, CsvWriter& writer,
-                                const Progress& progress)
+void ScoringSession::SettleReport()
 {
-    if (curves_) {
-        scorer_.VisitCurves(block, [&](size_t row, const CaseStatus& status, const auto& curve) {
-            CurveShaper::WriteCurve(writer, RowNumber(row), curve);
-            return EndRow(row, status, writer, progress);
-        });
-    } else if (fields_ != nullptr) {
-        scorer_.VisitCases(block, [&](size_t row, const CaseStatus& status, const auto& record,
-                                      const ScoreResult* result) {
-            shaper_.WriteRow(writer, Fields(row),
-                             result == nullptr ? fields_->EvaluateDefaults()
-                                               : fields_->Evaluate(record, *result),
-                             status);
-            return EndRow(row, status, writer, progress);
-        });
+    for (const UnlistedValues& values : unlisted_) {
+        if (values.count > 0) report_.unlisted.push_back(values);
+    }
+    report_.rowsWritten = writer_->RowsWritten();
+    report_.outputClosed = writer_->IsClosed();
+}
+
+void ScoringSession::WriteHeaders()
+{
+    RowText header(plan_.form);
+    if (plan_.table.curves) {
+        CurveShaper::WriteHeader(header);
     } else {
-        scorer_.Score(block, results_);
-        for (size_t row = 0; row < block.rows; ++row) {
-            shaper_.WriteRow(writer, Fields(row), results_, row);
-            if (!EndRow(row, results_.StatusOf(row), writer, progress)) break;
+        shaper_.WriteHeader(header);
+    }
+    writer_->Write(header);
+    if (rejectWriter_ == nullptr) return;
+    RowText rejects;
+    RejectTable::WriteHeader(rejects);
+    rejectWriter_->Write(rejects);
+}
+
+void ScoringSession::ScoreTables()
+{
+    BlockTask& first = tasks_.front();
+    // A table of a block or two isn't worth further threads.
+    constexpr int kBlocksAlone = 2;
+    for (int block = 0; threads_ == 1 || block < kBlocksAlone || !first.IsSettled(); ++block) {
+        if (!Read(first)) return;
+        first.Run(plan_.mostRejects);
+        Write(first);
+    }
+    ScoreInParallel();
+}
+
+void ScoringSession::ScoreInParallel()
+{
+    namespace tbb = oneapi::tbb;
+    const size_t most = threads_ + 2;
+    std::mutex mutex;
+    std::vector<BlockTask*> idle{&tasks_.front()};
+    const auto next = [&](tbb::flow_control& control) -> BlockTask* {
+        BlockTask* task = nullptr;
+        {
+            const std::lock_guard lock(mutex);
+            if (!idle.empty()) {
+                task = idle.back();
+                idle.pop_back();
+            }
         }
+        if (task == nullptr) {
+            task = &tasks_.emplace_back(plan_);
+            task->SettleAs(tasks_.front());
+        }
+        if (Read(*task)) return task;
+        control.stop();
+        return nullptr;
+    };
+    const auto run = [&](BlockTask* task) {
+        task->Run(plan_.mostRejects);
+        return task;
+    };
+    const auto write = [&](BlockTask* task) {
+        Write(*task);
+        const std::lock_guard lock(mutex);
+        idle.push_back(task);
+    };
+    const tbb::global_control control(tbb::global_control::max_allowed_parallelism, threads_);
+    tbb::task_arena arena(static_cast<int>(threads_));
+    arena.execute([&] {
+        tbb::parallel_pipeline(
+            most, tbb::make_filter<void, BlockTask*>(tbb::filter_mode::serial_in_order, next) &
+                      tbb::make_filter<BlockTask*, BlockTask*>(tbb::filter_mode::parallel, run) &
+                      tbb::make_filter<BlockTask*, void>(tbb::filter_mode::serial_in_order, write));
+    });
+}
+
+// The next block into the task; false at the end.
+bool ScoringSession::Read(BlockTask& task)
+{
+    if (ended_ || readEnded_ || IsStopped()) return false;
+    const Clock::time_point begin = Clock::now();
+    bool read = false;
+    try {
+        read = reader_.Next(task.Records());
+        // A stop ends the reading where it stands: the last row may be half of one.
+        if (IsStopped()) read = false;
+    } catch (...) {
+        // The blocks before it are written first.
+        read = !IsStopped();
+        readEnded_ = true;
+        task.Fail(std::current_exception());
     }
+    times_.reading += Clock::now() - begin;
+    return read;
 }
 
-bool ScoringSession::EndRow(size_t row, const CaseStatus& status, const CsvWriter& writer,
-                            const Progress& progress)
+void ScoringSession::Write(BlockTask& task)
 {
-    if (status.IsOK()) {
-        ++report_.scored;
-    } else {
-        Note(row, status);
+    if (ended_) return;
+    const Clock::time_point begin = Clock::now();
+    try {
+        WriteBlock(task);
+    } catch (...) {
+        failure_ = std::current_exception();
+        ended_ = true;
     }
-    if (writer.IsClosed()) return false;
-    if (progress && RowNumber(row) % kProgressRows == 0) progress(reader_.BytesRead());
-    return !IsStopped();
+    times_.writing += Clock::now() - begin;
 }
 
-std::span<const std::string_view> ScoringSession::Fields(size_t row) const
+void ScoringSession::WriteBlock(BlockTask& task)
 {
-    const size_t columns = reader_.Header().size();
-    return texts_.subspan(row * columns, columns);
-}
-
-int64_t ScoringSession::RowNumber(size_t row) const
-{
-    const size_t rows = texts_.size() / reader_.Header().size();
-    return reader_.RowNumber() - static_cast<int64_t>(rows - row) + 1;
-}
-
-void ScoringSession::Note(size_t row, const CaseStatus& status)
-{
-    NotScored& cases = report_.notScored[status.code];
-    if (++cases.count > 1) return;
-    cases.row = RowNumber(row);
-    cases.field = status.FieldName();
-    cases.text = status.text;
+    times_.scoring += task.Time();
+    // With the rejects of the blocks before, one of these may be one too many.
+    const int64_t left = plan_.mostRejects - rejectCount_;
+    if (task.RejectCount() > left) task.Run(left);
+    rejectCount_ += task.RejectCount();
+    report_.Add(task.Report());
+    for (const BlockTask::Unlisted& value : task.UnlistedTexts()) {
+        unlisted_[value.field].Count(value.text);
+    }
+    if (rejectWriter_ != nullptr) rejectWriter_->Write(task.Rejects());
+    writer_->Write(task.Rows());
+    if (task.WhyEnded() != nullptr) std::rethrow_exception(task.WhyEnded());
+    if (task.IsStopped() || writer_->IsClosed()) ended_ = true;
+    if (progress_) progress_(task.Records().bytesRead);
 }
 
 }  // namespace MCVelscore_850

@@ -1,26 +1,30 @@
 #ifndef VELSCORE_ENGINE_SCORING_SCORINGSESSION_H
 #define VELSCORE_ENGINE_SCORING_SCORINGSESSION_H
 
+#include <atomic>
+#include <chrono>
 #include <cstdint>
+#include <deque>
+#include <exception>
 #include <functional>
-#include <map>
+#include <limits>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "engine/documents/loadedmodel.h"
-#include "engine/scoring/outputevaluator.h"
+#include "engine/scoring/blocktask.h"
 #include "engine/scoring/outputshaper.h"
+#include "engine/scoring/scoringreport.h"
 #include "engine/scoring/tablescorer.h"
 #include "engine/tables/bytesource.h"
-#include "engine/tables/columnblock.h"
-#include "engine/tables/csvreader.h"
-#include "engine/tables/csvwriter.h"
+#include "engine/tables/rowtext.h"
+#include "engine/tables/rowwriter.h"
+#include "engine/tables/tablereader.h"
 
 namespace MCVelscore_850 {
 
-/// How the input and the output tables are written: both alike.
+/// How the input tables are written.
 struct TableDialect {
     char delimiter = ',';
     char decimal = '.';
@@ -28,77 +32,85 @@ struct TableDialect {
 
 struct ScoringOptions {
     TableDialect dialect;
+    RowForm form;  ///< of the output
     std::vector<std::string> missingTexts;
     OutputOptions output;
     ResultOptions results;
     /// Survival curves in place of scores, of a model that has them (CurveShaper::Suits); nothing
     /// of `output` and `results` is heeded then, and the table needs no end time.
     bool curves = false;
+    /// Rows that can't be read, or have no score, go to a table of their own (RejectTable); without
+    /// it a row that can't be read ends the run.
+    bool rejects = false;
+    /// One more ends the run.
+    int64_t mostRejects = std::numeric_limits<int64_t>::max();
+    size_t threads = 1;
+    size_t blockBytes = RecordReader::kBlockSize;
 };
 
-/// The cases of one status code: how many, and the first of them.
-struct NotScored {
-    int64_t count = 0;
-    int64_t row = 0;    ///< the first one's number, from 1 after the header
-    std::string field;  ///< empty when no single one is at fault
-    /// What stood in that field; none of a derived field.
-    std::optional<std::string> text;
+/// How long the parts of a run took.
+struct ScoringTimes {
+    std::chrono::nanoseconds reading{0};
+    std::chrono::nanoseconds scoring{0};  ///< of all threads together
+    std::chrono::nanoseconds writing{0};
 };
 
-/// What became of a table.
-struct ScoringReport {
-    int64_t scored = 0;
-    std::map<long, NotScored> notScored;  ///< by status code
-    std::vector<UnlistedValues> unlisted;
-    int64_t rowsWritten = 0;    ///< whole rows in the output
-    bool interrupted = false;   ///< the stop flag ended the run
-    bool outputClosed = false;  ///< the reader of the output pipe went away
-
-    int64_t NotScoredCount() const;
-};
-
-/// Scores a table through a model, block by block in constant memory, on one thread. A block has
-/// the rows that can be had without waiting, so that a slow pipe delays none.
+/// Scores tables through a model, block by block in constant memory: one thread at a time reads
+/// and cuts off records, any number split, score and shape blocks, and one at a time writes them in
+/// their order. What is written doesn't depend on the threads, nor on the size of blocks.
 ///
-/// Order   the constructor reads the header and binds the columns, so what can't be scored at all
-///         is refused before any output file is touched; Run() once. It writes everything out, but
-///         leaves the end to the writer's owner: Close() of a whole table, or EndEarly().
-/// Errors  Failure: what CsvReader, CasePreparer, OutputShaper and CsvWriter refuse. A fault in
-///         mid-table leaves the whole rows before it written; Report() tells how many.
-/// Owner   model, source and stop flag outlive the session.
+/// Order   the constructor reads the first header and binds the columns, so what can't be scored at
+///         all is refused before any output file is touched; Run() once. It writes everything out,
+///         but leaves the end to the writers' owner: Close() of a whole table, or EndEarly().
+///         Blocks go one by one until a row was scored, since a model may settle things by it.
+/// Errors  Failure: what TableReader, CasePreparer, OutputShaper and RowWriter refuse, and
+///         kTooManyRejects. A fault in mid-table leaves the whole rows before it written; Report()
+///         tells how many.
+/// Owner   model and stop flag outlive the session.
 class ScoringSession {
 public:
-    /// Called now and then with the bytes read so far.
+    /// Called now and then, by one thread at a time, with the bytes read so far.
     using Progress = std::function<void(uint64_t)>;
 
-    ScoringSession(const LoadedModel& model, ByteSource& source, const ScoringOptions& options,
-                   const StopFlag* stop = nullptr);
+    ScoringSession(const LoadedModel& model, std::vector<std::string> tables,
+                   const ScoringOptions& options, const StopFlag* stop = nullptr);
     ~ScoringSession();
 
-    void Run(CsvWriter& writer, const Progress& progress = nullptr);
+    /// `rejects` is null unless the options want them.
+    void Run(RowWriter& writer, RowWriter* rejects = nullptr, const Progress& progress = nullptr);
+
     const ScoringReport& Report() const { return report_; }
+    const ScoringTimes& Times() const { return times_; }
+    const TableReader& Tables() const { return reader_; }
 
 private:
     bool IsStopped() const { return stop_ != nullptr && stop_->load(std::memory_order_relaxed); }
-    void ScoreTable(CsvWriter& writer, const Progress& progress);
-    void ScoreBlock(const ColumnBlock& block, CsvWriter& writer, const Progress& progress);
-    /// Ends a row; false when it was the last one that is wanted.
-    bool EndRow(size_t row, const CaseStatus& status, const CsvWriter& writer,
-                const Progress& progress);
-    std::span<const std::string_view> Fields(size_t row) const;
-    int64_t RowNumber(size_t row) const;
-    void Note(size_t row, const CaseStatus& status);
+    void WriteHeaders();
+    void ScoreTables();
+    void ScoreInParallel();
+    bool Read(BlockTask& task);
+    void Write(BlockTask& task);
+    void WriteBlock(BlockTask& task);
+    void SettleReport();
 
-    CsvReader reader_;
-    TableScorer scorer_;
-    std::unique_ptr<OutputEvaluator> fields_;  ///< of the document's Output section, when asked for
+    TableReader reader_;
+    BlockPlan plan_;
+    std::deque<BlockTask> tasks_;
+    ResultSchema schema_;
     OutputShaper shaper_;
-    TextRows rows_;
-    std::span<const std::string_view> texts_;  ///< of the block at hand
-    ResultBlock results_;
     const StopFlag* stop_;
-    bool curves_;
+    size_t threads_;
+
+    RowWriter* writer_ = nullptr;
+    RowWriter* rejectWriter_ = nullptr;
+    Progress progress_;
+    bool readEnded_ = false;          ///< no further block is read
+    std::atomic<bool> ended_{false};  ///< nothing more is read or written
+    int64_t rejectCount_ = 0;
+    std::exception_ptr failure_;
     ScoringReport report_;
+    std::vector<UnlistedValues> unlisted_;  ///< by the preparer's field
+    ScoringTimes times_;
 };
 
 }  // namespace MCVelscore_850

@@ -77,18 +77,27 @@ bool TableScorer::BindCategories(std::span<const std::string> categories)
 
 void TableScorer::Score(const ColumnBlock& block, ResultBlock& results)
 {
-    one_.Preparer().ForgetTexts();
+    one_.Preparer().BeginBlock();
     results.Begin(block.rows);
     size_t row = 0;
     while (row < block.rows && !(road_ != nullptr && settled_)) ScoreInto(block, row++, results);
     if (row < block.rows) ScoreTogether(block, row, results);
+    std::vector<UnlistedValue>& unlisted = one_.Preparer().Unlisted();
+    std::stable_sort(unlisted.begin(), unlisted.end(),
+                     [](const auto& one, const auto& other) { return one.row < other.row; });
     results.categories = reader_.Categories();
+}
+
+void TableScorer::SettleAs(const TableScorer& other)
+{
+    one_.SettleAs(other.one_);
+    settled_ = other.settled_;
 }
 
 void TableScorer::VisitCases(const ColumnBlock& block, const CaseVisitor& visitor)
 {
+    one_.Preparer().BeginBlock();
     for (size_t row = 0; row < block.rows; ++row) {
-        one_.Preparer().ForgetTexts();
         const CaseStatus status = ScoreAlone(block, row);
         const ScoreResult* result = status.IsOK() ? &one_.Result() : nullptr;
         if (!visitor(row, status, one_.Record(), result)) return;
@@ -97,9 +106,10 @@ void TableScorer::VisitCases(const ColumnBlock& block, const CaseVisitor& visito
 
 void TableScorer::VisitCurves(const ColumnBlock& block, const CurveVisitor& visitor)
 {
+    one_.Preparer().BeginBlock();
     for (size_t row = 0; row < block.rows; ++row) {
-        one_.Preparer().ForgetTexts();
         const CaseStatus status = one_.DrawCurve(block, row);
+        settled_ = settled_ || status.IsOK();
         if (!visitor(row, status, status.IsOK() ? one_.Curve() : noCurve_)) return;
     }
 }

@@ -57,9 +57,18 @@ public:
     const ResultSchema& Schema() const { return schema_; }
     const CasePreparer& Preparer() const { return one_.Preparer(); }
 
+    /// True once a row was scored: what a model settles by its first case is settled.
+    bool IsSettled() const { return settled_; }
+    /// Goes on as the other does, a scorer of the same model and table: on another thread, say.
+    void SettleAs(const TableScorer& other);
+
     /// Scores a block of at most kRows rows. `results` is made with Schema(); its texts of faults
     /// view the block's.
     void Score(const ColumnBlock& block, ResultBlock& results);
+
+    /// The unlisted values of the block that was scored last, in the order of its rows. They view
+    /// the block's texts.
+    std::span<const UnlistedValue> Unlisted() { return one_.Preparer().Unlisted(); }
 
     /// One case after the other, alone: the visitor is told the row, its status, its record and,
     /// when it is scored, its result, which stand until it returns. Once it answers false no

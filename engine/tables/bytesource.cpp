@@ -40,7 +40,7 @@ bool AreSame(const FileStatus& one, const FileStatus& other)
 ByteSource::~ByteSource() = default;
 
 InputFile::InputFile(const std::string& path, const StopFlag* stop, FailureKind content)
-    : name_(path == "-" ? "standard input" : path), stop_(stop), content_(content)
+    : name_(NameOf(path)), stop_(stop), content_(content)
 {
     descriptor_ = path == "-" ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor_ < 0) Refuse(std::strerror(errno));
@@ -77,6 +77,14 @@ void InputFile::Refuse(const std::string& reason) const
 {
     const int code = content_ == FailureKind::Document ? kCannotRead : kCasesNotRead;
     throw Failure(content_, code, {name_, reason});
+}
+
+bool IsRegularFile(const std::string& path, uint64_t& size)
+{
+    const FileStatus status = path == "-" ? StatusOf(STDIN_FILENO) : StatusOf(path);
+    if (!status || !S_ISREG(status->st_mode)) return false;
+    size = static_cast<uint64_t>(status->st_size);
+    return true;
 }
 
 bool IsSameFile(int descriptor, int other)

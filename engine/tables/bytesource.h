@@ -46,6 +46,11 @@ public:
     /// Of a regular file alone.
     bool HasChangedSize() const override;
 
+    /// How messages call a path.
+    static std::string NameOf(const std::string& path)
+    {
+        return path == "-" ? "standard input" : path;
+    }
     /// The size that a regular file had at first, 0 for anything else.
     uint64_t Size() const { return size_; }
     int Descriptor() const { return descriptor_; }
@@ -60,6 +65,9 @@ private:
     bool regular_ = false;
     uint64_t size_ = 0;
 };
+
+/// True for a regular file, or standard input that is one for "-"; tells its size.
+bool IsRegularFile(const std::string& path, uint64_t& size);
 
 /// True when both, open descriptors or paths, are the same regular file.
 bool IsSameFile(int descriptor, int other);

@@ -193,6 +193,8 @@ constexpr Message kCatalogue[] = {
     {kCaseInvalidValue, "ssd",
      "'{0}' in the field {1} of row {2} is not valid, and the document wants such a case refused",
      kMendCase},
+    {kCaseNotReadable, "s", "the row can't be read: {0}",
+     "Look at the file of --rejects, which has the row and what is wrong with it."},
 
     {kCannotRead, "ss", "{0} can't be read: {1}", "Check the file's name and its permissions."},
     {kEmptyDocument, "s", "{0} is empty", "Give a model document."},
@@ -304,6 +306,12 @@ constexpr Message kCatalogue[] = {
     {kUnknownResultColumn, "ss", "--columns names '{0}'; the columns of this model are: {1}",
      "Name some of these; 'probabilities' stands for those of all categories."},
     {kResultColumnTwice, "s", "--columns names '{0}' twice", "Name each column once."},
+    {kOtherHeader, "sdsss",
+     "{0} has {2} where {3} has {4}: column {1} of the tables differs",
+     "Give tables of the same columns in the same order, or score each by itself."},
+    {kRowEncoding, "sd", "{0}: row {1} holds text that isn't UTF-8", kMendTable},
+    {kTooManyRejects, "dsd", "more than {0} rows were rejected, the last one row {2} of {1}",
+     "Mend the table, or allow more with --max-rejects."},
 };
 
 static_assert(std::is_sorted(std::begin(kCatalogue), std::end(kCatalogue),

@@ -85,6 +85,7 @@ inline constexpr int kPublishedFormRefused = 269039;  // reason
 inline constexpr int kCaseTextNotANumber = 269050;    // text, field, row
 inline constexpr int kCaseTextNotADateTime = 269051;  // text, field, row
 inline constexpr int kCaseInvalidValue = 269052;      // text, field, row
+inline constexpr int kCaseNotReadable = 269053;       // reason
 
 // Codes of the engine: the document's bytes.
 inline constexpr int kCannotRead = 269101;         // file, reason
@@ -150,6 +151,9 @@ inline constexpr int kTooManyColumns = 269315;       // file, limit
 inline constexpr int kNoTextTable = 269316;          // file, what it is
 inline constexpr int kUnknownResultColumn = 269317;  // column, the columns that there are
 inline constexpr int kResultColumnTwice = 269318;    // column
+inline constexpr int kOtherHeader = 269330;          // file, place, column, first file, its column
+inline constexpr int kRowEncoding = 269331;          // file, row
+inline constexpr int kTooManyRejects = 269332;       // limit, file, row
 
 }  // namespace MCVelscore_850
 

@@ -4,4 +4,6 @@ namespace MCVelscore_850 {
 
 ScoringState::~ScoringState() = default;
 
+void ScoringState::SettleAs(const ScoringState&) {}
+
 }  // namespace MCVelscore_850

@@ -13,6 +13,9 @@ class VELHOST_API ScoringState {
 public:
     virtual ~ScoringState();
 
+    /// Takes over what the first case of another run settled, a run of the same model.
+    virtual void SettleAs(const ScoringState& other);
+
     ScoreModel::MVPolicy policy = ScoreModel::MV_SUBSTITUTE;
     bool predictionOnly = false;
     /// The variable that the last case failed for, its value being missing, not valid or unknown to

@@ -168,11 +168,11 @@ TEST(CsvReader, HeaderAloneIsATableWithoutRows)
 // A field of the largest size passes; a quote that swallows the table is stopped soon after it.
 TEST(CsvReader, FieldOverTheLimitIsRefused)
 {
-    const Table largest = Read("a,b\n1," + std::string(CsvReader::kMaxField, 'x') + "\n");
+    const Table largest = Read("a,b\n1," + std::string(kMaxField, 'x') + "\n");
     EXPECT_EQ(largest.code, 0);
     ASSERT_EQ(largest.rows.size(), 1u);
-    EXPECT_EQ(largest.rows[0][1].size(), CsvReader::kMaxField);
-    const Table table = Read("a,b\n1,2\n3,\"" + std::string(3 * CsvReader::kMaxField, '\n'));
+    EXPECT_EQ(largest.rows[0][1].size(), kMaxField);
+    const Table table = Read("a,b\n1,2\n3,\"" + std::string(3 * kMaxField, '\n'));
     EXPECT_EQ(table.code, kFieldTooLong);
     EXPECT_EQ(table.rows.size(), 1u);
 }
@@ -189,14 +189,14 @@ TEST(CsvReader, LimitOfAFieldIsExact)
 {
     for (const bool quoted : {false, true}) {
         for (const size_t piece : {size_t{1} << 16, size_t{1} << 12, size_t{60001}}) {
-            for (const size_t size : {CsvReader::kMaxField, CsvReader::kMaxField + 1}) {
+            for (const size_t size : {kMaxField, kMaxField + 1}) {
                 std::string field(size, 'x');
                 if (quoted) field = "\"" + field + "\"";
                 for (const std::string end : {"\n", "", ",3\n4,5\n"}) {
                     const bool first = end.starts_with(',');
                     const Table table =
                         Read("a,b\n1,2\n" + std::string(first ? "" : "1,") + field + end, piece);
-                    const bool taken = size <= CsvReader::kMaxField;
+                    const bool taken = size <= kMaxField;
                     ASSERT_EQ(table.code, taken ? 0 : kFieldTooLong) << size << " " << piece;
                     ASSERT_EQ(table.rows.size(), taken ? (first ? 3u : 2u) : 1u);
                     if (taken) {
@@ -212,7 +212,7 @@ TEST(CsvReader, LimitOfARowIsExactAndToldAsSuch)
 {
     std::string header = "a0";
     for (int i = 1; i <= 16; ++i) header += ",a" + std::to_string(i);
-    const std::string largest(CsvReader::kMaxField, 'x');
+    const std::string largest(kMaxField, 'x');
     std::string row = largest;
     for (int i = 1; i < 16; ++i) row += "," + largest;
     EXPECT_EQ(Read(header + "\n" + row + ",\n").code, 0);  // 16 MiB and an empty field
@@ -373,7 +373,6 @@ TEST(CsvReader, RowsAreCountedFromOneAfterTheHeader)
         EXPECT_EQ(reader.RowNumber(), row);
     }
     EXPECT_FALSE(reader.Next(fields));
-    EXPECT_EQ(reader.BytesRead(), 12u);
 }
 
 TEST(CsvReader, ManyRowsPassThroughChunksWhole)

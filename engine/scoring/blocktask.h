@@ -1,0 +1,112 @@
+#ifndef VELSCORE_ENGINE_SCORING_BLOCKTASK_H
+#define VELSCORE_ENGINE_SCORING_BLOCKTASK_H
+
+#include <chrono>
+#include <exception>
+#include <limits>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/scoring/outputevaluator.h"
+#include "engine/scoring/outputshaper.h"
+#include "engine/scoring/rejects.h"
+#include "engine/scoring/scoringreport.h"
+#include "engine/scoring/tablescorer.h"
+#include "engine/tables/columnblock.h"
+#include "engine/tables/recordblock.h"
+#include "engine/tables/recordsplitter.h"
+#include "engine/tables/rowtext.h"
+#include "engine/tables/tablereader.h"
+
+namespace MCVelscore_850 {
+
+class LoadedModel;
+
+/// What all blocks of a run share.
+struct BlockPlan {
+    const LoadedModel& model;
+    const TableReader& reader;
+    const OutputShaper& shaper;
+    TableOptions table;
+    RowForm form;
+    char delimiter = ',';
+    bool rejects = false;  ///< rows that can't be read are rejected; else the table ends there
+    int64_t mostRejects = std::numeric_limits<int64_t>::max();
+    const StopFlag* stop = nullptr;
+};
+
+/// The middle of a run: takes one block of records at a time from bytes to rows of text, and counts
+/// what became of its rows.
+///
+/// Errors  what ends the table is kept, for the rows before it to be written first.
+/// Threads one at a time; other tasks of the plan go on beside it.
+/// Memory  kept from block to block.
+class BlockTask {
+public:
+    explicit BlockTask(const BlockPlan& plan);
+    ~BlockTask();
+
+    /// To be filled before Run().
+    RecordBlock& Records() { return records_; }
+    /// Ends the run where this block would be.
+    void Fail(std::exception_ptr failure);
+    /// `mostRejects` ends the table before the row that would be one too many.
+    void Run(int64_t mostRejects);
+
+    bool IsSettled() const { return scorer_.IsSettled(); }
+    void SettleAs(const BlockTask& other) { scorer_.SettleAs(other.scorer_); }
+
+    const RowText& Rows() const { return rows_; }
+    const RowText& Rejects() const { return rejects_; }
+    int64_t RejectCount() const { return rejectCount_; }
+    const ScoringReport& Report() const { return report_; }
+    /// The block's unlisted values, in the order of its rows.
+    struct Unlisted {
+        size_t field;
+        std::string text;
+    };
+    std::span<const Unlisted> UnlistedTexts() const { return unlisted_; }
+    std::span<const CaseField> Fields() const { return scorer_.Preparer().Fields(); }
+    /// What ended the table in this block; null where nothing did.
+    std::exception_ptr WhyEnded() const { return failure_; }
+    /// The stop flag was raised before all of the block's rows were scored.
+    bool IsStopped() const { return stopped_; }
+    std::chrono::nanoseconds Time() const { return time_; }
+
+private:
+    void SplitAndScore();
+    void ScoreRows(std::span<const std::string_view> fields);
+    void EndRow(size_t row, const CaseStatus& status);
+    void Reject(const TornRow& torn);
+    void CountReject(const RawRow& row);
+    std::span<const std::string_view> Fields(size_t row) const;
+    std::string_view TableName() const { return plan_.reader.NameOf(records_.table); }
+
+    const BlockPlan& plan_;
+    TableScorer scorer_;
+    std::unique_ptr<OutputEvaluator> evaluator_;  ///< of the document's Output section, if wanted
+    RecordSplitter splitter_;
+    TextRows textRows_;
+    ResultBlock results_;
+    size_t mostRows_;
+
+    RecordBlock records_;
+    std::span<const std::string_view> fields_;  ///< of the rows at hand
+    RowText rows_;
+    RowText rejects_;
+    int64_t rejectCount_ = 0;
+    int64_t mostRejects_ = 0;
+    ScoringReport report_;
+    std::vector<Unlisted> unlisted_;
+    std::exception_ptr readFailure_;
+    std::exception_ptr failure_;
+    bool stopped_ = false;
+    std::chrono::nanoseconds time_{0};
+};
+
+}  // namespace MCVelscore_850
+
+#endif

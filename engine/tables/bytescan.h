@@ -1,0 +1,84 @@
+#ifndef VELSCORE_ENGINE_TABLES_BYTESCAN_H
+#define VELSCORE_ENGINE_TABLES_BYTESCAN_H
+
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace MCVelscore_850 {
+
+/// Bytes that are looked at together. Whoever scans a text keeps so many readable bytes behind it.
+inline constexpr size_t kScanWidth = 16;
+
+/// Finds some bytes among the next kScanWidth ones.
+template <size_t N>
+class ByteScan {
+public:
+    explicit ByteScan(const std::array<char, N>& bytes) : bytes_(bytes)
+    {
+#if defined(__SSE2__)
+        for (size_t i = 0; i < N; ++i) wide_[i] = _mm_set1_epi8(bytes[i]);
+#endif
+    }
+
+    /// A bit for each of the bytes at `place`, the first one's lowest: set where it is searched.
+    uint32_t At(const char* place) const
+    {
+#if defined(__SSE2__)
+        const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(place));
+        __m128i found = _mm_cmpeq_epi8(text, wide_[0]);
+        for (size_t i = 1; i < N; ++i) {
+            found = _mm_or_si128(found, _mm_cmpeq_epi8(text, wide_[i]));
+        }
+        return static_cast<uint32_t>(_mm_movemask_epi8(found));
+#else
+        uint32_t found = 0;
+        for (size_t i = 0; i < kScanWidth; ++i) {
+            for (const char byte : bytes_) {
+                if (place[i] == byte) found |= uint32_t{1} << i;
+            }
+        }
+        return found;
+#endif
+    }
+
+    /// The first place in [begin, end) that is searched, `end` where none is.
+    const char* Find(const char* begin, const char* end) const
+    {
+        for (; begin < end; begin += kScanWidth) {
+            const uint32_t found = At(begin);
+            if (found == 0) continue;
+            const char* const place = begin + std::countr_zero(found);
+            return place < end ? place : end;
+        }
+        return end;
+    }
+
+    /// How many of them are in [begin, end).
+    size_t Count(const char* begin, const char* end) const
+    {
+        size_t count = 0;
+        for (; begin < end; begin += kScanWidth) {
+            uint32_t found = At(begin);
+            const auto left = static_cast<size_t>(end - begin);
+            if (left < kScanWidth) found &= (uint32_t{1} << left) - 1;
+            count += static_cast<size_t>(std::popcount(found));
+        }
+        return count;
+    }
+
+private:
+    std::array<char, N> bytes_;
+#if defined(__SSE2__)
+    __m128i wide_[N];
+#endif
+};
+
+}  // namespace MCVelscore_850
+
+#endif

@@ -1,0 +1,39 @@
+#ifndef VELSCORE_ENGINE_TABLES_RECORDBLOCK_H
+#define VELSCORE_ENGINE_TABLES_RECORDBLOCK_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace MCVelscore_850 {
+
+/// Some records of a table, one after the other as they stand in it: cut off by a RecordReader, to
+/// be split by a RecordSplitter, on another thread if need be.
+struct RecordBlock {
+    /// A record that quotes, its length or the end of the table tear: [begin, end) of the text.
+    struct Torn {
+        size_t begin;
+        size_t end;
+        int code;  ///< what it is refused with where its own bytes are sound
+    };
+
+    std::string_view Text() const { return {bytes.data(), size}; }
+
+    std::vector<char> bytes;  ///< the text, then kScanWidth bytes or more that mean nothing
+    size_t size = 0;
+    /// Blank lines before the first record. Each counts as a row, and is one too short.
+    int64_t blankLines = 0;
+    uint64_t blankOffset = 0;  ///< of the first of them in the table
+    int64_t firstRow = 0;      ///< the first record's number, from 1 after the header
+    uint64_t offset = 0;       ///< of the text's first byte in the table, unpacked
+    bool hasQuotes = false;
+    std::vector<Torn> torn;  ///< in their order
+    uint64_t bytesRead = 0;  ///< of all tables, when this block was cut off
+    size_t table = 0;        ///< which of several it is of
+    int64_t rowsBefore = 0;  ///< in the tables before that one
+};
+
+}  // namespace MCVelscore_850
+
+#endif

@@ -1,0 +1,89 @@
+#ifndef VELSCORE_ENGINE_TABLES_RECORDSPLITTER_H
+#define VELSCORE_ENGINE_TABLES_RECORDSPLITTER_H
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/tables/bytescan.h"
+#include "engine/tables/recordblock.h"
+#include "engine/tables/recordcheck.h"
+
+namespace MCVelscore_850 {
+
+/// A row as it stands in its table.
+struct RawRow {
+    int64_t number = 0;   ///< from 1 after the header
+    uint64_t offset = 0;  ///< of its first byte in the table, unpacked
+    std::string_view text{};  ///< without its line end
+};
+
+/// A row that can't be taken for what the header says.
+struct TornRow {
+    RawRow raw;
+    RecordFault fault;
+};
+
+/// Splits the records of a RecordBlock into fields.
+///
+/// Fields  view the block, or the splitter where quotes are written twice; they stand until the
+///         next call.
+/// Memory  nothing is allocated for a block that is like those before it.
+class RecordSplitter {
+public:
+    RecordSplitter(size_t columns, char delimiter);
+
+    /// The block must outlive its splitting.
+    void Begin(const RecordBlock& block);
+    /// From now on a row of the block that isn't UTF-8 is torn, by kRowEncoding.
+    void CheckEncoding();
+
+    /// The fields of the next rows up to a torn one, row by row, at most `most` rows. Answers their
+    /// number: 0 before a torn row, and at the block's end.
+    size_t NextRows(size_t most, std::span<const std::string_view>& fields);
+    /// The torn row that is next; null where there is none.
+    const TornRow* Torn();
+    void PassTorn();
+
+    /// A row of those delivered last, counted from 0.
+    RawRow Raw(size_t row) const;
+
+private:
+    void SplitSound(size_t most, const char* end);
+    const char* TakeQuotedField(const char* begin, const char* end);
+    bool TakeOddRecord(const char* end);
+    bool IsSuspect(const char* end) const;
+    const char* RecordEnd(const char* begin, const char* end) const;
+    void Tear(const char* end, const RecordFault& fault);
+    RawRow RawOf(const char* begin, const char* end, int64_t number) const;
+    uint64_t OffsetOf(const char* place) const
+    {
+        return block_->offset + static_cast<uint64_t>(place - block_->bytes.data());
+    }
+
+    size_t columns_;
+    char delimiter_;
+    ByteScan<4> marks_;  ///< what may end a field, and a quote
+    const RecordBlock* block_ = nullptr;
+    bool hasNul_ = false;
+    bool checksEncoding_ = false;
+    const char* place_ = nullptr;  ///< where the next record begins
+    size_t nextTorn_ = 0;          ///< of the block's
+    int64_t blankLine_ = 0;        ///< of the block's, the next
+    int64_t row_ = 0;              ///< the next one's number
+    std::optional<TornRow> torn_;
+    std::vector<std::string_view> fields_;
+    std::vector<const char*> records_;  ///< where those delivered last begin
+    int64_t firstRow_ = 0;              ///< the number of the first of them
+    std::string_view quoted_;           ///< the quoted field that was taken last
+    std::deque<std::string> unquoted_;  ///< fields with quotes that are written twice
+    size_t unquotedCount_ = 0;
+};
+
+}  // namespace MCVelscore_850
+
+#endif

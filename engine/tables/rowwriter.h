@@ -1,0 +1,53 @@
+#ifndef VELSCORE_ENGINE_TABLES_ROWWRITER_H
+#define VELSCORE_ENGINE_TABLES_ROWWRITER_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/tables/outputfile.h"
+
+namespace MCVelscore_850 {
+
+class RowText;
+
+/// Writes rows of text to an OutputFile: whole rows only.
+///
+/// Errors  those of OutputFile; a regular file is cut back to the last whole row then. A pipe whose
+///         reader went away is no failure: the writer then drops everything and IsClosed() says so.
+/// Order   rows; Close() at the end of a whole table, EndEarly() at that of any other. What a
+///         destroyed writer holds is lost, on purpose: Close() reports, a destructor couldn't.
+class RowWriter {
+public:
+    /// `path` "-" is standard output.
+    explicit RowWriter(const std::string& path);
+    RowWriter(const RowWriter&) = delete;
+    RowWriter& operator=(const RowWriter&) = delete;
+
+    void Write(const RowText& rows);
+
+    /// Writes out what is buffered.
+    void Flush();
+    /// Writes out what is buffered and ends the file, which gets its name.
+    void Close();
+    /// Ends the file with the whole rows that reached it. Answers the file that holds them: the
+    /// temporary one or, when it shall get its name all the same, that one. Empty for a stream, and
+    /// where there are no rows: then nothing is left.
+    std::string EndEarly(bool underItsName);
+
+    /// True once the reader of the pipe went away.
+    bool IsClosed() const { return file_.IsClosed(); }
+    /// Whole rows that reached the file, the header not counted.
+    int64_t RowsWritten() const { return rowsWritten_ > 0 ? rowsWritten_ - 1 : 0; }
+
+private:
+    OutputFile file_;
+    std::string buffer_;
+    std::vector<size_t> rowEnds_;  // in the buffer
+    int64_t rowsWritten_ = 0;
+};
+
+}  // namespace MCVelscore_850
+
+#endif

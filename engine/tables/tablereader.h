@@ -1,0 +1,58 @@
+#ifndef VELSCORE_ENGINE_TABLES_TABLEREADER_H
+#define VELSCORE_ENGINE_TABLES_TABLEREADER_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/tables/bytesource.h"
+#include "engine/tables/recordblock.h"
+#include "engine/tables/recordreader.h"
+
+namespace MCVelscore_850 {
+
+/// Reads tables of the same columns one after another, as blocks of records: files, or standard
+/// input for "-".
+///
+/// Errors  Failure: what RecordReader throws; kCasesNotRead for any of the files from the
+///         constructor; kOtherHeader for a table whose columns aren't those of the first.
+class TableReader {
+public:
+    /// Reads the header of the first table.
+    TableReader(std::vector<std::string> paths, const RecordForm& form,
+                const RecordReader::BlockSize& blockSize, const StopFlag* stop = nullptr);
+    ~TableReader();
+
+    const std::vector<std::string>& Header() const { return header_; }
+    /// How messages call a table.
+    const std::string& NameOf(size_t table) const { return names_[table]; }
+    size_t TableCount() const { return names_.size(); }
+
+    /// Cuts off the next block; false at the end of the last table.
+    bool Next(RecordBlock& block);
+
+    /// The size of all tables as they lie, 0 when it isn't known.
+    uint64_t TotalBytes() const { return totalBytes_; }
+
+private:
+    void Open();
+    void RefuseOtherHeader(const std::vector<std::string>& header) const;
+
+    std::vector<std::string> paths_;
+    std::vector<std::string> names_;
+    RecordForm form_;
+    RecordReader::BlockSize blockSize_;
+    const StopFlag* stop_;
+    size_t table_ = 0;
+    std::unique_ptr<ByteSource> source_;
+    std::unique_ptr<RecordReader> reader_;
+    std::vector<std::string> header_;
+    uint64_t bytesBefore_ = 0;  ///< of the tables before
+    int64_t rowsBefore_ = 0;
+    uint64_t totalBytes_ = 0;
+};
+
+}  // namespace MCVelscore_850
+
+#endif
