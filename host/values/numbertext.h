@@ -1,7 +1,7 @@
 #ifndef VELSCORE_HOST_VALUES_NUMBERTEXT_H
 #define VELSCORE_HOST_VALUES_NUMBERTEXT_H
 
-#include <optional>
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -19,6 +19,14 @@ VELHOST_API NumberText ReadNumber(std::string_view text, double& number);
 
 /// Reads a whole number that fits an int, by the same rules.
 VELHOST_API NumberText ReadInteger(std::string_view text, int& number);
+
+/// The bytes that WriteNumber() may write to: the longest text of a number has 24, and whole words
+/// are stored behind its end.
+inline constexpr size_t kNumberRoom = 40;
+
+/// Writes what AppendNumber() appends to `out`, which has kNumberRoom bytes, and answers its
+/// length. No NUL follows; the bytes after the text are undefined.
+VELHOST_API size_t WriteNumber(double number, char* out);
 
 /// Appends the shortest text that reads back to the same double; a whole number below 1e15 in
 /// absolute value without point or exponent, minus zero as "0".

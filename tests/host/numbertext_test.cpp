@@ -1,10 +1,15 @@
 #include "host/values/numbertext.h"
 
+#include <algorithm>
 #include <bit>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
+#include <iterator>
 #include <limits>
 #include <random>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -184,6 +189,138 @@ TEST(AppendNumber, EveryFiniteDoubleReadsBackToItself)
         ASSERT_EQ(std::bit_cast<std::uint64_t>(back), std::bit_cast<std::uint64_t>(number)) << text;
     }
     EXPECT_GT(finite, 99000);  // 1 in 2048 has the exponent of infinities and NaN
+}
+
+// The standard library's shortest text is the judge, but for whole numbers below 1e15, which have
+// no exponent.
+std::string StandardText(double number)
+{
+    char text[64];
+    const bool whole = std::fabs(number) < 1e15 && number == std::trunc(number);
+    const auto written = whole ? std::to_chars(text, std::end(text), static_cast<long long>(number))
+                               : std::to_chars(text, std::end(text), number);
+    return {text, written.ptr};
+}
+
+// How many of them are written otherwise; the first few are told.
+class Differences {
+public:
+    void Compare(double number)
+    {
+        char text[kNumberRoom];
+        const std::string_view written(text, WriteNumber(number, text));
+        const std::string expected = StandardText(number);
+        ++compared_;
+        if (written == expected) return;
+        if (++different_ <= 5) ADD_FAILURE() << written << " for " << expected;
+    }
+    // A number, its neighbours, and all of them negative.
+    void CompareAround(double number)
+    {
+        for (const double sign : {1.0, -1.0}) {
+            const double inf = std::numeric_limits<double>::infinity();
+            Compare(sign * number);
+            Compare(sign * std::nextafter(number, inf));
+            Compare(sign * std::nextafter(number, 0.0));
+        }
+    }
+    ~Differences() { EXPECT_EQ(different_, 0) << "of " << compared_; }
+
+private:
+    int compared_ = 0;
+    int different_ = 0;
+};
+
+TEST(WriteNumber, WritesEveryBitPatternAsTheStandardLibraryDoes)
+{
+    Differences differences;
+    std::mt19937_64 bits(20261122);
+    for (int i = 0; i < 1000000; ++i) differences.Compare(std::bit_cast<double>(bits()));
+}
+
+TEST(WriteNumber, WritesPowersAndTheirNeighboursAsTheStandardLibraryDoes)
+{
+    Differences differences;
+    for (int power = -1074; power <= 1023; ++power) {
+        differences.CompareAround(std::ldexp(1.0, power));
+    }
+    for (int power = -323; power <= 308; ++power) {
+        for (int digits : {1, 2, 5, 9, 12, 99, 123, 12345, 999999}) {
+            const std::string text = std::to_string(digits) + "e" + std::to_string(power);
+            differences.CompareAround(std::strtod(text.c_str(), nullptr));
+        }
+    }
+}
+
+TEST(WriteNumber, WritesDenormalsAsTheStandardLibraryDoes)
+{
+    Differences differences;
+    std::mt19937_64 bits(20261123);
+    for (uint64_t pattern = 0; pattern < 2000; ++pattern) {
+        differences.Compare(std::bit_cast<double>(pattern));
+    }
+    for (int i = 0; i < 50000; ++i) {
+        differences.Compare(std::bit_cast<double>((bits() >> 12) >> bits() % 52));
+    }
+}
+
+TEST(WriteNumber, WritesTypicalScoresAsTheStandardLibraryDoes)
+{
+    Differences differences;
+    std::mt19937_64 random(20261124);
+    std::uniform_real_distribution<> uniform(0.0, 1.0);
+    for (int i = 0; i < 100000; ++i) {
+        const double probability = uniform(random);
+        differences.Compare(probability);
+        differences.Compare(1.0 - std::pow(probability, 20));
+        differences.Compare(std::exp(-60.0 * probability));
+        differences.Compare(1000.0 * (probability - 0.5));
+        differences.Compare(std::floor(1e6 * probability) / 1000.0);
+        differences.Compare(std::floor(1e6 * probability) * 1e-9);
+    }
+}
+
+TEST(WriteNumber, WritesWholeNumbersAsTheStandardLibraryDoes)
+{
+    Differences differences;
+    std::mt19937_64 bits(20261125);
+    for (int i = 0; i < 200000; ++i) {
+        // Of every size up to 2^64, and around 10^15 to 10^22, where the exponent begins to be
+        // shorter.
+        differences.Compare(static_cast<double>(bits() >> bits() % 64));
+        differences.Compare(-static_cast<double>(bits() >> bits() % 64));
+        differences.Compare(1e15 * std::pow(10.0, static_cast<double>(bits() % 8000) / 1000.0));
+        differences.Compare(static_cast<double>(bits() % 1000) * std::pow(10.0, bits() % 23));
+    }
+    for (double power = 1.0; power <= 1e23; power *= 10.0) differences.CompareAround(power);
+}
+
+TEST(WriteNumber, WritesZeroInfinitiesAndNaN)
+{
+    const double inf = std::numeric_limits<double>::infinity();
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const struct {
+        double number;
+        std::string_view text;
+    } kRows[] = {{0.0, "0"}, {-0.0, "0"}, {inf, "inf"}, {-inf, "-inf"}, {nan, "nan"}};
+    for (const auto& row : kRows) {
+        char text[kNumberRoom];
+        EXPECT_EQ(std::string_view(text, WriteNumber(row.number, text)), row.text);
+    }
+}
+
+TEST(WriteNumber, StaysWithinItsRoom)
+{
+    std::mt19937_64 bits(20261126);
+    for (int i = 0; i < 200000; ++i) {
+        char text[kNumberRoom + 8];
+        std::fill(std::begin(text), std::end(text), '#');
+        const uint64_t pattern = bits();
+        const double number = i % 2 == 0 ? std::bit_cast<double>(pattern)
+                                         : -std::ldexp(static_cast<double>(pattern), -(i % 90));
+        ASSERT_LE(WriteNumber(number, text), size_t{24});
+        ASSERT_EQ(std::count(text + kNumberRoom, std::end(text), '#'), 8) << number;
+    }
 }
 
 TEST(IsTextOfNumber, IsTrueForTheTextThatIsWrittenAlone)
