@@ -143,8 +143,8 @@ std::map<long, CasesOfCode> ByCode(const ScoringReport& report)
         CasesOfCode& all = byCode[reason.code];
         all.count += cases.count;
         const NotScored::Case& first = cases.first.front();
-        if (all.first == nullptr || std::pair(first.table, first.row) <
-                                        std::pair(all.first->table, all.first->row)) {
+        if (all.first == nullptr ||
+            std::pair(first.table, first.row) < std::pair(all.first->table, all.first->row)) {
             all.reason = &reason;
             all.first = &first;
         }

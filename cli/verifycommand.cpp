@@ -65,7 +65,7 @@ int Emit(const VerifyArguments& arguments, LoadOptions options, Console& console
     RefuseOutputOntoDocument(arguments.output, arguments.model);
     LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin), options);
     InputFile cases(arguments.emit);
-    RefuseOutputOntoTable(arguments.output, cases);
+    RefuseOutputOntoTable(arguments.output, arguments.emit);
     const MadeVerification made = MakeVerification(model, cases, {});
     WriteWholeFile(arguments.output, TextWithVerification(arguments.model, made.table));
     console.Say(fmt::format("{} records written, {} cases without a score left out",

@@ -25,17 +25,14 @@ BlockTask::BlockTask(const BlockPlan& plan)
       splitter_(plan.reader.Header().size(), plan.delimiter),
       textRows_(plan.reader.Header().size()),
       results_(scorer_.Schema()),
-      mostRows_(std::clamp(kMostFields / plan.reader.Header().size(), size_t{1},
-                           TableScorer::kRows)),
+      mostRows_(
+          std::clamp(kMostFields / plan.reader.Header().size(), size_t{1}, TableScorer::kRows)),
       rows_(plan.form)
 {}
 
 BlockTask::~BlockTask() = default;
 
-void BlockTask::Fail(std::exception_ptr failure)
-{
-    readFailure_ = std::move(failure);
-}
+void BlockTask::Fail(std::exception_ptr failure) { readFailure_ = std::move(failure); }
 
 void BlockTask::Run(int64_t mostRejects)
 {
@@ -147,8 +144,8 @@ void BlockTask::CountReject(const RawRow& row)
 {
     if (rejectCount_ == mostRejects_) {
         throw Failure(FailureKind::Cases, kTooManyRejects,
-            {std::to_string(plan_.mostRejects), std::string(TableName()),
-             std::to_string(row.number)});
+                      {std::to_string(plan_.mostRejects), std::string(TableName()),
+                       std::to_string(row.number)});
     }
     ++rejectCount_;
 }

@@ -27,8 +27,7 @@ void CurveShaper::WriteHeader(RowText& rows)
     rows.EndRow();
 }
 
-void CurveShaper::WriteCurve(RowText& rows, int64_t row,
-                             const std::vector<SurvivalPoint>& curve)
+void CurveShaper::WriteCurve(RowText& rows, int64_t row, const std::vector<SurvivalPoint>& curve)
 {
     const std::string number = std::to_string(row);
     for (const SurvivalPoint& point : curve) {

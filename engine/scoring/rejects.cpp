@@ -17,12 +17,15 @@ struct FaultClass {
     std::string_view name;
 };
 
-constexpr FaultClass kClasses[] = {
-    {kUnclosedQuote, "open quote"},       {kStrayQuote, "stray quote"},
-    {kNulByte, "encoding"},               {kRowEncoding, "encoding"},
-    {kFieldTooLong, "too long"},          {kRowTooLong, "too long"},
-    {kCaseTextNotANumber, "not a number"}, {kCaseTextNotADateTime, "not a date"},
-    {kCaseInvalidValue, "invalid"}};
+constexpr FaultClass kClasses[] = {{kUnclosedQuote, "open quote"},
+                                   {kStrayQuote, "stray quote"},
+                                   {kNulByte, "encoding"},
+                                   {kRowEncoding, "encoding"},
+                                   {kFieldTooLong, "too long"},
+                                   {kRowTooLong, "too long"},
+                                   {kCaseTextNotANumber, "not a number"},
+                                   {kCaseTextNotADateTime, "not a date"},
+                                   {kCaseInvalidValue, "invalid"}};
 
 // Empty for a code that has no class of its own.
 std::string_view ClassOf(long code)

@@ -62,8 +62,8 @@ void RecordReader::ReadHeader()
         std::string hint;
         // Quoted names between other delimiters look like text after a closing quote.
         if (fault.code == kStrayQuote) {
-            hint = SuggestDelimiter(record.substr(0, record.find_first_of("\r\n")),
-                                    form_.delimiter);
+            hint =
+                SuggestDelimiter(record.substr(0, record.find_first_of("\r\n")), form_.delimiter);
         }
         throw FailureOf(fault, Name(), 0, 0, std::move(hint));
     }
@@ -146,8 +146,8 @@ bool RecordReader::Fill()
         ended_ = ended_ || !form_.passesTorn;
         return false;
     }
-    const size_t size =
-        filled_ < blockSize_.bytes ? blockSize_.bytes : std::min(2 * filled_ + kScanWidth, kMaxRecord);
+    const size_t size = filled_ < blockSize_.bytes ? blockSize_.bytes
+                                                   : std::min(2 * filled_ + kScanWidth, kMaxRecord);
     MakeRoom(size);
     const size_t count = source_.Read(buffer_.data() + filled_, size - filled_);
     if (count == 0) ended_ = true;

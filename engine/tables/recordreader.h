@@ -109,10 +109,10 @@ private:
     // Where the search stands in a buffer with quotes.
     static constexpr size_t kNone = static_cast<size_t>(-1);
     size_t place_ = 0;
-    size_t record_ = 0;     ///< where the open record begins
-    int64_t blankRun_ = 0;  ///< blank lines since cut_
-    size_t quote_ = kNone;  ///< the open one
-    size_t doubled_ = 0;    ///< quotes in its field that are written twice
+    size_t record_ = 0;      ///< where the open record begins
+    int64_t blankRun_ = 0;   ///< blank lines since cut_
+    size_t quote_ = kNone;   ///< the open one
+    size_t doubled_ = 0;     ///< quotes in its field that are written twice
     size_t anchor_ = kNone;  ///< the open record is torn, and ends at the line end behind this
     bool dropping_ = false;  ///< the rest of a record too long
 };

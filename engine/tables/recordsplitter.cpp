@@ -231,8 +231,7 @@ bool RecordSplitter::TakeOddRecord(const char* end)
 bool RecordSplitter::IsSuspect(const char* end) const
 {
     const std::string_view record(place_, static_cast<size_t>(end - place_));
-    return record.size() > kMaxField ||
-           (hasNul_ && record.find('\0') != std::string_view::npos) ||
+    return record.size() > kMaxField || (hasNul_ && record.find('\0') != std::string_view::npos) ||
            (checksEncoding_ && !IsUtf8(record));
 }
 

@@ -17,8 +17,8 @@ namespace MCVelscore_850 {
 
 /// A row as it stands in its table.
 struct RawRow {
-    int64_t number = 0;   ///< from 1 after the header
-    uint64_t offset = 0;  ///< of its first byte in the table, unpacked
+    int64_t number = 0;       ///< from 1 after the header
+    uint64_t offset = 0;      ///< of its first byte in the table, unpacked
     std::string_view text{};  ///< without its line end
 };
 

@@ -51,10 +51,7 @@ public:
     }
 
     /// The whole rows.
-    std::string_view Text() const
-    {
-        return {text_.data(), rowEnds_.empty() ? 0 : rowEnds_.back()};
-    }
+    std::string_view Text() const { return {text_.data(), rowEnds_.empty() ? 0 : rowEnds_.back()}; }
     /// Where each of them ends.
     const std::vector<size_t>& RowEnds() const { return rowEnds_; }
     void Clear()

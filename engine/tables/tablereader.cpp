@@ -49,9 +49,9 @@ void TableReader::RefuseOtherHeader(const std::vector<std::string>& header) cons
     const auto shown = [&](const std::vector<std::string>& names) {
         return place < names.size() ? "'" + names[place] + "'" : std::string("no column");
     };
-    throw Failure(FailureKind::Cases, kOtherHeader,
-                  {names_[table_], std::to_string(place + 1), shown(header), names_.front(),
-                   shown(header_)});
+    throw Failure(
+        FailureKind::Cases, kOtherHeader,
+        {names_[table_], std::to_string(place + 1), shown(header), names_.front(), shown(header_)});
 }
 
 bool TableReader::Next(RecordBlock& block)

@@ -11,6 +11,7 @@
 #include "host/variables/varstats.h"
 #include "tests/engine/fakemodel.h"
 #include "tests/engine/onerow.h"
+#include "tests/engine/unlistedcount.h"
 
 namespace MCVelscore_850 {
 namespace {
@@ -27,6 +28,13 @@ protected:
         return *preparer_;
     }
     CaseStatus Prepare(const Row& row) { return preparer_->Prepare(OneRow(row), 0); }
+    // Of all rows that were prepared: their texts are literals.
+    std::vector<UnlistedValues> Unlisted()
+    {
+        UnlistedCount count(preparer_->Fields());
+        count.Add(preparer_->Unlisted());
+        return count.Met();
+    }
     const ScoreValue& Value(int position) const { return *preparer_->Record().GetValue(position); }
     static void SetLimits(DictVar& var, double low, double high, int treatment)
     {
@@ -388,11 +396,11 @@ TEST_F(CasePreparerTest, UnlistedValuesAreCountedWithTheFirstThreeDifferentOnes)
     model_.AddText("sex", {"f", "m"}).SetAcceptsUnlisted(true);
     model_.AddText("closed", {"a"});
     Bind({"sex", "closed"});
-    EXPECT_TRUE(preparer_->Unlisted().empty());
+    EXPECT_TRUE(Unlisted().empty());
     for (const char* text : {"f", "femal", "", "femal", "mael", "M", "F", "NA"}) {
         ASSERT_TRUE(Prepare({text, "b"}).IsOK());
     }
-    const std::vector<UnlistedValues> unlisted = preparer_->Unlisted();
+    const std::vector<UnlistedValues> unlisted = Unlisted();
     ASSERT_EQ(unlisted.size(), 1u);
     EXPECT_EQ(unlisted[0].column, "sex");
     EXPECT_EQ(unlisted[0].count, 5);
@@ -404,9 +412,9 @@ TEST_F(CasePreparerTest, TheFirstUnlistedValueMayBeTheReferenceThatAListLacks)
     model_.AddText("sex", {"f"}).SetAcceptsUnlisted(true);
     Bind({"sex"}, {.withoutReference = {"sex"}});
     for (const char* text : {"m", "f", "m", "", "m"}) ASSERT_TRUE(Prepare({text}).IsOK());
-    EXPECT_TRUE(preparer_->Unlisted().empty());
+    EXPECT_TRUE(Unlisted().empty());
     for (const char* text : {"mael", "m", "mael"}) ASSERT_TRUE(Prepare({text}).IsOK());
-    const std::vector<UnlistedValues> unlisted = preparer_->Unlisted();
+    const std::vector<UnlistedValues> unlisted = Unlisted();
     ASSERT_EQ(unlisted.size(), 1u);
     EXPECT_EQ(unlisted[0].count, 2);
     EXPECT_EQ(unlisted[0].first, (std::vector<std::string>{"m", "mael"}));

@@ -341,25 +341,25 @@ protected:
 
 TEST_F(TableThatChanges, IsRefusedWhereItsLastRowMayBeHalfOne)
 {
-    const std::string table = Rows(30000);  // 180 kB: several blocks
-    EXPECT_EQ(CodeOfReading(table, Rows(20000) + "12,3"), kTableCut);
-    EXPECT_EQ(rows_, 20000);
+    const std::string table = Rows(180000);  // 720 kB: several blocks
+    EXPECT_EQ(CodeOfReading(table, Rows(80000) + "12,3"), kTableCut);
+    EXPECT_EQ(rows_, 80000);
     EXPECT_EQ(CodeOfReading(table, table + "12,3"), kTableCut);
-    EXPECT_EQ(rows_, 30000);
-    EXPECT_EQ(CodeOfReading(table, Rows(20000) + "12,\"3\n4"), kTableCut);
+    EXPECT_EQ(rows_, 180000);
+    EXPECT_EQ(CodeOfReading(table, Rows(80000) + "12,\"3\n4"), kTableCut);
     EXPECT_EQ(CodeOfReading("a,b\n1,2", "a,b\n1,23"), kTableCut);
     EXPECT_EQ(rows_, 0);
 }
 
 TEST_F(TableThatChanges, IsTakenWhereItEndsWithARow)
 {
-    EXPECT_EQ(CodeOfReading(Rows(30000), Rows(20000)), 0);
-    EXPECT_EQ(rows_, 20000);
-    EXPECT_EQ(CodeOfReading(Rows(20000), Rows(30000)), 0);
-    EXPECT_EQ(rows_, 30000);
-    const std::string withoutLineEnd = Rows(20000) + "12,3";
+    EXPECT_EQ(CodeOfReading(Rows(180000), Rows(80000)), 0);
+    EXPECT_EQ(rows_, 80000);
+    EXPECT_EQ(CodeOfReading(Rows(80000), Rows(180000)), 0);
+    EXPECT_EQ(rows_, 180000);
+    const std::string withoutLineEnd = Rows(80000) + "12,3";
     EXPECT_EQ(CodeOfReading(withoutLineEnd, withoutLineEnd), 0);
-    EXPECT_EQ(rows_, 20001);
+    EXPECT_EQ(rows_, 80001);
 }
 
 TEST(CsvReader, RowsAreCountedFromOneAfterTheHeader)

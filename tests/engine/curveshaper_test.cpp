@@ -1,15 +1,11 @@
 #include "engine/scoring/curveshaper.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <fstream>
 #include <limits>
-#include <sstream>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include "engine/tables/csvwriter.h"
+#include "engine/tables/rowtext.h"
 #include "host/values/numericvalue.h"
 
 namespace MCVelscore_850 {
@@ -55,22 +51,16 @@ TEST(CurveShaper, SuitsModelsThatHaveABaseline)
 
 TEST(CurveShaper, WritesALineForEachTimeAndOneForACaseWithoutACurve)
 {
-    const std::string file = testing::TempDir() + "curveshaper_" + std::to_string(::getpid());
-    CsvWriter writer(file);
+    RowText rows;
     constexpr double kMissing = NumericValue::GetSysmisValue();
     constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-    CurveShaper::WriteHeader(writer);
-    CurveShaper::WriteCurve(writer, 1, {{0.5, 1.0, 0.0}, {2.0, 0.75, 0.25}});
-    CurveShaper::WriteNoCurve(writer, 2);
-    CurveShaper::WriteCurve(writer, 3, {{9.0, kMissing, kNaN}});
-    CurveShaper::WriteCurve(writer, 4, {});
-    writer.Close();
-    std::ifstream in(file);
-    std::stringstream text;
-    text << in.rdbuf();
-    EXPECT_EQ(text.str(),
+    CurveShaper::WriteHeader(rows);
+    CurveShaper::WriteCurve(rows, 1, {{0.5, 1.0, 0.0}, {2.0, 0.75, 0.25}});
+    CurveShaper::WriteNoCurve(rows, 2);
+    CurveShaper::WriteCurve(rows, 3, {{9.0, kMissing, kNaN}});
+    CurveShaper::WriteCurve(rows, 4, {});
+    EXPECT_EQ(rows.Text(),
               "row,time,survival,cum_hazard\n1,0.5,1,0\n1,2,0.75,0.25\n2,,,\n3,9,,\n4,,,\n");
-    std::remove(file.c_str());
 }
 
 }  // namespace

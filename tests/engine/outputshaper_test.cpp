@@ -1,17 +1,13 @@
 #include "engine/scoring/outputshaper.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <fstream>
 #include <limits>
-#include <sstream>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "engine/messages/failure.h"
 #include "engine/scoring/resultreader.h"
-#include "engine/tables/csvwriter.h"
+#include "engine/tables/rowtext.h"
 #include "host/messages/messages.h"
 #include "host/model/scoremodel.h"
 #include "host/values/stringvalue.h"
@@ -25,14 +21,9 @@ namespace {
 using Names = std::vector<std::string>;
 using Row = std::vector<std::string_view>;
 
-// Writes through a shaper into a file and reads it back.
+// Writes through a shaper.
 class OutputShaperTest : public testing::Test {
 protected:
-    OutputShaperTest()
-        : file_(testing::TempDir() + "outputshaper_" + std::to_string(::getpid())), writer_(file_)
-    {}
-    ~OutputShaperTest() override { std::remove(file_.c_str()); }
-
     OutputShaper Shaper(int resultType, OutputOptions options = {}, Names header = {"id", "x", "y"},
                         ResultOptions results = {})
     {
@@ -48,19 +39,11 @@ protected:
         results.Begin(1);
         reader_->Read(result, 0.0, 0, results);
         results.categories = reader_->Categories();
-        shaper.WriteRow(writer_, fields, results, 0);
+        shaper.WriteRow(rows_, fields, results, 0);
     }
-    std::string Written()
-    {
-        writer_.Close();
-        std::ifstream in(file_);
-        std::stringstream text;
-        text << in.rdbuf();
-        return text.str();
-    }
+    std::string Written() const { return std::string(rows_.Text()); }
 
-    std::string file_;
-    CsvWriter writer_;
+    RowText rows_;
     ModelDescription description_;
     std::unique_ptr<ResultSchema> schema_;
     std::unique_ptr<ResultReader> reader_;
@@ -234,7 +217,7 @@ TEST_F(OutputShaperTest, RowWithoutAScoreShowsStatusAndFieldAlone)
     ResultBlock results(*schema_);
     results.Begin(1);
     results.SetFault(0, {90029, &field});
-    shaper.WriteRow(writer_, Row{"7", "2", "3"}, results, 0);
+    shaper.WriteRow(rows_, Row{"7", "2", "3"}, results, 0);
     EXPECT_EQ(Written(), "7,,,,,90029,y\n");
 }
 

@@ -24,6 +24,7 @@
 #include "models/mlrresult.h"
 #include "tests/allocations.h"
 #include "tests/engine/fakemodel.h"
+#include "tests/engine/unlistedcount.h"
 
 namespace MCVelscore_850 {
 namespace {
@@ -197,6 +198,7 @@ protected:
         scorer_ = std::make_unique<TableScorer>(model_, model_.description, treatments_, header,
                                                 "cases.csv", std::move(options), results);
         results_ = std::make_unique<ResultBlock>(scorer_->Schema());
+        unlisted_ = std::make_unique<UnlistedCount>(scorer_->Preparer().Fields());
         return *scorer_;
     }
     std::optional<double> Number(size_t column, size_t row) const
@@ -208,6 +210,7 @@ protected:
     std::vector<Scored> ScoreBlock(const ColumnBlock& block)
     {
         scorer_->Score(block, *results_);
+        unlisted_->Add(scorer_->Unlisted());
         EXPECT_EQ(results_->rows, block.rows);
         std::vector<Scored> scored;
         for (size_t row = 0; row < block.rows; ++row) {
@@ -252,6 +255,7 @@ protected:
     std::unique_ptr<TextRows> rows_;
     std::unique_ptr<TableScorer> scorer_;
     std::unique_ptr<ResultBlock> results_;
+    std::unique_ptr<UnlistedCount> unlisted_;
 };
 
 TEST_F(TableScorerTest, TheFirstRowGoesAloneAndTheOthersTogether)
@@ -374,7 +378,7 @@ TEST_F(TableScorerTest, BothRoadsTellTheSameOfAnyTable)
     model_.together = false;
     Bind(header, options);
     const std::vector<Scored> alone = Score(fields);
-    const std::vector<UnlistedValues> unlistedAlone = scorer_->Preparer().Unlisted();
+    const std::vector<UnlistedValues> unlistedAlone = unlisted_->Met();
     for (const size_t rowsOfBlock : {TableScorer::kRows, size_t{1}, size_t{100}}) {
         model_.together = true;
         Bind(header, options);
@@ -389,7 +393,7 @@ TEST_F(TableScorerTest, BothRoadsTellTheSameOfAnyTable)
             together += scored[row].IsTogether() ? 1 : 0;
         }
         EXPECT_GT(together, 1000u);
-        const std::vector<UnlistedValues> unlisted = scorer_->Preparer().Unlisted();
+        const std::vector<UnlistedValues> unlisted = unlisted_->Met();
         ASSERT_EQ(unlisted.size(), unlistedAlone.size());
         ASSERT_EQ(unlisted.size(), 1u);
         EXPECT_EQ(unlisted[0].count, unlistedAlone[0].count);
@@ -432,21 +436,17 @@ TEST_F(TableScorerTest, MissingValuesAreReplacedAndOutliersSetToTheirLimitsInBlo
     EXPECT_EQ(model_.alone, 0);
 }
 
-TEST_F(TableScorerTest, ValuesToCountGoAloneAndTheLikelyReferenceIsNone)
+TEST_F(TableScorerTest, UnlistedValuesAreCountedAndTheLikelyReferenceIsNone)
 {
     model_.AddText("f", {"a"}).SetAcceptsUnlisted(true);
     Bind({"f"}, {.withoutReference = {"f"}});
     Settle({"a"});
     Score({"ref", "q", "a", "ref", "ref"});
-    EXPECT_EQ(model_.alone, 4);
-    // By now the first one met is taken for the reference, which isn't counted.
-    const std::vector<Scored> scored = Score({"ref", "q", "ref"});
-    EXPECT_TRUE(scored[0].IsTogether());
-    EXPECT_FALSE(scored[1].IsTogether());
-    EXPECT_TRUE(scored[2].IsTogether());
-    ASSERT_EQ(scorer_->Preparer().Unlisted().size(), 1u);
-    EXPECT_EQ(scorer_->Preparer().Unlisted()[0].count, 2);
-    EXPECT_EQ(scorer_->Preparer().Unlisted()[0].first, (Names{"ref", "q"}));
+    Score({"ref", "q", "ref"});
+    EXPECT_EQ(model_.alone, 0);
+    ASSERT_EQ(unlisted_->Met().size(), 1u);
+    EXPECT_EQ(unlisted_->Met()[0].count, 2);
+    EXPECT_EQ(unlisted_->Met()[0].first, (Names{"ref", "q"}));
 }
 
 TEST_F(TableScorerTest, NumbersThatAreNotListedAreCountedToo)
@@ -464,10 +464,10 @@ TEST_F(TableScorerTest, NumbersThatAreNotListedAreCountedToo)
     columns[1].numbers = numbers;
     ScoreBlock({3, columns});
     Score({"1", "2", "7", "0"});
-    ASSERT_EQ(scorer_->Preparer().Unlisted().size(), 2u);
-    EXPECT_EQ(scorer_->Preparer().Unlisted()[0].count, 3);
-    EXPECT_EQ(scorer_->Preparer().Unlisted()[0].first, (Names{"7", "7.5"}));
-    EXPECT_EQ(scorer_->Preparer().Unlisted()[1].count, 6);
+    ASSERT_EQ(unlisted_->Met().size(), 2u);
+    EXPECT_EQ(unlisted_->Met()[0].count, 3);
+    EXPECT_EQ(unlisted_->Met()[0].first, (Names{"7", "7.5"}));
+    EXPECT_EQ(unlisted_->Met()[1].count, 6);
 }
 
 TEST_F(TableScorerTest, TextsThatAppearLateAreBoundOnce)
@@ -858,11 +858,10 @@ TEST_F(DerivedTest, UnlistedValuesAreCountedOnce)
 {
     Bind({"f", "x"});
     Settle({"a", "1"});
-    const std::vector<Scored> scored = Score({"q", "2", "a", "4", "q", "8"});
-    EXPECT_EQ(model_.alone, 2);
-    EXPECT_TRUE(scored[1].IsTogether());
-    ASSERT_EQ(scorer_->Preparer().Unlisted().size(), 1u);
-    EXPECT_EQ(scorer_->Preparer().Unlisted()[0].count, 2);
+    Score({"q", "2", "a", "4", "q", "8"});
+    EXPECT_EQ(model_.alone, 0);
+    ASSERT_EQ(unlisted_->Met().size(), 1u);
+    EXPECT_EQ(unlisted_->Met()[0].count, 2);
 }
 
 TEST_F(DerivedTest, ItsBlocksAllocateNothing)
