@@ -74,7 +74,8 @@ void DefineTable(CLI::App* command, ScoreArguments& score)
     command->add_option("MODEL", score.model, "The model document; - is standard input")
         ->required();
     command->add_option("CASES", score.cases,
-                        "The table of cases, with a header; - or nothing is standard input");
+                        "The tables of cases, of the same columns, with a header; - or nothing is "
+                        "standard input");
     AddText(command, "-o,--out", score.output,
             "Where the output goes; - or nothing is standard output", "FILE");
     command->add_flag("--partial", score.partial,
@@ -93,6 +94,11 @@ void DefineTable(CLI::App* command, ScoreArguments& score)
     AddRepeatable(command, "--na", score.missingTexts,
                   "A text that means missing, beside the empty field and NA; may be given again",
                   "TEXT");
+    AddText(command, "--threads", score.threads,
+            "How many threads score; without it as many as there are processors. The output doesn't "
+            "depend on it",
+            "N")
+        ->check(CLI::Range(1, 1024));
     command->add_flag("--strict", score.strict,
                       "End with 5 when a case wasn't scored or held an unlisted value");
     command->add_flag("--quiet", score.quiet, "No progress and no closing line");

@@ -12,7 +12,7 @@ class Console;
 /// What was asked of `score`, as text where it still has to be understood.
 struct ScoreArguments {
     std::string model;
-    std::string cases = "-";
+    std::vector<std::string> cases;  ///< empty: standard input
     std::string output = "-";
     std::string policy;  ///< empty: the model's own
     std::vector<std::string> keep;
@@ -27,6 +27,7 @@ struct ScoreArguments {
     bool strict = false;
     bool quiet = false;
     bool partial = false;
+    size_t threads = 0;  ///< 0: as many as the machine has for the command
 };
 
 struct CheckArguments {

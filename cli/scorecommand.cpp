@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <utility>
@@ -212,7 +213,11 @@ void EndEarly(std::string_view why, RowWriter& writer, const ScoreArguments& arg
 // Both commands: reads the model, then the table, and writes what the options ask for.
 int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& console)
 {
-    if (arguments.model == "-" && arguments.cases == "-") {
+    const std::vector<std::string> tables =
+        arguments.cases.empty() ? std::vector<std::string>{"-"} : arguments.cases;
+    const auto fromInput = std::count(tables.begin(), tables.end(), "-");
+    if (fromInput > 1) throw UsageError("standard input can be one of the tables once only");
+    if (arguments.model == "-" && fromInput == 1) {
         throw UsageError(
             "the model and the cases can't both come from standard input; name a file "
             "for one of them");
@@ -228,6 +233,7 @@ int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& c
     options.dialect = DialectOf(arguments);
     options.form = {options.dialect.delimiter, options.dialect.decimal};
     options.missingTexts = arguments.missingTexts;
+    options.threads = arguments.threads == 0 ? ProcessorCount() : arguments.threads;
 
     LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin),
                       LoadOptions{arguments.asIs,
@@ -242,12 +248,12 @@ int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& c
 
     CatchStopSignals();
     RefuseOutputOntoDocument(arguments.output, arguments.model);
-    RefuseOutputOntoTable(arguments.output, arguments.cases);
+    for (const std::string& table : tables) RefuseOutputOntoTable(arguments.output, table);
 
     std::optional<ScoringSession> session;
     std::optional<RowWriter> writer;
     try {
-        session.emplace(model, std::vector{arguments.cases}, options, &StopRequested());
+        session.emplace(model, tables, options, &StopRequested());
         writer.emplace(arguments.output);
         ScoringSession::Progress progress;
         if (!arguments.quiet) {

@@ -140,7 +140,7 @@ bool CaseField::IsMissingText(std::string_view text) const
 }
 
 // The document or the options call it missing.
-bool CaseField::IsNamedMissing(std::string_view text) const
+bool CaseField::IsMissingWord(std::string_view text) const
 {
     if (dictVar_ != nullptr && dictVar_->IsMissingWord(text)) return true;
     if (options_->missingTexts.empty()) return false;

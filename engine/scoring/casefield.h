@@ -102,7 +102,11 @@ private:
 
     bool SetSurely(std::string_view text);
     long SetAndTreat(const TableColumn& column, size_t row, bool& unlisted);
-    bool IsNamedMissing(std::string_view text) const;
+    bool IsNamedMissing(std::string_view text) const
+    {
+        return hasMissingWords_ && IsMissingWord(text);
+    }
+    bool IsMissingWord(std::string_view text) const;
     long SetText(std::string_view text);
     void SetNumber(double number);
     long Treat(bool& unlisted);

@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include <oneapi/tbb/global_control.h>
+#include <oneapi/tbb/info.h>
 #include <oneapi/tbb/parallel_pipeline.h>
 #include <oneapi/tbb/task_arena.h>
 
@@ -35,6 +36,11 @@ RecordReader::BlockSize BlockSizeOf(const LoadedModel& model, const ScoringOptio
 }
 
 }  // namespace
+
+size_t ProcessorCount()
+{
+    return static_cast<size_t>(oneapi::tbb::info::default_concurrency());
+}
 
 ScoringSession::ScoringSession(const LoadedModel& model, std::vector<std::string> tables,
                                const ScoringOptions& options, const StopFlag* stop)

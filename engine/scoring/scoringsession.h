@@ -55,6 +55,9 @@ struct ScoringTimes {
     std::chrono::nanoseconds writing{0};
 };
 
+/// The processors that this process may use.
+size_t ProcessorCount();
+
 /// Scores tables through a model, block by block in constant memory: one thread at a time reads
 /// and cuts off records, any number split, score and shape blocks, and one at a time writes them in
 /// their order. What is written doesn't depend on the threads, nor on the size of blocks.

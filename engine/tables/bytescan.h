@@ -1,6 +1,7 @@
 #ifndef VELSCORE_ENGINE_TABLES_BYTESCAN_H
 #define VELSCORE_ENGINE_TABLES_BYTESCAN_H
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -30,12 +31,7 @@ public:
     uint32_t At(const char* place) const
     {
 #if defined(__SSE2__)
-        const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(place));
-        __m128i found = _mm_cmpeq_epi8(text, wide_[0]);
-        for (size_t i = 1; i < N; ++i) {
-            found = _mm_or_si128(found, _mm_cmpeq_epi8(text, wide_[i]));
-        }
-        return static_cast<uint32_t>(_mm_movemask_epi8(found));
+        return static_cast<uint32_t>(_mm_movemask_epi8(Matches(place)));
 #else
         uint32_t found = 0;
         for (size_t i = 0; i < kScanWidth; ++i) {
@@ -63,16 +59,42 @@ public:
     size_t Count(const char* begin, const char* end) const
     {
         size_t count = 0;
-        for (; begin < end; begin += kScanWidth) {
-            uint32_t found = At(begin);
-            const auto left = static_cast<size_t>(end - begin);
-            if (left < kScanWidth) found &= (uint32_t{1} << left) - 1;
-            count += static_cast<size_t>(std::popcount(found));
+#if defined(__SSE2__)
+        const __m128i zero = _mm_setzero_si128();
+        while (static_cast<size_t>(end - begin) >= kScanWidth) {
+            // Each byte counts its own, as far as it can.
+            const size_t steps = std::min(static_cast<size_t>(end - begin) / kScanWidth, kByteMost);
+            __m128i counts = zero;
+            for (size_t i = 0; i < steps; ++i, begin += kScanWidth) {
+                counts = _mm_sub_epi8(counts, Matches(begin));
+            }
+            const __m128i sums = _mm_sad_epu8(counts, zero);
+            count += static_cast<size_t>(_mm_cvtsi128_si64(sums)) +
+                     static_cast<size_t>(_mm_extract_epi16(sums, 4));
+        }
+#endif
+        for (; begin < end; ++begin) {
+            for (const char byte : bytes_) count += *begin == byte ? 1 : 0;
         }
         return count;
     }
 
 private:
+    static constexpr size_t kByteMost = 255;
+
+#if defined(__SSE2__)
+    // All bits of the bytes that are searched.
+    __m128i Matches(const char* place) const
+    {
+        const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(place));
+        __m128i found = _mm_cmpeq_epi8(text, wide_[0]);
+        for (size_t i = 1; i < N; ++i) {
+            found = _mm_or_si128(found, _mm_cmpeq_epi8(text, wide_[i]));
+        }
+        return found;
+    }
+#endif
+
     std::array<char, N> bytes_;
 #if defined(__SSE2__)
     __m128i wide_[N];
