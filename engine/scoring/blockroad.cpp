@@ -128,7 +128,7 @@ void BlockRoad::FillNumbers(Input& input, const ColumnBlock& block, RowBits& uns
         double& number = input.numbers[row];
         if (mayBeSure) {
             if (column.numbers == nullptr) {
-                if (field.ReadSurely(column.Text(row), number)) continue;
+                if (field.ReadSurely(column, column.Text(row), number)) continue;
             } else if (column.IsPresent(row) && field.IsSure(column.numbers[row])) {
                 number = column.numbers[row];
                 continue;

@@ -23,7 +23,7 @@ BlockTask::BlockTask(const BlockPlan& plan)
                      : std::make_unique<OutputEvaluator>(*plan.model.Output(), plan.model.Model(),
                                                          plan.model.Description())),
       splitter_(plan.reader.Header().size(), plan.delimiter),
-      textRows_(plan.reader.Header().size()),
+      textRows_(plan.reader.Header().size(), true),
       results_(scorer_.Schema()),
       mostRows_(
           std::clamp(kMostFields / plan.reader.Header().size(), size_t{1}, TableScorer::kRows)),

@@ -52,6 +52,8 @@ CaseField::CaseField(const ScoreDictVar& var, const CaseOptions& options, bool o
             high_ = limits.high;
         }
     }
+    hasMissingWords_ = !options.missingTexts.empty() ||
+                       (dictVar_ != nullptr && dictVar_->HasMissingWords());
     countsUnlisted_ = dictVar_ != nullptr && var.AcceptsUnlisted();
     treated_ = countsUnlisted_;
 }
@@ -111,10 +113,10 @@ std::unique_ptr<ScoreValue> CaseField::MakeValue()
     return value;
 }
 
-bool CaseField::SetSurely(std::string_view text)
+bool CaseField::SetSurely(const TableColumn& column, std::string_view text)
 {
     double number = 0.0;
-    if (!ReadSurely(text, number)) return false;
+    if (!ReadSurely(column, text, number)) return false;
     number_->SetTakenAsIs(false);
     number_->SetDoubleValue(number);
     return true;
@@ -198,12 +200,6 @@ void CaseField::SetNumber(double number)
             break;
     }
     if (extremes_) TakeExtreme();
-}
-
-bool CaseField::ReadSurely(std::string_view text, double& number)
-{
-    return ReadPlainNumber(text, options_->decimal, number) && IsSure(number) &&
-           !IsNamedMissing(text);
 }
 
 // A value that the document calls missing stays so, however far beyond the limits it lies.

@@ -11,6 +11,7 @@
 #include "engine/documents/miningtreatment.h"
 #include "engine/scoring/unlistedvalues.h"
 #include "engine/tables/columnblock.h"
+#include "engine/tables/plainnumber.h"
 #include "host/variables/dictvar.h"
 
 namespace MCVelscore_850 {
@@ -72,7 +73,7 @@ public:
         unlisted = false;
         // What nearly every field is.
         if (kind_ == Kind::Number && column.texts != nullptr &&
-            SetSurely(column.texts[row * column.stride])) {
+            SetSurely(column, column.texts[row * column.stride])) {
             return 0;
         }
         return SetAndTreat(column, row, unlisted);
@@ -80,8 +81,15 @@ public:
     void SetMissing();
 
     /// Reads a number in the easiest way: true where Set() would make the value this number, accept
-    /// it and count nothing. False says nothing. Only of a field of numbers.
-    bool ReadSurely(std::string_view text, double& number);
+    /// it and count nothing. False says nothing. Only of a field of numbers, and a text of that
+    /// column.
+    bool ReadSurely(const TableColumn& column, std::string_view text, double& number) const
+    {
+        const bool isPlain = column.textsHaveRoom
+                                 ? ReadPlainNumberInRoom(text, options_->decimal, number)
+                                 : ReadPlainNumber(text, options_->decimal, number);
+        return isPlain && IsSure(number) && !IsNamedMissing(text);
+    }
     bool IsSure(double number) const
     {
         return number >= low_ && number <= high_ && (!treated_ || var_->SurelyAccepts(number)) &&
@@ -100,7 +108,7 @@ public:
 private:
     enum class Invalid { LeaveToModel, AsIs, AsMissing, AsValue, Refuse };
 
-    bool SetSurely(std::string_view text);
+    bool SetSurely(const TableColumn& column, std::string_view text);
     long SetAndTreat(const TableColumn& column, size_t row, bool& unlisted);
     bool IsNamedMissing(std::string_view text) const
     {
@@ -128,6 +136,7 @@ private:
     StringValue* text_ = nullptr;
     DateTimeValue* dateTime_ = nullptr;
     bool naIsMissing_ = true;
+    bool hasMissingWords_ = false;
     bool spells_ = false;                      // a boolean, whose declared spelling is taken
     std::optional<DictVar::Limits> extremes_;  // of outliers that count as the limits
     double low_;                               // the same limits, else the widest ones

@@ -15,6 +15,8 @@ struct TableColumn {
     /// A text a row, as a field of a file has it; those of two rows lie `stride` apart.
     const std::string_view* texts = nullptr;
     size_t stride = 1;
+    /// From the begin of each text on kPlainNumberRoom bytes can be read.
+    bool textsHaveRoom = false;
     /// A number a row; dates and times count from their variable's own origin.
     const double* numbers = nullptr;
     /// Indexes into `dictionary`; any other number is no value.
@@ -46,7 +48,11 @@ struct ColumnBlock {
 /// Makes blocks of texts that lie row by row in one array, as the rows of a file do.
 class TextRows {
 public:
-    explicit TextRows(size_t columns) : columns_(columns) {}
+    /// `haveRoom` as TableColumn::textsHaveRoom.
+    explicit TextRows(size_t columns, bool haveRoom = false) : columns_(columns)
+    {
+        for (TableColumn& column : columns_) column.textsHaveRoom = haveRoom;
+    }
 
     /// `fields` has a text for each column of each row. The block stands until the next call.
     ColumnBlock Block(std::span<const std::string_view> fields)

@@ -17,6 +17,15 @@ inline uint64_t LoadEightBytes(const char* bytes)
     return word;
 }
 
+/// Four bytes, in the lower half of the word.
+inline uint64_t LoadFourBytes(const char* bytes)
+{
+    uint32_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap32(word);
+    return word;
+}
+
 /// Writes the word as eight bytes of a text, the lowest first.
 inline void StoreEightBytes(uint64_t word, char* bytes)
 {

@@ -40,10 +40,10 @@ std::string_view TrimBlanks(std::string_view text);
 
 inline std::string_view TrimBlanks(std::string_view text)
 {
-    constexpr std::string_view kBlanks = " \t\r\n";
-    const size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+    const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+    while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+    return text;
 }
 
 }  // namespace MCVelscore_850

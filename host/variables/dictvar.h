@@ -111,6 +111,7 @@ public:
     /// A text that stands for a missing value and is none of the variable's type: "." in a field of
     /// numbers. No value of a case can be it; who reads texts asks IsMissingWord().
     void DeclareMissingWord(const std::string& text) { missingWords_.insert(text); }
+    bool HasMissingWords() const { return !missingWords_.empty(); }
     bool IsMissingWord(std::string_view text) const
     {
         return !missingWords_.empty() && missingWords_.contains(text);
