@@ -92,7 +92,7 @@ void BlockTask::ScoreRows(std::span<const std::string_view> fields)
         scorer_.VisitCases(block, [&](size_t row, const CaseStatus& status, const auto& record,
                                       const ScoreResult* result) {
             EndRow(row, status);
-            plan_.shaper.WriteRow(rows_, Fields(row),
+            plan_.shaper.WriteRow(rows_, Input(row),
                                   result == nullptr ? evaluator_->EvaluateDefaults()
                                                     : evaluator_->Evaluate(record, *result),
                                   status);
@@ -102,7 +102,7 @@ void BlockTask::ScoreRows(std::span<const std::string_view> fields)
         scorer_.Score(block, results_);
         for (size_t row = 0; row < block.rows; ++row) {
             EndRow(row, results_.StatusOf(row));
-            plan_.shaper.WriteRow(rows_, Fields(row), results_, row);
+            plan_.shaper.WriteRow(rows_, Input(row), results_, row);
         }
     }
     for (const UnlistedValue& value : scorer_.Unlisted()) {
@@ -136,7 +136,7 @@ void BlockTask::Reject(const TornRow& torn)
     if (plan_.table.curves) {
         CurveShaper::WriteNoCurve(rows_, records_.rowsBefore + torn.raw.number);
     } else {
-        plan_.shaper.WriteTorn(rows_, kCaseNotReadable);
+        plan_.shaper.WriteTorn(rows_, TableName(), kCaseNotReadable);
     }
 }
 
@@ -150,10 +150,10 @@ void BlockTask::CountReject(const RawRow& row)
     ++rejectCount_;
 }
 
-std::span<const std::string_view> BlockTask::Fields(size_t row) const
+InputRow BlockTask::Input(size_t row) const
 {
     const size_t columns = plan_.reader.Header().size();
-    return fields_.subspan(row * columns, columns);
+    return {fields_.subspan(row * columns, columns), TableName()};
 }
 
 }  // namespace MCVelscore_850

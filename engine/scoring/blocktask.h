@@ -82,7 +82,7 @@ private:
     void EndRow(size_t row, const CaseStatus& status);
     void Reject(const TornRow& torn);
     void CountReject(const RawRow& row);
-    std::span<const std::string_view> Fields(size_t row) const;
+    InputRow Input(size_t row) const;
     std::string_view TableName() const { return plan_.reader.NameOf(records_.table); }
 
     const BlockPlan& plan_;

@@ -2,6 +2,7 @@
 #define VELSCORE_ENGINE_SCORING_CASEFIELD_H
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -32,6 +33,14 @@ struct CaseOptions {
     std::vector<std::string> alsoRead{};
     /// Variables whose list of categories may lack their reference category.
     std::vector<std::string> withoutReference{};
+    /// By variable, the table's column where it isn't called as the variable is.
+    std::map<std::string, std::string> columnOf{};
+
+    const std::string& ColumnOf(const std::string& variable) const
+    {
+        const auto found = columnOf.find(variable);
+        return found == columnOf.end() ? variable : found->second;
+    }
 };
 
 /// What the mining schema leaves to the host to do with one field, of a certain model.

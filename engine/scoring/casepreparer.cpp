@@ -53,6 +53,7 @@ CasePreparer::CasePreparer(const ScoreModel& model, const ModelDescription& desc
         if (var != nullptr) AddVariable(*var, names, &header);
     }
     BindColumns(header, tableName);
+    RefuseUnknownNames();
 
     std::unordered_map<std::string_view, const MiningFieldTreatment*> treatmentOf;
     for (const MiningFieldTreatment& each : treatments) treatmentOf.emplace(each.name, &each);
@@ -83,9 +84,7 @@ void CasePreparer::AddVariable(const ScoreDictVar& var, std::vector<std::string>
         return;
     }
     const bool optional = columns != nullptr;
-    if (optional && std::find(columns->begin(), columns->end(), var.GetName()) == columns->end()) {
-        return;
-    }
+    if (optional && !Contains(*columns, options_.ColumnOf(var.GetName()))) return;
     names.push_back(var.GetName());
     fields_.emplace_back(var, options_, optional);
 }
@@ -97,7 +96,7 @@ void CasePreparer::BindColumns(std::span<const std::string> header, const std::s
     std::vector<std::string> missing;
     std::vector<std::string> bound;
     for (CaseField& field : fields_) {
-        const std::string& name = field.Name();
+        const std::string& name = options_.ColumnOf(field.Name());
         const auto [first, last] = columns.equal_range(name);
         if (first == last) {
             missing.push_back(name);
@@ -112,6 +111,16 @@ void CasePreparer::BindColumns(std::span<const std::string> header, const std::s
         throw Failure(FailureKind::Cases, kMissingColumn,
                       {tableName, JoinNames(missing, "', '"), JoinNames(header, ", ")},
                       SuggestColumns(missing, header, bound));
+    }
+}
+
+void CasePreparer::RefuseUnknownNames() const
+{
+    const std::vector<std::string> names = InputNames();
+    for (const auto& [name, column] : options_.columnOf) {
+        if (Contains(names, name)) continue;
+        throw Failure(FailureKind::Usage, kUnknownMappedName, {name, JoinNames(names, ", ")},
+                      SuggestWord(name, names));
     }
 }
 

@@ -27,7 +27,7 @@ struct ColumnBlock;
 /// Turns the rows of a table into cases for one model: typed values in one record, overwritten
 /// row by row.
 ///
-/// Columns   are found by name; those that the model needs must be there, each once: the
+/// Columns   are found by name, as CaseOptions::columnOf says; those that the model needs must be there, each once: the
 ///           variables that its description names, and for derived ones the fields that their
 ///           expressions read.
 /// Values    An empty field is a missing value, and so is NA unless the variable declares a
@@ -40,8 +40,8 @@ struct ColumnBlock;
 ///           wants as it is, is valid whatever the variable lists; where a factor's contrasts have
 ///           a row for each category alone, its variable judges it all the same.
 /// Derived   values stand in the same record: GetScore is told that they are there.
-/// Errors    kMissingColumn, kDuplicateColumn (Failure) from the constructor; a row that can't be
-///           a case answers its code.
+/// Errors    kMissingColumn, kDuplicateColumn, kUnknownMappedName (Failure) from the constructor; a
+///           row that can't be a case answers its code.
 /// Owner     the model and its dictionaries outlive the preparer.
 class CasePreparer {
 public:
@@ -96,6 +96,7 @@ private:
     /// `columns` are the table's, for variables that it may lack; null when it may not.
     void AddVariable(const ScoreDictVar& var, std::vector<std::string>& names,
                      const std::span<const std::string>* columns = nullptr);
+    void RefuseUnknownNames() const;
     void BindColumns(std::span<const std::string> header, const std::string& tableName);
     FieldTreatment TreatmentOf(const ScoreDictVar& var, const MiningFieldTreatment& schema,
                                const ModelDescription& description) const;

@@ -92,6 +92,7 @@ std::vector<size_t> PositionsOf(const std::vector<std::string>& names, const Res
 OutputShaper::OutputShaper(const ResultSchema& schema, std::span<const std::string> header,
                            const std::string& tableName, const OutputOptions& options,
                            const OutputSection* document)
+    : tellsTable_(!options.tableColumn.empty())
 {
     if (document != nullptr) {  // its fields stand in place of the schema's values
         results_ = {schema.ValueCount(), schema.ValueCount() + 1};
@@ -117,6 +118,12 @@ OutputShaper::OutputShaper(const ResultSchema& schema, std::span<const std::stri
     }
     const std::unordered_set<std::string_view> wanted(keep.begin(), keep.end());
     std::unordered_set<std::string> given(results.begin(), results.end());
+    if (tellsTable_) {
+        if (!given.insert(options.tableColumn).second) {
+            throw Failure(FailureKind::Usage, kTableColumnTaken, {options.tableColumn});
+        }
+        columns_.push_back(options.tableColumn);
+    }
     for (const std::string& name : keep) {
         const auto found = positions.find(name);
         if (found == positions.end()) {
@@ -143,10 +150,10 @@ void OutputShaper::WriteHeader(RowText& rows) const
     rows.EndRow();
 }
 
-void OutputShaper::WriteRow(RowText& rows, std::span<const std::string_view> fields,
-                            const ResultBlock& results, size_t row) const
+void OutputShaper::WriteRow(RowText& rows, const InputRow& input, const ResultBlock& results,
+                            size_t row) const
 {
-    WriteKept(rows, fields);
+    WriteKept(rows, input);
     for (size_t i = 0; i < results_.size(); ++i) {
         switch (kinds_[i]) {
             case ResultKind::Status: WriteStatus(rows, results.StatusOf(row)); break;
@@ -160,20 +167,22 @@ void OutputShaper::WriteRow(RowText& rows, std::span<const std::string_view> fie
     rows.EndRow();
 }
 
-void OutputShaper::WriteRow(RowText& rows, std::span<const std::string_view> fields,
+void OutputShaper::WriteRow(RowText& rows, const InputRow& input,
                             std::span<const OutputCell> cells, const CaseStatus& status) const
 {
-    WriteKept(rows, fields);
+    WriteKept(rows, input);
     for (const OutputCell& cell : cells) WriteCell(rows, cell);
     WriteStatus(rows, status);
     WriteStatusField(rows, status);
     rows.EndRow();
 }
 
-void OutputShaper::WriteTorn(RowText& rows, long code) const
+void OutputShaper::WriteTorn(RowText& rows, std::string_view table, long code) const
 {
     const CaseStatus status{code};
-    for (size_t i = 0; i + results_.size() < columns_.size(); ++i) rows.AddEmpty();
+    if (tellsTable_) rows.AddText(table);
+    const size_t first = tellsTable_ ? 1 : 0;
+    for (size_t i = first; i + results_.size() < columns_.size(); ++i) rows.AddEmpty();
     for (const ResultKind kind : kinds_) {
         if (kind == ResultKind::Status) {
             WriteStatus(rows, status);
@@ -184,9 +193,10 @@ void OutputShaper::WriteTorn(RowText& rows, long code) const
     rows.EndRow();
 }
 
-void OutputShaper::WriteKept(RowText& rows, std::span<const std::string_view> fields) const
+void OutputShaper::WriteKept(RowText& rows, const InputRow& input) const
 {
-    for (const size_t position : kept_) rows.AddText(fields[position]);
+    if (tellsTable_) rows.AddText(input.table);
+    for (const size_t position : kept_) rows.AddText(input.fields[position]);
 }
 
 }  // namespace MCVelscore_850

@@ -23,9 +23,17 @@ struct OutputOptions {
     /// Result columns by name, in this order, `probabilities` for every category's; empty for all
     /// of the schema but linear_predictor.
     std::vector<std::string> columns{};
+    /// The name of a first column that tells each row's table; empty for none.
+    std::string tableColumn{};
 };
 
-/// Names and fills the columns of the output: the kept ones, then those of a ResultSchema, or of
+/// A row of a table as it was read.
+struct InputRow {
+    std::span<const std::string_view> fields;
+    std::string_view table{};  ///< how messages call its table
+};
+
+/// Names and fills the columns of the output: the table's name, the kept ones, then those of a ResultSchema, or of
 /// the document's Output section, then status and status_field. A kept column of the same name gets
 /// the prefix "input.".
 ///
@@ -43,18 +51,19 @@ public:
     const std::vector<std::string>& Columns() const { return columns_; }
     void WriteHeader(RowText& rows) const;
 
-    /// The row of the schema's values; `fields` are the input's.
-    void WriteRow(RowText& rows, std::span<const std::string_view> fields,
-                  const ResultBlock& results, size_t row) const;
+    /// The row of the schema's values.
+    void WriteRow(RowText& rows, const InputRow& input, const ResultBlock& results,
+                  size_t row) const;
     /// The row of the document's fields.
-    void WriteRow(RowText& rows, std::span<const std::string_view> fields,
-                  std::span<const OutputCell> cells, const CaseStatus& status) const;
-    /// The row of one that can't be read: nothing but its status.
-    void WriteTorn(RowText& rows, long code) const;
+    void WriteRow(RowText& rows, const InputRow& input, std::span<const OutputCell> cells,
+                  const CaseStatus& status) const;
+    /// The row of one that can't be read: its status, and no other value.
+    void WriteTorn(RowText& rows, std::string_view table, long code) const;
 
 private:
-    void WriteKept(RowText& rows, std::span<const std::string_view> fields) const;
+    void WriteKept(RowText& rows, const InputRow& input) const;
 
+    bool tellsTable_;
     std::vector<size_t> kept_;       ///< positions in the input
     std::vector<size_t> results_;    ///< positions in the schema
     std::vector<ResultKind> kinds_;  ///< of these

@@ -8,7 +8,9 @@
 #include <oneapi/tbb/parallel_pipeline.h>
 #include <oneapi/tbb/task_arena.h>
 
+#include "engine/messages/shorttext.h"
 #include "engine/scoring/curveshaper.h"
+#include "host/messages/messages.h"
 #include "host/model/scoremodel.h"
 
 namespace MCVelscore_850 {
@@ -35,6 +37,22 @@ RecordReader::BlockSize BlockSizeOf(const LoadedModel& model, const ScoringOptio
     return {options.blockBytes, std::max<int64_t>(1, kBlockOutput / (kNumberOutput * numbers))};
 }
 
+// The columns of a table without a header, unless they are told: the model's in their order.
+std::map<std::string, std::string> ColumnsOf(const LoadedModel& model, const TableReader& reader,
+                                             const ScoringOptions& options)
+{
+    if (options.dialect.hasHeader || !options.columnOf.empty()) return options.columnOf;
+    const std::vector<std::string> names = model.Columns();
+    if (names.size() != reader.Header().size()) {
+        throw Failure(FailureKind::Cases, kColumnsWithoutHeader,
+                      {reader.NameOf(0), std::to_string(reader.Header().size()),
+                       std::to_string(names.size()), JoinNames(names, ", ")});
+    }
+    std::map<std::string, std::string> columnOf;
+    for (size_t i = 0; i < names.size(); ++i) columnOf[names[i]] = reader.Header()[i];
+    return columnOf;
+}
+
 }  // namespace
 
 size_t ProcessorCount()
@@ -45,13 +63,15 @@ size_t ProcessorCount()
 ScoringSession::ScoringSession(const LoadedModel& model, std::vector<std::string> tables,
                                const ScoringOptions& options, const StopFlag* stop)
     : reader_(std::move(tables),
-              {.delimiter = options.dialect.delimiter, .passesTorn = options.rejects},
+              {.delimiter = options.dialect.delimiter,
+               .hasHeader = options.dialect.hasHeader,
+               .passesTorn = options.rejects},
               BlockSizeOf(model, options), stop),
       plan_{
           .model = model,
           .reader = reader_,
           .shaper = shaper_,
-          .table = {options.dialect.decimal, options.missingTexts, options.results, options.curves},
+          .table = {options.dialect.decimal, options.missingTexts, options.results, options.curves, ColumnsOf(model, reader_, options)},
           .form = options.form,
           .delimiter = options.dialect.delimiter,
           .rejects = options.rejects,

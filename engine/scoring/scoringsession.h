@@ -8,6 +8,7 @@
 #include <exception>
 #include <functional>
 #include <limits>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,12 +29,16 @@ namespace MCVelscore_850 {
 struct TableDialect {
     char delimiter = ',';
     char decimal = '.';
+    /// Without a header columns are called by their numbers, from 1; unless ScoringOptions::columnOf
+    /// says otherwise they are the model's, in its order.
+    bool hasHeader = true;
 };
 
 struct ScoringOptions {
     TableDialect dialect;
     RowForm form;  ///< of the output
     std::vector<std::string> missingTexts;
+    std::map<std::string, std::string> columnOf;  ///< as CaseOptions::columnOf
     OutputOptions output;
     ResultOptions results;
     /// Survival curves in place of scores, of a model that has them (CurveShaper::Suits); nothing
@@ -66,8 +71,8 @@ size_t ProcessorCount();
 ///         all is refused before any output file is touched; Run() once. It writes everything out,
 ///         but leaves the end to the writers' owner: Close() of a whole table, or EndEarly().
 ///         Blocks go one by one until a row was scored, since a model may settle things by it.
-/// Errors  Failure: what TableReader, CasePreparer, OutputShaper and RowWriter refuse, and
-///         kTooManyRejects. A fault in mid-table leaves the whole rows before it written; Report()
+/// Errors  Failure: what TableReader, CasePreparer, OutputShaper and RowWriter refuse,
+///         kColumnsWithoutHeader and kTooManyRejects. A fault in mid-table leaves the whole rows before it written; Report()
 ///         tells how many.
 /// Owner   model and stop flag outlive the session.
 class ScoringSession {

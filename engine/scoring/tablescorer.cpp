@@ -18,7 +18,7 @@ CaseOptions CaseOptionsOf(const LoadedModel& model, const TableOptions& options)
 {
     return {options.decimal, model.Substitutes(), options.missingTexts,
             model.Output() == nullptr ? std::vector<std::string>() : model.Output()->inputs,
-            model.ListedByCells()};
+            model.ListedByCells(), options.columnOf};
 }
 
 // The first rows of a block, as bits.

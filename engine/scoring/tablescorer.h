@@ -2,6 +2,7 @@
 #define VELSCORE_ENGINE_SCORING_TABLESCORER_H
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <span>
 #include <string>
@@ -25,6 +26,7 @@ struct TableOptions {
     ResultOptions results{};
     /// Only curves are asked for; the table needs no end time then.
     bool curves = false;
+    std::map<std::string, std::string> columnOf{};  ///< as CaseOptions::columnOf
 };
 
 /// Takes the rows of one table through a model: blocks of columns in, blocks of results out.

@@ -312,6 +312,14 @@ constexpr Message kCatalogue[] = {
     {kRowEncoding, "sd", "{0}: row {1} holds text that isn't UTF-8", kMendTable},
     {kTooManyRejects, "dsd", "more than {0} rows were rejected, the last one row {2} of {1}",
      "Mend the table, or allow more with --max-rejects."},
+    {kUnknownMappedName, "ss", "--map names '{0}', which the model doesn't read; it reads {1}",
+     "Give --map NAME=COLUMN with the model's own name first."},
+    {kColumnsWithoutHeader, "sdds",
+     "{0} has {1} columns, the model needs {2}: {3}; without a header they have to be these, in "
+     "this order",
+     "Tell which column is which by its number: --map NAME=1."},
+    {kTableColumnTaken, "s", "--name-column is '{0}', which is a column of the results",
+     "Give it another name."},
 };
 
 static_assert(std::is_sorted(std::begin(kCatalogue), std::end(kCatalogue),

@@ -154,6 +154,9 @@ inline constexpr int kResultColumnTwice = 269318;    // column
 inline constexpr int kOtherHeader = 269330;          // file, place, column, first file, its column
 inline constexpr int kRowEncoding = 269331;          // file, row
 inline constexpr int kTooManyRejects = 269332;       // limit, file, row
+inline constexpr int kUnknownMappedName = 269333;    // name, the model's fields
+inline constexpr int kColumnsWithoutHeader = 269334;  // file, columns, columns needed, their names
+inline constexpr int kTableColumnTaken = 269335;     // column
 
 }  // namespace MCVelscore_850
 

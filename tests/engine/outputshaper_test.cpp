@@ -39,7 +39,7 @@ protected:
         results.Begin(1);
         reader_->Read(result, 0.0, 0, results);
         results.categories = reader_->Categories();
-        shaper.WriteRow(rows_, fields, results, 0);
+        shaper.WriteRow(rows_, {fields}, results, 0);
     }
     std::string Written() const { return std::string(rows_.Text()); }
 
@@ -217,7 +217,7 @@ TEST_F(OutputShaperTest, RowWithoutAScoreShowsStatusAndFieldAlone)
     ResultBlock results(*schema_);
     results.Begin(1);
     results.SetFault(0, {90029, &field});
-    shaper.WriteRow(rows_, Row{"7", "2", "3"}, results, 0);
+    shaper.WriteRow(rows_, {Row{"7", "2", "3"}}, results, 0);
     EXPECT_EQ(Written(), "7,,,,,90029,y\n");
 }
 
