@@ -50,7 +50,7 @@ CaseStatus CaseScorer::DrawCurve(const ColumnBlock& block, size_t row)
     return StatusOf(model_.CurveRow(*state_, &Record(), true, curve_), block, row);
 }
 
-double CaseScorer::LinearPredictor() const { return state_->linearPredictor; }
+void CaseScorer::WantLinearPredictorError() { state_->wantsLinearPredictorError = true; }
 
 CaseStatus CaseScorer::Prepare(const ColumnBlock& block, size_t row)
 {

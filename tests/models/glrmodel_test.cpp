@@ -533,6 +533,10 @@ TEST(GLRModel, ErrorOfTheLinearPredictorIsOfTheCovariancesAlsoWhereSigmaIsFixed)
     model.SetSigmaValue(1.5);
     EXPECT_EQ(LinearPredictorError(model, Row("b", 2.0)), std::sqrt(10.0));
     EXPECT_EQ(LinearPredictorError(Small(5.0, false).Ready(), Row("b", 2.0)), kSysmis);
+    const auto run = model.MakeState();
+    Slot slot;
+    ASSERT_TRUE(model.ScoreRow(*run, &Row("b", 2.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(run->linearPredictorError, kSysmis);  // nobody asked
 }
 
 }  // namespace
