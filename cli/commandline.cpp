@@ -117,8 +117,12 @@ void DefineScore(CLI::App* command, ScoreArguments& score)
         "all|COLS");
     AddRepeatable(command, "--columns", score.columns,
                   "The result columns to write, in this order, separated by commas; probabilities "
-                  "stands for every category's, linear_predictor is one more; may be given again",
+                  "stands for every category's, linear_predictor and std_err(linear_predictor) are "
+                  "more; may be given again",
                   "COLS");
+    AddText(command, "--level", score.level,
+            "The confidence level of ci_lower and ci_upper, above 0 and below 1; 0.95 without it",
+            "P");
     AddText(command, "--output", score.outputColumns,
             "The columns of the output: default, the same for each model of a family, or document, "
             "those of the document's own Output section",

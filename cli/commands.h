@@ -1,6 +1,7 @@
 #ifndef VELSCORE_CLI_COMMANDS_H
 #define VELSCORE_CLI_COMMANDS_H
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -15,6 +16,7 @@ struct ScoreArguments {
     std::vector<std::string> cases;  ///< empty: standard input
     std::string output = "-";
     std::string policy;  ///< empty: the model's own
+    std::optional<std::string> level;
     std::vector<std::string> keep;
     std::vector<std::string> columns;
     std::string outputColumns = "default";

@@ -127,14 +127,27 @@ void AddStrata(std::string& out, const ModelDescription& description)
     }
 }
 
-void AddColumns(std::string& out, const ResultSchema& schema)
+// The columns that --columns alone brings.
+std::vector<ResultColumn> ColumnsOnRequest(const ModelDescription& about)
 {
-    out += "columns of the output\n";
-    size_t width = kLabelWidth - 2;
+    const ResultSchema schema(about, {.linearPredictor = true, .linearPredictorError = true});
+    std::vector<ResultColumn> columns;
     for (const ResultColumn& column : ValueColumns(schema)) {
-        width = std::max(width, column.name.size() + 2);
+        if (column.quantity == ResultQuantity::LinearPredictor ||
+            column.quantity == ResultQuantity::LinearPredictorError) {
+            columns.push_back(column);
+        }
     }
-    for (const ResultColumn& column : ValueColumns(schema)) {
+    return columns;
+}
+
+void AddColumns(std::string& out, std::string_view heading, std::span<const ResultColumn> columns)
+{
+    if (columns.empty()) return;
+    out += fmt::format("{}\n", heading);
+    size_t width = kLabelWidth - 2;
+    for (const ResultColumn& column : columns) width = std::max(width, column.name.size() + 2);
+    for (const ResultColumn& column : columns) {
         out += fmt::format(
             "  {:<{}}{}\n", column.name, width,
             column.lacksCovariances ? "empty: the document has no covariances" : column.meaning);
@@ -216,7 +229,8 @@ std::string ModelText(const LoadedModel& model)
     }
     AddLine(out, "mean", about.mean);
     for (const ModelDescription::Contrast& contrast : about.contrasts) AddContrast(out, contrast);
-    AddColumns(out, schema);
+    AddColumns(out, "columns of the output", ValueColumns(schema));
+    AddColumns(out, "columns on request (--columns)", ColumnsOnRequest(about));
     for (const std::string& adaptation : model.Adaptations()) AddLine(out, "adapted", adaptation);
     return out;
 }
@@ -275,6 +289,11 @@ Json ModelJson(const LoadedModel& model)
                            {"empty", column.lacksCovariances}});
     }
     json["columns"] = std::move(columns);
+    Json onRequest = Json::array();
+    for (const ResultColumn& column : ColumnsOnRequest(about)) {
+        onRequest.push_back({{"column", column.name}, {"meaning", column.meaning}});
+    }
+    json["columnsOnRequest"] = std::move(onRequest);
     json["adapted"] = model.Adaptations();
     return json;
 }

@@ -15,6 +15,7 @@
 #include "engine/messages/suggestions.h"
 #include "engine/scoring/curveshaper.h"
 #include "engine/scoring/scoringsession.h"
+#include "host/values/numbertext.h"
 
 namespace MCVelscore_850 {
 
@@ -93,6 +94,55 @@ OutputOptions OutputOf(const ScoreArguments& arguments)
         }
     }
     return output;
+}
+
+// The level that --level asks for; nothing without it.
+std::optional<double> LevelOf(const ScoreArguments& arguments)
+{
+    if (!arguments.level) return std::nullopt;
+    if (arguments.predictionOnly) {
+        throw UsageError("--level has no meaning with --prediction-only, which leaves out limits");
+    }
+    const std::string& text = *arguments.level;
+    double level = 0.0;
+    if (ReadNumber(text, level) == NumberText::Number && level > 0.0 && level < 1.0) return level;
+    std::string wrong =
+        fmt::format("--level is '{}'; expected is a number above 0 and below 1", text);
+    std::string_view number = text;
+    if (number.ends_with('%')) number.remove_suffix(1);
+    if (ReadNumber(number, level) == NumberText::Number && level > 1.0 && level < 100.0) {
+        wrong += fmt::format(". Did you mean {:.12g}?", level / 100.0);
+    }
+    throw UsageError(wrong);
+}
+
+// Why no level can be set for a model.
+std::string WhyNoLevel(const ModelDescription& about)
+{
+    const ResultSchema schema(about);
+    const auto& columns = schema.Columns();
+    const auto limit = std::find_if(columns.begin(), columns.end(), [](const auto& column) {
+        return column.quantity == ResultQuantity::CILower;
+    });
+    if (limit == columns.end()) {
+        return fmt::format(
+            "has no limits: {} ({})",
+            about.targetCategories.empty() ? "its family has none" : "it predicts a category",
+            about.family);
+    }
+    return limit->lacksCovariances ? "has no limits: the document has no covariances (PCovMatrix)"
+                                   : "has no limits of a level: the document fixes their distance";
+}
+
+void SetLevel(LoadedModel& model, const std::optional<double>& level)
+{
+    if (!level) return;
+    const ModelDescription& about = model.Description();
+    if (!about.hasConfidenceLevel) {
+        throw UsageError(
+            fmt::format("--level has no meaning: {} {}", model.File(), WhyNoLevel(about)));
+    }
+    model.SetConfidenceLevel(*level);
 }
 
 void SetPolicy(LoadedModel& model, const std::string& policy)
@@ -234,6 +284,7 @@ int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& c
     options.form = {options.dialect.delimiter, options.dialect.decimal};
     options.missingTexts = arguments.missingTexts;
     options.threads = arguments.threads == 0 ? ProcessorCount() : arguments.threads;
+    const std::optional<double> level = LevelOf(arguments);
 
     LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin),
                       LoadOptions{arguments.asIs,
@@ -244,6 +295,10 @@ int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& c
             model.File(), model.Description().family));
     }
     SetPolicy(model, arguments.policy);
+    SetLevel(model, level);
+    if (!options.output.columns.empty()) {
+        options.results = OptionsFor(model.Description(), options.output.columns);
+    }
     if (arguments.predictionOnly) model.WantPredictionOnly();
 
     CatchStopSignals();
@@ -293,7 +348,6 @@ int RunScore(const ScoreArguments& arguments, Console& console)
     ScoringOptions options;
     options.output = OutputOf(arguments);
     options.results.predictionOnly = arguments.predictionOnly;
-    options.results.linearPredictor = !options.output.columns.empty();
     return RunTable(arguments, std::move(options), console);
 }
 

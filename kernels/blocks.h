@@ -47,13 +47,14 @@ struct BlockKernels {
     /// `design` is null.
     void (*sums[kSumRules])(const BlockColumns& columns, const Terms& terms, const double* betas,
                             size_t first, double* lp, double* design);
-    /// CentredSumOfTerms, with contrasts or without.
+    /// CentredSumOfTerms, with contrasts or without; `design` as above.
     void (*centred)(const BlockColumns& columns, const Terms& terms, const double* betas,
-                    const double* references, double* lp);
+                    const double* references, double* lp, double* design);
     /// SumsOfTerms of the multinomial family: equation c goes to lp + c * kBlockRows.
     void (*equations)(const BlockColumns& columns, const double* start, const Terms& terms,
                       const double* betas, size_t equations, double* lp);
-    /// StandardErrorOfSum over design values as `sums` leaves them.
+    /// StandardErrorOfSum over design values as `sums` leaves them, that of a row of the
+    /// covariances at design + row * kBlockRows.
     void (*standardErrors)(const double* design, const double* covariances, size_t stride,
                            const uint32_t* met, size_t count, double* errors, size_t rows);
     /// RootOfVariance(VarianceOfSlopes) over the first `count` columns, none of which has dates.

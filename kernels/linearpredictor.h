@@ -79,16 +79,22 @@ VELSCORE_LANE typename Cells::Lane AddCentredTerm(typename Cells::Lane lp, const
 }
 
 /// The sum over p of d[p] betas[p] - references[p]. A parameter whose beta is 0 adds nothing, not
-/// even its reference, which is 0 then.
-template <Ends kEnds, class Cells>
+/// even its reference, which is 0 then. Each design value, 0 where its term has ended or its beta
+/// is 0, goes to keep(p, d).
+template <Ends kEnds, class Cells, class Keep>
 VELSCORE_LANE typename Cells::Lane CentredSumOfTerms(const Terms& terms, const double* betas,
-                                                     const double* references, const Cells& cells)
+                                                     const double* references, const Cells& cells,
+                                                     Keep keep)
 {
     using Lane = typename Cells::Lane;
     Lane lp = All<Lane>(0.0);
     for (size_t p = 0; p < terms.count; ++p) {
-        if (betas[p] == 0.0) continue;
-        lp = AddCentredTerm<kEnds>(lp, terms, p, betas[p], references[p], cells, [](Lane) {});
+        if (betas[p] == 0.0) {
+            keep(p, All<Lane>(0.0));
+        } else {
+            lp = AddCentredTerm<kEnds>(lp, terms, p, betas[p], references[p], cells,
+                                       [&](Lane d) { keep(p, d); });
+        }
     }
     return lp;
 }

@@ -91,7 +91,11 @@ std::unique_ptr<BatchScorer> MLRModel::MakeBlockScorer(const kernels::BlockKerne
 class BLRBlocks final : public BlockScorer {
 public:
     BLRBlocks(const kernels::BlockKernels& chosen, const BLRModel& model)
-        : BlockScorer(chosen), model_(model), compact_(model.plan, model.categoryBetas[kBetaRow])
+        : BlockScorer(chosen),
+          model_(model),
+          betas_(model.categoryBetas[kBetaRow]),
+          compact_(model.plan, betas_),
+          covariances_(model.pcovMatrix.get(), betas_)
     {
         categories_ = NamesOf(model.categoryMap);
         if (!model.UsesCutoff()) return;
@@ -121,17 +125,24 @@ public:
 protected:
     static constexpr size_t kBetaRow = 1;
     static constexpr size_t kCategories = 2;
-    enum : size_t { kIndex, kLp, kColumns = kLp + kCategories };
-    size_t WorkColumns() const override { return kColumns; }
+    enum : size_t { kIndex, kLp, kDesign = kLp + kCategories };
+    size_t WorkColumns() const override
+    {
+        return kDesign + (covariances_.Exist() ? betas_.size() : 0);
+    }
 
     void Compute(const Block& block) const override
     {
-        constexpr auto kRule = static_cast<int>(kernels::SumRule::Logistic);
         double* const lp = block.Work(kLp);
         std::fill_n(lp, block.rows, 0.0);
         double* const sum = lp + kBetaRow * kernels::kBlockRows;
-        kernels_.sums[kRule](block.columns, compact_.View(), compact_.Betas(), 0, sum, nullptr);
+        double* const wanted = block.results.linearPredictorError;
+        double* const design =
+            wanted != nullptr && covariances_.Exist() ? block.Work(kDesign) : nullptr;
+        SumTerms(kernels::SumRule::Logistic, block, model_.plan.View(), betas_.data(), compact_,
+                 sum, design);
         Give(sum, block.results.linearPredictor, block.rows);
+        covariances_.GiveErrors(kernels_, design, wanted, block.rows);
         kernels_.softmax(lp, kCategories, block.Work(kIndex), block.rows);
         GiveProbabilities(lp, kCategories, block.results, block.rows);
         if (block.results.category == nullptr) return;
@@ -172,7 +183,9 @@ private:
     }
 
     const BLRModel& model_;
+    const std::vector<double>& betas_;
     CompactTerms compact_;
+    BlockCovariances covariances_;
     int32_t cutoffCategory_ = -1;
 };
 
@@ -193,24 +206,32 @@ public:
         : BlockScorer(chosen),
           model_(model),
           compact_{CompactTerms(model.plan, model.categoryBetas[0]),
-                   CompactTerms(model.plan, model.categoryBetas[1])}
+                   CompactTerms(model.plan, model.categoryBetas[1])},
+          covariances_(model.pcovMatrix.get(), model.categoryBetas[0])
     {}
     bool Build() { return AddPredictors(model_.plan, model_.predictorVars); }
 
 protected:
     static constexpr size_t kEquations = 2;
-    enum : size_t { kIndex, kLp, kColumns = kLp + kEquations };
-    size_t WorkColumns() const override { return kColumns; }
+    enum : size_t { kIndex, kLp, kDesign = kLp + kEquations };
+    size_t WorkColumns() const override
+    {
+        return kDesign + (covariances_.Exist() ? model_.categoryBetas[0].size() : 0);
+    }
 
     void Compute(const Block& block) const override
     {
-        constexpr auto kRule = static_cast<int>(kernels::SumRule::Generalized);
         double* const lp = block.Work(kLp);
+        double* const wanted = block.results.linearPredictorError;
+        double* const design =
+            wanted != nullptr && covariances_.Exist() ? block.Work(kDesign) : nullptr;
         for (size_t c = 0; c < kEquations; ++c) {
-            kernels_.sums[kRule](block.columns, compact_[c].View(), compact_[c].Betas(), 0,
-                                 lp + c * kernels::kBlockRows, nullptr);
+            SumTerms(kernels::SumRule::Generalized, block, model_.plan.View(),
+                     model_.categoryBetas[c].data(), compact_[c], lp + c * kernels::kBlockRows,
+                     c == 0 ? design : nullptr);
         }
         Give(lp, block.results.linearPredictor, block.rows);
+        covariances_.GiveErrors(kernels_, design, wanted, block.rows);
         kernels_.softmax(lp, kEquations, block.Work(kIndex), block.rows);
         Give(lp, block.results.prediction, block.rows);
     }
@@ -218,6 +239,7 @@ protected:
 private:
     const CLRModel& model_;
     std::array<CompactTerms, kEquations> compact_;
+    BlockCovariances covariances_;
 };
 
 std::unique_ptr<BatchScorer> CLRModel::MakeBlockScorer(const kernels::BlockKernels& kernels) const
@@ -240,6 +262,7 @@ public:
             betas_.front() = 0.0;
         }
         compact_.emplace(model.plan, betas_);
+        covariances_.emplace(model.pcovMatrix.get(), betas_, model.FirstCovarianceRow());
     }
 
     bool Build()
@@ -254,23 +277,23 @@ protected:
     enum : size_t { kEta, kIndex, kProbabilities };
     size_t WorkColumns() const override
     {
-        return kProbabilities + categories_.size() + (ReadsDesign() ? betas_.size() : 0);
+        const bool keepsDesign = ReadsDesign() || covariances_->Exist();
+        return DesignColumn() + (keepsDesign ? betas_.size() : 0);
     }
 
     void Compute(const Block& block) const override
     {
-        constexpr auto kRule = static_cast<int>(kernels::SumRule::Generalized);
         double* const eta = block.Or(block.results.linearPredictor, kEta);
-        double* const design = block.Work(kProbabilities + categories_.size());
-        if (ReadsDesign()) {
-            const kernels::Terms all = model_.plan.View();
-            kernels_.sums[kRule](block.columns, {all.parts, all.begin, betas_.size()},
-                                 betas_.data(), 0, eta, design);
-        } else {
-            kernels_.sums[kRule](block.columns, compact_->View(), compact_->Betas(), 0, eta,
-                                 nullptr);
-        }
+        double* const wanted = block.results.linearPredictorError;
+        const bool wantsDesign = ReadsDesign() || (wanted != nullptr && covariances_->Exist());
+        double* const design = wantsDesign ? block.Work(DesignColumn()) : nullptr;
+        const kernels::Terms all = model_.plan.View();
+        SumTerms(kernels::SumRule::Generalized, block, {all.parts, all.begin, betas_.size()},
+                 betas_.data(), *compact_, eta, design);
         AddOffset(block, eta, design);
+        // By row of the covariances; those of the thresholds aren't looked at.
+        covariances_->GiveErrors(kernels_, block.Work(DesignColumn() - model_.FirstCovarianceRow()),
+                                 wanted, block.rows);
 
         double* const probabilities = block.Work(kProbabilities);
         const size_t boundaries = categories_.size() - 1;
@@ -286,6 +309,8 @@ protected:
     }
 
 private:
+    // Of parameter 0. Before it there are more columns than the covariances have rows before it.
+    size_t DesignColumn() const { return kProbabilities + categories_.size(); }
     bool ReadsDesign() const
     {
         return model_.offset.HasVariable() && model_.ways_.offsetIsPredictor &&
@@ -311,6 +336,7 @@ private:
     int link_;
     std::vector<double> betas_;
     std::optional<CompactTerms> compact_;
+    std::optional<BlockCovariances> covariances_;
 };
 
 std::unique_ptr<BatchScorer> CumulativeLinkModel::MakeBlockScorer(

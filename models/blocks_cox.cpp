@@ -10,7 +10,8 @@ public:
         : BlockScorer(chosen),
           model_(model),
           references_(model.ReferenceTerms()),
-          compact_(model.plan, model.betas, 0, references_)
+          compact_(model.plan, model.betas, 0, references_),
+          covariances_(model.pcovMatrix.get(), model.betas)
     {
         for (size_t i = 0; i < std::max(model.stratumCategs.size(), size_t{1}); ++i) {
             strata_.push_back(model.BaselineOf(i));
@@ -37,16 +38,24 @@ public:
     }
 
 protected:
-    enum : size_t { kLp, kBaseline, kHazard, kSurvival, kColumns };
-    size_t WorkColumns() const override { return kColumns; }
+    enum : size_t { kLp, kBaseline, kHazard, kSurvival, kDesign };
+    size_t WorkColumns() const override
+    {
+        return kDesign + (covariances_.Exist() ? model_.betas.size() : 0);
+    }
 
     void Compute(const Block& block) const override
     {
         static constexpr int32_t kOnlyStratum[kernels::kBlockRows] = {};
         const BatchResults& results = block.results;
         double* const lp = block.Or(results.linearPredictor, kLp);
-        kernels_.centred(block.columns, compact_.View(), compact_.Betas(), compact_.References(),
-                         lp);
+        if (results.linearPredictorError != nullptr && covariances_.Exist()) {
+            SumWithErrors(block, lp);
+        } else {
+            kernels_.centred(block.columns, compact_.View(), compact_.Betas(),
+                             compact_.References(), lp, nullptr);
+            covariances_.GiveErrors(kernels_, nullptr, results.linearPredictorError, block.rows);
+        }
         const int32_t* const strata =
             model_.stratumVariableName.empty() ? kOnlyStratum : block.Codes(stratum_);
         double* const baseline = block.Work(kBaseline);
@@ -56,6 +65,20 @@ protected:
     }
 
 private:
+    void SumWithErrors(const Block& block, double* lp) const
+    {
+        double* const design = block.Work(kDesign);
+        const std::vector<double>& betas = model_.betas;
+        kernels_.centred(block.columns, model_.plan.View(), betas.data(), references_.data(), lp,
+                         design);
+        for (size_t p = 0; p < betas.size(); ++p) {
+            if (betas[p] == 0.0) continue;
+            kernels_.shift(design + p * kernels::kBlockRows, nullptr, -model_.BasePoint(p),
+                           block.rows);
+        }
+        covariances_.GiveErrors(kernels_, design, block.results.linearPredictorError, block.rows);
+    }
+
     // The place in the contrast matrix; a category without a whole row is left to the case's own
     // road.
     bool AddContrastPredictors()
@@ -80,6 +103,7 @@ private:
     const CoxRegModel& model_;
     std::vector<double> references_;
     CompactTerms compact_;
+    BlockCovariances covariances_;
     std::vector<kernels::Baseline> strata_;
     size_t endTime_ = 0;
     size_t stratum_ = 0;

@@ -16,9 +16,25 @@ namespace {
 
 constexpr double kNone = NumericValue::GetSysmisValue();
 
+bool WantsLimits(const BatchResults& results)
+{
+    return results.ciLower != nullptr || results.ciUpper != nullptr;
+}
 bool WantsErrors(const BatchResults& results)
 {
-    return results.stdDev != nullptr || results.ciLower != nullptr || results.ciUpper != nullptr;
+    return results.stdDev != nullptr || WantsLimits(results);
+}
+
+// Errors that are those of the linear predictors too, unless the document has no covariances: there
+// are none then.
+void GivePredictorErrors(const double* errors, bool exist, double* wanted, size_t rows)
+{
+    if (wanted == nullptr) return;
+    if (exist) {
+        std::copy_n(errors, rows, wanted);
+    } else {
+        std::fill_n(wanted, rows, kNone);
+    }
 }
 
 // Limits of lp, at a width or where the width has none at no number.
@@ -33,29 +49,12 @@ void GiveLimits(const kernels::BlockKernels& kernels, const double* lp, const do
     }
 }
 
-// How the covariances of a model enter its standard errors.
-struct Covariances {
-    const double* cells = nullptr;
-    size_t stride = 0;
-    std::vector<uint32_t> met;  // parameters with a beta and a row
-
-    Covariances(const PCovMatrix* matrix, const std::vector<double>& betas)
-    {
-        if (matrix == nullptr || !matrix->IsWritten()) return;
-        cells = matrix->GetRow(0);
-        stride = matrix->GetRows();
-        for (uint32_t p = 0; p < std::min(betas.size(), stride); ++p) {
-            if (betas[p] != 0.0) met.push_back(p);
-        }
-    }
-};
-
 }  // namespace
 
 class LRBlocks final : public BlockScorer {
 public:
     LRBlocks(const kernels::BlockKernels& chosen, const LRModel& model)
-        : BlockScorer(chosen), model_(model), t_(LRModel::t05(model.GetDF()))
+        : BlockScorer(chosen), model_(model), t_(model.LimitQuantile())
     {
         for (const ScoreDictVar* var : model.predictorVars) {
             AddNumber(*var, [](const ScoreValue& text) { return text.GetDouble(); });
@@ -73,16 +72,20 @@ protected:
         double* const lp = block.Or(block.results.prediction, kLp);
         kernels_.slopes(block.columns, n < betas.size() ? betas[n] : 0.0, betas.data(),
                         std::min(n, betas.size()), lp);
-        Give(lp, block.results.linearPredictor, block.rows);
-        if (!WantsErrors(block.results)) return;
+        const BatchResults& results = block.results;
+        Give(lp, results.linearPredictor, block.rows);
+        if (!WantsErrors(results) && results.linearPredictorError == nullptr) return;
 
         const size_t rows = model_.pcovMatrix->GetRows();
         const size_t slopes = std::min(n, rows);
-        double* const errors = block.Or(block.results.stdDev, kErrors);
+        double* const errors = block.Or(results.stdDev, kErrors);
         kernels_.slopeErrors(block.columns, model_.pcovMatrix->GetRow(0), rows, slopes,
                              slopes == n && n < rows, errors);
-        GiveLimits(kernels_, lp, errors, t_, block.Or(block.results.ciLower, kLower),
-                   block.Or(block.results.ciUpper, kUpper), block.rows);
+        GivePredictorErrors(errors, model_.HasCovariances(), results.linearPredictorError,
+                            block.rows);
+        if (!WantsLimits(results)) return;
+        GiveLimits(kernels_, lp, errors, t_, block.Or(results.ciLower, kLower),
+                   block.Or(results.ciUpper, kUpper), block.rows);
     }
 
 private:
@@ -109,8 +112,7 @@ public:
           covariances_(model.pcovMatrix.get(), model.betas),
           fixedError_(model.IsLinearSVM() ? model.GetSigmaValue() : kNone),
           fixedWidth_(model.IsLinearSVM() ? model.GetPercentileValue() : kNone),
-          t_(NumericValue::IsSystemMissingValue(model.GetDF()) ? kNone
-                                                               : GLRModel::t05(model.GetDF()))
+          t_(model.LimitQuantile())
     {}
     bool Build() { return AddNumberedPredictors(model_.plan, model_.predictorVars); }
 
@@ -120,29 +122,25 @@ protected:
 
     void Compute(const Block& block) const override
     {
-        constexpr auto kRule = static_cast<int>(kernels::SumRule::GeneralLinear);
         const BatchResults& results = block.results;
         double* const lp = block.Or(results.prediction, kLp);
-        const bool wantsErrors = WantsErrors(results);
-        if (wantsErrors && covariances_.cells != nullptr) {
-            kernels_.sums[kRule](block.columns, model_.plan.View(), model_.betas.data(), 0, lp,
-                                 block.Work(kDesign));
-        } else {
-            kernels_.sums[kRule](block.columns, compact_.View(), compact_.Betas(), 0, lp, nullptr);
-        }
+        const bool wantsAny = WantsErrors(results) || results.linearPredictorError != nullptr;
+        double* const design = wantsAny && covariances_.Exist() ? block.Work(kDesign) : nullptr;
+        SumTerms(kernels::SumRule::GeneralLinear, block, model_.plan.View(), model_.betas.data(),
+                 compact_, lp, design);
         Give(lp, results.linearPredictor, block.rows);
-        if (!wantsErrors) return;
+        if (!wantsAny) return;
 
         double* const errors = block.Or(results.stdDev, kErrors);
-        if (!NumericValue::IsSystemMissingValue(fixedError_)) {
-            std::fill_n(errors, block.rows, fixedError_);
-        } else if (covariances_.cells == nullptr) {
-            std::fill_n(errors, block.rows, 0.0);
+        if (NumericValue::IsSystemMissingValue(fixedError_)) {
+            covariances_.Errors(kernels_, design, errors, block.rows);
+            GivePredictorErrors(errors, covariances_.Exist(), results.linearPredictorError,
+                                block.rows);
         } else {
-            kernels_.standardErrors(block.Work(kDesign), covariances_.cells, covariances_.stride,
-                                    covariances_.met.data(), covariances_.met.size(), errors,
-                                    block.rows);
+            std::fill_n(errors, block.rows, fixedError_);
+            covariances_.GiveErrors(kernels_, design, results.linearPredictorError, block.rows);
         }
+        if (!WantsLimits(results)) return;
         const bool fixed = !NumericValue::IsSystemMissingValue(fixedWidth_);
         GiveLimits(kernels_, lp, fixed ? nullptr : errors, fixed ? fixedWidth_ : t_,
                    block.Or(results.ciLower, kLower), block.Or(results.ciUpper, kUpper),
@@ -152,7 +150,7 @@ protected:
 private:
     const GLRModel& model_;
     CompactTerms compact_;
-    Covariances covariances_;
+    BlockCovariances covariances_;
     double fixedError_;
     double fixedWidth_;
     double t_;
@@ -173,7 +171,8 @@ public:
           link_(static_cast<int>(model.GetLinkFunction())),
           betas_(model.categoryBetas[static_cast<size_t>(model.RowOfEvent())]),
           compact_(model.plan, betas_),
-          covariances_(model.pcovMatrix.get(), betas_)
+          covariances_(model.pcovMatrix.get(), betas_),
+          z_(model.LimitQuantile())
     {
         if (!model.binaryTarget) return;
         categories_.resize(model.categoryMap.size());
@@ -191,16 +190,13 @@ protected:
 
     void Compute(const Block& block) const override
     {
-        constexpr auto kRule = static_cast<int>(kernels::SumRule::Generalized);
         const BatchResults& results = block.results;
         const bool wantsErrors = !model_.binaryTarget && WantsErrors(results);
+        const bool wantsAny = wantsErrors || results.linearPredictorError != nullptr;
         double* const eta = block.Or(results.linearPredictor, kLp);
-        if (wantsErrors && covariances_.cells != nullptr) {
-            kernels_.sums[kRule](block.columns, model_.plan.View(), betas_.data(), 0, eta,
-                                 block.Work(kDesign));
-        } else {
-            kernels_.sums[kRule](block.columns, compact_.View(), compact_.Betas(), 0, eta, nullptr);
-        }
+        double* const design = wantsAny && covariances_.Exist() ? block.Work(kDesign) : nullptr;
+        SumTerms(kernels::SumRule::Generalized, block, model_.plan.View(), betas_.data(), compact_,
+                 eta, design);
         if (model_.offset.kind == Offset::VALUE) {
             kernels_.shift(eta, nullptr, model_.offset.value, block.rows);
         } else if (model_.offset.HasVariable()) {
@@ -217,10 +213,11 @@ protected:
                 mean[row] = model_.TimesTrials(mean[row], trials);
             }
         }
-        if (model_.binaryTarget) {
-            GiveCategories(block, mean);
-        } else if (wantsErrors) {
-            GiveErrors(block, eta);
+        if (model_.binaryTarget) GiveCategories(block, mean);
+        if (wantsErrors) {
+            GiveErrors(block, eta, design);
+        } else {
+            covariances_.GiveErrors(kernels_, design, results.linearPredictorError, block.rows);
         }
     }
 
@@ -237,20 +234,17 @@ private:
         return GZLRModel::TrialsOf(block.Numbers(model_.predictorVars.size() - 1)[row], trials);
     }
 
-    void GiveErrors(const Block& block, const double* eta) const
+    void GiveErrors(const Block& block, const double* eta, const double* design) const
     {
         const BatchResults& results = block.results;
         double* const errors = block.Or(results.stdDev, kErrors);
-        if (covariances_.cells == nullptr) {
-            std::fill_n(errors, block.rows, 0.0);
-        } else {
-            kernels_.standardErrors(block.Work(kDesign), covariances_.cells, covariances_.stride,
-                                    covariances_.met.data(), covariances_.met.size(), errors,
-                                    block.rows);
-        }
+        covariances_.Errors(kernels_, design, errors, block.rows);
+        GivePredictorErrors(errors, covariances_.Exist(), results.linearPredictorError, block.rows);
+        if (!WantsLimits(results)) return;
         double* lower = block.Or(results.ciLower, kLower);
         double* upper = block.Or(results.ciUpper, kUpper);
-        kernels_.limits(eta, errors, GZLRModel::LimitQuantile(), lower, upper, block.rows);
+        GiveLimits(kernels_, eta, errors, z_, lower, upper, block.rows);
+        if (NumericValue::IsSystemMissingValue(z_)) return;
         const double k = model_.GetLinkParameter();
         kernels_.means[link_](lower, k, lower, block.rows);
         kernels_.means[link_](upper, k, upper, block.rows);
@@ -284,7 +278,8 @@ private:
     int link_;
     const std::vector<double>& betas_;
     CompactTerms compact_;
-    Covariances covariances_;
+    BlockCovariances covariances_;
+    double z_;
     int32_t event_ = -1;
     int32_t other_ = -1;
 };

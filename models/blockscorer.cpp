@@ -9,6 +9,7 @@
 #include "host/values/stringvalue.h"
 #include "host/variables/catencoder.h"
 #include "host/variables/scoredictvar.h"
+#include "models/pcovmatrix.h"
 
 namespace MCVelscore_850 {
 
@@ -241,9 +242,53 @@ bool BlockScorer::HasEveryContrast(const TermPlan& plan, size_t predictor, int32
     });
 }
 
+void BlockScorer::SumTerms(kernels::SumRule rule, const Block& block, const kernels::Terms& terms,
+                           const double* betas, const CompactTerms& compact, double* lp,
+                           double* design) const
+{
+    const auto sum = kernels_.sums[static_cast<int>(rule)];
+    if (design != nullptr) {
+        sum(block.columns, terms, betas, 0, lp, design);
+    } else {
+        sum(block.columns, compact.View(), compact.Betas(), 0, lp, nullptr);
+    }
+}
+
 void BlockScorer::Give(const double* from, double* wanted, size_t rows)
 {
     if (wanted != nullptr && wanted != from) memcpy(wanted, from, rows * sizeof *from);
+}
+
+BlockCovariances::BlockCovariances(const PCovMatrix* matrix, std::span<const double> betas,
+                                   size_t firstRow)
+{
+    if (matrix == nullptr || !matrix->IsWritten()) return;
+    cells_ = matrix->GetRow(0);
+    stride_ = matrix->GetRows();
+    for (size_t p = 0; p < betas.size() && p + firstRow < stride_; ++p) {
+        if (betas[p] != 0.0) met_.push_back(static_cast<uint32_t>(p + firstRow));
+    }
+}
+
+void BlockCovariances::Errors(const kernels::BlockKernels& kernels, const double* design,
+                              double* errors, size_t rows) const
+{
+    if (Exist()) {
+        kernels.standardErrors(design, cells_, stride_, met_.data(), met_.size(), errors, rows);
+    } else {
+        std::fill_n(errors, rows, 0.0);
+    }
+}
+
+void BlockCovariances::GiveErrors(const kernels::BlockKernels& kernels, const double* design,
+                                  double* wanted, size_t rows) const
+{
+    if (wanted == nullptr) return;
+    if (Exist()) {
+        Errors(kernels, design, wanted, rows);
+    } else {
+        std::fill_n(wanted, rows, NumericValue::GetSysmisValue());
+    }
 }
 
 CompactTerms::CompactTerms(const TermPlan& plan, std::span<const double> betas, size_t first,

@@ -14,7 +14,32 @@
 
 namespace MCVelscore_850 {
 
+class CompactTerms;
+class PCovMatrix;
 class ScoreValue;
+
+/// The covariances of a model, as its blocks read them.
+class BlockCovariances {
+public:
+    /// `betas` are the linear predictor's: a parameter whose beta is 0 has no part. Parameter 0 has
+    /// row `firstRow`. The matrix outlives this.
+    BlockCovariances(const PCovMatrix* matrix, std::span<const double> betas, size_t firstRow = 0);
+
+    /// False where the document has none.
+    bool Exist() const { return cells_ != nullptr; }
+    /// The standard error of each row's linear predictor, 0 without covariances. The design values
+    /// of a row of the covariances stand at design + row * kernels::kBlockRows.
+    void Errors(const kernels::BlockKernels& kernels, const double* design, double* errors,
+                size_t rows) const;
+    /// The same where they are wanted; without covariances there are none.
+    void GiveErrors(const kernels::BlockKernels& kernels, const double* design, double* wanted,
+                    size_t rows) const;
+
+private:
+    const double* cells_ = nullptr;
+    size_t stride_ = 0;
+    std::vector<uint32_t> met_;  // rows of the parameters that have a part
+};
 
 /// What the block scorers of all families share: the inputs, the rows that a block can't score, and
 /// the columns that kernels read. A family derives, adds its slots in its constructor and computes.
@@ -77,6 +102,11 @@ protected:
 
     /// True when no contrast of the factor lacks a place for the category.
     static bool HasEveryContrast(const TermPlan& plan, size_t predictor, int32_t row);
+    /// The sums of a family's terms into `lp`. With `design` the design values go there, parameter
+    /// by parameter, and all terms are walked; else the compact ones.
+    void SumTerms(kernels::SumRule rule, const Block& block, const kernels::Terms& terms,
+                  const double* betas, const CompactTerms& compact, double* lp,
+                  double* design) const;
     /// Copies a column of results, where it is wanted.
     static void Give(const double* from, double* wanted, size_t rows);
 

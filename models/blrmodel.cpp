@@ -108,7 +108,9 @@ MCStatus BLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* record, Sc
         const kernels::CaseCells cells{state.numbers.data(), state.codes.data()};
         state.linearPredictor =
             kernels::SumOfTerms<kernels::Ends::Alone, kernels::Adds::NonzeroTerms>(
-                0.0, plan.View(), rowBetas.data(), 0, cells, [](size_t, double) {});
+                0.0, plan.View(), rowBetas.data(), 0, cells,
+                [&](size_t p, double d) { state.design[p] = d; });
+        WriteLinearPredictorError(state);
         if (betaRow < kCategories) linearPredictors[betaRow] = state.linearPredictor;
     }
 

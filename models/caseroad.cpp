@@ -16,6 +16,7 @@ bool CaseWalk::Start()
 {
     state_.failedVar = nullptr;
     state_.linearPredictor = NumericValue::GetSysmisValue();
+    state_.linearPredictorError = NumericValue::GetSysmisValue();
     if (record_ == nullptr) {
         status_ = MCStatus(MCScore::kCaseNotScorable, false);
         if (road_.tracesNullRecord) TraceStatus(road_.nullRecordLine);

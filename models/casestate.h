@@ -23,6 +23,9 @@ struct CaseState final : ScoringState {
     std::vector<double> references;  ///< per parameter, of a model that is centred
     bool hasReferences = false;
 
+    /// Of the confidence limits: the model's RegressionModel::LimitQuantile().
+    double limitQuantile = NumericValue::GetSysmisValue();
+
     // Of the case, by predictor.
     std::vector<const ScoreValue*> valueRefs;  ///< of the value family
     std::vector<NumericValue> substitutes;     ///< what it puts in place of absent values

@@ -116,7 +116,7 @@ bool CoxRegModel::Setup()
     const bool resolved = ResolvePredictors() && EveryFactorHasContrasts();
     paramTable = std::make_unique<ParamTable>(this);
     ppcMatrix = std::make_unique<PPCMatrix>(this);
-    pcovMatrix.reset();  // this family has no use for covariances
+    pcovMatrix.reset();  // the reader's to make, where the document has covariances
     if (!stratumVariableName.empty()) SetBaseLineStratumVariable(FindVar(stratumVariableName));
     if (!endTimeVariableName.empty()) SetEndTimeVariable(FindVar(endTimeVariableName));
     return resolved;
@@ -245,8 +245,9 @@ bool CoxRegModel::ComputeLinearPredictor(CaseWalk& walk, CaseState& state, doubl
     }
     walk.ReadValues(n);
     const ContrastCells cells{{state.numbers.data(), state.codes.data()}};
-    lp = kernels::CentredSumOfTerms<kernels::Ends::AtZeroContrast>(plan.View(), betas.data(),
-                                                                   state.references.data(), cells);
+    lp = kernels::CentredSumOfTerms<kernels::Ends::AtZeroContrast>(
+        plan.View(), betas.data(), state.references.data(), cells,
+        [&](size_t p, double d) { state.design[p] = d; });
     if (cells.outside >= 0) {
         walk.SetStatus(MCScore::kFactorOutsideContrasts,
                        predictorVars[static_cast<size_t>(cells.outside)]);
@@ -254,7 +255,18 @@ bool CoxRegModel::ComputeLinearPredictor(CaseWalk& walk, CaseState& state, doubl
         return false;
     }
     state.linearPredictor = lp;
+    if (state.wantsLinearPredictorError) {
+        for (size_t p = 0; p < betas.size(); ++p) {
+            if (betas[p] != 0.0) state.design[p] -= BasePoint(p);
+        }
+        WriteLinearPredictorError(state);
+    }
     return true;
+}
+
+double CoxRegModel::BasePoint(size_t parameter) const
+{
+    return basePointTable.size() == betas.size() ? basePointTable[parameter] : 0.0;
 }
 
 std::vector<double> CoxRegModel::ReferenceTerms() const

@@ -26,7 +26,11 @@ class CaseWalk;
 /// A parameter whose beta or d is 0, the latter without a base point, adds nothing. Where H0
 /// doesn't exist both results are system-missing and the status is OK.
 ///
-/// Shapes  P parameters, one row of betas, no covariances; a table, a category and two limits for
+/// Where it is asked for, the standard error of lp is sqrt((d - r)' V (d - r)) over the parameters
+/// whose beta isn't 0.
+///
+/// Shapes  P parameters, one row of betas; V is P x P and may be absent; a table, a category and
+/// two limits for
 ///         each stratum, by its index; one table without strata.
 /// Units   times in the unit of the end-time variable; S in 0 to 1, H from 0 on.
 /// Errors  GetScore answers 90029 for a null record, a bad predictor, a missing end time and a
@@ -126,6 +130,8 @@ private:
                                        const ScoreValue& cell) const;
     /// What each parameter takes off at the base point; zeros where there is none.
     std::vector<double> ReferenceTerms() const;
+    /// The base point of a parameter, 0 where there is none.
+    double BasePoint(size_t parameter) const;
     /// Steps 5 to 9: the predictors' values, the reference terms, lp. False when the case fails.
     bool ComputeLinearPredictor(CaseWalk& walk, CaseState& state, double& lp) const;
     /// The index of the case's stratum, 0 for a null value; -1 for one that has no table.

@@ -84,6 +84,7 @@ MCScore::MCStatus CumulativeLinkModel::ScoreCase(CaseState& state, const ScoreCa
     // A case with a bad value is not left here, on purpose: its prediction comes from the
     // thresholds alone, over what the policy wrote, and the status stays.
     state.linearPredictor = LinearPredictor(walk, state);
+    WriteLinearPredictorError(state, FirstCovarianceRow());
     const size_t predicted = ComputeCategoryProbs(state.linearPredictor, state);
     walk.WriteCategories(static_cast<int>(predicted),
                          [&](size_t c) { return state.probabilities[c]; });

@@ -97,6 +97,12 @@ protected:
 private:
     friend class CumulativeLinkBlocks;
     void FinishPlan() override;
+    /// Where the covariances have parameter 0, as it were: the location parameters follow the
+    /// thresholds, of which there is one less than categories.
+    size_t FirstCovarianceRow() const
+    {
+        return categoryMap.size() < 2 ? 0 : categoryMap.size() - 2;
+    }
     double LinearPredictor(CaseWalk& walk, CaseState& state) const;
     /// Fills the case's probabilities and answers the most probable category.
     size_t ComputeCategoryProbs(double linearPredictor, CaseState& state) const;

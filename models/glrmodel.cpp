@@ -6,6 +6,7 @@
 #include "host/model/modelfamilies.h"
 #include "kernels/linearpredictor.h"
 #include "models/caseroad.h"
+#include "models/limitquantile.h"
 #include "models/lrresult.h"
 #include "models/studentquantile.h"
 
@@ -28,6 +29,7 @@ GLRModel::GLRModel() : dummyCategory("GLRdummy") {}
 GLRModel::~GLRModel() = default;
 
 double GLRModel::t05(double df) { return StudentQuantile95(df); }
+double GLRModel::LimitQuantile() const { return StudentLimitQuantile(confidenceLevel, df); }
 
 bool GLRModel::IsLinearSVM() const { return algorithmName == "linearSVM"; }
 
@@ -73,6 +75,7 @@ MCScore::MCStatus GLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* r
     const double lp = kernels::SumOfTerms<kernels::Ends::Alone, kernels::Adds::StandingTerms>(
         0.0, plan.View(), betas.data(), 0, cells, [&](size_t p, double d) { state.design[p] = d; });
     state.linearPredictor = lp;
+    WriteLinearPredictorError(state);
     walk.WritePrediction(lp);
     if (state.predictionOnly) return walk.Status();
 
@@ -84,7 +87,7 @@ MCScore::MCStatus GLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* r
     if (!NumericValue::IsSystemMissingValue(percentileValue) && IsLinearSVM()) {
         halfWidth = percentileValue;
     } else {
-        const double t = NumericValue::IsSystemMissingValue(df) ? df : t05(df);
+        const double t = state.limitQuantile;
         if (NumericValue::IsSystemMissingValue(t)) return walk.Status();
         halfWidth = se * t;
     }
@@ -118,17 +121,18 @@ void GLRModel::Describe(ModelDescription& description) const
     const bool fixedWidth = svm && !NumericValue::IsSystemMissingValue(percentileValue);
     const bool lacksError = !description.hasCovariances && !fixedError;
     const bool lacksLimits = lacksError && !fixedWidth;
+    description.hasConfidenceLevel = !lacksLimits && !fixedWidth;
     description.quantities = {
         {"prediction", "mean of the target"},
         {"std_dev", fixedError ? "sigma of the document" : "standard error of the mean",
          lacksError},
         {"ci_lower",
          fixedWidth ? "prediction minus the percentile of the document"
-                    : "lower 95% confidence limit of the mean (Student's t)",
+                    : "lower " + LevelText() + " confidence limit of the mean (Student's t)",
          lacksLimits},
         {"ci_upper",
          fixedWidth ? "prediction plus the percentile of the document"
-                    : "upper 95% confidence limit of the mean (Student's t)",
+                    : "upper " + LevelText() + " confidence limit of the mean (Student's t)",
          lacksLimits},
     };
 }

@@ -13,7 +13,8 @@ namespace MCVelscore_850 {
 ///              x[k]^ceil(c[p,k])  covariate with exponent c; 0 where x[k] is 0, whatever c is
 ///     lp   = sum of b[p] d[p]                     prediction
 ///     se   = sqrt(d' V d)                         standard error of the mean prediction
-///     lp - t se, lp + t se, t = t05(df)           95% confidence limits of the mean
+///     lp - t se, lp + t se                        confidence limits of the mean, with t the
+///                                                 StudentLimitQuantile of df
 ///
 /// A fractional exponent counts as the next whole number at or above it, and one of 0 or below
 /// leaves d as it is. A document whose algorithm is "linearSVM" may fix the error (sigma) and the
@@ -56,6 +57,7 @@ private:
                                 ScoreResult*& result, bool derivedInRecord) const override;
     bool IsLinearSVM() const;
     TermPlan PlanTerms() const override { return PlanNumberTerms(NumberTerms::RepeatedProducts); }
+    double LimitQuantile() const override;
     double StandardError(CaseState& state) const;
 
     std::string dummyCategory;  ///< the one row of the beta table

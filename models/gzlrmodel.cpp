@@ -10,9 +10,9 @@
 #include "kernels/linearpredictor.h"
 #include "models/caseroad.h"
 #include "models/gzlrlinks.h"
+#include "models/limitquantile.h"
 #include "models/lrresult.h"
 #include "models/mlrresult.h"
-#include "stats/mcdistfun.h"
 
 namespace MCVelscore_850 {
 
@@ -55,11 +55,7 @@ void KeepFirstOfEach(std::vector<std::string>& names)
 GZLRModel::GZLRModel() : dummyCategory("GZLRdummy") {}
 GZLRModel::~GZLRModel() = default;
 
-double GZLRModel::LimitQuantile()
-{
-    static const double kQuantile = MCMath_850::MCDistFun::IdfNorm(0.975, 0.0, 1.0);
-    return kQuantile;
-}
+double GZLRModel::LimitQuantile() const { return NormalLimitQuantile(confidenceLevel); }
 
 void GZLRModel::SetTrialsVar(const ScoreDictVar* var)
 {
@@ -95,11 +91,16 @@ double GZLRModel::GetMeanPred(double eta, int trials) const
 
 std::pair<double, double> GZLRModel::GetCIMeanPred(double eta, double se, int trials) const
 {
-    if (se == kNone) return {kNone, kNone};
-    const double z = LimitQuantile() * se;
+    return LimitsOfMean(eta, se, LimitQuantile(), trials);
+}
+
+std::pair<double, double> GZLRModel::LimitsOfMean(double eta, double se, double z, int trials) const
+{
+    if (se == kNone || z == kNone) return {kNone, kNone};
+    const double halfWidth = z * se;
     // On purpose: a limit without a mean is multiplied like any other.
-    const double lower = TimesTrials(GetInverseValue(eta - z), trials);
-    const double upper = TimesTrials(GetInverseValue(eta + z), trials);
+    const double lower = TimesTrials(GetInverseValue(eta - halfWidth), trials);
+    const double upper = TimesTrials(GetInverseValue(eta + halfWidth), trials);
     if (linkFunction == LINK_POWER && linkParameter < 0.0) return {upper, lower};
     return {lower, upper};
 }
@@ -185,6 +186,7 @@ MCScore::MCStatus GZLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* 
         eta += state.numbers[predictorCount];
     }
     state.linearPredictor = eta;
+    WriteLinearPredictorError(state);
     int trials = -1;
     if (trialsKind == VARIABLE && !ReadTrials(state, trials)) {
         if (state.policy != MV_STATUS_ONLY) walk.WriteMissingPrediction();
@@ -219,7 +221,7 @@ void GZLRModel::WriteLimits(LRResult& answer, double eta, int trials, CaseState&
 {
     const double se = pcovMatrix == nullptr ? 0.0 : DesignStandardError(state);
     answer.SetStdDev(se);
-    const auto [lower, upper] = GetCIMeanPred(eta, se, trials);
+    const auto [lower, upper] = LimitsOfMean(eta, se, state.limitQuantile, trials);
     answer.SetCIBottom(lower);
     answer.SetCITop(upper);
 }
@@ -294,11 +296,13 @@ void GZLRModel::Describe(ModelDescription& description) const
     } else {
         description.equations.push_back(DescribeEquation(0));
         const bool lacks = !description.hasCovariances;
+        description.hasConfidenceLevel = !lacks;
+        const std::string limit = LevelText() + " confidence limit of the linear predictor";
         description.quantities = {
             {"prediction", "mean of the target"},
             {"std_dev", "standard error of the linear predictor", lacks},
-            {"ci_lower", "mean at the lower 95% confidence limit of the linear predictor", lacks},
-            {"ci_upper", "mean at the upper 95% confidence limit of the linear predictor", lacks},
+            {"ci_lower", "mean at the lower " + limit, lacks},
+            {"ci_upper", "mean at the upper " + limit, lacks},
         };
         if (linkFunction == LINK_POWER && linkParameter < 0.0) {
             std::swap(description.quantities[2].meaning, description.quantities[3].meaning);

@@ -19,7 +19,8 @@ struct GZLRLink;
 ///     mean = n g(eta)                           g the inverse link; n the trials of a binomial
 ///                                               distribution, else 1
 ///     se   = sqrt(d' V d)                       standard error of eta
-///     n g(eta - z se), n g(eta + z se)          95% limits of the mean, z = Phi^-1(0.975)
+///     n g(eta - z se), n g(eta + z se)          confidence limits of the mean, with z the
+///                                               NormalLimitQuantile
 ///
 /// A target with two categories is classified: the mean is the probability of the event, which is
 /// predicted where the mean is 0.5 or more.
@@ -97,10 +98,10 @@ public:
     /// GetInverseValue, for a binomial distribution times the trials: `trials` with a trials
     /// variable, else the trials value.
     double GetMeanPred(double eta, int trials) const;
-    /// The lower and upper 95% limits of the mean: g at eta -+ z se, times the trials.
+    /// The lower and upper confidence limits of the mean: g at eta -+ z se, times the trials.
     /// System-missing limits are multiplied too, and only the power link with a negative power
     /// swaps the two: under another link a falling mean leaves the lower above the upper. Both are
-    /// system-missing when `se` is.
+    /// system-missing when `se` or z is.
     std::pair<double, double> GetCIMeanPred(double eta, double se, int trials) const;
     /// Makes the category of that text the event and the other one the other. An empty text, or a
     /// target without categories, changes nothing.
@@ -119,8 +120,9 @@ private:
     int RowOfEvent() const;
     /// A mean of it is the event still.
     static constexpr double kEventBoundary = 0.5;
-    /// The standard normal quantile of two-sided 95% limits.
-    static double LimitQuantile();
+    double LimitQuantile() const override;
+    /// GetCIMeanPred with z of the caller's.
+    std::pair<double, double> LimitsOfMean(double eta, double se, double z, int trials) const;
     static bool TrialsOf(double number, int& trials);
     /// The case's trials; false for a number that is none or beyond an int.
     bool ReadTrials(const CaseState& state, int& trials) const;

@@ -7,6 +7,7 @@
 #include "kernels/linearpredictor.h"
 #include "kernels/standarderror.h"
 #include "models/caseroad.h"
+#include "models/limitquantile.h"
 #include "models/lrresult.h"
 #include "models/studentquantile.h"
 
@@ -29,6 +30,7 @@ LRModel::LRModel() : dummyCategory("LRdummy") {}
 LRModel::~LRModel() = default;
 
 double LRModel::t05(double df) { return StudentQuantile95(df); }
+double LRModel::LimitQuantile() const { return StudentLimitQuantile(confidenceLevel, df); }
 
 bool LRModel::Setup()
 {
@@ -57,12 +59,15 @@ MCScore::MCStatus LRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* re
     const double lp =
         kernels::SumOfSlopes(constant, betas.data(), std::min(n, betas.size()), cells);
     state.linearPredictor = lp;
+    if (state.wantsLinearPredictorError && HasCovariances()) {
+        state.linearPredictorError = StandardError(state);
+    }
     walk.WritePrediction(lp);
     if (state.predictionOnly) return walk.Status();
 
     const double se = StandardError(state);
     answer.SetStdDev(se);
-    const double t = t05(df);
+    const double t = state.limitQuantile;
     constexpr double kNone = NumericValue::GetSysmisValue();
     const bool limited = !NumericValue::IsSystemMissingValue(t);
     answer.SetCIBottom(limited ? lp - se * t : kNone);
@@ -117,11 +122,12 @@ void LRModel::Describe(ModelDescription& description) const
     }
     description.equations.push_back(std::move(equation));
     const bool lacks = !description.hasCovariances;
+    description.hasConfidenceLevel = !lacks;
     description.quantities = {
         {"prediction", "mean of the target"},
         {"std_dev", "standard error of the mean", lacks},
-        {"ci_lower", "lower 95% confidence limit of the mean (Student's t)", lacks},
-        {"ci_upper", "upper 95% confidence limit of the mean (Student's t)", lacks},
+        {"ci_lower", "lower " + LevelText() + " confidence limit of the mean (Student's t)", lacks},
+        {"ci_upper", "upper " + LevelText() + " confidence limit of the mean (Student's t)", lacks},
     };
 }
 

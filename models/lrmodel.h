@@ -9,7 +9,8 @@ namespace MCVelscore_850 {
 ///
 ///     lp = b[N] + sum of b[i] x[i], i < N               prediction
 ///     se = sqrt(x' V x), x = (x[0], .., x[N-1], 1)      standard error of the mean prediction
-///     lp - t se, lp + t se, t = t05(df)                 95% confidence limits of the mean
+///     lp - t se, lp + t se                              confidence limits of the mean, with t
+///                                                       the StudentLimitQuantile of df
 ///
 /// Parameter i is the slope of predictor i, parameter N the intercept: the reader registers them
 /// in that order, and the predictor-to-parameter matrix takes no part.
@@ -41,6 +42,7 @@ private:
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
     TermPlan PlanTerms() const override { return EmptyPlan(Planned()); }
+    double LimitQuantile() const override;
     /// The values' numbers: from their variables' origins, and plain.
     void ReadNumbers(CaseState& state) const;
     /// The square root of x' V x.

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include <fmt/format.h>
+
 #include "host/expressions/transformvar.h"
 #include "host/variables/scorecaserecord.h"
 #include "host/variables/valueset.h"
@@ -108,6 +110,25 @@ bool RegressionModel::SetTargetVar(const std::string& name)
 {
     const ScoreDictVar* var = dictionary == nullptr ? nullptr : dictionary->GetVar(name);
     return var != nullptr && SetTargetVar(var);
+}
+
+// GetScore() finds the quantile in its state: one that isn't of the default level takes longer than
+// a case.
+void RegressionModel::SetConfidenceLevel(double level)
+{
+    BaseModel::SetConfidenceLevel(level);
+    ownState.limitQuantile = LimitQuantile();
+}
+
+void RegressionModel::SetDF(double degreesOfFreedom)
+{
+    df = degreesOfFreedom;
+    ownState.limitQuantile = LimitQuantile();
+}
+
+std::string RegressionModel::LevelText() const
+{
+    return fmt::format("{:.15g}%", 100.0 * confidenceLevel);
 }
 
 PCovMatrix* RegressionModel::CreatePCovMatrix()
@@ -271,6 +292,7 @@ void RegressionModel::SizeState(CaseState& state) const
     state.met.resize(parameters);
     state.linearPredictors.resize(categoryMap.size());
     state.probabilities.resize(categoryMap.size());
+    state.limitQuantile = LimitQuantile();
 }
 
 std::unique_ptr<ScoringState> RegressionModel::MakeState() const
@@ -302,18 +324,19 @@ void RegressionModel::EncodeNumbers(CaseState& state, bool nearly) const
     }
 }
 
-double RegressionModel::DesignStandardError(CaseState& state) const
+double RegressionModel::DesignStandardError(CaseState& state, size_t firstRow) const
 {
     // Only parameters that the case meets count.
-    const size_t n = std::min(state.design.size(), pcovMatrix->GetRows());
+    const size_t rows = pcovMatrix->GetRows();
+    const size_t n = std::min(state.design.size(), rows - std::min(firstRow, rows));
     size_t met = 0;
     for (size_t p = 0; p < n; ++p) {
-        state.met[met] = static_cast<uint32_t>(p);
+        state.met[met] = static_cast<uint32_t>(p + firstRow);
         if (state.design[p] != 0.0) ++met;
     }
-    return kernels::StandardErrorOfSum<double>(pcovMatrix->GetRow(0), pcovMatrix->GetRows(),
-                                               state.met.data(), met,
-                                               [&](size_t p) { return state.design[p]; });
+    return kernels::StandardErrorOfSum<double>(
+        pcovMatrix->GetRow(0), rows, state.met.data(), met,
+        [&](size_t row) { return state.design[row - firstRow]; });
 }
 
 void RegressionModel::SetUpDictVarIndex(const ScoreCaseRecord* record, bool derivedInRecord)
@@ -352,8 +375,7 @@ void RegressionModel::DescribeCommon(ModelDescription& description) const
 {
     if (targetVar != nullptr) description.target = targetVar->GetName();
     description.degreesOfFreedom = df;
-    // Some families make the matrix whether the document has covariances or not.
-    description.hasCovariances = pcovMatrix != nullptr && pcovMatrix->IsWritten();
+    description.hasCovariances = HasCovariances();
     for (size_t i = 0; i < predictorVars.size(); ++i) {
         if (predictorVars[i] == nullptr) continue;
         const std::string& name = predictorVars[i]->GetName();

@@ -42,6 +42,7 @@ public:
     ~RegressionModel() override;
 
     void SetPredictionOnly(bool only) override { predictionOnly = only; }
+    void SetConfidenceLevel(double level) override;
     BaseDictionary* GetVarsOfRole(VarRole role) const override;
     const ScoreDictVar* GetTargetVar() const override { return targetVar; }
     bool GetPredictionOnly() const override { return predictionOnly; }
@@ -92,7 +93,7 @@ public:
     /// The same for a variable of the main dictionary; false, with no change, for an unknown name.
     bool SetTargetVar(const std::string& name);
     double GetDF() const { return df; }
-    void SetDF(double degreesOfFreedom) { df = degreesOfFreedom; }
+    void SetDF(double degreesOfFreedom);
 
     ParamTable* GetParamTable() const { return paramTable.get(); }
     PPCMatrix* GetPPCMatrix() { return ppcMatrix.get(); }
@@ -134,6 +135,11 @@ protected:
     /// The family's own steps of a case.
     virtual MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                         ScoreResult*& result, bool derivedInRecord) const = 0;
+    /// The quantile of the family's confidence limits at the model's level; system-missing where
+    /// there is none.
+    virtual double LimitQuantile() const { return NumericValue::GetSysmisValue(); }
+    /// The confidence level as a description tells it: "95%".
+    std::string LevelText() const;
     /// The last step of FinishSetup(): what the family makes for its cases beside the terms.
     virtual void FinishPlan() {}
     /// The terms of the family's parameters, from the cells as they stand.
@@ -151,9 +157,18 @@ protected:
     /// The codes of the case's numbers, for the factors that are read by code: a whole number is
     /// its own, any other none. With `nearly`, what is a whole number but for rounding counts too.
     void EncodeNumbers(CaseState& state, bool nearly) const;
-    /// kernels::StandardErrorOfSum for the case's design values and the covariances, which have to
-    /// be there.
-    double DesignStandardError(CaseState& state) const;
+    /// True when the document has covariances; some families make the matrix in any case.
+    bool HasCovariances() const { return pcovMatrix != nullptr && pcovMatrix->IsWritten(); }
+    /// kernels::StandardErrorOfSum for the case's design values and the covariances, whose matrix
+    /// has to be there. `firstRow` is the row of parameter 0.
+    double DesignStandardError(CaseState& state, size_t firstRow = 0) const;
+    /// Writes the state's linearPredictorError from the case's design values, where it is asked for
+    /// and there are covariances.
+    void WriteLinearPredictorError(CaseState& state, size_t firstRow = 0) const
+    {
+        if (!state.wantsLinearPredictorError || !HasCovariances()) return;
+        state.linearPredictorError = DesignStandardError(state, firstRow);
+    }
     /// What every family tells: target, predictors, degrees of freedom, variables to read.
     void DescribeCommon(ModelDescription& description) const;
     /// The target's categories in dictionary order, and the columns of a family that predicts one.

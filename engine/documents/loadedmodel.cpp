@@ -101,6 +101,15 @@ void LoadedModel::WantPredictionOnly()
     if (description_.resultType == ScoreResult::LR_RESULT) model_->SetPredictionOnly(true);
 }
 
+void LoadedModel::SetConfidenceLevel(double level)
+{
+    model_->SetConfidenceLevel(level);
+    // A model with limits predicts no categories, whose order would have to be restored.
+    ModelDescription description;
+    model_->Describe(description);
+    description_ = std::move(description);
+}
+
 std::vector<std::string> LoadedModel::Columns() const
 {
     const ScoreDictionary* dictionary = model_->GetDictionary();

@@ -88,6 +88,9 @@ public:
     /// Tells the model to compute its prediction alone, if that can't change the prediction:
     /// among others than those with standard errors it can.
     void WantPredictionOnly();
+    /// Sets the level of the confidence limits, between 0 and 1, for what scores from now on, and
+    /// has the description tell it. Only of a model whose description has a confidence level.
+    void SetConfidenceLevel(double level);
     const ModelDescription& Description() const { return description_; }
     /// The columns that a table needs, each once: the description's variables, and in the place of
     /// a derived one the fields that it is computed from.

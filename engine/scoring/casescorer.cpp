@@ -52,7 +52,7 @@ CaseStatus CaseScorer::DrawCurve(const ColumnBlock& block, size_t row)
 
 void CaseScorer::SettleAs(const CaseScorer& other) { state_->SettleAs(*other.state_); }
 
-double CaseScorer::LinearPredictor() const { return state_->linearPredictor; }
+void CaseScorer::WantLinearPredictorError() { state_->wantsLinearPredictorError = true; }
 
 CaseStatus CaseScorer::Prepare(const ColumnBlock& block, size_t row)
 {

@@ -40,8 +40,10 @@ public:
     void SettleAs(const CaseScorer& other);
 
     const ScoreResult& Result() const { return *result_; }
-    /// The system-missing number where the model has not one equation.
-    double LinearPredictor() const;
+    /// What scoring writes from row to row, beside the results.
+    const ScoringState& State() const { return *state_; }
+    /// Asks for ScoringState::linearPredictorError of the rows to come.
+    void WantLinearPredictorError();
     const std::vector<SurvivalPoint>& Curve() const { return curve_; }
     const CaseRecord& Record() const { return preparer_.Record(); }
     CasePreparer& Preparer() { return preparer_; }

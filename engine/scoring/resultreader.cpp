@@ -5,6 +5,7 @@
 
 #include "engine/scoring/outputevaluator.h"
 #include "host/model/scoreresult.h"
+#include "host/model/scoringstate.h"
 #include "host/values/stringvalue.h"
 #include "host/variables/scoredictvar.h"
 #include "host/variables/targetdeclaration.h"
@@ -49,7 +50,7 @@ double ResultReader::Predicted(double number) const
     return declaration_ == nullptr ? number : declaration_->Apply(number);
 }
 
-void ResultReader::Read(const ScoreResult& result, double linearPredictor, size_t row,
+void ResultReader::Read(const ScoreResult& result, const ScoringState& state, size_t row,
                         ResultBlock& results)
 {
     if (schema_.ResultType() == ScoreResult::MLR_RESULT) {
@@ -84,7 +85,10 @@ void ResultReader::Read(const ScoreResult& result, double linearPredictor, size_
                           results);
                 break;
             case ResultQuantity::LinearPredictor:
-                SetNumber(i, linearPredictor, row, results);
+                SetNumber(i, state.linearPredictor, row, results);
+                break;
+            case ResultQuantity::LinearPredictorError:
+                SetNumber(i, state.linearPredictorError, row, results);
                 break;
             case ResultQuantity::Status:
             case ResultQuantity::StatusField: break;

@@ -16,6 +16,7 @@ class ScoreClsResult;
 class ScoreDictVar;
 class ScoreResult;
 class ScoreValue;
+class ScoringState;
 struct TargetDeclaration;
 
 /// Reads the result objects of a model, one at a time, into rows of a block of results.
@@ -25,8 +26,9 @@ class ResultReader {
 public:
     ResultReader(const ResultSchema& schema, const ScoreDictVar* target);
 
-    /// `result` is of the schema's type.
-    void Read(const ScoreResult& result, double linearPredictor, size_t row, ResultBlock& results);
+    /// `result` is of the schema's type; the state that it was scored in holds the rest.
+    void Read(const ScoreResult& result, const ScoringState& state, size_t row,
+              ResultBlock& results);
     /// A predicted number as the document means it. Not a missing one.
     double Predicted(double number) const;
     /// What becomes of predicted numbers; null leaves them as they are.

@@ -1,5 +1,6 @@
 #include "engine/scoring/resultschema.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string_view>
 #include <unordered_map>
@@ -63,6 +64,8 @@ constexpr Quantity kQuantities[] = {
      Bits<IsNumber>, ""},
     {ResultQuantity::LinearPredictor, ResultKind::Number, "linear_predictor", kAnyResult, true,
      Bits<IsNumber>, "linear predictor"},
+    {ResultQuantity::LinearPredictorError, ResultKind::Number, "std_err(linear_predictor)",
+     kAnyResult, true, Bits<IsError>, "standard error of the linear predictor"},
     {ResultQuantity::Status, ResultKind::Status, "status", kAnyResult, true, nullptr,
      "0, or the code of the reason why there is no score"},
     {ResultQuantity::StatusField, ResultKind::FieldName, "status_field", kAnyResult, true, nullptr,
@@ -75,10 +78,13 @@ bool IsWanted(const Quantity& quantity, const ModelDescription& description,
     if (quantity.resultType != kAnyResult && quantity.resultType != description.resultType) {
         return false;
     }
-    if (quantity.quantity == ResultQuantity::LinearPredictor) {
-        return options.linearPredictor && description.equations.size() == 1;
+    const bool hasOneEquation = description.equations.size() == 1;
+    switch (quantity.quantity) {
+        case ResultQuantity::LinearPredictor: return options.linearPredictor && hasOneEquation;
+        case ResultQuantity::LinearPredictorError:
+            return options.linearPredictorError && hasOneEquation && description.hasCovariances;
+        default: return quantity.ofPredictionOnly || !options.predictionOnly;
     }
-    return quantity.ofPredictionOnly || !options.predictionOnly;
 }
 
 // What the model tells of its columns, by their names.
@@ -100,6 +106,19 @@ ResultColumn ColumnOf(const Quantity& quantity, std::string name, const Told& to
 }
 
 }  // namespace
+
+ResultOptions OptionsFor(const ModelDescription& description, std::span<const std::string> names)
+{
+    ResultOptions options{.linearPredictor = true};
+    const ResultSchema schema(description, options);
+    options.linearPredictorError =
+        !std::all_of(names.begin(), names.end(), [&](const std::string& name) {
+            return name == kAllProbabilities ||
+                   std::any_of(schema.Columns().begin(), schema.Columns().end(),
+                               [&](const ResultColumn& column) { return column.name == name; });
+        });
+    return options;
+}
 
 ResultSchema::ResultSchema(const ModelDescription& description, const ResultOptions& options)
     : resultType_(description.resultType)

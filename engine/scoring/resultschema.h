@@ -3,7 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace MCVelscore_850 {
@@ -19,6 +21,7 @@ enum class ResultQuantity {
     Probability,
     CumHazard,
     LinearPredictor,
+    LinearPredictorError,
     Status,
     StatusField
 };
@@ -37,12 +40,22 @@ struct ResultColumn {
     size_t category = 0;  ///< of a probability: its place among the target's categories
 };
 
+/// The name that stands for the columns of all probabilities.
+inline constexpr std::string_view kAllProbabilities = "probabilities";
+
 /// Which columns are wanted beside those that every table of results has.
 struct ResultOptions {
     bool predictionOnly = false;
     /// Of models with one equation; others have no such column.
     bool linearPredictor = false;
+    /// Of those among them whose document has covariances. It costs time on its own.
+    bool linearPredictorError = false;
 };
+
+/// The options that give the columns of these names, as far as the model has them, and none that
+/// costs time and isn't named. A name that the model has no column for gives all there are, for
+/// whoever tells them.
+ResultOptions OptionsFor(const ModelDescription& description, std::span<const std::string> names);
 
 /// The columns of a model's results, in their order: what they are called, hold and mean, whoever
 /// writes them.
@@ -52,7 +65,8 @@ struct ResultOptions {
 ///              MLRResult     prediction, probability(CATEGORY) for each target category
 ///              CLRResult     prediction
 ///              CoxRegResult  prediction, cum_hazard
-///          then linear_predictor where it is asked for, status and status_field.
+///          then linear_predictor and std_err(linear_predictor) where they are asked for, status
+///          and status_field.
 /// Empty    A case whose status isn't 0 has no value but status and, where one is at fault, field.
 /// A
 ///          number that doesn't exist is no value either, as Exists() tells of each quantity of

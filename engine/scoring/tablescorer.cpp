@@ -52,6 +52,11 @@ TableScorer::TableScorer(const ScoreModel& model, const ModelDescription& descri
       road_(BlockRoad::Make(model, description.variables, one_.Preparer()))
 {
     if (road_ != nullptr && !BindCategories(road_->Scorer().Categories())) road_.reset();
+    for (const ResultColumn& column : schema_.Columns()) {
+        if (column.quantity == ResultQuantity::LinearPredictorError) {
+            one_.WantLinearPredictorError();
+        }
+    }
 }
 
 TableScorer::~TableScorer() = default;
@@ -137,7 +142,7 @@ void TableScorer::ScoreInto(const ColumnBlock& block, size_t row, ResultBlock& r
 
 void TableScorer::ReadResult(size_t row, ResultBlock& results)
 {
-    reader_.Read(one_.Result(), one_.LinearPredictor(), row, results);
+    reader_.Read(one_.Result(), one_.State(), row, results);
 }
 
 // The rows from `first` on; those before it were scored alone, the last of them well.
@@ -177,6 +182,7 @@ BatchResults TableScorer::PlacesIn(ResultBlock& results)
             case ResultQuantity::CIUpper: places.ciUpper = numbers; break;
             case ResultQuantity::CumHazard: places.cumHazard = numbers; break;
             case ResultQuantity::LinearPredictor: places.linearPredictor = numbers; break;
+            case ResultQuantity::LinearPredictorError: places.linearPredictorError = numbers; break;
             case ResultQuantity::Probability: {
                 if (column.category > 0) break;
                 // The columns of the others follow.

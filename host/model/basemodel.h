@@ -55,6 +55,8 @@ public:
                                bool derivedInRecord,
                                std::vector<SurvivalPoint>& curve) const override;
     std::unique_ptr<BatchScorer> MakeBatchScorer() const override;
+    void SetConfidenceLevel(double level) override { confidenceLevel = level; }
+    double GetConfidenceLevel() const override { return confidenceLevel; }
 
     void SetAlgorithmName(const std::string& name) { algorithmName_ = name; }
     const std::string& GetAlgorithmName() const { return algorithmName_; }
@@ -72,6 +74,7 @@ protected:
     ScoreDictionary* dictionary = nullptr;
     TransformationDictionary* transformationDictionary = nullptr;
     MVPolicy missingValuePolicy = MV_SUBSTITUTE;
+    double confidenceLevel = kDefaultConfidenceLevel;
 
 private:
     std::unique_ptr<ScoreDictionary> ownedDictionary_;

@@ -33,7 +33,8 @@ struct BatchColumn {
 struct BatchResults {
     double* prediction = nullptr;  ///< of a model that predicts a number
     int32_t* category = nullptr;   ///< of one that predicts a category: index into Categories()
-    double* linearPredictor = nullptr;  ///< of a model with one equation
+    double* linearPredictor = nullptr;       ///< of a model with one equation
+    double* linearPredictorError = nullptr;  ///< as ScoringState::linearPredictorError
     double* stdDev = nullptr;
     double* ciLower = nullptr;
     double* ciUpper = nullptr;

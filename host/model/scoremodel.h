@@ -64,6 +64,9 @@ public:
         MV_STATUS_ONLY = 2     ///< fail the case and write nothing
     };
 
+    /// The level of confidence limits that nobody set another one for.
+    static constexpr double kDefaultConfidenceLevel = 0.95;
+
     virtual ~ScoreModel();
 
     /// The dictionaries belong to the model from the call on; a second call replaces the first.
@@ -104,7 +107,8 @@ public:
 
     /// What the model is, in plain data.
     virtual void Describe(ModelDescription& description) const = 0;
-    /// What one run of cases changes, with the policy and the prediction-only mark of the model.
+    /// What one run of cases changes, with the policy, the prediction-only mark and the confidence
+    /// level of the model.
     virtual std::unique_ptr<ScoringState> MakeState() const = 0;
     /// GetScore of the next case of a run, which writes to nothing but the run's state, the result
     /// and, where a policy substitutes, the record.
@@ -118,6 +122,11 @@ public:
                                        std::vector<SurvivalPoint>& curve) const = 0;
     /// What scores blocks of cases; null where the model, as it stands, has nothing of the kind.
     virtual std::unique_ptr<BatchScorer> MakeBatchScorer() const = 0;
+    /// The probability that two-sided confidence limits enclose, between 0 and 1; outside of that
+    /// there are no limits. Holds for GetScore and for the states and block scorers that are made
+    /// afterwards, of models whose description has ModelDescription::hasConfidenceLevel.
+    virtual void SetConfidenceLevel(double level) = 0;
+    virtual double GetConfidenceLevel() const = 0;
 };
 
 }  // namespace MCVelscore_850

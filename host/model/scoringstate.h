@@ -25,6 +25,12 @@ public:
     /// The linear predictor of the last case that was scored, of a model with one equation; the
     /// system-missing number before and of any other model.
     double linearPredictor = NumericValue::GetSysmisValue();
+    /// Asks for linearPredictorError, which costs a product with the covariances a case.
+    bool wantsLinearPredictorError = false;
+    /// Where it is asked for, the standard error of linearPredictor: sqrt(x' V x) over the design
+    /// values x that its betas multiply, V being the covariances of the document. The
+    /// system-missing number where that has none, and wherever there is no linearPredictor.
+    double linearPredictorError = NumericValue::GetSysmisValue();
 };
 
 }  // namespace MCVelscore_850

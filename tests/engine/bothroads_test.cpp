@@ -3,6 +3,7 @@
 #include <bit>
 #include <filesystem>
 #include <map>
+#include <set>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -57,7 +58,7 @@ struct CaseFolder {
 std::vector<std::string> ScoreTable(const CaseFolder& folder, size_t times)
 {
     TableScorer scorer(folder.model, folder.header, "input.csv",
-                       {.results = {.linearPredictor = true}});
+                       {.results = {.linearPredictor = true, .linearPredictorError = true}});
     ResultBlock results(scorer.Schema());
     TextRows rows(folder.header.size());
     std::vector<std::string> lines;
@@ -116,6 +117,21 @@ TEST_P(BothRoads, TellTheSame)
     ASSERT_FALSE(folder.views.empty());
     // So often that rows go together after those that settle the model.
     EXPECT_EQ(ScoreTable(folder, 3), ScoreAlone(folder, 3));
+}
+
+TEST_P(BothRoads, TellTheSameAtEveryConfidenceLevel)
+{
+    CaseFolder folder(GetParam());
+    if (!folder.model.Description().hasConfidenceLevel) return;
+    std::set<std::vector<std::string>> tables;
+    constexpr double kLevels[] = {ScoreModel::kDefaultConfidenceLevel, 0.5, 0.9, 0.99, 0.999};
+    for (const double level : kLevels) {
+        folder.model.SetConfidenceLevel(level);
+        const auto together = ScoreTable(folder, 3);
+        EXPECT_EQ(together, ScoreAlone(folder, 3)) << level;
+        tables.insert(together);
+    }
+    EXPECT_EQ(tables.size(), std::size(kLevels));
 }
 
 TEST_P(BothRoads, ATableTwiceThroughOneOpenModelIsScoredTheSame)

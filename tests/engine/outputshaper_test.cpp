@@ -10,6 +10,7 @@
 #include "engine/tables/rowtext.h"
 #include "host/messages/messages.h"
 #include "host/model/scoremodel.h"
+#include "host/model/scoringstate.h"
 #include "host/values/stringvalue.h"
 #include "models/coxregresult.h"
 #include "models/lrresult.h"
@@ -37,7 +38,7 @@ protected:
     {
         ResultBlock results(*schema_);
         results.Begin(1);
-        reader_->Read(result, 0.0, 0, results);
+        reader_->Read(result, ScoringState(), 0, results);
         results.categories = reader_->Categories();
         shaper.WriteRow(rows_, {fields}, results, 0);
     }

@@ -58,6 +58,43 @@ TEST(ResultSchema, ModelsWithSeveralEquationsHaveNoLinearPredictor)
               (Names{"prediction", "status", "status_field"}));
 }
 
+TEST(ResultSchema, TheLinearPredictorsErrorNeedsOneEquationAndCovariances)
+{
+    ModelDescription description;
+    description.resultType = ScoreResult::COXREG_RESULT;
+    description.equations.resize(1);
+    const ResultOptions asked{.linearPredictorError = true};
+    const Names without{"prediction", "cum_hazard", "status", "status_field"};
+    EXPECT_EQ(NamesOf(ResultSchema(description, asked)), without);
+    description.hasCovariances = true;
+    EXPECT_EQ(NamesOf(ResultSchema(description)), without);
+    const ResultSchema schema(description, asked);
+    EXPECT_EQ(NamesOf(schema), (Names{"prediction", "cum_hazard", "std_err(linear_predictor)",
+                                      "status", "status_field"}));
+    EXPECT_EQ(schema.Columns()[2].meaning, "standard error of the linear predictor");
+    description.equations.resize(2);
+    EXPECT_EQ(NamesOf(ResultSchema(description, asked)), without);
+}
+
+TEST(ResultSchema, OptionsForNamesTakeWhatCostsTimeOnlyWhereItIsNamed)
+{
+    ModelDescription description;
+    description.resultType = ScoreResult::MLR_RESULT;
+    description.targetCategories = {"b", "a"};
+    description.equations.resize(1);
+    description.hasCovariances = true;
+    const auto asksForErrors = [&](const Names& names) {
+        const ResultOptions options = OptionsFor(description, names);
+        EXPECT_TRUE(options.linearPredictor);
+        EXPECT_FALSE(options.predictionOnly);
+        return options.linearPredictorError;
+    };
+    EXPECT_FALSE(asksForErrors({"status", "linear_predictor", "probabilities"}));
+    EXPECT_FALSE(asksForErrors({"probability(a)", "prediction"}));
+    EXPECT_TRUE(asksForErrors({"prediction", "std_err(linear_predictor)"}));
+    EXPECT_TRUE(asksForErrors({"std_err"}));  // to be refused with all that there are
+}
+
 TEST(ResultSchema, PredictionsAreNumbersOrCategories)
 {
     ModelDescription description;
@@ -97,12 +134,14 @@ TEST(ResultSchema, NumbersThatStandForNoneDoNotExist)
     for (const auto quantity :
          {ResultQuantity::Prediction, ResultQuantity::StdDev, ResultQuantity::CILower,
           ResultQuantity::CIUpper, ResultQuantity::Probability, ResultQuantity::CumHazard,
-          ResultQuantity::LinearPredictor}) {
+          ResultQuantity::LinearPredictor, ResultQuantity::LinearPredictorError}) {
         EXPECT_TRUE(ResultSchema::Exists(quantity, 0.0));
         EXPECT_TRUE(ResultSchema::Exists(quantity, 1e300));
         EXPECT_FALSE(ResultSchema::Exists(quantity, kMissing));
         EXPECT_FALSE(ResultSchema::Exists(quantity, kNaN));
-        EXPECT_EQ(ResultSchema::Exists(quantity, -1.0), quantity != ResultQuantity::StdDev);
+        const bool error =
+            quantity == ResultQuantity::StdDev || quantity == ResultQuantity::LinearPredictorError;
+        EXPECT_EQ(ResultSchema::Exists(quantity, -1.0), !error);
         // A limit without a mean times a number of trials.
         const bool limit =
             quantity == ResultQuantity::CILower || quantity == ResultQuantity::CIUpper;

@@ -98,6 +98,9 @@ public:
             if (results.ciLower != nullptr) results.ciLower[row] = sum - 1.0;
             if (results.ciUpper != nullptr) results.ciUpper[row] = NumericValue::GetSysmisValue();
             if (results.linearPredictor != nullptr) results.linearPredictor[row] = sum / 2.0;
+            if (results.linearPredictorError != nullptr) {
+                results.linearPredictorError[row] = sum / 4.0;
+            }
         }
     }
 
@@ -145,6 +148,8 @@ public:
         linear.SetStdDev(kAlone);
         linear.SetCIBottom(sum - 1.0);
         state.linearPredictor = sum / 2.0;
+        if (state.wantsLinearPredictorError) state.linearPredictorError = sum / 4.0;
+        asked = state.wantsLinearPredictorError;
         return {};
     }
     std::unique_ptr<BatchScorer> MakeBatchScorer() const override
@@ -166,6 +171,7 @@ public:
     std::string wantsToo;               // a variable that cases aren't read for
     std::unique_ptr<DictVar> target;
     mutable int alone = 0;
+    mutable bool asked = false;  // for the error of the linear predictor
     mutable const DoublingBlocks* blocks = nullptr;
 };
 
@@ -738,6 +744,23 @@ TEST_F(TableScorerTest, TheLinearPredictorIsTheLastColumnOfValuesWhenItIsAskedFo
     EXPECT_EQ(Number(4, 3), 4.0);
     Bind({"x"}, {}, {.predictionOnly = true});
     ASSERT_EQ(scorer_->Schema().ValueCount(), 1u);
+}
+
+TEST_F(TableScorerTest, TheLinearPredictorsErrorIsComputedOnEitherRoadWhenItIsAskedFor)
+{
+    model_.AddNumber("x");
+    model_.description.hasCovariances = true;
+    Bind({"x"}, {}, {.linearPredictor = true});
+    Score({"1", "2"});
+    EXPECT_FALSE(model_.asked);
+    Bind({"x"}, {}, {.linearPredictorError = true});
+    ASSERT_EQ(scorer_->Schema().ValueCount(), 5u);
+    Score({"1", "2", "", "-4"});
+    EXPECT_TRUE(model_.asked);
+    EXPECT_EQ(Number(4, 0), 0.5);
+    EXPECT_EQ(Number(4, 1), 1.0);
+    EXPECT_EQ(Number(4, 2), std::nullopt);
+    EXPECT_EQ(Number(4, 3), std::nullopt);  // below 0 is no error
 }
 
 TEST_F(TableScorerTest, CasesAreVisitedAloneUntilTheVisitorHasEnough)

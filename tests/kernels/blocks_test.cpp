@@ -291,11 +291,20 @@ TEST_P(Blocks, CentredTermsSumAsOfOneCase)
         const Model model(draw);
         const std::vector<double> betas = draw.Betas(Model::kTerms);
         const std::vector<double> references = draw.Betas(Model::kTerms);
-        kernels->centred(block.View(), model.View(), betas.data(), references.data(), out.data());
+        std::vector<double> kept(kBlockRows);
+        std::vector<double> design(Model::kTerms * kBlockRows);
+        kernels->centred(block.View(), model.View(), betas.data(), references.data(), out.data(),
+                         nullptr);
+        kernels->centred(block.View(), model.View(), betas.data(), references.data(), kept.data(),
+                         design.data());
         for (size_t row = 0; row < kBlockRows; ++row) {
             const double sum = CentredSumOfTerms<Ends::AtZeroContrast>(
-                model.View(), betas.data(), references.data(), block.Row(row));
+                model.View(), betas.data(), references.data(), block.Row(row),
+                [&](size_t p, double d) {
+                    EXPECT_TRUE(SameBits(design[p * kBlockRows + row], d)) << p;
+                });
             ASSERT_TRUE(SameBits(out[row], sum)) << out[row] << " " << sum;
+            ASSERT_TRUE(SameBits(kept[row], sum)) << kept[row] << " " << sum;
         }
     }
 }

@@ -245,11 +245,24 @@ constexpr struct {
     const char* name;
     double* BatchResults::*column;
 } kQuantities[] = {
-    {"prediction", &BatchResults::prediction}, {"linear predictor", &BatchResults::linearPredictor},
-    {"std_dev", &BatchResults::stdDev},        {"ci_lower", &BatchResults::ciLower},
-    {"ci_upper", &BatchResults::ciUpper},      {"cum_hazard", &BatchResults::cumHazard},
+    {"prediction", &BatchResults::prediction},
+    {"linear predictor", &BatchResults::linearPredictor},
+    {"std_dev", &BatchResults::stdDev},
+    {"ci_lower", &BatchResults::ciLower},
+    {"ci_upper", &BatchResults::ciUpper},
+    {"cum_hazard", &BatchResults::cumHazard},
+    {"error of the linear predictor", &BatchResults::linearPredictorError},
 };
-enum : size_t { kPrediction, kLinearPredictor, kStdDev, kLower, kUpper, kHazard, kQuantityCount };
+enum : size_t {
+    kPrediction,
+    kLinearPredictor,
+    kStdDev,
+    kLower,
+    kUpper,
+    kHazard,
+    kLinearPredictorError,
+    kQuantityCount
+};
 static_assert(kQuantityCount == std::size(kQuantities));
 
 // Which of them a model has, and whether it has a category and probabilities.
@@ -263,6 +276,7 @@ Answered AnsweredBy(const RegressionModel& model, int resultType)
 {
     Answered answered;
     answered.quantities[kLinearPredictor] = model.GetModelType() != ScoreModel::TYPE_MLR;
+    answered.quantities[kLinearPredictorError] = answered.quantities[kLinearPredictor];
     answered.quantities[kPrediction] = resultType != ScoreResult::MLR_RESULT;
     answered.category = resultType == ScoreResult::MLR_RESULT;
     answered.probabilities = answered.category && !model.GetPredictionOnly();
@@ -327,7 +341,9 @@ class Run {
 public:
     Run(const RegressionModel& model, std::span<const std::string> categories)
         : model_(model), categories_(categories), state_(model.MakeState())
-    {}
+    {
+        state_->wantsLinearPredictorError = true;
+    }
 
     /// The code of its status, 0 for a case that is scored.
     long Score(const CaseRecord& record)
@@ -339,6 +355,7 @@ public:
     void Give(const Answered& answered, Answers& answers, size_t row)
     {
         answers.numbers[kLinearPredictor][row] = state_->linearPredictor;
+        answers.numbers[kLinearPredictorError][row] = state_->linearPredictorError;
         if (answered.quantities[kPrediction]) answers.numbers[kPrediction][row] = slot_.Number();
         if (answered.quantities[kStdDev]) {
             const auto& measured = slot_.As<LRResult>();
@@ -449,6 +466,7 @@ struct Seen {
     size_t refused = 0;   // not scored by ScoreRow
     size_t good = 0;      // of good values and scored by ScoreRow
     size_t odd = 0;       // of those, with some result that isn't a finite number
+    size_t errors = 0;    // of those, with an error of the linear predictor above 0
     size_t models = 0;
     size_t withoutBlocks = 0;
 };
@@ -509,6 +527,7 @@ private:
             if (isScored_[row]) run.Give(answered, expected, row);
             good_[row] = good_[row] && isScored_[row];
             if (good_[row] && expected.IsOdd(row)) ++seen_.odd;
+            if (good_[row] && expected.numbers[kLinearPredictorError][row] > 0.0) ++seen_.errors;
         }
     }
     Answered DrawWanted(Answered answered)
@@ -636,6 +655,16 @@ TEST_P(BlockScorerOfSet, ScoresEveryRowOfGoodValuesOfAPlainModel)
         EXPECT_EQ(seen.good, seen.rows) << family.name;
         EXPECT_EQ(seen.withoutBlocks, 0U) << family.name;
     }
+}
+
+TEST_P(BlockScorerOfFamily, MeetsErrorsOfTheLinearPredictor)
+{
+    constexpr size_t kFewRows = 20'000;
+    Seen seen;
+    ASSERT_NO_FATAL_FAILURE(
+        CompareModels(GetParam(), kernels::kInstructionSets, true, kFewRows, seen));
+    const bool hasSeveralEquations = std::string_view(GetParam().name) == "Multinomial";
+    EXPECT_EQ(seen.errors > seen.rows / 4, !hasSeveralEquations) << seen.errors;
 }
 
 // The blocks of a table, and what a run over them answers, one block after another: the rows that a

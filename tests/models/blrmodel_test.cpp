@@ -41,6 +41,8 @@ public:
     Slot slot;
 };
 
+Case Row(Given f, double x) { return std::move(Case().With("f", std::move(f)).With("x", x)); }
+
 // logit p(yes) = 0.5 + 2 c1(f) - 1 c2(f) + 0.25 x c1(f) + 3 x^2, c1 and c2 the columns of f's
 // contrast matrix: u (1, 0), v (0, 1), w (-1, -1).
 class Contrasts : public Built<BLRModel> {
@@ -63,10 +65,14 @@ public:
         Beta("yes", "pux", 0.25);
         Beta("yes", "pxx", 3.0);
     }
+    BLRModel& Ready()
+    {
+        model.FinishSetup();
+        return model;
+    }
     MCScore::MCStatus Score(Given f, double x)
     {
-        Case c;
-        c.With("f", std::move(f)).With("x", x);
+        Case c = Row(std::move(f), x);
         return model.GetScore(&c.Record(), slot.result, true);
     }
     Slot slot;
@@ -657,6 +663,21 @@ TEST(BLRModel, DescribesTheBetasOfTheFirstCategoryWithoutACutoff)
     EXPECT_EQ(about.equations.at(0).terms.at(0).beta, 1.0);
     EXPECT_FALSE(about.hasCutoff);
     EXPECT_TRUE(about.contrasts.empty());
+}
+
+TEST(BLRModel, ErrorOfTheLinearPredictorTakesTheContrasts)
+{
+    Contrasts contrasts;
+    EXPECT_EQ(LinearPredictorError(contrasts.Ready(), Row("w", 2.0)), kSysmis);
+    PCovMatrix& v = *contrasts.model.GetPCovMatrix();
+    v.SetCell("p0", "p0", 1.0);
+    v.SetCell("pu", "pu", 4.0);
+    v.SetCell("p0", "pu", 0.5);
+    v.SetCell("pxx", "pxx", 0.25);
+    // d = (1, -1, -1, -2, 4): 1 + 4 - 2 * 0.5 + 16 * 0.25
+    EXPECT_EQ(LinearPredictorError(contrasts.model, Row("w", 2.0)), std::sqrt(8.0));
+    contrasts.model.SetPredictionOnly(true);
+    EXPECT_EQ(LinearPredictorError(contrasts.model, Row("w", 2.0)), std::sqrt(8.0));
 }
 
 }  // namespace

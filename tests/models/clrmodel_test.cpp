@@ -347,5 +347,19 @@ TEST(CLRModel, DescribesTheProbabilityThatItPredicts)
     EXPECT_EQ(about.quantities[0].meaning, "probability of no");
 }
 
+TEST(CLRModel, ErrorOfTheLinearPredictorIsOfTheFirstCategorysEquation)
+{
+    Small small;
+    small.model.FinishSetup();
+    const auto row = [] { return std::move(Case().With("x", 3.0).With("f", "v")); };
+    EXPECT_EQ(LinearPredictorError(small.model, row()), kSysmis);
+    PCovMatrix& v = *small.model.GetPCovMatrix();
+    v.SetCell("p", "p", 2.0);
+    v.SetCell("pf", "pf", 0.5);
+    v.SetCell("p", "pf", 0.25);
+    // d = (3, 9): 9 * 2 + 81 * 0.5 + 2 * 27 * 0.25
+    EXPECT_EQ(LinearPredictorError(small.model, row()), std::sqrt(72.0));
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

@@ -1156,5 +1156,22 @@ TEST(CoxRegModel, DisplayLeavesOutWhatIsNotThere)
               "     time=9; cumHazard= 0.7\nEnd display of CoxRegModel\n");
 }
 
+TEST(CoxRegModel, ErrorOfTheLinearPredictorIsTakenFromTheBasePoint)
+{
+    Small small;
+    CoxRegModel& model = small.Ready();
+    EXPECT_EQ(LinearPredictorError(model, Row("b", 2.0, 5)), kSysmis);
+    PCovMatrix& v = *model.CreatePCovMatrix();
+    v.SetCell("pf", "pf", 4.0);
+    v.SetCell("px", "px", 1.0);
+    v.SetCell("pf", "px", 0.5);
+    // d = (1, 4): 4 + 16 + 2 * 4 * 0.5
+    EXPECT_EQ(LinearPredictorError(model, Row("b", 2.0, 5)), std::sqrt(24.0));
+    model.SetBasePointTable({0.5, 1.0});
+    // d - r = (0.5, 3): 0.25 * 4 + 9 + 2 * 1.5 * 0.5; and (-0.5, 8): 1 + 64 - 2 * 4 * 0.5
+    EXPECT_EQ(LinearPredictorError(model, Row("b", 2.0, 5)), std::sqrt(11.5));
+    EXPECT_EQ(LinearPredictorError(model, Row("a", 3.0, 5)), std::sqrt(61.0));
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

@@ -496,5 +496,48 @@ TEST(GLRModel, AllowedMissingFactorMeetsNoCategory)
     EXPECT_EQ(slot.Number(), 13.0);
 }
 
+TEST(GLRModel, LimitsFollowTheConfidenceLevelUnlessTheDocumentFixesThem)
+{
+    Small small;
+    GLRModel& model = small.Ready();
+    model.SetConfidenceLevel(0.99);
+    Slot slot;
+    // As StandardErrorTakesTheDesignRow; t for 5 degrees of freedom by mpmath.
+    ASSERT_TRUE(model.GetScore(&Row("b", 2.0).Record(), slot.result, true).IsOK());
+    const auto& r = slot.As<LRResult>();
+    EXPECT_NEAR(r.GetCIBottom(), 16.0 - std::sqrt(10.0) * 4.0321429835552272, 1e-13);
+    EXPECT_NEAR(r.GetCITop(), 16.0 + std::sqrt(10.0) * 4.0321429835552272, 1e-13);
+    ModelDescription told;
+    model.Describe(told);
+    EXPECT_TRUE(told.hasConfidenceLevel);
+    EXPECT_EQ(told.quantities[2].meaning, "lower 99% confidence limit of the mean (Student's t)");
+    EXPECT_EQ(told.quantities[3].meaning, "upper 99% confidence limit of the mean (Student's t)");
+
+    model.SetAlgorithmName("linearSVM");
+    model.SetPercentileValue(2.0);
+    ASSERT_TRUE(model.GetScore(&Row("b", 2.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(r.GetCIBottom(), 14.0);
+    EXPECT_EQ(r.GetCITop(), 18.0);
+    ModelDescription fixed;
+    model.Describe(fixed);
+    EXPECT_FALSE(fixed.hasConfidenceLevel);
+}
+
+TEST(GLRModel, ErrorOfTheLinearPredictorIsOfTheCovariancesAlsoWhereSigmaIsFixed)
+{
+    Small small;
+    GLRModel& model = small.Ready();
+    EXPECT_EQ(LinearPredictorError(model, Row("b", 2.0)), std::sqrt(10.0));
+    EXPECT_EQ(LinearPredictorError(model, Row("a", 2.0)), std::sqrt(5.0));
+    model.SetAlgorithmName("linearSVM");
+    model.SetSigmaValue(1.5);
+    EXPECT_EQ(LinearPredictorError(model, Row("b", 2.0)), std::sqrt(10.0));
+    EXPECT_EQ(LinearPredictorError(Small(5.0, false).Ready(), Row("b", 2.0)), kSysmis);
+    const auto run = model.MakeState();
+    Slot slot;
+    ASSERT_TRUE(model.ScoreRow(*run, &Row("b", 2.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(run->linearPredictorError, kSysmis);  // nobody asked
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

@@ -906,5 +906,37 @@ TEST(GZLRModel, DescribesMeanLinkAndWhatACaseIsReadFor)
     EXPECT_EQ(classes.quantities.at(2).meaning, "mean");
 }
 
+TEST(GZLRModel, LimitsFollowTheConfidenceLevel)
+{
+    Small small(GZLRModel::LINK_LOG);
+    GZLRModel& model = small.Ready();
+    model.SetConfidenceLevel(0.9);
+    Scored scored;
+    Case c = Row("b", 2.0);
+    Score(model, c, scored);
+    // As ScoresMeanErrorAndLimits, with Phi^-1(0.95) by mpmath.
+    constexpr double z = 1.6448536269514728;
+    const double lower = std::exp(5.0 - z * std::sqrt(10.0));
+    const double upper = std::exp(5.0 + z * std::sqrt(10.0));
+    EXPECT_NEAR(scored.Numbers().GetCIBottom(), lower, 1e-14 * lower);
+    EXPECT_NEAR(scored.Numbers().GetCITop(), upper, 1e-14 * upper);
+    EXPECT_EQ(model.GetCIMeanPred(5.0, std::sqrt(10.0), -1),
+              (std::pair{scored.Numbers().GetCIBottom(), scored.Numbers().GetCITop()}));
+    model.SetConfidenceLevel(0.0);
+    Score(model, c, scored);
+    EXPECT_EQ(scored.Numbers().GetCIBottom(), kSysmis);
+    EXPECT_EQ(scored.Numbers().GetCITop(), kSysmis);
+}
+
+TEST(GZLRModel, ErrorOfTheLinearPredictorIsTheSameUnderAnyLinkAndTarget)
+{
+    Small numeric(GZLRModel::LINK_LOG);
+    EXPECT_EQ(LinearPredictorError(numeric.Ready(), Row("b", 2.0)), std::sqrt(10.0));
+    Small classifying(GZLRModel::LINK_LOGIT, Categorical("y", {"no", "yes"}));
+    classifying.model.SetOffsetValue(7.0);  // adds nothing to it
+    EXPECT_EQ(LinearPredictorError(classifying.Ready(), Row("b", 2.0)), std::sqrt(10.0));
+    EXPECT_EQ(LinearPredictorError(Small().Ready(false), Row("b", 2.0)), kSysmis);
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

@@ -365,5 +365,87 @@ TEST(LRModel, DateEntersTheSlopeFromItsOriginAndTheInnerSumAsItsPlainNumber)
     EXPECT_EQ(slot.As<LRResult>().GetStdDev(), std::sqrt(days));
 }
 
+// The model of StandardErrorIsTheQuadraticFormOfTheCovariances: 5 +- t sqrt(15.11), t for 5 degrees
+// of freedom by mpmath.
+TEST(LRModel, LimitsFollowTheConfidenceLevel)
+{
+    constexpr struct {
+        double level;
+        double t;
+    } kRows[] = {{0.5, 0.72668684380042265},
+                 {0.9, 2.0150483733330244},
+                 {0.99, 4.0321429835552272},
+                 {0.999, 6.8688266258811089}};
+    Linear linear({2.0, -0.5}, 1.0, 5.0);
+    linear.Covariance(0, 0, 0.25).Covariance(0, 1, 0.1).Covariance(0, 2, 0.05);
+    linear.Covariance(1, 1, 0.5).Covariance(1, 2, 0.02).Covariance(2, 2, 2.0);
+    LRModel& model = linear.Ready();
+    const Scored before = ScoreOnce(model, {3.0, 4.0});
+    const double se = std::sqrt(15.11);
+    for (const auto& [level, t] : kRows) {
+        model.SetConfidenceLevel(level);
+        EXPECT_EQ(model.GetConfidenceLevel(), level);
+        const Scored s = ScoreOnce(model, {3.0, 4.0});
+        EXPECT_NEAR(s.ciBottom, 5.0 - t * se, 1e-13) << level;
+        EXPECT_NEAR(s.ciTop, 5.0 + t * se, 1e-13) << level;
+        EXPECT_EQ(s.prediction, before.prediction);
+        EXPECT_EQ(s.stdDev, before.stdDev);
+    }
+    model.SetDF(1.0);  // after the level
+    EXPECT_NEAR(ScoreOnce(model, {3.0, 4.0}).ciTop, 5.0 + 636.61924876871905 * se, 1e-10);
+    model.SetDF(5.0);
+    model.SetConfidenceLevel(0.95);
+    EXPECT_EQ(ScoreOnce(model, {3.0, 4.0}).ciTop, before.ciTop);
+    model.SetConfidenceLevel(1.0);
+    EXPECT_EQ(ScoreOnce(model, {3.0, 4.0}).ciTop, kSysmis);
+}
+
+TEST(LRModel, ARunKeepsTheLevelThatItBeganWith)
+{
+    Linear linear({}, 7.0, 5.0);
+    linear.Covariance(0, 0, 4.0);
+    LRModel& model = linear.Ready();
+    const auto run = model.MakeState();
+    model.SetConfidenceLevel(0.9);
+    const auto later = model.MakeState();
+    Slot slot;
+    Case none;
+    ASSERT_TRUE(model.ScoreRow(*run, &none.Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.As<LRResult>().GetCITop(), 7.0 + 2.0 * 2.570581835615);
+    ASSERT_TRUE(model.ScoreRow(*later, &none.Record(), slot.result, true).IsOK());
+    EXPECT_NEAR(slot.As<LRResult>().GetCITop(), 7.0 + 2.0 * 2.0150483733330244, 1e-14);
+}
+
+TEST(LRModel, ErrorOfTheLinearPredictorIsThatOfTheMeanWhereItIsAskedFor)
+{
+    Linear linear({2.0, -0.5}, 1.0, 5.0);
+    linear.Covariance(0, 0, 0.25).Covariance(0, 1, 0.1).Covariance(0, 2, 0.05);
+    linear.Covariance(1, 1, 0.5).Covariance(1, 2, 0.02).Covariance(2, 2, 2.0);
+    LRModel& model = linear.Ready();
+    EXPECT_NEAR(LinearPredictorError(model, Row({3.0, 4.0})), std::sqrt(15.11), 1e-14);
+    EXPECT_EQ(LinearPredictorError(model, Row({3.0, 4.0})), ScoreOnce(model, {3.0, 4.0}).stdDev);
+    const auto run = model.MakeState();
+    Slot slot;
+    ASSERT_TRUE(model.ScoreRow(*run, &Row({3.0, 4.0}).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(run->linearPredictorError, kSysmis);  // nobody asked
+    model.SetPredictionOnly(true);
+    EXPECT_NEAR(LinearPredictorError(model, Row({3.0, 4.0})), std::sqrt(15.11), 1e-14);
+}
+
+TEST(LRModel, ErrorOfTheLinearPredictorNeedsCovariancesAndACaseThatIsScored)
+{
+    EXPECT_EQ(LinearPredictorError(Linear({2.0}, 1.0, 5.0).Ready(), Row({3.0})), kSysmis);
+    Linear linear({2.0}, 1.0, 5.0);
+    linear.Covariance(0, 0, 4.0);
+    LRModel& model = linear.Ready();
+    const auto run = model.MakeState();
+    run->wantsLinearPredictorError = true;
+    Slot slot;
+    ASSERT_TRUE(model.ScoreRow(*run, &Row({3.0}).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(run->linearPredictorError, 6.0);
+    ASSERT_FALSE(model.ScoreRow(*run, &Row({kSysmis}).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(run->linearPredictorError, kSysmis);
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "host/expressions/expression.h"
 #include "host/expressions/transformvar.h"
 #include "host/model/mcstatus.h"
@@ -229,6 +231,16 @@ private:
         return static_cast<const ScoreClsResult&>(*result).GetAllValuePercent();
     }
 };
+
+/// The standard error of the linear predictor of one case, in a run that asks for it.
+inline double LinearPredictorError(const RegressionModel& model, Case c)
+{
+    const auto state = model.MakeState();
+    state->wantsLinearPredictorError = true;
+    Slot slot;
+    EXPECT_TRUE(model.ScoreRow(*state, &c.Record(), slot.result, true).IsOK());
+    return state->linearPredictorError;
+}
 
 }  // namespace MCVelscore_850::testing
 

@@ -823,5 +823,19 @@ TEST(OGZLRModel, DisplayTellsLinkDistributionAndOffset)
               "End display of OGZLRModel\n");
 }
 
+TYPED_TEST(Ordinal, ErrorOfTheLinearPredictorLeavesTheThresholdsOut)
+{
+    Levels<TypeParam> levels(-0.5, 1.0);
+    TypeParam& model = levels.Ready();
+    const auto row = [] { return std::move(Case().With("x", 3.0)); };
+    EXPECT_EQ(LinearPredictorError(model, row()), kSysmis);
+    PCovMatrix& v = *model.CreatePCovMatrix();
+    v.SetCell("threshold", "threshold", "lo", "lo", 100.0);
+    v.SetCell("threshold", "threshold", "mid", "mid", 200.0);
+    v.SetCell("px", "threshold", "mid", true, 7.0);
+    v.SetCell("px", "px", 0.25);
+    EXPECT_EQ(LinearPredictorError(model, row()), 1.5);  // sqrt(9 * 0.25)
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

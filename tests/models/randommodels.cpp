@@ -59,6 +59,7 @@ constexpr Kind kAllKinds[] = {Kind::Number,   Kind::Number,  Kind::Text,        
                               Kind::OpenText};
 
 constexpr double kMostExponents[] = {1.0, 1.0, 1.0, 2.0, 3.0, 0.5, 1.5, 0.0, -1.0, 2.5, 10.0};
+constexpr double kLevels[] = {0.95, 0.95, 0.5, 0.9, 0.99, 0.999};
 constexpr double kPlainExponents[] = {1.0, 1.0, 2.0};
 constexpr double kOddBetas[] = {1e300,  -1e300, 1e-300, 800.0,
                                 -800.0, 5e-324, -0.0,   NumericValue::GetInfinity()};
@@ -213,6 +214,7 @@ public:
     }
     void Finish()
     {
+        built.model.SetConfidenceLevel(draw.Of(kLevels));
         if (Odd(10)) built.model.SetScoreCaseValidationCheck(false);
         if (Odd(10)) built.model.SetAllowMissingFactors(true);
         if (Odd(10)) built.model.SetMissingValuePolicy(ScoreModel::MV_STATUS_ONLY);
@@ -571,6 +573,7 @@ std::unique_ptr<DrawnModel> DrawBinary(Draw& draw, bool plain, int)
         model.SetPredictionOnly(true);
         drawn->mayLackBlocks = model.GetCutoff() > 0.0;
     }
+    if (!draw.Once(3)) drawn->WriteCovariances();
     drawn->Finish();
     return drawn;
 }
@@ -587,6 +590,7 @@ std::unique_ptr<DrawnModel> DrawConditional(Draw& draw, bool plain, int)
     const std::vector<std::string> categories = CategoriesOf(model);
     drawn->WriteBetas(categories[0]);
     if (drawn->Odd(5)) drawn->WriteBetas(categories[1]);
+    if (!draw.Once(3)) drawn->WriteCovariances();
     drawn->Finish();
     return drawn;
 }
@@ -629,6 +633,7 @@ std::unique_ptr<DrawnModel> DrawOrdinal(Draw& draw, bool plain, int link)
         drawn->built.Beta(categories[c], "threshold", thresholds[c]);
     }
     drawn->WriteBetas(categories[categories.size() - 2]);
+    if (!draw.Once(3)) drawn->WriteCovariances();
     drawn->Finish();
     return drawn;
 }
@@ -723,6 +728,7 @@ std::unique_ptr<DrawnModel> DrawCox(Draw& draw, bool plain, int)
     EXPECT_TRUE(drawn->built.SetUp());
     drawn->WriteCells();
     drawn->WriteBetas(model.GetDummyCategory());
+    if (!draw.Once(3)) drawn->WriteCovariances();
     drawn->Finish();
     return drawn;
 }

@@ -249,8 +249,9 @@ This page is made by `stats_accuracy_page` from the exact values in tests/data/s
 There are two sets of functions. Those of `MCDistFun` and `MCPower` (stats/mcdistfun.h,
 stats/mcpower.h) are what the scoring models use: published algorithms whose answers, codes and
 quirks stay as they are, so that a score never moves. Those of `Precise` (stats/precise.h) are the
-same distributions through Boost.Math, for whoever needs a number for its own sake; no model uses
-them.
+same distributions through Boost.Math, for whoever needs a number for its own sake. Of them a model
+uses the quantiles of t and of the normal distribution, for limits at another confidence level than
+95%.
 
 ## Which to choose
 

@@ -15,11 +15,13 @@ namespace {
 using Texts = std::vector<std::string>;
 using Numbers = std::vector<double>;
 
-CsvText Scores(const std::string& document, const std::string& cases)
+CsvText Scores(const std::string& document, const std::string& cases, const Texts& options = {})
 {
     const ScratchFolder folder;
-    const Finished run = RunVelscore(
-        {"score", "--quiet", DataFile("published/" + document), folder.Write("cases.csv", cases)});
+    Texts arguments = {"score", "--quiet", DataFile("published/" + document),
+                       folder.Write("cases.csv", cases)};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    const Finished run = RunVelscore(arguments);
     EXPECT_EQ(run.exitCode, 0) << run.err;
     return ParseCsv(run.out);
 }
@@ -189,6 +191,22 @@ TEST(PublishedShapes, CoxRegressionWithStrata)
     ExpectNumbers(scored, "cum_hazard", {hazards[0], hazards[1]});
     ExpectNumbers(scored, "prediction", {std::exp(-hazards[0]), std::exp(-hazards[1])});
     EXPECT_EQ(scores.Texts("status")[2], "90029");  // a stratum without a baseline
+}
+
+// sqrt(x' C x), x being what the betas multiply; in a Cox model less its reference point.
+TEST(PublishedShapes, TheErrorOfTheLinearPredictorComesFromTheCovariances)
+{
+    const Texts asked = {"--columns", "std_err(linear_predictor)"};
+    const char* const column = "std_err(linear_predictor)";
+    // P0000001, age less 24.5, and twice their covariance; the category 1 has no beta.
+    ExpectNumbers(Scores("cox.pmml", "weeks,aid,age,prior\n9,0,30.5,3\n9,1,30.5,1\n", asked),
+                  column, {std::sqrt(0.03 + 2 * 6 * 0.001 + 36 * 0.0004), 6 * 0.02});
+    // Of the constant alone.
+    ExpectNumbers(Scores("contrasts.pmml", "sex,class,age\nfemale,1,32\nmale,3,16\n", asked),
+                  column, {0.5, 0.5});
+    // As the error of the mean, in GeneralLinear.
+    ExpectNumbers(Scores("general-linear.pmml", "carrier,night,depot,load\nRail,0,1,4\n", asked),
+                  column, {std::sqrt(0.5 - 2 * 0.25 + 0.75 + 16 * 0.0625)});
 }
 
 // The fields' intervals are the ranges of the training data; values beyond them are to be taken as

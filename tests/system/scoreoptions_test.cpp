@@ -1,5 +1,7 @@
 // The options of score, each by what it changes in the output.
 
+#include <map>
+
 #include <gtest/gtest.h>
 
 #include "tests/system/csvtext.h"
@@ -143,7 +145,7 @@ TEST_F(ScoreOptions, ColumnsThatAreNotThereAreToldWithThoseThatAre)
     EXPECT_NE(unknown.err.find("[269317]"), std::string::npos) << unknown.err;
     EXPECT_NE(unknown.err.find("Did you mean 'std_dev'?"), std::string::npos) << unknown.err;
     EXPECT_NE(unknown.err.find("prediction, std_dev, ci_lower, ci_upper, linear_predictor, "
-                               "status, status_field"),
+                               "std_err(linear_predictor), status, status_field"),
               std::string::npos)
         << unknown.err;
     const Finished twice = Score("x,sex\n1,f\n", {"--columns", "status,prediction,status"});
@@ -265,6 +267,114 @@ TEST_F(ScoreOptions, AsIsLeavesADocumentToTheReader)
     model_ = folder_.Write("version.pmml", text);
     EXPECT_EQ(Predictions("x,sex\n1,f\n"), Texts{"3"});
     EXPECT_EQ(Score("x,sex\n1,f\n", {"--as-is"}).exitCode, 2);
+}
+
+// 1 + 2 * 2 + 10 with an error of 2; Student's t for 8 degrees of freedom by mpmath.
+TEST_F(ScoreOptions, LevelMovesTheLimitsAlone)
+{
+    constexpr struct {
+        const char* level;
+        double t;
+    } kRows[] = {{"0.5", 0.7063866126448386},
+                 {"0.9", 1.8595480375308985},
+                 {"0.99", 3.3553873313333949},
+                 {"0.999", 5.0413054333733667}};
+    const std::string table = "sex,x\nm,2\nm,2\nm,2\n";  // alone, and together
+    const std::string before = Score(table).out;
+    EXPECT_EQ(Score(table, {"--level", "0.95"}).out, before);
+    for (const auto& [level, t] : kRows) {
+        const Finished run = Score(table, {"--level", level});
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+        const CsvText scores = ParseCsv(run.out);
+        EXPECT_EQ(scores.Texts("prediction"), (Texts{"15", "15", "15"}));
+        EXPECT_EQ(scores.Texts("std_dev"), (Texts{"2", "2", "2"}));
+        for (size_t row = 0; row < 3; ++row) {
+            EXPECT_NEAR(std::stod(scores.Texts("ci_lower").at(row)), 15 - 2 * t, 1e-13) << level;
+            EXPECT_NEAR(std::stod(scores.Texts("ci_upper").at(row)), 15 + 2 * t, 1e-13) << level;
+        }
+    }
+}
+
+TEST_F(ScoreOptions, LevelHoldsForTheDocumentsOwnColumnsToo)
+{
+    TestModel model;
+    model.afterSchema = R"(<Output>
+      <OutputField name="low" optype="continuous" dataType="double"
+                   feature="confidenceIntervalLower"/></Output>)";
+    UseModel(model);
+    const Finished run = Score("sex,x\nm,2\n", {"--output", "document", "--level", "0.9"});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_NEAR(std::stod(ParseCsv(run.out).Texts("low").at(0)), 15 - 2 * 1.8595480375308985,
+                1e-13);
+}
+
+TEST_F(ScoreOptions, LevelsThatAreNoneAreWrongUsage)
+{
+    const auto refusal = [&](const std::string& level) {
+        const Finished run = Score("sex,x\nm,2\n", {"--level", level});
+        EXPECT_EQ(run.exitCode, 1) << level;
+        EXPECT_EQ(run.out, "") << level;
+        EXPECT_NE(
+            run.err.find("--level is '" + level + "'; expected is a number above 0 and below 1"),
+            std::string::npos)
+            << run.err;
+        return run.err;
+    };
+    for (const char* level : {"", "0", "1", "-0.5", "nan", "inf", "1e999", "abc", "0,95", "250"}) {
+        EXPECT_EQ(refusal(level).find("Did you mean"), std::string::npos) << level;
+    }
+    EXPECT_NE(refusal("95").find("Did you mean 0.95?"), std::string::npos);
+    EXPECT_NE(refusal("99.9%").find("Did you mean 0.999?"), std::string::npos);
+    const Finished without = Score("sex,x\nm,2\n", {"--level", "0.9", "--prediction-only"});
+    EXPECT_EQ(without.exitCode, 1);
+    EXPECT_NE(without.err.find("--level has no meaning with --prediction-only"), std::string::npos);
+}
+
+TEST_F(ScoreOptions, LevelIsWrongUsageForAModelWithoutLimits)
+{
+    const auto refusal = [](const std::string& document) {
+        const Finished run = RunVelscore({"score", document, "--level", "0.9"}, "");
+        EXPECT_EQ(run.exitCode, 1) << document;
+        return run.err;
+    };
+    for (const auto& [document, why] : std::map<std::string, std::string>{
+             {"published/cox.pmml", "has no limits: its family has none (Cox regression)"},
+             {"published/ordinal.pmml", "has no limits: it predicts a category (ordinal"},
+             {"published/contrasts.pmml", "has no limits: it predicts a category (binary"},
+             {"published/poisson-offset.pmml", "has no limits: the document has no covariances"}}) {
+        const std::string err = refusal(DataFile(document));
+        EXPECT_NE(err.find(why), std::string::npos) << err;
+    }
+}
+
+TEST_F(ScoreOptions, TheErrorOfTheLinearPredictorIsAColumnOnRequest)
+{
+    const Finished run = Score("x,sex\n1,f\n2,m\n,m\n3,m\n",
+                               {"--columns", "std_err(linear_predictor),linear_predictor,std_dev"});
+    EXPECT_EQ(run.out,
+              "std_err(linear_predictor),linear_predictor,std_dev\n2,3,2\n2,15,2\n,,\n2,17,2\n")
+        << run.err;
+    const Finished misspelt = Score("x,sex\n1,f\n", {"--columns", "std_err(linear_predicter)"});
+    EXPECT_EQ(misspelt.exitCode, 1);
+    EXPECT_NE(misspelt.err.find("Did you mean 'std_err(linear_predictor)'?"), std::string::npos)
+        << misspelt.err;
+}
+
+TEST_F(ScoreOptions, TheErrorOfTheLinearPredictorIsNoColumnWhereItCannotBe)
+{
+    constexpr struct {
+        const char* document;
+        const char* header;
+    } kRows[] = {{"published/poisson-offset.pmml", "type,built,log_months\n"},  // no covariances
+                 {"published/ordinal.pmml", "sex,age,work\n"}};                 // several equations
+    for (const auto& [document, header] : kRows) {
+        const Finished run = RunVelscore(
+            {"score", DataFile(document), "--columns", "std_err(linear_predictor)"}, header);
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_NE(run.err.find("--columns names 'std_err(linear_predictor)'; the columns"),
+                  std::string::npos)
+            << run.err;
+    }
 }
 
 }  // namespace
