@@ -33,7 +33,7 @@ void RefuseOutputOntoDocument(const std::string& output, const std::string& docu
     }
 }
 
-void RefuseOutputOntoTable(const std::string& output, const InputFile& cases)
+void RefuseOutputOntoTable(const std::string& output, const ByteSource& cases)
 {
     // What the shell has emptied for the output is an empty table, and told as one.
     if ((output != "-" || cases.Size() > 0) && IsOutput(output, cases.Descriptor())) {

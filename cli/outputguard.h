@@ -5,14 +5,14 @@
 
 namespace MCVelscore_850 {
 
-class InputFile;
+class ByteSource;
 
 // The output must not be an input, however both are named: a document or a table would be lost, and
 // a table that grows as it is read never ends. "-" is standard output or input. Both throw
 // UsageError.
 
 void RefuseOutputOntoDocument(const std::string& output, const std::string& document);
-void RefuseOutputOntoTable(const std::string& output, const InputFile& cases);
+void RefuseOutputOntoTable(const std::string& output, const ByteSource& cases);
 
 }  // namespace MCVelscore_850
 

@@ -1,3 +1,4 @@
+#include <memory>
 #include <optional>
 
 #include <fmt/format.h>
@@ -12,6 +13,7 @@
 #include "engine/messages/suggestions.h"
 #include "engine/scoring/curveshaper.h"
 #include "engine/scoring/scoringsession.h"
+#include "engine/tables/tablesource.h"
 
 namespace MCVelscore_850 {
 
@@ -211,18 +213,18 @@ int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& c
     if (arguments.predictionOnly) model.WantPredictionOnly();
 
     CatchStopSignals();
-    InputFile cases(arguments.cases, &StopRequested());
+    const std::unique_ptr<ByteSource> cases = OpenTable(arguments.cases, &StopRequested());
     RefuseOutputOntoDocument(arguments.output, arguments.model);
-    RefuseOutputOntoTable(arguments.output, cases);
+    RefuseOutputOntoTable(arguments.output, *cases);
 
     std::optional<ScoringSession> session;
     std::optional<CsvWriter> writer;
     try {
-        session.emplace(model, cases, options, &StopRequested());
+        session.emplace(model, *cases, options, &StopRequested());
         writer.emplace(arguments.output, options.dialect.delimiter, options.dialect.decimal);
         ScoringSession::Progress progress;
         if (!arguments.quiet) {
-            progress = [&](uint64_t done) { console.ShowProgress(done, cases.Size()); };
+            progress = [&](uint64_t) { console.ShowProgress(cases->Consumed(), cases->Size()); };
         }
         session->Run(*writer, progress);
         if (!session->Report().interrupted) writer->Close();

@@ -150,6 +150,11 @@ inline constexpr int kTooManyColumns = 269315;       // file, limit
 inline constexpr int kNoTextTable = 269316;          // file, what it is
 inline constexpr int kUnknownResultColumn = 269317;  // column, the columns that there are
 inline constexpr int kResultColumnTwice = 269318;    // column
+inline constexpr int kPackedCut = 269319;            // file, compression, bytes unpacked
+inline constexpr int kPackedDamaged = 269320;        // file, compression, bytes unpacked, reason
+inline constexpr int kPackedRest = 269321;           // file, compression, bytes unpacked
+inline constexpr int kPackedWindow = 269322;         // file, limit
+inline constexpr int kPackedDictionary = 269323;     // file
 
 }  // namespace MCVelscore_850
 
