@@ -164,7 +164,7 @@ private:
 }  // namespace
 
 TableSource::TableSource(std::unique_ptr<ByteSource> packed, const StopFlag* stop)
-    : packed_(std::move(packed)), stop_(stop), buffer_(kBuffer)
+    : packed_(std::move(packed)), stop_(stop), buffer_(kBuffer), input_(buffer_.data(), 0)
 {}
 
 TableSource::~TableSource() = default;
