@@ -451,6 +451,36 @@ TEST_F(TableFromAPipe, WhatIsUnpackedNeedsNoWaiting)
     EXPECT_TRUE(text.starts_with(bytes));
 }
 
+// A few bytes that unpack to far more than one read takes.
+TEST_F(TableFromAPipe, GivesAllThatFewBytesUnpackTo)
+{
+    const std::string text(5000, 'a');
+    const std::string gzip = PackedByGzip(text);
+    Write(gzip.substr(0, gzip.size() - 8));  // without the check value and the size
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(Read(), std::string(1000, 'a'));
+    EXPECT_TRUE(table_->WouldWait());
+}
+
+TEST_F(TableFromAPipe, GivesAllThatOneBlockOfZstdUnpacksTo)
+{
+    // RFC 8878: a window of 8 KiB, then a block of 5000 times the same byte, and not the last one:
+    // 5000 * 8 + 2 is 0x9C42.
+    Write(std::string("\x28\xB5\x2F\xFD\0\x18\x42\x9C\0a", 10));
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(Read(), std::string(1000, 'a'));
+    EXPECT_TRUE(table_->WouldWait());
+}
+
+TEST(TableSource, AskingWhetherToWaitCountsNoByteTwice)
+{
+    const std::string packed = PackedByGzip(kTable);
+    const auto table = TableOf(packed.substr(0, packed.size() - 1));
+    EXPECT_FALSE(table->WouldWait());
+    const Reading reading = ReadAll(*table);
+    EXPECT_EQ(reading.bytes, kTable);
+    EXPECT_NE(reading.message.find(" to " + std::to_string(kTable.size()) + " "), std::string::npos)
+        << reading.message;
+}
+
 TEST_F(TableFromAPipe, StopInAnotherThreadEndsAReadThatWaits)
 {
     const std::string packed = PackedByGzip(kTable);
