@@ -74,8 +74,8 @@ void DefineTable(CLI::App* command, ScoreArguments& score)
     command->add_option("MODEL", score.model, "The model document; - is standard input")
         ->required();
     command->add_option("CASES", score.cases,
-                        "The tables of cases, of the same columns, with a header; - or nothing is "
-                        "standard input");
+                        "The tables of cases, of the same columns, with a header, plain or "
+                        "compressed by gzip or zstd; - or nothing is standard input");
     AddText(command, "-o,--out", score.output,
             "Where the output goes; - or nothing is standard output", "FILE");
     command->add_flag("--partial", score.partial,

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <memory>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -11,8 +12,8 @@
 #include "engine/documents/verificationsection.h"
 #include "engine/messages/explanation.h"
 #include "engine/scoring/verification.h"
-#include "engine/tables/bytesource.h"
 #include "engine/tables/outputfile.h"
+#include "engine/tables/tablesource.h"
 
 namespace MCVelscore_850 {
 
@@ -64,9 +65,9 @@ int Emit(const VerifyArguments& arguments, LoadOptions options, Console& console
     if (arguments.json) throw UsageError("--emit has no report to write as JSON");
     RefuseOutputOntoDocument(arguments.output, arguments.model);
     LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin), options);
-    InputFile cases(arguments.emit);
+    const std::unique_ptr<ByteSource> cases = OpenTable(arguments.emit);
     RefuseOutputOntoTable(arguments.output, arguments.emit);
-    const MadeVerification made = MakeVerification(model, cases, {});
+    const MadeVerification made = MakeVerification(model, *cases, {});
     WriteWholeFile(arguments.output, TextWithVerification(arguments.model, made.table));
     console.Say(fmt::format("{} records written, {} cases without a score left out",
                             made.table.records.size(), made.leftOut));

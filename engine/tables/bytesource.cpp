@@ -5,6 +5,7 @@
 #include <optional>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,6 +14,8 @@
 namespace MCVelscore_850 {
 
 namespace {
+
+constexpr int kStopPause = 100;  // milliseconds between two looks at the stop flag
 
 using FileStatus = std::optional<struct stat>;
 
@@ -59,11 +62,31 @@ InputFile::~InputFile()
 size_t InputFile::Read(char* buffer, size_t size)
 {
     for (;;) {
-        if (stop_ != nullptr && stop_->load(std::memory_order_relaxed)) return 0;
+        if (IsStopped()) return 0;
+        // The signal that sets the flag may reach another thread, and leave a read here waiting.
+        if (!regular_ && stop_ != nullptr && !HasBytes(kStopPause)) continue;
         const ssize_t count = ::read(descriptor_, buffer, size);
-        if (count >= 0) return static_cast<size_t>(count);
+        if (count >= 0) {
+            consumed_.fetch_add(static_cast<uint64_t>(count), std::memory_order_relaxed);
+            return static_cast<size_t>(count);
+        }
         if (errno != EINTR) Refuse(std::strerror(errno));
     }
+}
+
+bool InputFile::WouldWait() { return !regular_ && !IsStopped() && !HasBytes(0); }
+
+bool InputFile::IsStopped() const
+{
+    return stop_ != nullptr && stop_->load(std::memory_order_relaxed);
+}
+
+// True when a read answers at once: bytes, the end or an error.
+bool InputFile::HasBytes(int milliseconds) const
+{
+    pollfd waiting{descriptor_, POLLIN, 0};
+    const int ready = ::poll(&waiting, 1, milliseconds);
+    return ready > 0 || (ready < 0 && errno != EINTR);
 }
 
 bool InputFile::HasChangedSize() const

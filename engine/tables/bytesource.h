@@ -24,6 +24,16 @@ public:
     virtual const std::string& Name() const = 0;
     /// True once another size than at first shows that someone else writes what is read here.
     virtual bool HasChangedSize() const { return false; }
+    /// True when the next Read() might wait, since the pipe that the bytes come from is empty now.
+    /// Throws as Read() does.
+    virtual bool WouldWait() { return false; }
+    /// How many bytes of the file were read so far, as they lie on the disk: of a compressed one,
+    /// compressed bytes. Any thread may ask.
+    virtual uint64_t Consumed() const { return 0; }
+    /// The size on the disk that a regular file had at first, 0 for anything else.
+    virtual uint64_t Size() const { return 0; }
+    /// The open file that the bytes come from, -1 without one.
+    virtual int Descriptor() const { return -1; }
 };
 
 /// A file, or standard input, as a source of bytes.
@@ -33,8 +43,8 @@ public:
 /// Owner   closes what it opened; standard input stays open.
 class InputFile final : public ByteSource {
 public:
-    /// `path` "-" is standard input. With a stop flag, a read that a signal interrupts answers
-    /// the end once the flag is set.
+    /// `path` "-" is standard input. Once the stop flag is set, a read answers the end, at the
+    /// latest after a tenth of a second where it waits for a pipe.
     explicit InputFile(const std::string& path, const StopFlag* stop = nullptr,
                        FailureKind content = FailureKind::Cases);
     InputFile(const InputFile&) = delete;
@@ -51,11 +61,15 @@ public:
     {
         return path == "-" ? "standard input" : path;
     }
-    /// The size that a regular file had at first, 0 for anything else.
-    uint64_t Size() const { return size_; }
-    int Descriptor() const { return descriptor_; }
+    /// Never for a regular file.
+    bool WouldWait() override;
+    uint64_t Consumed() const override { return consumed_.load(std::memory_order_relaxed); }
+    uint64_t Size() const override { return size_; }
+    int Descriptor() const override { return descriptor_; }
 
 private:
+    bool IsStopped() const;
+    bool HasBytes(int milliseconds) const;
     [[noreturn]] void Refuse(const std::string& reason) const;
 
     std::string name_;
@@ -64,6 +78,7 @@ private:
     int descriptor_ = -1;
     bool regular_ = false;
     uint64_t size_ = 0;
+    std::atomic<uint64_t> consumed_{0};
 };
 
 /// True for a regular file, or standard input that is one for "-"; tells its size.

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "engine/messages/failure.h"
+#include "engine/tables/compression.h"
 #include "host/messages/messages.h"
 
 namespace MCVelscore_850 {
@@ -12,9 +13,19 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr char kDecompress[] = "Decompress it on the way: {} FILE | velscore COMMAND MODEL -";
+constexpr char kUnpackOnce[] =
+    "One compression is unpacked: leave out the {} inside, or unpack the outer one on the way.";
 constexpr char kConvert[] =
     "Convert it on the way: iconv -f {} -t UTF-8 FILE | velscore COMMAND MODEL -";
 constexpr char kExport[] = "Export it as CSV{}.";
+constexpr char kParquetWays[] =
+    " first, with DuckDB say: COPY (FROM read_parquet('FILE')) TO 'cases.csv'; or in Python: "
+    "pandas.read_parquet('FILE').to_csv('cases.csv', index=False)";
+constexpr char kArrowFileWays[] =
+    " first, in Python say: pandas.read_feather('FILE').to_csv('cases.csv', index=False)";
+constexpr char kArrowStreamWays[] =
+    " first, in Python say: pyarrow.ipc.open_stream(open('FILE', 'rb')).read_pandas()"
+    ".to_csv('cases.csv', index=False)";
 constexpr char kOtherArgument[] = "The table of cases comes behind the model{}.";
 
 struct Form {
@@ -25,15 +36,16 @@ struct Form {
 };
 
 constexpr Form kForms[] = {
-    {"\x1F\x8B"sv, "compressed by gzip", kDecompress, "gzip -dc"},
-    {"\x28\xB5\x2F\xFD"sv, "compressed by zstd", kDecompress, "zstd -dc"},
+    // Of what is unpacked already.
+    {kGzipStart, "compressed more than once, inside by gzip", kUnpackOnce, "gzip"},
+    {kZstdStart, "compressed more than once, inside by zstd", kUnpackOnce, "zstd"},
     {"\xFD\x37zXZ\0"sv, "compressed by xz", kDecompress, "xz -dc"},
     {"BZh9"sv, "compressed by bzip2", kDecompress, "bzip2 -dc"},
     {"PK\x03\x04"sv, "a ZIP archive, as spreadsheets are", kExport, " (UTF-8)"},
-    {"PAR1"sv, "a Parquet file", kExport, " first"},
-    {"ARROW1"sv, "an Arrow file", kExport, " first"},
-    {"\xFF\xFF\xFF\xFF"sv, "an Arrow stream", kExport, " first"},
-    {"FEA1"sv, "a Feather file", kExport, " first"},
+    {"PAR1"sv, "a Parquet file", kExport, kParquetWays},
+    {"ARROW1"sv, "an Arrow file", kExport, kArrowFileWays},
+    {"\xFF\xFF\xFF\xFF"sv, "an Arrow stream", kExport, kArrowStreamWays},
+    {"FEA1"sv, "a Feather file", kExport, kArrowFileWays},
     {"\xFF\xFE"sv, "in UTF-16", kConvert, "UTF-16"},
     {"\xFE\xFF"sv, "in UTF-16", kConvert, "UTF-16"},
     {"<?xml"sv, "an XML document", kOtherArgument, ""},

@@ -29,7 +29,7 @@ struct RecordBlock {
     uint64_t offset = 0;       ///< of the text's first byte in the table, unpacked
     bool hasQuotes = false;
     std::vector<Torn> torn;  ///< in their order
-    uint64_t bytesRead = 0;  ///< of all tables, when this block was cut off
+    uint64_t bytesRead = 0;  ///< of all tables as they lie, when this block was cut off
     size_t table = 0;        ///< which of several it is of
     int64_t rowsBefore = 0;  ///< in the tables before that one
 };

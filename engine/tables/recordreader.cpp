@@ -94,7 +94,6 @@ bool RecordReader::Next(RecordBlock& block)
     block.offset = offset_;
     block.hasQuotes = hasQuotes_;
     block.torn.swap(torn_);
-    block.bytesRead = bytesRead_;
     row_ = block.firstRow + records_;
     blankLines_ = 0;
     // The block gets the buffer; what is behind its records begins another.
@@ -152,7 +151,6 @@ bool RecordReader::Fill()
     const size_t count = source_.Read(buffer_.data() + filled_, size - filled_);
     if (count == 0) ended_ = true;
     filled_ += count;
-    bytesRead_ += count;
     return true;
 }
 

@@ -59,7 +59,6 @@ public:
 
     /// Cuts off the next block; false at the end.
     bool Next(RecordBlock& block);
-    uint64_t BytesRead() const { return bytesRead_; }
     /// The rows that were delivered, torn ones too.
     int64_t Rows() const { return row_ - 1; }
 
@@ -89,7 +88,6 @@ private:
     ByteScan<2> lineEnds_;
     ByteScan<3> quotesAndLineEnds_;
     std::vector<std::string> header_;
-    uint64_t bytesRead_ = 0;
     bool ended_ = false;  ///< nothing is left to read
 
     std::vector<char> buffer_;

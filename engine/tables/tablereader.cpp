@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "engine/messages/failure.h"
+#include "engine/tables/tablesource.h"
 #include "host/messages/messages.h"
 
 namespace MCVelscore_850 {
@@ -32,7 +33,7 @@ TableReader::~TableReader() = default;
 void TableReader::Open()
 {
     reader_.reset();
-    source_ = std::make_unique<InputFile>(paths_[table_], stop_);
+    source_ = OpenTable(paths_[table_], stop_);
     reader_ = std::make_unique<RecordReader>(*source_, form_, blockSize_);
     if (table_ == 0) {
         header_ = reader_->Header();
@@ -57,13 +58,13 @@ void TableReader::RefuseOtherHeader(const std::vector<std::string>& header) cons
 bool TableReader::Next(RecordBlock& block)
 {
     while (!reader_->Next(block)) {
-        bytesBefore_ += reader_->BytesRead();
+        bytesBefore_ += source_->Consumed();
         rowsBefore_ += reader_->Rows();
         if (table_ + 1 == paths_.size()) return false;
         ++table_;
         Open();
     }
-    block.bytesRead += bytesBefore_;
+    block.bytesRead = bytesBefore_ + source_->Consumed();
     block.table = table_;
     block.rowsBefore = rowsBefore_;
     return true;

@@ -21,6 +21,8 @@ constexpr char kMendMatrix[] =
 constexpr char kHostile[] =
     "Documents of models stay far below this limit; check where the file comes from.";
 constexpr char kMendTable[] = "Mend the table and score it again.";
+constexpr char kFetchPacked[] =
+    "Fetch or compress the table again; gzip -t FILE or zstd -t FILE tells whether it is whole.";
 constexpr char kKeepOlderForm[] =
     "Score the document as it is: the older form is read like the published one.";
 constexpr char kMendExpression[] = "Mend the expression of the derived field.";
@@ -306,6 +308,21 @@ constexpr Message kCatalogue[] = {
     {kUnknownResultColumn, "ss", "--columns names '{0}'; the columns of this model are: {1}",
      "Name some of these; 'probabilities' stands for those of all categories."},
     {kResultColumnTwice, "s", "--columns names '{0}' twice", "Name each column once."},
+    {kPackedCut, "sss",
+     "{0} is compressed by {1} and ends too early, after what unpacks to {2} bytes", kFetchPacked},
+    {kPackedDamaged, "ssss",
+     "{0} is compressed by {1} and damaged, behind what unpacks to {2} bytes: {3}", kFetchPacked},
+    {kPackedRest, "sss",
+     "{0} is compressed by {1} and goes on with something else, behind what unpacks to {2} bytes",
+     "Remove what follows the compressed table, or compress the table again."},
+    {kPackedWindow, "ss",
+     "{0} is compressed by zstd with a window of more than {1} MiB, which would all be held in "
+     "memory",
+     "Compress the table with a smaller window (without --long and --ultra), or unpack it on the "
+     "way: zstd -dc --long=31 FILE | velscore COMMAND MODEL -"},
+    {kPackedDictionary, "s", "{0} is compressed by zstd with a dictionary, which isn't there",
+     "Compress the table without a dictionary, or unpack it on the way: zstd -dc -D DICTIONARY "
+     "FILE | velscore COMMAND MODEL -"},
     {kOtherHeader, "sdsss",
      "{0} has {2} where {3} has {4}: column {1} of the tables differs",
      "Give tables of the same columns in the same order, or score each by itself."},

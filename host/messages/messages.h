@@ -151,12 +151,17 @@ inline constexpr int kTooManyColumns = 269315;       // file, limit
 inline constexpr int kNoTextTable = 269316;          // file, what it is
 inline constexpr int kUnknownResultColumn = 269317;  // column, the columns that there are
 inline constexpr int kResultColumnTwice = 269318;    // column
-inline constexpr int kOtherHeader = 269330;          // file, place, column, first file, its column
-inline constexpr int kRowEncoding = 269331;          // file, row
-inline constexpr int kTooManyRejects = 269332;       // limit, file, row
-inline constexpr int kUnknownMappedName = 269333;    // name, the model's fields
-inline constexpr int kColumnsWithoutHeader = 269334;  // file, columns, columns needed, their names
-inline constexpr int kTableColumnTaken = 269335;     // column
+inline constexpr int kPackedCut = 269319;            // file, compression, bytes unpacked
+inline constexpr int kPackedDamaged = 269320;        // file, compression, bytes unpacked, reason
+inline constexpr int kPackedRest = 269321;           // file, compression, bytes unpacked
+inline constexpr int kPackedWindow = 269322;         // file, limit
+inline constexpr int kPackedDictionary = 269323;     // file
+inline constexpr int kOtherHeader = 269324;          // file, place, column, first file, its column
+inline constexpr int kRowEncoding = 269325;          // file, row
+inline constexpr int kTooManyRejects = 269326;       // limit, file, row
+inline constexpr int kUnknownMappedName = 269327;    // name, the model's fields
+inline constexpr int kColumnsWithoutHeader = 269328;  // file, columns, columns needed, their names
+inline constexpr int kTableColumnTaken = 269329;     // column
 
 }  // namespace MCVelscore_850
 

@@ -251,8 +251,8 @@ TEST_P(TableOfAnotherForm, IsToldByNameWithWhatToDo)
 INSTANTIATE_TEST_SUITE_P(
     Files, TableOfAnotherForm,
     testing::Values(
-        OtherFile{"Gzip", "\x1F\x8B\x08 and so on", "gzip", "gzip -dc"},
-        OtherFile{"Zstd", "\x28\xB5\x2F\xFD and so on", "zstd", "zstd -dc"},
+        OtherFile{"Gzip", "\x1F\x8B\x08 and so on", "gzip", "leave out the gzip inside"},
+        OtherFile{"Zstd", "\x28\xB5\x2F\xFD and so on", "zstd", "leave out the zstd inside"},
         OtherFile{"Xz",
                   std::string("\xFD"
                               "7zXZ\0 and so on",
@@ -260,9 +260,9 @@ INSTANTIATE_TEST_SUITE_P(
                   "xz", "xz -dc"},
         OtherFile{"Bzip2", "BZh91AY&SY", "bzip2", "bzip2 -dc"},
         OtherFile{"Zip", "PK\x03\x04 and so on", "ZIP", "CSV"},
-        OtherFile{"Parquet", "PAR1\x15\x04", "Parquet", "CSV"},
-        OtherFile{"ArrowFile", "ARROW1 and so on", "Arrow file", "CSV"},
-        OtherFile{"ArrowStream", "\xFF\xFF\xFF\xFF\x10\x01", "Arrow stream", "CSV"},
+        OtherFile{"Parquet", "PAR1\x15\x04", "Parquet", "read_parquet"},
+        OtherFile{"ArrowFile", "ARROW1 and so on", "Arrow file", "read_feather"},
+        OtherFile{"ArrowStream", "\xFF\xFF\xFF\xFF\x10\x01", "Arrow stream", "open_stream"},
         OtherFile{"Utf16LittleEndian", std::string("\xFF\xFEx\0,\0", 6), "UTF-16", "-f UTF-16 "},
         OtherFile{"Utf16BigEndian", std::string("\xFE\xFF\0x\0,", 6), "UTF-16", "-f UTF-16 "},
         OtherFile{"Utf16LittleEndianUnmarked", std::string("x\0,\0", 4), "UTF-16", "UTF-16LE"},
