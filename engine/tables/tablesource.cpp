@@ -164,7 +164,10 @@ private:
 }  // namespace
 
 TableSource::TableSource(std::unique_ptr<ByteSource> packed, const StopFlag* stop)
-    : packed_(std::move(packed)), stop_(stop), buffer_(kBuffer), input_(buffer_.data(), 0)
+    : packed_(std::move(packed)),
+      stop_(stop),
+      buffer_(kBuffer),
+      input_(buffer_.begin(), buffer_.begin())
 {}
 
 TableSource::~TableSource() = default;
