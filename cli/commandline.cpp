@@ -13,6 +13,7 @@
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "engine/messages/suggestions.h"
+#include "engine/tables/compression.h"
 
 namespace MCVelscore_850 {
 
@@ -89,18 +90,47 @@ void DefineTable(CLI::App* command, ScoreArguments& score)
     AddText(command, "--delimiter", score.delimiter,
             "The character between fields, in the cases and in the output; tab for a tabulator",
             "C");
+    AddText(command, "--out-delimiter", score.outDelimiter,
+            "The character between fields in the output; without it that of --delimiter", "C");
     AddText(command, "--decimal", score.decimal, "The decimal mark, in the cases and in the output",
             "C");
+    AddText(command, "--digits", score.digits,
+            "The most significant digits of a number in the output; without it as many as it takes "
+            "to read it back",
+            "N")
+        ->check(CLI::Range(1, 17));
+    AddText(command, "--compress", score.compress,
+            "Compress the output; without it as the suffix of -o says, .gz or .zst",
+            "gzip|zstd|none")
+        ->check(OneOf(CompressionWords()));
+    AddRepeatable(command, "--map", score.mappings,
+                  "The column of a field that the tables call otherwise: the model's name first; "
+                  "may be given again, @FILE has one a line",
+                  "NAME=COLUMN|@FILE");
+    command->add_flag("--no-header", score.noHeader,
+                      "The tables have no header: their columns are the model's in its order, or "
+                      "told by number, from 1, with --map");
     AddRepeatable(command, "--na", score.missingTexts,
                   "A text that means missing, beside the empty field and NA; may be given again",
                   "TEXT");
-    AddText(command, "--threads", score.threads,
-            "How many threads score; without it as many as there are processors. The output doesn't "
-            "depend on it",
-            "N")
+    AddText(
+        command, "--threads", score.threads,
+        "How many threads score; without it as many as there are processors. The output doesn't "
+        "depend on it",
+        "N")
         ->check(CLI::Range(1, 1024));
     command->add_flag("--strict", score.strict,
                       "End with 5 when a case wasn't scored or held an unlisted value");
+    AddText(command, "--rejects", score.rejects,
+            "Where rows go, as a table, that can't be read or have no score; rows that can't be "
+            "read don't end the run then",
+            "FILE");
+    AddText(command, "--max-rejects", score.mostRejects,
+            "End with 3 before the row that would be rejected beyond so many", "N")
+        ->check(CLI::NonNegativeNumber);
+    AddText(command, "--summary", score.summary, "Where a report of the run goes, as JSON", "FILE");
+    command->add_flag("--progress", score.progress,
+                      "Tell the progress each ten seconds where no terminal is");
     command->add_flag("--quiet", score.quiet, "No progress and no closing line");
     AddDocumentOptions(command, score.plugin, score.asIs);
 }
@@ -115,6 +145,8 @@ void DefineScore(CLI::App* command, ScoreArguments& score)
         "Columns of the input to repeat in the output, separated by commas, or all; may be "
         "given again",
         "all|COLS");
+    AddText(command, "--name-column", score.nameColumn,
+            "The name of a first column that tells each row's table", "NAME");
     AddRepeatable(command, "--columns", score.columns,
                   "The result columns to write, in this order, separated by commas; probabilities "
                   "stands for every category's, linear_predictor and std_err(linear_predictor) are "

@@ -1,6 +1,7 @@
 #ifndef VELSCORE_CLI_COMMANDS_H
 #define VELSCORE_CLI_COMMANDS_H
 
+#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -20,8 +21,18 @@ struct ScoreArguments {
     std::vector<std::string> keep;
     std::vector<std::string> columns;
     std::string outputColumns = "default";
+    std::string nameColumn;  ///< empty: none
     std::string delimiter = ",";
+    std::string outDelimiter;  ///< empty: as the input's
     std::string decimal = ".";
+    std::string compress;  ///< empty: by the output's suffix
+    std::vector<std::string> mappings;
+    std::string rejects;  ///< empty: none
+    std::optional<int64_t> mostRejects;
+    std::string summary;  ///< empty: none
+    int digits = 0;       ///< 0: all
+    bool noHeader = false;
+    bool progress = false;
     std::vector<std::string> missingTexts;
     std::string plugin;
     bool predictionOnly = false;

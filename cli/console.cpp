@@ -27,6 +27,37 @@ bool IsColourWanted()
            (terminal == nullptr || std::string_view(terminal) != "dumb");
 }
 
+double ShareOf(const Console::Progress& progress)
+{
+    return std::min(1.0,
+                    static_cast<double>(progress.bytes) / static_cast<double>(progress.totalBytes));
+}
+
+// A time as people say it: 3 s, 4 min 5 s, 2 h 10 min.
+std::string DurationText(double seconds)
+{
+    const auto whole = static_cast<int64_t>(seconds + 0.5);
+    if (whole < 60) return fmt::format("{} s", whole);
+    if (whole < 3600) return fmt::format("{} min {} s", whole / 60, whole % 60);
+    return fmt::format("{} h {} min", whole / 3600, whole % 3600 / 60);
+}
+
+// Share, rows a second, time left.
+std::string ProgressText(const Console::Progress& progress, double seconds)
+{
+    const double rate = static_cast<double>(progress.rows) / seconds;
+    const std::string rows = fmt::format("{} rows, {:.0f} rows/s", progress.rows, rate);
+    if (progress.totalBytes == 0) {
+        constexpr double kMebibyte = 1024.0 * 1024.0;
+        return fmt::format("{:.0f} MiB read, {}", static_cast<double>(progress.bytes) / kMebibyte,
+                           rows);
+    }
+    const double share = ShareOf(progress);
+    std::string text = fmt::format("{:3.0f} %, {}", share * 100.0, rows);
+    if (share > 0.0) text += fmt::format(", {} left", DurationText(seconds / share - seconds));
+    return text;
+}
+
 }  // namespace
 
 Console::Console() : terminal_(::isatty(STDERR_FILENO) == 1), colour_(terminal_ && IsColourWanted())
@@ -52,23 +83,27 @@ void Console::SayFailure(const Failure& failure)
     SayError(FailureText(failure), failure.Remedy());
 }
 
-void Console::ShowProgress(uint64_t done, uint64_t total)
+void Console::ShowProgress(const Progress& progress)
 {
     using namespace std::chrono_literals;
+    if (!terminal_ && !wanted_) return;
     const Clock::time_point now = Clock::now();
-    if (!terminal_ || now - started_ < 1s || now - shown_ < 100ms) return;
-    shown_ = now;
-    progressShown_ = true;
-    constexpr double kMebibyte = 1024.0 * 1024.0;
-    const double read = static_cast<double>(done);
-    if (total == 0) {
-        Put(fmt::format("\r{:.0f} MiB read\033[K", read / kMebibyte));
+    if (terminal_ ? now - started_ < 1s || now - shown_ < 100ms
+                  : now - std::max(started_, shown_) < 10s) {
         return;
     }
-    constexpr int kWidth = 40;
-    const double share = std::min(1.0, read / static_cast<double>(total));
-    const auto filled = static_cast<size_t>(share * kWidth);
-    Put(fmt::format("\r[{:<{}}] {:3.0f} %\033[K", std::string(filled, '#'), kWidth, share * 100.0));
+    shown_ = now;
+    const double seconds = std::chrono::duration<double>(now - started_).count();
+    const std::string text = ProgressText(progress, seconds);
+    if (!terminal_) return Say(text);
+    progressShown_ = true;
+    std::string bar;
+    if (progress.totalBytes > 0) {
+        constexpr int kWidth = 30;
+        const auto filled = static_cast<size_t>(ShareOf(progress) * kWidth);
+        bar = fmt::format("[{:<{}}] ", std::string(filled, '#'), kWidth);
+    }
+    Put(fmt::format("\r{}{}\033[K", bar, text));
 }
 
 void Console::ClearProgress()

@@ -24,9 +24,17 @@ public:
     /// A failure with its place, code and remedy.
     void SayFailure(const Failure& failure);
 
-    /// Shows how far a long work is: nothing in its first second, nor where no terminal is.
-    /// `total` is 0 when it isn't known.
-    void ShowProgress(uint64_t done, uint64_t total);
+    /// How far a long work is.
+    struct Progress {
+        uint64_t bytes;
+        uint64_t totalBytes;  ///< 0 when it isn't known
+        int64_t rows;
+    };
+    /// Shows it: on a terminal a bar, after the first second; elsewhere, if that is wanted, a line
+    /// each ten seconds.
+    void ShowProgress(const Progress& progress);
+    /// Progress is shown where no terminal is, too.
+    void WantProgress() { wanted_ = true; }
     void ClearProgress();
 
 private:
@@ -34,6 +42,7 @@ private:
 
     bool terminal_;
     bool colour_;
+    bool wanted_ = false;
     bool progressShown_ = false;
     Clock::time_point started_ = Clock::now();
     Clock::time_point shown_{};

@@ -1,5 +1,8 @@
 #include "cli/outputguard.h"
 
+#include <filesystem>
+#include <system_error>
+
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -20,6 +23,15 @@ bool IsOutput(const std::string& output, const std::string& input)
     return output == "-" ? IsSameFile(STDOUT_FILENO, input) : IsSameFile(input, output);
 }
 
+// True for what is or will be a regular file: a device may be written to twice.
+bool IsFileName(const std::string& path)
+{
+    std::error_code error;
+    const auto type = std::filesystem::status(path, error).type();
+    return type == std::filesystem::file_type::not_found ||
+           type == std::filesystem::file_type::regular;
+}
+
 [[noreturn]] void Refuse(const std::string& input)
 {
     throw UsageError(
@@ -27,6 +39,21 @@ bool IsOutput(const std::string& output, const std::string& input)
 }
 
 }  // namespace
+
+void RefuseSameOutput(const std::string& output, const std::string& other)
+{
+    namespace fs = std::filesystem;
+    bool same = output == other;
+    if (!same && output != "-" && other != "-") {
+        std::error_code error;
+        const fs::path one = fs::weakly_canonical(output, error);
+        same = IsSameFile(output, other) || (!error && one == fs::weakly_canonical(other, error) &&
+                                             !error && IsFileName(output));
+    }
+    if (!same) return;
+    throw UsageError(fmt::format("{} is to be two outputs at once; name two files",
+                                 output == "-" ? "standard output" : output));
+}
 
 void RefuseOutputOntoDocument(const std::string& output, const std::string& document)
 {

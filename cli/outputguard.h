@@ -9,6 +9,9 @@ namespace MCVelscore_850 {
 // a table that grows as it is read never ends. "-" is standard output or input. Both throw
 // UsageError.
 
+/// For two outputs of one run.
+void RefuseSameOutput(const std::string& output, const std::string& other);
+
 void RefuseOutputOntoDocument(const std::string& output, const std::string& document);
 void RefuseOutputOntoTable(const std::string& output, const std::string& cases);
 

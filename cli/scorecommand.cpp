@@ -1,21 +1,20 @@
 #include <algorithm>
-#include <map>
+#include <chrono>
 #include <optional>
-#include <utility>
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/outputguard.h"
+#include "cli/scoringarguments.h"
+#include "cli/scoringsummary.h"
 #include "cli/stopsignals.h"
-#include "engine/messages/explanation.h"
-#include "engine/messages/shorttext.h"
-#include "engine/messages/suggestions.h"
-#include "engine/scoring/curveshaper.h"
 #include "engine/scoring/scoringsession.h"
-#include "host/values/numbertext.h"
+#include "engine/tables/compression.h"
+#include "engine/tables/outputfile.h"
 
 namespace MCVelscore_850 {
 
@@ -23,219 +22,6 @@ namespace {
 
 constexpr std::string_view kInterrupted = "interrupted; whole rows written";
 constexpr std::string_view kBeforeThat = "whole rows written before that";
-
-char SingleCharacter(std::string_view option, const std::string& text)
-{
-    if (text == "\\t" || text == "tab") return '\t';
-    if (text.size() != 1) {
-        throw UsageError(
-            fmt::format("{} is '{}'; expected is one character of one byte, or tab", option, text));
-    }
-    return text.front();
-}
-
-TableDialect DialectOf(const ScoreArguments& arguments)
-{
-    TableDialect dialect;
-    dialect.delimiter = SingleCharacter("--delimiter", arguments.delimiter);
-    dialect.decimal = SingleCharacter("--decimal", arguments.decimal);
-    constexpr std::string_view kNoDelimiters("\"\r\n\0", 4);
-    constexpr std::string_view kNoDecimals("\"\r\n\t +-0123456789eE", 19);
-    if (kNoDelimiters.find(dialect.delimiter) != std::string_view::npos) {
-        throw UsageError("--delimiter can't be a quote or a line end");
-    }
-    if (kNoDecimals.find(dialect.decimal) != std::string_view::npos) {
-        throw UsageError(fmt::format("--decimal can't be '{}'", arguments.decimal));
-    }
-    if (dialect.delimiter == dialect.decimal) {
-        throw UsageError(fmt::format(
-            "--delimiter and --decimal are both '{}'; give the fields another delimiter: {}",
-            dialect.decimal, dialect.decimal == ',' ? "--delimiter ';'" : "--delimiter ,"));
-    }
-    return dialect;
-}
-
-// The names of a list such as  a,"b, c",d : quotes as in a table.
-std::vector<std::string> SplitNames(const std::string& option, const std::string& list)
-{
-    std::vector<std::string> names(1);
-    bool quoted = false;
-    for (size_t i = 0; i < list.size(); ++i) {
-        const char c = list[i];
-        if (quoted && c == '"' && i + 1 < list.size() && list[i + 1] == '"') {
-            names.back() += '"';
-            ++i;
-        } else if (c == '"' && (quoted || names.back().empty())) {
-            quoted = !quoted;
-        } else if (c == ',' && !quoted) {
-            names.emplace_back();
-        } else {
-            names.back() += c;
-        }
-    }
-    if (quoted)
-        throw UsageError(fmt::format("{} {} has a quote that is never closed", option, list));
-    return names;
-}
-
-OutputOptions OutputOf(const ScoreArguments& arguments)
-{
-    OutputOptions output;
-    for (const std::string& list : arguments.keep) {
-        if (list == "all") {
-            output.keepAll = true;
-            continue;
-        }
-        for (std::string& name : SplitNames("--keep", list)) output.keep.push_back(std::move(name));
-    }
-    for (const std::string& list : arguments.columns) {
-        for (std::string& name : SplitNames("--columns", list)) {
-            output.columns.push_back(std::move(name));
-        }
-    }
-    return output;
-}
-
-// The level that --level asks for; nothing without it.
-std::optional<double> LevelOf(const ScoreArguments& arguments)
-{
-    if (!arguments.level) return std::nullopt;
-    if (arguments.predictionOnly) {
-        throw UsageError("--level has no meaning with --prediction-only, which leaves out limits");
-    }
-    const std::string& text = *arguments.level;
-    double level = 0.0;
-    if (ReadNumber(text, level) == NumberText::Number && level > 0.0 && level < 1.0) return level;
-    std::string wrong =
-        fmt::format("--level is '{}'; expected is a number above 0 and below 1", text);
-    std::string_view number = text;
-    if (number.ends_with('%')) number.remove_suffix(1);
-    if (ReadNumber(number, level) == NumberText::Number && level > 1.0 && level < 100.0) {
-        wrong += fmt::format(". Did you mean {:.12g}?", level / 100.0);
-    }
-    throw UsageError(wrong);
-}
-
-// Why no level can be set for a model.
-std::string WhyNoLevel(const ModelDescription& about)
-{
-    const ResultSchema schema(about);
-    const auto& columns = schema.Columns();
-    const auto limit = std::find_if(columns.begin(), columns.end(), [](const auto& column) {
-        return column.quantity == ResultQuantity::CILower;
-    });
-    if (limit == columns.end()) {
-        return fmt::format(
-            "has no limits: {} ({})",
-            about.targetCategories.empty() ? "its family has none" : "it predicts a category",
-            about.family);
-    }
-    return limit->lacksCovariances ? "has no limits: the document has no covariances (PCovMatrix)"
-                                   : "has no limits of a level: the document fixes their distance";
-}
-
-void SetLevel(LoadedModel& model, const std::optional<double>& level)
-{
-    if (!level) return;
-    const ModelDescription& about = model.Description();
-    if (!about.hasConfidenceLevel) {
-        throw UsageError(
-            fmt::format("--level has no meaning: {} {}", model.File(), WhyNoLevel(about)));
-    }
-    model.SetConfidenceLevel(*level);
-}
-
-void SetPolicy(LoadedModel& model, const std::string& policy)
-{
-    if (policy.empty()) return;
-    if (policy == "substitute") {
-        model.SetPolicy(MissingPolicy::Substitute);
-    } else if (policy == "sysmis") {
-        model.SetPolicy(MissingPolicy::SysmisResult);
-    } else {
-        if (!model.Description().takesStatusOnly) {
-            throw UsageError(fmt::format(
-                "--policy status has no meaning for {}: that model ignores it; use sysmis",
-                model.Description().family));
-        }
-        model.SetPolicy(MissingPolicy::StatusOnly);
-    }
-}
-
-std::string FirstCaseText(const NotScoredReason& reason, const NotScored::Case& first,
-                          const ScoringSession& session, const ScoreModel& model)
-{
-    const TableReader& tables = session.Tables();
-    std::string text;
-    if (first.text && TellsTheCase(static_cast<int>(reason.code))) {
-        text = MessageText(static_cast<int>(reason.code),
-                           {ShortText(*first.text), reason.field, std::to_string(first.row)});
-    } else {
-        const std::string fault = FaultText(reason.field, first.text);
-        text = fmt::format("row {}{}{}", first.row, fault.empty() ? "" : ", ", fault);
-    }
-    if (tables.TableCount() > 1) text += fmt::format(" of {}", tables.NameOf(first.table));
-    const std::string meant =
-        first.text ? SuggestCategory(model, reason.field, *first.text) : std::string();
-    return meant.empty() ? text : text + "; " + meant;
-}
-
-// The cases of one code: how many, and the first of them with its field.
-struct CasesOfCode {
-    int64_t count = 0;
-    const NotScoredReason* reason = nullptr;
-    const NotScored::Case* first = nullptr;
-};
-
-std::map<long, CasesOfCode> ByCode(const ScoringReport& report)
-{
-    std::map<long, CasesOfCode> byCode;
-    for (const auto& [reason, cases] : report.notScored) {
-        CasesOfCode& all = byCode[reason.code];
-        all.count += cases.count;
-        const NotScored::Case& first = cases.first.front();
-        if (all.first == nullptr ||
-            std::pair(first.table, first.row) < std::pair(all.first->table, all.first->row)) {
-            all.reason = &reason;
-            all.first = &first;
-        }
-    }
-    return byCode;
-}
-
-std::string UnlistedText(const UnlistedValues& unlisted, const ScoreModel& model)
-{
-    std::string line =
-        fmt::format("column {} has {} {} that the model's dictionary doesn't list (",
-                    unlisted.column, unlisted.count, unlisted.count == 1 ? "value" : "values");
-    std::string meant;
-    for (size_t i = 0; i < unlisted.first.size(); ++i) {
-        line += fmt::format("{}'{}'", i == 0 ? "" : ", ", ShortText(unlisted.first[i]));
-        if (meant.empty()) meant = SuggestCategory(model, unlisted.column, unlisted.first[i]);
-    }
-    line += unlisted.oneMayBeReference ? "; one of these may be the reference)" : ")";
-    return meant.empty() ? line : line + ". " + meant;
-}
-
-// One line: cases scored, cases not scored by code, values that the dictionary doesn't list.
-std::string ClosingLine(const ScoringSession& session, const ScoreModel& model)
-{
-    const ScoringReport& report = session.Report();
-    const int64_t notScored = report.NotScoredCount();
-    std::string line =
-        fmt::format("{} of {} cases scored", report.scored, report.scored + notScored);
-    if (notScored > 0) line += fmt::format("; {} not scored:", notScored);
-    const char* between = " ";
-    for (const auto& [code, cases] : ByCode(report)) {
-        line += fmt::format("{}{} with status {} (first: {})", between, cases.count, code,
-                            FirstCaseText(*cases.reason, *cases.first, session, model));
-        between = ", ";
-    }
-    for (const UnlistedValues& unlisted : report.unlisted) {
-        line += "; " + UnlistedText(unlisted, model);
-    }
-    return line;
-}
 
 int ExitCodeOf(const ScoringReport& report, bool strict)
 {
@@ -245,117 +31,153 @@ int ExitCodeOf(const ScoringReport& report, bool strict)
     return kExitDone;
 }
 
-// Ends the output of a run that came to no end of its own, and says what there is of it.
-void EndEarly(std::string_view why, RowWriter& writer, const ScoreArguments& arguments,
-              Console& console)
-{
-    const std::string place = writer.EndEarly(arguments.partial);
-    std::string line = fmt::format("{}: {}", why, writer.RowsWritten());
-    if (place == arguments.output) {
-        line += fmt::format(", in {}", place);
-    } else if (!place.empty()) {
-        line += fmt::format(", in {}; {} is as it was (--partial would give it these rows)", place,
-                            arguments.output);
-    }
-    console.Say(line);
-}
+// One run of `score` or `curve`: its outputs, and what is said of it.
+class TableRun {
+public:
+    TableRun(const ScoreArguments& arguments, ScoringOptions options, Console& console)
+        : arguments_(arguments), options_(std::move(options)), console_(console)
+    {}
+    int Run();
 
-// Both commands: reads the model, then the table, and writes what the options ask for.
-int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& console)
+private:
+    void RefuseOutputs(const std::vector<std::string>& tables) const;
+    void Score();
+    void EndEarly(std::string_view why);
+    void WriteSummary() const;
+    double Seconds() const
+    {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin_).count();
+    }
+
+    const ScoreArguments& arguments_;
+    ScoringOptions options_;
+    Console& console_;
+    std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
+    std::optional<LoadedModel> model_;
+    std::optional<ScoringSession> session_;
+    std::optional<RowWriter> writer_;
+    std::optional<RowWriter> rejects_;
+};
+
+int TableRun::Run()
 {
-    const std::vector<std::string> tables =
-        arguments.cases.empty() ? std::vector<std::string>{"-"} : arguments.cases;
-    const auto fromInput = std::count(tables.begin(), tables.end(), "-");
-    if (fromInput > 1) throw UsageError("standard input can be one of the tables once only");
-    if (arguments.model == "-" && fromInput == 1) {
+    const std::vector<std::string> tables = TablesOf(arguments_);
+    if (arguments_.model == "-" && std::find(tables.begin(), tables.end(), "-") != tables.end()) {
         throw UsageError(
             "the model and the cases can't both come from standard input; name a file "
             "for one of them");
     }
-    const bool documentColumns = arguments.outputColumns == "document";
-    if (documentColumns && arguments.predictionOnly) {
-        throw UsageError("--prediction-only has no meaning with --output document");
-    }
-    if (!arguments.columns.empty() && (documentColumns || arguments.predictionOnly)) {
-        throw UsageError(fmt::format("--columns has no meaning with {}",
-                                     documentColumns ? "--output document" : "--prediction-only"));
-    }
-    options.dialect = DialectOf(arguments);
-    options.form = {options.dialect.delimiter, options.dialect.decimal};
-    options.missingTexts = arguments.missingTexts;
-    options.threads = arguments.threads == 0 ? ProcessorCount() : arguments.threads;
-    const std::optional<double> level = LevelOf(arguments);
-
-    LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin),
-                      LoadOptions{arguments.asIs,
-                                  documentColumns ? OutputColumns::Document : OutputColumns::Own});
-    if (options.curves && !CurveShaper::Suits(model.Description())) {
-        throw UsageError(fmt::format(
-            "{} has no survival curves: its family is {}, and Cox models alone have them",
-            model.File(), model.Description().family));
-    }
-    SetPolicy(model, arguments.policy);
-    SetLevel(model, level);
-    if (!options.output.columns.empty()) {
-        options.results = OptionsFor(model.Description(), options.output.columns);
-    }
-    if (arguments.predictionOnly) model.WantPredictionOnly();
+    LoadOptions load;
+    load.asIs = arguments_.asIs;
+    if (arguments_.outputColumns == "document") load.output = OutputColumns::Document;
+    load.digest = !arguments_.summary.empty();
+    model_.emplace(arguments_.model, std::make_shared<Plugin>(arguments_.plugin), load);
+    PrepareModel(arguments_, *model_, options_);
 
     CatchStopSignals();
-    RefuseOutputOntoDocument(arguments.output, arguments.model);
-    for (const std::string& table : tables) RefuseOutputOntoTable(arguments.output, table);
-
-    std::optional<ScoringSession> session;
-    std::optional<RowWriter> writer;
+    RefuseOutputs(tables);
     try {
-        session.emplace(model, tables, options, &StopRequested());
-        writer.emplace(arguments.output);
-        ScoringSession::Progress progress;
-        if (!arguments.quiet) {
-            progress = [&](uint64_t done) {
-                console.ShowProgress(done, session->Tables().TotalBytes());
-            };
-        }
-        session->Run(*writer, nullptr, progress);
-        if (!session->Report().interrupted) writer->Close();
+        session_.emplace(*model_, tables, options_, &StopRequested());
+        Score();
     } catch (const Failure& failure) {
         // The header was still being read, or a pipe that is the output had no reader yet.
-        if (StopSignal() != 0 && !writer) {
-            console.Say(fmt::format("{}: 0", kInterrupted));
+        if (StopSignal() != 0 && !writer_) {
+            console_.Say(fmt::format("{}: 0", kInterrupted));
             return kExitSignal + StopSignal();
         }
-        console.SayFailure(failure);
-        if (writer) EndEarly(kBeforeThat, *writer, arguments, console);
+        console_.SayFailure(failure);
+        if (writer_) EndEarly(kBeforeThat);
+        if (session_) WriteSummary();
         return static_cast<int>(failure.Kind());
     } catch (...) {
-        if (writer) EndEarly(kBeforeThat, *writer, arguments, console);
+        if (writer_) EndEarly(kBeforeThat);
         throw;
     }
-
-    const ScoringReport& report = session->Report();
+    const ScoringReport& report = session_->Report();
     if (report.interrupted) {
-        EndEarly(kInterrupted, *writer, arguments, console);
-    } else if (!arguments.quiet && !report.outputClosed) {
-        console.Say(ClosingLine(*session, model.Model()));
+        EndEarly(kInterrupted);
+    } else if (!arguments_.quiet && !report.outputClosed) {
+        console_.Say(ClosingLine(*session_, *model_));
     }
-    return ExitCodeOf(report, arguments.strict);
+    WriteSummary();
+    return ExitCodeOf(report, arguments_.strict);
+}
+
+// No output may be an input, nor another output.
+void TableRun::RefuseOutputs(const std::vector<std::string>& tables) const
+{
+    std::vector<std::string> outputs{arguments_.output};
+    for (const std::string& file : {arguments_.rejects, arguments_.summary}) {
+        if (file.empty()) continue;
+        for (const std::string& other : outputs) RefuseSameOutput(file, other);
+        outputs.push_back(file);
+    }
+    for (const std::string& output : outputs) {
+        RefuseOutputOntoDocument(output, arguments_.model);
+        for (const std::string& table : tables) RefuseOutputOntoTable(output, table);
+    }
+}
+
+void TableRun::Score()
+{
+    writer_.emplace(arguments_.output, options_.compression);
+    if (options_.rejects) {
+        rejects_.emplace(arguments_.rejects, CompressionOf(arguments_.rejects));
+    }
+    ScoringSession::Progress progress;
+    if (!arguments_.quiet) {
+        progress = [&](uint64_t bytes, int64_t rows) {
+            console_.ShowProgress({bytes, session_->Tables().TotalBytes(), rows});
+        };
+    }
+    session_->Run(*writer_, rejects_ ? &*rejects_ : nullptr, progress);
+    if (session_->Report().interrupted) return;
+    writer_->Close();
+    if (rejects_) rejects_->Close();
+}
+
+// Ends the output of a run that came to no end of its own, and says what there is of it.
+void TableRun::EndEarly(std::string_view why)
+{
+    const std::string place = writer_->EndEarly(arguments_.partial);
+    std::string line = fmt::format("{}: {}", why, writer_->RowsWritten());
+    if (place == arguments_.output) {
+        line += fmt::format(", in {}", place);
+    } else if (!place.empty()) {
+        line += fmt::format(", in {}; {} is as it was (--partial would give it these rows)", place,
+                            arguments_.output);
+    }
+    if (rejects_) {
+        const std::string rejects = rejects_->EndEarly(arguments_.partial);
+        if (!rejects.empty()) line += fmt::format("; the rejects among them in {}", rejects);
+    }
+    console_.Say(line);
+}
+
+void TableRun::WriteSummary() const
+{
+    if (arguments_.summary.empty()) return;
+    WriteWholeFile(arguments_.summary, SummaryJson(*session_, *model_, Seconds()).dump(2) + "\n");
+}
+
+int RunTable(const ScoreArguments& arguments, bool curves, Console& console)
+{
+    ScoringOptions options = OptionsOf(arguments);
+    options.curves = curves;
+    if (arguments.progress) console.WantProgress();
+    return TableRun(arguments, std::move(options), console).Run();
 }
 
 }  // namespace
 
 int RunScore(const ScoreArguments& arguments, Console& console)
 {
-    ScoringOptions options;
-    options.output = OutputOf(arguments);
-    options.results.predictionOnly = arguments.predictionOnly;
-    return RunTable(arguments, std::move(options), console);
+    return RunTable(arguments, false, console);
 }
 
 int RunCurve(const ScoreArguments& arguments, Console& console)
 {
-    ScoringOptions options;
-    options.curves = true;
-    return RunTable(arguments, std::move(options), console);
+    return RunTable(arguments, true, console);
 }
 
 }  // namespace MCVelscore_850

@@ -3,6 +3,8 @@
 #include <utility>
 #include <vector>
 
+#include <sha2.h>
+
 #include "engine/documents/documenttree.h"
 #include "engine/documents/treetext.h"
 #include "engine/messages/failure.h"
@@ -34,6 +36,13 @@ Document Build(std::string_view bytes, const std::string& file,
     return document;
 }
 
+std::string Sha256Of(std::string_view bytes)
+{
+    char text[SHA256_DIGEST_STRING_LENGTH];
+    SHA256Data(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), text);
+    return text;
+}
+
 }  // namespace
 
 Document::Document(std::string file, std::unique_ptr<Tree> tree)
@@ -49,7 +58,7 @@ Document::Document(Document&&) noexcept = default;
 Document& Document::operator=(Document&&) noexcept = default;
 Document::~Document() = default;
 
-Document LoadDocument(const std::string& path, const DocumentLimits& limits)
+Document LoadDocument(const std::string& path, const DocumentLimits& limits, std::string* sha256)
 {
     InputFile input(path, nullptr, FailureKind::Document);
     if (input.Size() > limits.documentBytes) RefuseDocumentSize(input.Name(), limits.documentBytes);
@@ -65,6 +74,7 @@ Document LoadDocument(const std::string& path, const DocumentLimits& limits)
     }
     if (bytes.empty()) throw Failure(FailureKind::Document, kEmptyDocument, {input.Name()});
     guard.Finish();
+    if (sha256 != nullptr) *sha256 = Sha256Of(bytes);
     return Build(bytes, input.Name(), guard.Places());
 }
 

@@ -44,7 +44,9 @@ private:
 ///
 /// Errors  Failure of kind Document: kCannotRead, kEmptyDocument, those of DocumentGuard, and
 ///         kNotAModelDocument for a root that is neither PMML nor "zelt-ml".
-Document LoadDocument(const std::string& path, const DocumentLimits& limits = {});
+/// Digest  `sha256`, unless null, becomes the SHA-256 of the file's bytes in hexadecimal digits.
+Document LoadDocument(const std::string& path, const DocumentLimits& limits = {},
+                      std::string* sha256 = nullptr);
 
 /// The same for bytes at hand; `file` is how messages call them.
 Document LoadDocumentText(std::string_view bytes, const std::string& file,

@@ -49,7 +49,7 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
                          const LoadOptions& options)
     : plugin_(std::move(plugin))
 {
-    Document document = LoadDocument(path);
+    Document document = LoadDocument(path, {}, options.digest ? &sha256_ : nullptr);
     file_ = document.File();
     bool rotatedTarget = false;
     try {

@@ -57,6 +57,8 @@ struct LoadOptions {
     /// Reads the ModelVerification section too; a document without one is refused with
     /// kNoVerification.
     bool verification = false;
+    /// Keeps the digest of the document's bytes.
+    bool digest = false;
 };
 
 /// A model, read from its document by the plug-in.
@@ -102,6 +104,8 @@ public:
     const OutputSection* Output() const { return output_.get(); }
     /// The records of the ModelVerification section; null unless they were asked for.
     const VerificationTable* Verification() const { return verification_.get(); }
+    /// The SHA-256 of the document's bytes, in hexadecimal digits; empty unless it was asked for.
+    const std::string& Sha256() const { return sha256_; }
     /// The document's version, empty when it tells none.
     std::string Version() const;
     /// The model's plain text of all that it holds.
@@ -110,6 +114,7 @@ public:
 private:
     std::shared_ptr<const Plugin> plugin_;  // first: its code outlives the model
     std::string file_;
+    std::string sha256_;
     std::vector<std::string> adaptations_;
     std::vector<std::string> listedByCells_;
     std::vector<MiningFieldTreatment> treatments_;

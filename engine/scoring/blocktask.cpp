@@ -27,7 +27,8 @@ BlockTask::BlockTask(const BlockPlan& plan)
       results_(scorer_.Schema()),
       mostRows_(
           std::clamp(kMostFields / plan.reader.Header().size(), size_t{1}, TableScorer::kRows)),
-      rows_(plan.form)
+      rows_(plan.form),
+      compressor_(plan.compression)
 {}
 
 BlockTask::~BlockTask() = default;
@@ -49,6 +50,10 @@ void BlockTask::Run(int64_t mostRejects)
         if (failure_ == nullptr) SplitAndScore();
     } catch (...) {
         failure_ = std::current_exception();
+    }
+    packedRows_.clear();
+    if (plan_.compression != Compression::None && !rows_.RowEnds().empty()) {
+        compressor_.Compress(rows_.Text(), packedRows_);
     }
     time_ = std::chrono::steady_clock::now() - begin;
 }

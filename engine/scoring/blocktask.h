@@ -16,6 +16,7 @@
 #include "engine/scoring/scoringreport.h"
 #include "engine/scoring/tablescorer.h"
 #include "engine/tables/columnblock.h"
+#include "engine/tables/compression.h"
 #include "engine/tables/recordblock.h"
 #include "engine/tables/recordsplitter.h"
 #include "engine/tables/rowtext.h"
@@ -32,6 +33,7 @@ struct BlockPlan {
     const OutputShaper& shaper;
     TableOptions table;
     RowForm form;
+    Compression compression = Compression::None;  ///< of the rows of text
     char delimiter = ',';
     bool rejects = false;  ///< rows that can't be read are rejected; else the table ends there
     int64_t mostRejects = std::numeric_limits<int64_t>::max();
@@ -60,6 +62,8 @@ public:
     void SettleAs(const BlockTask& other) { scorer_.SettleAs(other.scorer_); }
 
     const RowText& Rows() const { return rows_; }
+    /// The same, compressed if that is wanted.
+    const std::string& PackedRows() const { return packedRows_; }
     const RowText& Rejects() const { return rejects_; }
     int64_t RejectCount() const { return rejectCount_; }
     const ScoringReport& Report() const { return report_; }
@@ -96,6 +100,8 @@ private:
     RecordBlock records_;
     std::span<const std::string_view> fields_;  ///< of the rows at hand
     RowText rows_;
+    Compressor compressor_;
+    std::string packedRows_;
     RowText rejects_;
     int64_t rejectCount_ = 0;
     int64_t mostRejects_ = 0;

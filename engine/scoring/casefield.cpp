@@ -52,8 +52,8 @@ CaseField::CaseField(const ScoreDictVar& var, const CaseOptions& options, bool o
             high_ = limits.high;
         }
     }
-    hasMissingWords_ = !options.missingTexts.empty() ||
-                       (dictVar_ != nullptr && dictVar_->HasMissingWords());
+    hasMissingWords_ =
+        !options.missingTexts.empty() || (dictVar_ != nullptr && dictVar_->HasMissingWords());
     countsUnlisted_ = dictVar_ != nullptr && var.AcceptsUnlisted();
     treated_ = countsUnlisted_;
 }

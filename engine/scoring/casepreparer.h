@@ -27,7 +27,8 @@ struct ColumnBlock;
 /// Turns the rows of a table into cases for one model: typed values in one record, overwritten
 /// row by row.
 ///
-/// Columns   are found by name, as CaseOptions::columnOf says; those that the model needs must be there, each once: the
+/// Columns   are found by name, as CaseOptions::columnOf says; those that the model needs must be
+/// there, each once: the
 ///           variables that its description names, and for derived ones the fields that their
 ///           expressions read.
 /// Values    An empty field is a missing value, and so is NA unless the variable declares a

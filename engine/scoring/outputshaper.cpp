@@ -167,8 +167,8 @@ void OutputShaper::WriteRow(RowText& rows, const InputRow& input, const ResultBl
     rows.EndRow();
 }
 
-void OutputShaper::WriteRow(RowText& rows, const InputRow& input,
-                            std::span<const OutputCell> cells, const CaseStatus& status) const
+void OutputShaper::WriteRow(RowText& rows, const InputRow& input, std::span<const OutputCell> cells,
+                            const CaseStatus& status) const
 {
     WriteKept(rows, input);
     for (const OutputCell& cell : cells) WriteCell(rows, cell);

@@ -33,9 +33,9 @@ struct InputRow {
     std::string_view table{};  ///< how messages call its table
 };
 
-/// Names and fills the columns of the output: the table's name, the kept ones, then those of a ResultSchema, or of
-/// the document's Output section, then status and status_field. A kept column of the same name gets
-/// the prefix "input.".
+/// Names and fills the columns of the output: the table's name, the kept ones, then those of a
+/// ResultSchema, or of the document's Output section, then status and status_field. A kept column
+/// of the same name gets the prefix "input.".
 ///
 /// Rows     What a case has no value for is an empty field. A status other than 0 leaves all empty,
 ///          but for defaults that the document gives its output fields.

@@ -47,6 +47,7 @@ struct ScoringReport {
     int64_t scored = 0;
     std::map<NotScoredReason, NotScored, NotScoredOrder> notScored;
     std::vector<UnlistedValues> unlisted;
+    int64_t rejected = 0;       ///< rows in the table of rejects
     int64_t rowsWritten = 0;    ///< whole rows in the output
     bool interrupted = false;   ///< the stop flag ended the run
     bool outputClosed = false;  ///< the reader of the output pipe went away

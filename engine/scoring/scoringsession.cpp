@@ -55,10 +55,7 @@ std::map<std::string, std::string> ColumnsOf(const LoadedModel& model, const Tab
 
 }  // namespace
 
-size_t ProcessorCount()
-{
-    return static_cast<size_t>(oneapi::tbb::info::default_concurrency());
-}
+size_t ProcessorCount() { return static_cast<size_t>(oneapi::tbb::info::default_concurrency()); }
 
 ScoringSession::ScoringSession(const LoadedModel& model, std::vector<std::string> tables,
                                const ScoringOptions& options, const StopFlag* stop)
@@ -67,16 +64,17 @@ ScoringSession::ScoringSession(const LoadedModel& model, std::vector<std::string
                .hasHeader = options.dialect.hasHeader,
                .passesTorn = options.rejects},
               BlockSizeOf(model, options), stop),
-      plan_{
-          .model = model,
-          .reader = reader_,
-          .shaper = shaper_,
-          .table = {options.dialect.decimal, options.missingTexts, options.results, options.curves, ColumnsOf(model, reader_, options)},
-          .form = options.form,
-          .delimiter = options.dialect.delimiter,
-          .rejects = options.rejects,
-          .mostRejects = options.mostRejects,
-          .stop = stop},
+      plan_{.model = model,
+            .reader = reader_,
+            .shaper = shaper_,
+            .table = {options.dialect.decimal, options.missingTexts, options.results,
+                      options.curves, ColumnsOf(model, reader_, options)},
+            .form = options.form,
+            .compression = options.compression,
+            .delimiter = options.dialect.delimiter,
+            .rejects = options.rejects,
+            .mostRejects = options.mostRejects,
+            .stop = stop},
       tasks_(),
       schema_((tasks_.emplace_back(plan_), model.Description()), options.results),
       shaper_(schema_, reader_.Header(), reader_.NameOf(0), options.output, model.Output()),
@@ -232,18 +230,20 @@ void ScoringSession::WriteBlock(BlockTask& task)
 {
     times_.scoring += task.Time();
     // With the rejects of the blocks before, one of these may be one too many.
-    const int64_t left = plan_.mostRejects - rejectCount_;
+    const int64_t left = plan_.mostRejects - report_.rejected;
     if (task.RejectCount() > left) task.Run(left);
-    rejectCount_ += task.RejectCount();
+    report_.rejected += task.RejectCount();
     report_.Add(task.Report());
     for (const BlockTask::Unlisted& value : task.UnlistedTexts()) {
         unlisted_[value.field].Count(value.text);
     }
     if (rejectWriter_ != nullptr) rejectWriter_->Write(task.Rejects());
-    writer_->Write(task.Rows());
+    writer_->Write(task.Rows(), task.PackedRows());
     if (task.WhyEnded() != nullptr) std::rethrow_exception(task.WhyEnded());
     if (task.IsStopped() || writer_->IsClosed()) ended_ = true;
-    if (progress_) progress_(task.Records().bytesRead);
+    if (progress_) {
+        progress_(task.Records().bytesRead, report_.scored + report_.NotScoredCount());
+    }
 }
 
 }  // namespace MCVelscore_850

@@ -29,14 +29,15 @@ namespace MCVelscore_850 {
 struct TableDialect {
     char delimiter = ',';
     char decimal = '.';
-    /// Without a header columns are called by their numbers, from 1; unless ScoringOptions::columnOf
-    /// says otherwise they are the model's, in its order.
+    /// Without a header columns are called by their numbers, from 1; unless
+    /// ScoringOptions::columnOf says otherwise they are the model's, in its order.
     bool hasHeader = true;
 };
 
 struct ScoringOptions {
     TableDialect dialect;
-    RowForm form;  ///< of the output
+    RowForm form;                                 ///< of the output
+    Compression compression = Compression::None;  ///< of the output
     std::vector<std::string> missingTexts;
     std::map<std::string, std::string> columnOf;  ///< as CaseOptions::columnOf
     OutputOptions output;
@@ -72,13 +73,14 @@ size_t ProcessorCount();
 ///         but leaves the end to the writers' owner: Close() of a whole table, or EndEarly().
 ///         Blocks go one by one until a row was scored, since a model may settle things by it.
 /// Errors  Failure: what TableReader, CasePreparer, OutputShaper and RowWriter refuse,
-///         kColumnsWithoutHeader and kTooManyRejects. A fault in mid-table leaves the whole rows before it written; Report()
-///         tells how many.
+///         kColumnsWithoutHeader and kTooManyRejects. A fault in mid-table leaves the whole rows
+///         before it written; Report() tells how many.
 /// Owner   model and stop flag outlive the session.
 class ScoringSession {
 public:
-    /// Called now and then, by one thread at a time, with the bytes read so far.
-    using Progress = std::function<void(uint64_t)>;
+    /// Called now and then, by one thread at a time, with the bytes read and the rows written so
+    /// far.
+    using Progress = std::function<void(uint64_t bytes, int64_t rows)>;
 
     ScoringSession(const LoadedModel& model, std::vector<std::string> tables,
                    const ScoringOptions& options, const StopFlag* stop = nullptr);
@@ -90,6 +92,7 @@ public:
     const ScoringReport& Report() const { return report_; }
     const ScoringTimes& Times() const { return times_; }
     const TableReader& Tables() const { return reader_; }
+    size_t ThreadCount() const { return threads_; }
 
 private:
     bool IsStopped() const { return stop_ != nullptr && stop_->load(std::memory_order_relaxed); }
@@ -114,7 +117,6 @@ private:
     Progress progress_;
     bool readEnded_ = false;          ///< no further block is read
     std::atomic<bool> ended_{false};  ///< nothing more is read or written
-    int64_t rejectCount_ = 0;
     std::exception_ptr failure_;
     ScoringReport report_;
     std::vector<UnlistedValues> unlisted_;  ///< by the preparer's field

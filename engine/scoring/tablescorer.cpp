@@ -16,9 +16,12 @@ namespace {
 
 CaseOptions CaseOptionsOf(const LoadedModel& model, const TableOptions& options)
 {
-    return {options.decimal, model.Substitutes(), options.missingTexts,
+    return {options.decimal,
+            model.Substitutes(),
+            options.missingTexts,
             model.Output() == nullptr ? std::vector<std::string>() : model.Output()->inputs,
-            model.ListedByCells(), options.columnOf};
+            model.ListedByCells(),
+            options.columnOf};
 }
 
 // The first rows of a block, as bits.

@@ -1,7 +1,5 @@
 #include "engine/tables/rowwriter.h"
 
-#include <algorithm>
-
 #include "engine/messages/failure.h"
 #include "engine/tables/rowtext.h"
 
@@ -13,13 +11,24 @@ constexpr size_t kFlushAt = size_t{1} << 16;
 
 }  // namespace
 
-RowWriter::RowWriter(const std::string& path) : file_(path) {}
+RowWriter::RowWriter(const std::string& path, Compression compression)
+    : file_(path), compression_(compression), compressor_(compression)
+{}
 
-void RowWriter::Write(const RowText& rows)
+void RowWriter::Write(const RowText& rows, std::string_view packed)
 {
-    const size_t shift = buffer_.size();
-    buffer_.append(rows.Text());
-    for (const size_t end : rows.RowEnds()) rowEnds_.push_back(shift + end);
+    const size_t begin = buffer_.size();
+    if (compression_ == Compression::None) {
+        buffer_.append(rows.Text());
+        for (const size_t end : rows.RowEnds()) cuts_.push_back({begin + end, 1});
+    } else if (!rows.RowEnds().empty()) {
+        if (packed.empty()) {
+            compressor_.Compress(rows.Text(), buffer_);
+        } else {
+            buffer_.append(packed);
+        }
+        cuts_.push_back({buffer_.size(), static_cast<int64_t>(rows.RowEnds().size())});
+    }
     if (buffer_.size() >= kFlushAt) Flush();
 }
 
@@ -27,18 +36,18 @@ void RowWriter::Flush()
 {
     const uint64_t before = file_.Written();
     const int error = file_.Write(buffer_);
-    if (error != 0) {
-        const auto cut =
-            std::upper_bound(rowEnds_.begin(), rowEnds_.end(), file_.Written() - before);
-        rowsWritten_ += cut - rowEnds_.begin();
-        file_.CutTo(before + (cut == rowEnds_.begin() ? 0 : *(cut - 1)));
-        buffer_.clear();
-        rowEnds_.clear();
-        RefuseOutput(file_.Name(), error);
+    const uint64_t written = file_.Written() - before;
+    size_t kept = 0;
+    for (const Cut& cut : cuts_) {
+        if (IsClosed() || cut.place > written) break;
+        kept = cut.place;
+        rowsWritten_ += cut.rows;
     }
-    if (!IsClosed()) rowsWritten_ += static_cast<int64_t>(rowEnds_.size());
     buffer_.clear();
-    rowEnds_.clear();
+    cuts_.clear();
+    if (error == 0) return;
+    file_.CutTo(before + kept);
+    RefuseOutput(file_.Name(), error);
 }
 
 void RowWriter::Close()

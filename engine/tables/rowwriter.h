@@ -6,26 +6,29 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/tables/compression.h"
 #include "engine/tables/outputfile.h"
 
 namespace MCVelscore_850 {
 
 class RowText;
 
-/// Writes rows of text to an OutputFile: whole rows only.
+/// Writes rows of text to an OutputFile, compressed if wanted: whole rows only.
 ///
 /// Errors  those of OutputFile; a regular file is cut back to the last whole row then. A pipe whose
 ///         reader went away is no failure: the writer then drops everything and IsClosed() says so.
+///         Of compressed rows those that were written together stay or go together.
 /// Order   rows; Close() at the end of a whole table, EndEarly() at that of any other. What a
 ///         destroyed writer holds is lost, on purpose: Close() reports, a destructor couldn't.
 class RowWriter {
 public:
     /// `path` "-" is standard output.
-    explicit RowWriter(const std::string& path);
+    explicit RowWriter(const std::string& path, Compression compression = Compression::None);
     RowWriter(const RowWriter&) = delete;
     RowWriter& operator=(const RowWriter&) = delete;
 
-    void Write(const RowText& rows);
+    /// `packed` is what a Compressor has made of the rows already; else the writer compresses them.
+    void Write(const RowText& rows, std::string_view packed = {});
 
     /// Writes out what is buffered.
     void Flush();
@@ -42,9 +45,17 @@ public:
     int64_t RowsWritten() const { return rowsWritten_ > 0 ? rowsWritten_ - 1 : 0; }
 
 private:
+    /// Where the file may be cut: in the buffer, and the rows up to there.
+    struct Cut {
+        size_t place;
+        int64_t rows;
+    };
+
     OutputFile file_;
+    Compression compression_;
+    Compressor compressor_;
     std::string buffer_;
-    std::vector<size_t> rowEnds_;  // in the buffer
+    std::vector<Cut> cuts_;
     int64_t rowsWritten_ = 0;
 };
 

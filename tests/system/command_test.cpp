@@ -44,8 +44,9 @@ TEST_F(Command, UnknownCommandsAndOptionsAreWrongUsage)
     EXPECT_TRUE(Has(RunVelscore({"judge"}).err, "'judge'"));
     EXPECT_EQ(RunVelscore({"score", model_, "--fast"}).exitCode, 1);
     EXPECT_EQ(RunVelscore({"score"}).exitCode, 1);
-    EXPECT_EQ(RunVelscore({"score", model_, "a.csv", "b.csv"}).exitCode, 1);
-    EXPECT_EQ(RunVelscore({"score", model_, "--threads", "2"}).exitCode, 1);
+    EXPECT_EQ(RunVelscore({"inspect", model_, "b.pmml"}).exitCode, 1);
+    EXPECT_EQ(RunVelscore({"score", model_, "--threads", "0"}).exitCode, 1);
+    EXPECT_EQ(RunVelscore({"score", model_, "--threads", "many"}).exitCode, 1);
 }
 
 TEST_F(Command, MisspeltWordsAreBlamedAndSuggested)
@@ -77,7 +78,7 @@ TEST_F(Command, MisspeltWordsAreBlamedAndSuggested)
         EXPECT_TRUE(Has(run.err, sample.told)) << run.err;
     }
     EXPECT_FALSE(Has(RunVelscore({"judge"}).err, "Did you mean"));
-    EXPECT_TRUE(Has(RunVelscore({"score", model_, "a.csv", "b.csv"}).err, "b.csv"));
+    EXPECT_TRUE(Has(RunVelscore({"inspect", model_, "b.pmml"}).err, "b.pmml"));
 }
 
 TEST_F(Command, HelpOfEachCommandShowsAnExample)

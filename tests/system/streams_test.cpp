@@ -313,10 +313,11 @@ TEST_F(Streams, MemoryStaysTheSameHoweverLongTheTable)
     RunningVelscore running({"score", model_, "-", "-o", "/dev/null"});
     ASSERT_TRUE(running.Write("x,sex\n"));
     const std::string block = Rows(10000);
-    for (int i = 0; i < 5; ++i) ASSERT_TRUE(running.Write(block));
+    // Until each block that may be under way has its memory.
+    for (int i = 0; i < 30; ++i) ASSERT_TRUE(running.Write(block));
     running.AwaitInputTaken();
     const long early = running.PeakKilobytes();
-    for (int i = 0; i < 25; ++i) ASSERT_TRUE(running.Write(block));
+    for (int i = 0; i < 60; ++i) ASSERT_TRUE(running.Write(block));
     running.AwaitInputTaken();
     const long late = running.PeakKilobytes();
     EXPECT_GT(early, 0);

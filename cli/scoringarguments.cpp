@@ -1,0 +1,269 @@
+#include "cli/scoringarguments.h"
+
+#include <algorithm>
+#include <fstream>
+#include <map>
+#include <optional>
+#include <string_view>
+
+#include <fmt/format.h>
+
+#include "cli/commands.h"
+#include "engine/scoring/curveshaper.h"
+#include "host/values/numbertext.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+// A delimiter: of one byte, and none that would tear the rows.
+char DelimiterOf(std::string_view option, const std::string& text)
+{
+    if (text == "\\t" || text == "tab") return '\t';
+    constexpr std::string_view kNoDelimiters("\"\r\n\0", 4);
+    if (text.size() != 1) {
+        throw UsageError(
+            fmt::format("{} is '{}'; expected is one character of one byte, or tab", option, text));
+    }
+    if (kNoDelimiters.find(text.front()) != std::string_view::npos) {
+        throw UsageError(fmt::format("{} can't be a quote or a line end", option));
+    }
+    return text.front();
+}
+
+char DecimalOf(const std::string& text)
+{
+    constexpr std::string_view kNoDecimals("\"\r\n\t +-0123456789eE", 19);
+    if (text.size() != 1) {
+        throw UsageError(
+            fmt::format("--decimal is '{}'; expected is one character of one byte", text));
+    }
+    if (kNoDecimals.find(text.front()) != std::string_view::npos) {
+        throw UsageError(fmt::format("--decimal can't be '{}'", text));
+    }
+    return text.front();
+}
+
+void RefuseDelimiterAsDecimal(std::string_view option, char delimiter, char decimal)
+{
+    if (delimiter != decimal) return;
+    throw UsageError(
+        fmt::format("{} and --decimal are both '{}'; give the fields another delimiter: {} {}",
+                    option, decimal, option, decimal == ',' ? "';'" : ","));
+}
+
+void SetDialect(const ScoreArguments& arguments, ScoringOptions& options)
+{
+    TableDialect& dialect = options.dialect;
+    dialect.delimiter = DelimiterOf("--delimiter", arguments.delimiter);
+    dialect.decimal = DecimalOf(arguments.decimal);
+    dialect.hasHeader = !arguments.noHeader;
+    RefuseDelimiterAsDecimal("--delimiter", dialect.delimiter, dialect.decimal);
+    options.form = {dialect.delimiter, dialect.decimal, arguments.digits};
+    if (arguments.outDelimiter.empty()) return;
+    options.form.delimiter = DelimiterOf("--out-delimiter", arguments.outDelimiter);
+    RefuseDelimiterAsDecimal("--out-delimiter", options.form.delimiter, dialect.decimal);
+}
+
+void AddMapping(const std::string& text, std::string_view where,
+                std::map<std::string, std::string>& columnOf)
+{
+    const size_t equals = text.find('=');
+    if (equals == std::string::npos || equals == 0 || equals + 1 == text.size()) {
+        throw UsageError(fmt::format("{} has '{}'; expected is NAME=COLUMN", where, text));
+    }
+    const std::string name = text.substr(0, equals);
+    if (!columnOf.emplace(name, text.substr(equals + 1)).second) {
+        throw UsageError(fmt::format("{} tells the column of '{}' twice", where, name));
+    }
+}
+
+// What --map tells: a pair, or @FILE with a pair a line.
+std::map<std::string, std::string> MappingOf(const std::vector<std::string>& texts)
+{
+    std::map<std::string, std::string> columnOf;
+    for (const std::string& text : texts) {
+        if (!text.starts_with('@')) {
+            AddMapping(text, "--map", columnOf);
+            continue;
+        }
+        const std::string path = text.substr(1);
+        std::ifstream file(path);
+        if (!file) throw UsageError(fmt::format("--map {}: the file can't be read", text));
+        std::string line;
+        for (int number = 1; std::getline(file, line); ++number) {
+            if (line.ends_with('\r')) line.pop_back();
+            if (line.empty()) continue;
+            AddMapping(line, fmt::format("line {} of {}", number, path), columnOf);
+        }
+    }
+    return columnOf;
+}
+
+// The names of a list such as  a,"b, c",d : quotes as in a table.
+std::vector<std::string> SplitNames(const std::string& option, const std::string& list)
+{
+    std::vector<std::string> names(1);
+    bool quoted = false;
+    for (size_t i = 0; i < list.size(); ++i) {
+        const char c = list[i];
+        if (quoted && c == '"' && i + 1 < list.size() && list[i + 1] == '"') {
+            names.back() += '"';
+            ++i;
+        } else if (c == '"' && (quoted || names.back().empty())) {
+            quoted = !quoted;
+        } else if (c == ',' && !quoted) {
+            names.emplace_back();
+        } else {
+            names.back() += c;
+        }
+    }
+    if (quoted)
+        throw UsageError(fmt::format("{} {} has a quote that is never closed", option, list));
+    return names;
+}
+
+OutputOptions OutputOf(const ScoreArguments& arguments)
+{
+    OutputOptions output;
+    for (const std::string& list : arguments.keep) {
+        if (list == "all") {
+            output.keepAll = true;
+            continue;
+        }
+        for (std::string& name : SplitNames("--keep", list)) output.keep.push_back(std::move(name));
+    }
+    for (const std::string& list : arguments.columns) {
+        for (std::string& name : SplitNames("--columns", list)) {
+            output.columns.push_back(std::move(name));
+        }
+    }
+    output.tableColumn = arguments.nameColumn;
+    return output;
+}
+
+// The level that --level asks for; nothing without it.
+std::optional<double> LevelOf(const ScoreArguments& arguments)
+{
+    if (!arguments.level) return std::nullopt;
+    if (arguments.predictionOnly) {
+        throw UsageError("--level has no meaning with --prediction-only, which leaves out limits");
+    }
+    const std::string& text = *arguments.level;
+    double level = 0.0;
+    if (ReadNumber(text, level) == NumberText::Number && level > 0.0 && level < 1.0) return level;
+    std::string wrong =
+        fmt::format("--level is '{}'; expected is a number above 0 and below 1", text);
+    std::string_view number = text;
+    if (number.ends_with('%')) number.remove_suffix(1);
+    if (ReadNumber(number, level) == NumberText::Number && level > 1.0 && level < 100.0) {
+        wrong += fmt::format(". Did you mean {:.12g}?", level / 100.0);
+    }
+    throw UsageError(wrong);
+}
+
+// Why no level can be set for a model.
+std::string WhyNoLevel(const ModelDescription& about)
+{
+    const ResultSchema schema(about);
+    const auto& columns = schema.Columns();
+    const auto limit = std::find_if(columns.begin(), columns.end(), [](const auto& column) {
+        return column.quantity == ResultQuantity::CILower;
+    });
+    if (limit == columns.end()) {
+        return fmt::format(
+            "has no limits: {} ({})",
+            about.targetCategories.empty() ? "its family has none" : "it predicts a category",
+            about.family);
+    }
+    return limit->lacksCovariances ? "has no limits: the document has no covariances (PCovMatrix)"
+                                   : "has no limits of a level: the document fixes their distance";
+}
+
+void SetLevel(LoadedModel& model, const std::optional<double>& level)
+{
+    if (!level) return;
+    const ModelDescription& about = model.Description();
+    if (!about.hasConfidenceLevel) {
+        throw UsageError(
+            fmt::format("--level has no meaning: {} {}", model.File(), WhyNoLevel(about)));
+    }
+    model.SetConfidenceLevel(*level);
+}
+
+void SetPolicy(LoadedModel& model, const std::string& policy)
+{
+    if (policy.empty()) return;
+    if (policy == "substitute") {
+        model.SetPolicy(MissingPolicy::Substitute);
+    } else if (policy == "sysmis") {
+        model.SetPolicy(MissingPolicy::SysmisResult);
+    } else {
+        if (!model.Description().takesStatusOnly) {
+            throw UsageError(fmt::format(
+                "--policy status has no meaning for {}: that model ignores it; use sysmis",
+                model.Description().family));
+        }
+        model.SetPolicy(MissingPolicy::StatusOnly);
+    }
+}
+
+void RefuseColumnChoice(const ScoreArguments& arguments)
+{
+    const bool document = arguments.outputColumns == "document";
+    if (document && arguments.predictionOnly) {
+        throw UsageError("--prediction-only has no meaning with --output document");
+    }
+    if (!arguments.columns.empty() && (document || arguments.predictionOnly)) {
+        throw UsageError(fmt::format("--columns has no meaning with {}",
+                                     document ? "--output document" : "--prediction-only"));
+    }
+}
+
+}  // namespace
+
+std::vector<std::string> TablesOf(const ScoreArguments& arguments)
+{
+    if (arguments.cases.empty()) return {"-"};
+    if (std::count(arguments.cases.begin(), arguments.cases.end(), "-") > 1) {
+        throw UsageError("standard input can be one of the tables once only");
+    }
+    return arguments.cases;
+}
+
+ScoringOptions OptionsOf(const ScoreArguments& arguments)
+{
+    RefuseColumnChoice(arguments);
+    ScoringOptions options;
+    SetDialect(arguments, options);
+    options.compression = arguments.compress.empty() ? CompressionOf(arguments.output)
+                                                     : *CompressionNamed(arguments.compress);
+    options.missingTexts = arguments.missingTexts;
+    options.columnOf = MappingOf(arguments.mappings);
+    options.output = OutputOf(arguments);
+    options.results.predictionOnly = arguments.predictionOnly;
+    options.rejects = !arguments.rejects.empty();
+    if (arguments.mostRejects) {
+        if (!options.rejects) throw UsageError("--max-rejects has a meaning with --rejects alone");
+        options.mostRejects = *arguments.mostRejects;
+    }
+    options.threads = arguments.threads == 0 ? ProcessorCount() : arguments.threads;
+    return options;
+}
+
+void PrepareModel(const ScoreArguments& arguments, LoadedModel& model, ScoringOptions& options)
+{
+    if (options.curves && !CurveShaper::Suits(model.Description())) {
+        throw UsageError(fmt::format(
+            "{} has no survival curves: its family is {}, and Cox models alone have them",
+            model.File(), model.Description().family));
+    }
+    SetPolicy(model, arguments.policy);
+    SetLevel(model, LevelOf(arguments));
+    if (!options.output.columns.empty()) {
+        options.results = OptionsFor(model.Description(), options.output.columns);
+    }
+    if (arguments.predictionOnly) model.WantPredictionOnly();
+}
+
+}  // namespace MCVelscore_850

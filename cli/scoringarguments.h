@@ -1,0 +1,28 @@
+#ifndef VELSCORE_CLI_SCORINGARGUMENTS_H
+#define VELSCORE_CLI_SCORINGARGUMENTS_H
+
+#include <string>
+#include <vector>
+
+#include "engine/scoring/scoringsession.h"
+
+namespace MCVelscore_850 {
+
+class LoadedModel;
+struct ScoreArguments;
+
+// What was asked of `score` and `curve`, understood. All throw UsageError for what can't be, or
+// doesn't go together.
+
+/// The tables to score: standard input where none is named.
+std::vector<std::string> TablesOf(const ScoreArguments& arguments);
+
+/// What doesn't depend on the model.
+ScoringOptions OptionsOf(const ScoreArguments& arguments);
+
+/// Sets the model's policy, level and the like, and completes the options by what it is.
+void PrepareModel(const ScoreArguments& arguments, LoadedModel& model, ScoringOptions& options);
+
+}  // namespace MCVelscore_850
+
+#endif
