@@ -11,6 +11,7 @@
 #include "kernels/baseline.h"
 #include "kernels/linearpredictor.h"
 #include "kernels/survival.h"
+#include "kernels/timegrid.h"
 #include "models/caseroad.h"
 #include "models/coxregresult.h"
 
@@ -92,6 +93,7 @@ void CoxRegModel::SetCumHazardTable(const std::vector<HazardTable>& tables,
             baseline.times.push_back(time);
             baseline.hazards.push_back(hazard);
         }
+        baseline.grid = kernels::MakeTimeGrid(baseline.times.data(), table.size(), baseline.counts);
     }
     stratumByText.clear();
     stratumByNumber.clear();
@@ -344,12 +346,19 @@ double CoxRegModel::BaselineAt(size_t stratum, double t) const
 kernels::Baseline CoxRegModel::BaselineOf(size_t stratum) const
 {
     static constexpr double kNoCells[1] = {kNone};
-    kernels::Baseline baseline{kNoCells, kNoCells, 0, LimitOf(minTimes, stratum),
-                               LimitOf(maxTimes, stratum)};
+    static constexpr double kNoCounts[2] = {0.0, 0.0};
+    kernels::Baseline baseline{kNoCells,
+                               kNoCells,
+                               0,
+                               LimitOf(minTimes, stratum),
+                               LimitOf(maxTimes, stratum),
+                               {kNoCounts, 0.0, 0.0, 0.0, 0}};
     if (stratum < baselines.size()) {
         baseline.times = baselines[stratum].times.data();
         baseline.hazards = baselines[stratum].hazards.data();
         baseline.count = baselines[stratum].times.size();
+        baseline.grid = baselines[stratum].grid;
+        baseline.grid.counts = baselines[stratum].counts.data();  // also of a copied model
     }
     return baseline;
 }

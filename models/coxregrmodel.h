@@ -117,6 +117,8 @@ private:
     struct Baseline {
         std::vector<double> times;  ///< ascending
         std::vector<double> hazards;
+        std::vector<double> counts;  ///< of the grid
+        kernels::TimeGrid grid;
     };
 
     bool EveryFactorHasContrasts() const;

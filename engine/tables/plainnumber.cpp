@@ -35,7 +35,7 @@ bool DivideByPowerOfTen(uint64_t whole, size_t power, double& quotient)
     // The reciprocal is short by more than 0 and less than 1, so the product by less than 2^64:
     // times a power of two the quotient is above `bits` and below bits + 2. Of its bits 53 stay,
     // and both ends round to the same double unless the middle of two is bits + 1.
-    const int dropped = 11 - std::countl_zero(bits);
+    const int dropped = 10 + static_cast<int>(bits >> 63);  // of 63 or 64 bits
     const uint64_t middle = uint64_t{1} << (dropped - 1);
     if ((bits & (2 * middle - 1)) == middle - 1) return false;
     const auto significand = static_cast<double>((bits + middle) >> dropped);

@@ -137,7 +137,7 @@ size_t WriteWhole(uint64_t number, char* out)
             return 1;
         }
         const uint64_t digits = EightDigits(number);
-        const int zeros = std::countr_zero(digits) / 8;
+        const int zeros = std::countr_zero(digits) / 8 % 8;  // never all of them
         StoreEightBytes((digits | kZeros) >> 8 * zeros, out);
         return static_cast<size_t>(8 - zeros);
     }

@@ -17,6 +17,7 @@
 #include "kernels/softmax.h"
 #include "kernels/standarderror.h"
 #include "kernels/survival.h"
+#include "kernels/timegrid.h"
 
 namespace MCVelscore_850::kernels {
 namespace {
@@ -382,32 +383,57 @@ TEST_P(Blocks, CumulativeProbabilitiesAreThoseOfOneCase)
 
 TEST_P(Blocks, BaselinesAreLookedUpAsOfOneCase)
 {
-    constexpr size_t kCells[] = {0, 1, 2, 3, 10, 1000};
-    std::vector<std::vector<double>> times, hazards;
+    constexpr size_t kCells[] = {0, 1, 2, 3, 10, 17, 100, 1000, 300, 300, 300, 40, 40};
+    // By place: evenly spread; the last far away; ever denser, and ever further apart; denormal;
+    // with an infinite span.
+    const auto timeAt = [](size_t place, size_t cells, size_t i) {
+        const auto even = static_cast<double>(2 * i);
+        switch (place) {
+            case 8: return i + 1 == cells ? 1e12 : even;
+            case 9: return std::sqrt(even);
+            case 10: return std::exp(even);
+            case 11: return even * std::numeric_limits<double>::denorm_min();
+            case 12: return (even - 40.0) * 4e306;
+            default: return even;
+        }
+    };
+    std::vector<std::vector<double>> times, hazards, counts(std::size(kCells));
+    std::vector<TimeGrid> grids;
     for (const size_t cells : kCells) {
         std::vector<double>& time = times.emplace_back();
         std::vector<double>& hazard = hazards.emplace_back();
         for (size_t i = 0; i < cells; ++i) {
-            time.push_back(static_cast<double>(2 * i));
+            time.push_back(timeAt(times.size() - 1, cells, i));
             hazard.push_back(draw.Below(4) == 0 ? kNone : draw.Draw());
         }
+        grids.push_back(MakeTimeGrid(time.data(), cells, counts[grids.size()]));
     }
     std::vector<Baseline> strata;
     for (size_t i = 0; i < times.size(); ++i) {
         const auto last = static_cast<double>(2 * kCells[i]);
         for (const double maxTime : {last, last / 2, std::numeric_limits<double>::quiet_NaN()}) {
             for (const double minTime : {0.0, 1.0, -kInf}) {
-                strata.push_back({times[i].data(), hazards[i].data(), kCells[i], minTime, maxTime});
+                strata.push_back(
+                    {times[i].data(), hazards[i].data(), kCells[i], minTime, maxTime, grids[i]});
             }
         }
     }
     std::vector<int32_t> stratum(kBlockRows);
     std::vector<double> t(kBlockRows);
-    for (size_t round = 0; round < 4 * kBlocks; ++round) {
+    for (size_t round = 0; round < std::max(4 * kBlocks, 2 * strata.size()); ++round) {
         for (size_t row = 0; row < kBlockRows; ++row) {
-            stratum[row] = static_cast<int32_t>(draw.Below(strata.size()));
-            const size_t cells = strata[static_cast<size_t>(stratum[row])].count;
-            const auto at = static_cast<double>(draw.Below(2 * cells + 3)) - 1.0;
+            // Every other block is of one stratum, each in turn.
+            stratum[row] = static_cast<int32_t>(round % 2 == 0 ? round / 2 % strata.size()
+                                                               : draw.Below(strata.size()));
+            const Baseline& of = strata[static_cast<size_t>(stratum[row])];
+            auto at = static_cast<double>(draw.Below(2 * of.count + 3)) - 1.0;
+            if (of.count > 0 && draw.Below(2) == 0) {
+                // A time of the table itself, or beside it.
+                const double time = of.times[draw.Below(of.count)];
+                const double beside[] = {time, std::nextafter(time, -kInf),
+                                         std::nextafter(time, kInf)};
+                at = beside[draw.Below(3)];
+            }
             t[row] = draw.Below(20) == 0 ? draw.Draw() : at;
         }
         kernels->baselines(strata.data(), stratum.data(), t.data(), out.data(), kBlockRows);
