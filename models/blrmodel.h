@@ -17,11 +17,14 @@ namespace MCVelscore_850 {
 ///     lp    = sum of b[j] d[j]
 ///     p     = exp(lp) / (exp(0) + exp(lp))       probability of the category with the betas
 ///
-/// K[k] is the contrast matrix of a factor. The prediction is the more probable category, a tie
-/// going to the first; with a cut-off above 0 and a category that it is for, that category when its
-/// probability is above the cut-off, and the other one else.
+/// Where it is asked for, the standard error of lp is sqrt(d' V d) over the parameters whose beta
+/// isn't 0. K[k] is the contrast matrix of a factor. The prediction is the more probable category,
+/// a tie going to the first; with a cut-off above 0 and a category that it is for, that category
+/// when its probability is above the cut-off, and the other one else.
 ///
-/// Shapes  P parameters; K[k] has a row for each category of factor k.
+/// Shapes  P parameters; K[k] has a row for each category of factor k; V is P x P, all zeros
+/// without
+///         covariances.
 /// Errors  GetScore answers 90029 for a null record or a bad value, with the predictor's index;
 ///         90015 for a reference category that the target doesn't have; 90017 for a factor value
 ///         without a contrast.

@@ -57,17 +57,19 @@ MCScore::MCStatus CLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* r
     const kernels::CaseCells cells{state.numbers.data(), state.codes.data()};
     double* const lp = state.linearPredictors.data();
     const size_t categories = state.linearPredictors.size();
-    // The last one is the first category's, whose design values the state then holds.
-    for (size_t c = categories; c-- > 0;) {
-        lp[c] = kernels::SumOfTerms<kernels::Ends::AtZeroProduct, kernels::Adds::NonzeroTerms>(
-            0.0, plan.View(), categoryBetas[c].data(), 0, cells,
-            [&](size_t p, double d) { state.design[p] = d; });
-    }
+    const auto sum = [&](size_t c, auto keep) {
+        return kernels::SumOfTerms<kernels::Ends::AtZeroProduct, kernels::Adds::NonzeroTerms>(
+            0.0, plan.View(), categoryBetas[c].data(), 0, cells, keep);
+    };
+    for (size_t c = 0; c < categories; ++c) lp[c] = sum(c, [](size_t, double) {});
     state.linearPredictor = lp[0];
-    WriteLinearPredictorError(state);
+    if (state.wantsLinearPredictorError) {
+        sum(0, [&](size_t p, double d) { state.design[p] = d; });
+        WriteLinearPredictorError(state);
+    }
     const double largest = kernels::LargestOf(lp, categories).value;
-    const double sum = kernels::Exponentials(lp, categories, largest, state.probabilities.data());
-    walk.WritePrediction(state.probabilities[0] / sum);
+    const double total = kernels::Exponentials(lp, categories, largest, state.probabilities.data());
+    walk.WritePrediction(state.probabilities[0] / total);
     return walk.Status();
 }
 

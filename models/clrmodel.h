@@ -12,6 +12,8 @@ namespace MCVelscore_850 {
 ///     p  = exp(lp) / (exp(lp) + exp(0))
 ///
 /// p, the prediction, is the probability of the first category. There is no predicted category.
+/// Where it is asked for, the standard error of lp is sqrt(d' V d) over the parameters whose beta
+/// isn't 0.
 ///
 /// Errors  GetScore answers 90029 for a null record or a bad value.
 /// Order   Setup() before the tables are filled, FinishSetup() before the first GetScore().

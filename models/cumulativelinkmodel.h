@@ -18,7 +18,9 @@ struct CaseRoad;
 ///     p[i] = F[i] - F[i-1]                                         probability of category i
 ///
 /// A boundary whose F falls short of the one before counts as none: its category has probability 0.
-/// The prediction is the most probable category; of equal ones the lowest.
+/// The prediction is the most probable category; of equal ones the lowest. Where it is asked for,
+/// the standard error of eta is sqrt(d' V d) over the parameters from 1 on whose beta isn't 0: the
+/// thresholds have no part.
 ///
 /// Shapes  Parameter 0 is the thresholds' column of the beta table: row i holds the threshold of
 ///         category i. The betas of the other parameters lie in the last row but one, where the

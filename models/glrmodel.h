@@ -12,13 +12,15 @@ namespace MCVelscore_850 {
 ///              1 or 0             factor: the case's category is the cell's, or not
 ///              x[k]^ceil(c[p,k])  covariate with exponent c; 0 where x[k] is 0, whatever c is
 ///     lp   = sum of b[p] d[p]                     prediction
-///     se   = sqrt(d' V d)                         standard error of the mean prediction
+///     se   = sqrt(d' V d)                         standard error of the mean prediction, which is
+///                                                 that of lp
 ///     lp - t se, lp + t se                        confidence limits of the mean, with t the
 ///                                                 StudentLimitQuantile of df
 ///
 /// A fractional exponent counts as the next whole number at or above it, and one of 0 or below
 /// leaves d as it is. A document whose algorithm is "linearSVM" may fix the error (sigma) and the
-/// half-width of the limits (percentile, in units of the prediction) instead.
+/// half-width of the limits (percentile, in units of the prediction) instead; the error of lp stays
+/// that of the covariances.
 ///
 /// Shapes  P parameters, V is P x P and may be absent; the error is then 0.
 /// Units   prediction, error and limits in the unit of the target.

@@ -8,7 +8,9 @@ namespace MCVelscore_850 {
 /// Linear regression: one equation in numeric covariates.
 ///
 ///     lp = b[N] + sum of b[i] x[i], i < N               prediction
-///     se = sqrt(x' V x), x = (x[0], .., x[N-1], 1)      standard error of the mean prediction
+///     se = sqrt(x' V x), x = (x[0], .., x[N-1], 1)      standard error of the mean prediction,
+///     which
+///                                                       is that of lp
 ///     lp - t se, lp + t se                              confidence limits of the mean, with t
 ///                                                       the StudentLimitQuantile of df
 ///

@@ -334,9 +334,9 @@ double RegressionModel::DesignStandardError(CaseState& state, size_t firstRow) c
         state.met[met] = static_cast<uint32_t>(p + firstRow);
         if (state.design[p] != 0.0) ++met;
     }
-    return kernels::StandardErrorOfSum<double>(
-        pcovMatrix->GetRow(0), rows, state.met.data(), met,
-        [&](size_t row) { return state.design[row - firstRow]; });
+    const double* const design = state.design.data();
+    return kernels::StandardErrorOfSum<double>(pcovMatrix->GetRow(0), rows, state.met.data(), met,
+                                               [=](size_t row) { return design[row - firstRow]; });
 }
 
 void RegressionModel::SetUpDictVarIndex(const ScoreCaseRecord* record, bool derivedInRecord)

@@ -4,8 +4,8 @@
 // The distributions of MCDistFun once more, through Boost.Math: the usual definitions, to almost
 // full double precision, but for the tails of the non-central t. Of the scores only limits at
 // another confidence level than 95% come from here, by the quantiles of t and of the normal
-// distribution: all else keeps the algorithms of MCDistFun. docs/statistics.md shows both columns of
-// errors and says which to choose.
+// distribution: all else keeps the algorithms of MCDistFun. docs/statistics.md shows both columns
+// of errors and says which to choose.
 //
 // Everything here is inline; nothing is exported. Headers of Boost are enough to use it.
 
