@@ -82,6 +82,9 @@ void DefineTable(CLI::App* command, ScoreArguments& score)
     command->add_flag("--partial", score.partial,
                       "When the run ends early, give the whole rows written so far the name of -o "
                       "all the same; else they stay in a temporary file beside it");
+    command->add_flag("--resume", score.resume,
+                      "Go on where a run of the same model, tables and options was interrupted, or "
+                      "begin when there was none");
     AddText(command, "--policy", score.policy,
             "What to do with a missing or invalid predictor: substitute its replacement, answer a "
             "missing prediction, or answer the status alone. Without it the model's own stands",

@@ -33,6 +33,7 @@ struct ScoreArguments {
     int digits = 0;       ///< 0: all
     bool noHeader = false;
     bool progress = false;
+    bool resume = false;
     std::vector<std::string> missingTexts;
     std::string plugin;
     bool predictionOnly = false;

@@ -9,6 +9,7 @@
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/outputguard.h"
+#include "cli/resumenote.h"
 #include "cli/scoringarguments.h"
 #include "cli/scoringsummary.h"
 #include "cli/stopsignals.h"
@@ -41,7 +42,9 @@ public:
 
 private:
     void RefuseOutputs(const std::vector<std::string>& tables) const;
+    bool CanResume(const std::vector<std::string>& tables) const;
     void Score();
+    void OpenOutputs();
     void EndEarly(std::string_view why);
     void WriteSummary() const;
     double Seconds() const
@@ -55,6 +58,7 @@ private:
     std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
     std::optional<LoadedModel> model_;
     std::optional<ScoringSession> session_;
+    std::optional<ResumeNote> note_;
     std::optional<RowWriter> writer_;
     std::optional<RowWriter> rejects_;
 };
@@ -70,12 +74,14 @@ int TableRun::Run()
     LoadOptions load;
     load.asIs = arguments_.asIs;
     if (arguments_.outputColumns == "document") load.output = OutputColumns::Document;
-    load.digest = !arguments_.summary.empty();
+    const bool canResume = CanResume(tables);
+    load.digest = canResume || !arguments_.summary.empty();
     model_.emplace(arguments_.model, std::make_shared<Plugin>(arguments_.plugin), load);
     PrepareModel(arguments_, *model_, options_);
 
     CatchStopSignals();
     RefuseOutputs(tables);
+    if (canResume) note_.emplace(arguments_, tables, options_.curves, *model_);
     try {
         session_.emplace(*model_, tables, options_, &StopRequested());
         Score();
@@ -118,22 +124,56 @@ void TableRun::RefuseOutputs(const std::vector<std::string>& tables) const
     }
 }
 
+// An output that gets its name when it is whole, from tables that can be read again.
+bool TableRun::CanResume(const std::vector<std::string>& tables) const
+{
+    uint64_t size = 0;
+    const bool areFiles = std::all_of(tables.begin(), tables.end(), [&](const auto& table) {
+        return table != "-" && IsRegularFile(table, size);
+    });
+    const bool can = areFiles && arguments_.output != "-" && arguments_.rejects != "-";
+    if (arguments_.resume && !can) {
+        throw UsageError(
+            "--resume goes on with a file, -o FILE, from tables that are files; a stream can't be "
+            "read or written again");
+    }
+    return can;
+}
+
+void TableRun::OpenOutputs()
+{
+    const Compression ofRejects = CompressionOf(arguments_.rejects);
+    RunPosition position;
+    if (arguments_.resume && note_->Load(position)) {
+        writer_.emplace(arguments_.output, options_.compression, position.output);
+        if (options_.rejects) rejects_.emplace(arguments_.rejects, ofRejects, position.rejects);
+        session_->StartAt(std::move(position));
+        return;
+    }
+    if (arguments_.resume && !arguments_.quiet) {
+        console_.Say("there is no run to go on with; beginning with the first row");
+    }
+    writer_.emplace(arguments_.output, options_.compression);
+    if (options_.rejects) rejects_.emplace(arguments_.rejects, ofRejects);
+}
+
 void TableRun::Score()
 {
-    writer_.emplace(arguments_.output, options_.compression);
-    if (options_.rejects) {
-        rejects_.emplace(arguments_.rejects, CompressionOf(arguments_.rejects));
-    }
-    ScoringSession::Progress progress;
+    OpenOutputs();
     if (!arguments_.quiet) {
-        progress = [&](uint64_t bytes, int64_t rows) {
+        session_->OnProgress([&](uint64_t bytes, int64_t rows) {
             console_.ShowProgress({bytes, session_->Tables().TotalBytes(), rows});
-        };
+        });
     }
-    session_->Run(*writer_, rejects_ ? &*rejects_ : nullptr, progress);
+    const bool areFiles = !writer_->IsStream() && !(rejects_ && rejects_->IsStream());
+    if (note_ && areFiles) {
+        session_->OnCheckpoint([&](const RunPosition& position) { note_->Save(position); });
+    }
+    session_->Run(*writer_, rejects_ ? &*rejects_ : nullptr);
     if (session_->Report().interrupted) return;
-    writer_->Close();
     if (rejects_) rejects_->Close();
+    writer_->Close();
+    if (note_) note_->Remove();
 }
 
 // Ends the output of a run that came to no end of its own, and says what there is of it.
@@ -146,7 +186,9 @@ void TableRun::EndEarly(std::string_view why)
     } else if (!place.empty()) {
         line += fmt::format(", in {}; {} is as it was (--partial would give it these rows)", place,
                             arguments_.output);
+        if (note_ && note_->IsSaved()) line += "; --resume would go on with them";
     }
+    if (note_ && (place.empty() || place == arguments_.output)) note_->TakeBack();
     if (rejects_) {
         const std::string rejects = rejects_->EndEarly(arguments_.partial);
         if (!rejects.empty()) line += fmt::format("; the rejects among them in {}", rejects);

@@ -3,10 +3,9 @@
 #include <utility>
 #include <vector>
 
-#include <sha2.h>
-
 #include "engine/documents/documenttree.h"
 #include "engine/documents/treetext.h"
+#include "engine/messages/digest.h"
 #include "engine/messages/failure.h"
 #include "engine/tables/bytesource.h"
 #include "host/documents/pmmlmodeltags.h"
@@ -34,13 +33,6 @@ Document Build(std::string_view bytes, const std::string& file,
         throw Failure(FailureKind::Document, kNotAModelDocument, {file, document.RootName()});
     }
     return document;
-}
-
-std::string Sha256Of(std::string_view bytes)
-{
-    char text[SHA256_DIGEST_STRING_LENGTH];
-    SHA256Data(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), text);
-    return text;
 }
 
 }  // namespace

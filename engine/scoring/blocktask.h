@@ -55,6 +55,7 @@ public:
     RecordBlock& Records() { return records_; }
     /// Ends the run where this block would be.
     void Fail(std::exception_ptr failure);
+    std::exception_ptr ReadFailure() const { return readFailure_; }
     /// `mostRejects` ends the table before the row that would be one too many.
     void Run(int64_t mostRejects);
 

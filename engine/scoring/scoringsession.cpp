@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <utility>
 
 #include <oneapi/tbb/global_control.h>
 #include <oneapi/tbb/info.h>
@@ -88,21 +89,24 @@ ScoringSession::ScoringSession(const LoadedModel& model, std::vector<std::string
 
 ScoringSession::~ScoringSession() = default;
 
-void ScoringSession::Run(RowWriter& writer, RowWriter* rejects, const Progress& progress)
+void ScoringSession::Run(RowWriter& writer, RowWriter* rejects)
 {
     writer_ = &writer;
     rejectWriter_ = rejects;
-    progress_ = progress;
+    checkpointed_ = Clock::now();
     try {
-        WriteHeaders();
+        if (start_) {
+            GoToStart();
+        } else {
+            WriteHeaders();
+        }
         ScoreTables();
         if (failure_ != nullptr) std::rethrow_exception(failure_);
-        writer.Flush();
-        if (rejects != nullptr) rejects->Flush();
+        FlushWriters();
     } catch (const Failure& failure) {
         if (failure.Kind() != FailureKind::Output) {
-            writer.Flush();
-            if (rejects != nullptr) rejects->Flush();
+            FlushWriters();
+            LastCheckpoint();
         }
         SettleReport();
         throw;
@@ -111,7 +115,62 @@ void ScoringSession::Run(RowWriter& writer, RowWriter* rejects, const Progress& 
         throw;
     }
     report_.interrupted = IsStopped() && !writer.IsClosed();
+    if (report_.interrupted) LastCheckpoint();
     SettleReport();
+}
+
+void ScoringSession::FlushWriters()
+{
+    writer_->Flush();
+    if (rejectWriter_ != nullptr) rejectWriter_->Flush();
+}
+
+// Settles the model as the run before had it settled, by the first row that it scores, and goes on
+// behind the rows of that run.
+void ScoringSession::GoToStart()
+{
+    place_ = start_->tables;
+    report_ = start_->report;
+    unlisted_ = start_->unlisted;
+    BlockTask& first = tasks_.front();
+    const auto isBefore = [&](const TableReader::Place& place) {
+        return std::pair(place.table, place.offset) <
+               std::pair(start_->tables.table, start_->tables.offset);
+    };
+    while (!first.IsSettled() && Read(first) && first.ReadFailure() == nullptr) {
+        first.Run(std::numeric_limits<int64_t>::max());
+        if (!isBefore(TableReader::EndOf(first.Records()))) break;
+    }
+    try {
+        reader_.GoTo(start_->tables);
+    } catch (const Failure&) {
+        if (!IsStopped()) throw;  // else the reading was interrupted
+    }
+}
+
+RunPosition ScoringSession::Position() const
+{
+    RunPosition position{place_, writer_->End(), {}, report_, unlisted_};
+    if (rejectWriter_ != nullptr) position.rejects = rejectWriter_->End();
+    return position;
+}
+
+// Behind a whole block.
+void ScoringSession::MayCheckpoint()
+{
+    constexpr std::chrono::milliseconds kBetween{200};
+    if (!checkpoint_) return;
+    const Clock::time_point now = Clock::now();
+    if (now - checkpointed_ < kBetween) return;
+    checkpointed_ = now;
+    FlushWriters();
+    checkpoint_(Position());
+}
+
+// All that was written is in the files.
+void ScoringSession::LastCheckpoint()
+{
+    if (checkpoint_) checkpoint_(lastWhole_ ? *lastWhole_ : Position());
 }
 
 void ScoringSession::SettleReport()
@@ -232,6 +291,8 @@ void ScoringSession::WriteBlock(BlockTask& task)
     // With the rejects of the blocks before, one of these may be one too many.
     const int64_t left = plan_.mostRejects - report_.rejected;
     if (task.RejectCount() > left) task.Run(left);
+    const bool isWhole = task.WhyEnded() == nullptr && !task.IsStopped();
+    if (!isWhole && checkpoint_) lastWhole_ = Position();
     report_.rejected += task.RejectCount();
     report_.Add(task.Report());
     for (const BlockTask::Unlisted& value : task.UnlistedTexts()) {
@@ -241,6 +302,10 @@ void ScoringSession::WriteBlock(BlockTask& task)
     writer_->Write(task.Rows(), task.PackedRows());
     if (task.WhyEnded() != nullptr) std::rethrow_exception(task.WhyEnded());
     if (task.IsStopped() || writer_->IsClosed()) ended_ = true;
+    if (isWhole) {
+        place_ = TableReader::EndOf(task.Records());
+        MayCheckpoint();
+    }
     if (progress_) {
         progress_(task.Records().bytesRead, report_.scored + report_.NotScoredCount());
     }

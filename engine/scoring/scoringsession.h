@@ -10,6 +10,7 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -61,6 +62,15 @@ struct ScoringTimes {
     std::chrono::nanoseconds writing{0};
 };
 
+/// How far a run is: where it can go on, in another process too.
+struct RunPosition {
+    TableReader::Place tables;
+    RowWriter::Position output;
+    RowWriter::Position rejects;             ///< of no use without them
+    ScoringReport report;                    ///< of the rows before
+    std::vector<UnlistedValues> unlisted{};  ///< by the field's place
+};
+
 /// The processors that this process may use.
 size_t ProcessorCount();
 
@@ -81,13 +91,22 @@ public:
     /// Called now and then, by one thread at a time, with the bytes read and the rows written so
     /// far.
     using Progress = std::function<void(uint64_t bytes, int64_t rows)>;
+    /// Called now and then, by one thread at a time, once the rows before a position are in the
+    /// files; and at last when a run is interrupted or fails.
+    using Checkpoint = std::function<void(const RunPosition&)>;
 
     ScoringSession(const LoadedModel& model, std::vector<std::string> tables,
                    const ScoringOptions& options, const StopFlag* stop = nullptr);
     ~ScoringSession();
 
+    void OnProgress(Progress progress) { progress_ = std::move(progress); }
+    void OnCheckpoint(Checkpoint checkpoint) { checkpoint_ = std::move(checkpoint); }
+    /// Run() then goes on from there, where a run of the same model, tables and options was. The
+    /// writers are to stand there too.
+    void StartAt(RunPosition position) { start_ = std::move(position); }
+
     /// `rejects` is null unless the options want them.
-    void Run(RowWriter& writer, RowWriter* rejects = nullptr, const Progress& progress = nullptr);
+    void Run(RowWriter& writer, RowWriter* rejects = nullptr);
 
     const ScoringReport& Report() const { return report_; }
     const ScoringTimes& Times() const { return times_; }
@@ -103,6 +122,11 @@ private:
     void Write(BlockTask& task);
     void WriteBlock(BlockTask& task);
     void SettleReport();
+    void GoToStart();
+    void FlushWriters();
+    void MayCheckpoint();
+    void LastCheckpoint();
+    RunPosition Position() const;
 
     TableReader reader_;
     BlockPlan plan_;
@@ -115,6 +139,12 @@ private:
     RowWriter* writer_ = nullptr;
     RowWriter* rejectWriter_ = nullptr;
     Progress progress_;
+    Checkpoint checkpoint_;
+    std::optional<RunPosition> start_;
+    TableReader::Place place_;  ///< behind the last whole block that was written
+    /// Behind which a part of a block was written.
+    std::optional<RunPosition> lastWhole_;
+    std::chrono::steady_clock::time_point checkpointed_{};
     bool readEnded_ = false;          ///< no further block is read
     std::atomic<bool> ended_{false};  ///< nothing more is read or written
     std::exception_ptr failure_;

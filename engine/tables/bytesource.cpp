@@ -1,8 +1,10 @@
 #include "engine/tables/bytesource.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <optional>
+#include <vector>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -16,6 +18,8 @@ namespace MCVelscore_850 {
 namespace {
 
 constexpr int kStopPause = 100;  // milliseconds between two looks at the stop flag
+
+constexpr uint64_t kSkipBytes = uint64_t{1} << 20;
 
 using FileStatus = std::optional<struct stat>;
 
@@ -41,6 +45,16 @@ bool AreSame(const FileStatus& one, const FileStatus& other)
 }  // namespace
 
 ByteSource::~ByteSource() = default;
+
+void ByteSource::Skip(uint64_t count)
+{
+    std::vector<char> passed(std::min<uint64_t>(count, kSkipBytes));
+    while (count > 0) {
+        const size_t read = Read(passed.data(), std::min<uint64_t>(count, passed.size()));
+        if (read == 0) return;
+        count -= read;
+    }
+}
 
 InputFile::InputFile(const std::string& path, const StopFlag* stop, FailureKind content)
     : name_(NameOf(path)), stop_(stop), content_(content)
@@ -94,6 +108,15 @@ bool InputFile::HasChangedSize() const
     if (!regular_) return false;
     const FileStatus status = StatusOf(descriptor_);
     return status && static_cast<uint64_t>(status->st_size) != size_;
+}
+
+void InputFile::Skip(uint64_t count)
+{
+    if (!regular_) return ByteSource::Skip(count);
+    if (::lseek(descriptor_, static_cast<off_t>(count), SEEK_CUR) < 0) {
+        Refuse(std::strerror(errno));
+    }
+    consumed_.fetch_add(count, std::memory_order_relaxed);
 }
 
 void InputFile::Refuse(const std::string& reason) const

@@ -20,6 +20,8 @@ public:
     virtual ~ByteSource();
     /// Reads up to `size` bytes; 0 at the end. Throws Failure when they can't be read.
     virtual size_t Read(char* buffer, size_t size) = 0;
+    /// Passes over bytes; fewer at the end. Throws as Read() does.
+    virtual void Skip(uint64_t count);
     /// How messages call it.
     virtual const std::string& Name() const = 0;
     /// True once another size than at first shows that someone else writes what is read here.
@@ -52,6 +54,7 @@ public:
     ~InputFile() override;
 
     size_t Read(char* buffer, size_t size) override;
+    void Skip(uint64_t count) override;
     const std::string& Name() const override { return name_; }
     /// Of a regular file alone.
     bool HasChangedSize() const override;

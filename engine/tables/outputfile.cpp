@@ -53,8 +53,30 @@ OutputFile::OutputFile(const std::string& path) : name_(path == "-" ? "standard 
         descriptor_ = STDOUT_FILENO;
         owned_ = false;
     } else {
-        Open(path);
+        Open(path, {});
     }
+    FindBegin();
+}
+
+OutputFile::OutputFile(const std::string& path, const std::string& part, uint64_t size)
+    : name_(path)
+{
+    Open(path, part);
+    struct stat status {};
+    if (::fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode) ||
+        static_cast<uint64_t>(status.st_size) < size) {
+        RefuseOutput(part, EINVAL);
+    }
+    if (::ftruncate(descriptor_, static_cast<off_t>(size)) != 0 ||
+        ::lseek(descriptor_, 0, SEEK_END) < 0) {
+        RefuseOutput(part, errno);
+    }
+    FindBegin();
+}
+
+// Where the first byte goes in a regular file.
+void OutputFile::FindBegin()
+{
     struct stat status {};
     if (::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
         regular_ = true;
@@ -68,7 +90,7 @@ OutputFile::~OutputFile()
     if (!part_.empty()) ::unlink(part_.c_str());
 }
 
-void OutputFile::Open(const std::string& path)
+void OutputFile::Open(const std::string& path, const std::string& part)
 {
     if (path.empty()) RefuseOutput(name_, ENOENT);
     fs::path target = path;
@@ -94,7 +116,12 @@ void OutputFile::Open(const std::string& path)
     // A file that must not be written must not be replaced either.
     if (exists && ::access(target.c_str(), W_OK) != 0) RefuseOutput(name_, errno);
     if (exists) mode_ = status.st_mode & 07777;
-    MakePart(target);
+    target_ = target;
+    if (part.empty()) {
+        MakePart();
+    } else {
+        OpenPart(part);
+    }
     if (exists) {  // but only root can give a file away
         [[maybe_unused]] const int given = ::fchown(descriptor_, status.st_uid, status.st_gid);
     }
@@ -102,9 +129,8 @@ void OutputFile::Open(const std::string& path)
 
 // A temporary file beside the target, of a name that nobody has: not even an earlier run's, whose
 // rows may still be wanted.
-void OutputFile::MakePart(const std::string& path)
+void OutputFile::MakePart()
 {
-    target_ = path;
     const mode_t mode = mode_ ? *mode_ & 0777 : 0666;
     const std::string stem = target_ + ".part" + std::to_string(::getpid());
     for (int i = 0; i < kMostParts; ++i) {
@@ -117,6 +143,13 @@ void OutputFile::MakePart(const std::string& path)
         if (errno != EEXIST) break;
     }
     RefuseOutput(name_, errno);
+}
+
+void OutputFile::OpenPart(const std::string& part)
+{
+    descriptor_ = ::open(part.c_str(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC);
+    if (descriptor_ < 0) RefuseOutput(part, errno);
+    part_ = part;
 }
 
 int OutputFile::Write(std::string_view bytes)

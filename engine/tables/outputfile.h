@@ -26,6 +26,9 @@ class OutputFile {
 public:
     /// `path` "-" is standard output.
     explicit OutputFile(const std::string& path);
+    /// Goes on behind the first `size` bytes of the temporary file that an earlier run left for the
+    /// file; what it holds beyond them goes. Refuses one that is shorter.
+    OutputFile(const std::string& path, const std::string& part, uint64_t size);
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
     ~OutputFile();
@@ -40,6 +43,8 @@ public:
     bool IsClosed() const { return closed_; }
     /// True where there is no temporary file, nor a name to be had.
     bool IsStream() const { return part_.empty(); }
+    /// The temporary file; empty for a stream, and once it has its name.
+    const std::string& Part() const { return part_; }
 
     /// Takes back what was written beyond the first `size` bytes, where that can be: not in a pipe.
     void CutTo(uint64_t size);
@@ -50,8 +55,10 @@ public:
     std::string Leave();
 
 private:
-    void Open(const std::string& path);
-    void MakePart(const std::string& path);
+    void Open(const std::string& path, const std::string& part);
+    void MakePart();
+    void OpenPart(const std::string& part);
+    void FindBegin();
     int Close();
 
     std::string name_;

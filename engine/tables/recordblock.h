@@ -26,6 +26,7 @@ struct RecordBlock {
     int64_t blankLines = 0;
     uint64_t blankOffset = 0;  ///< of the first of them in the table
     int64_t firstRow = 0;      ///< the first record's number, from 1 after the header
+    int64_t nextRow = 0;       ///< that of the record behind the block
     uint64_t offset = 0;       ///< of the text's first byte in the table, unpacked
     bool hasQuotes = false;
     std::vector<Torn> torn;  ///< in their order

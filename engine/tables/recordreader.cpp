@@ -95,6 +95,7 @@ bool RecordReader::Next(RecordBlock& block)
     block.hasQuotes = hasQuotes_;
     block.torn.swap(torn_);
     row_ = block.firstRow + records_;
+    block.nextRow = row_;
     blankLines_ = 0;
     // The block gets the buffer; what is behind its records begins another.
     block.bytes.swap(buffer_);
@@ -105,6 +106,19 @@ bool RecordReader::Next(RecordBlock& block)
     filled_ = rest;
     Forget();
     return true;
+}
+
+void RecordReader::GoTo(uint64_t offset, int64_t row)
+{
+    const uint64_t passed = offset - offset_;
+    if (passed <= filled_) {
+        Consume(passed);
+    } else {
+        source_.Skip(passed - filled_);
+        Consume(filled_);
+        offset_ = offset;
+    }
+    row_ = row;
 }
 
 void RecordReader::MakeRoom(size_t size)

@@ -59,6 +59,9 @@ public:
 
     /// Cuts off the next block; false at the end.
     bool Next(RecordBlock& block);
+    /// Goes on with the record of that number, at its place in the unpacked table, which is behind
+    /// all that was delivered: the end of a block that another reader of the table cut off.
+    void GoTo(uint64_t offset, int64_t row);
     /// The rows that were delivered, torn ones too.
     int64_t Rows() const { return row_ - 1; }
 

@@ -15,6 +15,21 @@ RowWriter::RowWriter(const std::string& path, Compression compression)
     : file_(path), compression_(compression), compressor_(compression)
 {}
 
+RowWriter::RowWriter(const std::string& path, Compression compression, const Position& begin)
+    : file_(path, begin.part, begin.bytes),
+      compression_(compression),
+      compressor_(compression),
+      bytesBefore_(begin.bytes),
+      rowsWritten_(begin.rows)
+{}
+
+RowWriter::Position RowWriter::End() const
+{
+    Position end{file_.Part(), bytesBefore_ + file_.Written() + buffer_.size(), rowsWritten_};
+    for (const Cut& cut : cuts_) end.rows += cut.rows;
+    return end;
+}
+
 void RowWriter::Write(const RowText& rows, std::string_view packed)
 {
     const size_t begin = buffer_.size();

@@ -24,6 +24,15 @@ class RowWriter {
 public:
     /// `path` "-" is standard output.
     explicit RowWriter(const std::string& path, Compression compression = Compression::None);
+
+    /// How far a file is written: whole rows, the header among them.
+    struct Position {
+        std::string part{};  ///< the temporary file
+        uint64_t bytes = 0;
+        int64_t rows = 0;
+    };
+    /// Goes on where an earlier run's file is written up to there.
+    RowWriter(const std::string& path, Compression compression, const Position& begin);
     RowWriter(const RowWriter&) = delete;
     RowWriter& operator=(const RowWriter&) = delete;
 
@@ -41,6 +50,9 @@ public:
 
     /// True once the reader of the pipe went away.
     bool IsClosed() const { return file_.IsClosed(); }
+    bool IsStream() const { return file_.IsStream(); }
+    /// With what is buffered. Of no use for a stream.
+    Position End() const;
     /// Whole rows that reached the file, the header not counted.
     int64_t RowsWritten() const { return rowsWritten_ > 0 ? rowsWritten_ - 1 : 0; }
 
@@ -54,6 +66,7 @@ private:
     OutputFile file_;
     Compression compression_;
     Compressor compressor_;
+    uint64_t bytesBefore_ = 0;  ///< of an earlier run
     std::string buffer_;
     std::vector<Cut> cuts_;
     int64_t rowsWritten_ = 0;

@@ -55,6 +55,20 @@ void TableReader::RefuseOtherHeader(const std::vector<std::string>& header) cons
         {names_[table_], std::to_string(place + 1), shown(header), names_.front(), shown(header_)});
 }
 
+void TableReader::GoTo(const Place& place)
+{
+    bytesBefore_ = 0;
+    for (size_t i = 0; i < place.table; ++i) {
+        uint64_t size = 0;
+        IsRegularFile(paths_[i], size);
+        bytesBefore_ += size;
+    }
+    rowsBefore_ = place.rowsBefore;
+    table_ = place.table;
+    Open();
+    if (place.offset > 0) reader_->GoTo(place.offset, place.row);  // else behind the header
+}
+
 bool TableReader::Next(RecordBlock& block)
 {
     while (!reader_->Next(block)) {

@@ -32,6 +32,20 @@ public:
     /// Cuts off the next block; false at the end of the last table.
     bool Next(RecordBlock& block);
 
+    /// Where a block ends.
+    struct Place {
+        size_t table = 0;
+        uint64_t offset = 0;  ///< in the unpacked table; 0 for the place behind the header
+        int64_t row = 1;      ///< of the record that is next
+        int64_t rowsBefore = 0;
+    };
+    static Place EndOf(const RecordBlock& block)
+    {
+        return {block.table, block.offset + block.size, block.nextRow, block.rowsBefore};
+    }
+    /// Goes on from there: where a block of the same tables ended, in an earlier run say.
+    void GoTo(const Place& place);
+
     /// The size of all tables as they lie, 0 when it isn't known.
     uint64_t TotalBytes() const { return totalBytes_; }
 

@@ -172,6 +172,15 @@ TableSource::TableSource(std::unique_ptr<ByteSource> packed, const StopFlag* sto
 
 TableSource::~TableSource() = default;
 
+void TableSource::Skip(uint64_t count)
+{
+    while (!form_) ReadStart();
+    if (*form_ != Compression::None) return ByteSource::Skip(count);
+    const auto taken = static_cast<size_t>(std::min<uint64_t>(count, input_.size()));
+    input_.remove_prefix(taken);
+    if (count > taken) packed_->Skip(count - taken);
+}
+
 size_t TableSource::Read(char* buffer, size_t size)
 {
     if (size == 0) return 0;

@@ -35,6 +35,7 @@ public:
     ~TableSource() override;
 
     size_t Read(char* buffer, size_t size) override;
+    void Skip(uint64_t count) override;
     const std::string& Name() const override { return packed_->Name(); }
     bool HasChangedSize() const override { return packed_->HasChangedSize(); }
     bool WouldWait() override;

@@ -337,6 +337,8 @@ constexpr Message kCatalogue[] = {
      "Tell which column is which by its number: --map NAME=1."},
     {kTableColumnTaken, "s", "--name-column is '{0}', which is a column of the results",
      "Give it another name."},
+    {kOtherRun, "ss", "{0} is of another run: its {1} differs",
+     "Give the run's own model, tables and options, or leave --resume out to begin anew."},
 };
 
 static_assert(std::is_sorted(std::begin(kCatalogue), std::end(kCatalogue),

@@ -162,6 +162,7 @@ inline constexpr int kTooManyRejects = 269326;       // limit, file, row
 inline constexpr int kUnknownMappedName = 269327;    // name, the model's fields
 inline constexpr int kColumnsWithoutHeader = 269328;  // file, columns, columns needed, their names
 inline constexpr int kTableColumnTaken = 269329;     // column
+inline constexpr int kOtherRun = 269330;             // note, what differs
 
 }  // namespace MCVelscore_850
 

@@ -1,0 +1,250 @@
+#include "cli/resumenote.h"
+
+#include <cstdint>
+#include <fstream>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "cli/commands.h"
+#include "engine/documents/loadedmodel.h"
+#include "engine/messages/digest.h"
+#include "engine/messages/failure.h"
+#include "engine/tables/bytesource.h"
+#include "host/messages/messages.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr uint64_t kHashedBytes = uint64_t{1} << 20;
+
+// What tells a table from another one without reading it whole.
+Json TableJson(const std::string& path)
+{
+    const InputFile file(path);
+    std::ifstream in(path, std::ios::binary);
+    std::string bytes(static_cast<size_t>(std::min(file.Size(), kHashedBytes)), '\0');
+    in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    std::string sums = Sha256Of(bytes);
+    if (file.Size() > kHashedBytes) {
+        in.seekg(-static_cast<std::streamoff>(kHashedBytes), std::ios::end);
+        in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        sums += Sha256Of(bytes);
+    }
+    return {{"file", path}, {"bytes", file.Size()}, {"sha256", sums}};
+}
+
+// What the output depends on beside document and tables.
+Json OptionsJson(const ScoreArguments& of, bool curves)
+{
+    Json options{{"curves", curves},
+                 {"policy", of.policy},
+                 {"keep", of.keep},
+                 {"columns", of.columns},
+                 {"output", of.outputColumns},
+                 {"nameColumn", of.nameColumn},
+                 {"delimiter", of.delimiter},
+                 {"outDelimiter", of.outDelimiter},
+                 {"decimal", of.decimal},
+                 {"compress", of.compress},
+                 {"map", of.mappings},
+                 {"na", of.missingTexts},
+                 {"rejects", of.rejects},
+                 {"digits", of.digits},
+                 {"noHeader", of.noHeader},
+                 {"predictionOnly", of.predictionOnly},
+                 {"asIs", of.asIs}};
+    options["level"] = of.level ? Json(*of.level) : Json();
+    return options;
+}
+
+Json WrittenJson(const RowWriter::Position& position)
+{
+    return {{"part", position.part}, {"bytes", position.bytes}, {"rows", position.rows}};
+}
+
+RowWriter::Position WrittenOf(const Json& json)
+{
+    return {json.at("part"), json.at("bytes"), json.at("rows")};
+}
+
+Json CaseJson(const NotScored::Case& each)
+{
+    Json json{{"table", each.table}, {"row", each.row}};
+    // Bytes of a table, which may be no text.
+    if (each.text) json["text"] = std::vector<uint8_t>(each.text->begin(), each.text->end());
+    return json;
+}
+
+NotScored::Case CaseOf(const Json& json)
+{
+    NotScored::Case each{json.at("table"), json.at("row")};
+    if (json.contains("text")) {
+        const std::vector<uint8_t> bytes = json.at("text");
+        each.text.emplace(bytes.begin(), bytes.end());
+    }
+    return each;
+}
+
+Json ReportJson(const ScoringReport& report)
+{
+    Json notScored = Json::array();
+    for (const auto& [reason, cases] : report.notScored) {
+        Json first = Json::array();
+        for (const NotScored::Case& each : cases.first) first.push_back(CaseJson(each));
+        notScored.push_back({{"code", reason.code},
+                             {"field", reason.field},
+                             {"count", cases.count},
+                             {"first", std::move(first)}});
+    }
+    return {{"scored", report.scored},
+            {"rejected", report.rejected},
+            {"notScored", std::move(notScored)}};
+}
+
+ScoringReport ReportOf(const Json& json)
+{
+    ScoringReport report;
+    report.scored = json.at("scored");
+    report.rejected = json.at("rejected");
+    for (const Json& each : json.at("notScored")) {
+        NotScored& cases = report.notScored[{each.at("code"), each.at("field")}];
+        cases.count = each.at("count");
+        for (const Json& first : each.at("first")) cases.first.push_back(CaseOf(first));
+    }
+    return report;
+}
+
+Json UnlistedJson(const std::vector<UnlistedValues>& columns)
+{
+    Json unlisted = Json::array();
+    for (const UnlistedValues& values : columns) {
+        Json first = Json::array();
+        for (const std::string& text : values.first) {
+            first.push_back(std::vector<uint8_t>(text.begin(), text.end()));
+        }
+        unlisted.push_back({{"column", values.column},
+                            {"count", values.count},
+                            {"first", std::move(first)},
+                            {"oneMayBeReference", values.oneMayBeReference}});
+    }
+    return unlisted;
+}
+
+std::vector<UnlistedValues> UnlistedOf(const Json& json)
+{
+    std::vector<UnlistedValues> columns;
+    for (const Json& each : json) {
+        UnlistedValues& values = columns.emplace_back();
+        values.column = each.at("column");
+        values.count = each.at("count");
+        values.oneMayBeReference = each.at("oneMayBeReference");
+        for (const Json& text : each.at("first")) {
+            const std::vector<uint8_t> bytes = text;
+            values.first.emplace_back(bytes.begin(), bytes.end());
+        }
+    }
+    return columns;
+}
+
+Json PositionJson(const RunPosition& position)
+{
+    return {{"table", position.tables.table},
+            {"offset", position.tables.offset},
+            {"row", position.tables.row},
+            {"rowsBefore", position.tables.rowsBefore},
+            {"output", WrittenJson(position.output)},
+            {"rejects", WrittenJson(position.rejects)},
+            {"report", ReportJson(position.report)},
+            {"unlisted", UnlistedJson(position.unlisted)}};
+}
+
+RunPosition PositionOf(const Json& json)
+{
+    RunPosition position;
+    position.tables = {json.at("table"), json.at("offset"), json.at("row"), json.at("rowsBefore")};
+    position.output = WrittenOf(json.at("output"));
+    position.rejects = WrittenOf(json.at("rejects"));
+    position.report = ReportOf(json.at("report"));
+    position.unlisted = UnlistedOf(json.at("unlisted"));
+    return position;
+}
+
+bool IsThere(const RowWriter::Position& position)
+{
+    return position.part.empty() || ::access(position.part.c_str(), F_OK) == 0;
+}
+
+// What of two runs differs, in words.
+std::string DifferenceOf(const Json& noted, const Json& run)
+{
+    for (const auto& [what, value] : run.items()) {
+        if (!noted.contains(what) || noted.at(what) != value) return what;
+    }
+    return {};
+}
+
+}  // namespace
+
+ResumeNote::ResumeNote(const ScoreArguments& arguments, const std::vector<std::string>& tables,
+                       bool curves, const LoadedModel& model)
+    : path_(arguments.output + ".resume")
+{
+    Json all = Json::array();
+    for (const std::string& table : tables) all.push_back(TableJson(table));
+    run_ = {{"version", VELSCORE_VERSION},
+            {"document", model.Sha256()},
+            {"tables", std::move(all)},
+            {"options", OptionsJson(arguments, curves)}};
+}
+
+ResumeNote::~ResumeNote()
+{
+    if (descriptor_ >= 0) ::close(descriptor_);
+}
+
+bool ResumeNote::Load(RunPosition& position) const
+{
+    std::ifstream file(path_, std::ios::binary);
+    std::string line;
+    if (!file || !std::getline(file, line) || file.eof()) return false;
+    try {
+        const Json note = Json::parse(line);
+        const std::string difference = DifferenceOf(note.at("run"), run_);
+        if (!difference.empty()) {
+            throw Failure(FailureKind::Usage, kOtherRun, {path_, difference});
+        }
+        position = PositionOf(note.at("position"));
+        // A run that ended before it could take its note away has named its files already.
+        if (!IsThere(position.output) || !IsThere(position.rejects)) return false;
+    } catch (const Json::exception&) {
+        throw Failure(FailureKind::Usage, kOtherRun, {path_, "form"});
+    }
+    return true;
+}
+
+void ResumeNote::Save(const RunPosition& position)
+{
+    if (descriptor_ < 0) {
+        descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666);
+    }
+    if (descriptor_ < 0) return;
+    // A line in one call; what is behind it of a longer one before means nothing.
+    const std::string line =
+        Json{{"run", run_}, {"position", PositionJson(position)}}.dump() + "\n";
+    if (::pwrite(descriptor_, line.data(), line.size(), 0) != static_cast<ssize_t>(line.size())) {
+        Remove();
+    }
+}
+
+void ResumeNote::Remove()
+{
+    if (descriptor_ >= 0) ::close(descriptor_);
+    descriptor_ = -1;
+    ::unlink(path_.c_str());
+}
+
+}  // namespace MCVelscore_850
