@@ -5,6 +5,7 @@
 #   equality   block scorers against single cases over 10,000,000 rows a family and link, and the
 #              kernels' exp against the C library's over 1,000,000,000 values, with both compilers
 #   threads    the tests that score one model in several threads, under ThreadSanitizer
+#   kills      200 runs ended at random moments, each gone on with to the bytes of one run
 #   tidy       clang-tidy over every source
 #   root       README.md's commands, ./test among them, on the committed tree in a new Debian root that
 #              debootstrap makes (needs root)
@@ -44,6 +45,11 @@ stage_threads() {
         TSAN_OPTIONS=halt_on_error=1 run_tests thread models_tests '*ServesThreadsAtOnce*'
 }
 
+stage_kills() {
+    scripts/ensure-packages.sh packages.txt tests/packages.txt &&
+        VELSCORE_TEST_KILLS=200 run_tests release system_tests 'Resume.AfterKills*'
+}
+
 stage_tidy() { scripts/lint.sh --all; }
 
 # The new root takes this machine's package sources, so it gets packages from where they come here.
@@ -73,7 +79,7 @@ stage_root() (
             /opt/velscore/bin/velscore score "$examples/model.pmml" "$examples/cases.csv"'
 )
 
-stages=(clang equality threads tidy root)
+stages=(clang equality threads kills tidy root)
 [ $# -gt 0 ] || set -- "${stages[@]}"
 failed=()
 for stage in "$@"; do
