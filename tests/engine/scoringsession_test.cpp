@@ -147,8 +147,8 @@ protected:
         options.threads = 1;
         options.blockBytes = size_t{4} << 20;
         const Outcome expected = Run(model, tables, options);
-        for (const size_t threads : {1, 2, 3, 8}) {
-            for (const size_t kibibytes : {4, 64, 256, 4096}) {
+        for (const size_t threads : {1u, 2u, 3u, 8u}) {
+            for (const size_t kibibytes : {4u, 64u, 256u, 4096u}) {
                 options.threads = threads;
                 options.blockBytes = kibibytes << 10;
                 EXPECT_TRUE(Same(Run(model, tables, options), expected))
@@ -351,8 +351,8 @@ TEST_F(SessionTest, LargeTableIsScoredTheSame)
     options.blockBytes = size_t{4} << 20;
     const Outcome expected = Run(model, tables, options);
     options.blockBytes = size_t{1} << 14;
-    for (const size_t threads : {1, 8}) {
-        for (const size_t kibibytes : {64, 4096}) {
+    for (const size_t threads : {1u, 8u}) {
+        for (const size_t kibibytes : {64u, 4096u}) {
             options.threads = threads;
             options.blockBytes = kibibytes << 10;
             EXPECT_TRUE(Same(Run(model, tables, options), expected)) << threads << " " << kibibytes;
@@ -493,7 +493,7 @@ TEST_F(SessionTest, TablesOfTheTestDataAreScoredTheSame)
         options.blockBytes = size_t{4} << 20;
         const Outcome expected = Run(model, tables, options);
         EXPECT_EQ(expected.failure, "");
-        for (const size_t threads : {1, 8}) {
+        for (const size_t threads : {1u, 8u}) {
             options.threads = threads;
             options.blockBytes = 1000;
             EXPECT_TRUE(Same(Run(model, tables, options), expected)) << threads;
@@ -574,8 +574,8 @@ TEST_F(SessionTest, DamagedTableIsScoredUpToItsDamage)
             } else {
                 EXPECT_NE(expected.code, 0);
             }
-            for (const size_t threads : {1, 2, 8}) {
-                for (const size_t bytes : {1000, 4096, 65536}) {
+            for (const size_t threads : {1u, 2u, 8u}) {
+                for (const size_t bytes : {1000u, 4096u, 65536u}) {
                     options.threads = threads;
                     options.blockBytes = bytes;
                     EXPECT_TRUE(Same(Run(model, tables, options), expected))
@@ -593,7 +593,7 @@ TEST_F(SessionTest, FullOutputEndsTheRunWithWholeRows)
     ScoringOptions options;
     options.blockBytes = 4096;
     const Outcome whole = Run(model, tables, options);
-    for (const size_t threads : {1, 8}) {
+    for (const size_t threads : {1u, 8u}) {
         options.threads = threads;
         for (int i = 0; i < 30; ++i) {
             ScoringSession session(model, tables, options);
@@ -621,7 +621,7 @@ TEST_F(SessionTest, OutputThatFillsUpHoldsWholeRows)
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
     const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-    for (const size_t threads : {1, 8}) {
+    for (const size_t threads : {1u, 8u}) {
         options.threads = threads;
         for (rlim_t size = 1000; size < whole.rows.size(); size += 20011) {
             const rlimit small{size, before.rlim_max};
