@@ -88,8 +88,6 @@ size_t InputFile::Read(char* buffer, size_t size)
     }
 }
 
-bool InputFile::WouldWait() { return !regular_ && !IsStopped() && !HasBytes(0); }
-
 bool InputFile::IsStopped() const
 {
     return stop_ != nullptr && stop_->load(std::memory_order_relaxed);

@@ -26,9 +26,6 @@ public:
     virtual const std::string& Name() const = 0;
     /// True once another size than at first shows that someone else writes what is read here.
     virtual bool HasChangedSize() const { return false; }
-    /// True when the next Read() might wait, since the pipe that the bytes come from is empty now.
-    /// Throws as Read() does.
-    virtual bool WouldWait() { return false; }
     /// How many bytes of the file were read so far, as they lie on the disk: of a compressed one,
     /// compressed bytes. Any thread may ask.
     virtual uint64_t Consumed() const { return 0; }
@@ -64,8 +61,6 @@ public:
     {
         return path == "-" ? "standard input" : path;
     }
-    /// Never for a regular file.
-    bool WouldWait() override;
     uint64_t Consumed() const override { return consumed_.load(std::memory_order_relaxed); }
     uint64_t Size() const override { return size_; }
     int Descriptor() const override { return descriptor_; }

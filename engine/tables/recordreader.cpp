@@ -272,9 +272,10 @@ void RecordReader::FindPlainRecords(bool justOne)
 void RecordReader::FindQuotedRecords(bool justOne)
 {
     const char* const end = At(filled_);
-    while (place_ < filled_) {
+    const int64_t most = justOne ? 1 : blockSize_.rows;
+    while (place_ < filled_ && (cut_ == 0 || records_ < most)) {
         if (anchor_ != kNone) {
-            if (!EndTorn() || justOne || records_ >= blockSize_.rows) return;
+            if (!EndTorn()) return;
             continue;
         }
         if (quote_ != kNone) {
@@ -303,7 +304,6 @@ void RecordReader::FindQuotedRecords(bool justOne)
             continue;
         }
         TakeRecord(next);
-        if (justOne || records_ >= blockSize_.rows) return;
     }
 }
 

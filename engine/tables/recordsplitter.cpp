@@ -53,7 +53,8 @@ size_t RecordSplitter::NextRows(size_t most, std::span<const std::string_view>& 
                              (untilTorn ? block_->torn[nextTorn_].begin : block_->size));
     }
     const size_t rows = records_.size();
-    records_.push_back(place_);
+    // A torn row that ended them was passed already.
+    records_.push_back(torn_ ? torn_->raw.text.data() : place_);
     fields = std::span(fields_).first(rows * columns_);
     return rows;
 }

@@ -193,11 +193,6 @@ size_t TableSource::Read(char* buffer, size_t size)
         return count;
     }
     std::span<char> output(buffer, size);
-    if (ahead_) {
-        output.front() = *ahead_;
-        output = output.subspan(1);
-        ahead_.reset();
-    }
     Unpack(output);
     while (output.size() == size && !failure_ && !inputEnded_) {
         Fill();
@@ -205,31 +200,6 @@ size_t TableSource::Read(char* buffer, size_t size)
     }
     if (output.size() == size && failure_) throw Failure(*failure_);
     return size - output.size();
-}
-
-bool TableSource::WouldWait()
-{
-    while (!form_) {
-        if (packed_->WouldWait()) return true;
-        ReadStart();
-    }
-    if (*form_ == Compression::None) return input_.empty() && packed_->WouldWait();
-    // Bytes that are there needn't be enough to unpack one: only trying tells.
-    for (;;) {
-        if (ahead_) return false;
-        char byte = 0;
-        std::span<char> output(&byte, 1);
-        Unpack(output);
-        if (output.empty()) {
-            ahead_ = byte;
-        } else if (failure_ || inputEnded_) {
-            return false;
-        } else if (packed_->WouldWait()) {
-            return true;
-        } else {
-            Fill();
-        }
-    }
 }
 
 // Reads once, behind what is left in the buffer.

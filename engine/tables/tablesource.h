@@ -38,7 +38,6 @@ public:
     void Skip(uint64_t count) override;
     const std::string& Name() const override { return packed_->Name(); }
     bool HasChangedSize() const override { return packed_->HasChangedSize(); }
-    bool WouldWait() override;
     uint64_t Consumed() const override { return packed_->Consumed(); }
     uint64_t Size() const override { return packed_->Size(); }
     int Descriptor() const override { return packed_->Descriptor(); }
@@ -61,9 +60,8 @@ private:
     std::optional<Compression> form_;  // empty until it is told
     std::unique_ptr<Unpacker> unpacker_;
     bool insideMember_ = false;
-    bool padding_ = false;       // zeros behind a gzip member
-    bool holdsOutput_ = false;   // the unpacker may have more of it than there was room for
-    std::optional<char> ahead_;  // unpacked to see whether a read would wait
+    bool padding_ = false;      // zeros behind a gzip member
+    bool holdsOutput_ = false;  // the unpacker may have more of it than there was room for
     uint64_t unpacked_ = 0;
     std::optional<Failure> failure_;
 };
