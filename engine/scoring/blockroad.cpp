@@ -124,15 +124,16 @@ void BlockRoad::FillNumbers(Input& input, const ColumnBlock& block, RowBits& uns
     CaseField& field = *input.field;
     const TableColumn& column = block.columns[field.Column()];
     const bool mayBeSure = field.ValueKind() == CaseField::Kind::Number;
+    const bool isText = column.numbers == nullptr;
+    RowBits unread{};
+    if (mayBeSure && isText) field.ReadSurely(column, block.rows, input.numbers.data(), unread);
     for (size_t row = 0; row < block.rows; ++row) {
         double& number = input.numbers[row];
-        if (mayBeSure) {
-            if (column.numbers == nullptr) {
-                if (field.ReadSurely(column, column.Text(row), number)) continue;
-            } else if (column.IsPresent(row) && field.IsSure(column.numbers[row])) {
-                number = column.numbers[row];
-                continue;
-            }
+        if (mayBeSure && isText) {
+            if (!HasRow(unread, row)) continue;
+        } else if (mayBeSure && column.IsPresent(row) && field.IsSure(column.numbers[row])) {
+            number = column.numbers[row];
+            continue;
         }
         if (ReadNumber(input, block, row, number)) continue;
         number = 0.0;

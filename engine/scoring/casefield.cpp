@@ -202,6 +202,22 @@ void CaseField::SetNumber(double number)
     if (extremes_) TakeExtreme();
 }
 
+void CaseField::ReadSurely(const TableColumn& column, size_t rows, double* numbers,
+                           RowBits& unsure) const
+{
+    if (!column.textsHaveRoom || hasMissingWords_) {
+        for (size_t row = 0; row < rows; ++row) {
+            if (!ReadSurely(column, column.Text(row), numbers[row])) AddRow(unsure, row);
+        }
+        return;
+    }
+    ReadPlainNumbersInRoom(column.texts, column.stride, rows, options_->decimal, numbers,
+                           unsure.data());
+    for (size_t row = 0; row < rows; ++row) {
+        unsure[row / 64] |= uint64_t{!IsSure(numbers[row])} << (row % 64);
+    }
+}
+
 // A value that the document calls missing stays so, however far beyond the limits it lies.
 void CaseField::TakeExtreme()
 {

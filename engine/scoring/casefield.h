@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "engine/documents/miningtreatment.h"
+#include "engine/scoring/resultblock.h"
 #include "engine/scoring/unlistedvalues.h"
 #include "engine/tables/columnblock.h"
 #include "engine/tables/plainnumber.h"
@@ -99,6 +100,8 @@ public:
                                  : ReadPlainNumber(text, options_->decimal, number);
         return isPlain && IsSure(number) && !IsNamedMissing(text);
     }
+    /// The same of a column of texts: the bit of each row whose number isn't read so is set.
+    void ReadSurely(const TableColumn& column, size_t rows, double* numbers, RowBits& unsure) const;
     bool IsSure(double number) const
     {
         return number >= low_ && number <= high_ && (!treated_ || var_->SurelyAccepts(number)) &&

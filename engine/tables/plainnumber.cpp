@@ -1,6 +1,8 @@
 #include "engine/tables/plainnumber.h"
 
-namespace MCVelscore_850::plainnumber {
+namespace MCVelscore_850 {
+
+namespace plainnumber {
 
 namespace {
 
@@ -56,4 +58,15 @@ bool ReadLong(std::string_view text, bool negative, char decimal, double& number
         size, negative, decimal, number);
 }
 
-}  // namespace MCVelscore_850::plainnumber
+}  // namespace plainnumber
+
+void ReadPlainNumbersInRoom(const std::string_view* texts, size_t stride, size_t count,
+                            char decimal, double* numbers, uint64_t* unread)
+{
+    for (size_t i = 0; i < count; ++i, texts += stride) {
+        if (ReadPlainNumberInRoom(*texts, decimal, numbers[i])) continue;
+        unread[i / 64] |= uint64_t{1} << (i % 64);
+    }
+}
+
+}  // namespace MCVelscore_850

@@ -28,6 +28,11 @@ inline constexpr size_t kPlainNumberRoom = 16;
 /// from each field's begin on. What the bytes behind the text hold changes nothing.
 bool ReadPlainNumberInRoom(std::string_view text, char decimal, double& number);
 
+/// The same of `count` texts that lie `stride` apart: the numbers of those that are read, and the
+/// bit of each other one in `unread`, which has zeros before.
+void ReadPlainNumbersInRoom(const std::string_view* texts, size_t stride, size_t count,
+                            char decimal, double* numbers, uint64_t* unread);
+
 namespace plainnumber {
 
 inline constexpr size_t kMostDigits = 19;  // what a 64-bit number surely holds

@@ -117,12 +117,12 @@ protected:
             RowWriter* const second = rejects ? &*rejects : nullptr;
             try {
                 // Blocks so small are done before further threads wake, unless the writing waits.
-                const auto wait = [&](uint64_t) {
+                const auto wait = [&](uint64_t, int64_t) {
                     writers_.insert(std::this_thread::get_id());
                     std::this_thread::sleep_for(std::chrono::microseconds(100));
                 };
-                session->Run(writer, second,
-                             options.threads == 1 ? ScoringSession::Progress() : wait);
+                if (options.threads > 1) session->OnProgress(wait);
+                session->Run(writer, second);
                 writer.Close();
                 if (second != nullptr) second->Close();
             } catch (...) {
