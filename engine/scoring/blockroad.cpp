@@ -1,5 +1,7 @@
 #include "engine/scoring/blockroad.h"
 
+#include <algorithm>
+#include <bit>
 #include <unordered_set>
 
 #include "engine/tables/columnblock.h"
@@ -125,19 +127,28 @@ void BlockRoad::FillNumbers(Input& input, const ColumnBlock& block, RowBits& uns
     const TableColumn& column = block.columns[field.Column()];
     const bool mayBeSure = field.ValueKind() == CaseField::Kind::Number;
     const bool isText = column.numbers == nullptr;
-    RowBits unread{};
-    if (mayBeSure && isText) field.ReadSurely(column, block.rows, input.numbers.data(), unread);
-    for (size_t row = 0; row < block.rows; ++row) {
+    const auto read = [&](size_t row) {
         double& number = input.numbers[row];
-        if (mayBeSure && isText) {
-            if (!HasRow(unread, row)) continue;
-        } else if (mayBeSure && column.IsPresent(row) && field.IsSure(column.numbers[row])) {
-            number = column.numbers[row];
-            continue;
-        }
-        if (ReadNumber(input, block, row, number)) continue;
+        if (ReadNumber(input, block, row, number)) return;
         number = 0.0;
         AddRow(unsure, row);
+    };
+    if (mayBeSure && isText) {
+        RowBits unread{};
+        field.ReadSurely(column, block.rows, input.numbers.data(), unread);
+        for (size_t word = 0; word < unread.size(); ++word) {
+            for (uint64_t left = unread[word]; left != 0; left &= left - 1) {
+                read(word * 64 + static_cast<size_t>(std::countr_zero(left)));
+            }
+        }
+        return;
+    }
+    for (size_t row = 0; row < block.rows; ++row) {
+        if (mayBeSure && column.IsPresent(row) && field.IsSure(column.numbers[row])) {
+            input.numbers[row] = column.numbers[row];
+        } else {
+            read(row);
+        }
     }
 }
 

@@ -213,8 +213,13 @@ void CaseField::ReadSurely(const TableColumn& column, size_t rows, double* numbe
     }
     ReadPlainNumbersInRoom(column.texts, column.stride, rows, options_->decimal, numbers,
                            unsure.data());
+    const double low = low_;
+    const double high = high_;
+    const bool needsMore = treated_ || countsUnlisted_;
     for (size_t row = 0; row < rows; ++row) {
-        unsure[row / 64] |= uint64_t{!IsSure(numbers[row])} << (row % 64);
+        const bool isSure = (numbers[row] >= low) & (numbers[row] <= high) &&
+                            (!needsMore || IsSure(numbers[row]));
+        unsure[row / 64] |= uint64_t{!isSure} << (row % 64);
     }
 }
 

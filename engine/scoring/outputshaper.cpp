@@ -34,7 +34,7 @@ void WriteValue(RowText& rows, const ResultBlock::Column& column, size_t row,
 
 void WriteStatus(RowText& rows, const CaseStatus& status)
 {
-    rows.AddText(status.IsOK() ? "0" : std::to_string(status.code));
+    rows.AddWhole(status.code);
 }
 
 void WriteStatusField(RowText& rows, const CaseStatus& status)

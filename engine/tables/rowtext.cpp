@@ -48,8 +48,12 @@ void RowText::AddWhole(int64_t number)
 {
     Separate();
     const size_t begin = text_.size();
-    const fmt::format_int text(number);
-    text_.append(text.data(), text.data() + text.size());
+    if (number >= 0 && number <= 9) {  // a status, mostly
+        text_.push_back(static_cast<char>('0' + number));
+    } else {
+        const fmt::format_int text(number);
+        text_.append(text.data(), text.data() + text.size());
+    }
     if (!plainNumbers_) MendNumber(begin);
 }
 
