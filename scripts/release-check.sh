@@ -4,7 +4,8 @@
 #   clang      the release build and all its tests with clang++, warnings being errors
 #   equality   block scorers against single cases over 10,000,000 rows a family and link, and the
 #              kernels' exp against the C library's over 1,000,000,000 values, with both compilers
-#   threads    the tests that score one model in several threads, under ThreadSanitizer
+#   threads    the tests that score one model in several threads, and those of whole runs, under
+#              ThreadSanitizer
 #   kills      200 runs ended at random moments, each gone on with to the bytes of one run
 #   tidy       clang-tidy over every source
 #   root       README.md's commands, ./test among them, on the committed tree in a new Debian root that
@@ -41,8 +42,12 @@ stage_equality() {
 }
 
 stage_threads() {
-    scripts/ensure-packages.sh packages.txt tests/packages.txt &&
-        TSAN_OPTIONS=halt_on_error=1 run_tests thread models_tests '*ServesThreadsAtOnce*'
+    scripts/ensure-packages.sh packages.txt tests/packages.txt || return 1
+    local -x TSAN_OPTIONS=halt_on_error=1:suppressions=$PWD/scripts/thread-suppressions.txt
+    local ended=0
+    run_tests thread models_tests '*ServesThreadsAtOnce*' || ended=1
+    run_tests thread engine_tests 'SessionTest.*:*EachKindOfTable*:*EightThreadsOnOneModel*' || ended=1
+    return $ended
 }
 
 stage_kills() {

@@ -1,7 +1,9 @@
 #ifndef VELSCORE_ENGINE_SCORING_BLOCKTASK_H
 #define VELSCORE_ENGINE_SCORING_BLOCKTASK_H
 
+#include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <exception>
 #include <limits>
 #include <memory>
@@ -25,6 +27,29 @@
 namespace MCVelscore_850 {
 
 class LoadedModel;
+
+/// What threads do one after the other, because something else puts them in order: who takes the
+/// turn sees what was done before it was passed on. Nobody waits for it.
+class Turn {
+public:
+    void Take() const { static_cast<void>(passed_.load(std::memory_order_acquire)); }
+    void Pass() { passed_.fetch_add(1, std::memory_order_release); }
+
+    /// Takes the turn, and passes it on at its end.
+    class Holder {
+    public:
+        explicit Holder(Turn& turn) : turn_(turn) { turn_.Take(); }
+        Holder(const Holder&) = delete;
+        Holder& operator=(const Holder&) = delete;
+        ~Holder() { turn_.Pass(); }
+
+    private:
+        Turn& turn_;
+    };
+
+private:
+    std::atomic<uint32_t> passed_{0};
+};
 
 /// What all blocks of a run share.
 struct BlockPlan {
@@ -51,6 +76,8 @@ public:
     explicit BlockTask(const BlockPlan& plan);
     ~BlockTask();
 
+    /// Held by whoever fills, runs or writes the block.
+    Turn& OwnTurn() { return turn_; }
     /// To be filled before Run().
     RecordBlock& Records() { return records_; }
     /// Ends the run where this block would be.
@@ -91,6 +118,7 @@ private:
     std::string_view TableName() const { return plan_.reader.NameOf(records_.table); }
 
     const BlockPlan& plan_;
+    Turn turn_;
     TableScorer scorer_;
     std::unique_ptr<OutputEvaluator> evaluator_;  ///< of the document's Output section, if wanted
     RecordSplitter splitter_;

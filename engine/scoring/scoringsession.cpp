@@ -24,6 +24,9 @@ using Clock = std::chrono::steady_clock;
 constexpr int64_t kBlockOutput = int64_t{1} << 22;
 constexpr int64_t kNumberOutput = 24;
 
+// Passed on by threads that start a pipeline to those that work in it.
+Turn starting;
+
 RecordReader::BlockSize BlockSizeOf(const LoadedModel& model, const ScoringOptions& options)
 {
     const ModelDescription& about = model.Description();
@@ -216,7 +219,16 @@ void ScoringSession::ScoreInParallel()
     const size_t most = threads_ + 2;
     std::mutex mutex;
     std::vector<BlockTask*> idle{&tasks_.front()};
+    // Never runs: further tasks settle by it while the first one may be scoring.
+    BlockTask& settled = tasks_.emplace_back(plan_);
+    settled.SettleAs(tasks_.front());
+    // The pipeline hands blocks, the reading and the writing from thread to thread by itself. Its
+    // library isn't built for ThreadSanitizer, which learns of that by these turns.
+    Turn reading;
+    Turn writing;
     const auto next = [&](tbb::flow_control& control) -> BlockTask* {
+        starting.Take();
+        const Turn::Holder ours(reading);
         BlockTask* task = nullptr;
         {
             const std::lock_guard lock(mutex);
@@ -227,29 +239,37 @@ void ScoringSession::ScoreInParallel()
         }
         if (task == nullptr) {
             task = &tasks_.emplace_back(plan_);
-            task->SettleAs(tasks_.front());
+            task->SettleAs(settled);
         }
+        const Turn::Holder its(task->OwnTurn());
         if (Read(*task)) return task;
         control.stop();
         return nullptr;
     };
     const auto run = [&](BlockTask* task) {
+        starting.Take();
+        const Turn::Holder its(task->OwnTurn());
         task->Run(plan_.mostRejects);
         return task;
     };
     const auto write = [&](BlockTask* task) {
+        starting.Take();
+        const Turn::Holder ours(writing);
+        const Turn::Holder its(task->OwnTurn());
         Write(*task);
         const std::lock_guard lock(mutex);
         idle.push_back(task);
     };
+    const tbb::filter<void, void> stages =
+        tbb::make_filter<void, BlockTask*>(tbb::filter_mode::serial_in_order, next) &
+        tbb::make_filter<BlockTask*, BlockTask*>(tbb::filter_mode::parallel, run) &
+        tbb::make_filter<BlockTask*, void>(tbb::filter_mode::serial_in_order, write);
     const tbb::global_control control(tbb::global_control::max_allowed_parallelism, threads_);
     tbb::task_arena arena(static_cast<int>(threads_));
-    arena.execute([&] {
-        tbb::parallel_pipeline(
-            most, tbb::make_filter<void, BlockTask*>(tbb::filter_mode::serial_in_order, next) &
-                      tbb::make_filter<BlockTask*, BlockTask*>(tbb::filter_mode::parallel, run) &
-                      tbb::make_filter<BlockTask*, void>(tbb::filter_mode::serial_in_order, write));
-    });
+    starting.Pass();
+    arena.execute([&] { tbb::parallel_pipeline(most, stages); });
+    reading.Take();
+    writing.Take();
 }
 
 // The next block into the task; false at the end.
