@@ -19,7 +19,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr uint64_t kHashedBytes = uint64_t{1} << 20;
+constexpr uint64_t kHashedBytes = uint64_t{1} << 16;
 
 // What tells a table from another one without reading it whole.
 Json TableJson(const std::string& path)

@@ -18,7 +18,7 @@ struct ScoreArguments;
 ///
 /// Same run  A note fits a run of the same version, document (SHA-256), tables (names, sizes,
 /// SHA-256
-///           of the first and the last MiB) and options, as far as the output depends on them.
+///           of the first and the last 64 KiB) and options, as far as the output depends on them.
 /// Whole     A note is written over in one piece, so that a killed run leaves one that can be read.
 class ResumeNote {
 public:

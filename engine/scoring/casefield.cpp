@@ -216,10 +216,21 @@ void CaseField::ReadSurely(const TableColumn& column, size_t rows, double* numbe
     const double low = low_;
     const double high = high_;
     const bool needsMore = treated_ || countsUnlisted_;
-    for (size_t row = 0; row < rows; ++row) {
-        const bool isSure = (numbers[row] >= low) & (numbers[row] <= high) &&
-                            (!needsMore || IsSure(numbers[row]));
-        unsure[row / 64] |= uint64_t{!isSure} << (row % 64);
+    for (size_t first = 0; first < rows; first += 64) {
+        uint64_t sure = 0;
+        const size_t count = std::min<size_t>(64, rows - first);
+        for (size_t i = 0; i < count; ++i) {
+            const double number = numbers[first + i];
+            const bool isWithin = (number >= low) & (number <= high);
+            sure |= uint64_t{isWithin} << i;
+        }
+        if (needsMore) {
+            for (size_t i = 0; i < count; ++i) {
+                if (!IsSure(numbers[first + i])) sure &= ~(uint64_t{1} << i);
+            }
+        }
+        const uint64_t all = count == 64 ? ~uint64_t{0} : (uint64_t{1} << count) - 1;
+        unsure[first / 64] |= all & ~sure;
     }
 }
 

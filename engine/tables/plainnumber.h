@@ -113,10 +113,11 @@ inline bool ReadWords(std::array<uint64_t, kWords> words, size_t size, bool nega
     // A long text has two ways, of which the first is mostly sure: which of them its digits allow
     // can't be foreseen. A whole number is rounded as it becomes a double.
     if (kWords < 3 || !DivideByPowerOfTen(whole, decimals, value)) {
-        if (decimals > 0 && whole > kExactLimit) return false;
+        if (kWords > 1 && decimals > 0 && whole > kExactLimit) return false;
         value = static_cast<double>(whole) / kPowers[decimals];
     }
-    number = negative ? -value : value;
+    // Which sign comes can't be foreseen: it is set without asking.
+    number = std::bit_cast<double>(std::bit_cast<uint64_t>(value) | uint64_t{negative} << 63);
     return true;
 }
 
