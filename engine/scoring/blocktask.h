@@ -1,7 +1,6 @@
 #ifndef VELSCORE_ENGINE_SCORING_BLOCKTASK_H
 #define VELSCORE_ENGINE_SCORING_BLOCKTASK_H
 
-#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <exception>
@@ -17,6 +16,7 @@
 #include "engine/scoring/rejects.h"
 #include "engine/scoring/scoringreport.h"
 #include "engine/scoring/tablescorer.h"
+#include "engine/scoring/turn.h"
 #include "engine/tables/columnblock.h"
 #include "engine/tables/compression.h"
 #include "engine/tables/recordblock.h"
@@ -27,29 +27,6 @@
 namespace MCVelscore_850 {
 
 class LoadedModel;
-
-/// What threads do one after the other, because something else puts them in order: who takes the
-/// turn sees what was done before it was passed on. Nobody waits for it.
-class Turn {
-public:
-    void Take() const { static_cast<void>(passed_.load(std::memory_order_acquire)); }
-    void Pass() { passed_.fetch_add(1, std::memory_order_release); }
-
-    /// Takes the turn, and passes it on at its end.
-    class Holder {
-    public:
-        explicit Holder(Turn& turn) : turn_(turn) { turn_.Take(); }
-        Holder(const Holder&) = delete;
-        Holder& operator=(const Holder&) = delete;
-        ~Holder() { turn_.Pass(); }
-
-    private:
-        Turn& turn_;
-    };
-
-private:
-    std::atomic<uint32_t> passed_{0};
-};
 
 /// What all blocks of a run share.
 struct BlockPlan {
