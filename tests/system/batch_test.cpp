@@ -151,12 +151,6 @@ TEST_F(Batch, PipeMayBeOneOfTheTables)
     EXPECT_EQ(run.out, kScores + "7,0,\n3,0,\n15,0,\n") << run.err;
 }
 
-struct Packing {
-    const char* name;  // of the output
-    Texts options;
-    const char* unpack;
-};
-
 TEST_F(Batch, OutputIsCompressedAsItsNameOrTheOptionSays)
 {
     const std::string kGzip = "gzip -dc <\"$0\"";

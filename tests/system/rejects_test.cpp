@@ -208,6 +208,8 @@ struct Allowed {
     std::string told;
 };
 
+void PrintTo(const Allowed& allowed, std::ostream* out) { *out << allowed.most; }
+
 class MostRejects : public Rejects, public testing::WithParamInterface<Allowed> {};
 
 TEST_P(MostRejects, EndTheRunBeforeOneMore)

@@ -29,6 +29,9 @@ struct Refusal {
     std::string told;
 };
 
+void PrintTo(const Shape& shape, std::ostream* out) { *out << shape.name; }
+void PrintTo(const Refusal& refusal, std::ostream* out) { *out << refusal.name; }
+
 template <class Row>
 std::string NameOf(const testing::TestParamInfo<Row>& test)
 {
