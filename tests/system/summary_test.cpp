@@ -55,6 +55,10 @@ TEST_F(Summary, TellsAllOfARun)
                      "scored",      "notScored", "rejected",        "unlisted",
                      "rowsWritten", "exitCode",  "error",           "interrupted",
                      "threads",     "seconds",   "rowsPerSecond",   "peakMemoryBytes"}));
+    const std::string page = ReadFile("docs/batch.md");
+    for (const std::string& key : KeysOf(report)) {
+        EXPECT_NE(page.find("`" + key + "`"), std::string::npos) << key;
+    }
     EXPECT_EQ("velscore " + report["velscore"].get<std::string>() + "\n",
               RunVelscore({"--version"}).out);
     EXPECT_EQ(report["document"], model_);
