@@ -1,6 +1,7 @@
 #include "cli/progresstext.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include <fmt/format.h>
 
@@ -11,7 +12,7 @@ namespace {
 // A time as people say it: 3 s, 4 min 5 s, 2 h 10 min.
 std::string DurationText(double seconds)
 {
-    const auto whole = static_cast<int64_t>(seconds + 0.5);
+    const int64_t whole = std::llround(seconds);
     if (whole < 60) return fmt::format("{} s", whole);
     if (whole < 3600) return fmt::format("{} min {} s", whole / 60, whole % 60);
     return fmt::format("{} h {} min", whole / 3600, whole % 3600 / 60);
