@@ -42,12 +42,11 @@ bool IsOutput(const std::string& output, const std::string& input)
     return output == "-" ? IsSameFile(STDOUT_FILENO, input) : IsSameFile(input, output);
 }
 
-// True for what is or will be a regular file: a device may be written to twice.
-bool IsFileName(const fs::path& path)
+// A device may be written to twice, /dev/null say.
+bool IsDevice(const fs::path& path)
 {
     std::error_code error;
-    const fs::file_type type = fs::status(path, error).type();
-    return type == fs::file_type::not_found || type == fs::file_type::regular;
+    return fs::status(path, error).type() == fs::file_type::character;
 }
 
 [[noreturn]] void Refuse(const std::string& input)
@@ -62,13 +61,12 @@ void RefuseSameOutput(const std::string& output, const std::string& other)
 {
     const std::string one = PlainName(output);
     const std::string two = PlainName(other);
-    bool same = one == two;
-    if (!same && one != "-" && two != "-") {
+    if (one == "-" || two == "-") {
+        if (one != two) return;
+    } else if (!IsSameFile(one, two)) {
         const fs::path file = EndOfLinks(one);
-        same =
-            IsSameFile(one, two) || (!file.empty() && file == EndOfLinks(two) && IsFileName(file));
+        if (file.empty() || file != EndOfLinks(two) || IsDevice(file)) return;
     }
-    if (!same) return;
     throw UsageError(fmt::format("{} is to be two outputs at once; name two files",
                                  one == "-" ? "standard output" : output));
 }

@@ -301,6 +301,13 @@ TEST_F(Rejects, GoToAFileOfTheirOwn)
     }
 }
 
+TEST_F(Rejects, MayGoWhereNobodyReads)
+{
+    const Finished run = Score(
+        "x,sex\n1,f\n1\n", {"--rejects", "/dev/null", "--summary", "/dev/null", "-o", "/dev/null"});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+}
+
 TEST_F(Rejects, ThatCannotBeWrittenAreToldBeforeScoring)
 {
     const std::string out = folder_.Write("scores.csv", "precious\n");
