@@ -1,6 +1,9 @@
 #include "cli/commandline.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <limits>
 #include <span>
 #include <sstream>
 #include <vector>
@@ -63,112 +66,185 @@ CLI::Validator OneOf(std::vector<std::string> words)
     return {check, "", ""};
 }
 
+CLI::Validator NotEmpty()
+{
+    const auto check = [](const std::string& text) -> std::string {
+        return text.empty() ? "the text is empty" : "";
+    };
+    return {check, "", ""};
+}
+
+constexpr int64_t kNoLimit = std::numeric_limits<int64_t>::max();
+
+CLI::Validator WholeNumber(int64_t least, int64_t most = kNoLimit)
+{
+    const auto check = [least, most](const std::string& text) -> std::string {
+        int64_t number = 0;
+        const char* const end = text.data() + text.size();
+        const auto read = std::from_chars(text.data(), end, number);
+        if (read.ec == std::errc() && read.ptr == end && number >= least && number <= most) {
+            return {};
+        }
+        return most == kNoLimit
+                   ? fmt::format("'{}' is no whole number of {} or more", text, least)
+                   : fmt::format("'{}' is no whole number from {} to {}", text, least, most);
+    };
+    return {check, "", ""};
+}
+
 void AddDocumentOptions(CLI::App* command, std::string& plugin, bool& asIs)
 {
     command->add_flag("--as-is", asIs, "Take the document as it is, without the adaptations");
     AddText(command, "--plugin", plugin, kPluginHelp, "FILE");
 }
 
-// What `score` and `curve` share: the inputs, where the output goes, and how tables are written.
-void DefineTable(CLI::App* command, ScoreArguments& score)
+// The headings of the options of `score` and `curve`.
+constexpr const char* kInputGroup = "Input";
+constexpr const char* kOutputGroup = "Output";
+constexpr const char* kScoringGroup = "Scoring";
+constexpr const char* kBadRowsGroup = "Bad rows";
+constexpr const char* kReportsGroup = "Reports";
+
+void DefineInput(CLI::App* command, ScoreArguments& score)
 {
+    command->option_defaults()->group(kInputGroup);
     command->add_option("MODEL", score.model, "The model document; - is standard input")
         ->required();
     command->add_option("CASES", score.cases,
                         "The tables of cases, of the same columns, with a header, plain or "
                         "compressed by gzip or zstd; - or nothing is standard input");
-    AddText(command, "-o,--out", score.output,
-            "Where the output goes; - or nothing is standard output", "FILE");
-    command->add_flag("--partial", score.partial,
-                      "When the run ends early, give the whole rows written so far the name of -o "
-                      "all the same; else they stay in a temporary file beside it");
-    command->add_flag("--resume", score.resume,
-                      "Go on where a run of the same model, tables and options was interrupted, or "
-                      "begin when there was none");
-    AddText(command, "--policy", score.policy,
-            "What to do with a missing or invalid predictor: substitute its replacement, answer a "
-            "missing prediction, or answer the status alone. Without it the model's own stands",
-            "substitute|sysmis|status")
-        ->check(OneOf({"substitute", "sysmis", "status"}));
     AddText(command, "--delimiter", score.delimiter,
             "The character between fields, in the cases and in the output; tab for a tabulator",
             "C");
-    AddText(command, "--out-delimiter", score.outDelimiter,
-            "The character between fields in the output; without it that of --delimiter", "C");
     AddText(command, "--decimal", score.decimal, "The decimal mark, in the cases and in the output",
             "C");
-    AddText(command, "--digits", score.digits,
-            "The most significant digits of a number in the output; without it as many as it takes "
-            "to read it back",
-            "N")
-        ->check(CLI::Range(1, 17));
-    AddText(command, "--compress", score.compress,
-            "Compress the output; without it as the suffix of -o says, .gz or .zst",
-            "gzip|zstd|none")
-        ->check(OneOf(CompressionWords()));
+    AddRepeatable(command, "--na", score.missingTexts,
+                  "A text that means missing, beside the empty field and NA; may be given again",
+                  "TEXT");
     AddRepeatable(command, "--map", score.mappings,
                   "The column of a field that the tables call otherwise: the model's name first; "
                   "may be given again, @FILE has one a line",
                   "NAME=COLUMN|@FILE");
     command->add_flag("--no-header", score.noHeader,
-                      "The tables have no header: their columns are the model's in its order, or "
-                      "told by number, from 1, with --map");
-    AddRepeatable(command, "--na", score.missingTexts,
-                  "A text that means missing, beside the empty field and NA; may be given again",
-                  "TEXT");
-    AddText(
-        command, "--threads", score.threads,
-        "How many threads score; without it as many as there are processors. The output doesn't "
-        "depend on it",
-        "N")
-        ->check(CLI::Range(1, 1024));
-    command->add_flag("--strict", score.strict,
-                      "End with 5 when a case wasn't scored or held an unlisted value");
-    AddText(command, "--rejects", score.rejects,
-            "Where rows go, as a table, that can't be read or have no score; rows that can't be "
-            "read don't end the run then",
-            "FILE");
-    AddText(command, "--max-rejects", score.mostRejects,
-            "End with 3 before the row that would be rejected beyond so many", "N")
-        ->check(CLI::NonNegativeNumber);
-    AddText(command, "--summary", score.summary, "Where a report of the run goes, as JSON", "FILE");
-    command->add_flag("--progress", score.progress,
-                      "Tell the progress each ten seconds where no terminal is");
-    command->add_flag("--quiet", score.quiet, "No progress and no closing line");
-    AddDocumentOptions(command, score.plugin, score.asIs);
+                      "The tables have no header: their columns are the model's in the order that "
+                      "inspect lists, or told by number, from 1, with --map");
 }
 
-void DefineScore(CLI::App* command, ScoreArguments& score)
+void DefineOutput(CLI::App* command, ScoreArguments& score)
 {
-    DefineTable(command, score);
-    command->add_flag("--prediction-only", score.predictionOnly,
-                      "Leave out standard errors, limits, probabilities and hazards");
+    command->option_defaults()->group(kOutputGroup);
+    AddText(command, "-o,--out", score.output,
+            "Where the output goes; - or nothing is standard output", "FILE")
+        ->check(NotEmpty());
+    command->add_flag("--partial", score.partial,
+                      "When the run ends early, give the whole rows written so far the name of -o "
+                      "all the same; else they stay in a temporary file beside it");
+    command->add_flag("--resume", score.resume,
+                      "Go on where a run of the same model, tables and options ended early, or begin "
+                      "when there was none");
+    AddText(command, "--compress", score.compress,
+            "Compress the output; without it as the suffix of -o says, .gz or .zst",
+            "gzip|zstd|none")
+        ->check(OneOf(CompressionWords()));
+    AddText(command, "--out-delimiter", score.outDelimiter,
+            "The character between fields in the output; without it that of --delimiter", "C")
+        ->check(NotEmpty());
+    AddText(command, "--digits", score.digits,
+            "The most significant digits of a computed number in the output; without it as many as "
+            "it takes to read it back",
+            "N")
+        ->check(WholeNumber(1, 17));
+}
+
+// Which columns the scores have.
+void DefineColumns(CLI::App* command, ScoreArguments& score)
+{
+    command->option_defaults()->group(kOutputGroup);
     AddRepeatable(
         command, "--keep", score.keep,
         "Columns of the input to repeat in the output, separated by commas, or all; may be "
         "given again",
         "all|COLS");
     AddText(command, "--name-column", score.nameColumn,
-            "The name of a first column that tells each row's table", "NAME");
+            "The name of a first column that tells each row's table", "NAME")
+        ->check(NotEmpty());
     AddRepeatable(command, "--columns", score.columns,
                   "The result columns to write, in this order, separated by commas; probabilities "
                   "stands for every category's, linear_predictor and std_err(linear_predictor) are "
                   "more; may be given again",
                   "COLS");
-    AddText(command, "--level", score.level,
-            "The confidence level of ci_lower and ci_upper, above 0 and below 1; 0.95 without it",
-            "P");
     AddText(command, "--output", score.outputColumns,
             "The columns of the output: default, the same for each model of a family, or document, "
             "those of the document's own Output section",
             "default|document")
         ->check(OneOf({"default", "document"}));
+    command->add_flag("--prediction-only", score.predictionOnly,
+                      "Leave out standard errors, limits, probabilities and hazards");
+}
+
+void DefineScoring(CLI::App* command, ScoreArguments& score)
+{
+    command->option_defaults()->group(kScoringGroup);
+    AddText(command, "--policy", score.policy,
+            "What to do with a missing or invalid predictor: substitute its replacement, answer a "
+            "missing prediction, or answer the status alone. Without it the model's own stands",
+            "substitute|sysmis|status")
+        ->check(OneOf({"substitute", "sysmis", "status"}));
+    AddText(
+        command, "--threads", score.threads,
+        "How many threads score; without it as many as there are processors. The output doesn't "
+        "depend on it",
+        "N")
+        ->check(WholeNumber(1, 1024));
+    AddDocumentOptions(command, score.plugin, score.asIs);
+}
+
+void DefineBadRows(CLI::App* command, ScoreArguments& score)
+{
+    command->option_defaults()->group(kBadRowsGroup);
+    AddText(command, "--rejects", score.rejects,
+            "Where rows go, as a table, that can't be read or have no score; rows that can't be "
+            "read don't end the run then",
+            "FILE")
+        ->check(NotEmpty());
+    AddText(command, "--max-rejects", score.mostRejects,
+            "End with 3 before the row that would be rejected beyond so many", "N")
+        ->check(WholeNumber(0));
+    command->add_flag("--strict", score.strict,
+                      "End with 5 when a case wasn't scored or held an unlisted value");
+}
+
+void DefineReports(CLI::App* command, ScoreArguments& score)
+{
+    command->option_defaults()->group(kReportsGroup);
+    AddText(command, "--summary", score.summary, "Where a report of the run goes, as JSON", "FILE")
+        ->check(NotEmpty());
+    command->add_flag("--progress", score.progress,
+                      "Tell the progress each ten seconds where no terminal is");
+    command->add_flag("--quiet", score.quiet, "No progress and no closing line");
+}
+
+void DefineScore(CLI::App* command, ScoreArguments& score)
+{
+    DefineInput(command, score);
+    DefineOutput(command, score);
+    DefineColumns(command, score);
+    DefineScoring(command, score);
+    AddText(command, "--level", score.level,
+            "The confidence level of ci_lower and ci_upper, above 0 and below 1; 0.95 without it",
+            "P");
+    DefineBadRows(command, score);
+    DefineReports(command, score);
     command->footer(kScoreFooter);
 }
 
 void DefineCurve(CLI::App* command, ScoreArguments& curve)
 {
-    DefineTable(command, curve);
+    DefineInput(command, curve);
+    DefineOutput(command, curve);
+    DefineScoring(command, curve);
+    DefineBadRows(command, curve);
+    DefineReports(command, curve);
     command->footer(
         "Example:\n"
         "  velscore curve model.pmml cases.csv -o curves.csv\n\n"

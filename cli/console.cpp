@@ -27,37 +27,6 @@ bool IsColourWanted()
            (terminal == nullptr || std::string_view(terminal) != "dumb");
 }
 
-double ShareOf(const Console::Progress& progress)
-{
-    return std::min(1.0,
-                    static_cast<double>(progress.bytes) / static_cast<double>(progress.totalBytes));
-}
-
-// A time as people say it: 3 s, 4 min 5 s, 2 h 10 min.
-std::string DurationText(double seconds)
-{
-    const auto whole = static_cast<int64_t>(seconds + 0.5);
-    if (whole < 60) return fmt::format("{} s", whole);
-    if (whole < 3600) return fmt::format("{} min {} s", whole / 60, whole % 60);
-    return fmt::format("{} h {} min", whole / 3600, whole % 3600 / 60);
-}
-
-// Share, rows a second, time left.
-std::string ProgressText(const Console::Progress& progress, double seconds)
-{
-    const double rate = static_cast<double>(progress.rows) / seconds;
-    const std::string rows = fmt::format("{} rows, {:.0f} rows/s", progress.rows, rate);
-    if (progress.totalBytes == 0) {
-        constexpr double kMebibyte = 1024.0 * 1024.0;
-        return fmt::format("{:.0f} MiB read, {}", static_cast<double>(progress.bytes) / kMebibyte,
-                           rows);
-    }
-    const double share = ShareOf(progress);
-    std::string text = fmt::format("{:3.0f} %, {}", share * 100.0, rows);
-    if (share > 0.0) text += fmt::format(", {} left", DurationText(seconds / share - seconds));
-    return text;
-}
-
 }  // namespace
 
 Console::Console() : terminal_(::isatty(STDERR_FILENO) == 1), colour_(terminal_ && IsColourWanted())

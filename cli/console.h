@@ -2,9 +2,10 @@
 #define VELSCORE_CLI_CONSOLE_H
 
 #include <chrono>
-#include <cstdint>
 #include <string>
 #include <string_view>
+
+#include "cli/progresstext.h"
 
 namespace MCVelscore_850 {
 
@@ -24,14 +25,8 @@ public:
     /// A failure with its place, code and remedy.
     void SayFailure(const Failure& failure);
 
-    /// How far a long work is.
-    struct Progress {
-        uint64_t bytes;
-        uint64_t totalBytes;  ///< 0 when it isn't known
-        int64_t rows;
-    };
-    /// Shows it: on a terminal a bar, after the first second; elsewhere, if that is wanted, a line
-    /// each ten seconds.
+    /// Shows how far a long work is: on a terminal a bar, after the first second; elsewhere, if
+    /// that is wanted, a line each ten seconds.
     void ShowProgress(const Progress& progress);
     /// Progress is shown where no terminal is, too.
     void WantProgress() { wanted_ = true; }

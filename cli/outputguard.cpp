@@ -13,6 +13,25 @@ namespace MCVelscore_850 {
 
 namespace {
 
+namespace fs = std::filesystem;
+
+constexpr int kMostLinks = 40;  // as the system allows
+
+std::string PlainName(const std::string& output) { return output == "/dev/stdout" ? "-" : output; }
+
+// The file that a name stands for, which need not be there yet; empty where none can be told.
+fs::path EndOfLinks(fs::path path)
+{
+    std::error_code error;
+    for (int link = 0; link < kMostLinks; ++link) {
+        const fs::path next = fs::read_symlink(path, error);
+        if (error) break;  // no link
+        path = path.parent_path() / next;
+    }
+    path = fs::weakly_canonical(path, error);
+    return error ? fs::path() : path;
+}
+
 // True when the output would go into the file that the input is.
 bool IsOutput(const std::string& output, const std::string& input)
 {
@@ -23,13 +42,11 @@ bool IsOutput(const std::string& output, const std::string& input)
     return output == "-" ? IsSameFile(STDOUT_FILENO, input) : IsSameFile(input, output);
 }
 
-// True for what is or will be a regular file: a device may be written to twice.
-bool IsFileName(const std::string& path)
+// A device may be written to twice, /dev/null say.
+bool IsDevice(const fs::path& path)
 {
     std::error_code error;
-    const auto type = std::filesystem::status(path, error).type();
-    return type == std::filesystem::file_type::not_found ||
-           type == std::filesystem::file_type::regular;
+    return fs::status(path, error).type() == fs::file_type::character;
 }
 
 [[noreturn]] void Refuse(const std::string& input)
@@ -42,17 +59,16 @@ bool IsFileName(const std::string& path)
 
 void RefuseSameOutput(const std::string& output, const std::string& other)
 {
-    namespace fs = std::filesystem;
-    bool same = output == other;
-    if (!same && output != "-" && other != "-") {
-        std::error_code error;
-        const fs::path one = fs::weakly_canonical(output, error);
-        same = IsSameFile(output, other) || (!error && one == fs::weakly_canonical(other, error) &&
-                                             !error && IsFileName(output));
+    const std::string one = PlainName(output);
+    const std::string two = PlainName(other);
+    if (one == "-" || two == "-") {
+        if (one != two) return;
+    } else if (!IsSameFile(one, two)) {
+        const fs::path file = EndOfLinks(one);
+        if (file.empty() || file != EndOfLinks(two) || IsDevice(file)) return;
     }
-    if (!same) return;
     throw UsageError(fmt::format("{} is to be two outputs at once; name two files",
-                                 output == "-" ? "standard output" : output));
+                                 one == "-" ? "standard output" : output));
 }
 
 void RefuseOutputOntoDocument(const std::string& output, const std::string& document)

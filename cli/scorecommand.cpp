@@ -46,11 +46,7 @@ private:
     void Score();
     void OpenOutputs();
     void EndEarly(std::string_view why);
-    void WriteSummary() const;
-    double Seconds() const
-    {
-        return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin_).count();
-    }
+    int WriteSummary(int exitCode, const Failure* failure = nullptr);
 
     const ScoreArguments& arguments_;
     ScoringOptions options_;
@@ -61,6 +57,7 @@ private:
     std::optional<ResumeNote> note_;
     std::optional<RowWriter> writer_;
     std::optional<RowWriter> rejects_;
+    std::optional<OutputFile> summary_;
 };
 
 int TableRun::Run()
@@ -93,8 +90,7 @@ int TableRun::Run()
         }
         console_.SayFailure(failure);
         if (writer_) EndEarly(kBeforeThat);
-        if (session_) WriteSummary();
-        return static_cast<int>(failure.Kind());
+        return WriteSummary(static_cast<int>(failure.Kind()), &failure);
     } catch (...) {
         if (writer_) EndEarly(kBeforeThat);
         throw;
@@ -105,8 +101,7 @@ int TableRun::Run()
     } else if (!arguments_.quiet && !report.outputClosed) {
         console_.Say(ClosingLine(*session_, *model_));
     }
-    WriteSummary();
-    return ExitCodeOf(report, arguments_.strict);
+    return WriteSummary(ExitCodeOf(report, arguments_.strict));
 }
 
 // No output may be an input, nor another output.
@@ -160,6 +155,7 @@ void TableRun::OpenOutputs()
 void TableRun::Score()
 {
     OpenOutputs();
+    if (!arguments_.summary.empty()) summary_.emplace(arguments_.summary);
     if (!arguments_.quiet) {
         session_->OnProgress([&](uint64_t bytes, int64_t rows) {
             console_.ShowProgress({bytes, session_->Tables().TotalBytes(), rows});
@@ -196,10 +192,21 @@ void TableRun::EndEarly(std::string_view why)
     console_.Say(line);
 }
 
-void TableRun::WriteSummary() const
+// Answers the exit code.
+int TableRun::WriteSummary(int exitCode, const Failure* failure)
 {
-    if (arguments_.summary.empty()) return;
-    WriteWholeFile(arguments_.summary, SummaryJson(*session_, *model_, Seconds()).dump(2) + "\n");
+    if (!summary_) return exitCode;
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin_;
+    const nlohmann::ordered_json summary =
+        SummaryJson(*session_, *model_, {exitCode, failure, time.count()});
+    // A table's texts, and its name, may be in another encoding.
+    const std::string text =
+        summary.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    if (const int error = summary_->Write(text); error != 0) {
+        RefuseOutput(summary_->Name(), error);
+    }
+    summary_->Finish();
+    return exitCode;
 }
 
 int RunTable(const ScoreArguments& arguments, bool curves, Console& console)

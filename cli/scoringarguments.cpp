@@ -10,6 +10,7 @@
 
 #include "cli/commands.h"
 #include "engine/scoring/curveshaper.h"
+#include "engine/tables/fileform.h"
 #include "host/values/numbertext.h"
 
 namespace MCVelscore_850 {
@@ -78,6 +79,11 @@ void AddMapping(const std::string& text, std::string_view where,
     }
 }
 
+[[noreturn]] void RefuseMappings(const std::string& text)
+{
+    throw UsageError(fmt::format("--map {}: the file can't be read", text));
+}
+
 // What --map tells: a pair, or @FILE with a pair a line.
 std::map<std::string, std::string> MappingOf(const std::vector<std::string>& texts)
 {
@@ -89,13 +95,18 @@ std::map<std::string, std::string> MappingOf(const std::vector<std::string>& tex
         }
         const std::string path = text.substr(1);
         std::ifstream file(path);
-        if (!file) throw UsageError(fmt::format("--map {}: the file can't be read", text));
+        if (!file) RefuseMappings(text);
         std::string line;
         for (int number = 1; std::getline(file, line); ++number) {
             if (line.ends_with('\r')) line.pop_back();
+            if (number == 1 && line.starts_with(kByteOrderMark)) {
+                line.erase(0, kByteOrderMark.size());
+            }
             if (line.empty()) continue;
             AddMapping(line, fmt::format("line {} of {}", number, path), columnOf);
         }
+        // A directory opens, and can't be read.
+        if (file.bad()) RefuseMappings(text);
     }
     return columnOf;
 }

@@ -10,6 +10,7 @@
 
 #include "engine/documents/loadedmodel.h"
 #include "engine/messages/explanation.h"
+#include "engine/messages/failure.h"
 #include "engine/messages/shorttext.h"
 #include "engine/messages/suggestions.h"
 #include "engine/scoring/scoringsession.h"
@@ -24,15 +25,16 @@ std::string FirstCaseText(const NotScoredReason& reason, const NotScored::Case& 
                           const ScoringSession& session, const ScoreModel& model)
 {
     const TableReader& tables = session.Tables();
+    std::string row = std::to_string(first.row);
+    if (tables.TableCount() > 1) row += fmt::format(" of {}", tables.NameOf(first.table));
     std::string text;
     if (first.text && TellsTheCase(static_cast<int>(reason.code))) {
-        text = MessageText(static_cast<int>(reason.code),
-                           {ShortText(*first.text), reason.field, std::to_string(first.row)});
+        text =
+            MessageText(static_cast<int>(reason.code), {ShortText(*first.text), reason.field, row});
     } else {
         const std::string fault = FaultText(reason.field, first.text);
-        text = fmt::format("row {}{}{}", first.row, fault.empty() ? "" : ", ", fault);
+        text = fmt::format("row {}{}{}", row, fault.empty() ? "" : ", ", fault);
     }
-    if (tables.TableCount() > 1) text += fmt::format(" of {}", tables.NameOf(first.table));
     const std::string meant =
         first.text ? SuggestCategory(model, reason.field, *first.text) : std::string();
     return meant.empty() ? text : text + "; " + meant;
@@ -118,6 +120,12 @@ Json UnlistedJson(const ScoringReport& report)
     return unlisted;
 }
 
+Json ErrorJson(const Failure* failure)
+{
+    if (failure == nullptr) return nullptr;
+    return {{"code", failure->Code()}, {"message", failure->what()}, {"remedy", failure->Remedy()}};
+}
+
 }  // namespace
 
 std::string ClosingLine(const ScoringSession& session, const LoadedModel& model)
@@ -139,7 +147,7 @@ std::string ClosingLine(const ScoringSession& session, const LoadedModel& model)
     return line;
 }
 
-Json SummaryJson(const ScoringSession& session, const LoadedModel& model, double seconds)
+Json SummaryJson(const ScoringSession& session, const LoadedModel& model, const RunEnd& end)
 {
     const ScoringReport& report = session.Report();
     const ScoringTimes& times = session.Times();
@@ -161,13 +169,15 @@ Json SummaryJson(const ScoringSession& session, const LoadedModel& model, double
                  {"rejected", report.rejected},
                  {"unlisted", UnlistedJson(report)},
                  {"rowsWritten", report.rowsWritten},
+                 {"exitCode", end.exitCode},
+                 {"error", ErrorJson(end.failure)},
                  {"interrupted", report.interrupted},
                  {"threads", session.ThreadCount()}};
-    summary["seconds"] = {{"total", seconds},
+    summary["seconds"] = {{"total", end.seconds},
                           {"reading", SecondsOf(times.reading)},
                           {"scoring", SecondsOf(times.scoring)},
                           {"writing", SecondsOf(times.writing)}};
-    summary["rowsPerSecond"] = seconds > 0.0 ? static_cast<double>(rows) / seconds : 0.0;
+    summary["rowsPerSecond"] = end.seconds > 0.0 ? static_cast<double>(rows) / end.seconds : 0.0;
     summary["peakMemoryBytes"] = PeakMemory();
     return summary;
 }

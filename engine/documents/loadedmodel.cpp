@@ -110,7 +110,7 @@ void LoadedModel::SetConfidenceLevel(double level)
     description_ = std::move(description);
 }
 
-std::vector<std::string> LoadedModel::Columns() const
+std::vector<std::string> LoadedModel::ColumnsOf(const ModelDescription& description) const
 {
     const ScoreDictionary* dictionary = model_->GetDictionary();
     const ScoreDictionary* transformations = model_->GetTransformationDictionary();
@@ -122,7 +122,7 @@ std::vector<std::string> LoadedModel::Columns() const
         // Reading bounds the chain of derived fields, and with it this recursion.
         for (const auto* input : static_cast<const TransformVar&>(var).Inputs()) self(self, *input);
     };
-    for (const std::string& name : description_.variables) {
+    for (const std::string& name : description.variables) {
         const ScoreDictVar* var = dictionary == nullptr ? nullptr : dictionary->GetVar(name);
         if (var == nullptr && transformations != nullptr) var = transformations->GetVar(name);
         if (var != nullptr) add(add, *var);

@@ -96,7 +96,9 @@ public:
     const ModelDescription& Description() const { return description_; }
     /// The columns that a table needs, each once: the description's variables, and in the place of
     /// a derived one the fields that it is computed from.
-    std::vector<std::string> Columns() const;
+    std::vector<std::string> Columns() const { return ColumnsOf(description_); }
+    /// The same of a description that names fewer variables.
+    std::vector<std::string> ColumnsOf(const ModelDescription& description) const;
     /// Variables whose list of categories was taken from the model's cells.
     const std::vector<std::string>& ListedByCells() const { return listedByCells_; }
     const std::vector<MiningFieldTreatment>& Treatments() const { return treatments_; }

@@ -52,8 +52,8 @@ CasePreparer::CasePreparer(const ScoreModel& model, const ModelDescription& desc
         const ScoreDictVar* var = FindVariable(dictionary_, transformations_, name);
         if (var != nullptr) AddVariable(*var, names, &header);
     }
-    BindColumns(header, tableName);
     RefuseUnknownNames();
+    BindColumns(header, tableName);
 
     std::unordered_map<std::string_view, const MiningFieldTreatment*> treatmentOf;
     for (const MiningFieldTreatment& each : treatments) treatmentOf.emplace(each.name, &each);
@@ -84,7 +84,10 @@ void CasePreparer::AddVariable(const ScoreDictVar& var, std::vector<std::string>
         return;
     }
     const bool optional = columns != nullptr;
-    if (optional && !Contains(*columns, options_.ColumnOf(var.GetName()))) return;
+    if (optional && !options_.columnOf.contains(var.GetName()) &&
+        !Contains(*columns, var.GetName())) {
+        return;
+    }
     names.push_back(var.GetName());
     fields_.emplace_back(var, options_, optional);
 }

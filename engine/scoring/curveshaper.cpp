@@ -32,7 +32,7 @@ void CurveShaper::WriteCurve(RowText& rows, int64_t row, const std::vector<Survi
     const std::string number = std::to_string(row);
     for (const SurvivalPoint& point : curve) {
         rows.AddText(number);
-        rows.AddNumber(point.time);
+        rows.AddLabel(point.time);
         WriteResultNumber(rows, point.survival);
         WriteResultNumber(rows, point.cumHazard);
         rows.EndRow();

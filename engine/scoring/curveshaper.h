@@ -13,7 +13,7 @@ class RowText;
 
 /// Writes survival curves in long form: a line for each time of each case.
 ///
-/// Columns  row, time, survival, cum_hazard; row is the case's number in its table, from 1.
+/// Columns  row, time, survival, cum_hazard; row counts the cases of all tables, from 1.
 /// Rows     A case without a curve has one line, its times and numbers empty; so is a number that
 ///          doesn't exist.
 class CurveShaper {

@@ -55,6 +55,15 @@ void SetProbability(OutputCell& cell, const ScoreResult& result, const std::stri
     }
 }
 
+bool PredictsCategory(const ModelDescription& description)
+{
+    const ResultSchema schema(description);
+    const auto& columns = schema.Columns();
+    return std::any_of(columns.begin(), columns.end(), [](const ResultColumn& column) {
+        return column.kind == ResultKind::Category;
+    });
+}
+
 double ExistingNumber(ResultQuantity quantity, bool lacks, double number)
 {
     return !lacks && ResultSchema::Exists(quantity, number) ? number
@@ -172,6 +181,7 @@ OutputEvaluator::OutputEvaluator(const OutputSection& section, const ScoreModel&
       target_(model.GetTargetVar()),
       declaration_(TargetOf(target_)),
       errorAndLimits_(description),
+      predictsCategory_(PredictsCategory(description)),
       cells_(section.fields.size()),
       fields_(std::make_unique<FieldsRecord>(section))
 {}
@@ -186,7 +196,10 @@ std::span<const OutputCell> OutputEvaluator::Evaluate(const ScoreCaseRecord& rec
         const OutputField& field = section_.fields[i];
         OutputCell& cell = cells_[i];
         switch (field.feature) {
-            case Feature::PredictedValue: cell = PredictedValue(result, declaration_); break;
+            case Feature::PredictedValue:
+                cell = PredictedValue(result, declaration_);
+                cell.isLabel = predictsCategory_;
+                break;
             case Feature::PredictedDisplayValue:
                 FillDisplay(PredictedValue(result, declaration_), cell);
                 break;

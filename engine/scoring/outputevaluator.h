@@ -23,6 +23,7 @@ struct TargetDeclaration;
 struct OutputCell {
     enum Kind { Missing, Number, Text } kind = Missing;
     double number = 0.0;
+    bool isLabel = false;  ///< the number names a category
     std::string text;
 
     void SetMissing() { kind = Missing; }
@@ -97,6 +98,7 @@ private:
     const ScoreDictVar* target_;
     const TargetDeclaration* declaration_;
     ErrorAndLimits errorAndLimits_;
+    bool predictsCategory_;
     std::vector<OutputCell> cells_;
     std::unique_ptr<FieldsRecord> fields_;
 };

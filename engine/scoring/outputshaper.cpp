@@ -25,7 +25,7 @@ void WriteValue(RowText& rows, const ResultBlock::Column& column, size_t row,
     } else {
         const ResultCategory& category = categories[static_cast<size_t>(column.codes[row])];
         if (category.number) {
-            rows.AddNumber(*category.number);
+            rows.AddLabel(*category.number);
         } else {
             rows.AddText(category.text);
         }
@@ -50,7 +50,13 @@ void WriteCell(RowText& rows, const OutputCell& cell)
 {
     switch (cell.kind) {
         case OutputCell::Missing: rows.AddEmpty(); break;
-        case OutputCell::Number: rows.AddNumber(cell.number); break;
+        case OutputCell::Number:
+            if (cell.isLabel) {
+                rows.AddLabel(cell.number);
+            } else {
+                rows.AddNumber(cell.number);
+            }
+            break;
         case OutputCell::Text: rows.AddText(cell.text); break;
     }
 }

@@ -38,7 +38,7 @@ std::string_view ClassOf(long code)
 
 void WriteRow(RowText& rows, std::string_view file, const RawRow& row)
 {
-    rows.AddText(file);
+    rows.AddText(AsUtf8(file));
     rows.AddWhole(row.number);
     rows.AddWhole(static_cast<int64_t>(row.offset));
 }

@@ -42,11 +42,9 @@ RecordReader::BlockSize BlockSizeOf(const LoadedModel& model, const ScoringOptio
 }
 
 // The columns of a table without a header, unless they are told: the model's in their order.
-std::map<std::string, std::string> ColumnsOf(const LoadedModel& model, const TableReader& reader,
-                                             const ScoringOptions& options)
+std::map<std::string, std::string> ColumnsInOrder(const TableReader& reader,
+                                                  const std::vector<std::string>& names)
 {
-    if (options.dialect.hasHeader || !options.columnOf.empty()) return options.columnOf;
-    const std::vector<std::string> names = model.Columns();
     if (names.size() != reader.Header().size()) {
         throw Failure(FailureKind::Cases, kColumnsWithoutHeader,
                       {reader.NameOf(0), std::to_string(reader.Header().size()),
@@ -54,6 +52,23 @@ std::map<std::string, std::string> ColumnsOf(const LoadedModel& model, const Tab
     }
     std::map<std::string, std::string> columnOf;
     for (size_t i = 0; i < names.size(); ++i) columnOf[names[i]] = reader.Header()[i];
+    return columnOf;
+}
+
+std::map<std::string, std::string> ColumnsOf(const LoadedModel& model, const TableReader& reader,
+                                             const ScoringOptions& options)
+{
+    const bool inOrder = !options.dialect.hasHeader && options.columnOf.empty();
+    const std::vector<std::string> all = model.Columns();
+    if (!options.curves) return inOrder ? ColumnsInOrder(reader, all) : options.columnOf;
+    // A table for scores serves curves too: what is told of its end time isn't heeded.
+    const std::vector<std::string> read = model.ColumnsOf(CurveShaper::Needs(model.Description()));
+    const bool hasAll = reader.Header().size() == all.size();
+    std::map<std::string, std::string> columnOf =
+        inOrder ? ColumnsInOrder(reader, hasAll ? all : read) : options.columnOf;
+    for (const std::string& name : all) {
+        if (std::find(read.begin(), read.end(), name) == read.end()) columnOf.erase(name);
+    }
     return columnOf;
 }
 

@@ -123,6 +123,17 @@ void InputFile::Refuse(const std::string& reason) const
     throw Failure(content_, code, {name_, reason});
 }
 
+void RefuseUnreadable(const std::string& path)
+{
+    if (path == "-") return;
+    int error = ::faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) == 0 ? 0 : errno;
+    const FileStatus status = StatusOf(path);
+    if (error == 0 && status && S_ISDIR(status->st_mode)) error = EISDIR;
+    if (error == 0) return;
+    throw Failure(FailureKind::Cases, kCasesNotRead,
+                  {InputFile::NameOf(path), std::strerror(error)});
+}
+
 bool IsRegularFile(const std::string& path, uint64_t& size)
 {
     const FileStatus status = path == "-" ? StatusOf(STDIN_FILENO) : StatusOf(path);

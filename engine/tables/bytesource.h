@@ -79,6 +79,10 @@ private:
     std::atomic<uint64_t> consumed_{0};
 };
 
+/// Throws kCasesNotRead (Failure of kind Cases) for a path that isn't there, may not be read or is
+/// a directory. It opens nothing, since a pipe can be opened once only.
+void RefuseUnreadable(const std::string& path);
+
 /// True for a regular file, or standard input that is one for "-"; tells its size.
 bool IsRegularFile(const std::string& path, uint64_t& size);
 

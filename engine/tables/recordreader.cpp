@@ -65,7 +65,7 @@ void RecordReader::ReadHeader()
             hint =
                 SuggestDelimiter(record.substr(0, record.find_first_of("\r\n")), form_.delimiter);
         }
-        throw FailureOf(fault, Name(), 0, 0, std::move(hint));
+        throw FailureOf(fault, Name(), form_.hasHeader ? 0 : 1, 0, std::move(hint));
     }
     header_ = FieldsOf(record, form_.delimiter);
     if (header_.empty()) throw Failure(FailureKind::Cases, kNoHeader, {Name()});

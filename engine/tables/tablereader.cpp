@@ -14,13 +14,10 @@ TableReader::TableReader(std::vector<std::string> paths, const RecordForm& form,
 {
     bool isKnown = true;
     for (const std::string& path : paths_) {
-        // One that isn't there is told before hours of work. A pipe can be opened once only.
+        // One that isn't there is told before hours of work.
+        RefuseUnreadable(path);
         uint64_t size = 0;
-        if (!IsRegularFile(path, size)) {
-            isKnown = false;
-        } else if (paths_.size() > 1) {
-            const InputFile openable(path);
-        }
+        if (!IsRegularFile(path, size)) isKnown = false;
         totalBytes_ += size;
         names_.push_back(InputFile::NameOf(path));
     }

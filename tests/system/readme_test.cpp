@@ -2,6 +2,7 @@
 // root of the repository and compared with the lines that follow.
 
 #include <fstream>
+#include <regex>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -47,6 +48,24 @@ TEST(Readme, ShowsWhatTheCommandAnswers)
         EXPECT_EQ(result.exitCode, 0);
         // A terminal shows both streams, the closing line last.
         EXPECT_EQ(result.out + result.err, shown.output);
+    }
+}
+
+// Every option that --help lists has its place in a table of docs/command.md.
+TEST(Documentation, HasARowForEachOption)
+{
+    const std::string page = ReadFile("docs/command.md");
+    const std::regex option(R"(\n +(?:-\w,)?(--[\w-]+))");
+    for (const char* command : {"score", "curve"}) {
+        const std::string help = RunVelscore({command, "--help"}).out;
+        int count = 0;
+        for (std::sregex_iterator each(help.begin(), help.end(), option), end; each != end;
+             ++each, ++count) {
+            const std::string name = (*each)[1];
+            const std::regex row(R"(\n\| [^|\n]*`)" + name + "[ `]");
+            EXPECT_TRUE(name == "--help" || std::regex_search(page, row)) << name;
+        }
+        EXPECT_GT(count, 15) << help;
     }
 }
 
