@@ -75,8 +75,9 @@ void DefineTable(CLI::App* command, ScoreArguments& score)
     command->add_option("MODEL", score.model, "The model document; - is standard input")
         ->required();
     command->add_option("CASES", score.cases,
-                        "The tables of cases, of the same columns, with a header, plain or "
-                        "compressed by gzip or zstd; - or nothing is standard input");
+                        "The tables of cases, of the same columns: comma-separated values with a "
+                        "header, or JSON Lines; plain or compressed by gzip or zstd; - or nothing "
+                        "is standard input");
     AddText(command, "-o,--out", score.output,
             "Where the output goes; - or nothing is standard output", "FILE");
     command->add_flag("--partial", score.partial,
@@ -88,7 +89,8 @@ void DefineTable(CLI::App* command, ScoreArguments& score)
             "substitute|sysmis|status")
         ->check(OneOf({"substitute", "sysmis", "status"}));
     AddText(command, "--delimiter", score.delimiter,
-            "The character between fields, in the cases and in the output; tab for a tabulator",
+            "The character between fields, in the cases and in the output; without it a comma; tab "
+            "for a tabulator",
             "C");
     AddText(command, "--out-delimiter", score.outDelimiter,
             "The character between fields in the output; without it that of --delimiter", "C");
@@ -99,6 +101,11 @@ void DefineTable(CLI::App* command, ScoreArguments& score)
             "to read it back",
             "N")
         ->check(CLI::Range(1, 17));
+    AddText(command, "--format", score.format,
+            "How the output is written: comma-separated values, or JSON Lines, an object a row; "
+            "without it as the suffix of -o says, .jsonl or .ndjson, else csv",
+            "csv|jsonl")
+        ->check(OneOf({"csv", "jsonl"}));
     AddText(command, "--compress", score.compress,
             "Compress the output; without it as the suffix of -o says, .gz or .zst",
             "gzip|zstd|none")

@@ -23,7 +23,7 @@ using Clock = std::chrono::steady_clock;
 constexpr int64_t kBlockOutput = int64_t{1} << 22;
 constexpr int64_t kNumberOutput = 24;
 
-RecordReader::BlockSize BlockSizeOf(const LoadedModel& model, const ScoringOptions& options)
+BlockReader::BlockSize BlockSizeOf(const LoadedModel& model, const ScoringOptions& options)
 {
     const ModelDescription& about = model.Description();
     int64_t numbers = 8;
@@ -61,14 +61,16 @@ ScoringSession::ScoringSession(const LoadedModel& model, std::vector<std::string
                                const ScoringOptions& options, const StopFlag* stop)
     : reader_(std::move(tables),
               {.delimiter = options.dialect.delimiter,
+               .decimal = options.dialect.decimal,
                .hasHeader = options.dialect.hasHeader,
-               .passesTorn = options.rejects},
+               .passesTorn = options.rejects,
+               .tellsDelimiter = options.dialect.tellsDelimiter},
               BlockSizeOf(model, options), stop),
       plan_{.model = model,
             .reader = reader_,
             .shaper = shaper_,
             .table = {options.dialect.decimal, options.missingTexts, options.results,
-                      options.curves, ColumnsOf(model, reader_, options)},
+                      options.curves, ColumnsOf(model, reader_, options), reader_.HeaderRemedy()},
             .form = options.form,
             .compression = options.compression,
             .delimiter = options.dialect.delimiter,
@@ -126,11 +128,8 @@ void ScoringSession::SettleReport()
 void ScoringSession::WriteHeaders()
 {
     RowText header(plan_.form);
-    if (plan_.table.curves) {
-        CurveShaper::WriteHeader(header);
-    } else {
-        shaper_.WriteHeader(header);
-    }
+    header.AddHeader(plan_.OutputColumns());
+    if (plan_.form.table == TableForm::JsonLines) writer_->OmitHeader();
     writer_->Write(header);
     if (rejectWriter_ == nullptr) return;
     RowText rejects;

@@ -32,6 +32,7 @@ struct TableDialect {
     /// Without a header columns are called by their numbers, from 1; unless
     /// ScoringOptions::columnOf says otherwise they are the model's, in its order.
     bool hasHeader = true;
+    bool tellsDelimiter = false;  ///< as RecordForm's
 };
 
 struct ScoringOptions {
@@ -51,7 +52,7 @@ struct ScoringOptions {
     /// One more ends the run.
     int64_t mostRejects = std::numeric_limits<int64_t>::max();
     size_t threads = 1;
-    size_t blockBytes = RecordReader::kBlockSize;
+    size_t blockBytes = BlockReader::kBlockSize;
 };
 
 /// How long the parts of a run took.

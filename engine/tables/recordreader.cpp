@@ -28,13 +28,17 @@ const char* LineEndBefore(const char* begin, const char* end)
 
 }  // namespace
 
-RecordReader::RecordReader(ByteSource& source, const RecordForm& form, const BlockSize& blockSize)
+RecordReader::RecordReader(ByteSource& source, const RecordForm& form, const BlockSize& blockSize,
+                           std::string_view start)
     : source_(source),
       form_(form),
       blockSize_{std::min(blockSize.bytes, kMaxRecord), blockSize.rows},
       lineEnds_({'\n', '\r'}),
-      quotesAndLineEnds_({'"', '\n', '\r'})
+      quotesAndLineEnds_({'"', '\n', '\r'}),
+      filled_(start.size())
 {
+    MakeRoom(filled_);
+    std::copy(start.begin(), start.end(), buffer_.begin());
     Start();
     ReadHeader();
 }
