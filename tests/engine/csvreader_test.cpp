@@ -267,6 +267,8 @@ INSTANTIATE_TEST_SUITE_P(
         OtherFile{"Utf16BigEndian", std::string("\xFE\xFF\0x\0,", 6), "UTF-16", "-f UTF-16 "},
         OtherFile{"Utf16LittleEndianUnmarked", std::string("x\0,\0", 4), "UTF-16", "UTF-16LE"},
         OtherFile{"Utf16BigEndianUnmarked", std::string("\0x\0,", 4), "UTF-16", "UTF-16BE"},
+        OtherFile{"JsonArray", "[{\"a\":1}]", "a JSON array", "jq -c '.[]'"},
+        OtherFile{"JsonArrayOfLines", "[\n{\"a\":1}]", "a JSON array", "jq -c '.[]'"},
         OtherFile{"Model", "<PMML version=\"4.4\">", "model document", "behind the model"},
         OtherFile{"OlderModel", "<zelt-ml version=\"1.0\">", "model document", "behind the model"},
         OtherFile{"Xml", "\xEF\xBB\xBF<?xml version=\"1.0\"?>\n<table/>", "an XML document",

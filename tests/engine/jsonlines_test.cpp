@@ -115,6 +115,7 @@ TEST(JsonLines, RowsThatCantBeReadAreToldAfterThoseBefore)
         {"{\"a\"}", kNoJsonObject},
         {"{\"a\":}", kNoJsonObject},
         {"{\"a\":\"b\":1}", kNoJsonObject},
+        {"{\"a\":\"b\":1},\"c\":2}", kNoJsonObject},
         {"{\"a\":1 2}", kNoJsonObject},
         {"{a:1}", kNoJsonObject},
         {"{'a':1}", kNoJsonObject},
