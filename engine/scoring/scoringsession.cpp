@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <mutex>
+#include <string_view>
+#include <unordered_set>
 
 #include <oneapi/tbb/global_control.h>
 #include <oneapi/tbb/info.h>
@@ -53,6 +55,16 @@ std::map<std::string, std::string> ColumnsOf(const LoadedModel& model, const Tab
     return columnOf;
 }
 
+// A document may give its output fields any name, that of the status among them.
+void RefuseKeysTwice(const std::vector<std::string>& columns)
+{
+    std::unordered_set<std::string_view> known;
+    for (const std::string& column : columns) {
+        if (known.insert(column).second) continue;
+        throw Failure(FailureKind::Usage, kOutputKeyTwice, {column});
+    }
+}
+
 }  // namespace
 
 size_t ProcessorCount() { return static_cast<size_t>(oneapi::tbb::info::default_concurrency()); }
@@ -83,6 +95,7 @@ ScoringSession::ScoringSession(const LoadedModel& model, std::vector<std::string
       stop_(stop),
       threads_(std::max<size_t>(1, options.threads))
 {
+    if (options.form.table == TableForm::JsonLines) RefuseKeysTwice(plan_.OutputColumns());
     for (const CaseField& field : tasks_.front().Fields()) {
         unlisted_.push_back(field.NoneUnlisted());
     }

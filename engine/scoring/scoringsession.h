@@ -74,8 +74,8 @@ size_t ProcessorCount();
 ///         but leaves the end to the writers' owner: Close() of a whole table, or EndEarly().
 ///         Blocks go one by one until a row was scored, since a model may settle things by it.
 /// Errors  Failure: what TableReader, CasePreparer, OutputShaper and RowWriter refuse,
-///         kColumnsWithoutHeader and kTooManyRejects. A fault in mid-table leaves the whole rows
-///         before it written; Report() tells how many.
+///         kColumnsWithoutHeader, kOutputKeyTwice and kTooManyRejects. A fault in mid-table leaves
+///         the whole rows before it written; Report() tells how many.
 /// Owner   model and stop flag outlive the session.
 class ScoringSession {
 public:

@@ -17,27 +17,28 @@ namespace {
 // A buffer of that many bytes without a line end holds the begin of a line too long.
 constexpr size_t kMostBuffer = kMaxRow + 1;
 
-// The keys of the table's first row.
-RecordFault ReadKeys(std::string_view line, std::vector<std::string>& keys)
-{
-    // The parser may read on behind the line.
-    std::vector<char> text(line.begin(), line.end());
-    text.resize(line.size() + kJsonRoom, ' ');
-    JsonObjectReader reader;
-    std::span<const JsonMember> members;
-    RecordFault fault = reader.Read({text.data(), line.size()}, members);
-    if (fault.code != 0) return fault;
-    if (members.size() > kMaxColumns) fault.code = kTooManyColumns;
-    std::unordered_set<std::string_view> known;
-    for (const JsonMember& member : members) {
-        keys.emplace_back(member.key);
-        if (known.insert(member.key).second || fault.code != 0) continue;
-        fault.code = kKeyTwice;
-        fault.found = keys.size() - 1;
+// Takes the keys of the table's first row.
+class KeyTaker final : public JsonMemberTaker {
+public:
+    RecordFault Take(const JsonMember& member) override
+    {
+        RecordFault fault;
+        const auto [key, isNew] = known_.emplace(member.key);
+        if (isNew) {
+            keys_.push_back(*key);
+            if (keys_.size() > kMaxColumns) fault.code = kTooManyColumns;
+        } else {
+            fault.code = kKeyTwice;
+            fault.detail = *key;
+        }
+        return fault;
     }
-    if (fault.code == kKeyTwice) fault.detail = keys[fault.found];
-    return fault;
-}
+    std::vector<std::string>& Keys() { return keys_; }
+
+private:
+    std::vector<std::string> keys_;
+    std::unordered_set<std::string> known_;  // doesn't move them
+};
 
 }  // namespace
 
@@ -62,12 +63,17 @@ void JsonLinesReader::ReadHeader()
     size_t size = 0;
     while (!FindFirstLine(size) && !ended_ && filled_ < kMostBuffer) Fill();
     RecordFault fault;
+    KeyTaker taker;
     if (size > kMaxRow) {
         fault.code = kRowTooLong;
     } else {
-        fault = ReadKeys({buffer_.data(), size}, header_);
+        // The parser may read on behind the line.
+        std::vector<char> line(buffer_.data(), buffer_.data() + size);
+        line.resize(size + kJsonRoom, ' ');
+        fault = JsonObjectReader().Read({line.data(), size}, taker);
     }
     if (fault.code != 0) throw FailureOf(fault, source_.Name(), 1, 0);
+    header_ = std::move(taker.Keys());
     if (header_.empty()) throw Failure(FailureKind::Cases, kNoHeader, {source_.Name()});
 }
 

@@ -93,42 +93,45 @@ RawRow JsonLinesSplitter::RawOf(std::string_view line, int64_t number) const
 // The fields of the line's object become the next row.
 RecordFault JsonLinesSplitter::TakeRow(std::string_view line)
 {
-    std::span<const JsonMember> members;
-    RecordFault fault = reader_.Read(line, members);
+    expected_ = 0;
+    given_ = 0;
+    const RecordFault fault = reader_.Read(line, *this);
     if (fault.code != 0) return fault;
     const size_t columns = header_.size();
-    std::string_view* const fields = fields_.data() + lines_.size() * columns;
-    std::string_view* const values = values_.data() + lines_.size() * columns;
-    size_t given = 0;
-    size_t expected = 0;
-    for (const JsonMember& member : members) {
-        const size_t column = ColumnOf(member.key, expected);
-        if (column == columns) continue;
-        expected = column + 1;
-        ++given;
-        if (givenIn_[column] == row_) {
-            fault.code = kKeyTwice;
-        } else if (member.kind == JsonMember::Nested && uses_[column].isUsed) {
-            fault.code = kNestedValue;
-        }
-        if (fault.code != 0) {
-            fault.detail = header_[column];
-            return fault;
-        }
-        givenIn_[column] = row_;
-        fields[column] = FieldOf(member, uses_[column]);
-        values[column] = member.value;
-    }
-    for (size_t i = 0; i < columns && given < columns; ++i) {
-        if (givenIn_[i] != row_) fields[i] = values[i] = {};
+    const size_t first = lines_.size() * columns;
+    for (size_t i = 0; i < columns && given_ < columns; ++i) {
+        if (givenIn_[i] != row_) fields_[first + i] = values_[first + i] = {};
     }
     return fault;
 }
 
-// The key's column, their number where it is none. Mostly it is the expected one.
-size_t JsonLinesSplitter::ColumnOf(std::string_view key, size_t expected) const
+RecordFault JsonLinesSplitter::Take(const JsonMember& member)
 {
-    if (expected < header_.size() && header_[expected] == key) return expected;
+    RecordFault fault;
+    const size_t column = ColumnOf(member.key);
+    if (column == header_.size()) return fault;
+    if (givenIn_[column] == row_) {
+        fault.code = kKeyTwice;
+    } else if (member.kind == JsonMember::Nested && uses_[column].isUsed) {
+        fault.code = kNestedValue;
+    }
+    if (fault.code != 0) {
+        fault.detail = header_[column];
+        return fault;
+    }
+    expected_ = column + 1;
+    ++given_;
+    givenIn_[column] = row_;
+    const size_t place = lines_.size() * header_.size() + column;
+    fields_[place] = FieldOf(member, uses_[column]);
+    values_[place] = member.value;
+    return fault;
+}
+
+// The key's column, their number where it is none. Mostly it is the expected one.
+size_t JsonLinesSplitter::ColumnOf(std::string_view key) const
+{
+    if (expected_ < header_.size() && header_[expected_] == key) return expected_;
     const auto found = columns_.find(key);
     return found == columns_.end() ? header_.size() : found->second;
 }

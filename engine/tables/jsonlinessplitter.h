@@ -21,7 +21,7 @@ namespace MCVelscore_850 {
 ///         that its reader expects. Keys that are no column are passed over.
 /// Torn    by kNestedValue is a row with an object or array in a column that is used, by kKeyTwice
 ///         one with a column twice; and by what JsonObjectReader refuses.
-class JsonLinesSplitter final : public BlockSplitter {
+class JsonLinesSplitter final : public BlockSplitter, private JsonMemberTaker {
 public:
     explicit JsonLinesSplitter(const SplitterPlan& plan);
 
@@ -34,7 +34,8 @@ public:
 
 private:
     RecordFault TakeRow(std::string_view line);
-    size_t ColumnOf(std::string_view key, size_t expected) const;
+    RecordFault Take(const JsonMember& member) override;
+    size_t ColumnOf(std::string_view key) const;
     std::string_view FieldOf(const JsonMember& member, const ColumnUse& use);
     void TakeTorn();
     RawRow RawOf(std::string_view line, int64_t number) const;
@@ -52,6 +53,8 @@ private:
     std::optional<TornRow> torn_;
     std::vector<std::string_view> fields_;
     std::vector<std::string_view> values_;
+    size_t expected_ = 0;                  ///< the column whose key is likely the next
+    size_t given_ = 0;                     ///< columns of the row at hand
     std::vector<int64_t> givenIn_;         ///< by column, the row that had it last
     std::vector<std::string_view> lines_;  ///< of the rows delivered last
     int64_t firstRow_ = 0;                 ///< the number of the first of them

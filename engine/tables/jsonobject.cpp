@@ -105,10 +105,11 @@ class JsonParser {
 public:
     explicit JsonParser(JsonObjectReader& reader) : reader_(reader) {}
 
-    RecordFault Read(std::string_view line);
+    RecordFault Read(std::string_view line, JsonMemberTaker& taker);
 
 private:
-    RecordFault ReadMembers(ondemand::object& object, std::string_view line);
+    RecordFault ReadMembers(ondemand::object& object, std::string_view line,
+                            JsonMemberTaker& taker);
     RecordFault ReadKey(ondemand::field& field, std::string_view line, std::string_view& key);
     RecordFault ReadValue(ondemand::value& value, JsonMember& member);
     RecordFault ReadString(ondemand::value& value, JsonMember& member);
@@ -120,7 +121,7 @@ private:
     ondemand::parser parser_;
 };
 
-RecordFault JsonParser::Read(std::string_view line)
+RecordFault JsonParser::Read(std::string_view line, JsonMemberTaker& taker)
 {
     const size_t first = line.find_first_not_of(kBlanks);
     if (first == std::string_view::npos || line[first] != '{') return NoObject(kNoObject);
@@ -135,21 +136,23 @@ RecordFault JsonParser::Read(std::string_view line)
     if (const auto error = parser_.iterate(padded).get(document)) return FaultOf(error);
     ondemand::object object;
     if (const auto error = document.get_object().get(object)) return FaultOf(error);
-    const RecordFault fault = ReadMembers(object, line);
+    const RecordFault fault = ReadMembers(object, line, taker);
     if (fault.code != 0) return fault;
     // What stands behind the object has a place.
     const bool isAll = document.current_location().error() == simdjson::OUT_OF_BOUNDS;
     return isAll ? RecordFault{} : NoObject(kNoStructure);
 }
 
-RecordFault JsonParser::ReadMembers(ondemand::object& object, std::string_view line)
+RecordFault JsonParser::ReadMembers(ondemand::object& object, std::string_view line,
+                                    JsonMemberTaker& taker)
 {
     for (auto each : object) {
         ondemand::field field;
         if (const auto error = std::move(each).get(field)) return FaultOf(error);
-        JsonMember& member = reader_.members_.emplace_back();
+        JsonMember member;
         RecordFault fault = ReadKey(field, line, member.key);
         if (fault.code == 0) fault = ReadValue(field.value(), member);
+        if (fault.code == 0) fault = taker.Take(member);
         if (fault.code != 0) return fault;
     }
     return {};
@@ -243,17 +246,16 @@ RecordFault JsonParser::CheckObject(ondemand::value& value, size_t depth)
     return {};
 }
 
+JsonMemberTaker::~JsonMemberTaker() = default;
+
 JsonObjectReader::JsonObjectReader() : parser_(std::make_unique<JsonParser>(*this)) {}
 
 JsonObjectReader::~JsonObjectReader() = default;
 
-RecordFault JsonObjectReader::Read(std::string_view line, std::span<const JsonMember>& members)
+RecordFault JsonObjectReader::Read(std::string_view line, JsonMemberTaker& taker)
 {
-    members_.clear();
     if (line.find('\0') != std::string_view::npos) return FaultOf(kNulByte);
-    const RecordFault fault = parser_->Read(line);
-    members = members_;
-    return fault;
+    return parser_->Read(line, taker);
 }
 
 std::string& JsonObjectReader::MakeText()

@@ -4,10 +4,8 @@
 #include <cstddef>
 #include <deque>
 #include <memory>
-#include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "engine/tables/recordcheck.h"
 
@@ -26,13 +24,22 @@ struct JsonMember {
     std::string_view value;  ///< as it is written, a string in its quotes; empty for Nested
 };
 
+/// Takes the members of an object, one after the other.
+class JsonMemberTaker {
+public:
+    virtual ~JsonMemberTaker();
+    /// A fault, other than 0, ends the object.
+    virtual RecordFault Take(const JsonMember& member) = 0;
+};
+
 class JsonParser;  // hides the library's types
 
 /// Reads JSON objects of a line each (RFC 8259), strictly: whatever stands in the line is checked.
 ///
 /// Numbers have to be written as JSON has them, and aren't read.
 /// Texts   view the line, or the reader where a string has escapes, until Forget().
-/// Errors  kNoJsonObject, kRowEncoding, and kNulByte for a NUL byte, written as an escape or not.
+/// Errors  kNoJsonObject, kRowEncoding, and kNulByte for a NUL byte, written as an escape or not;
+///         the taker's. Members before the fault were taken.
 /// Memory  some 6 bytes for each of the longest line, kept.
 /// Threads one at a time.
 class JsonObjectReader {
@@ -42,9 +49,9 @@ public:
     JsonObjectReader& operator=(const JsonObjectReader&) = delete;
     ~JsonObjectReader();
 
-    /// The members of the object in `line`, in their order; they stand until the next call. Behind
-    /// the line are kJsonRoom bytes.
-    RecordFault Read(std::string_view line, std::span<const JsonMember>& members);
+    /// Hands the members of the object in `line` to the taker, in their order. Behind the line are
+    /// kJsonRoom bytes.
+    RecordFault Read(std::string_view line, JsonMemberTaker& taker);
     /// Lets the texts go.
     void Forget() { unescapedCount_ = 0; }
     /// A text to keep until Forget().
@@ -54,7 +61,6 @@ private:
     friend class JsonParser;
 
     std::unique_ptr<JsonParser> parser_;
-    std::vector<JsonMember> members_;
     std::deque<std::string> unescaped_;
     size_t unescapedCount_ = 0;
 };

@@ -350,6 +350,8 @@ constexpr Message kCatalogue[] = {
      "Give tables of one form, or score each by itself."},
     {kDelimiterIsDecimal, "ss", "the delimiter and the decimal mark of {0} are both '{1}'",
      "Give the fields another delimiter: --delimiter ';'."},
+    {kOutputKeyTwice, "s", "a row of the output would have the key '{0}' twice",
+     "Write comma-separated values (--format csv), or leave out --output document."},
 };
 
 static_assert(std::is_sorted(std::begin(kCatalogue), std::end(kCatalogue),

@@ -172,6 +172,7 @@ inline constexpr int kOtherTableForm = 269344;  // file, form, first file, its f
 
 // And of both forms.
 inline constexpr int kDelimiterIsDecimal = 269345;  // file, character
+inline constexpr int kOutputKeyTwice = 269346;      // column
 
 }  // namespace MCVelscore_850
 

@@ -336,5 +336,31 @@ TEST_F(JsonTables, HoldCurvesAndTheDocumentsOwnColumns)
         << run.err;
 }
 
+TEST_F(JsonTables, OutputFieldCalledLikeTheStatusIsRefused)
+{
+    TestModel model;
+    model.afterSchema = "<Output><OutputField name='status' feature='predictedValue'/></Output>";
+    const Finished run = RunVelscore({"score", folder_.Write("own.pmml", model.Text()), "--output",
+                                      "document", "--format", "jsonl"},
+                                     "x,sex\n1,m\n");
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_NE(run.err.find("the key 'status' twice"), std::string::npos) << run.err;
+}
+
+TEST_F(JsonTables, MembersThatNobodyReadsCostNoMemory)
+{
+    if (kIsSanitized) GTEST_SKIP() << "its memory isn't the program's own";
+    std::string members;
+    for (int i = 0; i < 1500000; ++i) members += "\"z\":1,";
+    const std::string line = "{" + members + "\"x\":1,\"sex\":\"m\"}\n";
+    RunningVelscore running({"score", model_, "--threads", "1", "--columns", "prediction"});
+    ASSERT_TRUE(running.Write("{\"x\":1,\"sex\":\"m\"}\n" + line + line + line));
+    running.AwaitInputTaken();
+    // The parser's some 6 bytes for each of a line, and the line itself in buffers that double.
+    EXPECT_LT(running.PeakKilobytes(), 160000);
+    running.CloseInput();
+    EXPECT_EQ(running.Finish().out, "prediction\n13\n13\n13\n13\n");
+}
+
 }  // namespace
 }  // namespace MCVelscore_850
