@@ -222,8 +222,8 @@ RecordFault JsonParser::CheckArray(ondemand::value& value, size_t depth)
     ondemand::array array;
     if (const auto error = value.get_array().get(array)) return FaultOf(error);
     for (auto each : array) {
-        ondemand::value element;
-        if (const auto error = std::move(each).get(element)) return FaultOf(error);
+        if (const auto error = each.error()) return FaultOf(error);
+        ondemand::value element = each.value_unsafe();
         const RecordFault fault = Check(element, depth + 1);
         if (fault.code != 0) return fault;
     }
