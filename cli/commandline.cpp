@@ -111,10 +111,12 @@ void DefineInput(CLI::App* command, ScoreArguments& score)
     command->add_option("MODEL", score.model, "The model document; - is standard input")
         ->required();
     command->add_option("CASES", score.cases,
-                        "The tables of cases, of the same columns, with a header, plain or "
-                        "compressed by gzip or zstd; - or nothing is standard input");
+                        "The tables of cases, of the same columns: comma-separated values with a "
+                        "header, or JSON Lines; plain or compressed by gzip or zstd; - or nothing "
+                        "is standard input");
     AddText(command, "--delimiter", score.delimiter,
-            "The character between fields, in the cases and in the output; tab for a tabulator",
+            "The character between fields, in the cases and in the output; without it a comma; tab "
+            "for a tabulator",
             "C");
     AddText(command, "--decimal", score.decimal, "The decimal mark, in the cases and in the output",
             "C");
@@ -142,6 +144,11 @@ void DefineOutput(CLI::App* command, ScoreArguments& score)
     command->add_flag("--resume", score.resume,
                       "Go on where a run of the same model, tables and options ended early, or begin "
                       "when there was none");
+    AddText(command, "--format", score.format,
+            "How the output is written: comma-separated values, or JSON Lines, an object a row; "
+            "without it as the suffix of -o says, .jsonl or .ndjson, else csv",
+            "csv|jsonl")
+        ->check(OneOf({"csv", "jsonl"}));
     AddText(command, "--compress", score.compress,
             "Compress the output; without it as the suffix of -o says, .gz or .zst",
             "gzip|zstd|none")

@@ -21,9 +21,10 @@ struct ScoreArguments {
     std::vector<std::string> keep;
     std::vector<std::string> columns;
     std::string outputColumns = "default";
-    std::string nameColumn;  ///< empty: none
-    std::string delimiter = ",";
-    std::string outDelimiter;  ///< empty: as the input's
+    std::string nameColumn;                ///< empty: none
+    std::optional<std::string> delimiter;  ///< a comma without it
+    std::string outDelimiter;              ///< empty: as the input's
+    std::string format;                    ///< empty: by the output's suffix
     std::string decimal = ".";
     std::string compress;  ///< empty: by the output's suffix
     std::vector<std::string> mappings;

@@ -53,15 +53,39 @@ void RefuseDelimiterAsDecimal(std::string_view option, char delimiter, char deci
                     option, decimal, option, decimal == ',' ? "';'" : ","));
 }
 
+// What the name of the output asks for by its suffix, that of its compression left out.
+TableForm FormOf(std::string_view path)
+{
+    for (const std::string_view packed : {".gz", ".zst"}) {
+        if (path.ends_with(packed)) path.remove_suffix(packed.size());
+    }
+    const bool isJson = path.ends_with(".jsonl") || path.ends_with(".ndjson");
+    return isJson ? TableForm::JsonLines : TableForm::Csv;
+}
+
 void SetDialect(const ScoreArguments& arguments, ScoringOptions& options)
 {
     TableDialect& dialect = options.dialect;
-    dialect.delimiter = DelimiterOf("--delimiter", arguments.delimiter);
+    if (arguments.delimiter) {
+        dialect.tellsDelimiter = true;
+        dialect.delimiter = DelimiterOf("--delimiter", *arguments.delimiter);
+    }
     dialect.decimal = DecimalOf(arguments.decimal);
     dialect.hasHeader = !arguments.noHeader;
-    RefuseDelimiterAsDecimal("--delimiter", dialect.delimiter, dialect.decimal);
-    options.form = {dialect.delimiter, dialect.decimal, arguments.digits};
+    // Tables of JSON Lines have no delimiter that could be the decimal mark.
+    if (arguments.delimiter) {
+        RefuseDelimiterAsDecimal("--delimiter", dialect.delimiter, dialect.decimal);
+    }
+    const TableForm format = arguments.format.empty()      ? FormOf(arguments.output)
+                             : arguments.format == "jsonl" ? TableForm::JsonLines
+                                                           : TableForm::Csv;
+    options.form = {dialect.delimiter, dialect.decimal, arguments.digits, format};
     if (arguments.outDelimiter.empty()) return;
+    if (format == TableForm::JsonLines) {
+        throw UsageError(
+            "--out-delimiter has no meaning for an output of JSON Lines, which has no delimiter; "
+            "leave it out, or give --format csv");
+    }
     options.form.delimiter = DelimiterOf("--out-delimiter", arguments.outDelimiter);
     RefuseDelimiterAsDecimal("--out-delimiter", options.form.delimiter, dialect.decimal);
 }

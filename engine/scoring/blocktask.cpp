@@ -15,6 +15,11 @@ constexpr size_t kMostFields = size_t{1} << 16;  // split at once, of wide table
 
 }  // namespace
 
+const std::vector<std::string>& BlockPlan::OutputColumns() const
+{
+    return table.curves ? CurveShaper::Columns() : shaper.Columns();
+}
+
 BlockTask::BlockTask(const BlockPlan& plan)
     : plan_(plan),
       scorer_(plan.model, plan.reader.Header(), plan.reader.NameOf(0), plan.table),
@@ -22,7 +27,6 @@ BlockTask::BlockTask(const BlockPlan& plan)
                      ? nullptr
                      : std::make_unique<OutputEvaluator>(*plan.model.Output(), plan.model.Model(),
                                                          plan.model.Description())),
-      splitter_(plan.reader.Header().size(), plan.delimiter),
       textRows_(plan.reader.Header().size(), true),
       results_(scorer_.Schema()),
       mostRows_(
@@ -58,20 +62,40 @@ void BlockTask::Run(int64_t mostRejects)
     time_ = std::chrono::steady_clock::now() - begin;
 }
 
+// What the columns are used for, and what those of the output are called, is known once the shaper
+// is there; it is made after the first task.
+void BlockTask::MakeSplitter()
+{
+    SplitterPlan plan{.form = plan_.reader.Form(),
+                      .header = plan_.reader.Header(),
+                      .delimiter = plan_.delimiter,
+                      .decimal = plan_.table.decimal,
+                      .uses = std::vector<ColumnUse>(plan_.reader.Header().size())};
+    for (const CaseField& field : Fields()) {
+        ColumnUse& use = plan.uses[field.Column()];
+        use.isUsed = true;
+        use.isNumber = use.isNumber || field.ValueKind() == CaseField::Kind::Number;
+    }
+    for (const size_t column : plan_.shaper.Kept()) plan.uses[column].isUsed = true;
+    splitter_ = MakeBlockSplitter(plan);
+    rows_.SetColumns(plan_.OutputColumns());
+}
+
 void BlockTask::SplitAndScore()
 {
-    splitter_.Begin(records_);
-    if (plan_.rejects) splitter_.CheckEncoding();
+    if (splitter_ == nullptr) MakeSplitter();
+    splitter_->Begin(records_);
+    if (plan_.rejects) splitter_->CheckEncoding();
     for (;;) {
         if (plan_.stop != nullptr && plan_.stop->load(std::memory_order_relaxed)) {
             stopped_ = true;
             return;
         }
-        if (splitter_.NextRows(mostRows_, fields_) > 0) {
+        if (splitter_->NextRows(mostRows_, fields_) > 0) {
             ScoreRows(fields_);
             continue;
         }
-        const TornRow* torn = splitter_.Torn();
+        const TornRow* torn = splitter_->Torn();
         if (torn == nullptr) return;
         // Half a row at the end tells that the table isn't whole: nobody can say what is lacking.
         if (!plan_.rejects || torn->fault.code == kTableCut) {
@@ -79,7 +103,7 @@ void BlockTask::SplitAndScore()
                             plan_.reader.Header().size());
         }
         Reject(*torn);
-        splitter_.PassTorn();
+        splitter_->PassTorn();
     }
 }
 
@@ -87,7 +111,7 @@ void BlockTask::ScoreRows(std::span<const std::string_view> fields)
 {
     const ColumnBlock block = textRows_.Block(fields);
     if (plan_.table.curves) {
-        const int64_t firstRow = records_.rowsBefore + splitter_.Raw(0).number;
+        const int64_t firstRow = records_.rowsBefore + splitter_->Raw(0).number;
         scorer_.VisitCurves(block, [&](size_t row, const CaseStatus& status, const auto& curve) {
             EndRow(row, status);
             CurveShaper::WriteCurve(rows_, firstRow + static_cast<int64_t>(row), curve);
@@ -122,7 +146,7 @@ void BlockTask::EndRow(size_t row, const CaseStatus& status)
         ++report_.scored;
         return;
     }
-    const RawRow raw = splitter_.Raw(row);
+    const RawRow raw = splitter_->Raw(row);
     if (plan_.rejects) {
         CountReject(raw);
         const bool isMissing = scorer_.Preparer().IsMissing(status);
@@ -158,7 +182,9 @@ void BlockTask::CountReject(const RawRow& row)
 InputRow BlockTask::Input(size_t row) const
 {
     const size_t columns = plan_.reader.Header().size();
-    return {fields_.subspan(row * columns, columns), TableName()};
+    const std::span<const std::string_view> values = splitter_->JsonValues();
+    return {fields_.subspan(row * columns, columns), TableName(),
+            values.empty() ? values : values.subspan(row * columns, columns)};
 }
 
 }  // namespace MCVelscore_850

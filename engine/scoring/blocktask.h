@@ -17,10 +17,10 @@
 #include "engine/scoring/scoringreport.h"
 #include "engine/scoring/tablescorer.h"
 #include "engine/scoring/turn.h"
+#include "engine/tables/blocksplitter.h"
 #include "engine/tables/columnblock.h"
 #include "engine/tables/compression.h"
 #include "engine/tables/recordblock.h"
-#include "engine/tables/recordsplitter.h"
 #include "engine/tables/rowtext.h"
 #include "engine/tables/tablereader.h"
 
@@ -30,6 +30,8 @@ class LoadedModel;
 
 /// What all blocks of a run share.
 struct BlockPlan {
+    const std::vector<std::string>& OutputColumns() const;
+
     const LoadedModel& model;
     const TableReader& reader;
     const OutputShaper& shaper;
@@ -86,6 +88,7 @@ public:
     std::chrono::nanoseconds Time() const { return time_; }
 
 private:
+    void MakeSplitter();
     void SplitAndScore();
     void ScoreRows(std::span<const std::string_view> fields);
     void EndRow(size_t row, const CaseStatus& status);
@@ -98,7 +101,7 @@ private:
     Turn turn_;
     TableScorer scorer_;
     std::unique_ptr<OutputEvaluator> evaluator_;  ///< of the document's Output section, if wanted
-    RecordSplitter splitter_;
+    std::unique_ptr<BlockSplitter> splitter_;     ///< made with the first block
     TextRows textRows_;
     ResultBlock results_;
     size_t mostRows_;

@@ -36,6 +36,8 @@ struct CaseOptions {
     std::vector<std::string> withoutReference{};
     /// By variable, the table's column where it isn't called as the variable is.
     std::map<std::string, std::string> columnOf{};
+    /// What else is to do where the header lacks a column: a sentence, or empty.
+    std::string headerRemedy{};
 
     const std::string& ColumnOf(const std::string& variable) const
     {

@@ -111,9 +111,11 @@ void CasePreparer::BindColumns(std::span<const std::string> header, const std::s
         }
     }
     if (!missing.empty()) {
+        std::string hint = SuggestColumns(missing, header, bound);
+        if (!hint.empty() && !options_.headerRemedy.empty()) hint += ' ';
         throw Failure(FailureKind::Cases, kMissingColumn,
                       {tableName, JoinNames(missing, "', '"), JoinNames(header, ", ")},
-                      SuggestColumns(missing, header, bound));
+                      hint + options_.headerRemedy);
     }
 }
 

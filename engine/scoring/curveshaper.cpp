@@ -21,17 +21,16 @@ ModelDescription CurveShaper::Needs(ModelDescription description)
     return description;
 }
 
-void CurveShaper::WriteHeader(RowText& rows)
+const std::vector<std::string>& CurveShaper::Columns()
 {
-    for (const char* column : {"row", "time", "survival", "cum_hazard"}) rows.AddText(column);
-    rows.EndRow();
+    static const std::vector<std::string> kColumns{"row", "time", "survival", "cum_hazard"};
+    return kColumns;
 }
 
 void CurveShaper::WriteCurve(RowText& rows, int64_t row, const std::vector<SurvivalPoint>& curve)
 {
-    const std::string number = std::to_string(row);
     for (const SurvivalPoint& point : curve) {
-        rows.AddText(number);
+        rows.AddWhole(row);
         rows.AddLabel(point.time);
         WriteResultNumber(rows, point.survival);
         WriteResultNumber(rows, point.cumHazard);
@@ -42,7 +41,7 @@ void CurveShaper::WriteCurve(RowText& rows, int64_t row, const std::vector<Survi
 
 void CurveShaper::WriteNoCurve(RowText& rows, int64_t row)
 {
-    rows.AddText(std::to_string(row));
+    rows.AddWhole(row);
     for (int i = 0; i < 3; ++i) rows.AddEmpty();
     rows.EndRow();
 }

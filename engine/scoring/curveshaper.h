@@ -2,6 +2,7 @@
 #define VELSCORE_ENGINE_SCORING_CURVESHAPER_H
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "host/model/modeldescription.h"
@@ -24,7 +25,7 @@ public:
     /// or the stratum too.
     static ModelDescription Needs(ModelDescription description);
 
-    static void WriteHeader(RowText& rows);
+    static const std::vector<std::string>& Columns();
     static void WriteCurve(RowText& rows, int64_t row, const std::vector<SurvivalPoint>& curve);
     static void WriteNoCurve(RowText& rows, int64_t row);
 };

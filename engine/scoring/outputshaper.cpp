@@ -32,14 +32,11 @@ void WriteValue(RowText& rows, const ResultBlock::Column& column, size_t row,
     }
 }
 
-void WriteStatus(RowText& rows, const CaseStatus& status)
-{
-    rows.AddWhole(status.code);
-}
+void WriteStatus(RowText& rows, const CaseStatus& status) { rows.AddWhole(status.code); }
 
 void WriteStatusField(RowText& rows, const CaseStatus& status)
 {
-    if (status.IsOK()) {
+    if (status.FieldName().empty()) {
         rows.AddEmpty();
     } else {
         rows.AddText(status.FieldName());
@@ -58,6 +55,18 @@ void WriteCell(RowText& rows, const OutputCell& cell)
             }
             break;
         case OutputCell::Text: rows.AddText(cell.text); break;
+    }
+}
+
+// A kept value that was JSON; `field` is its text, but for the decimal mark of a number.
+void WriteJson(RowText& rows, std::string_view value, std::string_view field)
+{
+    if (value.empty()) {
+        rows.AddEmpty();
+    } else if (rows.Form() == TableForm::JsonLines) {
+        rows.AddJson(value);
+    } else {
+        rows.AddText(field.empty() || value.front() == '"' ? field : value);
     }
 }
 
@@ -150,12 +159,6 @@ OutputShaper::OutputShaper(const ResultSchema& schema, std::span<const std::stri
     columns_.insert(columns_.end(), results.begin(), results.end());
 }
 
-void OutputShaper::WriteHeader(RowText& rows) const
-{
-    for (const std::string& column : columns_) rows.AddText(column);
-    rows.EndRow();
-}
-
 void OutputShaper::WriteRow(RowText& rows, const InputRow& input, const ResultBlock& results,
                             size_t row) const
 {
@@ -202,7 +205,13 @@ void OutputShaper::WriteTorn(RowText& rows, std::string_view table, long code) c
 void OutputShaper::WriteKept(RowText& rows, const InputRow& input) const
 {
     if (tellsTable_) rows.AddText(input.table);
-    for (const size_t position : kept_) rows.AddText(input.fields[position]);
+    for (const size_t position : kept_) {
+        if (input.jsonValues.empty()) {
+            rows.AddText(input.fields[position]);
+        } else {
+            WriteJson(rows, input.jsonValues[position], input.fields[position]);
+        }
+    }
 }
 
 }  // namespace MCVelscore_850

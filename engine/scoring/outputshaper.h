@@ -31,12 +31,15 @@ struct OutputOptions {
 struct InputRow {
     std::span<const std::string_view> fields;
     std::string_view table{};  ///< how messages call its table
+    /// As BlockSplitter::JsonValues().
+    std::span<const std::string_view> jsonValues{};
 };
 
 /// Names and fills the columns of the output: the table's name, the kept ones, then those of a
 /// ResultSchema, or of the document's Output section, then status and status_field. A kept column
 /// of the same name gets the prefix "input.".
 ///
+/// Kept     values are texts; as JSON they stay what they were in JSON.
 /// Rows     What a case has no value for is an empty field. A status other than 0 leaves all empty,
 ///          but for defaults that the document gives its output fields.
 /// Errors   kUnknownKeptColumn, kUnknownResultColumn, kResultColumnTwice (usage), kDuplicateColumn
@@ -49,7 +52,8 @@ public:
                  const OutputSection* document = nullptr);
 
     const std::vector<std::string>& Columns() const { return columns_; }
-    void WriteHeader(RowText& rows) const;
+    /// The positions in the input of the columns that are kept.
+    std::span<const size_t> Kept() const { return kept_; }
 
     /// The row of the schema's values.
     void WriteRow(RowText& rows, const InputRow& input, const ResultBlock& results,

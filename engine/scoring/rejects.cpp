@@ -23,6 +23,9 @@ constexpr FaultClass kClasses[] = {{kUnclosedQuote, "open quote"},
                                    {kRowEncoding, "encoding"},
                                    {kFieldTooLong, "too long"},
                                    {kRowTooLong, "too long"},
+                                   {kNoJsonObject, "not JSON"},
+                                   {kNestedValue, "nested value"},
+                                   {kKeyTwice, "key twice"},
                                    {kCaseTextNotANumber, "not a number"},
                                    {kCaseTextNotADateTime, "not a date"},
                                    {kCaseInvalidValue, "invalid"}};
@@ -58,7 +61,8 @@ void RejectTable::WriteTorn(RowText& rows, std::string_view file, const TornRow&
                             size_t columns)
 {
     WriteRow(rows, file, torn.raw);
-    rows.AddEmpty();
+    const bool isOfColumn = torn.fault.code == kNestedValue || torn.fault.code == kKeyTwice;
+    rows.AddText(isOfColumn ? torn.fault.detail : std::string_view());
     rows.AddWhole(torn.fault.code);
     if (torn.fault.code == kRowLength) {
         rows.AddText(torn.fault.found < columns ? "too few fields" : "too many fields");

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "engine/scoring/resultblock.h"
-#include "engine/tables/recordsplitter.h"
+#include "engine/tables/blocksplitter.h"
 
 namespace MCVelscore_850 {
 
@@ -16,8 +16,9 @@ class RowText;
 /// Columns  file; row, from 1 after the header; byte_offset, of the row's first byte in the table,
 ///          unpacked; column, the one at fault; code, of the message catalogue; class; text, what
 ///          stands in the column; record, the row as it stands in the table.
-/// Classes  too few fields, too many fields, open quote, stray quote, encoding, too long, not a
-///          number, not a date, missing, invalid, refused by the model.
+/// Classes  too few fields, too many fields, open quote, stray quote, not JSON, nested value, key
+///          twice, encoding, too long, not a number, not a date, missing, invalid, refused by the
+///          model.
 /// Bytes    that aren't UTF-8, and NUL bytes, are written \xNN.
 class RejectTable {
 public:

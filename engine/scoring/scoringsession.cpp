@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <mutex>
+#include <string_view>
+#include <unordered_set>
 #include <utility>
 
 #include <oneapi/tbb/global_control.h>
@@ -27,7 +29,7 @@ constexpr int64_t kNumberOutput = 24;
 // Passed on by threads that start a pipeline to those that work in it.
 Turn starting;
 
-RecordReader::BlockSize BlockSizeOf(const LoadedModel& model, const ScoringOptions& options)
+BlockReader::BlockSize BlockSizeOf(const LoadedModel& model, const ScoringOptions& options)
 {
     const ModelDescription& about = model.Description();
     int64_t numbers = 8;
@@ -72,6 +74,16 @@ std::map<std::string, std::string> ColumnsOf(const LoadedModel& model, const Tab
     return columnOf;
 }
 
+// A document may give its output fields any name, that of the status among them.
+void RefuseKeysTwice(const std::vector<std::string>& columns)
+{
+    std::unordered_set<std::string_view> known;
+    for (const std::string& column : columns) {
+        if (known.insert(column).second) continue;
+        throw Failure(FailureKind::Usage, kOutputKeyTwice, {column});
+    }
+}
+
 }  // namespace
 
 size_t ProcessorCount() { return static_cast<size_t>(oneapi::tbb::info::default_concurrency()); }
@@ -80,14 +92,16 @@ ScoringSession::ScoringSession(const LoadedModel& model, std::vector<std::string
                                const ScoringOptions& options, const StopFlag* stop)
     : reader_(std::move(tables),
               {.delimiter = options.dialect.delimiter,
+               .decimal = options.dialect.decimal,
                .hasHeader = options.dialect.hasHeader,
-               .passesTorn = options.rejects},
+               .passesTorn = options.rejects,
+               .tellsDelimiter = options.dialect.tellsDelimiter},
               BlockSizeOf(model, options), stop),
       plan_{.model = model,
             .reader = reader_,
             .shaper = shaper_,
             .table = {options.dialect.decimal, options.missingTexts, options.results,
-                      options.curves, ColumnsOf(model, reader_, options)},
+                      options.curves, ColumnsOf(model, reader_, options), reader_.HeaderRemedy()},
             .form = options.form,
             .compression = options.compression,
             .delimiter = options.dialect.delimiter,
@@ -100,6 +114,7 @@ ScoringSession::ScoringSession(const LoadedModel& model, std::vector<std::string
       stop_(stop),
       threads_(std::max<size_t>(1, options.threads))
 {
+    if (options.form.table == TableForm::JsonLines) RefuseKeysTwice(plan_.OutputColumns());
     for (const CaseField& field : tasks_.front().Fields()) {
         unlisted_.push_back(field.NoneUnlisted());
     }
@@ -112,6 +127,7 @@ void ScoringSession::Run(RowWriter& writer, RowWriter* rejects)
     writer_ = &writer;
     rejectWriter_ = rejects;
     checkpointed_ = Clock::now();
+    if (plan_.form.table == TableForm::JsonLines) writer_->OmitHeader();
     try {
         if (start_) {
             GoToStart();
@@ -203,11 +219,7 @@ void ScoringSession::SettleReport()
 void ScoringSession::WriteHeaders()
 {
     RowText header(plan_.form);
-    if (plan_.table.curves) {
-        CurveShaper::WriteHeader(header);
-    } else {
-        shaper_.WriteHeader(header);
-    }
+    header.AddHeader(plan_.OutputColumns());
     writer_->Write(header);
     if (rejectWriter_ == nullptr) return;
     RowText rejects;

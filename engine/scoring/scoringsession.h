@@ -33,6 +33,7 @@ struct TableDialect {
     /// Without a header columns are called by their numbers, from 1; unless
     /// ScoringOptions::columnOf says otherwise they are the model's, in its order.
     bool hasHeader = true;
+    bool tellsDelimiter = false;  ///< as RecordForm's
 };
 
 struct ScoringOptions {
@@ -52,7 +53,7 @@ struct ScoringOptions {
     /// One more ends the run.
     int64_t mostRejects = std::numeric_limits<int64_t>::max();
     size_t threads = 1;
-    size_t blockBytes = RecordReader::kBlockSize;
+    size_t blockBytes = BlockReader::kBlockSize;
 };
 
 /// How long the parts of a run took.
@@ -83,8 +84,8 @@ size_t ProcessorCount();
 ///         but leaves the end to the writers' owner: Close() of a whole table, or EndEarly().
 ///         Blocks go one by one until a row was scored, since a model may settle things by it.
 /// Errors  Failure: what TableReader, CasePreparer, OutputShaper and RowWriter refuse,
-///         kColumnsWithoutHeader and kTooManyRejects. A fault in mid-table leaves the whole rows
-///         before it written; Report() tells how many.
+///         kColumnsWithoutHeader, kOutputKeyTwice and kTooManyRejects. A fault in mid-table leaves
+///         the whole rows before it written; Report() tells how many.
 /// Owner   model and stop flag outlive the session.
 class ScoringSession {
 public:

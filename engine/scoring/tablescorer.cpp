@@ -21,7 +21,8 @@ CaseOptions CaseOptionsOf(const LoadedModel& model, const TableOptions& options)
             options.missingTexts,
             model.Output() == nullptr ? std::vector<std::string>() : model.Output()->inputs,
             model.ListedByCells(),
-            options.columnOf};
+            options.columnOf,
+            options.headerRemedy};
 }
 
 // The first rows of a block, as bits.

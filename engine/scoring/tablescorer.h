@@ -27,6 +27,7 @@ struct TableOptions {
     /// Only curves are asked for; the table needs no end time then.
     bool curves = false;
     std::map<std::string, std::string> columnOf{};  ///< as CaseOptions::columnOf
+    std::string headerRemedy{};                     ///< as CaseOptions::headerRemedy
 };
 
 /// Takes the rows of one table through a model: blocks of columns in, blocks of results out.

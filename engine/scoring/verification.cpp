@@ -13,7 +13,7 @@
 #include "engine/scoring/tablescorer.h"
 #include "engine/tables/bytesource.h"
 #include "engine/tables/columnblock.h"
-#include "engine/tables/csvreader.h"
+#include "engine/tables/rowreader.h"
 #include "host/messages/messages.h"
 #include "host/messages/vsexception.h"
 #include "host/model/scoremodel.h"
@@ -155,7 +155,7 @@ MadeVerification MakeVerification(const LoadedModel& model, ByteSource& cases,
                                   const VerificationOptions& options)
 {
     constexpr double kPrecision = 1e-9;
-    CsvReader reader(cases, options.delimiter);
+    RowReader reader(cases, options.delimiter);
     TableScorer scorer(model, reader.Header(), cases.Name(),
                        {.decimal = options.decimal, .missingTexts = options.missingTexts});
     CaseValues values(model);

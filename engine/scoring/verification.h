@@ -60,7 +60,7 @@ struct VerificationOptions {
 /// The most cases that become records: a document isn't the place for more.
 inline constexpr int64_t kMostRecords = 10000;
 
-/// Errors  what CsvReader and CasePreparer refuse; kTooManyRecords (cases).
+/// Errors  what RowReader and CasePreparer refuse; kTooManyRecords (cases).
 MadeVerification MakeVerification(const LoadedModel& model, ByteSource& cases,
                                   const VerificationOptions& options);
 

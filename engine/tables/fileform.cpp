@@ -26,6 +26,8 @@ constexpr char kArrowFileWays[] =
 constexpr char kArrowStreamWays[] =
     " first, in Python say: pyarrow.ipc.open_stream(open('FILE', 'rb')).read_pandas()"
     ".to_csv('cases.csv', index=False)";
+constexpr char kOneALine[] =
+    "Write its objects a line each{}: jq -c '.[]' FILE | velscore COMMAND MODEL -";
 constexpr char kOtherArgument[] = "The table of cases comes behind the model{}.";
 
 struct Form {
@@ -48,6 +50,8 @@ constexpr Form kForms[] = {
     {"FEA1"sv, "a Feather file", kExport, kArrowFileWays},
     {"\xFF\xFE"sv, "in UTF-16", kConvert, "UTF-16"},
     {"\xFE\xFF"sv, "in UTF-16", kConvert, "UTF-16"},
+    {"[{"sv, "a JSON array", kOneALine, ""},
+    {"[\n"sv, "a JSON array", kOneALine, ""},
     {"<?xml"sv, "an XML document", kOtherArgument, ""},
     {"<PMML"sv, "a model document", kOtherArgument, ""},
     {"<zelt-ml"sv, "a model document", kOtherArgument, ""},

@@ -8,8 +8,8 @@
 
 namespace MCVelscore_850 {
 
-/// Some records of a table, one after the other as they stand in it: cut off by a RecordReader, to
-/// be split by a RecordSplitter, on another thread if need be.
+/// Some records of a table, one after the other as they stand in it: cut off by a BlockReader, to
+/// be split by a BlockSplitter, on another thread if need be.
 struct RecordBlock {
     /// A record that quotes, its length or the end of the table tear: [begin, end) of the text.
     struct Torn {

@@ -105,6 +105,9 @@ Failure FailureOf(const RecordFault& fault, const std::string& table, int64_t ro
         case kFieldTooLong: details.push_back(std::to_string(kMaxField)); break;
         case kRowTooLong: details.push_back(std::to_string(kMaxRow)); break;
         case kTooManyColumns: details.push_back(std::to_string(kMaxColumns)); break;
+        case kNoJsonObject:
+        case kNestedValue:
+        case kKeyTwice: details.emplace_back(fault.detail); break;
         default: break;
     }
     return {FailureKind::Cases, fault.code, details, std::move(hint)};

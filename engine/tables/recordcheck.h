@@ -21,6 +21,8 @@ inline constexpr size_t kMaxColumns = size_t{1} << 20;
 struct RecordFault {
     int code = 0;        ///< of the message catalogue; 0 for a sound record
     uint64_t found = 0;  ///< fields
+    /// Of JSON Lines: the key at fault, or why there is no object.
+    std::string_view detail{};
 };
 
 /// What a sound record has, or the first thing in it that is wrong. `record` may end with its line

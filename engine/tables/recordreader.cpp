@@ -28,13 +28,17 @@ const char* LineEndBefore(const char* begin, const char* end)
 
 }  // namespace
 
-RecordReader::RecordReader(ByteSource& source, const RecordForm& form, const BlockSize& blockSize)
+RecordReader::RecordReader(ByteSource& source, const RecordForm& form, const BlockSize& blockSize,
+                           std::string_view start)
     : source_(source),
       form_(form),
       blockSize_{std::min(blockSize.bytes, kMaxRecord), blockSize.rows},
       lineEnds_({'\n', '\r'}),
-      quotesAndLineEnds_({'"', '\n', '\r'})
+      quotesAndLineEnds_({'"', '\n', '\r'}),
+      filled_(start.size())
 {
+    MakeRoom(filled_);
+    std::copy(start.begin(), start.end(), buffer_.begin());
     Start();
     ReadHeader();
 }
@@ -111,13 +115,9 @@ bool RecordReader::Next(RecordBlock& block)
 void RecordReader::GoTo(uint64_t offset, int64_t row)
 {
     const uint64_t passed = offset - offset_;
-    if (passed <= filled_) {
-        Consume(passed);
-    } else {
-        source_.Skip(passed - filled_);
-        Consume(filled_);
-        offset_ = offset;
-    }
+    if (passed > filled_) source_.Skip(passed - filled_);
+    Consume(static_cast<size_t>(std::min<uint64_t>(passed, filled_)));
+    offset_ = offset;
     row_ = row;
 }
 

@@ -2,68 +2,42 @@
 #define VELSCORE_ENGINE_TABLES_RECORDREADER_H
 
 #include <cstdint>
-#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "engine/tables/blockreader.h"
 #include "engine/tables/bytescan.h"
 #include "engine/tables/bytesource.h"
 #include "engine/tables/recordblock.h"
 
 namespace MCVelscore_850 {
 
-/// How a table of comma-separated values is written.
-struct RecordForm {
-    char delimiter = ',';
-    bool hasHeader = true;
-    /// Reading goes on behind a torn record, at the line end after the quote that tears it; else
-    /// the table ends there.
-    bool passesTorn = false;
-};
-
-/// Cuts a table of comma-separated values into blocks of whole records: the part of reading that
-/// goes from the first byte to the last. What the records hold is a RecordSplitter's matter.
+/// Cuts a table of comma-separated values into blocks, for a RecordSplitter.
 ///
 /// Form    RFC 4180: quotes around a field, doubled inside it; line ends LF, CR LF or CR, also
 ///         inside quotes. A byte-order mark is dropped.
 /// Blanks  A blank line is an empty field in a table of one column. In a wider one blank lines at
 ///         the end are passed over; one before a further record is a row too short.
-/// Blocks  have at least one record, and else what could be read without waiting for more, up to
-///         the size that is wanted. Rows and their numbers don't depend on that size.
+/// Blocks  have at least one record.
 /// Memory  a block, and the longest record: at most kMaxRecord bytes.
 /// Errors  Failure of a header: kNoHeader, kTooManyColumns, those of CheckRecord(); kNoTextTable;
 ///         and what the source throws. Torn records are told in their block: of kTableCut is a last
 ///         one without a line end in a table that changed its size meanwhile.
-class RecordReader {
+class RecordReader final : public BlockReader {
 public:
-    static constexpr size_t kBlockSize = size_t{1} << 18;
     /// The longest record as it is written; a longer one is torn.
     static constexpr size_t kMaxRecord = size_t{1} << 25;
 
-    /// How large blocks are wanted.
-    struct BlockSize {
-        size_t bytes = kBlockSize;
-        int64_t rows = std::numeric_limits<int64_t>::max();
-    };
-
-    /// Reads the header. The source must outlive the reader.
-    explicit RecordReader(ByteSource& source, const RecordForm& form, const BlockSize& blockSize);
-    explicit RecordReader(ByteSource& source, const RecordForm& form = {})
-        : RecordReader(source, form, BlockSize{})
-    {}
-
-    /// Names of the columns; their numbers from 1 in a table without a header.
-    const std::vector<std::string>& Header() const { return header_; }
+    /// Reads the header. The source must outlive the reader. `start` was read from it before.
+    RecordReader(ByteSource& source, const RecordForm& form, const BlockSize& blockSize,
+                 std::string_view start = {});
+    TableForm Form() const override { return TableForm::Csv; }
+    const std::vector<std::string>& Header() const override { return header_; }
     const std::string& Name() const { return source_.Name(); }
-
-    /// Cuts off the next block; false at the end.
-    bool Next(RecordBlock& block);
-    /// Goes on with the record of that number, at its place in the unpacked table, which is behind
-    /// all that was delivered: the end of a block that another reader of the table cut off.
-    void GoTo(uint64_t offset, int64_t row);
-    /// The rows that were delivered, torn ones too.
-    int64_t Rows() const { return row_ - 1; }
+    bool Next(RecordBlock& block) override;
+    int64_t Rows() const override { return row_ - 1; }
+    void GoTo(uint64_t offset, int64_t row) override;
 
 private:
     void Start();

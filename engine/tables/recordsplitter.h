@@ -9,48 +9,26 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/tables/blocksplitter.h"
 #include "engine/tables/bytescan.h"
 #include "engine/tables/recordblock.h"
 #include "engine/tables/recordcheck.h"
 
 namespace MCVelscore_850 {
 
-/// A row as it stands in its table.
-struct RawRow {
-    int64_t number = 0;       ///< from 1 after the header
-    uint64_t offset = 0;      ///< of its first byte in the table, unpacked
-    std::string_view text{};  ///< without its line end
-};
-
-/// A row that can't be taken for what the header says.
-struct TornRow {
-    RawRow raw;
-    RecordFault fault;
-};
-
-/// Splits the records of a RecordBlock into fields.
+/// Splits the records of a RecordReader's blocks.
 ///
-/// Fields  view the block, or the splitter where quotes are written twice; they stand until the
-///         next call.
-/// Memory  nothing is allocated for a block that is like those before it.
-class RecordSplitter {
+/// Fields  view the block, or the splitter where quotes are written twice.
+class RecordSplitter final : public BlockSplitter {
 public:
     RecordSplitter(size_t columns, char delimiter);
 
-    /// The block must outlive its splitting.
-    void Begin(const RecordBlock& block);
-    /// From now on a row of the block that isn't UTF-8 is torn, by kRowEncoding.
-    void CheckEncoding();
-
-    /// The fields of the next rows up to a torn one, row by row, at most `most` rows. Answers their
-    /// number: 0 before a torn row, and at the block's end.
-    size_t NextRows(size_t most, std::span<const std::string_view>& fields);
-    /// The torn row that is next; null where there is none.
-    const TornRow* Torn();
-    void PassTorn();
-
-    /// A row of those delivered last, counted from 0.
-    RawRow Raw(size_t row) const;
+    void Begin(const RecordBlock& block) override;
+    void CheckEncoding() override;
+    size_t NextRows(size_t most, std::span<const std::string_view>& fields) override;
+    const TornRow* Torn() override;
+    void PassTorn() override;
+    RawRow Raw(size_t row) const override;
 
 private:
     void SplitSound(size_t most, const char* end);

@@ -3,36 +3,48 @@
 
 #include <array>
 #include <cstdint>
-#include <cstring>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <fmt/format.h>
 
+#include "engine/tables/blockreader.h"
+
 namespace MCVelscore_850 {
 
 /// How rows of text are written.
 struct RowForm {
-    char delimiter = ',';
+    char delimiter = ',';  ///< of comma-separated values, as the decimal mark is
     char decimal = '.';
     /// The most significant digits of a number; 0 for as many as it takes to read it back.
     int digits = 0;
+    TableForm table = TableForm::Csv;
 };
 
-/// Rows as comma-separated text, in memory.
+/// Rows as text, in memory: comma-separated values, or JSON Lines.
 ///
-/// Form   RFC 4180 with LF line ends. Numbers in their shortest form that reads back, unless fewer
-///        digits are wanted.
-/// Order  fields, then EndRow(), for each row.
+/// Form   RFC 4180, or an object a row (RFC 8259) whose keys are the columns, always all of them;
+///        with LF line ends. Numbers in their shortest form that reads back, unless fewer digits
+///        are wanted. JSON has null for an empty field and for a number that isn't finite, and
+///        U+FFFD for each byte of a text that isn't UTF-8.
+/// Order  SetColumns() for JSON Lines; then fields, as many as there are columns, and EndRow(), for
+///        each row.
 /// Memory keeps what it has through Clear().
 class RowText {
 public:
     explicit RowText(const RowForm& form = {});
 
+    /// What the columns are called, once.
+    void SetColumns(std::span<const std::string> names);
+    /// The row of their names, which JSON Lines haven't.
+    void AddHeader(std::span<const std::string> names);
+
     void AddText(std::string_view text)
     {
         Separate();
+        if (isJson_) return AddString(text);
         for (const char c : text) {
             if (special_[static_cast<unsigned char>(c)]) return AddQuoted(text);
         }
@@ -42,12 +54,25 @@ public:
     /// A number that names something, with all its digits.
     void AddLabel(double number);
     void AddWhole(int64_t number);
-    void AddEmpty() { Separate(); }
+    void AddEmpty()
+    {
+        Separate();
+        if (isJson_) text_.append(kNull);
+    }
+    /// A string, number, true, false or null as JSON has it, which comma-separated values can't
+    /// hold.
+    void AddJson(std::string_view value)
+    {
+        Separate();
+        text_.append(value);
+    }
+    TableForm Form() const { return form_.table; }
     void EndRow()
     {
+        if (isJson_) text_.push_back('}');
         text_.push_back('\n');
         rowEnds_.push_back(text_.size());
-        rowHasField_ = false;
+        rowFields_ = 0;
     }
 
     /// The whole rows.
@@ -58,22 +83,31 @@ public:
     {
         text_.clear();
         rowEnds_.clear();
-        rowHasField_ = false;
+        rowFields_ = 0;
     }
 
 private:
+    static constexpr std::string_view kNull = "null";
+
     void Separate()
     {
-        if (rowHasField_) text_.push_back(form_.delimiter);
-        rowHasField_ = true;
+        if (isJson_) {
+            text_.append(keys_[rowFields_]);
+        } else if (rowFields_ > 0) {
+            text_.push_back(form_.delimiter);
+        }
+        ++rowFields_;
     }
     void AddQuoted(std::string_view text);
+    void AddString(std::string_view text);
     void MendNumber(size_t begin);
 
     RowForm form_;
+    bool isJson_;
     bool plainNumbers_;                ///< no number holds the delimiter or another decimal mark
-    std::array<bool, 256> special_{};  ///< by byte: it forces quotes
-    bool rowHasField_ = false;
+    std::array<bool, 256> special_{};  ///< by byte: it forces quotes, or an escape in JSON
+    std::vector<std::string> keys_;    ///< of JSON, each with what stands around it
+    size_t rowFields_ = 0;             ///< of the open row
     fmt::memory_buffer text_;
     std::vector<size_t> rowEnds_;
 };

@@ -67,6 +67,10 @@ void RowWriter::Flush()
 
 void RowWriter::Close()
 {
+    // No rows at all are an empty member: no bytes would be no compressed file.
+    if (compression_ != Compression::None && buffer_.empty() && End().bytes == 0) {
+        compressor_.Compress({}, buffer_);
+    }
     Flush();
     file_.Finish();
 }

@@ -1,6 +1,7 @@
 #ifndef VELSCORE_ENGINE_TABLES_ROWWRITER_H
 #define VELSCORE_ENGINE_TABLES_ROWWRITER_H
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -36,6 +37,8 @@ public:
     RowWriter(const RowWriter&) = delete;
     RowWriter& operator=(const RowWriter&) = delete;
 
+    /// The rows to come have no header.
+    void OmitHeader() { headerRows_ = 0; }
     /// `packed` is what a Compressor has made of the rows already; else the writer compresses them.
     void Write(const RowText& rows, std::string_view packed = {});
 
@@ -54,7 +57,7 @@ public:
     /// With what is buffered. Of no use for a stream.
     Position End() const;
     /// Whole rows that reached the file, the header not counted.
-    int64_t RowsWritten() const { return rowsWritten_ > 0 ? rowsWritten_ - 1 : 0; }
+    int64_t RowsWritten() const { return std::max<int64_t>(0, rowsWritten_ - headerRows_); }
 
 private:
     /// Where the file may be cut: in the buffer, and the rows up to there.
@@ -70,6 +73,7 @@ private:
     std::string buffer_;
     std::vector<Cut> cuts_;
     int64_t rowsWritten_ = 0;
+    int64_t headerRows_ = 1;
 };
 
 }  // namespace MCVelscore_850

@@ -1,6 +1,8 @@
 #include "engine/tables/tablereader.h"
 
 #include <algorithm>
+#include <string_view>
+#include <unordered_set>
 
 #include "engine/messages/failure.h"
 #include "engine/tables/tablesource.h"
@@ -9,7 +11,7 @@
 namespace MCVelscore_850 {
 
 TableReader::TableReader(std::vector<std::string> paths, const RecordForm& form,
-                         const RecordReader::BlockSize& blockSize, const StopFlag* stop)
+                         const BlockReader::BlockSize& blockSize, const StopFlag* stop)
     : paths_(std::move(paths)), form_(form), blockSize_(blockSize), stop_(stop)
 {
     bool isKnown = true;
@@ -31,19 +33,40 @@ void TableReader::Open()
 {
     reader_.reset();
     source_ = OpenTable(paths_[table_], stop_);
-    reader_ = std::make_unique<RecordReader>(*source_, form_, blockSize_);
+    reader_ = MakeBlockReader(*source_, form_, blockSize_);
     if (table_ == 0) {
         header_ = reader_->Header();
-    } else if (reader_->Header() != header_) {
-        RefuseOtherHeader(reader_->Header());
+        tableForm_ = reader_->Form();
+    } else {
+        RefuseOtherTable();
     }
 }
 
-void TableReader::RefuseOtherHeader(const std::vector<std::string>& header) const
+// The table at hand has to go with the first one.
+void TableReader::RefuseOtherTable() const
 {
+    if (reader_->Form() != tableForm_) {
+        throw Failure(
+            FailureKind::Cases, kOtherTableForm,
+            {names_[table_], FormName(reader_->Form()), names_.front(), FormName(tableForm_)});
+    }
+    const std::vector<std::string>& header = reader_->Header();
+    if (header == header_) return;
+    if (tableForm_ == TableForm::JsonLines) {
+        const std::unordered_set<std::string_view> keys(header.begin(), header.end());
+        for (size_t i = 0; i < header_.size(); ++i) {
+            if (!keys.contains(header_[i])) RefuseOtherHeader({}, i);
+        }
+        return;
+    }
     const size_t common = std::min(header.size(), header_.size());
     size_t place = 0;
     while (place < common && header[place] == header_[place]) ++place;
+    RefuseOtherHeader(header, place);
+}
+
+void TableReader::RefuseOtherHeader(const std::vector<std::string>& header, size_t place) const
+{
     const auto shown = [&](const std::vector<std::string>& names) {
         return place < names.size() ? "'" + names[place] + "'" : std::string("no column");
     };
@@ -64,6 +87,13 @@ void TableReader::GoTo(const Place& place)
     table_ = place.table;
     Open();
     if (place.offset > 0) reader_->GoTo(place.offset, place.row);  // else behind the header
+}
+
+std::string TableReader::HeaderRemedy() const
+{
+    if (tableForm_ == TableForm::Csv) return {};
+    return "The columns of JSON Lines are the keys of the first object: give it every key, null "
+           "where there is no value.";
 }
 
 bool TableReader::Next(RecordBlock& block)

@@ -6,25 +6,32 @@
 #include <string>
 #include <vector>
 
+#include "engine/tables/blockreader.h"
 #include "engine/tables/bytesource.h"
 #include "engine/tables/recordblock.h"
-#include "engine/tables/recordreader.h"
 
 namespace MCVelscore_850 {
 
 /// Reads tables of the same columns one after another, as blocks of records: files, or standard
 /// input for "-".
 ///
-/// Errors  Failure: what RecordReader throws; kCasesNotRead for any of the files from the
-///         constructor; kOtherHeader for a table whose columns aren't those of the first.
+/// Columns those of the first table's header. Any other table of comma-separated values has the
+/// same
+///         ones in the same order; of JSON Lines the first object has all of their keys.
+/// Errors  Failure: what MakeBlockReader() and its reader throw; kCasesNotRead for any of the files
+///         from the constructor; kOtherHeader for a table whose columns aren't those of the first,
+///         kOtherTableForm for one of another form.
 class TableReader {
 public:
     /// Reads the header of the first table.
     TableReader(std::vector<std::string> paths, const RecordForm& form,
-                const RecordReader::BlockSize& blockSize, const StopFlag* stop = nullptr);
+                const BlockReader::BlockSize& blockSize, const StopFlag* stop = nullptr);
     ~TableReader();
 
     const std::vector<std::string>& Header() const { return header_; }
+    TableForm Form() const { return tableForm_; }
+    /// What to do about a header that lacks a column, beside what is to do of any form; or empty.
+    std::string HeaderRemedy() const;
     /// How messages call a table.
     const std::string& NameOf(size_t table) const { return names_[table]; }
     size_t TableCount() const { return names_.size(); }
@@ -51,16 +58,18 @@ public:
 
 private:
     void Open();
-    void RefuseOtherHeader(const std::vector<std::string>& header) const;
+    void RefuseOtherTable() const;
+    void RefuseOtherHeader(const std::vector<std::string>& header, size_t place) const;
 
     std::vector<std::string> paths_;
     std::vector<std::string> names_;
     RecordForm form_;
-    RecordReader::BlockSize blockSize_;
+    BlockReader::BlockSize blockSize_;
     const StopFlag* stop_;
     size_t table_ = 0;
     std::unique_ptr<ByteSource> source_;
-    std::unique_ptr<RecordReader> reader_;
+    std::unique_ptr<BlockReader> reader_;
+    TableForm tableForm_ = TableForm::Csv;  ///< of the first table
     std::vector<std::string> header_;
     uint64_t bytesBefore_ = 0;  ///< of the tables before
     int64_t rowsBefore_ = 0;

@@ -9,7 +9,20 @@ namespace MCVelscore_850 {
 
 namespace {
 
-// The bytes of the character at `at`; 0 where none begins there.
+// Where the first byte beyond ASCII may be: no later than it is.
+size_t PassAscii(std::string_view text, size_t at)
+{
+    constexpr uint64_t kHighBits = 0x8080808080808080U;
+    for (; at + sizeof(uint64_t) <= text.size(); at += sizeof(uint64_t)) {
+        uint64_t eight = 0;
+        std::memcpy(&eight, text.data() + at, sizeof eight);
+        if ((eight & kHighBits) != 0) break;
+    }
+    return at;
+}
+
+}  // namespace
+
 size_t CharacterSize(std::string_view text, size_t at)
 {
     struct Lead {
@@ -34,20 +47,6 @@ size_t CharacterSize(std::string_view text, size_t at)
     }
     return 0;
 }
-
-// Where the first byte beyond ASCII may be: no later than it is.
-size_t PassAscii(std::string_view text, size_t at)
-{
-    constexpr uint64_t kHighBits = 0x8080808080808080U;
-    for (; at + sizeof(uint64_t) <= text.size(); at += sizeof(uint64_t)) {
-        uint64_t eight = 0;
-        std::memcpy(&eight, text.data() + at, sizeof eight);
-        if ((eight & kHighBits) != 0) break;
-    }
-    return at;
-}
-
-}  // namespace
 
 bool IsUtf8(std::string_view text)
 {

@@ -133,36 +133,47 @@ inline constexpr int kPluginNotLoaded = 269201;  // file, reason
 inline constexpr int kPluginNoEntry = 269202;    // file, entry
 
 // Codes of the engine: the table of cases and the output.
-inline constexpr int kCasesNotRead = 269301;         // file, reason
-inline constexpr int kNoHeader = 269302;             // file
-inline constexpr int kMissingColumn = 269303;        // file, column, columns found
-inline constexpr int kRowLength = 269304;            // file, row, found, expected
-inline constexpr int kUnclosedQuote = 269305;        // file, row
-inline constexpr int kNulByte = 269306;              // file, row
-inline constexpr int kDuplicateColumn = 269307;      // file, column
-inline constexpr int kStrayQuote = 269308;           // file, row
-inline constexpr int kFieldTooLong = 269309;         // file, row, limit
-inline constexpr int kOutputNotWritten = 269310;     // file, reason
-inline constexpr int kUnknownKeptColumn = 269311;    // column, file
-inline constexpr int kOutputFull = 269312;           // file, reason
-inline constexpr int kTableCut = 269313;             // file, row
-inline constexpr int kRowTooLong = 269314;           // file, row, limit
-inline constexpr int kTooManyColumns = 269315;       // file, limit
-inline constexpr int kNoTextTable = 269316;          // file, what it is
-inline constexpr int kUnknownResultColumn = 269317;  // column, the columns that there are
-inline constexpr int kResultColumnTwice = 269318;    // column
-inline constexpr int kPackedCut = 269319;            // file, compression, bytes unpacked
-inline constexpr int kPackedDamaged = 269320;        // file, compression, bytes unpacked, reason
-inline constexpr int kPackedRest = 269321;           // file, compression, bytes unpacked
-inline constexpr int kPackedWindow = 269322;         // file, limit
-inline constexpr int kPackedDictionary = 269323;     // file
-inline constexpr int kOtherHeader = 269324;          // file, place, column, first file, its column
-inline constexpr int kRowEncoding = 269325;          // file, row
-inline constexpr int kTooManyRejects = 269326;       // limit, file, row
-inline constexpr int kUnknownMappedName = 269327;    // name, the model's fields
+inline constexpr int kCasesNotRead = 269301;          // file, reason
+inline constexpr int kNoHeader = 269302;              // file
+inline constexpr int kMissingColumn = 269303;         // file, column, columns found
+inline constexpr int kRowLength = 269304;             // file, row, found, expected
+inline constexpr int kUnclosedQuote = 269305;         // file, row
+inline constexpr int kNulByte = 269306;               // file, row
+inline constexpr int kDuplicateColumn = 269307;       // file, column
+inline constexpr int kStrayQuote = 269308;            // file, row
+inline constexpr int kFieldTooLong = 269309;          // file, row, limit
+inline constexpr int kOutputNotWritten = 269310;      // file, reason
+inline constexpr int kUnknownKeptColumn = 269311;     // column, file
+inline constexpr int kOutputFull = 269312;            // file, reason
+inline constexpr int kTableCut = 269313;              // file, row
+inline constexpr int kRowTooLong = 269314;            // file, row, limit
+inline constexpr int kTooManyColumns = 269315;        // file, limit
+inline constexpr int kNoTextTable = 269316;           // file, what it is
+inline constexpr int kUnknownResultColumn = 269317;   // column, the columns that there are
+inline constexpr int kResultColumnTwice = 269318;     // column
+inline constexpr int kPackedCut = 269319;             // file, compression, bytes unpacked
+inline constexpr int kPackedDamaged = 269320;         // file, compression, bytes unpacked, reason
+inline constexpr int kPackedRest = 269321;            // file, compression, bytes unpacked
+inline constexpr int kPackedWindow = 269322;          // file, limit
+inline constexpr int kPackedDictionary = 269323;      // file
+inline constexpr int kOtherHeader = 269324;           // file, place, column, first file, its column
+inline constexpr int kRowEncoding = 269325;           // file, row
+inline constexpr int kTooManyRejects = 269326;        // limit, file, row
+inline constexpr int kUnknownMappedName = 269327;     // name, the model's fields
 inline constexpr int kColumnsWithoutHeader = 269328;  // file, columns, columns needed, their names
-inline constexpr int kTableColumnTaken = 269329;     // column
-inline constexpr int kOtherRun = 269330;             // note, what differs
+inline constexpr int kTableColumnTaken = 269329;      // column
+inline constexpr int kOtherRun = 269330;              // note, what differs
+
+// Of them those of JSON Lines.
+inline constexpr int kNoJsonObject = 269340;    // file, row, why
+inline constexpr int kNestedValue = 269341;     // file, row, key
+inline constexpr int kKeyTwice = 269342;        // file, row, key
+inline constexpr int kOptionOfCsv = 269343;     // option, file
+inline constexpr int kOtherTableForm = 269344;  // file, form, first file, its form
+
+// And of both forms.
+inline constexpr int kDelimiterIsDecimal = 269345;  // file, character
+inline constexpr int kOutputKeyTwice = 269346;      // column
 
 }  // namespace MCVelscore_850
 

@@ -11,7 +11,7 @@
 #include "engine/documents/loadedmodel.h"
 #include "engine/scoring/tablescorer.h"
 #include "engine/tables/bytesource.h"
-#include "engine/tables/csvreader.h"
+#include "engine/tables/rowreader.h"
 #include "host/messages/scoringlog.h"
 #include "host/model/scoremodel.h"
 
@@ -40,7 +40,7 @@ struct CaseFolder {
           model(path + "model.pmml", std::make_shared<Plugin>(VELSCORE_PLUGIN))
     {
         InputFile source(path + "input.csv");
-        CsvReader reader(source);
+        RowReader reader(source);
         header = reader.Header();
         std::span<const std::string_view> fields;
         while (reader.Next(fields)) texts.insert(texts.end(), fields.begin(), fields.end());

@@ -1,4 +1,4 @@
-// Random texts read as tables by CsvReader, and cut into blocks of many sizes, against libcsv,
+// Random texts read as tables by RowReader, and cut into blocks of many sizes, against libcsv,
 // which shares no code with it.
 #include <algorithm>
 #include <optional>
@@ -10,7 +10,9 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include "engine/tables/csvreader.h"
+#include "engine/tables/recordreader.h"
+#include "engine/tables/recordsplitter.h"
+#include "engine/tables/rowreader.h"
 #include "engine/tables/fileform.h"
 #include "host/messages/messages.h"
 #include "tests/engine/textsource.h"
@@ -127,11 +129,11 @@ Reading ReadByLibcsv(std::string_view text, char delimiter)
     return reading;
 }
 
-Reading ReadByCsvReader(const std::string& text, char delimiter, size_t piece)
+Reading ReadByRowReader(const std::string& text, char delimiter, size_t piece)
 {
     Reading reading;
     TextSource source(text, piece);
-    std::optional<CsvReader> reader;
+    std::optional<RowReader> reader;
     try {
         reader.emplace(source, delimiter);
         reading.header = reader->Header();
@@ -363,7 +365,7 @@ TEST_P(CsvAgreement, RowsAndTheRowAtFaultAreThoseOfLibcsv)
         if (expected.code == 0 && !expected.rows.empty()) ++sound;
         if (i % 8 == 0) {
             const size_t piece = 1 + texts.Below(64);
-            ASSERT_EQ(ReadByCsvReader(text, delimiter, piece), expected)
+            ASSERT_EQ(ReadByRowReader(text, delimiter, piece), expected)
                 << "pieces of " << piece << ": " << testing::PrintToString(text);
         }
         for (int times = 0; times < 4; ++times) {

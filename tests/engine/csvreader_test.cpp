@@ -1,4 +1,4 @@
-#include "engine/tables/csvreader.h"
+#include "engine/tables/rowreader.h"
 
 #include <filesystem>
 #include <fstream>
@@ -27,7 +27,7 @@ Table Read(const std::string& text, size_t piece = 1 << 16, char delimiter = ','
     Table table;
     TextSource source(text, piece);
     try {
-        CsvReader reader(source, delimiter);
+        RowReader reader(source, delimiter);
         table.header = reader.Header();
         std::span<const std::string_view> fields;
         while (reader.Next(fields)) table.rows.emplace_back(fields.begin(), fields.end());
@@ -237,7 +237,7 @@ TEST_P(TableOfAnotherForm, IsToldByNameWithWhatToDo)
     for (const size_t piece : {size_t{1}, size_t{1} << 16}) {
         TextSource source(file.bytes, piece);
         try {
-            CsvReader reader(source);
+            RowReader reader(source);
             FAIL() << "taken as a table";
         } catch (const Failure& failure) {
             EXPECT_EQ(failure.Code(), kNoTextTable);
@@ -267,6 +267,8 @@ INSTANTIATE_TEST_SUITE_P(
         OtherFile{"Utf16BigEndian", std::string("\xFE\xFF\0x\0,", 6), "UTF-16", "-f UTF-16 "},
         OtherFile{"Utf16LittleEndianUnmarked", std::string("x\0,\0", 4), "UTF-16", "UTF-16LE"},
         OtherFile{"Utf16BigEndianUnmarked", std::string("\0x\0,", 4), "UTF-16", "UTF-16BE"},
+        OtherFile{"JsonArray", "[{\"a\":1}]", "a JSON array", "jq -c '.[]'"},
+        OtherFile{"JsonArrayOfLines", "[\n{\"a\":1}]", "a JSON array", "jq -c '.[]'"},
         OtherFile{"Model", "<PMML version=\"4.4\">", "model document", "behind the model"},
         OtherFile{"OlderModel", "<zelt-ml version=\"1.0\">", "model document", "behind the model"},
         OtherFile{"Xml", "\xEF\xBB\xBF<?xml version=\"1.0\"?>\n<table/>", "an XML document",
@@ -293,7 +295,7 @@ TEST(CsvReader, QuotedHeaderBetweenOtherDelimitersTellsTheDelimiter)
     const auto remedy = [](const std::string& text, char delimiter) -> std::string {
         TextSource source(text);
         try {
-            CsvReader reader(source, delimiter);
+            RowReader reader(source, delimiter);
         } catch (const Failure& failure) {
             EXPECT_EQ(failure.Code(), kStrayQuote);
             return failure.Remedy();
@@ -317,7 +319,7 @@ protected:
         InputFile file(path);
         rows_ = 0;
         try {
-            CsvReader reader(file);
+            RowReader reader(file);
             std::ofstream(path, std::ios::binary | std::ios::in) << after;
             std::filesystem::resize_file(path, after.size());
             std::span<const std::string_view> fields;
@@ -365,7 +367,7 @@ TEST_F(TableThatChanges, IsTakenWhereItEndsWithARow)
 TEST(CsvReader, RowsAreCountedFromOneAfterTheHeader)
 {
     TextSource source("a\n1\n\"2\n2\"\n3\n");
-    CsvReader reader(source);
+    RowReader reader(source);
     EXPECT_EQ(reader.RowNumber(), 0);
     std::span<const std::string_view> fields;
     for (int row = 1; row <= 3; ++row) {
@@ -383,7 +385,7 @@ TEST(CsvReader, ManyRowsPassThroughChunksWhole)
         text += std::to_string(i) + ",\"t" + std::to_string(i) + "\"\n";
     }
     TextSource source(text);
-    CsvReader reader(source);
+    RowReader reader(source);
     std::span<const std::string_view> fields;
     for (int i = 0; i < kRows; ++i) {
         ASSERT_TRUE(reader.Next(fields));
@@ -429,7 +431,7 @@ std::pair<Row, int> ReadBlocks(const std::string& text, size_t most, size_t piec
 {
     std::pair<Row, int> read;
     TextSource source(text, piece);
-    CsvReader reader(source);
+    RowReader reader(source);
     std::span<const std::string_view> fields;
     try {
         int64_t rows = 0;

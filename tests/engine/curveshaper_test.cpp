@@ -54,7 +54,7 @@ TEST(CurveShaper, WritesALineForEachTimeAndOneForACaseWithoutACurve)
     RowText rows;
     constexpr double kMissing = NumericValue::GetSysmisValue();
     constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-    CurveShaper::WriteHeader(rows);
+    rows.AddHeader(CurveShaper::Columns());
     CurveShaper::WriteCurve(rows, 1, {{0.5, 1.0, 0.0}, {2.0, 0.75, 0.25}});
     CurveShaper::WriteNoCurve(rows, 2);
     CurveShaper::WriteCurve(rows, 3, {{9.0, kMissing, kNaN}});

@@ -98,5 +98,64 @@ TEST(RowText, HasWholeRowsAndTheirEnds)
     EXPECT_EQ(rows.Text(), "b\n");
 }
 
+const std::vector<std::string> kNames{"a", "say \"x\""};
+
+TEST(RowTextOfJson, IsAnObjectARowWithoutAHeader)
+{
+    RowText rows({.delimiter = '.', .decimal = ',', .table = TableForm::JsonLines});
+    rows.SetColumns(kNames);
+    rows.AddHeader(kNames);
+    rows.AddNumber(-1.5);
+    rows.AddEmpty();
+    rows.EndRow();
+    rows.AddWhole(17);
+    rows.AddJson("1e999");
+    rows.EndRow();
+    EXPECT_EQ(rows.Text(),
+              "{\"a\":-1.5,\"say \\\"x\\\"\":null}\n{\"a\":17,\"say \\\"x\\\"\":1e999}\n");
+    EXPECT_EQ(rows.RowEnds().size(), 2u);
+}
+
+TEST(RowTextOfJson, HasNullForNumbersThatJsonHasNot)
+{
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+    for (const int digits : {0, 5}) {
+        RowText rows({.digits = digits, .table = TableForm::JsonLines});
+        rows.SetColumns(kNames);
+        for (const double number : {kInfinity, -kInfinity, kNaN}) {
+            rows.AddNumber(number);
+            rows.AddLabel(number);
+            rows.EndRow();
+            EXPECT_EQ(rows.Text(), "{\"a\":null,\"say \\\"x\\\"\":null}\n");
+            rows.Clear();
+        }
+    }
+}
+
+TEST(RowTextOfJson, EscapesWhatJsonAsksFor)
+{
+    struct Sample {
+        std::string text;
+        std::string written;
+    };
+    // RFC 8259, section 7; a byte that isn't UTF-8 is U+FFFD, EF BF BD.
+    for (const Sample& sample :
+         {Sample{"", ""}, Sample{"a,b;'/\x7F", "a,b;'/\x7F"}, Sample{"\"\\", "\\\"\\\\"},
+          Sample{std::string("\n\x1F\0", 3), "\\u000a\\u001f\\u0000"},
+          Sample{"\xC3\xA9\xF0\x9D\x84\x9E", "\xC3\xA9\xF0\x9D\x84\x9E"},
+          Sample{"a\xFF"
+                 "b\xC3",
+                 "a\xEF\xBF\xBD"
+                 "b\xEF\xBF\xBD"},
+          Sample{"\xED\xA0\x80", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"}}) {
+        RowText rows({.table = TableForm::JsonLines});
+        rows.SetColumns(std::span(kNames).first(1));
+        rows.AddText(sample.text);
+        rows.EndRow();
+        EXPECT_EQ(rows.Text(), "{\"a\":\"" + sample.written + "\"}\n");
+    }
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

@@ -14,7 +14,7 @@ class Tables : public testing::Test {
 protected:
     // All blocks as "table/rows before/first row: text", and the code of what ended the reading.
     std::string Read(const std::vector<std::string>& paths, const RecordForm& form = {},
-                     const RecordReader::BlockSize& size = {})
+                     const BlockReader::BlockSize& size = {})
     {
         std::string text;
         try {

@@ -13,7 +13,7 @@
 #include <malloc.h>
 #include <unistd.h>
 
-#include "engine/tables/csvreader.h"
+#include "engine/tables/rowreader.h"
 #include "host/messages/messages.h"
 #include "tests/engine/packed.h"
 #include "tests/engine/textsource.h"
@@ -278,7 +278,7 @@ TEST(TableSource, CompressedTwiceIsRefusedByTheReader)
     for (const auto& [file, inside] : kFiles) {
         const auto table = TableOf(file, 1);
         try {
-            CsvReader reader(*table);
+            RowReader reader(*table);
             FAIL() << "taken as a table";
         } catch (const Failure& failure) {
             EXPECT_EQ(failure.Code(), kNoTextTable);
@@ -293,7 +293,7 @@ TEST(TableSource, NothingCompressedHasNoHeader)
     for (const std::string& file : {PackedByGzip(""), PackedByZstd(""), std::string()}) {
         const auto table = TableOf(file);
         try {
-            CsvReader reader(*table);
+            RowReader reader(*table);
             FAIL() << "taken as a table";
         } catch (const Failure& failure) {
             EXPECT_EQ(failure.Code(), kNoHeader);

@@ -1,31 +1,32 @@
-#ifndef VELSCORE_ENGINE_TABLES_CSVREADER_H
-#define VELSCORE_ENGINE_TABLES_CSVREADER_H
+#ifndef VELSCORE_ENGINE_TABLES_ROWREADER_H
+#define VELSCORE_ENGINE_TABLES_ROWREADER_H
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "engine/tables/blockreader.h"
+#include "engine/tables/blocksplitter.h"
 #include "engine/tables/bytesource.h"
 #include "engine/tables/recordblock.h"
-#include "engine/tables/recordreader.h"
-#include "engine/tables/recordsplitter.h"
 
 namespace MCVelscore_850 {
 
-/// Reads a table of comma-separated values with a header, row by row on one thread, in constant
-/// memory: a RecordReader with its RecordSplitter, whose rules are the table's.
+/// Reads a table row by row on one thread, in constant memory: a BlockReader with its
+/// BlockSplitter, whose rules are the table's.
 ///
-/// Rows    are counted from 1 after the header.
-/// Errors  Failure, after the rows before the fault were delivered: what RecordReader throws, and
-///         FailureOf() a torn row.
-class CsvReader {
+/// Rows    are counted from 1, after the header where the form has one.
+/// Errors  Failure, after the rows before the fault were delivered: what MakeBlockReader() and its
+///         reader throw, and FailureOf() a torn row.
+class RowReader {
 public:
     /// Reads the header. The source must outlive the reader.
-    explicit CsvReader(ByteSource& source, char delimiter = ',');
+    explicit RowReader(ByteSource& source, char delimiter = ',');
 
-    const std::vector<std::string>& Header() const { return reader_.Header(); }
+    const std::vector<std::string>& Header() const { return reader_->Header(); }
 
     /// The fields of the next row, as many as the header has; they stand until the next call.
     /// False at the end.
@@ -38,8 +39,9 @@ public:
     int64_t RowNumber() const { return row_; }
 
 private:
-    RecordReader reader_;
-    RecordSplitter splitter_;
+    const ByteSource& source_;
+    std::unique_ptr<BlockReader> reader_;
+    std::unique_ptr<BlockSplitter> splitter_;
     RecordBlock block_;
     bool begun_ = false;
     int64_t row_ = 0;
