@@ -141,9 +141,10 @@ void DefineOutput(CLI::App* command, ScoreArguments& score)
     command->add_flag("--partial", score.partial,
                       "When the run ends early, give the whole rows written so far the name of -o "
                       "all the same; else they stay in a temporary file beside it");
-    command->add_flag("--resume", score.resume,
-                      "Go on where a run of the same model, tables and options ended early, or begin "
-                      "when there was none");
+    command->add_flag(
+        "--resume", score.resume,
+        "Go on where a run of the same model, tables and options ended early, or begin "
+        "when there was none");
     AddText(command, "--format", score.format,
             "How the output is written: comma-separated values, or JSON Lines, an object a row; "
             "without it as the suffix of -o says, .jsonl or .ndjson, else csv",

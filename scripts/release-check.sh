@@ -27,7 +27,7 @@ stage_clang() {
 run_tests() {
     cmake --preset "$1" -DVELSCORE_WERROR=ON >/dev/null &&
         cmake --build --preset "$1" --target "$2" &&
-        "build/$1/bin/$2" --gtest_filter="$3" --gtest_list_tests | grep -q '^  ' &&
+        [ -n "$("build/$1/bin/$2" --gtest_filter="$3" --gtest_list_tests | grep '^  ')" ] &&
         "build/$1/bin/$2" --gtest_filter="$3" --gtest_brief=1
 }
 

@@ -10,10 +10,10 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include "engine/tables/fileform.h"
 #include "engine/tables/recordreader.h"
 #include "engine/tables/recordsplitter.h"
 #include "engine/tables/rowreader.h"
-#include "engine/tables/fileform.h"
 #include "host/messages/messages.h"
 #include "tests/engine/textsource.h"
 

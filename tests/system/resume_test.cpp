@@ -72,6 +72,7 @@ INSTANTIATE_TEST_SUITE_P(
     Outputs, ResumedRun,
     testing::Values(Kept{"Plain", "", {"--keep", "id"}}, Kept{"Gzip", ".gz", {}},
                     Kept{"Zstd", ".zst", {"--columns", "prediction,status"}},
+                    Kept{"JsonLines", ".jsonl", {"--keep", "id"}},
                     Kept{"NamedTables", "", {"--name-column", "file", "--digits", "5"}}),
     [](const auto& each) { return each.param.name; });
 
@@ -126,6 +127,25 @@ TEST_F(Resume, OfCurvesGivesTheBytesOfOneRun)
     ASSERT_EQ(RunVelscore(run + into("whole.csv")).exitCode, 0);
     const Finished early = RunVelscore(run + into("out.csv") + Arguments{"--max-rejects", "2"});
     ASSERT_EQ(early.exitCode, 3) << early.err;
+    ASSERT_EQ(RunVelscore(run + into("out.csv") + Arguments{"--resume"}).exitCode, 0);
+    EXPECT_EQ(ReadFile(Path("out.csv")), ReadFile(Path("whole.csv")));
+    EXPECT_EQ(ReadFile(Path("out.csv.rejects")), ReadFile(Path("whole.csv.rejects")));
+}
+
+TEST_F(Resume, OfJsonLinesGivesTheBytesOfOneRun)
+{
+    std::string text;
+    for (int i = 0; i < 60000; ++i) {
+        text += i % 1000 == 17 ? "{\"x\":1,\n" : "{\"x\":1.5,\"sex\":\"m\"}\n\n";
+    }
+    const Arguments run{"score", model_,
+                        folder_.Write("cases.jsonl", "{\"x\":2,\"sex\":\"f\"}\n" + text),
+                        "--quiet"};
+    const auto into = [&](const std::string& name) {
+        return Arguments{"-o", Path(name), "--rejects", Path(name + ".rejects")};
+    };
+    ASSERT_EQ(RunVelscore(run + into("whole.csv")).exitCode, 0);
+    ASSERT_EQ(RunVelscore(run + into("out.csv") + Arguments{"--max-rejects", "41"}).exitCode, 3);
     ASSERT_EQ(RunVelscore(run + into("out.csv") + Arguments{"--resume"}).exitCode, 0);
     EXPECT_EQ(ReadFile(Path("out.csv")), ReadFile(Path("whole.csv")));
     EXPECT_EQ(ReadFile(Path("out.csv.rejects")), ReadFile(Path("whole.csv.rejects")));
