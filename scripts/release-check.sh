@@ -6,7 +6,7 @@
 #              kernels' exp against the C library's over 1,000,000,000 values, with both compilers
 #   threads    the tests that score one model in several threads, and those of whole runs, under
 #              ThreadSanitizer
-#   kills      200 runs ended at random moments, each gone on with to the bytes of one run
+#   kills      200 runs ended by signals, full disks and closed pipes, at random moments, and gone on with
 #   tidy       clang-tidy over every source
 #   root       README.md's commands, ./test among them, on the committed tree in a new Debian root that
 #              debootstrap makes (needs root)
@@ -52,7 +52,7 @@ stage_threads() {
 
 stage_kills() {
     scripts/ensure-packages.sh packages.txt tests/packages.txt &&
-        VELSCORE_TEST_KILLS=200 run_tests release system_tests 'Resume.AfterKills*'
+        VELSCORE_TEST_TRIALS=200 run_tests release system_tests 'Resume.After*:Resume.APipe*'
 }
 
 stage_tidy() { scripts/lint.sh --all; }

@@ -57,6 +57,13 @@ protected:
         for (const std::string& name : Leftovers()) fs::remove(Path(name));
     }
 
+    // How often something is tried at random; a release check asks for more.
+    static int Trials(int usual)
+    {
+        const char* wanted = std::getenv("VELSCORE_TEST_TRIALS");
+        return wanted == nullptr ? usual : std::atoi(wanted);
+    }
+
     ScratchFolder folder_;
     std::string model_;
 };
@@ -225,11 +232,59 @@ TEST_F(Resume, WithTheRowsNamedAllTheSameLeavesNoNote)
     EXPECT_TRUE(Leftovers().empty());
 }
 
+// The largest size of a file stands for a full disk: of output and rejects alike.
+TEST_F(Resume, AfterFullDisksGivesTheBytesOfOneRun)
+{
+    const int disks = Trials(8);
+    const Arguments run{"score",   model_,      Table("a.csv", 60000), Table("b.csv", 30000),
+                        "--quiet", "--rejects", Path("r.csv")};
+    ASSERT_EQ(RunVelscore(run + Arguments{"-o", Path("whole.csv")}).exitCode, 0);
+    const std::string whole = ReadFile(Path("whole.csv"));
+    const std::string rejects = ReadFile(Path("r.csv"));
+    std::mt19937 random(20261123);
+    for (int disk = 0; disk < disks; ++disk) {
+        fs::remove(Path("out.csv"));
+        RemoveLeftovers();
+        const Arguments limited{"/bin/sh", "-c", "ulimit -f \"$0\" && exec \"$@\"",
+                                std::to_string(1 + random() % (whole.size() / 1024)),
+                                VELSCORE_COMMAND};
+        const Finished full = RunProgram(limited + run + Arguments{"-o", Path("out.csv")});
+        if (full.exitCode == 0) continue;  // what a size counts depends on the shell
+        ASSERT_EQ(full.exitCode, 4) << full.err;
+        EXPECT_FALSE(fs::exists(Path("out.csv")));
+        for (const std::string& name : Leftovers()) {
+            if (!name.starts_with("out.csv.part")) continue;
+            const std::string part = ReadFile(Path(name));
+            ASSERT_TRUE(whole.starts_with(part));
+            ASSERT_TRUE(part.ends_with('\n'));
+        }
+        ASSERT_EQ(RunVelscore(run + Arguments{"-o", Path("out.csv"), "--resume"}).exitCode, 0);
+        ASSERT_EQ(ReadFile(Path("out.csv")), whole);
+        ASSERT_EQ(ReadFile(Path("r.csv")), rejects);
+    }
+}
+
+// Whoever reads a pipe and goes away has read what a whole run writes, as far as it came.
+TEST_F(Resume, APipeThatIsClosedHasTheBeginOfAWholeRun)
+{
+    const int pipes = Trials(8);
+    const Arguments run{"score", model_, Table("a.csv", 60000), "--rejects", Path("r.csv")};
+    ASSERT_EQ(RunVelscore(run + Arguments{"-o", Path("whole.csv")}).exitCode, 0);
+    const std::string whole = ReadFile(Path("whole.csv"));
+    std::mt19937 random(20261124);
+    for (int pipe = 0; pipe < pipes; ++pipe) {
+        RunningVelscore running(run + Arguments{"--threads", std::to_string(1 + random() % 4)});
+        const std::string begin = running.ReadOutput(random() % whole.size());
+        running.CloseOutput();
+        ASSERT_EQ(running.Finish().exitCode, 0);
+        ASSERT_TRUE(whole.starts_with(begin));
+    }
+}
+
 // At random moments, by signals that let it end and one that doesn't.
 TEST_F(Resume, AfterKillsGivesTheBytesOfOneRun)
 {
-    const char* wanted = std::getenv("VELSCORE_TEST_KILLS");
-    const int kills = wanted == nullptr ? 12 : std::atoi(wanted);
+    const int kills = Trials(12);
     const Arguments run{"score",   model_,      Table("a.csv", 400000), Table("b.csv", 200000),
                         "--quiet", "--rejects", Path("r.csv")};
     const auto begin = std::chrono::steady_clock::now();
