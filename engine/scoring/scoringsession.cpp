@@ -108,6 +108,7 @@ ScoringSession::ScoringSession(const LoadedModel& model, std::vector<std::string
             .rejects = options.rejects,
             .mostRejects = options.mostRejects,
             .stop = stop},
+      // What the table lacks is refused before what the output names.
       tasks_(),
       schema_((tasks_.emplace_back(plan_), model.Description()), options.results),
       shaper_(schema_, reader_.Header(), reader_.NameOf(0), options.output, model.Output()),
