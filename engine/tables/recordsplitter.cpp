@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstring>
 
+#include "engine/tables/plainnumber.h"
 #include "engine/tables/utf8.h"
 #include "host/messages/messages.h"
 
@@ -192,8 +193,7 @@ const char* RecordSplitter::TakeQuotedField(const char* begin, const char* end)
     }
     quoted_ = {text, static_cast<size_t>(place - text)};
     if (doubled) {
-        if (unquotedCount_ == unquoted_.size()) unquoted_.emplace_back();
-        std::string& written = unquoted_[unquotedCount_++];
+        std::string& written = NextUnquoted();
         written.clear();
         for (const char* c = text; c < place; ++c) {
             written += *c;
@@ -202,6 +202,13 @@ const char* RecordSplitter::TakeQuotedField(const char* begin, const char* end)
         quoted_ = written;
     }
     return std::min(place + 1, end);
+}
+
+// A string that has room for its number to be read, whatever it is set to.
+std::string& RecordSplitter::NextUnquoted()
+{
+    if (unquotedCount_ == unquoted_.size()) unquoted_.emplace_back().reserve(kPlainNumberRoom);
+    return unquoted_[unquotedCount_++];
 }
 
 // A record that isn't as the others: looked at with care. False where it is torn.
@@ -217,8 +224,7 @@ bool RecordSplitter::TakeOddRecord(const char* end)
     }
     std::string_view* field = fields_.data() + records_.size() * columns_;
     for (const std::string& text : FieldsOf(record, delimiter_)) {
-        if (unquotedCount_ == unquoted_.size()) unquoted_.emplace_back();
-        std::string& kept = unquoted_[unquotedCount_++];
+        std::string& kept = NextUnquoted();
         kept = text;
         *field++ = kept;
     }

@@ -55,6 +55,7 @@ public:
 private:
     void SplitSound(size_t most, const char* end);
     const char* TakeQuotedField(const char* begin, const char* end);
+    std::string& NextUnquoted();
     bool TakeOddRecord(const char* end);
     bool IsSuspect(const char* end) const;
     const char* RecordEnd(const char* begin, const char* end) const;
