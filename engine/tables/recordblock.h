@@ -14,7 +14,7 @@ namespace MCVelscore_850 {
 
 /// The bytes behind a block's text that may be read: whoever scans it, or reads the number of its
 /// last field, which may be empty, looks at them.
-inline constexpr size_t kRoomBehindText = std::max(kScanWidth, kPlainNumberRoom);
+inline constexpr size_t kRoomBehindText = std::max(kWideScan, kPlainNumberRoom);
 
 /// Some records of a table, one after the other as they stand in it: cut off by a RecordReader, to
 /// be split by a RecordSplitter, on another thread if need be.

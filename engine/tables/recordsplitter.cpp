@@ -114,13 +114,23 @@ void RecordSplitter::SplitSound(size_t most, const char* const end)
         std::string_view* last = field + columns_ - 1;
         const char* begin = place_;
         const char* chunk = begin;
-        uint32_t found = marks_.At(chunk);
+        uint64_t found = marks_.AtWide(chunk);
+        // Marks before that place are passed.
+        const auto goTo = [&](const char* next) {
+            const auto passed = static_cast<size_t>(next - chunk);
+            if (passed < kWideScan) {
+                found &= ~uint64_t{0} << passed;
+            } else {
+                chunk = next;
+                found = marks_.AtWide(chunk);
+            }
+        };
         bool odd = false;
         for (;;) {
             const char* mark = end;
-            while (found == 0 && chunk + kScanWidth < end) {
-                chunk += kScanWidth;
-                found = marks_.At(chunk);
+            while (found == 0 && chunk + kWideScan < end) {
+                chunk += kWideScan;
+                found = marks_.AtWide(chunk);
             }
             if (found != 0) mark = std::min(end, chunk + std::countr_zero(found));
             found &= found - 1;
@@ -135,8 +145,7 @@ void RecordSplitter::SplitSound(size_t most, const char* const end)
             }
             if (mark < end && *mark == '"') {
                 const char* const close = TakeQuotedField(mark, end);
-                chunk = close;
-                found = marks_.At(chunk);
+                goTo(close);
                 found &= found - 1;  // the end of the field is dealt with here
                 if (close < end && *close == delimiter_) {
                     if (field == last) {
@@ -165,10 +174,7 @@ void RecordSplitter::SplitSound(size_t most, const char* const end)
             if (next >= end || field == lastOfTable) return;
             begin = next;
             last = field + columns_ - 1;
-            if (next != mark + 1) {
-                chunk = next;
-                found = marks_.At(chunk);
-            }
+            if (next != mark + 1) goTo(next);
         }
         if (odd && !TakeOddRecord(end)) return;
     }
