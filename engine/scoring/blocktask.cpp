@@ -17,16 +17,16 @@ constexpr size_t kMostFields = size_t{1} << 16;  // split at once, of wide table
 
 BlockTask::BlockTask(const BlockPlan& plan)
     : plan_(plan),
+      columns_(plan.reader.Header().size()),
       scorer_(plan.model, plan.reader.Header(), plan.reader.NameOf(0), plan.table),
       evaluator_(plan.model.Output() == nullptr || plan.table.curves
                      ? nullptr
                      : std::make_unique<OutputEvaluator>(*plan.model.Output(), plan.model.Model(),
                                                          plan.model.Description())),
-      splitter_(plan.reader.Header().size(), plan.delimiter),
-      textRows_(plan.reader.Header().size(), true),
+      splitter_(columns_, plan.delimiter),
+      textRows_(columns_, true),
       results_(scorer_.Schema()),
-      mostRows_(
-          std::clamp(kMostFields / plan.reader.Header().size(), size_t{1}, TableScorer::kRows)),
+      mostRows_(std::clamp(kMostFields / columns_, size_t{1}, TableScorer::kRows)),
       rows_(plan.form),
       compressor_(plan.compression)
 {}
@@ -75,8 +75,7 @@ void BlockTask::SplitAndScore()
         if (torn == nullptr) return;
         // Half a row at the end tells that the table isn't whole: nobody can say what is lacking.
         if (!plan_.rejects || torn->fault.code == kTableCut) {
-            throw FailureOf(torn->fault, std::string(TableName()), torn->raw.number,
-                            plan_.reader.Header().size());
+            throw FailureOf(torn->fault, std::string(TableName()), torn->raw.number, columns_);
         }
         Reject(*torn);
         splitter_.PassTorn();
@@ -115,13 +114,8 @@ void BlockTask::ScoreRows(std::span<const std::string_view> fields)
     }
 }
 
-// Before the row is written: it may be the one reject too many.
-void BlockTask::EndRow(size_t row, const CaseStatus& status)
+void BlockTask::EndUnscored(size_t row, const CaseStatus& status)
 {
-    if (status.IsOK()) {
-        ++report_.scored;
-        return;
-    }
     const RawRow raw = splitter_.Raw(row);
     if (plan_.rejects) {
         CountReject(raw);
@@ -136,7 +130,7 @@ void BlockTask::EndRow(size_t row, const CaseStatus& status)
 void BlockTask::Reject(const TornRow& torn)
 {
     CountReject(torn.raw);
-    RejectTable::WriteTorn(rejects_, TableName(), torn, plan_.reader.Header().size());
+    RejectTable::WriteTorn(rejects_, TableName(), torn, columns_);
     report_.Note(kCaseNotReadable, {}, {records_.table, torn.raw.number});
     if (plan_.table.curves) {
         CurveShaper::WriteNoCurve(rows_, records_.rowsBefore + torn.raw.number);
@@ -153,12 +147,6 @@ void BlockTask::CountReject(const RawRow& row)
                        std::to_string(row.number)});
     }
     ++rejectCount_;
-}
-
-InputRow BlockTask::Input(size_t row) const
-{
-    const size_t columns = plan_.reader.Header().size();
-    return {fields_.subspan(row * columns, columns), TableName()};
 }
 
 }  // namespace MCVelscore_850

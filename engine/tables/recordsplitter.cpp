@@ -240,11 +240,11 @@ bool RecordSplitter::TakeOddRecord(const char* end)
     return true;
 }
 
-// True where the record up to `end` may hold what no field may.
-bool RecordSplitter::IsSuspect(const char* end) const
+// Of those that are looked for in the block at hand.
+bool RecordSplitter::HasForbiddenBytes(const char* end) const
 {
     const std::string_view record(place_, static_cast<size_t>(end - place_));
-    return record.size() > kMaxField || (hasNul_ && record.find('\0') != std::string_view::npos) ||
+    return (hasNul_ && record.find('\0') != std::string_view::npos) ||
            (checksEncoding_ && !IsUtf8(record));
 }
 

@@ -23,9 +23,8 @@ RowText::RowText(const RowForm& form)
         special_[static_cast<unsigned char>(c)] = true;
 }
 
-void RowText::AddNumber(double number)
+void RowText::AddRounded(double number)
 {
-    if (form_.digits == 0) return AddLabel(number);
     Separate();
     const size_t begin = text_.size();
     char text[64];
@@ -44,16 +43,12 @@ void RowText::AddLabel(double number)
     if (!plainNumbers_) MendNumber(begin);
 }
 
-void RowText::AddWhole(int64_t number)
+void RowText::AddAnyWhole(int64_t number)
 {
     Separate();
     const size_t begin = text_.size();
-    if (number >= 0 && number <= 9) {  // a status, mostly
-        text_.push_back(static_cast<char>('0' + number));
-    } else {
-        const fmt::format_int text(number);
-        text_.append(text.data(), text.data() + text.size());
-    }
+    const fmt::format_int text(number);
+    text_.append(text.data(), text.data() + text.size());
     if (!plainNumbers_) MendNumber(begin);
 }
 
