@@ -22,15 +22,15 @@ const std::vector<std::string>& BlockPlan::OutputColumns() const
 
 BlockTask::BlockTask(const BlockPlan& plan)
     : plan_(plan),
+      columns_(plan.reader.Header().size()),
       scorer_(plan.model, plan.reader.Header(), plan.reader.NameOf(0), plan.table),
       evaluator_(plan.model.Output() == nullptr || plan.table.curves
                      ? nullptr
                      : std::make_unique<OutputEvaluator>(*plan.model.Output(), plan.model.Model(),
                                                          plan.model.Description())),
-      textRows_(plan.reader.Header().size(), true),
+      textRows_(columns_, true),
       results_(scorer_.Schema()),
-      mostRows_(
-          std::clamp(kMostFields / plan.reader.Header().size(), size_t{1}, TableScorer::kRows)),
+      mostRows_(std::clamp(kMostFields / columns_, size_t{1}, TableScorer::kRows)),
       rows_(plan.form),
       compressor_(plan.compression)
 {}
@@ -99,8 +99,7 @@ void BlockTask::SplitAndScore()
         if (torn == nullptr) return;
         // Half a row at the end tells that the table isn't whole: nobody can say what is lacking.
         if (!plan_.rejects || torn->fault.code == kTableCut) {
-            throw FailureOf(torn->fault, std::string(TableName()), torn->raw.number,
-                            plan_.reader.Header().size());
+            throw FailureOf(torn->fault, std::string(TableName()), torn->raw.number, columns_);
         }
         Reject(*torn);
         splitter_->PassTorn();
@@ -110,6 +109,7 @@ void BlockTask::SplitAndScore()
 void BlockTask::ScoreRows(std::span<const std::string_view> fields)
 {
     const ColumnBlock block = textRows_.Block(fields);
+    jsonValues_ = splitter_->JsonValues();
     if (plan_.table.curves) {
         const int64_t firstRow = records_.rowsBefore + splitter_->Raw(0).number;
         scorer_.VisitCurves(block, [&](size_t row, const CaseStatus& status, const auto& curve) {
@@ -139,13 +139,8 @@ void BlockTask::ScoreRows(std::span<const std::string_view> fields)
     }
 }
 
-// Before the row is written: it may be the one reject too many.
-void BlockTask::EndRow(size_t row, const CaseStatus& status)
+void BlockTask::EndUnscored(size_t row, const CaseStatus& status)
 {
-    if (status.IsOK()) {
-        ++report_.scored;
-        return;
-    }
     const RawRow raw = splitter_->Raw(row);
     if (plan_.rejects) {
         CountReject(raw);
@@ -160,7 +155,7 @@ void BlockTask::EndRow(size_t row, const CaseStatus& status)
 void BlockTask::Reject(const TornRow& torn)
 {
     CountReject(torn.raw);
-    RejectTable::WriteTorn(rejects_, TableName(), torn, plan_.reader.Header().size());
+    RejectTable::WriteTorn(rejects_, TableName(), torn, columns_);
     report_.Note(kCaseNotReadable, {}, {records_.table, torn.raw.number});
     if (plan_.table.curves) {
         CurveShaper::WriteNoCurve(rows_, records_.rowsBefore + torn.raw.number);
@@ -177,14 +172,6 @@ void BlockTask::CountReject(const RawRow& row)
                        std::to_string(row.number)});
     }
     ++rejectCount_;
-}
-
-InputRow BlockTask::Input(size_t row) const
-{
-    const size_t columns = plan_.reader.Header().size();
-    const std::span<const std::string_view> values = splitter_->JsonValues();
-    return {fields_.subspan(row * columns, columns), TableName(),
-            values.empty() ? values : values.subspan(row * columns, columns)};
 }
 
 }  // namespace MCVelscore_850

@@ -91,13 +91,30 @@ private:
     void MakeSplitter();
     void SplitAndScore();
     void ScoreRows(std::span<const std::string_view> fields);
-    void EndRow(size_t row, const CaseStatus& status);
+    /// Before the row is written: it may be the one reject too many.
+    void EndRow(size_t row, const CaseStatus& status)
+    {
+        if (status.IsOK()) {
+            ++report_.scored;
+        } else {
+            EndUnscored(row, status);
+        }
+    }
+    void EndUnscored(size_t row, const CaseStatus& status);
     void Reject(const TornRow& torn);
     void CountReject(const RawRow& row);
-    InputRow Input(size_t row) const;
+    InputRow Input(size_t row) const
+    {
+        InputRow input{fields_.subspan(row * columns_, columns_), TableName()};
+        if (!jsonValues_.empty()) {
+            input.jsonValues = jsonValues_.subspan(row * columns_, columns_);
+        }
+        return input;
+    }
     std::string_view TableName() const { return plan_.reader.NameOf(records_.table); }
 
     const BlockPlan& plan_;
+    const size_t columns_;  ///< of the table
     Turn turn_;
     TableScorer scorer_;
     std::unique_ptr<OutputEvaluator> evaluator_;  ///< of the document's Output section, if wanted
@@ -107,7 +124,8 @@ private:
     size_t mostRows_;
 
     RecordBlock records_;
-    std::span<const std::string_view> fields_;  ///< of the rows at hand
+    std::span<const std::string_view> fields_;      ///< of the rows at hand
+    std::span<const std::string_view> jsonValues_;  ///< of the same
     RowText rows_;
     Compressor compressor_;
     std::string packedRows_;

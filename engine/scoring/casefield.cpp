@@ -213,6 +213,8 @@ void CaseField::ReadSurely(const TableColumn& column, size_t rows, double* numbe
     }
     ReadPlainNumbersInRoom(column.texts, column.stride, rows, options_->decimal, numbers,
                            unsure.data());
+    // Without limits whatever is read so is sure: it is finite.
+    if (TakesNumbersAsTheyAre()) return;
     const double low = low_;
     const double high = high_;
     const bool needsMore = treated_ || countsUnlisted_;

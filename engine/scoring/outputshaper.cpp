@@ -165,7 +165,7 @@ void OutputShaper::WriteRow(RowText& rows, const InputRow& input, const ResultBl
     WriteKept(rows, input);
     for (size_t i = 0; i < results_.size(); ++i) {
         switch (kinds_[i]) {
-            case ResultKind::Status: WriteStatus(rows, results.StatusOf(row)); break;
+            case ResultKind::Status: rows.AddWhole(results.status[row]); break;
             case ResultKind::FieldName: WriteStatusField(rows, results.StatusOf(row)); break;
             case ResultKind::Number:
             case ResultKind::Category:

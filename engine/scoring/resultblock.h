@@ -78,7 +78,7 @@ struct ResultBlock {
     /// What is to tell of a row.
     const CaseStatus& StatusOf(size_t row) const
     {
-        static const CaseStatus kOK;
+        static constexpr CaseStatus kOK;
         return status[row] == 0 ? kOK : faults[row];
     }
 

@@ -16,6 +16,9 @@ namespace MCVelscore_850 {
 /// Bytes that are looked at together. Whoever scans a text keeps so many readable bytes behind it.
 inline constexpr size_t kScanWidth = 16;
 
+/// The same of a scan that looks at more of them: a bit a byte fills a word.
+inline constexpr size_t kWideScan = 4 * kScanWidth;
+
 /// Finds some bytes among the next kScanWidth ones.
 template <size_t N>
 class ByteScan {
@@ -41,6 +44,14 @@ public:
         }
         return found;
 #endif
+    }
+
+    /// The same of the next kWideScan ones.
+    uint64_t AtWide(const char* place) const
+    {
+        uint64_t found = 0;
+        for (size_t i = 0; i < kWideScan; i += kScanWidth) found |= uint64_t{At(place + i)} << i;
+        return found;
     }
 
     /// The first place in [begin, end) that is searched, `end` where none is.

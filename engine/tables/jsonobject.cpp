@@ -6,6 +6,7 @@
 
 #include <simdjson.h>
 
+#include "engine/tables/plainnumber.h"
 #include "host/messages/messages.h"
 
 namespace MCVelscore_850 {
@@ -260,7 +261,7 @@ RecordFault JsonObjectReader::Read(std::string_view line, JsonMemberTaker& taker
 
 std::string& JsonObjectReader::MakeText()
 {
-    if (unescapedCount_ == unescaped_.size()) unescaped_.emplace_back();
+    if (unescapedCount_ == unescaped_.size()) unescaped_.emplace_back().reserve(kPlainNumberRoom);
     std::string& text = unescaped_[unescapedCount_++];
     text.clear();
     return text;

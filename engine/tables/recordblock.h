@@ -1,12 +1,20 @@
 #ifndef VELSCORE_ENGINE_TABLES_RECORDBLOCK_H
 #define VELSCORE_ENGINE_TABLES_RECORDBLOCK_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <vector>
 
+#include "engine/tables/bytescan.h"
+#include "engine/tables/plainnumber.h"
+
 namespace MCVelscore_850 {
+
+/// The bytes behind a block's text that may be read: whoever scans it, or reads the number of its
+/// last field, which may be empty, looks at them.
+inline constexpr size_t kRoomBehindText = std::max(kWideScan, kPlainNumberRoom);
 
 /// Some records of a table, one after the other as they stand in it: cut off by a BlockReader, to
 /// be split by a BlockSplitter, on another thread if need be.
@@ -20,7 +28,7 @@ struct RecordBlock {
 
     std::string_view Text() const { return {bytes.data(), size}; }
 
-    std::vector<char> bytes;  ///< the text, then kScanWidth bytes or more that mean nothing
+    std::vector<char> bytes;  ///< the text, then kRoomBehindText bytes or more that mean nothing
     size_t size = 0;
     /// Blank lines before the first record. Each counts as a row, and is one too short.
     int64_t blankLines = 0;

@@ -123,7 +123,7 @@ void RecordReader::GoTo(uint64_t offset, int64_t row)
 
 void RecordReader::MakeRoom(size_t size)
 {
-    if (buffer_.size() < size + kScanWidth) buffer_.resize(size + kScanWidth);
+    if (buffer_.size() < size + kRoomBehindText) buffer_.resize(size + kRoomBehindText);
 }
 
 // Lets the buffer's first bytes go, and all that is known of the others.

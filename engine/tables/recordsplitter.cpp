@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstring>
 
+#include "engine/tables/plainnumber.h"
 #include "engine/tables/utf8.h"
 #include "host/messages/messages.h"
 
@@ -113,13 +114,23 @@ void RecordSplitter::SplitSound(size_t most, const char* const end)
         std::string_view* last = field + columns_ - 1;
         const char* begin = place_;
         const char* chunk = begin;
-        uint32_t found = marks_.At(chunk);
+        uint64_t found = marks_.AtWide(chunk);
+        // Marks before that place are passed.
+        const auto goTo = [&](const char* next) {
+            const auto passed = static_cast<size_t>(next - chunk);
+            if (passed < kWideScan) {
+                found &= ~uint64_t{0} << passed;
+            } else {
+                chunk = next;
+                found = marks_.AtWide(chunk);
+            }
+        };
         bool odd = false;
         for (;;) {
             const char* mark = end;
-            while (found == 0 && chunk + kScanWidth < end) {
-                chunk += kScanWidth;
-                found = marks_.At(chunk);
+            while (found == 0 && chunk + kWideScan < end) {
+                chunk += kWideScan;
+                found = marks_.AtWide(chunk);
             }
             if (found != 0) mark = std::min(end, chunk + std::countr_zero(found));
             found &= found - 1;
@@ -134,8 +145,7 @@ void RecordSplitter::SplitSound(size_t most, const char* const end)
             }
             if (mark < end && *mark == '"') {
                 const char* const close = TakeQuotedField(mark, end);
-                chunk = close;
-                found = marks_.At(chunk);
+                goTo(close);
                 found &= found - 1;  // the end of the field is dealt with here
                 if (close < end && *close == delimiter_) {
                     if (field == last) {
@@ -164,10 +174,7 @@ void RecordSplitter::SplitSound(size_t most, const char* const end)
             if (next >= end || field == lastOfTable) return;
             begin = next;
             last = field + columns_ - 1;
-            if (next != mark + 1) {
-                chunk = next;
-                found = marks_.At(chunk);
-            }
+            if (next != mark + 1) goTo(next);
         }
         if (odd && !TakeOddRecord(end)) return;
     }
@@ -192,8 +199,7 @@ const char* RecordSplitter::TakeQuotedField(const char* begin, const char* end)
     }
     quoted_ = {text, static_cast<size_t>(place - text)};
     if (doubled) {
-        if (unquotedCount_ == unquoted_.size()) unquoted_.emplace_back();
-        std::string& written = unquoted_[unquotedCount_++];
+        std::string& written = NextUnquoted();
         written.clear();
         for (const char* c = text; c < place; ++c) {
             written += *c;
@@ -202,6 +208,13 @@ const char* RecordSplitter::TakeQuotedField(const char* begin, const char* end)
         quoted_ = written;
     }
     return std::min(place + 1, end);
+}
+
+// A string that has room for its number to be read, whatever it is set to.
+std::string& RecordSplitter::NextUnquoted()
+{
+    if (unquotedCount_ == unquoted_.size()) unquoted_.emplace_back().reserve(kPlainNumberRoom);
+    return unquoted_[unquotedCount_++];
 }
 
 // A record that isn't as the others: looked at with care. False where it is torn.
@@ -217,8 +230,7 @@ bool RecordSplitter::TakeOddRecord(const char* end)
     }
     std::string_view* field = fields_.data() + records_.size() * columns_;
     for (const std::string& text : FieldsOf(record, delimiter_)) {
-        if (unquotedCount_ == unquoted_.size()) unquoted_.emplace_back();
-        std::string& kept = unquoted_[unquotedCount_++];
+        std::string& kept = NextUnquoted();
         kept = text;
         *field++ = kept;
     }
@@ -228,11 +240,11 @@ bool RecordSplitter::TakeOddRecord(const char* end)
     return true;
 }
 
-// True where the record up to `end` may hold what no field may.
-bool RecordSplitter::IsSuspect(const char* end) const
+// Of those that are looked for in the block at hand.
+bool RecordSplitter::HasForbiddenBytes(const char* end) const
 {
     const std::string_view record(place_, static_cast<size_t>(end - place_));
-    return record.size() > kMaxField || (hasNul_ && record.find('\0') != std::string_view::npos) ||
+    return (hasNul_ && record.find('\0') != std::string_view::npos) ||
            (checksEncoding_ && !IsUtf8(record));
 }
 

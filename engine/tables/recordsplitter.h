@@ -33,8 +33,15 @@ public:
 private:
     void SplitSound(size_t most, const char* end);
     const char* TakeQuotedField(const char* begin, const char* end);
+    std::string& NextUnquoted();
     bool TakeOddRecord(const char* end);
-    bool IsSuspect(const char* end) const;
+    /// True where the record up to `end` may hold what no field may.
+    bool IsSuspect(const char* end) const
+    {
+        const bool isLong = static_cast<size_t>(end - place_) > kMaxField;
+        return isLong || ((hasNul_ || checksEncoding_) && HasForbiddenBytes(end));
+    }
+    bool HasForbiddenBytes(const char* end) const;
     const char* RecordEnd(const char* begin, const char* end) const;
     void Tear(const char* end, const RecordFault& fault);
     RawRow RawOf(const char* begin, const char* end, int64_t number) const;

@@ -52,9 +52,8 @@ void RowText::AddHeader(std::span<const std::string> names)
     EndRow();
 }
 
-void RowText::AddNumber(double number)
+void RowText::AddRounded(double number)
 {
-    if (form_.digits == 0) return AddLabel(number);
     if (isJson_ && !std::isfinite(number)) return AddEmpty();
     Separate();
     const size_t begin = text_.size();
@@ -75,16 +74,12 @@ void RowText::AddLabel(double number)
     if (!plainNumbers_) MendNumber(begin);
 }
 
-void RowText::AddWhole(int64_t number)
+void RowText::AddAnyWhole(int64_t number)
 {
     Separate();
     const size_t begin = text_.size();
-    if (number >= 0 && number <= 9) {  // a status, mostly
-        text_.push_back(static_cast<char>('0' + number));
-    } else {
-        const fmt::format_int text(number);
-        text_.append(text.data(), text.data() + text.size());
-    }
+    const fmt::format_int text(number);
+    text_.append(text.data(), text.data() + text.size());
     if (!plainNumbers_) MendNumber(begin);
 }
 

@@ -50,10 +50,23 @@ public:
         }
         text_.append(text);
     }
-    void AddNumber(double number);
+    void AddNumber(double number)
+    {
+        if (form_.digits == 0) {
+            AddLabel(number);
+        } else {
+            AddRounded(number);
+        }
+    }
     /// A number that names something, with all its digits.
     void AddLabel(double number);
-    void AddWhole(int64_t number);
+    void AddWhole(int64_t number)
+    {
+        // A status, mostly.
+        if (!plainNumbers_ || number < 0 || number > 9) return AddAnyWhole(number);
+        Separate();
+        text_.push_back(static_cast<char>('0' + number));
+    }
     void AddEmpty()
     {
         Separate();
@@ -98,6 +111,8 @@ private:
         }
         ++rowFields_;
     }
+    void AddRounded(double number);
+    void AddAnyWhole(int64_t number);
     void AddQuoted(std::string_view text);
     void AddString(std::string_view text);
     void MendNumber(size_t begin);

@@ -4,12 +4,16 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <bit>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -234,6 +238,148 @@ TEST(PlainNumberInRoom, ReadsTheSameWhateverFollowsWithinItsRoom)
             isNumber)
             << room;
         ASSERT_EQ(numberInRoom, number) << room;
+    }
+}
+
+// The ways in which a column is read.
+struct Way {
+    const char* name;
+    void (*read)(const std::string_view*, size_t, size_t, char, double*, uint64_t*);
+    bool isThere;
+};
+
+const Way kWays[] = {
+    {"portably", plainnumber::ReadTextsPortably, true},
+#if defined(__x86_64__)
+    {"by SSE4.1", plainnumber::ReadTextsBySse41, plainnumber::HasSse41()},
+#endif
+};
+
+// What ReadPlainNumber() takes is the judge of which, the C++ library's reading of what.
+void ExpectColumnRead(const Way& way, const std::vector<std::string_view>& texts, char decimal)
+{
+    std::vector<double> numbers(texts.size());
+    std::vector<uint64_t> unread((texts.size() + 63) / 64);
+    way.read(texts.data(), 1, texts.size(), decimal, numbers.data(), unread.data());
+    for (size_t i = 0; i < texts.size(); ++i) {
+        std::string text(texts[i]);
+        double number = 0.0;
+        const bool isRead = ((unread[i / 64] >> (i % 64)) & 1U) == 0;
+        ASSERT_EQ(isRead, ReadPlainNumber(text, decimal, number)) << way.name << ": " << text;
+        if (!isRead) continue;
+        std::replace(text.begin(), text.end(), decimal, '.');
+        double expected = 0.0;
+        std::from_chars(text.data(), text.data() + text.size(), expected);
+        ASSERT_EQ(std::bit_cast<uint64_t>(numbers[i]), std::bit_cast<uint64_t>(expected))
+            << way.name << ": " << text;
+    }
+}
+
+// One text after the other of a column, each followed by what its room may hold.
+class ColumnText {
+public:
+    // `behind` is repeated as far as the room goes.
+    void Add(std::string_view text, std::string_view behind)
+    {
+        places_.push_back({bytes_.size(), text.size()});
+        bytes_ += text;
+        for (size_t i = 0; i < kPlainNumberRoom; ++i) bytes_ += behind[i % behind.size()];
+    }
+    std::vector<std::string_view> Texts() const
+    {
+        std::vector<std::string_view> texts;
+        for (const auto& [begin, size] : places_) texts.emplace_back(bytes_.data() + begin, size);
+        return texts;
+    }
+
+private:
+    std::string bytes_;
+    std::vector<std::pair<size_t, size_t>> places_;
+};
+
+TEST(PlainNumbersInRoom, EveryWayReadsRandomTextsAsTheLibraryDoes)
+{
+    std::mt19937_64 random(20261127);
+    const std::string characters = "0123456789.-,e\n/:";
+    for (const char decimal : {'.', ','}) {
+        ColumnText column;
+        for (int round = 0; round < 200000; ++round) {
+            std::string text = RandomDigits(random, random() % 21);
+            if (random() % 4 != 0) text.insert(random() % (text.size() + 1), 1, decimal);
+            if (random() % 2 == 0) text.insert(0, 1, '-');
+            if (random() % 8 == 0 && !text.empty()) {
+                text[random() % text.size()] = characters[random() % characters.size()];
+            }
+            std::string behind;
+            for (size_t i = 0; i < kPlainNumberRoom; ++i) {
+                behind += characters[random() % characters.size()];
+            }
+            column.Add(text, behind);
+        }
+        for (const Way& way : kWays) {
+            if (!way.isThere) continue;
+            std::vector<std::string_view> texts = column.Texts();
+            ExpectColumnRead(way, texts, decimal);
+            texts.pop_back();  // an odd number of them
+            ExpectColumnRead(way, texts, decimal);
+        }
+    }
+}
+
+TEST(PlainNumbersInRoom, EveryWayFindsWhatIsNoDigitAtEveryPlace)
+{
+    ColumnText column;
+    for (const std::string sign : {"", "-"}) {
+        for (size_t size = 0; size <= 40; ++size) {
+            for (const std::string_view behind : {"0", ".", "-", ",", "\n"}) {
+                column.Add(sign + std::string(size, '7'), behind);
+            }
+            for (size_t place = 0; place < size; ++place) {
+                for (int byte = 0; byte < 256; ++byte) {
+                    std::string text(size, '7');
+                    text[place] = static_cast<char>(byte);
+                    column.Add(sign + text, ".");
+                }
+                for (size_t other = 0; other < place; ++other) {
+                    std::string text(size, '7');
+                    text[place] = text[other] = '.';
+                    column.Add(sign + text, "7");
+                }
+            }
+        }
+    }
+    for (const Way& way : kWays) {
+        if (way.isThere) ExpectColumnRead(way, column.Texts(), '.');
+    }
+}
+
+TEST(PlainNumbersInRoom, EveryWayReadsNoByteBehindTheRoom)
+{
+    LonelyText lonely;
+    for (const std::string text : {"", "1", "-1", "-", "-12345678.12345", "123456789012345"}) {
+        const std::string room = text + std::string(kPlainNumberRoom - text.size(), '-');
+        for (const Way& way : kWays) {
+            if (!way.isThere) continue;
+            const std::string_view atEnd = lonely.AtEnd(room).substr(0, text.size());
+            ExpectColumnRead(way, {atEnd, atEnd}, '.');
+        }
+    }
+}
+
+TEST(PlainNumbersInRoom, EveryWayTakesTextsThatLieApart)
+{
+    const std::string bytes = "1.5,x,-2,y," + std::string(kPlainNumberRoom, ',');
+    const std::string_view all = bytes;
+    const std::string_view texts[] = {all.substr(0, 3), all.substr(4, 1), all.substr(6, 2),
+                                      all.substr(9, 1)};
+    for (const Way& way : kWays) {
+        if (!way.isThere) continue;
+        double numbers[2] = {};
+        uint64_t unread = 0;
+        way.read(texts, 2, 2, '.', numbers, &unread);
+        EXPECT_EQ(unread, 0U) << way.name;
+        EXPECT_EQ(numbers[0], 1.5) << way.name;
+        EXPECT_EQ(numbers[1], -2.0) << way.name;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "engine/scoring/tablescorer.h"
 
+#include <algorithm>
 #include <limits>
 #include <map>
 #include <optional>
@@ -7,6 +8,7 @@
 #include <set>
 #include <stdexcept>
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include "host/expressions/expression.h"
@@ -440,6 +442,34 @@ TEST_F(TableScorerTest, MissingValuesAreReplacedAndOutliersSetToTheirLimitsInBlo
         EXPECT_TRUE(scored[row].IsTogether()) << row;
     }
     EXPECT_EQ(model_.alone, 0);
+}
+
+TEST_F(TableScorerTest, ColumnsOfTextsWithRoomAreReadAndTreatedTheSame)
+{
+    SetLimits(model_.AddNumber("x"), 0.0, 10.0);
+    model_.AddNumber("y");
+    DictVar& z = model_.Add(TypeOf("z", ScoreDictVar::CATEGORICAL, ScoreDictVar::NUMERIC));
+    z.DeclareValue(std::make_unique<NumericValue>(99.0), "99", DictVar::Property::Missing);
+    treatments_ = {{.name = "z", .missingValueReplacement = "4"}};
+    Bind({"x", "y", "z"});
+    rows_ = std::make_unique<TextRows>(3, true);
+    constexpr int kRows = 150;
+    Names texts;
+    for (int i = 0; i < kRows; ++i) {
+        texts.push_back(std::to_string(i - 70));
+        texts.push_back(fmt::format("-{}.5", i));
+        texts.push_back(i % 3 == 0 ? "99" : "10");
+    }
+    for (std::string& text : texts) text.reserve(kPlainNumberRoom);
+    const Texts views(texts.begin(), texts.end());
+    Settle(views);
+    const std::vector<Scored> scored = Score(views);
+    for (int i = 0; i < kRows; ++i) {
+        const Scored& row = scored[static_cast<size_t>(i)];
+        const double sum = std::clamp(i - 70, 0, 10) - (i + 0.5) + (i % 3 == 0 ? 4 : 10);
+        EXPECT_EQ(row.prediction, 2.0 * sum) << i;
+        EXPECT_TRUE(row.IsTogether()) << i;
+    }
 }
 
 TEST_F(TableScorerTest, UnlistedValuesAreCountedAndTheLikelyReferenceIsNone)
