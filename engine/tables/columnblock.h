@@ -15,7 +15,7 @@ struct TableColumn {
     /// A text a row, as a field of a file has it; those of two rows lie `stride` apart.
     const std::string_view* texts = nullptr;
     size_t stride = 1;
-    /// From the begin of each text on kPlainNumberRoom bytes can be read.
+    /// From the begin of each text on, an empty one too, kPlainNumberRoom bytes can be read.
     bool textsHaveRoom = false;
     /// A number a row; dates and times count from their variable's own origin.
     const double* numbers = nullptr;

@@ -3,9 +3,18 @@
 #include <algorithm>
 #include <cstring>
 
+#include "engine/tables/plainnumber.h"
 #include "host/messages/messages.h"
 
 namespace MCVelscore_850 {
+
+namespace {
+
+// An empty field, with the room behind it that each has.
+constexpr char kRoom[kPlainNumberRoom]{};
+constexpr std::string_view kNothing(kRoom, 0);
+
+}  // namespace
 
 JsonLinesSplitter::JsonLinesSplitter(const SplitterPlan& plan)
     : header_(plan.header), uses_(plan.uses), decimal_(plan.decimal), givenIn_(plan.header.size())
@@ -100,7 +109,9 @@ RecordFault JsonLinesSplitter::TakeRow(std::string_view line)
     const size_t columns = header_.size();
     const size_t first = lines_.size() * columns;
     for (size_t i = 0; i < columns && given_ < columns; ++i) {
-        if (givenIn_[i] != row_) fields_[first + i] = values_[first + i] = {};
+        if (givenIn_[i] == row_) continue;
+        fields_[first + i] = kNothing;
+        values_[first + i] = {};
     }
     return fault;
 }
@@ -138,6 +149,7 @@ size_t JsonLinesSplitter::ColumnOf(std::string_view key) const
 
 std::string_view JsonLinesSplitter::FieldOf(const JsonMember& member, const ColumnUse& use)
 {
+    if (member.text.empty()) return kNothing;
     if (member.kind != JsonMember::Number || !use.isNumber || decimal_ == '.') return member.text;
     std::string& text = reader_.MakeText().assign(member.text);
     std::replace(text.begin(), text.end(), '.', decimal_);
