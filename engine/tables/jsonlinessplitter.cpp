@@ -12,7 +12,7 @@ namespace {
 
 // An empty field, with the room behind it that each has.
 constexpr char kRoom[kPlainNumberRoom]{};
-constexpr std::string_view kNothing(kRoom, 0);
+constexpr std::string_view kNothing(kRoom);
 
 }  // namespace
 

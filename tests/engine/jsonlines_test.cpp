@@ -234,7 +234,7 @@ TEST(JsonLines, RowsDontDependOnTheSizeOfBlocks)
     EXPECT_EQ(expected[2], "3@21 {\"a\":2} 2 2");
     EXPECT_EQ(expected[4], "5@39 " + std::string(40, 'x') + " 269314 16777217");
     EXPECT_EQ(expected[6], "7@20000049 {\"a\":6} 6 6");
-    for (const size_t bytes : {100, 4096, 1 << 22}) {
+    for (const size_t bytes : {100u, 4096u, 1u << 22}) {
         for (const int64_t rows : {1, 2, 1000}) EXPECT_EQ(Blocks(text, bytes, rows), expected);
     }
 }
@@ -311,8 +311,8 @@ TEST(JsonLines, ThreadsAndBlocksDontChangeAByte)
     const auto expected = Scored(model, table, 1, 1 << 18);
     EXPECT_EQ(std::count(expected[0].begin(), expected[0].end(), '\n'), 3000);
     EXPECT_EQ(std::count(expected[1].begin(), expected[1].end(), '\n'), 901);
-    for (const size_t threads : {1, 3}) {
-        for (const size_t bytes : {1, 500, 1 << 14}) {
+    for (const size_t threads : {1u, 3u}) {
+        for (const size_t bytes : {1u, 500u, 1u << 14}) {
             EXPECT_TRUE(Scored(model, table, threads, bytes) == expected)
                 << threads << " " << bytes;
         }
