@@ -7,41 +7,16 @@
 #include <gtest/gtest.h>
 
 #include "host/messages/messages.h"
+#include "tests/engine/tableread.h"
 #include "tests/engine/textsource.h"
 #include "tests/scratchfolder.h"
 
 namespace MCVelscore_850 {
 namespace {
 
-using Row = std::vector<std::string>;
-
-struct Table {
-    Row header;
-    std::vector<Row> rows;
-    int code = 0;         // of the failure that ended the reading
-    std::string message;  // its text
-};
-
-Table Read(const std::string& text, size_t piece = 1 << 16, char delimiter = ',')
-{
-    Table table;
-    TextSource source(text, piece);
-    try {
-        RowReader reader(source, delimiter);
-        table.header = reader.Header();
-        std::span<const std::string_view> fields;
-        while (reader.Next(fields)) table.rows.emplace_back(fields.begin(), fields.end());
-    } catch (const Failure& failure) {
-        EXPECT_EQ(failure.Kind(), FailureKind::Cases);
-        table.code = failure.Code();
-        table.message = failure.what();
-    }
-    return table;
-}
-
 TEST(CsvReader, ReadsHeaderAndRows)
 {
-    const Table table = Read("a,b\n1,2\n3,4\n");
+    const TableRead table = Read("a,b\n1,2\n3,4\n");
     EXPECT_EQ(table.header, (Row{"a", "b"}));
     EXPECT_EQ(table.rows, (std::vector<Row>{{"1", "2"}, {"3", "4"}}));
     EXPECT_EQ(table.code, 0);
@@ -75,7 +50,7 @@ TEST(CsvReader, PiecesOfAnySizeReadAlike)
 {
     const std::string text = "\xEF\xBB\xBF\"a\",b\r\n\"x\"\"y\",2\r\n\r\n";
     for (size_t piece = 1; piece <= text.size(); ++piece) {
-        const Table table = Read(text, piece);
+        const TableRead table = Read(text, piece);
         EXPECT_EQ(table.header, (Row{"a", "b"})) << piece;
         EXPECT_EQ(table.rows, (std::vector<Row>{{"x\"y", "2"}})) << piece;
         EXPECT_EQ(table.code, 0) << piece;
@@ -110,7 +85,7 @@ TEST(CsvReader, BlankLinesAtTheEndOfAWideTableArePassedOver)
 
 TEST(CsvReader, BlankLineBeforeAFurtherRowIsARowTooShort)
 {
-    const Table table = Read("a,b\n1,2\n\n3,4\n");
+    const TableRead table = Read("a,b\n1,2\n\n3,4\n");
     EXPECT_EQ(table.rows.size(), 1u);
     EXPECT_EQ(table.code, kRowLength);
     EXPECT_NE(table.message.find("row 2 has 0 fields"), std::string::npos) << table.message;
@@ -118,19 +93,19 @@ TEST(CsvReader, BlankLineBeforeAFurtherRowIsARowTooShort)
 
 TEST(CsvReader, RowsOfAnotherLengthAreRefusedAfterTheRowsBefore)
 {
-    const Table tooShort = Read("a,b\n1,2\n3\n5,6\n");
+    const TableRead tooShort = Read("a,b\n1,2\n3\n5,6\n");
     EXPECT_EQ(tooShort.rows, (std::vector<Row>{{"1", "2"}}));
     EXPECT_EQ(tooShort.code, kRowLength);
     EXPECT_NE(tooShort.message.find("row 2 has 1 fields, the header 2"), std::string::npos)
         << tooShort.message;
-    const Table tooLong = Read("a,b\n1,2,3\n");
+    const TableRead tooLong = Read("a,b\n1,2,3\n");
     EXPECT_EQ(tooLong.code, kRowLength);
     EXPECT_NE(tooLong.message.find("row 1 has 3 fields"), std::string::npos) << tooLong.message;
 }
 
 TEST(CsvReader, UnclosedQuoteTellsTheRowWhereItOpened)
 {
-    const Table table = Read("a,b\n1,2\n3,\"4\n5,6\n7,8\n");
+    const TableRead table = Read("a,b\n1,2\n3,\"4\n5,6\n7,8\n");
     EXPECT_EQ(table.rows, (std::vector<Row>{{"1", "2"}}));
     EXPECT_EQ(table.code, kUnclosedQuote);
     EXPECT_NE(table.message.find("row 2 "), std::string::npos) << table.message;
@@ -146,7 +121,7 @@ TEST(CsvReader, QuoteInsideAFieldIsRefused)
 
 TEST(CsvReader, NulByteIsRefusedAfterTheRowsBefore)
 {
-    const Table table = Read(std::string("a,b\n1,2\n3,4\0\n5,6\n", 18));
+    const TableRead table = Read(std::string("a,b\n1,2\n3,4\0\n5,6\n", 18));
     EXPECT_EQ(table.rows, (std::vector<Row>{{"1", "2"}}));
     EXPECT_EQ(table.code, kNulByte);
     EXPECT_NE(table.message.find("row 2"), std::string::npos) << table.message;
@@ -168,11 +143,11 @@ TEST(CsvReader, HeaderAloneIsATableWithoutRows)
 // A field of the largest size passes; a quote that swallows the table is stopped soon after it.
 TEST(CsvReader, FieldOverTheLimitIsRefused)
 {
-    const Table largest = Read("a,b\n1," + std::string(kMaxField, 'x') + "\n");
+    const TableRead largest = Read("a,b\n1," + std::string(kMaxField, 'x') + "\n");
     EXPECT_EQ(largest.code, 0);
     ASSERT_EQ(largest.rows.size(), 1u);
     EXPECT_EQ(largest.rows[0][1].size(), kMaxField);
-    const Table table = Read("a,b\n1,2\n3,\"" + std::string(3 * kMaxField, '\n'));
+    const TableRead table = Read("a,b\n1,2\n3,\"" + std::string(3 * kMaxField, '\n'));
     EXPECT_EQ(table.code, kFieldTooLong);
     EXPECT_EQ(table.rows.size(), 1u);
 }
@@ -194,7 +169,7 @@ TEST(CsvReader, LimitOfAFieldIsExact)
                 if (quoted) field = "\"" + field + "\"";
                 for (const std::string end : {"\n", "", ",3\n4,5\n"}) {
                     const bool first = end.starts_with(',');
-                    const Table table =
+                    const TableRead table =
                         Read("a,b\n1,2\n" + std::string(first ? "" : "1,") + field + end, piece);
                     const bool taken = size <= kMaxField;
                     ASSERT_EQ(table.code, taken ? 0 : kFieldTooLong) << size << " " << piece;
@@ -216,7 +191,7 @@ TEST(CsvReader, LimitOfARowIsExactAndToldAsSuch)
     std::string row = largest;
     for (int i = 1; i < 16; ++i) row += "," + largest;
     EXPECT_EQ(Read(header + "\n" + row + ",\n").code, 0);  // 16 MiB and an empty field
-    const Table table = Read(header + "\n" + row + ",x\n");
+    const TableRead table = Read(header + "\n" + row + ",x\n");
     EXPECT_EQ(table.code, kRowTooLong);
     EXPECT_NE(table.message.find("row 1 has more than 16777216 bytes"), std::string::npos)
         << table.message;
@@ -277,7 +252,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(CsvReader, AModelDocumentWithItsDeclarationIsToldAsOne)
 {
-    const Table table = Read("<?xml version=\"1.0\"?>\n<PMML version=\"4.4\"/>");
+    const TableRead table = Read("<?xml version=\"1.0\"?>\n<PMML version=\"4.4\"/>");
     EXPECT_EQ(table.code, kNoTextTable);
     EXPECT_NE(table.message.find("a model document"), std::string::npos) << table.message;
 }
@@ -407,8 +382,8 @@ TEST(CsvReader, PlainLinesReadAsTheParserReadsThem)
         const size_t size = random() % 40;
         for (size_t i = 0; i < size; ++i) text += kBytes[random() % kBytes.size()];
         if (round % 5 == 0) text += "\"q\"\n";
-        const Table whole = Read(text);
-        const Table parsed = Read(text, 1);
+        const TableRead whole = Read(text);
+        const TableRead parsed = Read(text, 1);
         ASSERT_EQ(whole.header, parsed.header) << text;
         ASSERT_EQ(whole.rows, parsed.rows) << text;
         ASSERT_EQ(whole.message, parsed.message) << text;

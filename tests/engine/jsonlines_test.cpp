@@ -15,41 +15,16 @@
 #include "engine/tables/blocksplitter.h"
 #include "engine/tables/rowreader.h"
 #include "host/messages/messages.h"
+#include "tests/engine/tableread.h"
 #include "tests/engine/textsource.h"
 #include "tests/scratchfolder.h"
 
 namespace MCVelscore_850 {
 namespace {
 
-using Row = std::vector<std::string>;
-
-struct Table {
-    Row header;
-    std::vector<Row> rows;
-    int code = 0;  ///< of the failure that ended it
-    std::string message;
-};
-
-Table Read(const std::string& text, size_t piece = 1 << 16)
-{
-    Table table;
-    TextSource source(text, piece);
-    try {
-        RowReader reader(source);
-        table.header = reader.Header();
-        std::span<const std::string_view> fields;
-        while (reader.Next(fields)) table.rows.emplace_back(fields.begin(), fields.end());
-    } catch (const Failure& failure) {
-        EXPECT_EQ(failure.Kind(), FailureKind::Cases);
-        table.code = failure.Code();
-        table.message = failure.what();
-    }
-    return table;
-}
-
 TEST(JsonLines, FirstObjectNamesTheColumnsAndIsARow)
 {
-    const Table table = Read("{\"b\":1,\"a\":\"x\"}\n{\"a\":\"y\",\"b\":2}\n");
+    const TableRead table = Read("{\"b\":1,\"a\":\"x\"}\n{\"a\":\"y\",\"b\":2}\n");
     EXPECT_EQ(table.header, (Row{"b", "a"}));
     EXPECT_EQ(table.rows, (std::vector<Row>{{"1", "x"}, {"2", "y"}}));
     EXPECT_EQ(table.code, 0);
@@ -58,7 +33,7 @@ TEST(JsonLines, FirstObjectNamesTheColumnsAndIsARow)
 TEST(JsonLines, ValuesAreTextsAndNumbersAsTheyAreWritten)
 {
     // The escapes of RFC 8259, a pair of surrogates among them.
-    const Table table =
+    const TableRead table =
         Read(R"({"a":"q\"b\\s\/n\n\u00e9\ud834\udd1e","b":-0.50E+01,"c":true,"d":null,"e":""})"
              "\n"
              R"({"a":1e999,"b":12345678901234567890123,"c":false,"d":0,"e":" "})");
@@ -70,7 +45,7 @@ TEST(JsonLines, ValuesAreTextsAndNumbersAsTheyAreWritten)
 
 TEST(JsonLines, KeysMayLackAndOthersArePassedOver)
 {
-    const Table table = Read(
+    const TableRead table = Read(
         "{\"a\":1,\"b\":2}\n{}\n{\"b\":3}\n{\"z\":{\"a\":[9]},\"b\":5,\"y\":1,\"y\":2,\"a\":4}\n");
     ASSERT_EQ(table.message, "");
     EXPECT_EQ(table.rows, (std::vector<Row>{{"1", "2"}, {"", ""}, {"", "3"}, {"4", "5"}}));
@@ -83,7 +58,7 @@ TEST(JsonLines, BlankLinesAreNoRowsAndPiecesOfAnySizeReadAlike)
     const std::string text =
         "\xEF\xBB\xBF \r\n\n  {\"a\" : \"x\\n\" , \"b\" : 1 } \r\n\n\t\n{\"b\":2}\r\n \n[]\n{}\n";
     for (size_t piece = 1; piece <= text.size(); ++piece) {
-        const Table table = Read(text, piece);
+        const TableRead table = Read(text, piece);
         EXPECT_EQ(table.header, (Row{"a", "b"})) << piece;
         EXPECT_EQ(table.rows, (std::vector<Row>{{"x\n", "1"}, {"", "2"}})) << piece;
         EXPECT_EQ(table.code, kNoJsonObject) << piece;
@@ -148,7 +123,7 @@ TEST(JsonLines, RowsThatCantBeReadAreToldAfterThoseBefore)
         {"{\"a\":1,\"\\u0061\":2}", kKeyTwice},
     };
     for (const Torn& torn : kTorn) {
-        const Table table = Read("{\"a\":1}\n" + torn.line + "\n{\"a\":3}\n");
+        const TableRead table = Read("{\"a\":1}\n" + torn.line + "\n{\"a\":3}\n");
         EXPECT_EQ(table.rows, (std::vector<Row>{{"1"}})) << torn.line;
         EXPECT_EQ(table.code, torn.code) << torn.line << ": " << table.message;
         EXPECT_NE(table.message.find("row 2 "), std::string::npos) << table.message;
@@ -175,11 +150,11 @@ TEST(JsonLines, LimitOfALineIsExact)
         const std::string begin = "{\"a\":\"";
         return begin + std::string(size - begin.size() - 2, 'x') + "\"}";
     };
-    const Table whole = Read("{\"a\":1}\n" + line(kLimit) + "\n{\"a\":3}\n");
+    const TableRead whole = Read("{\"a\":1}\n" + line(kLimit) + "\n{\"a\":3}\n");
     EXPECT_EQ(whole.code, 0) << whole.message;
     EXPECT_EQ(whole.rows.size(), 3u);
     for (const char* end : {"\n{\"a\":3}\n", ""}) {
-        const Table tooLong = Read("{\"a\":1}\n" + line(kLimit + 1) + end);
+        const TableRead tooLong = Read("{\"a\":1}\n" + line(kLimit + 1) + end);
         EXPECT_EQ(tooLong.code, kRowTooLong);
         EXPECT_EQ(tooLong.rows.size(), 1u);
         EXPECT_NE(tooLong.message.find("row 2 has more than 16777216 bytes"), std::string::npos);

@@ -349,7 +349,6 @@ TEST_F(JsonTables, OutputFieldCalledLikeTheStatusIsRefused)
 
 TEST_F(JsonTables, MembersThatNobodyReadsCostNoMemory)
 {
-    if (kIsSanitized) GTEST_SKIP() << "its memory isn't the program's own";
     std::string members;
     for (int i = 0; i < 1500000; ++i) members += "\"z\":1,";
     const std::string line = "{" + members + "\"x\":1,\"sex\":\"m\"}\n";
@@ -357,7 +356,8 @@ TEST_F(JsonTables, MembersThatNobodyReadsCostNoMemory)
     ASSERT_TRUE(running.Write("{\"x\":1,\"sex\":\"m\"}\n" + line + line + line));
     running.AwaitInputTaken();
     // The parser's some 6 bytes for each of a line, and the line itself in buffers that double.
-    EXPECT_LT(running.PeakKilobytes(), 160000);
+    // A sanitizer's own memory comes on top.
+    EXPECT_LT(running.PeakKilobytes(), kIsSanitized ? 1000000 : 160000);
     running.CloseInput();
     EXPECT_EQ(running.Finish().out, "prediction\n13\n13\n13\n13\n");
 }

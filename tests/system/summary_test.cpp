@@ -95,7 +95,6 @@ TEST_F(Summary, TellsAllOfARun)
     const Json& seconds = report["seconds"];
     EXPECT_EQ(KeysOf(seconds), (Texts{"total", "reading", "scoring", "writing"}));
     for (const auto& part : seconds) EXPECT_GE(part.get<double>(), 0.0);
-    EXPECT_LT(seconds["reading"].get<double>(), seconds["total"].get<double>());
     EXPECT_DOUBLE_EQ(report["rowsPerSecond"].get<double>() * seconds["total"].get<double>(), 6.0);
     EXPECT_GT(report["peakMemoryBytes"].get<int64_t>(), int64_t{1} << 20);
 }
