@@ -32,10 +32,16 @@ struct RecordBlock {
     size_t size = 0;
     /// Blank lines before the first record. Each counts as a row, and is one too short.
     int64_t blankLines = 0;
-    uint64_t blankOffset = 0;  ///< of the first of them in the table
-    int64_t firstRow = 0;      ///< the first record's number, from 1 after the header
-    int64_t nextRow = 0;       ///< that of the record behind the block
-    uint64_t offset = 0;       ///< of the text's first byte in the table, unpacked
+    /// Some of them, one behind the other, of so many bytes each.
+    struct BlankRun {
+        uint64_t offset;  ///< of the first in the table
+        uint64_t size;
+        int64_t lines;
+    };
+    std::vector<BlankRun> blankRuns;  ///< all of them, in their order
+    int64_t firstRow = 0;             ///< the first record's number, from 1 after the header
+    int64_t nextRow = 0;              ///< that of the record behind the block
+    uint64_t offset = 0;              ///< of the text's first byte in the table, unpacked
     bool hasQuotes = false;
     std::vector<Torn> torn;  ///< in their order
     uint64_t bytesRead = 0;  ///< of all tables as they lie, when this block was cut off

@@ -12,6 +12,10 @@ namespace MCVelscore_850 {
 
 namespace {
 
+// Blank lines whose ends differ from line to line take memory. Beyond so many runs of them the
+// places of the last ones aren't told exactly.
+constexpr size_t kMostBlankRuns = size_t{1} << 16;
+
 bool IsLineEnd(char c) { return c == '\n' || c == '\r'; }
 
 const char* LastOf(char c, const char* begin, const char* end)
@@ -93,7 +97,8 @@ bool RecordReader::Next(RecordBlock& block)
     if (cut_ == 0) return false;
     block.size = cut_;
     block.blankLines = blankLines_;
-    block.blankOffset = blankOffset_;
+    block.blankRuns.swap(blankRuns_);
+    blankRuns_.clear();
     block.firstRow = row_ + blankLines_;
     block.offset = offset_;
     block.hasQuotes = hasQuotes_;
@@ -195,7 +200,11 @@ void RecordReader::StripBlankLines()
     while (place < filled_ && IsLineEnd(*At(place))) {
         size_t end = 0;
         if (!FindLineEnd(place, end)) break;
-        if (blankLines_++ == 0) blankOffset_ = offset_ + place;
+        ++blankLines_;
+        const bool isRun = !blankRuns_.empty() && (blankRuns_.back().size == end - place ||
+                                                   blankRuns_.size() == kMostBlankRuns);
+        if (!isRun) blankRuns_.push_back({offset_ + place, end - place, 0});
+        ++blankRuns_.back().lines;
         place = end;
     }
     if (place > 0) Consume(place);

@@ -76,7 +76,7 @@ private:
     size_t cut_ = 0;
     int64_t records_ = 0;  ///< up to there
     int64_t blankLines_ = 0;
-    uint64_t blankOffset_ = 0;
+    std::vector<RecordBlock::BlankRun> blankRuns_;
     std::vector<RecordBlock::Torn> torn_;
     bool hasQuotes_ = false;
     size_t searched_ = 0;  ///< for quotes

@@ -35,6 +35,7 @@ void RecordSplitter::Begin(const RecordBlock& block)
     hasNul_ = std::memchr(place_, 0, block.size) != nullptr;
     checksEncoding_ = false;
     nextTorn_ = 0;
+    blankRun_ = 0;
     blankLine_ = 0;
     row_ = block.firstRow - block.blankLines;
     torn_.reset();
@@ -63,11 +64,14 @@ size_t RecordSplitter::NextRows(size_t most, std::span<const std::string_view>& 
 const TornRow* RecordSplitter::Torn()
 {
     if (torn_) return &*torn_;
-    if (blankLine_ < block_->blankLines) {
-        // Where each of them begins isn't known, but that they are alike.
-        const auto between = static_cast<int64_t>(block_->offset - block_->blankOffset);
-        const int64_t offset = between / block_->blankLines * blankLine_++;
-        torn_ = {{row_++, block_->blankOffset + static_cast<uint64_t>(offset)}, {kRowLength}};
+    if (blankRun_ < block_->blankRuns.size()) {
+        const RecordBlock::BlankRun& run = block_->blankRuns[blankRun_];
+        const uint64_t offset = run.offset + run.size * static_cast<uint64_t>(blankLine_);
+        if (++blankLine_ == run.lines) {
+            ++blankRun_;
+            blankLine_ = 0;
+        }
+        torn_ = {{row_++, offset}, {kRowLength}};
         return &*torn_;
     }
     if (nextTorn_ == block_->torn.size()) return nullptr;

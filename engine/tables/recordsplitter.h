@@ -58,7 +58,8 @@ private:
     bool checksEncoding_ = false;
     const char* place_ = nullptr;  ///< where the next record begins
     size_t nextTorn_ = 0;          ///< of the block's
-    int64_t blankLine_ = 0;        ///< of the block's, the next
+    size_t blankRun_ = 0;          ///< of the block's, the next
+    int64_t blankLine_ = 0;        ///< of that run
     int64_t row_ = 0;              ///< the next one's number
     std::optional<TornRow> torn_;
     std::vector<std::string_view> fields_;

@@ -188,11 +188,8 @@ std::vector<std::string> PassOverTorn(const std::string& text, char delimiter, c
 {
     std::vector<std::string> told;
     const auto tell = [&](const RawRow& raw, const RecordFault& fault) -> std::string& {
-        // Of blank lines in front of a block the reader knows where the first begins; the others
-        // are told as if all were alike.
-        const std::string offset = raw.text.empty() ? "?" : std::to_string(raw.offset);
-        return told.emplace_back(fmt::format("{} at {}: {} {} '{}'", raw.number, offset, fault.code,
-                                             fault.found, raw.text));
+        return told.emplace_back(fmt::format("{} at {}: {} {} '{}'", raw.number, raw.offset,
+                                             fault.code, fault.found, raw.text));
     };
     TextSource source(text, how.piece);
     try {
