@@ -5,6 +5,7 @@
 #include <ostream>
 #include <unordered_set>
 
+#include "engine/documents/audit/documentaudit.h"
 #include "engine/documents/documentadapter.h"
 #include "engine/documents/documentloader.h"
 #include "engine/documents/miningtreatments.h"
@@ -33,6 +34,20 @@ void RestoreTargetOrder(ModelDescription& description)
     std::rotate(quantities.begin() + 1, quantities.end() - 1, quantities.end());
 }
 
+const Finding& FirstFault(const Findings& findings)
+{
+    const auto& kept = findings.Kept();
+    return *std::find_if(kept.begin(), kept.end(),
+                         [](const Finding& finding) { return finding.answer == Answer::Fault; });
+}
+
+void RefuseFaults(Findings& findings, const std::string& file)
+{
+    if (findings.CountOf(Answer::Fault) == 0) return;
+    findings.Sort();
+    throw DocumentFaults(std::move(findings), file);
+}
+
 }  // namespace
 
 DocumentFailure::DocumentFailure(const VSException& refusal, std::string file)
@@ -43,7 +58,22 @@ DocumentFailure::DocumentFailure(const VSException& refusal, std::string file)
       path_(refusal.GetPlace().path)
 {}
 
+DocumentFailure::DocumentFailure(const Finding& fault, std::string file)
+    : Failure(FailureKind::Document, kDocumentFault, {fault.text, std::string(fault.rule->name)},
+              fault.remedy),
+      file_(std::move(file)),
+      line_(fault.place.line),
+      column_(fault.place.column),
+      path_(fault.place.path)
+{}
+
 DocumentFailure::~DocumentFailure() = default;
+
+DocumentFaults::DocumentFaults(Findings findings, std::string file)
+    : DocumentFailure(FirstFault(findings), std::move(file)), findings_(std::move(findings))
+{}
+
+DocumentFaults::~DocumentFaults() = default;
 
 LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> plugin,
                          const LoadOptions& options)
@@ -52,14 +82,17 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
     Document document = LoadDocument(path, {}, options.digest ? &sha256_ : nullptr);
     file_ = document.File();
     bool rotatedTarget = false;
+    DocumentAudit audit(document, options.allowed, findings_);
     try {
         if (!options.asIs) {
             for (Adaptation& adaptation : AdaptDocument(document)) {
-                adaptations_.push_back(adaptation.ToString());
+                findings_.AddAdapted(*adaptation.rule, adaptation.place, adaptation.change);
                 rotatedTarget |= adaptation.rotatedTarget;
                 std::move(adaptation.listedByCells.begin(), adaptation.listedByCells.end(),
                           std::back_inserter(listedByCells_));
             }
+            audit.LookAtTree();
+            RefuseFaults(findings_, file_);
         }
         treatments_ = ReadMiningTreatments(document);
         model_ = ReadModel(*plugin_, document);
@@ -75,10 +108,25 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
         throw Failure(FailureKind::Document, kNoVerification, {file_});
     }
     model_->Describe(description_);
+    if (!options.asIs) {
+        audit.LookAtModel(description_);
+        RefuseFaults(findings_, file_);
+        findings_.Sort();
+    }
     if (rotatedTarget) RestoreTargetOrder(description_);
 }
 
 LoadedModel::~LoadedModel() = default;
+
+std::vector<std::string> LoadedModel::Adaptations() const
+{
+    std::vector<std::string> lines;
+    for (const Finding& finding : findings_.Kept()) {
+        // Of the audit there are no adaptations, and of the adapter notices too.
+        if (finding.element.empty()) lines.push_back(finding.ToString());
+    }
+    return lines;
+}
 
 void LoadedModel::SetPolicy(MissingPolicy policy)
 {

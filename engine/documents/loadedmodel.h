@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/documents/audit/finding.h"
 #include "engine/documents/miningtreatment.h"
 #include "engine/documents/plugin.h"
 #include "engine/messages/failure.h"
@@ -23,6 +24,7 @@ struct VerificationTable;
 class DocumentFailure : public Failure {
 public:
     DocumentFailure(const VSException& refusal, std::string file);
+    DocumentFailure(const Finding& fault, std::string file);
     ~DocumentFailure() override;
 
     const std::string& File() const { return file_; }
@@ -39,6 +41,19 @@ private:
     std::string path_;
 };
 
+/// A document that the audit refused: the first fault's place and text, and all that was found.
+class DocumentFaults : public DocumentFailure {
+public:
+    /// `findings` are sorted and hold a fault.
+    DocumentFaults(Findings findings, std::string file);
+    ~DocumentFaults() override;
+
+    const Findings& All() const { return findings_; }
+
+private:
+    Findings findings_;
+};
+
 /// What a model does with a predictor value that is missing or not valid.
 enum class MissingPolicy {
     Substitute,    ///< take the replacement where one is known
@@ -51,8 +66,10 @@ enum class MissingPolicy {
 enum class OutputColumns { Own, DocumentIfAny, Document };
 
 struct LoadOptions {
-    /// Leaves the document as it is, without the adaptations.
+    /// Leaves the document as it is, without adaptations and audit.
     bool asIs = false;
+    /// Rules of the audit whose faults are to be notices; names that FindAuditRule() knows.
+    std::vector<std::string> allowed{};
     OutputColumns output = OutputColumns::Own;
     /// Reads the ModelVerification section too; a document without one is refused with
     /// kNoVerification.
@@ -63,7 +80,9 @@ struct LoadOptions {
 
 /// A model, read from its document by the plug-in.
 ///
-/// Errors  Failure of kind Document, a DocumentFailure when the reader refuses.
+/// Errors  Failure of kind Document, a DocumentFaults when the audit refuses, another
+/// DocumentFailure
+///         when the reader does.
 /// Owner   keeps the plug-in open; results made by the model must be gone before it is.
 /// Threads one thread at a time.
 class LoadedModel {
@@ -77,8 +96,10 @@ public:
 
     /// How messages call the document.
     const std::string& File() const { return file_; }
+    /// What the adapter and the audit found, by place; no faults but allowed ones, as notices.
+    const Findings& DocumentFindings() const { return findings_; }
     /// What was adapted, a line each.
-    const std::vector<std::string>& Adaptations() const { return adaptations_; }
+    std::vector<std::string> Adaptations() const;
     ScoreModel& Model() { return *model_; }
     const ScoreModel& Model() const { return *model_; }
     /// Until this is called the model's own policy stands: reading a document may have set one.
@@ -117,7 +138,7 @@ private:
     std::shared_ptr<const Plugin> plugin_;  // first: its code outlives the model
     std::string file_;
     std::string sha256_;
-    std::vector<std::string> adaptations_;
+    Findings findings_;
     std::vector<std::string> listedByCells_;
     std::vector<MiningFieldTreatment> treatments_;
     std::unique_ptr<ScoreModel> model_;

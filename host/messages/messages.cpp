@@ -270,6 +270,10 @@ constexpr Message kCatalogue[] = {
     {kOtherModel, "s", "the document holds a {0}; velscore reads a GeneralRegressionModel alone",
      "Export the model as a GeneralRegressionModel, where its program can."},
 
+    {kDocumentFault, "ss", "{0} [{1}]",
+     "velscore check shows every fault of the document; --allow with a rule's name scores it all the "
+     "same."},
+
     {kPluginNotLoaded, "ss", "the plug-in {0} can't be loaded: {1}",
      "Install velscore whole, or name the plug-in with --plugin."},
     {kPluginNoEntry, "ss", "{0} is no plug-in: it has no {1}", "Name another with --plugin."},

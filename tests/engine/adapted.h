@@ -54,7 +54,7 @@ struct Adapted {
     {
         std::string rules;
         for (const Adaptation& adaptation : adaptations) {
-            rules += (rules.empty() ? "" : " ") + adaptation.rule;
+            rules += (rules.empty() ? "" : " ") + std::string(adaptation.rule->name);
         }
         return rules;
     }

@@ -35,7 +35,11 @@ TEST(DocumentAdapter, SaysPlaceAndRuleInOneLine)
 {
     const Adapted adapted("<!-- -->\n<PMML version='4.4.1'/>");
     ASSERT_EQ(adapted.adaptations.size(), 1u);
-    EXPECT_EQ(adapted.adaptations[0].ToString(),
+    Findings findings;
+    const Adaptation& adaptation = adapted.adaptations[0];
+    findings.AddAdapted(*adaptation.rule, adaptation.place, adaptation.change);
+    ASSERT_EQ(findings.Kept().size(), 1u);
+    EXPECT_EQ(findings.Kept()[0].ToString(),
               "line 2, column 1: version \"4.4.1\" is read as \"4.4\" [short-version]");
 }
 

@@ -1,0 +1,67 @@
+#ifndef VELSCORE_ENGINE_DOCUMENTS_AUDIT_DOCUMENTAUDIT_H
+#define VELSCORE_ENGINE_DOCUMENTS_AUDIT_DOCUMENTAUDIT_H
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/documents/audit/documentfacts.h"
+#include "engine/documents/audit/finding.h"
+
+namespace MCVelscore_850 {
+
+struct ModelDescription;
+
+/// What a check of the tree looks at, and one of the finished model.
+using TreeCheck = void (*)(const DocumentFacts& facts, RuleReport& report);
+using ModelCheck = void (*)(const DocumentFacts& facts, const ModelDescription& model,
+                            RuleReport& report);
+
+/// A rule with its check; rules of the vocabulary have neither, since one walk serves them all.
+struct AuditRule {
+    Rule rule;
+    TreeCheck tree = nullptr;
+    ModelCheck model = nullptr;
+};
+
+// The tables of rules by subject, in the order in which they are told.
+std::span<const AuditRule> VocabularyRules();
+std::span<const AuditRule> CellRules();
+std::span<const AuditRule> FamilyRules();
+std::span<const AuditRule> BaselineRules();
+std::span<const AuditRule> ContrastRules();
+std::span<const AuditRule> FieldRules();
+std::span<const AuditRule> TransformationRules();
+std::span<const AuditRule> ExtensionRules();
+
+/// Every rule of the audit.
+std::vector<const AuditRule*> AllAuditRules();
+/// The rule of that name; null when there is none.
+const Rule* FindAuditRule(std::string_view name);
+
+/// Looks for what a document may not pass over in silence: in its tree once the adapter is done,
+/// and in the finished model. Takes time and memory that grow with the document's size alone.
+///
+/// Threads one thread at a time.
+class DocumentAudit {
+public:
+    /// Faults of the allowed rules become notices. `document` outlives the audit.
+    DocumentAudit(const Document& document, std::span<const std::string> allowed,
+                  Findings& findings);
+
+    void LookAtTree();
+    void LookAtModel(const ModelDescription& model);
+
+private:
+    Answer AnswerOf(const Rule& rule) const;
+
+    const Document& document_;
+    std::vector<std::string> allowed_;
+    Findings& findings_;
+    DocumentFacts facts_;
+};
+
+}  // namespace MCVelscore_850
+
+#endif

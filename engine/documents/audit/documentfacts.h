@@ -1,0 +1,121 @@
+#ifndef VELSCORE_ENGINE_DOCUMENTS_AUDIT_DOCUMENTFACTS_H
+#define VELSCORE_ENGINE_DOCUMENTS_AUDIT_DOCUMENTFACTS_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "engine/documents/element.h"
+#include "host/model/modelfamilies.h"
+
+namespace MCVelscore_850 {
+
+class Document;
+
+/// A list of names, each with its number from 0. A name that comes again keeps its first number.
+class NameIndex {
+public:
+    static constexpr uint32_t kNone = UINT32_MAX;
+
+    /// The name's number, a new one when it wasn't there.
+    uint32_t Add(Element::RawText name);
+    uint32_t Find(Element::RawText name) const;
+    uint32_t Find(std::string_view name) const;
+    const std::string& NameAt(uint32_t number) const { return names_[number]; }
+    const std::vector<std::string>& Names() const { return names_; }
+    size_t Size() const { return names_.size(); }
+
+private:
+    std::unordered_map<std::basic_string<XMLCh>, uint32_t> numbers_;
+    std::vector<std::string> names_;
+};
+
+/// What a document of either form holds, read once for the checks of the audit. Texts are as they
+/// are written. Numbers that aren't numbers are absent, as are names that aren't in their list
+/// (NameIndex::kNone): there are checks for each of these.
+struct DocumentFacts {
+    struct Field {
+        Element element;
+        std::string name;
+        std::string optype;    ///< continuous, categorical, ordinal; of the older form too
+        std::string dataType;  ///< as in the published form; of the older form string or double
+        bool derived = false;
+        /// The valid values that it lists, and a key each under which equal categories meet.
+        std::vector<std::string> categories;
+        std::vector<std::string> categoryKeys;
+        /// True where it names valid values: no other is one of its categories.
+        bool IsClosed() const { return !categories.empty(); }
+    };
+    struct Parameter {
+        Element element;
+        std::string name;
+        std::string label;
+    };
+    struct Predictor {
+        Element element;
+        std::string name;
+        bool isFactor = false;
+        uint32_t field = NameIndex::kNone;  ///< of `fields`
+    };
+    /// A PPCell: this predictor takes part in this parameter.
+    struct Design {
+        Element element;
+        uint32_t parameter = NameIndex::kNone;
+        uint32_t predictor = NameIndex::kNone;
+        std::string value;
+        std::string targetCategory;
+    };
+    /// A PCell.
+    struct Estimate {
+        Element element;
+        uint32_t parameter = NameIndex::kNone;
+        std::string targetCategory;
+        std::optional<double> beta;
+        std::optional<double> df;
+    };
+    /// A PCovCell. Categories are numbers of `covarianceCategories`.
+    struct Covariance {
+        Element element;
+        uint32_t row = NameIndex::kNone;
+        uint32_t column = NameIndex::kNone;
+        uint32_t rowCategory = NameIndex::kNone;
+        uint32_t columnCategory = NameIndex::kNone;
+        std::optional<double> value;
+    };
+
+    Element root;
+    Element model;  ///< null where there is none
+    bool older = false;
+    double version = 0.0;
+    /// What the reader will choose, before distribution and link decide; nothing for an unknown
+    /// type.
+    std::optional<FamilyCode> family;
+
+    std::vector<Field> fields;  ///< of the dictionary, then the derived ones
+    NameIndex fieldNames;
+    const Field* target = nullptr;
+    std::vector<Parameter> parameters;  ///< each name once, as numbered in parameterNames
+    NameIndex parameterNames;
+    std::vector<Predictor> predictors;  ///< factors, then covariates
+    NameIndex predictorNames;
+    std::vector<Design> designs;
+    std::vector<Estimate> estimates;
+    std::vector<Covariance> covariances;
+    NameIndex covarianceCategories;
+
+    bool Is(FamilyCode code) const { return family == code; }
+    const Field* FieldOf(const Predictor& predictor) const
+    {
+        return predictor.field == NameIndex::kNone ? nullptr : &fields[predictor.field];
+    }
+};
+
+/// Reads the facts of a document's tree, in one walk.
+DocumentFacts GatherFacts(const Document& document);
+
+}  // namespace MCVelscore_850
+
+#endif

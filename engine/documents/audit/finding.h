@@ -1,0 +1,110 @@
+#ifndef VELSCORE_ENGINE_DOCUMENTS_AUDIT_FINDING_H
+#define VELSCORE_ENGINE_DOCUMENTS_AUDIT_FINDING_H
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/documents/element.h"
+
+namespace MCVelscore_850 {
+
+/// What a rule answers to what it finds.
+enum class Answer {
+    Fault,   ///< the numbers can't be what the document means, or nobody can tell: refused
+    Notice,  ///< unused, odd, or outside what is read; the numbers stand
+    Adapted  ///< read in another way than it is written; the numbers are what the document means
+};
+
+/// What is known of a rule apart from how it looks: a row of the tables of rules.
+struct Rule {
+    std::string_view name;  ///< in lower case with hyphens, as in "unknown-parameter"
+    Answer answer;
+    /// Whether a notice or an adaptation of this rule counts where strictness is asked for.
+    bool strict;
+    /// The finding in one line without its place. {element}, {attribute}, {found} (quoted, or the
+    /// word "empty"), {expected}, {near} and {what} stand for what the check tells; {meant} for
+    /// '; did you mean "near"?', or nothing where no word is near.
+    std::string_view text;
+    /// What to do, in whole sentences, with the same words in braces.
+    std::string_view remedy;
+};
+
+/// What a check tells of one place. All but the element may be empty.
+struct Detail {
+    Element element;
+    std::string attribute{};
+    std::string found{};
+    std::string expected{};
+    std::string nearWord{};
+    std::string what{};
+};
+
+struct Finding {
+    const Rule* rule = nullptr;
+    /// The rule's own, or Notice for a fault that was allowed.
+    Answer answer = Answer::Notice;
+    DocumentPlace place;
+    std::string element;  ///< its tag
+    std::string attribute;
+    std::string found;
+    std::string expected;
+    std::string nearWord;
+    std::string text;
+    std::string remedy;
+
+    bool CountsWhenStrict() const { return rule->strict; }
+    /// 'line 2, column 1: version "4.4.1" is read as "4.4" [short-version]'
+    std::string ToString() const;
+};
+
+/// What was found in one document. Keeps the first ones of each rule and counts the others, so that
+/// a document of nothing but faults costs little.
+class Findings {
+public:
+    /// How many of one rule are kept.
+    static constexpr size_t kKeptOfRule = 100;
+
+    void Add(const Rule& rule, Answer answer, const Detail& detail);
+    /// What the adapter did at a place, of which the tree may no longer know.
+    void AddAdapted(const Rule& rule, const DocumentPlace& place, const std::string& change);
+    /// Orders by place; call it when all are there.
+    void Sort();
+
+    const std::vector<Finding>& Kept() const { return kept_; }
+    /// Of a rule, those that weren't kept among them.
+    size_t CountOf(std::string_view rule) const;
+    /// Of an answer, those that weren't kept among them.
+    size_t CountOf(Answer answer) const;
+    /// Notices and adaptations that count where strictness is asked for.
+    size_t StrictCount() const;
+
+private:
+    struct Count {
+        const Rule* rule;
+        Answer answer;
+        size_t number = 0;
+    };
+    std::vector<Finding> kept_;
+    std::map<std::string_view, Count> counts_;
+};
+
+/// Where a check tells what it found: under its own rule's name.
+class RuleReport {
+public:
+    RuleReport(const Rule& rule, Answer answer, Findings& findings)
+        : rule_(rule), answer_(answer), findings_(findings)
+    {}
+    void operator()(const Detail& detail) { findings_.Add(rule_, answer_, detail); }
+
+private:
+    const Rule& rule_;
+    Answer answer_;
+    Findings& findings_;
+};
+
+}  // namespace MCVelscore_850
+
+#endif
