@@ -121,9 +121,9 @@ public:
                 element_ = element_.NextSibling();
             }
         }
-        // A walk over the cells of a large matrix waits for memory more than for anything else. They
-        // lie one behind the other, about as far apart as the last two: those a few places ahead
-        // are asked for in time.
+        // A walk over the cells of a large matrix waits for memory more than for anything else.
+        // They lie one behind the other, about as far apart as the last two: those a few places
+        // ahead are asked for in time.
         void AskAhead()
         {
             constexpr size_t kPlaces = 6;

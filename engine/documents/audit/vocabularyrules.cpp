@@ -65,11 +65,9 @@ constexpr Rule kMisplacedElement = {"misplaced-element", Answer::Fault, kStrict,
 constexpr Rule kUnknownWord = {"unknown-word", Answer::Fault, kStrict,
                                "{attribute} of {element} is {found}, none of {expected}{meant}",
                                "Write one of {expected}."};
-constexpr Rule kOddWord = {
-    "odd-word", Answer::Notice, kLenient,
-    "{attribute} of {element} is {found}, none of {expected}; nothing that is computed depends on "
-    "it{meant}",
-    "Write one of {expected}, or take the attribute out."};
+constexpr Rule kOddWord = {"odd-word", Answer::Notice, kLenient,
+                           "{attribute} of {element} is {found}, none of {expected}{meant}",
+                           "Write one of {expected}, or take the attribute out."};
 constexpr Rule kEmptyWord = {"empty-word", Answer::Notice, kStrict,
                              "{attribute} of {element} is empty, which counts as absent",
                              "Write one of {expected}, or take the attribute out."};
@@ -154,7 +152,11 @@ public:
     using Tell = std::function<void(const Rule& rule, const Detail& detail)>;
 
     VocabularyWalk(const DocumentFacts& facts, bool older, const Tell& tell)
-        : facts_(facts), isOlder_(older), words_(Vocabulary(older)), tell_(tell)
+        : facts_(facts),
+          isOlder_(older),
+          hasVersion_(!older && IsKnownVersion(facts.version)),
+          words_(Vocabulary(older)),
+          tell_(tell)
     {}
 
     void LookAtRoot()
@@ -332,7 +334,7 @@ private:
         return std::find(words.begin(), words.end(), text) != words.end();
     }
 
-    bool IsLater(double since) const { return !isOlder_ && facts_.version < since; }
+    bool IsLater(double since) const { return hasVersion_ && facts_.version < since; }
 
     void TellLater(Element element, std::string attribute, std::string what, double since)
     {
@@ -478,6 +480,7 @@ private:
 
     const DocumentFacts& facts_;
     const bool isOlder_;
+    const bool hasVersion_;
     const std::vector<const ElementWord*> words_;
     const Tell& tell_;
     std::unordered_map<const ElementWord*, Known> known_;
