@@ -135,6 +135,7 @@ public:
             if (stride > kFarthest) return;
             for (uintptr_t line = here + kPlaces * stride; line < here + (kPlaces + 1) * stride;
                  line += kLine) {
+                // NOLINTNEXTLINE(performance-no-int-to-ptr)
                 __builtin_prefetch(reinterpret_cast<const void*>(line));
             }
         }
