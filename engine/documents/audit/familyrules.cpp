@@ -187,20 +187,40 @@ Options WrittenLinks(const DocumentFacts& facts)
     return Written(facts, {"linkFunction", "cumulativeLink"});
 }
 
-void MissingLink(const DocumentFacts& facts, RuleReport& report)
+// The links that are written, where none of them is read; nothing where one is, or the family has
+// no link of its own.
+std::optional<Options> UnreadLinks(const DocumentFacts& facts)
 {
-    if (!facts.IsAmong(kOwnLink) || LinkOf(facts) != nullptr) return;
-    const Word unnamed = WordsOf(*facts.family).unnamed;
-    const Options written = WrittenLinks(facts);
-    const bool agrees = std::all_of(written.begin(), written.end(), [&](const Option* option) {
-        return PlainLink(*option) == unnamed;
-    });
-    if (agrees && !written.empty()) return;
-    // An ordinal model may say cumulativeLink in either family: the adapter carries it over.
+    if (!facts.IsAmong(kOwnLink) || LinkOf(facts) != nullptr) return std::nullopt;
+    return WrittenLinks(facts);
+}
+
+void ReportUnreadLink(const DocumentFacts& facts, RuleReport& report)
+{
+    // An ordinal model of either family may say cumulativeLink: the adapter carries it over.
     report({.element = facts.model,
-            .attribute = facts.IsAmong(kOrdinalFamilies) ? "cumulativeLink" : "linkFunction",
+            .attribute = facts.IsAmong(kOrdinalFamilies) ? Tags::XML_ATT_RM_NAME_CUMULATIVELINK
+                                                         : Tags::XML_ATT_LINKFUNCTION,
             .expected = Words(WordsOf(*facts.family).links),
             .what = FamilyName(facts)});
+}
+
+void MissingLink(const DocumentFacts& facts, RuleReport& report)
+{
+    const auto unread = UnreadLinks(facts);
+    if (!unread || (unread->empty() && !facts.IsAmong(kGeneralized))) return;
+    const bool agree = std::all_of(unread->begin(), unread->end(), [&](const Option* option) {
+        return PlainLink(*option) == WordsOf(*facts.family).unnamed;
+    });
+    if (!agree || unread->empty()) ReportUnreadLink(facts, report);
+}
+
+// What ordinal regression is called without more words has the link logit.
+void UnnamedLink(const DocumentFacts& facts, RuleReport& report)
+{
+    const auto unread = UnreadLinks(facts);
+    if (!unread || !unread->empty() || !facts.IsAmong(kOrdinalFamilies)) return;
+    ReportUnreadLink(facts, report);
 }
 
 // Words that the standard doesn't have are told by the rules of the vocabulary.
@@ -218,13 +238,16 @@ void LinkOfAnotherFamily(const DocumentFacts& facts, RuleReport& report)
     }
 }
 
+// Of words that the family has: the others are told already.
 void ContradictingLinks(const DocumentFacts& facts, RuleReport& report)
 {
     const Option* counting = facts.family ? LinkOf(facts) : nullptr;
     if (counting == nullptr) return;
+    const auto& links = WordsOf(*facts.family).links;
+    if (!Among(links, PlainLink(*counting))) return;
     for (const Option* option : WrittenLinks(facts)) {
         const Word link = PlainLink(*option);
-        if (link == PlainLink(*counting) || !Among(WordsOf(*facts.family).links, link)) continue;
+        if (link == PlainLink(*counting) || !Among(links, link)) continue;
         Detail detail = At(*option);
         detail.expected = counting->name + " \"" + counting->value + "\"";
         report(detail);
@@ -543,6 +566,10 @@ constexpr AuditRule kRules[] = {
       "{element} has no {attribute}, and nothing else tells the link of the {what}",
       "Write the {attribute} that the model was fitted with: {expected}."},
      MissingLink},
+    {{"unnamed-link", Answer::Notice, kStrict,
+      "{element} has no {attribute}: {what} without one is read with the link \"logit\"",
+      "Write the {attribute} that the model was fitted with: {expected}."},
+     UnnamedLink},
     {{"link-of-another-family", Answer::Fault, kStrict,
       "the link {found} isn't one of {what}, as which the model is read; its links: {expected}",
       "Correct the link; or, if it is right, modelType and algorithmName, which choose how the "
