@@ -78,31 +78,53 @@ TEST(BaselineRules, OfTimesAndTables)
 
 TEST(BaselineRules, OfStrata)
 {
-    ExpectEach({{kStrata, " baselineStrataVariable=\"celltype\"", "", "strata-without-variable",
-                 "BaseCumHazardTables", "baselineStrataVariable"},
-                {kStrata, "<BaselineStratum value=\"squamous\"",
-                 "<BaselineStratum varName=\"celltype\" value=\"squamous\""},
-                {kStrata, "<BaseCumHazardTables>...</BaseCumHazardTables>",
-                 "<BaseCumHazardTables maxTime=\"9\"><BaselineCell time=\"1\" cumHazard=\"0\"/>"
-                 "</BaseCumHazardTables>",
-                 "variable-without-strata", kModel, "baselineStrataVariable", "celltype"},
-                {kStrata, "<BaselineStratum value=\"smallcell\"",
-                 "<BaselineStratum varName=\"trt\" value=\"smallcell\"",
-                 "contradicting-strata-variables", "BaselineStratum[2]", "varName", "trt"},
-                {kStrata, "<BaselineStratum value=\"smallcell\"",
-                 "<BaselineStratum varName=\"celltype\" value=\"smallcell\""},
-                {kStrata, "<BaselineStratum value=\"large\"", "<BaselineStratum value=\"adeno\"",
-                 "repeated-stratum", "BaselineStratum[4]", "value", "adeno"},
-                {kStrata, "<BaselineStratum value=\"large\"", "<BaselineStratum value=\"Large\"",
-                 "unknown-stratum", "BaselineStratum[4]", "value", "Large"},
-                {"cox-lung-numeric-strata", "<BaselineStratum value=\"2\"",
-                 "<BaselineStratum value=\"2.0\""},
-                {"cox-lung-numeric-strata", "<BaselineStratum value=\"2\"",
-                 "<BaselineStratum value=\"1.0\"", "repeated-stratum", "BaselineStratum[3]",
-                 "value", "1.0"},
-                // Of a field that lists no values any is one.
-                {"cox-lung-numeric-strata", "<Value value=\"0\"/>...<Value value=\"2\"/>", ""}},
-               BaselineRules());
+    ExpectEach(
+        {{kStrata, " baselineStrataVariable=\"celltype\"", "", "strata-without-variable",
+          "BaseCumHazardTables", "baselineStrataVariable"},
+         {kStrata, "<BaselineStratum value=\"squamous\"",
+          "<BaselineStratum varName=\"celltype\" value=\"squamous\""},
+         {kStrata, "<BaseCumHazardTables>...</BaseCumHazardTables>",
+          "<BaseCumHazardTables maxTime=\"9\"><BaselineCell time=\"1\" cumHazard=\"0\"/>"
+          "</BaseCumHazardTables>",
+          "variable-without-strata", kModel, "baselineStrataVariable", "celltype"},
+         {kStrata, "<BaselineStratum value=\"smallcell\"",
+          "<BaselineStratum varName=\"trt\" value=\"smallcell\"", "contradicting-strata-variables",
+          "BaselineStratum[2]", "varName", "trt"},
+         {kStrata, "<BaselineStratum value=\"smallcell\"",
+          "<BaselineStratum varName=\"celltype\" value=\"smallcell\""},
+         {kStrata, "<BaselineStratum value=\"large\"",
+          "<BaselineStratum value=\"adeno\" maxTime=\"9\"><BaselineCell time=\"1\" "
+          "cumHazard=\"0\"/>"
+          "</BaselineStratum><BaselineStratum value=\"large\"",
+          "repeated-stratum", "BaselineStratum[4]", "value", "adeno"},
+         {kStrata, "<BaselineStratum value=\"large\"",
+          "<BaselineStratum value=\"Large\" maxTime=\"9\"><BaselineCell time=\"1\" "
+          "cumHazard=\"0\"/>"
+          "</BaselineStratum><BaselineStratum value=\"large\"",
+          "unknown-stratum", "BaselineStratum[4]", "value", "Large"},
+         {"cox-lung-numeric-strata", "<BaselineStratum value=\"2\"",
+          "<BaselineStratum value=\"2.0\""},
+         {"cox-lung-numeric-strata", "<BaselineStratum value=\"2\"",
+          "<BaselineStratum value=\"1.0\" maxTime=\"9\"><BaselineCell time=\"1\" cumHazard=\"0\"/>"
+          "</BaselineStratum><BaselineStratum value=\"2\"",
+          "repeated-stratum", "BaselineStratum[3]", "value", "1.0"},
+         // Of a field that lists no values any is one.
+         {"cox-lung-numeric-strata", "<Value value=\"0\"/>...<Value value=\"2\"/>", ""}},
+        BaselineRules());
+}
+
+// A Cox model whose type was changed would be scored as another.
+TEST(BaselineRules, OfOtherFamilies)
+{
+    const std::string text =
+        Changed(CaseText(kPlain), "modelType=\"CoxRegression\" modelName=\"Cox\"",
+                "modelType=\"generalLinear\"");
+    const std::vector<Finding> found = FoundIn(text, BaselineRules());
+    ASSERT_EQ(found.size(), 2u);
+    EXPECT_EQ(found[0].ToString(),
+              "line 19, column 3: endTimeVariable belongs to Cox regression, and the model is read "
+              "as general linear model [cox-part-not-read]");
+    EXPECT_EQ(found[1].element, "BaseCumHazardTables");
 }
 
 TEST(BaselineRules, OfTimesAndBasePoints)
