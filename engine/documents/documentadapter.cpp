@@ -41,7 +41,8 @@ constexpr RuleRow kRules[] = {
     {Row("repeated-mining-field", kNoDoubt), DropRepeatedMiningFields},
     {Row("numeric-covariate", kNoDoubt), MakeNumericCovariatesContinuous},
     {Row("replacement-no-number", kDoubt), DropReplacementsThatAreNoNumbers},
-    {Row("categories-of-cells", kDoubt), ListCategoriesOfCells},
+    // A value that the list lacks is counted at the end of a run.
+    {Row("categories-of-cells", kNoDoubt), ListCategoriesOfCells},
     {Row("values-as-is", kNoDoubt), AcceptValuesAsIs},
     {Row("contrast-columns", kNoDoubt), SpreadContrasts},
     {Row("replacement-unlisted", kNoDoubt, Answer::Notice), NoteUnlistedReplacements},
