@@ -2,6 +2,7 @@
 
 #include <xercesc/dom/DOM.hpp>
 
+#include "engine/documents/audit/familyfacts.h"
 #include "engine/documents/documenttree.h"
 #include "engine/documents/treefields.h"
 #include "engine/documents/treetext.h"
@@ -41,17 +42,28 @@ public:
         facts_.version = facts_.root.Number(Tags::XML_ATT_VERSION).value_or(0.0);
         GatherFields();
         if (!facts_.model) return std::move(facts_);
-        facts_.family = FamilyOfModel(facts_.root.Dom(), facts_.model.Dom());
+        FindFamily();
         FindTarget();
         GatherParameters();
         GatherPredictors();
         GatherDesigns();
         GatherEstimates();
         GatherCovariances();
+        GatherOptions(facts_);
+        GatherBaselines(facts_);
         return std::move(facts_);
     }
 
 private:
+    void FindFamily()
+    {
+        facts_.family = FamilyOfModel(facts_.root.Dom(), facts_.model.Dom());
+        if (!facts_.family) return;
+        facts_.family = FamilyUnderLink(*facts_.family,
+                                        facts_.model.Text(Tags::XML_VAL_RM_EXT_NAME_DISTRIBUTION),
+                                        facts_.model.Text(Tags::XML_ATT_LINKFUNCTION));
+    }
+
     void GatherFields()
     {
         AddFields(facts_.root.Child(Tags::XML_ELE_DATADICTIONARY), "DataField", false);
@@ -157,6 +169,11 @@ private:
 };
 
 }  // namespace
+
+std::string KeyOf(const DocumentFacts::Field* field, const std::string& category)
+{
+    return field == nullptr ? category : CategoryKey(field->element.Dom(), category);
+}
 
 DocumentFacts GatherFacts(const Document& document)
 {
