@@ -86,9 +86,16 @@ std::string FindingText::TextOf(const Findings& findings, const std::string& fil
 {
     std::string out;
     for (const Finding& finding : findings.Kept()) {
-        out +=
-            Written({finding.answer, file, finding.place.line, finding.place.column, finding.text,
-                     finding.rule->name, finding.attribute, finding.expected, finding.remedy});
+        out += Written({.answer = finding.answer,
+                        .file = file,
+                        .line = finding.place.line,
+                        .column = finding.place.column,
+                        .text = finding.text,
+                        .path = finding.place.path,
+                        .name = finding.rule->name,
+                        .attribute = finding.attribute,
+                        .expected = finding.expected,
+                        .remedy = finding.remedy});
     }
     for (const Findings::Unkept& more : findings.NotKept()) {
         out += fmt::format("{}: and {} more [{}]\n", file, more.number, more.rule->name);

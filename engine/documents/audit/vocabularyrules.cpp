@@ -144,6 +144,18 @@ const Row* FindNear(std::span<const Row> rows, std::string_view Row::*name, std:
     return near.empty() ? nullptr : FindRow(rows, name, near);
 }
 
+// The name that is meant beyond doubt: no other one comes near.
+template <class Row>
+Mend MendOf(Mend::Action action, std::span<const Row> rows, std::string_view Row::*name,
+            const Row* near, std::string_view word)
+{
+    if (near == nullptr) return {};
+    std::vector<std::string> others = NamesOf(rows, name);
+    std::erase(others, near->*name);
+    if (!NearWord(word, others).empty()) return {};
+    return {action, std::string(near->*name)};
+}
+
 std::string OneOf(std::span<const std::string_view> words)
 {
     return Listed({words.begin(), words.end()});
@@ -171,12 +183,14 @@ private:
     struct AttributeName {
         const AttributeWord* row = nullptr;
         const AttributeWord* near = nullptr;
+        Mend mend{};
         bool isOwn = false;
     };
     // Likewise of a tag in one element.
     struct ChildName {
         const ChildWord* row = nullptr;
         const ChildWord* near = nullptr;
+        Mend mend{};
         Known* known = nullptr;  // null for a tag that the vocabulary doesn't have
         bool isOwn = false;
     };
@@ -243,7 +257,7 @@ private:
             }
             const AttributeName& meaning = met->second;
             if (meaning.row == nullptr) {
-                if (!meaning.isOwn) TellUnknownAttribute(element, Utf8FromXml(name), meaning.near);
+                if (!meaning.isOwn) TellUnknownAttribute(element, Utf8FromXml(name), meaning);
                 continue;
             }
             if (!meaning.row->words.empty()) {
@@ -261,19 +275,23 @@ private:
         meaning.isOwn = IsOwnName(name);
         if (meaning.row == nullptr && !meaning.isOwn) {
             meaning.near = FindNear(word.attributes, &AttributeWord::name, name);
+            meaning.mend = MendOf(Mend::Action::RenameAttribute, word.attributes,
+                                  &AttributeWord::name, meaning.near, name);
         }
         return meaning;
     }
 
     // A name beside the one that it comes near to isn't meant for it.
-    void TellUnknownAttribute(Element element, std::string name, const AttributeWord* near)
+    void TellUnknownAttribute(Element element, std::string name, const AttributeName& meaning)
     {
+        const AttributeWord* near = meaning.near;
         if (near != nullptr && element.Has(near->name)) near = nullptr;
         const bool matters = near != nullptr && near->effect != Effect::None;
         tell_(matters ? kMisspeltAttribute : kUnknownAttribute,
               {.element = element,
                .attribute = std::move(name),
-               .nearWord = near == nullptr ? std::string() : std::string(near->name)});
+               .nearWord = near == nullptr ? std::string() : std::string(near->name),
+               .mend = near == nullptr ? Mend() : meaning.mend});
     }
 
     void LookAtWord(Element element, const AttributeWord& row, const std::string& text)
@@ -287,11 +305,15 @@ private:
                    (row.effect == Effect::Output && IsOwnWord(text))) {
             rule = &kOddWord;
         }
+        const std::string near = NearWord(text, NamesOf(row.words, list));
+        // Upper and lower case are the same letters.
+        const bool isSame = !near.empty() && WordDistance(text, near) == 0;
         tell_(*rule, {.element = element,
                       .attribute = std::string(row.name),
                       .found = text,
                       .expected = OneOf(row.words),
-                      .nearWord = NearWord(text, NamesOf(row.words, list))});
+                      .nearWord = near,
+                      .mend = isSame ? Mend{Mend::Action::SetAttribute, near} : Mend()});
     }
 
     static bool FindWord(std::span<const std::string_view> words, std::string_view text)
@@ -359,6 +381,8 @@ private:
         meaning.isOwn = meaning.known == nullptr && IsOwnName(tag);
         if (meaning.known == nullptr && !meaning.isOwn) {
             meaning.near = FindNear(parent.children, &ChildWord::tag, tag);
+            meaning.mend = MendOf(Mend::Action::RenameElement, parent.children, &ChildWord::tag,
+                                  meaning.near, tag);
         }
         return meaning;
     }
@@ -376,7 +400,8 @@ private:
         tell_(matters ? kMisspeltElement : kUnknownElement,
               {.element = child,
                .nearWord = near == nullptr ? std::string() : std::string(near->tag),
-               .what = parent.Tag()});
+               .what = parent.Tag(),
+               .mend = near == nullptr ? Mend() : meaning.mend});
     }
 
     // An element may declare that it is another vocabulary's.
