@@ -22,12 +22,6 @@ constexpr int kMostRounds = 8;
 const std::string kXmlns = "xmlns";
 constexpr std::string_view kPmmlNamespace = "http://www.dmg.org/PMML";
 
-bool IsRename(const OpenMend& open)
-{
-    return open.mend.action == Mend::Action::RenameAttribute ||
-           open.mend.action == Mend::Action::RenameElement;
-}
-
 class Fixing {
 public:
     explicit Fixing(Document& document) : document_(document) {}
@@ -35,11 +29,12 @@ public:
     FixedDocument Run()
     {
         // Names first: by them the adapter decides what it reads.
-        MendFindings(IsRename);
+        Take(AdaptNames(document_));
+        MendFindings(&DocumentAudit::LookAtNames);
         for (int round = 0; round < kMostRounds; ++round) {
             const size_t before = fixed_.changes.size();
-            TakeAdaptations();
-            MendFindings([](const OpenMend&) { return true; });
+            Take(AdaptDocument(document_));
+            MendFindings(&DocumentAudit::LookAtTree);
             if (fixed_.changes.size() == before) break;
         }
         DeclareNamespace();
@@ -61,9 +56,9 @@ private:
         }
     }
 
-    void TakeAdaptations()
+    void Take(const std::vector<Adaptation>& adaptations)
     {
-        for (const Adaptation& adaptation : AdaptDocument(document_)) {
+        for (const Adaptation& adaptation : adaptations) {
             if (adaptation.rule->answer != Answer::Adapted) continue;
             std::string done = adaptation.change;
             // What the reading of the document as it was takes care of.
@@ -73,14 +68,13 @@ private:
         }
     }
 
-    template <class Which>
-    void MendFindings(Which which)
+    void MendFindings(void (DocumentAudit::*look)())
     {
         std::vector<OpenMend> mends;
         Findings findings;
         findings.CollectMends(&mends);
-        DocumentAudit(document_, {}, findings).LookAtTree();
-        std::erase_if(mends, [&](const OpenMend& open) { return !which(open); });
+        DocumentAudit audit(document_, {}, findings);
+        (audit.*look)();
         for (const Mended& mended : ApplyMends(std::move(mends))) {
             Told(*mended.rule, mended.place, mended.what);
         }

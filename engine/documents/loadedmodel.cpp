@@ -99,15 +99,20 @@ void LoadedModel::Read(Document& document, const LoadOptions& options)
 {
     file_ = document.File();
     bool rotatedTarget = false;
+    const auto note = [&](std::vector<Adaptation> adaptations) {
+        for (Adaptation& adaptation : adaptations) {
+            findings_.AddAdapted(*adaptation.rule, adaptation.place, adaptation.change);
+            rotatedTarget |= adaptation.rotatedTarget;
+            std::move(adaptation.listedByCells.begin(), adaptation.listedByCells.end(),
+                      std::back_inserter(listedByCells_));
+        }
+    };
     DocumentAudit audit(document, options.allowed, findings_);
     try {
         if (!options.asIs) {
-            for (Adaptation& adaptation : AdaptDocument(document)) {
-                findings_.AddAdapted(*adaptation.rule, adaptation.place, adaptation.change);
-                rotatedTarget |= adaptation.rotatedTarget;
-                std::move(adaptation.listedByCells.begin(), adaptation.listedByCells.end(),
-                          std::back_inserter(listedByCells_));
-            }
+            note(AdaptNames(document));
+            audit.LookAtNames();
+            note(AdaptDocument(document));
             audit.LookAtTree();
             RefuseFaults(findings_, file_);
         }
@@ -116,6 +121,8 @@ void LoadedModel::Read(Document& document, const LoadOptions& options)
         if (options.output != OutputColumns::Own) output_ = ReadOutputSection(document, *model_);
         if (options.verification) verification_ = ReadVerification(document);
     } catch (const VSException& refusal) {
+        // A fault that was found before may be why.
+        RefuseFaults(findings_, file_);
         throw DocumentFailure(refusal, file_, std::move(findings_));
     }
     if (options.output == OutputColumns::Document && !output_) {

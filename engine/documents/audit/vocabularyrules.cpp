@@ -165,14 +165,18 @@ class VocabularyWalk {
 public:
     using Tell = std::function<void(const Rule& rule, const Detail& detail)>;
 
-    VocabularyWalk(const DocumentFacts& facts, bool older, const Tell& tell)
-        : facts_(facts), isOlder_(older), words_(Vocabulary(older)), tell_(tell)
+    VocabularyWalk(Element root, bool older, const Tell& tell)
+        : root_(root),
+          version_(root.Number(Tags::XML_ATT_VERSION).value_or(0.0)),
+          isOlder_(older),
+          words_(Vocabulary(older)),
+          tell_(tell)
     {}
 
     void LookAtRoot()
     {
         if (!isOlder_) LookAtVersion();
-        LookAt(facts_.root, KnownOf(*WordOf(facts_.root.Tag())));
+        LookAt(root_, KnownOf(*WordOf(root_.Tag())));
     }
 
 private:
@@ -222,12 +226,12 @@ private:
 
     void LookAtVersion()
     {
-        const std::string text = facts_.root.Text(Tags::XML_ATT_VERSION);
+        const std::string text = root_.Text(Tags::XML_ATT_VERSION);
         double version = 0.0;
         // The reader refuses what is no number.
         if (ReadNumber(text, version) != NumberText::Number || IsKnownVersion(version)) return;
         tell_(kUnknownVersion,
-              {.element = facts_.root,
+              {.element = root_,
                .attribute = Tags::XML_ATT_VERSION,
                .found = text,
                .expected = fmt::format("{:.1f} to {:.1f}", kFirstVersion, kLastVersion)});
@@ -328,13 +332,13 @@ private:
                   row.since);
     }
 
-    bool IsLater(double since) const { return !isOlder_ && facts_.version < since; }
+    bool IsLater(double since) const { return !isOlder_ && version_ < since; }
 
     void TellLater(Element element, std::string attribute, std::string what, double since)
     {
         tell_(kLaterVersion, {.element = element,
                               .attribute = std::move(attribute),
-                              .found = facts_.root.Text(Tags::XML_ATT_VERSION),
+                              .found = root_.Text(Tags::XML_ATT_VERSION),
                               .expected = fmt::format("{:.1f}", since),
                               .what = std::move(what)});
     }
@@ -471,7 +475,8 @@ private:
 
     static constexpr std::string_view kConstant = "Constant";
 
-    const DocumentFacts& facts_;
+    const Element root_;
+    const double version_;
     const bool isOlder_;
     const std::vector<const ElementWord*> words_;
     const Tell& tell_;
@@ -493,17 +498,17 @@ std::optional<std::string> ForeignNamespace(Element root)
 
 std::span<const AuditRule> VocabularyRules() { return kRules; }
 
-void LookAtVocabulary(const DocumentFacts& facts,
+void LookAtVocabulary(Element root,
                       const std::function<void(const Rule& rule, const Detail& detail)>& tell)
 {
-    const bool older = facts.root.Is(ZELTModelTags::XML_ELE_ZELTML);
-    if (!older && IsPmmlRoot(facts.root.Dom())) {
-        if (const auto uri = ForeignNamespace(facts.root)) {
-            tell(kForeignNamespace, {.element = facts.root, .attribute = "xmlns", .found = *uri});
+    const bool older = root.Is(ZELTModelTags::XML_ELE_ZELTML);
+    if (!older && IsPmmlRoot(root.Dom())) {
+        if (const auto uri = ForeignNamespace(root)) {
+            tell(kForeignNamespace, {.element = root, .attribute = "xmlns", .found = *uri});
         }
     }
-    if (older || facts.root.Is(Tags::XML_ELE_PMML)) {
-        VocabularyWalk(facts, older, tell).LookAtRoot();
+    if (older || root.Is(Tags::XML_ELE_PMML)) {
+        VocabularyWalk(root, older, tell).LookAtRoot();
     }
 }
 
