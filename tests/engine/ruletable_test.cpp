@@ -149,13 +149,13 @@ bool Tells(const std::string& text, std::string_view rule,
     }
 }
 
-// "`wrong` for `right`": in some sound document that has the right text, the wrong one in its place
-// is found by the rule.
+// "`wrong` for `right`" or "without `right`": in some sound document that has the right text, the
+// wrong one in its place, or none, is found by the rule.
 TEST(RulePage, ShowsExamplesThatItsRulesFind)
 {
     const auto plugin = std::make_shared<const Plugin>(VELSCORE_PLUGIN);
     const Texts sound = SoundDocuments();
-    const std::regex form("`([^`]+)` for `([^`]+)`");
+    const std::regex form("(?:`([^`]+)` for|without) `([^`]+)`");
     for (const auto& [rule, row] : ToldRules()) {
         if (row.example.empty()) continue;
         std::smatch parts;
