@@ -148,7 +148,7 @@ TEST(BadDocument, OfAnotherModelIsToldByItsName)
         const Finished run =
             RunVelscore({"check", "-"}, "<PMML version='4.4'><Header/>\n<" + model + "/></PMML>");
         EXPECT_EQ(run.exitCode, 2);
-        EXPECT_NE(run.out.find("standard input:2:1: the document holds a " + model + ";"),
+        EXPECT_NE(run.out.find("standard input:2:1: fault: the document holds a " + model + ";"),
                   std::string::npos)
             << run.out;
     }

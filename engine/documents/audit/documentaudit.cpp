@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "engine/documents/documenttree.h"
+
 namespace MCVelscore_850 {
 
 namespace {
@@ -35,12 +37,19 @@ DocumentAudit::DocumentAudit(const Document& document, std::span<const std::stri
     : document_(document), allowed_(allowed.begin(), allowed.end()), findings_(findings)
 {}
 
+void DocumentAudit::LookAtNames()
+{
+    sawNames_ = true;
+    LookAtVocabulary(Element(document_.GetTree().dom->getDocumentElement()),
+                     [this](const Rule& rule, const Detail& detail) {
+                         findings_.Add(rule, AnswerOf(rule), detail);
+                     });
+}
+
 void DocumentAudit::LookAtTree()
 {
+    if (!sawNames_) LookAtNames();
     facts_ = GatherFacts(document_);
-    LookAtVocabulary(facts_, [this](const Rule& rule, const Detail& detail) {
-        findings_.Add(rule, AnswerOf(rule), detail);
-    });
     for (const AuditRule* rule : AllAuditRules()) {
         if (rule->tree == nullptr) continue;
         RuleReport report(rule->rule, AnswerOf(rule->rule), findings_);

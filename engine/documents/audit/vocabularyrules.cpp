@@ -142,6 +142,18 @@ const Row* FindNear(std::span<const Row> rows, std::string_view Row::*name, std:
     return near.empty() ? nullptr : FindRow(rows, name, near);
 }
 
+// The name that is meant beyond doubt: no other one comes near.
+template <class Row>
+Mend MendOf(Mend::Action action, std::span<const Row> rows, std::string_view Row::*name,
+            const Row* near, std::string_view word)
+{
+    if (near == nullptr) return {};
+    std::vector<std::string> others = NamesOf(rows, name);
+    std::erase(others, near->*name);
+    if (!NearWord(word, others).empty()) return {};
+    return {action, std::string(near->*name)};
+}
+
 std::string OneOf(std::span<const std::string_view> words)
 {
     return Listed({words.begin(), words.end()});
@@ -151,10 +163,11 @@ class VocabularyWalk {
 public:
     using Tell = std::function<void(const Rule& rule, const Detail& detail)>;
 
-    VocabularyWalk(const DocumentFacts& facts, bool older, const Tell& tell)
-        : facts_(facts),
+    VocabularyWalk(Element root, bool older, const Tell& tell)
+        : root_(root),
+          version_(root.Number(Tags::XML_ATT_VERSION).value_or(0.0)),
           isOlder_(older),
-          hasVersion_(!older && IsKnownVersion(facts.version)),
+          hasVersion_(!older && IsKnownVersion(version_)),
           words_(Vocabulary(older)),
           tell_(tell)
     {}
@@ -162,7 +175,7 @@ public:
     void LookAtRoot()
     {
         if (!isOlder_) LookAtVersion();
-        LookAt(facts_.root, KnownOf(*WordOf(facts_.root.Tag())));
+        LookAt(root_, KnownOf(*WordOf(root_.Tag())));
     }
 
 private:
@@ -173,12 +186,14 @@ private:
     struct AttributeName {
         const AttributeWord* row = nullptr;
         const AttributeWord* near = nullptr;
+        Mend mend{};
         bool isOwn = false;
     };
     // Likewise of a tag in one element.
     struct ChildName {
         const ChildWord* row = nullptr;
         const ChildWord* near = nullptr;
+        Mend mend{};
         Known* known = nullptr;  // null for a tag that the vocabulary doesn't have
         bool isOwn = false;
     };
@@ -215,12 +230,12 @@ private:
 
     void LookAtVersion()
     {
-        const std::string text = facts_.root.Text(Tags::XML_ATT_VERSION);
+        const std::string text = root_.Text(Tags::XML_ATT_VERSION);
         double version = 0.0;
         // The reader refuses what is no number.
         if (ReadNumber(text, version) != NumberText::Number || IsKnownVersion(version)) return;
         tell_(kUnknownVersion,
-              {.element = facts_.root,
+              {.element = root_,
                .attribute = Tags::XML_ATT_VERSION,
                .found = text,
                .expected = fmt::format("{:.1f} to {:.1f}", kFirstVersion, kLastVersion)});
@@ -276,7 +291,7 @@ private:
         const AttributeName& meaning = met->second;
         if (meaning.isOwn) return false;
         if (meaning.row == nullptr) {
-            TellUnknownAttribute(element, Utf8FromXml(name), meaning.near);
+            TellUnknownAttribute(element, Utf8FromXml(name), meaning);
             return true;
         }
         const AttributeWord& row = *meaning.row;
@@ -296,19 +311,23 @@ private:
         meaning.isOwn = IsOwnName(name);
         if (meaning.row == nullptr && !meaning.isOwn) {
             meaning.near = FindNear(word.attributes, &AttributeWord::name, name);
+            meaning.mend = MendOf(Mend::Action::RenameAttribute, word.attributes,
+                                  &AttributeWord::name, meaning.near, name);
         }
         return meaning;
     }
 
     // A name beside the one that it comes near to isn't meant for it.
-    void TellUnknownAttribute(Element element, std::string name, const AttributeWord* near)
+    void TellUnknownAttribute(Element element, std::string name, const AttributeName& meaning)
     {
+        const AttributeWord* near = meaning.near;
         if (near != nullptr && element.Has(near->name)) near = nullptr;
         const bool matters = near != nullptr && near->effect != Effect::None;
         tell_(matters ? kMisspeltAttribute : kUnknownAttribute,
               {.element = element,
                .attribute = std::move(name),
-               .nearWord = near == nullptr ? std::string() : std::string(near->name)});
+               .nearWord = near == nullptr ? std::string() : std::string(near->name),
+               .mend = near == nullptr ? Mend() : meaning.mend});
     }
 
     void LookAtWord(Element element, const AttributeWord& row, const std::string& text)
@@ -322,11 +341,15 @@ private:
                    (row.effect == Effect::Output && IsOwnWord(text))) {
             rule = &kOddWord;
         }
+        const std::string near = NearWord(text, NamesOf(row.words, list));
+        // Upper and lower case are the same letters.
+        const bool isSame = !near.empty() && WordDistance(text, near) == 0;
         tell_(*rule, {.element = element,
                       .attribute = std::string(row.name),
                       .found = text,
                       .expected = OneOf(row.words),
-                      .nearWord = NearWord(text, NamesOf(row.words, list))});
+                      .nearWord = near,
+                      .mend = isSame ? Mend{Mend::Action::SetAttribute, near} : Mend()});
     }
 
     static bool FindWord(std::span<const std::string_view> words, std::string_view text)
@@ -334,13 +357,13 @@ private:
         return std::find(words.begin(), words.end(), text) != words.end();
     }
 
-    bool IsLater(double since) const { return hasVersion_ && facts_.version < since; }
+    bool IsLater(double since) const { return hasVersion_ && version_ < since; }
 
     void TellLater(Element element, std::string attribute, std::string what, double since)
     {
         tell_(kLaterVersion, {.element = element,
                               .attribute = std::move(attribute),
-                              .found = facts_.root.Text(Tags::XML_ATT_VERSION),
+                              .found = root_.Text(Tags::XML_ATT_VERSION),
                               .expected = fmt::format("{:.1f}", since),
                               .what = std::move(what)});
     }
@@ -391,6 +414,8 @@ private:
         meaning.isOwn = meaning.known == nullptr && IsOwnName(tag);
         if (meaning.known == nullptr && !meaning.isOwn) {
             meaning.near = FindNear(parent.children, &ChildWord::tag, tag);
+            meaning.mend = MendOf(Mend::Action::RenameElement, parent.children, &ChildWord::tag,
+                                  meaning.near, tag);
         }
         return meaning;
     }
@@ -408,7 +433,8 @@ private:
         tell_(matters ? kMisspeltElement : kUnknownElement,
               {.element = child,
                .nearWord = near == nullptr ? std::string() : std::string(near->tag),
-               .what = parent.Tag()});
+               .what = parent.Tag(),
+               .mend = near == nullptr ? Mend() : meaning.mend});
     }
 
     // An element may declare that it is another vocabulary's.
@@ -478,7 +504,8 @@ private:
 
     static constexpr std::string_view kConstant = "Constant";
 
-    const DocumentFacts& facts_;
+    const Element root_;
+    const double version_;
     const bool isOlder_;
     const bool hasVersion_;
     const std::vector<const ElementWord*> words_;
@@ -501,17 +528,17 @@ std::optional<std::string> ForeignNamespace(Element root)
 
 std::span<const AuditRule> VocabularyRules() { return kRules; }
 
-void LookAtVocabulary(const DocumentFacts& facts,
+void LookAtVocabulary(Element root,
                       const std::function<void(const Rule& rule, const Detail& detail)>& tell)
 {
-    const bool older = facts.root.Is(ZELTModelTags::XML_ELE_ZELTML);
-    if (!older && IsPmmlRoot(facts.root.Dom())) {
-        if (const auto uri = ForeignNamespace(facts.root)) {
-            tell(kForeignNamespace, {.element = facts.root, .attribute = "xmlns", .found = *uri});
+    const bool older = root.Is(ZELTModelTags::XML_ELE_ZELTML);
+    if (!older && IsPmmlRoot(root.Dom())) {
+        if (const auto uri = ForeignNamespace(root)) {
+            tell(kForeignNamespace, {.element = root, .attribute = "xmlns", .found = *uri});
         }
     }
-    if (older || facts.root.Is(Tags::XML_ELE_PMML)) {
-        VocabularyWalk(facts, older, tell).LookAtRoot();
+    if (older || root.Is(Tags::XML_ELE_PMML)) {
+        VocabularyWalk(root, older, tell).LookAtRoot();
     }
 }
 
