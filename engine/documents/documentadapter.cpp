@@ -38,6 +38,7 @@ constexpr RuleRow kRules[] = {
     {Row("category-of-betas", kDoubt), NameCategoryOfBetas},
     {Row("contrast-logistic", kDoubt), SelectContrastLogistic},
     {Row("beta-category-last", kNoDoubt), DeclareBetaCategoryLast},
+    {Row("category-design", kNoDoubt), ReadDesignsOfCategories},
     {Row("repeated-mining-field", kNoDoubt), DropRepeatedMiningFields},
     {Row("numeric-covariate", kNoDoubt), MakeNumericCovariatesContinuous},
     {Row("replacement-no-number", kDoubt), DropReplacementsThatAreNoNumbers},
