@@ -53,9 +53,9 @@ struct Group {
 };
 
 struct Parameter {
-    std::vector<Cell> cells;                                     ///< of every equation
+    std::vector<Cell> cells;                                      ///< of every equation
     std::unordered_map<std::string, std::vector<Cell>> ownCells;  ///< of a category's alone, by key
-    std::vector<Element> betas;                                  ///< its PCells
+    std::vector<Element> betas;                                   ///< its PCells
     std::vector<Group> groups;
     std::unordered_map<std::string, size_t> groupOf;  ///< by key of the category
 };
@@ -75,8 +75,8 @@ public:
             Parameter& parameter = parameters_[cell.Text(Tags::XML_ATT_PPC_PARAMNAME)];
             const std::string category = cell.Text(Tags::XML_ATT_PC_TARGET_CAT);
             auto& cells = category.empty() ? parameter.cells : parameter.ownCells[Key(category)];
-            cells.push_back({cell, cell.Text(Tags::XML_ATT_PPC_PREDNAME),
-                             cell.Text(Tags::XML_ATT_PPC_VALUE)});
+            cells.push_back(
+                {cell, cell.Text(Tags::XML_ATT_PPC_PREDNAME), cell.Text(Tags::XML_ATT_PPC_VALUE)});
             if (category.empty()) continue;
             namesStrangers_ |= !categories_.contains(Key(category));
             if (!first_) first_ = cell;
@@ -138,10 +138,7 @@ private:
         return CategoryKey(field_.Dom(), category);
     }
 
-    std::string KeyOf(Element beta) const
-    {
-        return Key(beta.Text(Tags::XML_ATT_PC_TARGET_CAT));
-    }
+    std::string KeyOf(Element beta) const { return Key(beta.Text(Tags::XML_ATT_PC_TARGET_CAT)); }
 
     // Nothing where two cells of the equation contradict each other.
     static std::optional<Design> DesignFor(const Parameter& parameter, const std::string& key)
@@ -265,7 +262,7 @@ private:
     Element field_;
     std::unordered_map<std::string, std::string> categories_;  // by key, as the target lists them
     std::unordered_map<std::string, Parameter> parameters_;    // those with cells
-    std::unordered_set<std::string> names_;                    // of all parameters, the new ones too
+    std::unordered_set<std::string> names_;  // of all parameters, the new ones too
     Element first_;
     size_t cellCount_ = 0;  // of those that are to be made
     bool namesStrangers_ = false;

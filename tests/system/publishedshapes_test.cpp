@@ -57,8 +57,8 @@ TEST(PublishedShapes, GeneralLinear)
 
 TEST(PublishedShapes, DesignsOfSingleCategories)
 {
-    const CsvText scores = Scores("category-designs.pmml",
-                                  "hours,season\n1.5,winter\n1.5,summer\n-2,winter\n");
+    const CsvText scores =
+        Scores("category-designs.pmml", "hours,season\n1.5,winter\n1.5,summer\n-2,winter\n");
     // In the equation of "car" p1 is the hours, in that of "train" their square; p2 is the hours,
     // and in that of "train" in winter alone.
     Numbers bus, car, train;

@@ -81,7 +81,7 @@ std::vector<bool> FactorsOfColumns(const DocumentFacts& facts, Categories& categ
     for (const Design& cell : facts.designs) {
         const Field* field = ClosedFactor(facts, cell);
         if (field == nullptr) continue;
-        const bool isColumn = !categories.Has(*field, cell.value) &&
+        const bool isColumn = field->dataType != "boolean" && !categories.Has(*field, cell.value) &&
                               NamesColumn(cell.value, field->categories.size() - 1);
         (isColumn ? hasColumns : hasOthers)[cell.predictor] = true;
     }
@@ -171,8 +171,7 @@ void FindUnknownParameters(const DocumentFacts& facts, RuleReport& report)
         names.Tell({.element = cell, .attribute = attribute, .found = cell.Text(attribute)},
                    facts.parameterNames.Names());
     };
-    const std::string& name =
-        Word(facts, Tags::XML_ATT_PPC_PARAMNAME, Old::XML_ATT_PARAMETER_NAME);
+    const std::string& name = Word(facts, Tags::XML_ATT_PPC_PARAMNAME, Old::XML_ATT_PARAMETER_NAME);
     const std::string& row = Word(facts, Tags::XML_ATT_PCC_PROW, Old::XML_ATT_PCOV_P_ROW);
     const std::string& column = Word(facts, Tags::XML_ATT_PCC_PCOL, Old::XML_ATT_PCOV_P_COL);
     for (const auto& cell : facts.designs) tell(cell.parameter, cell.element, name);
@@ -189,9 +188,8 @@ void FindUnknownPredictors(const DocumentFacts& facts, RuleReport& report)
     const std::string& name = Word(facts, Tags::XML_ATT_PPC_PREDNAME, Old::XML_ATT_PP_PREDICTOR);
     for (const Design& cell : facts.designs) {
         if (cell.predictor != kNone || !IsGiven(facts, cell.element, name)) continue;
-        names.Tell(
-            {.element = cell.element, .attribute = name, .found = cell.element.Text(name)},
-            facts.predictorNames.Names());
+        names.Tell({.element = cell.element, .attribute = name, .found = cell.element.Text(name)},
+                   facts.predictorNames.Names());
     }
 }
 

@@ -34,8 +34,8 @@ struct Spoken {
 Spoken SpokenDesign(const DocumentFacts& facts, uint32_t number)
 {
     const DocumentFacts::Design& cell = facts.designs[number];
-    return {"parameter " + Quoted(facts.parameterNames.NameAt(cell.parameter)) +
-                " and predictor " + Quoted(facts.predictorNames.NameAt(cell.predictor)),
+    return {"parameter " + Quoted(facts.parameterNames.NameAt(cell.parameter)) + " and predictor " +
+                Quoted(facts.predictorNames.NameAt(cell.predictor)),
             Tags::XML_ATT_PPC_VALUE};
 }
 
@@ -91,8 +91,7 @@ void TellRepeated(const DocumentFacts& facts, const Section& section, bool agree
             const Spoken spoken = section.spoken(facts, cell.again);
             detail.attribute = spoken.attribute;
             detail.found = detail.element.Text(spoken.attribute);
-            detail.expected =
-                Quoted(section.element(facts, cell.first).Text(spoken.attribute));
+            detail.expected = Quoted(section.element(facts, cell.first).Text(spoken.attribute));
             detail.what = spoken.place;
         }
         report(detail);

@@ -13,7 +13,8 @@ constexpr AuditRule kRules[] = {
     // Names.
     {{"unknown-parameter", Answer::Fault, kStrict,
       "{element} {attribute} {found} is no parameter of the model, which has {expected}{meant}",
-      "Write the parameter's name as the list of parameters has it, or add it there; remove the cell "
+      "Write the parameter's name as the list of parameters has it, or add it there; remove the "
+      "cell "
       "where it is of another model."},
      FindUnknownParameters,
      nullptr,

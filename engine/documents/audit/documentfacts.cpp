@@ -249,11 +249,9 @@ private:
         field.element = element;
         field.name = element.Text(Old::XML_ATT_NAME);
         field.label = element.Text(Old::XML_ATT_LABEL);
-        const bool isText =
-            element.Text(Old::XML_ATT_VR_STORAGE_TYPE) == Old::XML_VAL_ST_STRING;
+        const bool isText = element.Text(Old::XML_ATT_VR_STORAGE_TYPE) == Old::XML_VAL_ST_STRING;
         field.dataType = isText ? "string" : "double";
-        field.optype =
-            OptypeOfLevel(element.Text(Old::XML_ATT_VR_MEASUREMENT_LEVEL), isText);
+        field.optype = OptypeOfLevel(element.Text(Old::XML_ATT_VR_MEASUREMENT_LEVEL), isText);
         for (const Element category :
              element.Child(Old::XML_ELE_CATEGORIES).Children(Old::XML_ELE_CATEGORY)) {
             field.categories.push_back(category.Text(Old::XML_ATT_VALUE));
@@ -329,9 +327,8 @@ private:
             const auto [row, column, rowCategory, columnCategory, value] =
                 words_.covariance.Of(element);
             facts_.covariances.push_back({element, facts_.parameterNames.Find(row),
-                                          facts_.parameterNames.Find(column),
-                                          category(rowCategory), category(columnCategory),
-                                          NumberIn(value)});
+                                          facts_.parameterNames.Find(column), category(rowCategory),
+                                          category(columnCategory), NumberIn(value)});
         }
     }
 

@@ -58,12 +58,10 @@ bool IsNamedConstant(const Parameter& parameter)
 // The uses of variables that the model element names: such a one may be listed as a predictor too.
 std::unordered_set<std::string> VariablesOfOptions(const DocumentFacts& facts)
 {
-    const std::string* const kOptions[] = {&Tags::XML_VAL_RM_EXT_NAME_OFFSETVAR,
-                                           &Tags::XML_VAL_RM_EXT_NAME_TRIALVAR,
-                                           &Tags::XML_EXT_NAME_COXREG_ENDTIMEVARIABLE,
-                                           &Tags::XML_EXT_NAME_COXREG_STARTTIMEVARIABLE,
-                                           &Tags::XML_EXT_NAME_COXREG_SUBJECT_VARIABLE,
-                                           &Tags::XML_ATT_BASELINESTRATAVARIABLE};
+    const std::string* const kOptions[] = {
+        &Tags::XML_VAL_RM_EXT_NAME_OFFSETVAR,        &Tags::XML_VAL_RM_EXT_NAME_TRIALVAR,
+        &Tags::XML_EXT_NAME_COXREG_ENDTIMEVARIABLE,  &Tags::XML_EXT_NAME_COXREG_STARTTIMEVARIABLE,
+        &Tags::XML_EXT_NAME_COXREG_SUBJECT_VARIABLE, &Tags::XML_ATT_BASELINESTRATAVARIABLE};
     std::unordered_set<std::string> variables;
     for (const std::string* option : kOptions) variables.insert(facts.Option(*option));
     variables.insert(facts.Option("statusVariable"));
@@ -213,8 +211,8 @@ bool HasOffset(const DocumentFacts& facts)
            !facts.Option(Tags::XML_ATT_RM_EXT_NAME_OFFSET_VALUE).empty();
 }
 
-// Whether cells say which terms there are. Where one names a stranger, which is told as such, a term
-// that seems to have no cell is most likely its own.
+// Whether cells say which terms there are. Where one names a stranger, which is told as such, a
+// term that seems to have no cell is most likely its own.
 bool TellsTerms(const DocumentFacts& facts)
 {
     return !IsPairedByPosition(facts) && !facts.designs.empty() &&
@@ -241,7 +239,10 @@ bool IsOffset(const DocumentFacts& facts, uint32_t predictor)
     return !HasOffset(facts) && SaysOffset(facts, facts.predictors[predictor]);
 }
 
-std::string KindOf(const Predictor& predictor) { return predictor.isFactor ? "factor" : "covariate"; }
+std::string KindOf(const Predictor& predictor)
+{
+    return predictor.isFactor ? "factor" : "covariate";
+}
 
 // What a parameter has of betas.
 struct Estimated {
@@ -358,8 +359,7 @@ void FindUnpairedParameters(const DocumentFacts& facts, RuleReport& report)
     const size_t predictors = facts.predictors.size();
     // In the older form one parameter behind the slopes is the constant, whatever its name.
     if (slopes == predictors || (facts.older && !hasConstant && slopes == predictors + 1)) return;
-    const std::string& list =
-        facts.older ? Old::XML_ELE_PARAM_LIST : Tags::XML_ELE_PARAM_LIST;
+    const std::string& list = facts.older ? Old::XML_ELE_PARAM_LIST : Tags::XML_ELE_PARAM_LIST;
     report({.element = facts.model.Child(list),
             .expected = std::to_string(predictors),
             .what = std::to_string(slopes)});
@@ -479,14 +479,11 @@ void FindThresholdsWithoutBeta(const DocumentFacts& facts, RuleReport& report)
         given.insert(key);
     }
     const Element matrix = facts.model.Child(Tags::XML_ELE_PARAM_MATRIX);
-    const std::string name =
-        threshold == kNone ? std::string() : facts.parameters[threshold].name;
+    const std::string name = threshold == kNone ? std::string() : facts.parameters[threshold].name;
     // The last category has none: its cumulative probability is 1.
     for (size_t i = 0; i + 1 < facts.target->categories.size(); ++i) {
         if (given.contains(facts.target->categoryKeys[i])) continue;
-        report({.element = matrix,
-                .found = name,
-                .what = Quoted(facts.target->categories[i])});
+        report({.element = matrix, .found = name, .what = Quoted(facts.target->categories[i])});
     }
 }
 

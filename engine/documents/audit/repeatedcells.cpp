@@ -52,10 +52,9 @@ std::vector<RepeatedCell> RepeatedAmong(std::vector<Place> places, Agree agree)
         repeated.push_back({first->cell, place.cell, agree(first->cell, place.cell),
                             first->mirrored != place.mirrored});
     }
-    std::sort(repeated.begin(), repeated.end(),
-              [](const RepeatedCell& one, const RepeatedCell& other) {
-                  return one.again < other.again;
-              });
+    std::sort(
+        repeated.begin(), repeated.end(),
+        [](const RepeatedCell& one, const RepeatedCell& other) { return one.again < other.again; });
     return repeated;
 }
 
@@ -124,8 +123,8 @@ std::vector<RepeatedCell> RepeatedCovariances(const DocumentFacts& facts)
         if (cell.row == kNone || cell.column == kNone) continue;
         const uint64_t row = Pair(cell.row, byCategory ? cell.rowCategory : kNone);
         const uint64_t column = Pair(cell.column, byCategory ? cell.columnCategory : kNone);
-        places.push_back({std::max(row, column), std::min(row, column), static_cast<uint32_t>(i),
-                          row < column});
+        places.push_back(
+            {std::max(row, column), std::min(row, column), static_cast<uint32_t>(i), row < column});
     }
     return RepeatedAmong(std::move(places), [&](uint32_t one, uint32_t other) {
         return Agree(cells[one].value, cells[other].value);
