@@ -73,6 +73,14 @@ std::optional<Change> NameCategoryOfBetas(xercesc::DOMElement* root);
 /// Refuses with kSeveralSlopes one that differs between them.
 std::optional<Change> PutThresholdsFirst(xercesc::DOMElement* root);
 
+// Designs of single categories (adapterrules_categorydesign.cpp).
+
+/// A PPCell with a targetCategory counts in that category's equation alone, which the reader passes
+/// over. A parameter with such cells is read as several, one for each design that categories with a
+/// beta have. Where cells contradict each other, name an unknown category or leave a beta without
+/// any term the document stays as it is.
+std::optional<Change> ReadDesignsOfCategories(xercesc::DOMElement* root);
+
 // Contrasts (adapterrules_contrasts.cpp).
 
 /// In a family that knows no contrast matrices a factor with one becomes covariates, derived from
@@ -106,8 +114,8 @@ std::optional<Change> MergeTransformations(xercesc::DOMElement* root);
 
 // Parameters (adapterrules_parameters.cpp).
 
-/// Changes nothing, but says that a model without a ParamMatrix has no estimates: the reader takes
-/// it, and every beta counts as 0.
+/// Changes nothing, but says that a model without predictors and ParamMatrix has no estimates: the
+/// reader takes it, and every beta counts as 0.
 std::optional<Change> NoteMissingEstimates(xercesc::DOMElement* root);
 
 /// A modelType "regression" pairs parameters with predictors by position. Where the cells of the

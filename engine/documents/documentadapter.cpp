@@ -44,6 +44,7 @@ constexpr RuleRow kRules[] = {
     {Row("category-of-betas", kDoubt), NameCategoryOfBetas},
     {Row("contrast-logistic", kDoubt), SelectContrastLogistic},
     {Row("beta-category-last", kNoDoubt), DeclareBetaCategoryLast},
+    {Row("category-design", kNoDoubt), ReadDesignsOfCategories},
     {Row("numeric-covariate", kNoDoubt), MakeNumericCovariatesContinuous},
     {Row("replacement-no-number", kDoubt), DropReplacementsThatAreNoNumbers},
     // A value that the list lacks is counted at the end of a run.
