@@ -32,6 +32,7 @@ constexpr RuleRow kRules[] = {
     {Row("version-from-namespace", kNoDoubt), TakeVersionFromNamespace},
     {Row("short-version", kNoDoubt), ShortenVersion},
     {Row("generalized-linear", kNoDoubt), SelectGeneralizedLinear},
+    {Row("foreign-extension", kDoubt), TakeOutForeignExtensions},
     {Row("cumulative-link", kNoDoubt), TakeLinkFromCumulativeLink},
     {Row("thresholds-first", kNoDoubt), PutThresholdsFirst},
     {Row("classification-target", kNoDoubt), ClassifyCategoricalTarget},
