@@ -38,6 +38,13 @@ std::optional<Change> TakeVersionFromNamespace(xercesc::DOMElement* root);
 /// A version of more than two parts is cut to two: the reader reads a number.
 std::optional<Change> ShortenVersion(xercesc::DOMElement* root);
 
+// Extensions (adapterrules_extensions.cpp).
+
+/// Extensions of other makers are taken out where the reader would take them for something else:
+/// where it counts children or looks at the first one alone, and where it would obey one for its
+/// name whoever signed it. Those of the latter kind are told.
+std::optional<Change> TakeOutForeignExtensions(xercesc::DOMElement* root);
+
 // The family (adapterrules_family.cpp).
 
 /// A generalizedLinear model whose algorithm and model name select no family gets the selector of
@@ -100,7 +107,8 @@ std::optional<Change> AcceptValuesAsIs(xercesc::DOMElement* root);
 /// A factor of texts that lists no values and has no contrasts gets those of its cells, and any
 /// other value is accepted: the exporter left out its reference category at least.
 std::optional<Change> ListCategoriesOfCells(xercesc::DOMElement* root);
-/// A missingValueReplacement that is no number is dropped from a continuous field.
+/// A missingValueReplacement that is no number is dropped from a continuous field, and such an
+/// invalidValueReplacement with its treatment.
 std::optional<Change> DropReplacementsThatAreNoNumbers(xercesc::DOMElement* root);
 /// Changes nothing, but says that a factor's missing or invalid values are replaced by a text that
 /// is none of its categories: the exporter means that no indicator is met.

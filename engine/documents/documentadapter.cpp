@@ -38,6 +38,7 @@ constexpr RuleRow kRules[] = {
     {Row("short-version", kNoDoubt), ShortenVersion},
     {Row("repeated-mining-field", kNoDoubt), DropRepeatedMiningFields},
     {Row("generalized-linear", kNoDoubt), SelectGeneralizedLinear},
+    {Row("foreign-extension", kDoubt), TakeOutForeignExtensions},
     {Row("cumulative-link", kNoDoubt), TakeLinkFromCumulativeLink},
     {Row("thresholds-first", kNoDoubt), PutThresholdsFirst},
     {Row("classification-target", kNoDoubt), ClassifyCategoricalTarget},
