@@ -467,7 +467,9 @@ TEST(Vocabulary, OfARootWhosePrefixIsAnothersIsForeign)
 TEST(Vocabulary, ManyElementsOfOneMisspellingAreEachTold)
 {
     std::string cells;
-    for (int i = 0; i < 250; ++i) cells += "<PPCell predictor='a'/><PPCell parametername='b'/>";
+    for (int i = 0; i < 250; ++i) {
+        cells += "<PPCell parameterName='b'/><PPCell parametername='b'/><PPCell parameter='b'/>";
+    }
     const Audited audited("<PMML version='4.4'><GeneralRegressionModel><PPMatrix>" + cells +
                           "</PPMatrix></GeneralRegressionModel></PMML>");
     EXPECT_EQ(audited.findings.CountOf("misspelt-attribute"), 250u);
