@@ -236,7 +236,7 @@ TEST_F(Classification, UnlistedCategoriesOfAFactorWithoutValuesAreCountedAtTheEn
         EXPECT_NEAR(Number(ParseCsv(run.out), "probability(yes)", row), Logistic(2.0), 1e-15);
     }
     EXPECT_NEAR(Number(ParseCsv(run.out), "probability(yes)", 2), Logistic(1.0), 1e-15);
-    EXPECT_EQ(run.err, "velscore: 3 of 3 cases scored\n");
+    EXPECT_TRUE(run.err.starts_with("velscore: 3 of 3 cases scored\n")) << run.err;
 }
 
 // The list was made from the cells, where the reference has none: a batch without any other value
@@ -250,7 +250,7 @@ TEST_F(Classification, TheReferenceCategoryThatNoCellNamesIsNoUnlistedValue)
     EXPECT_EQ(run.err.find("doesn't list"), std::string::npos) << run.err;
     run = Run(document, "x,f\n0.25,b\n0.25,a\n0.5,a\n", {"--strict"});
     EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(run.err, "velscore: 3 of 3 cases scored\n");
+    EXPECT_TRUE(run.err.starts_with("velscore: 3 of 3 cases scored\n")) << run.err;
     // Which of two it is nobody knows, so a slip that comes first is told all the same.
     run = Run(document, "x,f\n0.25,typo\n0.25,a\n0.5,a\n", {"--strict"});
     EXPECT_EQ(run.exitCode, 5);
