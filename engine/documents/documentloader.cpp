@@ -4,12 +4,12 @@
 #include <vector>
 
 #include "engine/documents/documenttree.h"
+#include "engine/documents/element.h"
 #include "engine/documents/treetext.h"
 #include "engine/messages/digest.h"
 #include "engine/messages/failure.h"
 #include "engine/tables/bytesource.h"
 #include "host/documents/pmmlmodeltags.h"
-#include "host/documents/veltranscoder.h"
 #include "host/messages/messages.h"
 
 namespace MCVelscore_850 {
@@ -40,15 +40,15 @@ Document Build(std::string_view bytes, const std::string& file,
 Document::Document(std::string file, std::unique_ptr<Tree> tree)
     : file_(std::move(file)), tree_(std::move(tree))
 {
-    const xercesc::DOMElement* root = tree_->dom->getDocumentElement();
-    rootName_ = Utf8FromXml(root->getTagName());
-    versionText_ =
-        Utf8FromXml(root->getAttribute(XmlFromUtf8(PMMLModelTags::XML_ATT_VERSION).c_str()));
+    rootName_ = Root().Tag();
+    versionText_ = Root().Text(PMMLModelTags::XML_ATT_VERSION);
 }
 
 Document::Document(Document&&) noexcept = default;
 Document& Document::operator=(Document&&) noexcept = default;
 Document::~Document() = default;
+
+Element Document::Root() const { return Element(tree_->dom->getDocumentElement()); }
 
 Document LoadDocument(const std::string& path, const DocumentLimits& limits, std::string* sha256)
 {
