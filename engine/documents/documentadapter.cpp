@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "engine/documents/adapterrules.h"
-#include "engine/documents/documenttree.h"
-#include "engine/documents/treetext.h"
+#include "engine/documents/documentloader.h"
+#include "engine/documents/modelelement.h"
 
 namespace MCVelscore_850 {
 
@@ -57,7 +57,7 @@ constexpr RuleRow kRules[] = {
 std::vector<Adaptation> AdaptDocument(Document& document)
 {
     std::vector<Adaptation> adaptations;
-    xercesc::DOMElement* root = document.GetTree().dom->getDocumentElement();
+    const Element root = document.Root();
     if (!IsPmmlRoot(root)) return adaptations;
     for (const RuleRow& row : kRules) {
         if (auto change = row.apply(root)) {

@@ -5,7 +5,7 @@
 
 #include "engine/documents/documenttree.h"
 #include "engine/documents/element.h"
-#include "engine/documents/treetext.h"
+#include "engine/documents/names.h"
 #include "engine/messages/digest.h"
 #include "engine/messages/failure.h"
 #include "engine/tables/bytesource.h"

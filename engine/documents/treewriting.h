@@ -12,9 +12,6 @@ namespace MCVelscore_850 {
 /// Order   within a XercesSession that outlives the result.
 OwnedTree NewTree(const std::string& nameSpace, const std::string& root);
 
-/// Appends an element in its parent's namespace.
-xercesc::DOMElement* AddElement(xercesc::DOMElement* parent, const std::string& tag);
-
 /// The tree as a document: UTF-8, an element a line, indented. Its texts are of a document too.
 std::string TreeText(const xercesc::DOMDocument& tree);
 

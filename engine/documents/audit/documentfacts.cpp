@@ -1,10 +1,7 @@
 #include "engine/documents/audit/documentfacts.h"
 
-#include <xercesc/dom/DOM.hpp>
-
-#include "engine/documents/documenttree.h"
+#include "engine/documents/documentloader.h"
 #include "engine/documents/treefields.h"
-#include "engine/documents/treetext.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/documents/veltranscoder.h"
 
@@ -41,7 +38,7 @@ public:
         facts_.version = facts_.root.Number(Tags::XML_ATT_VERSION).value_or(0.0);
         GatherFields();
         if (!facts_.model) return std::move(facts_);
-        facts_.family = FamilyOfModel(facts_.root.Dom(), facts_.model.Dom());
+        facts_.family = FamilyOfModel(facts_.root, facts_.model);
         FindTarget();
         GatherParameters();
         GatherPredictors();
@@ -68,9 +65,9 @@ private:
             field.optype = element.Text(Tags::XML_ATT_DATAFIELD_OPTYPE);
             field.dataType = element.Text("dataType");
             field.derived = derived;
-            for (const auto* value : ValidValues(element.Dom())) {
-                field.categories.push_back(AttributeText(value, Tags::XML_ATT_VALUE));
-                field.categoryKeys.push_back(CategoryKey(element.Dom(), field.categories.back()));
+            for (const Element value : ValidValues(element)) {
+                field.categories.push_back(value.Text(Tags::XML_ATT_VALUE));
+                field.categoryKeys.push_back(CategoryKey(element, field.categories.back()));
             }
             // A name that comes again keeps the first field.
             if (facts_.fieldNames.Add(element.Raw(Tags::XML_ATT_NAME)) == facts_.fields.size()) {
@@ -81,9 +78,9 @@ private:
 
     void FindTarget()
     {
-        const auto* target = TargetDataField(facts_.root.Dom());
+        const Element target = TargetDataField(facts_.root);
         for (const DocumentFacts::Field& field : facts_.fields) {
-            if (field.element.Dom() == target && target != nullptr) facts_.target = &field;
+            if (target && field.element == target) facts_.target = &field;
         }
     }
 
@@ -158,10 +155,6 @@ private:
 
 }  // namespace
 
-DocumentFacts GatherFacts(const Document& document)
-{
-    xercesc::DOMElement* root = document.GetTree().dom->getDocumentElement();
-    return Gatherer(Element(root)).Gather();
-}
+DocumentFacts GatherFacts(const Document& document) { return Gatherer(document.Root()).Gather(); }
 
 }  // namespace MCVelscore_850
