@@ -5,6 +5,7 @@
 
 #include "engine/documents/adapterrules.h"
 #include "engine/documents/names.h"
+#include "engine/documents/vocabulary.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/documents/veltranscoder.h"
 
@@ -14,22 +15,27 @@ namespace {
 
 using Tags = PMMLModelTags;
 
-constexpr std::string_view kPmmlNamespace = "http://www.dmg.org/PMML";
+const std::string kPmmlNamespace = "http://www.dmg.org/PMML";
 constexpr std::string_view kXmlns = "xmlns";
 
 // Which prefixes stand for PMML, asked for each element that has one.
 class Prefixes {
 public:
-    explicit Prefixes(Element root) : rootPrefix_(PrefixOf(root.Tag())) {}
+    explicit Prefixes(Element root)
+        : rootPrefix_(PrefixOf(root.Tag())),
+          // The root's name alone says what it is, unless its namespace says otherwise.
+          rootIsPmml_(IsPmmlNamespace(NamespaceOf(root, rootPrefix_).value_or(kPmmlNamespace)))
+    {}
 
     bool ArePmml(Element element, const std::string& prefix) const
     {
-        if (prefix == rootPrefix_) return true;  // the root's name alone says what it is
-        return NamespaceOf(element, prefix).value_or("").starts_with(kPmmlNamespace);
+        if (prefix == rootPrefix_) return rootIsPmml_;
+        return IsPmmlNamespace(NamespaceOf(element, prefix).value_or(""));
     }
 
 private:
     const std::string rootPrefix_;
+    const bool rootIsPmml_;
 };
 
 struct Dropped {

@@ -38,6 +38,9 @@ DocumentAudit::DocumentAudit(const Document& document, std::span<const std::stri
 void DocumentAudit::LookAtTree()
 {
     facts_ = GatherFacts(document_);
+    LookAtVocabulary(facts_, [this](const Rule& rule, const Detail& detail) {
+        findings_.Add(rule, AnswerOf(rule), detail);
+    });
     for (const AuditRule* rule : AllAuditRules()) {
         if (rule->tree == nullptr) continue;
         RuleReport report(rule->rule, AnswerOf(rule->rule), findings_);

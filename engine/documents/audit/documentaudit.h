@@ -1,6 +1,7 @@
 #ifndef VELSCORE_ENGINE_DOCUMENTS_AUDIT_DOCUMENTAUDIT_H
 #define VELSCORE_ENGINE_DOCUMENTS_AUDIT_DOCUMENTAUDIT_H
 
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -34,6 +35,11 @@ std::span<const AuditRule> ContrastRules();
 std::span<const AuditRule> FieldRules();
 std::span<const AuditRule> TransformationRules();
 std::span<const AuditRule> ExtensionRules();
+
+/// Walks over a document of either form and tells what isn't its vocabulary, under the rules of
+/// VocabularyRules() that have no check of their own.
+void LookAtVocabulary(const DocumentFacts& facts,
+                      const std::function<void(const Rule& rule, const Detail& detail)>& tell);
 
 /// Every rule of the audit.
 std::vector<const AuditRule*> AllAuditRules();

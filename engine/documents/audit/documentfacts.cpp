@@ -1,5 +1,6 @@
 #include "engine/documents/audit/documentfacts.h"
 
+#include "engine/documents/audit/familyfacts.h"
 #include "engine/documents/documentloader.h"
 #include "engine/documents/treefields.h"
 #include "host/documents/pmmlmodeltags.h"
@@ -38,17 +39,28 @@ public:
         facts_.version = facts_.root.Number(Tags::XML_ATT_VERSION).value_or(0.0);
         GatherFields();
         if (!facts_.model) return std::move(facts_);
-        facts_.family = FamilyOfModel(facts_.root, facts_.model);
+        FindFamily();
         FindTarget();
         GatherParameters();
         GatherPredictors();
         GatherDesigns();
         GatherEstimates();
         GatherCovariances();
+        GatherOptions(facts_);
+        GatherBaselines(facts_);
         return std::move(facts_);
     }
 
 private:
+    void FindFamily()
+    {
+        facts_.family = FamilyOfModel(facts_.root, facts_.model);
+        if (!facts_.family) return;
+        facts_.family = FamilyUnderLink(*facts_.family,
+                                        facts_.model.Text(Tags::XML_VAL_RM_EXT_NAME_DISTRIBUTION),
+                                        facts_.model.Text(Tags::XML_ATT_LINKFUNCTION));
+    }
+
     void GatherFields()
     {
         AddFields(facts_.root.Child(Tags::XML_ELE_DATADICTIONARY), "DataField", false);
@@ -154,6 +166,11 @@ private:
 };
 
 }  // namespace
+
+std::string KeyOf(const DocumentFacts::Field* field, const std::string& category)
+{
+    return field == nullptr ? category : CategoryKey(field->element, category);
+}
 
 DocumentFacts GatherFacts(const Document& document) { return Gatherer(document.Root()).Gather(); }
 

@@ -86,12 +86,51 @@ struct DocumentFacts {
         std::optional<double> value;
     };
 
+    /// What stands beside the model's tables: one of its leading extensions, which alone are read,
+    /// or one of its attributes that isn't empty.
+    struct Option {
+        Element element;  ///< the extension, or the model
+        std::string name;
+        std::string value;
+        bool isExtension = false;
+        /// The attribute that holds the value.
+        std::string Attribute() const { return isExtension ? "value" : name; }
+    };
+    /// A time of a baseline with its cumulative hazard.
+    struct HazardCell {
+        Element element;
+        std::optional<double> time;
+        std::optional<double> hazard;
+    };
+    /// The baseline of one stratum, or the only one of a model without strata.
+    struct Stratum {
+        Element element;
+        std::string value;
+        std::string variable;           ///< the stratum's varName
+        std::vector<Element> tables;    ///< that hold cells
+        std::vector<Element> maxTimes;  ///< that tell the last time
+        std::optional<double> maxTime;
+        std::vector<HazardCell> cells;  ///< of the first table
+    };
+    /// BaseCumHazardTables, or the extension that says the same.
+    struct Baseline {
+        Element element;
+        bool isExtension = false;
+        bool isStratified = false;
+        std::vector<Stratum> strata;  ///< one where it isn't stratified
+    };
+    /// The value at which a Cox model is centred.
+    struct BasePoint {
+        Element element;  ///< an X-BasePoint, or the Parameter
+        std::string parameter;
+        std::string value;
+    };
+
     Element root;
     Element model;  ///< null where there is none
     bool older = false;
     double version = 0.0;
-    /// What the reader will choose, before distribution and link decide; nothing for an unknown
-    /// type.
+    /// What the reader will choose; nothing for an unknown type.
     std::optional<FamilyCode> family;
 
     std::vector<Field> fields;  ///< of the dictionary, then the derived ones
@@ -105,13 +144,21 @@ struct DocumentFacts {
     std::vector<Estimate> estimates;
     std::vector<Covariance> covariances;
     NameIndex covarianceCategories;
+    std::vector<Option> options;      ///< extensions, then attributes, in order
+    std::vector<Baseline> baselines;  ///< of a Cox model, in the order in which they are read
+    std::vector<BasePoint>
+        basePoints;  ///< of a Cox model; of two for one parameter the first counts
 
+    bool IsAmong(FamilySet families) const { return family && Has(families, *family); }
     bool Is(FamilyCode code) const { return family == code; }
     const Field* FieldOf(const Predictor& predictor) const
     {
         return predictor.field == NameIndex::kNone ? nullptr : &fields[predictor.field];
     }
 };
+
+/// A key under which equal categories of the field meet; without a field the text itself.
+std::string KeyOf(const DocumentFacts::Field* field, const std::string& category);
 
 /// Reads the facts of a document's tree, in one walk.
 DocumentFacts GatherFacts(const Document& document);
