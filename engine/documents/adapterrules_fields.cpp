@@ -20,6 +20,7 @@ using Tags = PMMLModelTags;
 
 constexpr std::string_view kDataType = "dataType";
 constexpr std::string_view kCategorical = "categorical";
+constexpr std::string_view kInvalidTreatment = "invalidValueTreatment";
 constexpr std::string_view kDiscreteOptypes[] = {kCategorical, "ordinal"};
 constexpr std::string_view kWordTypes[] = {"string", "boolean"};
 // A mining field without a usageType is an active one.
@@ -166,23 +167,31 @@ std::optional<Change> DropReplacementsThatAreNoNumbers(Element root)
     std::vector<std::string> names;
     std::string firstText;
     DocumentPlace place;
-    for (const Element field : fields) {
-        const std::string text = field.Text(Tags::XML_ATT_MININGFIELD_MISSREPLACE);
-        const std::string name = field.Text(Tags::XML_ATT_MININGFIELD_NAME);
+    const auto drop = [&](Element field, const std::string& attribute) {
+        const std::string text = field.Text(attribute);
         double number = 0.0;
         // A number that is too large is one all the same: the reader refuses it.
-        if (text.empty() || ReadNumber(text, number) != NumberText::NotANumber) continue;
-        if (!continuous.contains(name)) continue;
+        if (text.empty() || ReadNumber(text, number) != NumberText::NotANumber) return false;
+        const std::string name = field.Text(Tags::XML_ATT_MININGFIELD_NAME);
+        if (!continuous.contains(name)) return false;
         if (names.empty()) {
             place = field.Place();
-            firstText = text;
+            firstText = attribute;
+            firstText.append(" \"").append(text).append("\"");
         }
         names.push_back(name);
-        field.RemoveAttribute(Tags::XML_ATT_MININGFIELD_MISSREPLACE);
+        field.RemoveAttribute(attribute);
+        return true;
+    };
+    for (const Element field : fields) {
+        drop(field, Tags::XML_ATT_MININGFIELD_MISSREPLACE);
+        // Without its replacement the treatment says nothing.
+        if (field.Text(kInvalidTreatment) == "asValue" && drop(field, "invalidValueReplacement")) {
+            field.RemoveAttribute(kInvalidTreatment);
+        }
     }
     if (names.empty()) return std::nullopt;
-    return Change{place, "missingValueReplacement \"" + firstText + "\" of " + Listed(names) +
-                             " is no number and is dropped"};
+    return Change{place, firstText + " of " + Listed(names) + " is no number and is dropped"};
 }
 
 std::optional<Change> NoteUnlistedReplacements(Element root)
@@ -205,7 +214,7 @@ std::optional<Change> NoteUnlistedReplacements(Element root)
         const auto dataField = dataFields.find(name);
         if (!factors.contains(name) || dataField == dataFields.end()) continue;
         std::vector<std::string> texts{field.Text(Tags::XML_ATT_MININGFIELD_MISSREPLACE)};
-        if (field.Text("invalidValueTreatment") == "asValue") {
+        if (field.Text(kInvalidTreatment) == "asValue") {
             texts.push_back(field.Text("invalidValueReplacement"));
         }
         for (const std::string& text : texts) {
@@ -230,8 +239,7 @@ std::optional<Change> AcceptValuesAsIs(Element root)
     std::set<std::string> asIs;
     for (const Element field : MiningFields(root)) {
         const std::string usage = field.Text(Tags::XML_ATT_MININGFIELD_USAGETYPE);
-        if (field.Text("invalidValueTreatment") != "asIs") continue;
-        if (!IsOneOf(usage, kActiveUsages)) continue;
+        if (field.Text(kInvalidTreatment) != "asIs" || !IsOneOf(usage, kActiveUsages)) continue;
         asIs.insert(field.Text(Tags::XML_ATT_MININGFIELD_NAME));
     }
     std::vector<std::string> names;
@@ -241,8 +249,7 @@ std::optional<Change> AcceptValuesAsIs(Element root)
         if (!asIs.contains(name)) continue;
         const Elements intervals = field.Children("Interval").List();
         const bool isFactorOfTexts = factors.contains(name) && field.Text(kDataType) == "string" &&
-                                     field.Child(Tags::XML_ELE_VALUE) &&
-                                     !field.Child(Tags::XML_ELE_EXTENSION);
+                                     field.Child(Tags::XML_ELE_VALUE) && !AcceptsUnlisted(field);
         if (intervals.empty() && !isFactorOfTexts) continue;
         for (Element interval : intervals) interval.Erase();
         if (isFactorOfTexts) AcceptUnlisted(field);

@@ -227,6 +227,11 @@ std::optional<Change> NoteMissingEstimates(Element root)
 {
     const Element model = ModelElement(root);
     if (!model || model.Child(Tags::XML_ELE_PARAM_MATRIX)) return std::nullopt;
+    // With predictors it is a fault, which the audit tells.
+    if (!Predictors(root, Tags::XML_ELE_FAC_LIST).Empty() ||
+        !Predictors(root, Tags::XML_ELE_COV_LIST).Empty()) {
+        return std::nullopt;
+    }
     return Change{model.Place(),
                   "no ParamMatrix: the model has no estimates, and every beta counts "
                   "as 0"};

@@ -88,10 +88,13 @@ Elements ValidValues(Element field)
 
 std::string CategoryKey(Element field, const std::string& text)
 {
+    return CategoryKey(field.Text("dataType"), text);
+}
+
+std::string CategoryKey(const std::string& dataType, const std::string& text)
+{
     double number = 0.0;
-    if (!IsNumericType(field.Text("dataType")) || ReadNumber(text, number) != NumberText::Number) {
-        return text;
-    }
+    if (!IsNumericType(dataType) || ReadNumber(text, number) != NumberText::Number) return text;
     // its bits, since no shorter text tells all numbers apart; adding 0 makes -0 the plain one
     return std::to_string(std::bit_cast<uint64_t>(number + 0.0));
 }
@@ -109,7 +112,10 @@ void AcceptUnlisted(Element field)
 bool AcceptsUnlisted(Element field)
 {
     for (const Element extension : field.Children(Tags::XML_ELE_EXTENSION)) {
-        if (extension.Text(Tags::XML_ATT_EXT_NAME) == kUnlistedCategories) return true;
+        if (extension.Text(Tags::XML_ATT_EXTENSION_EXTENDER) == Tags::XML_VAL_EXTENSION_EXTENDER &&
+            extension.Text(Tags::XML_ATT_EXT_NAME) == kUnlistedCategories) {
+            return true;
+        }
     }
     return false;
 }

@@ -28,6 +28,7 @@ Elements ValidValues(Element field);
 /// A key that two texts share when they are the same category of the field: the text itself, or its
 /// number in a field of numbers.
 std::string CategoryKey(Element field, const std::string& text);
+std::string CategoryKey(const std::string& dataType, const std::string& text);
 /// True for the data types whose values are numbers.
 bool IsNumericType(std::string_view dataType);
 /// Adds the dictionary's own extension by which a field takes values that it doesn't list.

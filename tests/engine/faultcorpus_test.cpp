@@ -169,8 +169,8 @@ TEST_P(FaultCorpus, IsToldAtItsPlaceOrScoredAsTheSoundOne)
         }
         EXPECT_EQ(ScoresOfCase(model, kData + expected.base), SoundOf(expected.base).scores);
     } catch (const DocumentFaults& faults) {
-        EXPECT_EQ(expected.answer, "fault") << Told(faults.All());
-        EXPECT_TRUE(IsTold(faults.All(), Answer::Fault)) << Wanted() << Told(faults.All());
+        EXPECT_EQ(expected.answer, "fault") << Told(faults.Found());
+        EXPECT_TRUE(IsTold(faults.Found(), Answer::Fault)) << Wanted() << Told(faults.Found());
     } catch (const DocumentFailure& refusal) {
         if (expected.code == refusal.Code() && expected.line == refusal.Line() &&
             expected.column == refusal.Column()) {

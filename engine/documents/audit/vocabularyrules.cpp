@@ -66,11 +66,9 @@ constexpr Rule kMisplacedElement = {"misplaced-element", Answer::Fault, kStrict,
 constexpr Rule kUnknownWord = {"unknown-word", Answer::Fault, kStrict,
                                "{attribute} of {element} is {found}, none of {expected}{meant}",
                                "Write one of {expected}."};
-constexpr Rule kOddWord = {
-    "odd-word", Answer::Notice, kLenient,
-    "{attribute} of {element} is {found}, none of {expected}; nothing that is computed depends on "
-    "it{meant}",
-    "Write one of {expected}, or take the attribute out."};
+constexpr Rule kOddWord = {"odd-word", Answer::Notice, kLenient,
+                           "{attribute} of {element} is {found}, none of {expected}{meant}",
+                           "Write one of {expected}, or take the attribute out."};
 constexpr Rule kEmptyWord = {"empty-word", Answer::Notice, kStrict,
                              "{attribute} of {element} is empty, which counts as absent",
                              "Write one of {expected}, or take the attribute out."};
@@ -145,6 +143,18 @@ const Row* FindNear(std::span<const Row> rows, std::string_view Row::*name, std:
     return near.empty() ? nullptr : FindRow(rows, name, near);
 }
 
+// The name that is meant beyond doubt: no other one comes near.
+template <class Row>
+Mend MendOf(Mend::Action action, std::span<const Row> rows, std::string_view Row::*name,
+            const Row* near, std::string_view word)
+{
+    if (near == nullptr) return {};
+    std::vector<std::string> others = NamesOf(rows, name);
+    std::erase(others, near->*name);
+    if (!NearWord(word, others).empty()) return {};
+    return {action, std::string(near->*name)};
+}
+
 std::string OneOf(std::span<const std::string_view> words)
 {
     return Listed({words.begin(), words.end()});
@@ -154,14 +164,19 @@ class VocabularyWalk {
 public:
     using Tell = std::function<void(const Rule& rule, const Detail& detail)>;
 
-    VocabularyWalk(const DocumentFacts& facts, bool older, const Tell& tell)
-        : facts_(facts), isOlder_(older), words_(Vocabulary(older)), tell_(tell)
+    VocabularyWalk(Element root, bool older, const Tell& tell)
+        : root_(root),
+          version_(root.Number(Tags::XML_ATT_VERSION).value_or(0.0)),
+          isOlder_(older),
+          hasVersion_(!older && IsKnownVersion(version_)),
+          words_(Vocabulary(older)),
+          tell_(tell)
     {}
 
     void LookAtRoot()
     {
         if (!isOlder_) LookAtVersion();
-        LookAt(facts_.root, KnownOf(*WordOf(facts_.root.Tag())));
+        LookAt(root_, KnownOf(*WordOf(root_.Tag())));
     }
 
 private:
@@ -172,23 +187,30 @@ private:
     struct AttributeName {
         const AttributeWord* row = nullptr;
         const AttributeWord* near = nullptr;
+        Mend mend{};
         bool isOwn = false;
     };
     // Likewise of a tag in one element.
     struct ChildName {
         const ChildWord* row = nullptr;
         const ChildWord* near = nullptr;
+        Mend mend{};
         Known* known = nullptr;  // null for a tag that the vocabulary doesn't have
         bool isOwn = false;
     };
     // An element's row with the names that were met on it and in it.
     struct Known {
         const ElementWord* word;
+        // The names on the last element on which there was nothing to look at but them.
+        std::vector<const XMLCh*> plainNames;
         std::unordered_map<const XMLCh*, AttributeName> attributes;
         std::unordered_map<const XMLCh*, ChildName> children;
     };
-    // The children of one element that may not come again, so far.
+    // What is known of the children of one element so far: those that may not come again, and the
+    // last one's name, which many have.
     struct Seen {
+        const XMLCh* lastTag = nullptr;
+        const ChildName* lastChild = nullptr;
         std::vector<const ChildWord*> single;
         std::string model;
         bool hasExpression = false;
@@ -204,17 +226,17 @@ private:
 
     Known& KnownOf(const ElementWord& word)
     {
-        return known_.try_emplace(&word, Known{&word, {}, {}}).first->second;
+        return known_.try_emplace(&word, Known{&word, {}, {}, {}}).first->second;
     }
 
     void LookAtVersion()
     {
-        const std::string text = facts_.root.Text(Tags::XML_ATT_VERSION);
+        const std::string text = root_.Text(Tags::XML_ATT_VERSION);
         double version = 0.0;
         // The reader refuses what is no number.
         if (ReadNumber(text, version) != NumberText::Number || IsKnownVersion(version)) return;
         tell_(kUnknownVersion,
-              {.element = facts_.root,
+              {.element = root_,
                .attribute = Tags::XML_ATT_VERSION,
                .found = text,
                .expected = fmt::format("{:.1f} to {:.1f}", kFirstVersion, kLastVersion)});
@@ -227,31 +249,59 @@ private:
         if (!word.isOpen || !word.attributes.empty()) LookAtAttributes(element, known);
         if (word.isOpen) return;
         if (word.tag == kConstant) LookAtConstant(element);
+        const ElementRange children = element.Children();
+        if (children.Empty()) return;
         Seen seen;
-        for (const Element child : element.Children()) LookAtChild(element, child, known, seen);
+        for (const Element child : children) LookAtChild(element, child, known, seen);
     }
 
     void LookAtAttributes(Element element, Known& known)
     {
-        const xercesc::DOMNamedNodeMap* attributes = element.Dom()->getAttributes();
-        const XMLSize_t count = attributes->getLength();
-        for (XMLSize_t i = 0; i < count; ++i) {
-            const xercesc::DOMNode* attribute = attributes->item(i);
-            const XMLCh* name = attribute->getNodeName();
-            auto met = known.attributes.find(name);
-            if (met == known.attributes.end()) {
-                met = known.attributes.emplace(name, MeetAttribute(name, *known.word)).first;
-            }
-            const AttributeName& meaning = met->second;
-            if (meaning.row == nullptr) {
-                if (!meaning.isOwn) TellUnknownAttribute(element, Utf8FromXml(name), meaning.near);
-                continue;
-            }
-            if (!meaning.row->words.empty()) {
-                LookAtWord(element, *meaning.row, Utf8FromXml(attribute->getNodeValue()));
-            }
-            LookAtSince(element, *meaning.row);
+        const xercesc::DOMNamedNodeMap& attributes = *element.Dom()->getAttributes();
+        if (HasNames(attributes, known.plainNames)) return;
+        std::vector<const XMLCh*> names;
+        bool isPlain = true;
+        for (XMLSize_t i = 0; i < attributes.getLength(); ++i) {
+            const xercesc::DOMNode* attribute = attributes.item(i);
+            names.push_back(attribute->getNodeName());
+            isPlain = !LookAtAttribute(element, *attribute, known) && isPlain;
         }
+        if (isPlain) known.plainNames = std::move(names);
+    }
+
+    // Cells have the same names, one after another.
+    static bool HasNames(const xercesc::DOMNamedNodeMap& attributes,
+                         const std::vector<const XMLCh*>& names)
+    {
+        const XMLSize_t count = attributes.getLength();
+        if (count != names.size()) return false;
+        for (XMLSize_t i = 0; i < count; ++i) {
+            if (attributes.item(i)->getNodeName() != names[i]) return false;
+        }
+        return true;
+    }
+
+    // False where the name says all and there is nothing to tell.
+    bool LookAtAttribute(Element element, const xercesc::DOMNode& attribute, Known& known)
+    {
+        const XMLCh* name = attribute.getNodeName();
+        auto met = known.attributes.find(name);
+        if (met == known.attributes.end()) {
+            met = known.attributes.emplace(name, MeetAttribute(name, *known.word)).first;
+        }
+        const AttributeName& meaning = met->second;
+        if (meaning.isOwn) return false;
+        if (meaning.row == nullptr) {
+            TellUnknownAttribute(element, Utf8FromXml(name), meaning);
+            return true;
+        }
+        const AttributeWord& row = *meaning.row;
+        if (!row.words.empty()) LookAtWord(element, row, Utf8FromXml(attribute.getNodeValue()));
+        if (IsLater(row.since)) {
+            TellLater(element, std::string(row.name),
+                      fmt::format("{} of {}", row.name, element.Tag()), row.since);
+        }
+        return !row.words.empty() || IsLater(row.since);
     }
 
     static AttributeName MeetAttribute(const XMLCh* xmlName, const ElementWord& word)
@@ -262,19 +312,23 @@ private:
         meaning.isOwn = IsOwnName(name);
         if (meaning.row == nullptr && !meaning.isOwn) {
             meaning.near = FindNear(word.attributes, &AttributeWord::name, name);
+            meaning.mend = MendOf(Mend::Action::RenameAttribute, word.attributes,
+                                  &AttributeWord::name, meaning.near, name);
         }
         return meaning;
     }
 
     // A name beside the one that it comes near to isn't meant for it.
-    void TellUnknownAttribute(Element element, std::string name, const AttributeWord* near)
+    void TellUnknownAttribute(Element element, std::string name, const AttributeName& meaning)
     {
+        const AttributeWord* near = meaning.near;
         if (near != nullptr && element.Has(near->name)) near = nullptr;
         const bool matters = near != nullptr && near->effect != Effect::None;
         tell_(matters ? kMisspeltAttribute : kUnknownAttribute,
               {.element = element,
                .attribute = std::move(name),
-               .nearWord = near == nullptr ? std::string() : std::string(near->name)});
+               .nearWord = near == nullptr ? std::string() : std::string(near->name),
+               .mend = near == nullptr ? Mend() : meaning.mend});
     }
 
     void LookAtWord(Element element, const AttributeWord& row, const std::string& text)
@@ -288,11 +342,15 @@ private:
                    (row.effect == Effect::Output && IsOwnWord(text))) {
             rule = &kOddWord;
         }
+        const std::string near = NearWord(text, NamesOf(row.words, list));
+        // Upper and lower case are the same letters.
+        const bool isSame = !near.empty() && WordDistance(text, near) == 0;
         tell_(*rule, {.element = element,
                       .attribute = std::string(row.name),
                       .found = text,
                       .expected = OneOf(row.words),
-                      .nearWord = NearWord(text, NamesOf(row.words, list))});
+                      .nearWord = near,
+                      .mend = isSame ? Mend{Mend::Action::SetAttribute, near} : Mend()});
     }
 
     static bool FindWord(std::span<const std::string_view> words, std::string_view text)
@@ -300,20 +358,13 @@ private:
         return std::find(words.begin(), words.end(), text) != words.end();
     }
 
-    void LookAtSince(Element element, const AttributeWord& row)
-    {
-        if (!IsLater(row.since)) return;
-        TellLater(element, std::string(row.name), fmt::format("{} of {}", row.name, element.Tag()),
-                  row.since);
-    }
-
-    bool IsLater(double since) const { return !isOlder_ && facts_.version < since; }
+    bool IsLater(double since) const { return hasVersion_ && version_ < since; }
 
     void TellLater(Element element, std::string attribute, std::string what, double since)
     {
         tell_(kLaterVersion, {.element = element,
                               .attribute = std::move(attribute),
-                              .found = facts_.root.Text(Tags::XML_ATT_VERSION),
+                              .found = root_.Text(Tags::XML_ATT_VERSION),
                               .expected = fmt::format("{:.1f}", since),
                               .what = std::move(what)});
     }
@@ -330,11 +381,15 @@ private:
     void LookAtChild(Element parent, Element child, Known& known, Seen& seen)
     {
         const XMLCh* tag = child.Dom()->getTagName();
-        auto met = known.children.find(tag);
-        if (met == known.children.end()) {
-            met = known.children.emplace(tag, MeetChild(tag, *known.word)).first;
+        if (tag != seen.lastTag) {
+            seen.lastTag = tag;
+            auto met = known.children.find(tag);
+            if (met == known.children.end()) {
+                met = known.children.emplace(tag, MeetChild(tag, *known.word)).first;
+            }
+            seen.lastChild = &met->second;
         }
-        const ChildName& meaning = met->second;
+        const ChildName& meaning = *seen.lastChild;
         if (meaning.isOwn) return;
         if (meaning.row == nullptr && !IsExtension(meaning)) {
             return TellUnknownChild(parent, child, meaning);
@@ -360,6 +415,8 @@ private:
         meaning.isOwn = meaning.known == nullptr && IsOwnName(tag);
         if (meaning.known == nullptr && !meaning.isOwn) {
             meaning.near = FindNear(parent.children, &ChildWord::tag, tag);
+            meaning.mend = MendOf(Mend::Action::RenameElement, parent.children, &ChildWord::tag,
+                                  meaning.near, tag);
         }
         return meaning;
     }
@@ -377,7 +434,8 @@ private:
         tell_(matters ? kMisspeltElement : kUnknownElement,
               {.element = child,
                .nearWord = near == nullptr ? std::string() : std::string(near->tag),
-               .what = parent.Tag()});
+               .what = parent.Tag(),
+               .mend = near == nullptr ? Mend() : meaning.mend});
     }
 
     // An element may declare that it is another vocabulary's.
@@ -447,8 +505,10 @@ private:
 
     static constexpr std::string_view kConstant = "Constant";
 
-    const DocumentFacts& facts_;
+    const Element root_;
+    const double version_;
     const bool isOlder_;
+    const bool hasVersion_;
     const std::vector<const ElementWord*> words_;
     const Tell& tell_;
     std::unordered_map<const ElementWord*, Known> known_;
@@ -469,17 +529,17 @@ std::optional<std::string> ForeignNamespace(Element root)
 
 std::span<const AuditRule> VocabularyRules() { return kRules; }
 
-void LookAtVocabulary(const DocumentFacts& facts,
+void LookAtVocabulary(Element root,
                       const std::function<void(const Rule& rule, const Detail& detail)>& tell)
 {
-    const bool older = facts.root.Is(ZELTModelTags::XML_ELE_ZELTML);
-    if (!older && IsPmmlRoot(facts.root)) {
-        if (const auto uri = ForeignNamespace(facts.root)) {
-            tell(kForeignNamespace, {.element = facts.root, .attribute = "xmlns", .found = *uri});
+    const bool older = root.Is(ZELTModelTags::XML_ELE_ZELTML);
+    if (!older && IsPmmlRoot(root)) {
+        if (const auto uri = ForeignNamespace(root)) {
+            tell(kForeignNamespace, {.element = root, .attribute = "xmlns", .found = *uri});
         }
     }
-    if (older || facts.root.Is(Tags::XML_ELE_PMML)) {
-        VocabularyWalk(facts, older, tell).LookAtRoot();
+    if (older || root.Is(Tags::XML_ELE_PMML)) {
+        VocabularyWalk(root, older, tell).LookAtRoot();
     }
 }
 
