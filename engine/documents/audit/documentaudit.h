@@ -67,7 +67,7 @@ public:
     void LookAtModel(const ModelDescription& model);
 
 private:
-    Answer AnswerOf(const AuditRule& rule) const;
+    Answer AnswerOf(const Rule& rule, bool isNoticeInOlderForm = false) const;
 
     const Document& document_;
     std::vector<std::string> allowed_;
