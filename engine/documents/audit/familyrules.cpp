@@ -5,7 +5,7 @@
 #include <initializer_list>
 
 #include "engine/documents/audit/documentaudit.h"
-#include "engine/documents/treetext.h"
+#include "engine/documents/names.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/messages/nearword.h"
 #include "host/model/modeldescription.h"

@@ -17,7 +17,8 @@
 #include <xercesc/dom/DOM.hpp>
 
 #include "engine/documents/audit/documentaudit.h"
-#include "engine/documents/treetext.h"
+#include "engine/documents/modelelement.h"
+#include "engine/documents/names.h"
 #include "engine/documents/vocabulary.h"
 #include "engine/messages/shorttext.h"
 #include "host/documents/pmmlmodeltags.h"
@@ -528,7 +529,7 @@ void LookAtVocabulary(Element root,
                       const std::function<void(const Rule& rule, const Detail& detail)>& tell)
 {
     const bool older = root.Is(ZELTModelTags::XML_ELE_ZELTML);
-    if (!older && IsPmmlRoot(root.Dom())) {
+    if (!older && IsPmmlRoot(root)) {
         if (const auto uri = ForeignNamespace(root)) {
             tell(kForeignNamespace, {.element = root, .attribute = "xmlns", .found = *uri});
         }
