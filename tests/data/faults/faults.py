@@ -13,9 +13,11 @@ import json
 import pathlib
 import re
 
-# Codes of the reader's own refusals: a text that is no number, one that is no whole number.
+# Codes of the reader's own refusals: a text that is no number, one that is no whole number, a target
+# beside the first.
 NO_NUMBER = 269001
 NOT_WHOLE = 269002
+SECOND_TARGET = 260204
 
 DATA = pathlib.Path(__file__).resolve().parent.parent
 TAG = re.compile(r"<(/?)([A-Za-z_][\w.:-]*)((?:\s+[\w.:-]+\s*=\s*(?:\"[^\"]*\"|'[^']*'))*)\s*(/?)>")
@@ -518,7 +520,7 @@ def beta_of_no_category(document):
 
 @kind(8)
 def two_betas(document):
-    if document.older:
+    if document.older or document.is_model("ordinalMultinomial"):
         return None
     tag = middle(document.all("PCell"))
     if not tag:
@@ -530,7 +532,7 @@ def two_betas(document):
 
 @kind(8)
 def a_beta_twice(document):
-    if document.older:
+    if document.older or document.is_model("ordinalMultinomial"):
         return None
     tag = middle(document.all("PCell"))
     if not tag:
@@ -564,7 +566,7 @@ def two_covariances(document):
     tag = middle(document.all("PCovCell"))
     if not tag or document.older:
         return None
-    copy = source(document, tag).replace(f'value="{tag["value"]}"', 'value="0.125"')
+    copy = source(document, tag).replace(f'value="{tag["value"]}"', 'value="0.375"')
     edits = insert_after(document, tag, copy)
     return fault(edits, "contradicting-cells", At(edits[0], "<PCovCell"))
 
@@ -633,7 +635,7 @@ def parameter_without_cell(document):
     for tag in cells:
         betas = [float(t["beta"]) for t in document.all("PCell") if t["parameterName"] == tag["parameterName"]]
         only = sum(t["parameterName"] == tag["parameterName"] for t in cells) == 1
-        if only and constants(document) and any(betas):
+        if only and len(cells) > 1 and constants(document) and any(betas):
             parameter = next(t for t in document.all("Parameter") if t["name"] == tag["parameterName"])
             return fault(drop_element(document, tag), "parameter-without-cell", parameter)
     return None
@@ -717,6 +719,8 @@ def thresholds_that_fall(document):
         return None
     cells = [t for t in document.all("PCell") if t["targetCategory"]]
     one, other = cells[0], cells[1]
+    if len({t["parameterName"] for t in cells}) > 1:
+        return None
     return fault(set_attribute(one, "beta", other["beta"]) + set_attribute(other, "beta", one["beta"]),
                  "falling-thresholds", other)
 
@@ -839,7 +843,7 @@ def a_value_twice(document):
         return None
     value = document.within(field, "Value")[0]
     edits = insert_after(document, value, f'<Value value="{value["value"]}" property="invalid"/>')
-    return fault(edits, "repeated-value", At(edits[0], "<Value"))
+    return fault(edits, "value-of-two-properties", At(edits[0], "<Value"))
 
 
 @kind(8)
@@ -865,7 +869,7 @@ def a_second_target(document):
     edits = insert_after(document, field, f'<DataField name="{name}" optype="continuous" dataType="double"/>')
     more = insert_after(document, last, f'<MiningField name="{name}" usageType="target"/>')
     assert name not in used
-    return fault(edits + more, "several-targets", At(more[0], "<MiningField"))
+    return refused(edits + more, SECOND_TARGET, At(more[0], "<MiningField"))
 
 
 @kind(3)
@@ -882,7 +886,7 @@ def as_value_without_value(document):
     tag = next((t for t in document.all("MiningField") if t["name"] in document.covariates()), None)
     if not tag or document.older or tag["invalidValueTreatment"]:
         return None
-    return fault(set_attribute(tag, "invalidValueTreatment", "asValue"), "as-value-without-value", tag)
+    return fault(set_attribute(tag, "invalidValueTreatment", "asValue"), "no-invalid-replacement", tag)
 
 
 @kind(6)
@@ -893,7 +897,62 @@ def interval_turned_round(document):
         return None
     text = '><Interval closure="closedClosed" leftMargin="1e6" rightMargin="-1e6"/></DataField>'
     edits = [(tag.tag_end - 2, tag.tag_end, text)]
-    return fault(edits, "turned-interval", At(edits[0], "<Interval"))
+    return fault(edits, "empty-interval", At(edits[0], "<Interval"))
+
+
+# --- extensions and expressions ---
+
+
+@kind(8)
+def extension_misspelt(document):
+    tag = next((t for t in document.all("Extension") if t["extender"] == "velscore" and t.parent is document.model), None)
+    if not tag or document.older:
+        return None
+    return fault(set_attribute(tag, "name", tag["name"][:-1]), "unknown-extension", tag)
+
+
+@kind(4)
+def extender_misspelt(document):
+    tag = next((t for t in document.all("Extension") if t["extender"] == "velscore" and t.parent is document.model), None)
+    if not tag or document.older:
+        return None
+    return fault(set_attribute(tag, "extender", "Velscore"), "unknown-extender", tag)
+
+
+@kind(6)
+def extension_of_another_by_our_name(document):
+    if not document.is_model("generalLinear", "regression") or document.has_extension():
+        return None
+    tag = document.one("MiningSchema")
+    edits = insert_before(document, tag, '<Extension extender="another" name="modelDF" value="1"/>')
+    return adapted(edits, "foreign-extension", At(edits[0], "<Ext"))
+
+
+@kind(4)
+def late_extension(document):
+    if not document.is_generalized():
+        return None
+    tag = document.one("ParameterList")
+    edits = insert_before(document, tag, '<Extension extender="velscore" name="offsetValue" value="1"/>')
+    return fault(edits, "late-extension", At(edits[0], "<Ext"))
+
+
+@kind(3)
+def indicator_of_an_unlisted_value(document):
+    tag = document.one("NormDiscrete")
+    return tag and fault(set_attribute(tag, "value", tag["value"] + "_else"), "unlisted-value", tag)
+
+
+@kind(3)
+def bins_that_overlap(document):
+    bins = document.all("DiscretizeBin")
+    intervals = [t for t in document.all("Interval") if t.parent in bins]
+    pair = next(((a, b) for a, b in zip(intervals, intervals[1:])
+                 if a["rightMargin"] and a["rightMargin"] == b["leftMargin"]), None)
+    if not pair:
+        return None
+    wider = str(float(pair[0]["rightMargin"]) + 1)
+    return fault(set_attribute(pair[0], "rightMargin", wider), "overlapping-bins", pair[1].parent)
 
 
 # --- the older form ---
