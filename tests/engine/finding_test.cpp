@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/documents/audit/mending.h"
+#include "engine/documents/documenttree.h"
 #include "tests/engine/adapted.h"
 #include "tests/engine/audited.h"
 
@@ -34,7 +35,7 @@ struct Tree {
     std::string Text() const
     {
         std::string text;
-        Write(document.GetTree().dom->getDocumentElement(), text);
+        Write(Root(), text);
         return text;
     }
     Document document;
