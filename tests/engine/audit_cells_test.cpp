@@ -22,7 +22,7 @@ Parts General()
         "<DataField name='f' optype='categorical' dataType='string'><Value value='red'/>"
         "<Value value='green'/><Value value='blue'/></DataField>\n"
         "<DataField name='x' optype='continuous' dataType='double'/>\n";
-    parts.model = "modelType='generalLinear' functionName='regression'";
+    parts.model = "modelType='generalLinear' functionName='regression' modelDF='9'";
     parts.schema =
         "<MiningField name='y' usageType='target'/><MiningField name='f'/><MiningField name='x'/>";
     parts.parameters =
@@ -513,7 +513,8 @@ TEST(UnusedPredictor, IsANoticeElse)
     // also of an offset beside the one that the model has
     const Audited another(Replaced(WithPredictor("offset2' optype='continuous' dataType='double'/"),
                                    "modelType='generalLinear'",
-                                   "modelType='generalLinear' offsetValue='2'"));
+                                   "modelType='generalizedLinear' algorithmName='GZLM' "
+                                   "linkFunction='log' offsetValue='2'"));
     EXPECT_EQ(another.Rules(), "unused-predictor");
 }
 
