@@ -5,7 +5,6 @@
 #include <set>
 #include <tuple>
 
-#include "engine/documents/ownextensions.h"
 #include "engine/documents/treefields.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/values/datetimetext.h"
