@@ -635,7 +635,8 @@ def parameter_without_cell(document):
     for tag in cells:
         betas = [float(t["beta"]) for t in document.all("PCell") if t["parameterName"] == tag["parameterName"]]
         only = sum(t["parameterName"] == tag["parameterName"] for t in cells) == 1
-        if only and len(cells) > 1 and constants(document) and any(betas):
+        others = sum(t["predictorName"] == tag["predictorName"] for t in cells) > 1
+        if only and others and constants(document) and any(betas):
             parameter = next(t for t in document.all("Parameter") if t["name"] == tag["parameterName"])
             return fault(drop_element(document, tag), "parameter-without-cell", parameter)
     return None
@@ -658,7 +659,9 @@ def add_covariate(document, name, label=""):
 
 @kind(6)
 def offset_as_a_covariate(document):
-    if document.is_model("regression", "CoxRegression"):
+    if document.is_model("regression", "CoxRegression") or document.older:
+        return None
+    if document.model["offsetVariable"] or document.model["offsetValue"] or document.has_extension():
         return None
     edits, place = add_covariate(document, "offset(log(time_at_risk))")
     return edits and fault(edits, "offset-as-covariate", place)
@@ -952,7 +955,7 @@ def bins_that_overlap(document):
     if not pair:
         return None
     wider = str(float(pair[0]["rightMargin"]) + 1)
-    return fault(set_attribute(pair[0], "rightMargin", wider), "overlapping-bins", pair[1].parent)
+    return fault(set_attribute(pair[0], "rightMargin", wider), "overlapping-bins", pair[1])
 
 
 # --- the older form ---
