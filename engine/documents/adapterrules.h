@@ -38,6 +38,13 @@ std::optional<Change> TakeVersionFromNamespace(xercesc::DOMElement* root);
 /// A version of more than two parts is cut to two: the reader reads a number.
 std::optional<Change> ShortenVersion(xercesc::DOMElement* root);
 
+// Extensions (adapterrules_extensions.cpp).
+
+/// Extensions of other makers are taken out where the reader would take them for something else:
+/// where it counts children or looks at the first one alone, and where it would obey one for its
+/// name whoever signed it. Those of the latter kind are told.
+std::optional<Change> TakeOutForeignExtensions(xercesc::DOMElement* root);
+
 // The family (adapterrules_family.cpp).
 
 /// A generalizedLinear model whose algorithm and model name select no family gets the selector of
@@ -73,6 +80,14 @@ std::optional<Change> NameCategoryOfBetas(xercesc::DOMElement* root);
 /// Refuses with kSeveralSlopes one that differs between them.
 std::optional<Change> PutThresholdsFirst(xercesc::DOMElement* root);
 
+// Designs of single categories (adapterrules_categorydesign.cpp).
+
+/// A PPCell with a targetCategory counts in that category's equation alone, which the reader passes
+/// over. A parameter with such cells is read as several, one for each design that categories with a
+/// beta have. Where cells contradict each other, name an unknown category or leave a beta without
+/// any term the document stays as it is.
+std::optional<Change> ReadDesignsOfCategories(xercesc::DOMElement* root);
+
 // Contrasts (adapterrules_contrasts.cpp).
 
 /// In a family that knows no contrast matrices a factor with one becomes covariates, derived from
@@ -92,7 +107,8 @@ std::optional<Change> AcceptValuesAsIs(xercesc::DOMElement* root);
 /// A factor of texts that lists no values and has no contrasts gets those of its cells, and any
 /// other value is accepted: the exporter left out its reference category at least.
 std::optional<Change> ListCategoriesOfCells(xercesc::DOMElement* root);
-/// A missingValueReplacement that is no number is dropped from a continuous field.
+/// A missingValueReplacement that is no number is dropped from a continuous field, and such an
+/// invalidValueReplacement with its treatment.
 std::optional<Change> DropReplacementsThatAreNoNumbers(xercesc::DOMElement* root);
 /// Changes nothing, but says that a factor's missing or invalid values are replaced by a text that
 /// is none of its categories: the exporter means that no indicator is met.
@@ -106,8 +122,8 @@ std::optional<Change> MergeTransformations(xercesc::DOMElement* root);
 
 // Parameters (adapterrules_parameters.cpp).
 
-/// Changes nothing, but says that a model without a ParamMatrix has no estimates: the reader takes
-/// it, and every beta counts as 0.
+/// Changes nothing, but says that a model without predictors and ParamMatrix has no estimates: the
+/// reader takes it, and every beta counts as 0.
 std::optional<Change> NoteMissingEstimates(xercesc::DOMElement* root);
 
 /// A modelType "regression" pairs parameters with predictors by position. Where the cells of the

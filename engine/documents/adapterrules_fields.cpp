@@ -27,6 +27,7 @@ const std::string kDataType = "dataType";
 const std::string kCategorical = "categorical";
 const std::string kOrdinal = "ordinal";
 const std::string kUnlistedCategories = "unlistedCategories";
+const std::string kInvalidTreatment = "invalidValueTreatment";
 
 std::set<std::string> PredictorNames(const xercesc::DOMElement* root, const std::string& list)
 {
@@ -101,7 +102,11 @@ void AcceptUnlisted(xercesc::DOMElement* field)
 bool AcceptsUnlisted(const xercesc::DOMElement* field)
 {
     for (const auto* extension : ChildElements(field, Tags::XML_ELE_EXTENSION)) {
-        if (AttributeText(extension, Tags::XML_ATT_EXT_NAME) == kUnlistedCategories) return true;
+        if (AttributeText(extension, Tags::XML_ATT_EXTENSION_EXTENDER) ==
+                Tags::XML_VAL_EXTENSION_EXTENDER &&
+            AttributeText(extension, Tags::XML_ATT_EXT_NAME) == kUnlistedCategories) {
+            return true;
+        }
     }
     return false;
 }
@@ -218,23 +223,32 @@ std::optional<Change> DropReplacementsThatAreNoNumbers(xercesc::DOMElement* root
     std::vector<std::string> names;
     std::string firstText;
     DocumentPlace place;
-    for (auto* field : fields) {
-        const std::string text = AttributeText(field, Tags::XML_ATT_MININGFIELD_MISSREPLACE);
-        const std::string name = AttributeText(field, Tags::XML_ATT_MININGFIELD_NAME);
+    const auto drop = [&](xercesc::DOMElement* field, const std::string& attribute) {
+        const std::string text = AttributeText(field, attribute);
         double number = 0.0;
         // A number that is too large is one all the same: the reader refuses it.
-        if (text.empty() || ReadNumber(text, number) != NumberText::NotANumber) continue;
-        if (!continuous.contains(name)) continue;
+        if (text.empty() || ReadNumber(text, number) != NumberText::NotANumber) return false;
+        const std::string name = AttributeText(field, Tags::XML_ATT_MININGFIELD_NAME);
+        if (!continuous.contains(name)) return false;
         if (names.empty()) {
             place = PlaceOf(field);
-            firstText = text;
+            firstText = attribute;
+            firstText.append(" \"").append(text).append("\"");
         }
         names.push_back(name);
-        field->removeAttribute(XmlFromUtf8(Tags::XML_ATT_MININGFIELD_MISSREPLACE).c_str());
+        field->removeAttribute(XmlFromUtf8(attribute).c_str());
+        return true;
+    };
+    for (auto* field : fields) {
+        drop(field, Tags::XML_ATT_MININGFIELD_MISSREPLACE);
+        // Without its replacement the treatment says nothing.
+        if (AttributeText(field, kInvalidTreatment) == "asValue" &&
+            drop(field, "invalidValueReplacement")) {
+            field->removeAttribute(XmlFromUtf8(kInvalidTreatment).c_str());
+        }
     }
     if (names.empty()) return std::nullopt;
-    return Change{place, "missingValueReplacement \"" + firstText + "\" of " + Listed(names) +
-                             " is no number and is dropped"};
+    return Change{place, firstText + " of " + Listed(names) + " is no number and is dropped"};
 }
 
 std::optional<Change> NoteUnlistedReplacements(xercesc::DOMElement* root)
@@ -257,7 +271,7 @@ std::optional<Change> NoteUnlistedReplacements(xercesc::DOMElement* root)
         const auto dataField = dataFields.find(name);
         if (!factors.contains(name) || dataField == dataFields.end()) continue;
         std::vector<std::string> texts{AttributeText(field, Tags::XML_ATT_MININGFIELD_MISSREPLACE)};
-        if (AttributeText(field, "invalidValueTreatment") == "asValue") {
+        if (AttributeText(field, kInvalidTreatment) == "asValue") {
             texts.push_back(AttributeText(field, "invalidValueReplacement"));
         }
         for (const std::string& text : texts) {
@@ -282,7 +296,7 @@ std::optional<Change> AcceptValuesAsIs(xercesc::DOMElement* root)
     std::set<std::string> asIs;
     for (const auto* field : MiningFields(root)) {
         const std::string usage = AttributeText(field, Tags::XML_ATT_MININGFIELD_USAGETYPE);
-        if (AttributeText(field, "invalidValueTreatment") != "asIs") continue;
+        if (AttributeText(field, kInvalidTreatment) != "asIs") continue;
         if (!usage.empty() && usage != Tags::XML_ATT_MF_FUT_ACTIVE) continue;
         asIs.insert(AttributeText(field, Tags::XML_ATT_MININGFIELD_NAME));
     }
@@ -292,10 +306,9 @@ std::optional<Change> AcceptValuesAsIs(xercesc::DOMElement* root)
         const std::string name = AttributeText(field, Tags::XML_ATT_NAME);
         if (!asIs.contains(name)) continue;
         const auto intervals = ChildElements(field, "Interval");
-        const bool isFactorOfTexts = factors.contains(name) &&
-                                     AttributeText(field, kDataType) == "string" &&
-                                     ChildElement(field, Tags::XML_ELE_VALUE) != nullptr &&
-                                     ChildElement(field, Tags::XML_ELE_EXTENSION) == nullptr;
+        const bool isFactorOfTexts =
+            factors.contains(name) && AttributeText(field, kDataType) == "string" &&
+            ChildElement(field, Tags::XML_ELE_VALUE) != nullptr && !AcceptsUnlisted(field);
         if (intervals.empty() && !isFactorOfTexts) continue;
         for (auto* interval : intervals) field->removeChild(interval)->release();
         if (isFactorOfTexts) AcceptUnlisted(field);

@@ -244,6 +244,11 @@ std::optional<Change> NoteMissingEstimates(xercesc::DOMElement* root)
     if (model == nullptr || ChildElement(model, Tags::XML_ELE_PARAM_MATRIX) != nullptr) {
         return std::nullopt;
     }
+    // With predictors it is a fault, which the audit tells.
+    if (!Predictors(root, Tags::XML_ELE_FAC_LIST).empty() ||
+        !Predictors(root, Tags::XML_ELE_COV_LIST).empty()) {
+        return std::nullopt;
+    }
     return Change{PlaceOf(model),
                   "no ParamMatrix: the model has no estimates, and every beta counts "
                   "as 0"};

@@ -1,6 +1,8 @@
 #ifndef VELSCORE_ENGINE_DOCUMENTS_ELEMENT_H
 #define VELSCORE_ENGINE_DOCUMENTS_ELEMENT_H
 
+#include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <optional>
 #include <string>
@@ -105,6 +107,7 @@ public:
         Element operator*() const { return element_; }
         Iterator& operator++()
         {
+            AskAhead();
             element_ = element_.NextSibling();
             Settle();
             return *this;
@@ -118,8 +121,28 @@ public:
                 element_ = element_.NextSibling();
             }
         }
+        // A walk over the cells of a large matrix waits for memory more than for anything else.
+        // They lie one behind the other, about as far apart as the last two: those a few places
+        // ahead are asked for in time.
+        void AskAhead()
+        {
+            constexpr size_t kPlaces = 6;
+            constexpr size_t kFarthest = 2048;
+            constexpr size_t kLine = 64;
+            const auto here = reinterpret_cast<uintptr_t>(element_.Dom());
+            const size_t stride = here - last_;  // a large number where it lies before the last
+            last_ = here;
+            if (stride > kFarthest) return;
+            for (uintptr_t line = here + kPlaces * stride; line < here + (kPlaces + 1) * stride;
+                 line += kLine) {
+                // NOLINTNEXTLINE(performance-no-int-to-ptr)
+                __builtin_prefetch(reinterpret_cast<const void*>(line));
+            }
+        }
+
         Element element_;
         std::string_view tag_;
+        uintptr_t last_ = 0;
     };
 
     ElementRange(Element first, std::string_view tag) : first_(first), tag_(tag) {}

@@ -77,11 +77,13 @@ std::vector<DOMElement*> ValidValues(const DOMElement* field)
 
 std::string CategoryKey(const DOMElement* field, const std::string& text)
 {
+    return CategoryKey(AttributeText(field, "dataType"), text);
+}
+
+std::string CategoryKey(const std::string& dataType, const std::string& text)
+{
     double number = 0.0;
-    if (!IsNumericType(AttributeText(field, "dataType")) ||
-        ReadNumber(text, number) != NumberText::Number) {
-        return text;
-    }
+    if (!IsNumericType(dataType) || ReadNumber(text, number) != NumberText::Number) return text;
     // its bits, since no shorter text tells all numbers apart; adding 0 makes -0 the plain one
     return std::to_string(std::bit_cast<uint64_t>(number + 0.0));
 }

@@ -35,6 +35,7 @@ std::vector<xercesc::DOMElement*> ValidValues(const xercesc::DOMElement* field);
 /// A key that two texts share when they are the same category of the field: the text itself, or its
 /// number in a field of numbers.
 std::string CategoryKey(const xercesc::DOMElement* field, const std::string& text);
+std::string CategoryKey(const std::string& dataType, const std::string& text);
 /// True for the data types whose values are numbers.
 bool IsNumericType(const std::string& dataType);
 

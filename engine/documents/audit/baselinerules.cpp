@@ -279,6 +279,22 @@ void UnknownStratum(const DocumentFacts& facts, RuleReport& report)
     }
 }
 
+// Rows of such a value are refused, each with its status.
+void ValueWithoutStratum(const DocumentFacts& facts, RuleReport& report)
+{
+    for (const Baseline& baseline : facts.baselines) {
+        const DocumentFacts::Field* field = StrataField(facts, baseline);
+        if (!baseline.isStratified || field == nullptr) continue;
+        std::unordered_set<std::string> keys;
+        for (const Stratum& stratum : baseline.strata) keys.insert(KeyOf(field, stratum.value));
+        for (size_t i = 0; i < field->categories.size(); ++i) {
+            if (keys.contains(field->categoryKeys[i])) continue;
+            report(
+                {.element = baseline.element, .found = field->categories[i], .what = field->name});
+        }
+    }
+}
+
 void StartTimeUnused(const DocumentFacts& facts, RuleReport& report)
 {
     if (!facts.IsAmong(kCoxFamilies)) return;
@@ -288,6 +304,29 @@ void StartTimeUnused(const DocumentFacts& facts, RuleReport& report)
                 .attribute = option.Attribute(),
                 .found = option.value,
                 .what = option.name});
+    }
+}
+
+// What a Cox model alone reads: without it the model is most likely another one than it seems.
+void CoxPartNotRead(const DocumentFacts& facts, RuleReport& report)
+{
+    if (!facts.family || facts.IsAmong(kCoxFamilies)) return;
+    const std::string family = FamilyOf(*facts.family).name;
+    const std::string* const names[] = {&Tags::XML_EXT_NAME_COXREG_ENDTIMEVARIABLE,
+                                        &Tags::XML_ATT_BASELINESTRATAVARIABLE,
+                                        &Tags::XML_EXT_NAME_COXREG_XBASE_CUMHAZARD_TABLES};
+    for (const DocumentFacts::Option& option : facts.options) {
+        const bool isPart = std::any_of(std::begin(names), std::end(names),
+                                        [&](const auto* name) { return *name == option.name; });
+        if (!isPart) continue;
+        report({.element = option.element,
+                .attribute = option.isExtension ? Tags::XML_ATT_EXT_NAME : option.name,
+                .found = option.isExtension ? option.name : option.value,
+                .expected = family,
+                .what = option.name});
+    }
+    if (const Element section = facts.model.Child(Tags::XML_ELM_BASECUMHAZARDTABLES)) {
+        report({.element = section, .expected = family, .what = Tags::XML_ELM_BASECUMHAZARDTABLES});
     }
 }
 
@@ -385,6 +424,14 @@ constexpr AuditRule kRules[] = {
       "the stratum {found} is none of the values of {what}: {expected}{meant}",
       "Write the value as the field lists it."},
      UnknownStratum},
+    {{"value-without-stratum", Answer::Notice, kNotStrict,
+      "no stratum has the value {found} of {what}: rows of it can't be scored",
+      "Nothing, where no such row comes; else export the model with that baseline too."},
+     ValueWithoutStratum},
+    {{"cox-part-not-read", Answer::Fault, kStrict,
+      "{what} belongs to Cox regression, and the model is read as {expected}",
+      "Write modelType=\"CoxRegression\", or take out what belongs to it."},
+     CoxPartNotRead},
     {{"start-time-unused", Answer::Notice, kNotStrict,
       "{what} {found} isn't read: survival is that from time 0 to the end time",
       "Nothing, where that is wanted; the survival from start to end is the ratio of those at the "

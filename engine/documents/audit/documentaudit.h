@@ -24,6 +24,8 @@ struct AuditRule {
     Rule rule;
     TreeCheck tree = nullptr;
     ModelCheck model = nullptr;
+    /// A fault of this rule is a notice in the older form, whose reader passes over it on purpose.
+    bool noticeInOlderForm = false;
 };
 
 // The tables of rules by subject, in the order in which they are told.
@@ -65,7 +67,7 @@ public:
     void LookAtModel(const ModelDescription& model);
 
 private:
-    Answer AnswerOf(const Rule& rule) const;
+    Answer AnswerOf(const Rule& rule, bool isNoticeInOlderForm = false) const;
 
     const Document& document_;
     std::vector<std::string> allowed_;

@@ -11,7 +11,7 @@ namespace {
 using Tags = PMMLModelTags;
 using Stratum = DocumentFacts::Stratum;
 
-// All below the element, at any depth: so does the reader look for the parts of a baseline.
+// All below the element, at any depth: so does the reader look for the parts of an extension.
 void AddDescendants(Element element, std::string_view tag, std::vector<Element>& found)
 {
     for (const Element child : element.Children()) {
@@ -27,59 +27,89 @@ std::vector<Element> Descendants(Element element, std::string_view tag)
     return found;
 }
 
-void AddCells(Element table, std::string_view tag, Stratum& stratum)
-{
-    for (const Element cell : Descendants(table, tag)) {
-        stratum.cells.push_back({cell, cell.Number(Tags::XML_EXT_ELE_ATT_COXREG_BASELINE_TIME),
-                                 cell.Number(Tags::XML_EXT_ELE_ATT_COXREG_BASELINE_CUMHAZARD)});
+// What the parts of a baseline are called. In the published form a stratum, or the section without
+// strata, is its own table and tells its last time itself: `table` and `maxTime` are null there.
+struct BaselineTags {
+    const std::string& stratum;
+    const std::string& cell;
+    const std::string* table;
+    const std::string* maxTime;
+};
+
+const BaselineTags kPublished{Tags::XML_ELM_BASELINESTRATUM, Tags::XML_ELM_BASELINECELL, nullptr,
+                              nullptr};
+const BaselineTags kExtension{Tags::XML_EXT_ELE_COXREG_STRATUM, Tags::XML_EXT_ELE_COXREG_BASELINE,
+                              &Tags::XML_EXT_ELE_COXREG_HAZARD_TABLE,
+                              &Tags::XML_EXT_ELE_COXREG_BASEMAXTIME};
+
+// Reads a baseline in one walk: it may have hundreds of thousands of cells.
+class BaselineReader {
+public:
+    BaselineReader(Element section, const BaselineTags& tags) : tags_(tags)
+    {
+        baseline_.element = section;
+        baseline_.isExtension = tags.table != nullptr;
+        AddStratum(section);
+        ReadBelow(section, tags.table == nullptr);
+        baseline_.isStratified = baseline_.strata.size() > 1;
+        // What stands beside strata isn't read.
+        if (baseline_.isStratified) baseline_.strata.erase(baseline_.strata.begin());
     }
-}
 
-Stratum StratumOf(Element element)
-{
-    Stratum stratum;
-    stratum.element = element;
-    stratum.value = element.Text(Tags::XML_ATT_VALUE);
-    stratum.variable = element.Text(Tags::XML_EXT_ELE_ATT_COXREG_STRATUM_VARNAME);
-    return stratum;
-}
+    DocumentFacts::Baseline Baseline() && { return std::move(baseline_); }
 
-Stratum PublishedStratum(Element element)
-{
-    Stratum stratum = StratumOf(element);
-    stratum.tables = {element};
-    stratum.maxTimes = {element};
-    stratum.maxTime = element.Number(Tags::XML_ATT_MAXTIME);
-    AddCells(element, Tags::XML_ELM_BASELINECELL, stratum);
-    return stratum;
-}
+private:
+    Stratum& Current() { return baseline_.strata.back(); }
 
-Stratum ExtensionStratum(Element element)
-{
-    Stratum stratum = StratumOf(element);
-    stratum.tables = Descendants(element, Tags::XML_EXT_ELE_COXREG_HAZARD_TABLE);
-    stratum.maxTimes = Descendants(element, Tags::XML_EXT_ELE_COXREG_BASEMAXTIME);
-    if (!stratum.maxTimes.empty()) {
-        stratum.maxTime = stratum.maxTimes.front().Number(Tags::XML_ATT_VALUE);
+    void AddStratum(Element element)
+    {
+        Stratum stratum;
+        stratum.element = element;
+        stratum.value = element.Text(Tags::XML_ATT_VALUE);
+        stratum.variable = element.Text(Tags::XML_EXT_ELE_ATT_COXREG_STRATUM_VARNAME);
+        if (tags_.table == nullptr) {
+            stratum.tables = {element};
+            stratum.maxTimes = {element};
+            stratum.maxTime = element.Number(Tags::XML_ATT_MAXTIME);
+        }
+        baseline_.strata.push_back(std::move(stratum));
     }
-    if (!stratum.tables.empty()) {
-        AddCells(stratum.tables.front(), Tags::XML_EXT_ELE_COXREG_BASELINE, stratum);
-    }
-    return stratum;
-}
 
-// The two forms differ in their tags alone.
-DocumentFacts::Baseline BaselineOf(Element section, bool isExtension)
-{
-    DocumentFacts::Baseline baseline{section, isExtension, false, {}};
-    const auto read = isExtension ? ExtensionStratum : PublishedStratum;
-    const std::vector<Element> strata = Descendants(
-        section, isExtension ? Tags::XML_EXT_ELE_COXREG_STRATUM : Tags::XML_ELM_BASELINESTRATUM);
-    baseline.isStratified = !strata.empty();
-    for (const Element stratum : strata) baseline.strata.push_back(read(stratum));
-    if (strata.empty()) baseline.strata.push_back(read(section));
-    return baseline;
-}
+    void AddMaxTime(Element element)
+    {
+        if (Current().maxTimes.empty()) Current().maxTime = element.Number(Tags::XML_ATT_VALUE);
+        Current().maxTimes.push_back(element);
+    }
+
+    // `inTable` where cells count: within the first table of a stratum.
+    void ReadBelow(Element element, bool inTable)
+    {
+        for (const Element child : element.Children()) {
+            if (child.Is(tags_.cell)) {
+                if (inTable) AddCell(child);
+            } else if (child.Is(tags_.stratum)) {
+                AddStratum(child);
+                ReadBelow(child, tags_.table == nullptr);
+            } else if (tags_.table != nullptr && child.Is(*tags_.table)) {
+                Current().tables.push_back(child);
+                ReadBelow(child, Current().tables.size() == 1);
+            } else if (tags_.maxTime != nullptr && child.Is(*tags_.maxTime)) {
+                AddMaxTime(child);
+            } else {
+                ReadBelow(child, inTable);
+            }
+        }
+    }
+
+    void AddCell(Element cell)
+    {
+        Current().cells.push_back({cell, cell.Number(Tags::XML_EXT_ELE_ATT_COXREG_BASELINE_TIME),
+                                   cell.Number(Tags::XML_EXT_ELE_ATT_COXREG_BASELINE_CUMHAZARD)});
+    }
+
+    const BaselineTags& tags_;
+    DocumentFacts::Baseline baseline_;
+};
 
 }  // namespace
 
@@ -108,7 +138,7 @@ void GatherBaselines(DocumentFacts& facts)
     for (const DocumentFacts::Option& option : facts.options) {
         if (!option.isExtension) continue;
         if (option.name == Tags::XML_EXT_NAME_COXREG_XBASE_CUMHAZARD_TABLES) {
-            facts.baselines.push_back(BaselineOf(option.element, true));
+            facts.baselines.push_back(BaselineReader(option.element, kExtension).Baseline());
         }
         if (option.name != Tags::XML_EXT_NAME_COXREG_REFERENCEPOINT) continue;
         for (const Element point :
@@ -119,7 +149,7 @@ void GatherBaselines(DocumentFacts& facts)
         }
     }
     if (const Element section = facts.model.Child(Tags::XML_ELM_BASECUMHAZARDTABLES)) {
-        facts.baselines.push_back(BaselineOf(section, false));
+        facts.baselines.push_back(BaselineReader(section, kPublished).Baseline());
     }
 }
 

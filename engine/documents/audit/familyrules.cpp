@@ -187,20 +187,45 @@ Options WrittenLinks(const DocumentFacts& facts)
     return Written(facts, {"linkFunction", "cumulativeLink"});
 }
 
-void MissingLink(const DocumentFacts& facts, RuleReport& report)
+// The links that are written, where none of them is read; nothing where one is, or the family has
+// no link of its own.
+std::optional<Options> UnreadLinks(const DocumentFacts& facts)
 {
-    if (!facts.IsAmong(kOwnLink) || LinkOf(facts) != nullptr) return;
-    const Word unnamed = WordsOf(*facts.family).unnamed;
-    const Options written = WrittenLinks(facts);
-    const bool agrees = std::all_of(written.begin(), written.end(), [&](const Option* option) {
-        return PlainLink(*option) == unnamed;
-    });
-    if (agrees && !written.empty()) return;
-    // An ordinal model may say cumulativeLink in either family: the adapter carries it over.
+    if (!facts.IsAmong(kOwnLink) || LinkOf(facts) != nullptr) return std::nullopt;
+    return WrittenLinks(facts);
+}
+
+void ReportUnreadLink(const DocumentFacts& facts, RuleReport& report)
+{
+    // An ordinal model of either family may say cumulativeLink: the adapter carries it over.
     report({.element = facts.model,
-            .attribute = facts.IsAmong(kOrdinalFamilies) ? "cumulativeLink" : "linkFunction",
+            .attribute = facts.IsAmong(kOrdinalFamilies) ? Tags::XML_ATT_RM_NAME_CUMULATIVELINK
+                                                         : Tags::XML_ATT_LINKFUNCTION,
             .expected = Words(WordsOf(*facts.family).links),
             .what = FamilyName(facts)});
+}
+
+void MissingLink(const DocumentFacts& facts, RuleReport& report)
+{
+    const auto unread = UnreadLinks(facts);
+    if (!unread || (unread->empty() && !facts.IsAmong(kGeneralized))) return;
+    const bool agree = std::all_of(unread->begin(), unread->end(), [&](const Option* option) {
+        return PlainLink(*option) == WordsOf(*facts.family).unnamed;
+    });
+    if (!agree || unread->empty()) ReportUnreadLink(facts, report);
+}
+
+// What ordinal regression is called without more words has the link logit.
+void UnnamedLink(const DocumentFacts& facts, RuleReport& report)
+{
+    const auto unread = UnreadLinks(facts);
+    if (!unread || !unread->empty() || !facts.IsAmong(kOrdinalFamilies)) return;
+    ReportUnreadLink(facts, report);
+}
+
+bool IsCumulativeElsewhere(const DocumentFacts& facts, const Option& option)
+{
+    return option.name == Tags::XML_ATT_RM_NAME_CUMULATIVELINK && !facts.IsAmong(kOrdinalFamilies);
 }
 
 // Words that the standard doesn't have are told by the rules of the vocabulary.
@@ -210,7 +235,8 @@ void LinkOfAnotherFamily(const DocumentFacts& facts, RuleReport& report)
     const auto& links = WordsOf(*facts.family).links;
     for (const Option* option : WrittenLinks(facts)) {
         const Word link = PlainLink(*option);
-        if (!Among(kLinks, link) || Among(links, link)) continue;
+        const bool isOwn = Among(links, link) && !IsCumulativeElsewhere(facts, *option);
+        if (!Among(kLinks, link) || isOwn) continue;
         Detail detail = At(*option);
         detail.expected = Words(links);
         detail.what = FamilyName(facts);
@@ -218,13 +244,17 @@ void LinkOfAnotherFamily(const DocumentFacts& facts, RuleReport& report)
     }
 }
 
+// Of words that the family has: the others are told already.
 void ContradictingLinks(const DocumentFacts& facts, RuleReport& report)
 {
     const Option* counting = facts.family ? LinkOf(facts) : nullptr;
     if (counting == nullptr) return;
+    const auto& links = WordsOf(*facts.family).links;
+    if (!Among(links, PlainLink(*counting))) return;
     for (const Option* option : WrittenLinks(facts)) {
         const Word link = PlainLink(*option);
-        if (link == PlainLink(*counting) || !Among(WordsOf(*facts.family).links, link)) continue;
+        if (link == PlainLink(*counting) || !Among(links, link)) continue;
+        if (IsCumulativeElsewhere(facts, *option)) continue;
         Detail detail = At(*option);
         detail.expected = counting->name + " \"" + counting->value + "\"";
         report(detail);
@@ -356,21 +386,31 @@ void TrialsBelowOne(const DocumentFacts& facts, RuleReport& report)
     }
 }
 
-void TextVariable(const DocumentFacts& facts, RuleReport& report)
+// Why the values of a field are no numbers; empty where they are.
+std::string WhyNoNumbers(const DocumentFacts& facts, const DocumentFacts::Field& field)
+{
+    const bool isFactor = std::any_of(
+        facts.predictors.begin(), facts.predictors.end(),
+        [&](const auto& predictor) { return predictor.isFactor && predictor.name == field.name; });
+    if (isFactor) return "a factor of the model";
+    // Before version 3.1 a field may leave its type out.
+    const bool isText = field.dataType.empty()
+                            ? field.optype != Tags::XML_VAL_OT_CONTINUOUS
+                            : field.dataType == "string" || field.dataType == "boolean";
+    if (!isText) return {};
+    return "a field of " +
+           (field.dataType.empty() ? "optype " + field.optype : "dataType " + field.dataType);
+}
+
+void VariableWithoutNumbers(const DocumentFacts& facts, RuleReport& report)
 {
     for (const Option* option :
          Read(facts, {"offsetVariable", "trialsVariable", "endTimeVariable"})) {
         const uint32_t number = facts.fieldNames.Find(Word(option->value));
         if (number == NameIndex::kNone) continue;
-        const DocumentFacts::Field& field = facts.fields[number];
-        // Before version 3.1 a field may leave its type out.
-        const bool isText = field.dataType.empty()
-                                ? field.optype != Tags::XML_VAL_OT_CONTINUOUS
-                                : field.dataType == "string" || field.dataType == "boolean";
-        if (!isText) continue;
         Detail detail = At(*option);
-        detail.expected = field.dataType.empty() ? field.optype : field.dataType;
-        report(detail);
+        detail.expected = WhyNoNumbers(facts, facts.fields[number]);
+        if (!detail.expected.empty()) report(detail);
     }
 }
 
@@ -408,18 +448,25 @@ void ContradictingOptions(const DocumentFacts& facts, RuleReport& report)
     if (!SameValue(own->value, other->value)) ReportOther(*other, *own, report);
 }
 
+// The link takes a parameter, or the distribution does, whose exporters write it under this name.
+bool TakesParameter(const Option* link, const Option* distribution)
+{
+    constexpr std::array<Word, 3> kLinksWithParameter = {"negbin", "oddspower", "power"};
+    constexpr std::array<Word, 2> kDistributionsWithParameter = {"negbin", "tweedie"};
+    return link == nullptr || Among(kLinksWithParameter, link->value) ||
+           (distribution != nullptr && Among(kDistributionsWithParameter, distribution->value));
+}
+
 void UnusedLinkParameter(const DocumentFacts& facts, RuleReport& report)
 {
-    const Option* link = facts.IsAmong(kGeneralized) ? LinkOf(facts) : nullptr;
-    const Option* distribution = DistributionOf(facts);
-    // Exporters write the parameter of these two distributions under this name.
-    constexpr std::array<Word, 2> kWithParameter = {"negbin", "tweedie"};
-    constexpr std::array<Word, 3> kTakesParameter = {"negbin", "oddspower", "power"};
-    if (link == nullptr || Among(kTakesParameter, link->value)) return;
-    if (distribution != nullptr && Among(kWithParameter, distribution->value)) return;
-    for (const Option* option : Read(facts, {"linkParameter"})) {
+    if (!facts.family) return;
+    const bool isGeneralized = facts.IsAmong(kGeneralized);
+    const Option* link = LinkOf(facts);
+    if (isGeneralized && TakesParameter(link, DistributionOf(facts))) return;
+    for (const Option* option : Written(facts, {"linkParameter"})) {
         Detail detail = At(*option);
-        detail.expected = link->value;
+        detail.expected = isGeneralized ? "the link \"" + link->value + "\" has none"
+                                        : "the model is read as " + FamilyName(facts);
         report(detail);
     }
 }
@@ -543,8 +590,12 @@ constexpr AuditRule kRules[] = {
       "{element} has no {attribute}, and nothing else tells the link of the {what}",
       "Write the {attribute} that the model was fitted with: {expected}."},
      MissingLink},
+    {{"unnamed-link", Answer::Notice, kStrict,
+      "{element} has no {attribute}: {what} without one is read with the link \"logit\"",
+      "Write the {attribute} that the model was fitted with: {expected}."},
+     UnnamedLink},
     {{"link-of-another-family", Answer::Fault, kStrict,
-      "the link {found} isn't one of {what}, as which the model is read; its links: {expected}",
+      "{attribute} {found} isn't one of {what}, as which the model is read; its links: {expected}",
       "Correct the link; or, if it is right, modelType and algorithmName, which choose how the "
       "model is read."},
      LinkOfAnotherFamily},
@@ -584,17 +635,16 @@ constexpr AuditRule kRules[] = {
     {{"trials-below-one", Answer::Fault, kStrict, "{what} is {found}, and trials are 1 or more",
       "Write the number of trials behind each prediction, a whole number."},
      TrialsBelowOne},
-    {{"text-variable", Answer::Fault, kStrict,
-      "{what} {found} is a field of dataType {expected}, which holds no numbers",
-      "Name the field that holds the number, or correct its dataType."},
-     TextVariable},
+    {{"variable-without-numbers", Answer::Fault, kStrict,
+      "{what} {found} is {expected}, and has to be a variable of numbers",
+      "Name the field that holds the number, or correct how the field is declared."},
+     VariableWithoutNumbers},
     {{"contradicting-options", Answer::Fault, kStrict,
       "{what} {found} stands beside {expected}, and one of them alone can count",
       "Leave the one that the model was fitted with, and take the other out."},
      ContradictingOptions},
-    {{"unused-link-parameter", Answer::Notice, kStrict,
-      "{what} {found} isn't used: the link \"{expected}\" has no parameter",
-      "Take it out, or correct the link."},
+    {{"unused-link-parameter", Answer::Notice, kStrict, "{what} {found} isn't used: {expected}",
+      "Take it out, or correct the link that it belongs to."},
      UnusedLinkParameter},
     {{"unknown-reference-category", Answer::Fault, kStrict,
       "{attribute} {found} is none of the categories of {what}: {expected}{meant}",

@@ -65,11 +65,9 @@ constexpr Rule kMisplacedElement = {"misplaced-element", Answer::Fault, kStrict,
 constexpr Rule kUnknownWord = {"unknown-word", Answer::Fault, kStrict,
                                "{attribute} of {element} is {found}, none of {expected}{meant}",
                                "Write one of {expected}."};
-constexpr Rule kOddWord = {
-    "odd-word", Answer::Notice, kLenient,
-    "{attribute} of {element} is {found}, none of {expected}; nothing that is computed depends on "
-    "it{meant}",
-    "Write one of {expected}, or take the attribute out."};
+constexpr Rule kOddWord = {"odd-word", Answer::Notice, kLenient,
+                           "{attribute} of {element} is {found}, none of {expected}{meant}",
+                           "Write one of {expected}, or take the attribute out."};
 constexpr Rule kEmptyWord = {"empty-word", Answer::Notice, kStrict,
                              "{attribute} of {element} is empty, which counts as absent",
                              "Write one of {expected}, or take the attribute out."};
@@ -169,6 +167,7 @@ public:
         : root_(root),
           version_(root.Number(Tags::XML_ATT_VERSION).value_or(0.0)),
           isOlder_(older),
+          hasVersion_(!older && IsKnownVersion(version_)),
           words_(Vocabulary(older)),
           tell_(tell)
     {}
@@ -201,11 +200,16 @@ private:
     // An element's row with the names that were met on it and in it.
     struct Known {
         const ElementWord* word;
+        // The names on the last element on which there was nothing to look at but them.
+        std::vector<const XMLCh*> plainNames;
         std::unordered_map<const XMLCh*, AttributeName> attributes;
         std::unordered_map<const XMLCh*, ChildName> children;
     };
-    // The children of one element that may not come again, so far.
+    // What is known of the children of one element so far: those that may not come again, and the
+    // last one's name, which many have.
     struct Seen {
+        const XMLCh* lastTag = nullptr;
+        const ChildName* lastChild = nullptr;
         std::vector<const ChildWord*> single;
         std::string model;
         bool hasExpression = false;
@@ -221,7 +225,7 @@ private:
 
     Known& KnownOf(const ElementWord& word)
     {
-        return known_.try_emplace(&word, Known{&word, {}, {}}).first->second;
+        return known_.try_emplace(&word, Known{&word, {}, {}, {}}).first->second;
     }
 
     void LookAtVersion()
@@ -244,31 +248,59 @@ private:
         if (!word.isOpen || !word.attributes.empty()) LookAtAttributes(element, known);
         if (word.isOpen) return;
         if (word.tag == kConstant) LookAtConstant(element);
+        const ElementRange children = element.Children();
+        if (children.Empty()) return;
         Seen seen;
-        for (const Element child : element.Children()) LookAtChild(element, child, known, seen);
+        for (const Element child : children) LookAtChild(element, child, known, seen);
     }
 
     void LookAtAttributes(Element element, Known& known)
     {
-        const xercesc::DOMNamedNodeMap* attributes = element.Dom()->getAttributes();
-        const XMLSize_t count = attributes->getLength();
-        for (XMLSize_t i = 0; i < count; ++i) {
-            const xercesc::DOMNode* attribute = attributes->item(i);
-            const XMLCh* name = attribute->getNodeName();
-            auto met = known.attributes.find(name);
-            if (met == known.attributes.end()) {
-                met = known.attributes.emplace(name, MeetAttribute(name, *known.word)).first;
-            }
-            const AttributeName& meaning = met->second;
-            if (meaning.row == nullptr) {
-                if (!meaning.isOwn) TellUnknownAttribute(element, Utf8FromXml(name), meaning);
-                continue;
-            }
-            if (!meaning.row->words.empty()) {
-                LookAtWord(element, *meaning.row, Utf8FromXml(attribute->getNodeValue()));
-            }
-            LookAtSince(element, *meaning.row);
+        const xercesc::DOMNamedNodeMap& attributes = *element.Dom()->getAttributes();
+        if (HasNames(attributes, known.plainNames)) return;
+        std::vector<const XMLCh*> names;
+        bool isPlain = true;
+        for (XMLSize_t i = 0; i < attributes.getLength(); ++i) {
+            const xercesc::DOMNode* attribute = attributes.item(i);
+            names.push_back(attribute->getNodeName());
+            isPlain = !LookAtAttribute(element, *attribute, known) && isPlain;
         }
+        if (isPlain) known.plainNames = std::move(names);
+    }
+
+    // Cells have the same names, one after another.
+    static bool HasNames(const xercesc::DOMNamedNodeMap& attributes,
+                         const std::vector<const XMLCh*>& names)
+    {
+        const XMLSize_t count = attributes.getLength();
+        if (count != names.size()) return false;
+        for (XMLSize_t i = 0; i < count; ++i) {
+            if (attributes.item(i)->getNodeName() != names[i]) return false;
+        }
+        return true;
+    }
+
+    // False where the name says all and there is nothing to tell.
+    bool LookAtAttribute(Element element, const xercesc::DOMNode& attribute, Known& known)
+    {
+        const XMLCh* name = attribute.getNodeName();
+        auto met = known.attributes.find(name);
+        if (met == known.attributes.end()) {
+            met = known.attributes.emplace(name, MeetAttribute(name, *known.word)).first;
+        }
+        const AttributeName& meaning = met->second;
+        if (meaning.isOwn) return false;
+        if (meaning.row == nullptr) {
+            TellUnknownAttribute(element, Utf8FromXml(name), meaning);
+            return true;
+        }
+        const AttributeWord& row = *meaning.row;
+        if (!row.words.empty()) LookAtWord(element, row, Utf8FromXml(attribute.getNodeValue()));
+        if (IsLater(row.since)) {
+            TellLater(element, std::string(row.name),
+                      fmt::format("{} of {}", row.name, element.Tag()), row.since);
+        }
+        return !row.words.empty() || IsLater(row.since);
     }
 
     static AttributeName MeetAttribute(const XMLCh* xmlName, const ElementWord& word)
@@ -325,14 +357,7 @@ private:
         return std::find(words.begin(), words.end(), text) != words.end();
     }
 
-    void LookAtSince(Element element, const AttributeWord& row)
-    {
-        if (!IsLater(row.since)) return;
-        TellLater(element, std::string(row.name), fmt::format("{} of {}", row.name, element.Tag()),
-                  row.since);
-    }
-
-    bool IsLater(double since) const { return !isOlder_ && version_ < since; }
+    bool IsLater(double since) const { return hasVersion_ && version_ < since; }
 
     void TellLater(Element element, std::string attribute, std::string what, double since)
     {
@@ -355,11 +380,15 @@ private:
     void LookAtChild(Element parent, Element child, Known& known, Seen& seen)
     {
         const XMLCh* tag = child.Dom()->getTagName();
-        auto met = known.children.find(tag);
-        if (met == known.children.end()) {
-            met = known.children.emplace(tag, MeetChild(tag, *known.word)).first;
+        if (tag != seen.lastTag) {
+            seen.lastTag = tag;
+            auto met = known.children.find(tag);
+            if (met == known.children.end()) {
+                met = known.children.emplace(tag, MeetChild(tag, *known.word)).first;
+            }
+            seen.lastChild = &met->second;
         }
-        const ChildName& meaning = met->second;
+        const ChildName& meaning = *seen.lastChild;
         if (meaning.isOwn) return;
         if (meaning.row == nullptr && !IsExtension(meaning)) {
             return TellUnknownChild(parent, child, meaning);
@@ -478,6 +507,7 @@ private:
     const Element root_;
     const double version_;
     const bool isOlder_;
+    const bool hasVersion_;
     const std::vector<const ElementWord*> words_;
     const Tell& tell_;
     std::unordered_map<const ElementWord*, Known> known_;
