@@ -231,7 +231,7 @@ std::vector<Finding> FaultsOf(const std::string& text)
     try {
         const LoadedModel model(path, std::make_shared<const Plugin>(VELSCORE_PLUGIN));
     } catch (const DocumentFaults& faults) {
-        return faults.All().Kept();
+        return faults.Found().Kept();
     }
     return {};
 }

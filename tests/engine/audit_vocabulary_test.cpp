@@ -31,7 +31,7 @@ std::string ToldOf(const std::string& text)
     facts.root = Element(document.GetTree().dom->getDocumentElement());
     facts.version = facts.root.Number("version").value_or(0.0);
     std::string told;
-    LookAtVocabulary(facts, [&](const Rule& rule, const Detail& detail) {
+    LookAtVocabulary(facts.root, [&](const Rule& rule, const Detail& detail) {
         told += fmt::format("{}{} {} {} {} {}", told.empty() ? "" : "\n", rule.name,
                             detail.element.Tag(), detail.attribute, detail.found, detail.nearWord);
     });
