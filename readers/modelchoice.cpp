@@ -29,9 +29,9 @@ std::string SelectorName(const ModelHead& head)
 
 ModelChoice GeneralizedMultinomial(const ModelHead& head)
 {
-    const FamilyCode code = FamilyUnderLink(
-        kMultinomialGeneralized, head.attribute(Tags::XML_VAL_RM_EXT_NAME_DISTRIBUTION),
-        head.attribute(Tags::XML_ATT_LINKFUNCTION));
+    const FamilyCode code = FamilyUnderLink(kMultinomialGeneralized,
+                                            head.attribute(Tags::XML_VAL_RM_EXT_NAME_DISTRIBUTION),
+                                            head.attribute(Tags::XML_ATT_LINKFUNCTION));
     return {code, code != kGeneralizedLinear};
 }
 

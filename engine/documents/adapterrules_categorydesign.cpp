@@ -9,8 +9,9 @@
 
 #include "engine/documents/adapterrules.h"
 #include "engine/documents/element.h"
+#include "engine/documents/modelelement.h"
+#include "engine/documents/names.h"
 #include "engine/documents/treefields.h"
-#include "engine/documents/treetext.h"
 #include "host/documents/documentplace.h"
 #include "host/documents/pmmlmodeltags.h"
 
@@ -55,7 +56,7 @@ struct Group {
 struct Parameter {
     std::vector<Cell> cells;                                      ///< of every equation
     std::unordered_map<std::string, std::vector<Cell>> ownCells;  ///< of a category's alone, by key
-    std::vector<Element> betas;                                   ///< its PCells
+    Elements betas;                                               ///< its PCells
     std::vector<Group> groups;
     std::unordered_map<std::string, size_t> groupOf;  ///< by key of the category
 };
@@ -64,11 +65,11 @@ struct Parameter {
 class CategoryDesigns {
 public:
     explicit CategoryDesigns(Element root)
-        : model_(root.Child(Tags::XML_ELE_REGRESSMODEL)), field_(TargetDataField(root.Dom()))
+        : model_(root.Child(Tags::XML_ELE_REGRESSMODEL)), field_(TargetDataField(root))
     {
-        for (const auto* value : ValidValues(field_.Dom())) {
-            categories_.emplace(Key(AttributeText(value, Tags::XML_ATT_VALUE)),
-                                AttributeText(value, Tags::XML_ATT_VALUE));
+        for (const Element value : ValidValues(field_)) {
+            const std::string text = value.Text(Tags::XML_ATT_VALUE);
+            categories_.emplace(Key(text), text);
         }
         const Element matrix = model_.Child(Tags::XML_ELE_PP_MATRIX);
         for (const Element cell : matrix.Children(Tags::XML_ELE_PP_CELL)) {
@@ -105,8 +106,7 @@ public:
     void Apply()
     {
         const Element list = model_.Child(Tags::XML_ELE_PARAM_LIST);
-        const std::vector<Element> listed(list.Children(Tags::XML_ELE_PARAM).begin(),
-                                          list.Children(Tags::XML_ELE_PARAM).end());
+        const Elements listed = list.Children(Tags::XML_ELE_PARAM).List();
         for (const Element element : listed) names_.insert(element.Text(Tags::XML_ATT_PARAM_NAME));
         for (const Element element : listed) {
             const std::string name = element.Text(Tags::XML_ATT_PARAM_NAME);
@@ -133,10 +133,7 @@ public:
     }
 
 private:
-    std::string Key(const std::string& category) const
-    {
-        return CategoryKey(field_.Dom(), category);
-    }
+    std::string Key(const std::string& category) const { return CategoryKey(field_, category); }
 
     std::string KeyOf(Element beta) const { return Key(beta.Text(Tags::XML_ATT_PC_TARGET_CAT)); }
 
@@ -269,7 +266,7 @@ private:
 };
 
 // Families with an equation for a category; the thresholds of an ordinal model share one.
-bool HasEquations(const xercesc::DOMElement* root)
+bool HasEquations(Element root)
 {
     const auto family = FamilyOfModel(root, ModelElement(root));
     return family == kMultinomial || family == kMultinomialGeneralized || family == kBinary ||
@@ -278,10 +275,10 @@ bool HasEquations(const xercesc::DOMElement* root)
 
 }  // namespace
 
-std::optional<Change> ReadDesignsOfCategories(xercesc::DOMElement* root)
+std::optional<Change> ReadDesignsOfCategories(Element root)
 {
-    if (ModelElement(root) == nullptr || !HasEquations(root)) return std::nullopt;
-    CategoryDesigns designs((Element(root)));
+    if (!ModelElement(root) || !HasEquations(root)) return std::nullopt;
+    CategoryDesigns designs(root);
     if (!designs.First()) return std::nullopt;
     Change change{designs.First().Place(),
                   "parameter " + Listed(designs.Names()) +

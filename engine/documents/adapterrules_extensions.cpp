@@ -3,9 +3,10 @@
 
 #include "engine/documents/adapterrules.h"
 #include "engine/documents/element.h"
+#include "engine/documents/modelelement.h"
+#include "engine/documents/names.h"
 #include "engine/documents/ownextensions.h"
 #include "engine/documents/treefields.h"
-#include "engine/documents/treetext.h"
 #include "host/documents/pmmlmodeltags.h"
 
 namespace MCVelscore_850 {
@@ -18,9 +19,7 @@ using Tags = PMMLModelTags;
 // obeyed for the message.
 class Cleaning {
 public:
-    Cleaning(Element root, Element model)
-        : model_(model), family_(FamilyOfModel(root.Dom(), model.Dom()))
-    {}
+    Cleaning(Element root, Element model) : model_(model), family_(FamilyOfModel(root, model)) {}
 
     std::optional<Change> Clean() &&
     {
@@ -46,13 +45,9 @@ public:
     }
 
 private:
-    static std::vector<Element> ExtensionsOf(Element parent)
+    static Elements ExtensionsOf(Element parent)
     {
-        std::vector<Element> extensions;
-        for (const Element extension : parent.Children(Tags::XML_ELE_EXTENSION)) {
-            extensions.push_back(extension);
-        }
-        return extensions;
+        return parent.Children(Tags::XML_ELE_EXTENSION).List();
     }
 
     // The reader obeys a leading Extension of a name that it knows, whoever signed it.
@@ -122,11 +117,11 @@ private:
 
 }  // namespace
 
-std::optional<Change> TakeOutForeignExtensions(xercesc::DOMElement* root)
+std::optional<Change> TakeOutForeignExtensions(Element root)
 {
-    const Element model(ModelElement(root));
+    const Element model = ModelElement(root);
     if (!model) return std::nullopt;
-    return Cleaning(Element(root), model).Clean();
+    return Cleaning(root, model).Clean();
 }
 
 }  // namespace MCVelscore_850

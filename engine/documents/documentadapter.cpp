@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "engine/documents/adapterrules.h"
-#include "engine/documents/documenttree.h"
-#include "engine/documents/treetext.h"
+#include "engine/documents/documentloader.h"
+#include "engine/documents/modelelement.h"
 
 namespace MCVelscore_850 {
 
@@ -63,7 +63,7 @@ constexpr RuleRow kRules[] = {
 std::vector<Adaptation> Adapt(Document& document, std::span<const RuleRow> rules)
 {
     std::vector<Adaptation> adaptations;
-    xercesc::DOMElement* root = document.GetTree().dom->getDocumentElement();
+    const Element root = document.Root();
     if (!IsPmmlRoot(root)) return adaptations;
     for (const RuleRow& row : rules) {
         if (auto change = row.apply(root)) {

@@ -8,7 +8,8 @@
 #include <xercesc/util/XMLUni.hpp>
 
 #include "engine/documents/documenttree.h"
-#include "engine/documents/treetext.h"
+#include "engine/documents/element.h"
+#include "engine/documents/names.h"
 #include "engine/messages/digest.h"
 #include "engine/messages/failure.h"
 #include "engine/tables/bytesource.h"
@@ -57,15 +58,15 @@ std::string TextOf(const Document& document, std::string bytes)
 Document::Document(std::string file, std::unique_ptr<Tree> tree)
     : file_(std::move(file)), tree_(std::move(tree))
 {
-    const xercesc::DOMElement* root = tree_->dom->getDocumentElement();
-    rootName_ = Utf8FromXml(root->getTagName());
-    versionText_ =
-        Utf8FromXml(root->getAttribute(XmlFromUtf8(PMMLModelTags::XML_ATT_VERSION).c_str()));
+    rootName_ = Root().Tag();
+    versionText_ = Root().Text(PMMLModelTags::XML_ATT_VERSION);
 }
 
 Document::Document(Document&&) noexcept = default;
 Document& Document::operator=(Document&&) noexcept = default;
 Document::~Document() = default;
+
+Element Document::Root() const { return Element(tree_->dom->getDocumentElement()); }
 
 Document LoadDocument(const std::string& path, const DocumentLimits& limits, const Keeping& keeping)
 {

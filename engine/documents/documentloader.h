@@ -9,6 +9,8 @@
 
 namespace MCVelscore_850 {
 
+class Element;
+
 /// A model document, read: it owns the tree that readers walk. The tree itself is reached through
 /// engine/documents/documenttree.h, so that who only holds a document needs no XML library.
 ///
@@ -29,6 +31,8 @@ public:
     /// The root's version attribute as the file has it; empty when there is none.
     const std::string& VersionText() const { return versionText_; }
 
+    /// The root of the tree, which the document owns.
+    Element Root() const;
     Tree& GetTree() const { return *tree_; }
 
 private:

@@ -4,8 +4,8 @@
 #include <array>
 
 #include <xercesc/dom/DOM.hpp>
+#include <xercesc/util/XMLString.hpp>
 
-#include "host/documents/documentplace.h"
 #include "host/documents/veltranscoder.h"
 #include "host/values/numbertext.h"
 
@@ -79,6 +79,11 @@ bool Element::Is(std::string_view tag) const
     return dom_ != nullptr && Equals(dom_->getTagName(), tag);
 }
 
+bool Element::HasPrefix() const
+{
+    return dom_ != nullptr && xercesc::XMLString::indexOf(dom_->getTagName(), u':') > 0;
+}
+
 bool Element::Has(std::string_view attribute) const
 {
     return dom_ != nullptr && dom_->hasAttribute(XmlName(attribute).Get());
@@ -137,7 +142,7 @@ Element Element::PreviousSibling() const
     return dom_ == nullptr ? Element() : Element(dom_->getPreviousElementSibling());
 }
 
-Element Element::Child(std::string_view tag) const { return *Children(tag).begin(); }
+Element Element::Child(std::string_view tag) const { return Children(tag).First(); }
 
 ElementRange Element::Children() const { return Children({}); }
 
@@ -160,14 +165,25 @@ void Element::RemoveAttribute(std::string_view attribute) const
 
 Element Element::Append(std::string_view tag) const
 {
-    xercesc::DOMElement* child = dom_->getOwnerDocument()->createElement(XmlName(tag).Get());
+    xercesc::DOMElement* child =
+        dom_->getOwnerDocument()->createElementNS(dom_->getNamespaceURI(), XmlName(tag).Get());
     dom_->appendChild(child);
     return Element(child);
+}
+
+void Element::Insert(Element child, Element before) const
+{
+    dom_->insertBefore(child.dom_, before.dom_);
 }
 
 void Element::SetContent(std::string_view text) const
 {
     dom_->setTextContent(XmlFromUtf8(text).c_str());
+}
+
+void Element::Rename(std::string_view tag) const
+{
+    dom_->getOwnerDocument()->renameNode(dom_, nullptr, XmlName(tag).Get());
 }
 
 void Element::Erase()

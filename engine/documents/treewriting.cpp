@@ -32,14 +32,6 @@ OwnedTree NewTree(const std::string& nameSpace, const std::string& root)
                                                      XmlFromUtf8(root).c_str(), nullptr));
 }
 
-xercesc::DOMElement* AddElement(xercesc::DOMElement* parent, const std::string& tag)
-{
-    xercesc::DOMElement* element = parent->getOwnerDocument()->createElementNS(
-        parent->getNamespaceURI(), XmlFromUtf8(tag).c_str());
-    parent->appendChild(element);
-    return element;
-}
-
 std::string TreeText(const xercesc::DOMDocument& tree, TreeForm form)
 {
     xercesc::DOMImplementation& implementation = Implementation();

@@ -12,9 +12,6 @@ namespace MCVelscore_850 {
 /// Order   within a XercesSession that outlives the result.
 OwnedTree NewTree(const std::string& nameSpace, const std::string& root);
 
-/// Appends an element in its parent's namespace.
-xercesc::DOMElement* AddElement(xercesc::DOMElement* parent, const std::string& tag);
-
 enum class TreeForm {
     Indented,  ///< an element a line
     AsItIs     ///< with the blanks that the tree holds and no others

@@ -181,6 +181,14 @@ TEST(ContrastRules, OfFamiliesWithContrasts)
                ContrastRules());
 }
 
+TEST(ContrastRules, PassOverExtensionsAmongRowsAndCategories)
+{
+    for (const char* place : {"<Categories>", "<Matrix nbRows=\"3\" nbCols=\"2\">"}) {
+        const std::string extended = std::string(place) + "<Extension extender=\"x\" name=\"y\"/>";
+        ExpectEach({{kBinary, place, extended.c_str()}}, ContrastRules());
+    }
+}
+
 TEST(ContrastRules, ForgiveACellWhoseBetaIs0)
 {
     const std::string text =

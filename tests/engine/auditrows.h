@@ -10,9 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/documents/audit/documentaudit.h"
-#include "engine/documents/documentadapter.h"
-#include "engine/documents/documentloader.h"
+#include "tests/engine/audited.h"
 
 namespace MCVelscore_850 {
 
@@ -50,13 +48,9 @@ inline std::string Changed(std::string text, const std::string& from, const std:
 // What the rules of one table find in the tree of a document, by place, when the adapter is done.
 inline std::vector<Finding> FoundIn(const std::string& text, std::span<const AuditRule> table)
 {
-    Document document = LoadDocumentText(text, "m.pmml");
-    AdaptDocument(document);
-    Findings findings;
-    DocumentAudit(document, {}, findings).LookAtTree();
-    findings.Sort();
+    const Audited audited(text);
     std::vector<Finding> found;
-    for (const Finding& finding : findings.Kept()) {
+    for (const Finding& finding : audited.findings.Kept()) {
         const bool isOfTable = std::any_of(table.begin(), table.end(), [&](const AuditRule& rule) {
             return &rule.rule == finding.rule;
         });

@@ -30,11 +30,11 @@ constexpr Rule kNotice{"quiet-thing", Answer::Notice, false, "{element} is unuse
 
 struct Tree {
     explicit Tree(const std::string& text) : document(LoadDocumentText(text, "m.pmml")) {}
-    Element Root() const { return Element(document.GetTree().dom->getDocumentElement()); }
+    Element Root() const { return document.Root(); }
     std::string Text() const
     {
         std::string text;
-        Write(document.GetTree().dom->getDocumentElement(), text);
+        Write(Root(), text);
         return text;
     }
     Document document;

@@ -6,7 +6,7 @@
 #include <unordered_set>
 
 #include "engine/documents/audit/documentaudit.h"
-#include "engine/documents/treetext.h"
+#include "engine/documents/names.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/messages/nearword.h"
 #include "host/values/numbertext.h"

@@ -65,15 +65,25 @@ void ForEachFactor(const DocumentFacts& facts, Look look)
     }
 }
 
+// The rows of a matrix and the entries of Categories, without what extends them.
+std::vector<Element> Entries(Element list)
+{
+    std::vector<Element> entries;
+    for (const Element child : list.Children()) {
+        if (!child.Is(Tags::XML_ELE_EXTENSION)) entries.push_back(child);
+    }
+    return entries;
+}
+
 std::vector<std::string> CategoriesOfRows(const Contrasts& contrasts)
 {
+    if (!contrasts.labelsRows && !contrasts.list) {
+        return contrasts.field == nullptr ? std::vector<std::string>()
+                                          : contrasts.field->categories;
+    }
     std::vector<std::string> categories;
-    if (contrasts.labelsRows || contrasts.list) {
-        const ElementRange rows =
-            contrasts.labelsRows ? contrasts.matrix.Children() : contrasts.list.Children();
-        for (const Element row : rows) categories.push_back(row.Text(Tags::XML_ATT_VALUE));
-    } else if (contrasts.field != nullptr) {
-        categories = contrasts.field->categories;
+    for (const Element entry : Entries(contrasts.labelsRows ? contrasts.matrix : contrasts.list)) {
+        categories.push_back(entry.Text(Tags::XML_ATT_VALUE));
     }
     return categories;
 }
@@ -147,7 +157,7 @@ void RaggedMatrix(const DocumentFacts& facts, RuleReport& report)
     ForEachFactor(facts, [&](const Contrasts& contrasts) {
         if (!contrasts.matrix || IsRead(facts, contrasts)) return;
         const auto columns = contrasts.matrix.Number(Tags::XML_ELE_MATRIX_NBCOLS);
-        for (const Element row : contrasts.matrix.Children()) {
+        for (const Element row : Entries(contrasts.matrix)) {
             const auto count = CountNumbers(row);
             if (count && (!columns || static_cast<double>(*count) == *columns)) continue;
             report({.element = row,
@@ -183,10 +193,8 @@ void CategoryWithoutRow(const DocumentFacts& facts, RuleReport& report)
     ForEachFactor(facts, [&](const Contrasts& contrasts) {
         if (!contrasts.matrix) return;
         std::unordered_set<std::string> keys;
-        size_t rows = 0;
-        for ([[maybe_unused]] const Element row : contrasts.matrix.Children()) ++rows;
         std::vector<std::string> categories = CategoriesOfRows(contrasts);
-        const size_t labelled = std::min(rows, categories.size());
+        const size_t labelled = std::min(Entries(contrasts.matrix).size(), categories.size());
         for (size_t i = 0; i < labelled; ++i) keys.insert(KeyOf(contrasts.field, categories[i]));
         // The field's own categories have to have one, and those that the matrix lists.
         if (contrasts.field != nullptr) {
@@ -212,32 +220,48 @@ std::unordered_set<uint32_t> ParametersThatCount(const DocumentFacts& facts)
     return parameters;
 }
 
-// The categories of a factor that have a column, by the factor's number.
-using Columns = std::unordered_map<uint32_t, std::unordered_set<std::string>>;
+// The categories that a factor's matrix has rows for, and whether a column belongs to them too.
+struct ContrastColumns {
+    Contrasts contrasts;
+    std::unordered_map<std::string, bool> hasColumn;
 
-void CategoryWithoutColumn(const DocumentFacts& facts, RuleReport& report)
+    // One that the field doesn't have is told by the rules of cells.
+    bool Lacks(const std::string& category) const
+    {
+        const auto found = hasColumn.find(KeyOf(contrasts.field, category));
+        if (found != hasColumn.end()) return !found->second;
+        return contrasts.field == nullptr || !contrasts.field->IsClosed();
+    }
+};
+
+std::unordered_map<uint32_t, ContrastColumns> ColumnsByFactor(const DocumentFacts& facts)
 {
-    Columns columns;
-    std::unordered_map<uint32_t, Contrasts> contrastsOf;
+    std::unordered_map<uint32_t, ContrastColumns> columns;
     ForEachFactor(facts, [&](const Contrasts& contrasts) {
         const auto count = contrasts.matrix.Number(Tags::XML_ELE_MATRIX_NBCOLS);
         if (!count) return;
-        const uint32_t number =
-            facts.predictorNames.Find(std::string_view(contrasts.predictor->name));
-        contrastsOf.emplace(number, contrasts);
-        size_t column = 0;
+        ContrastColumns& of =
+            columns[facts.predictorNames.Find(std::string_view(contrasts.predictor->name))];
+        of.contrasts = contrasts;
+        double column = 0.0;
         for (const std::string& category : CategoriesOfRows(contrasts)) {
-            if (static_cast<double>(column++) >= *count) break;
-            columns[number].insert(KeyOf(contrasts.field, category));
+            of.hasColumn.emplace(KeyOf(contrasts.field, category), column < *count);
+            column += 1.0;
         }
     });
-    if (contrastsOf.empty()) return;
+    return columns;
+}
+
+void CategoryWithoutColumn(const DocumentFacts& facts, RuleReport& report)
+{
+    const auto columns = ColumnsByFactor(facts);
+    if (columns.empty()) return;
     const std::unordered_set<uint32_t> counting = ParametersThatCount(facts);
     for (const DocumentFacts::Design& design : facts.designs) {
-        const auto found = contrastsOf.find(design.predictor);
-        if (found == contrastsOf.end() || !counting.contains(design.parameter)) continue;
-        const Contrasts& contrasts = found->second;
-        if (columns[design.predictor].contains(KeyOf(contrasts.field, design.value))) continue;
+        const auto found = columns.find(design.predictor);
+        if (found == columns.end() || !counting.contains(design.parameter)) continue;
+        if (!found->second.Lacks(design.value)) continue;
+        const Contrasts& contrasts = found->second.contrasts;
         report({.element = design.element,
                 .attribute = Tags::XML_ATT_PPC_VALUE,
                 .found = design.value,

@@ -3,12 +3,9 @@
 #include <algorithm>
 #include <array>
 
-#include <xercesc/dom/DOM.hpp>
-
 #include "engine/documents/audit/familyfacts.h"
-#include "engine/documents/documenttree.h"
+#include "engine/documents/documentloader.h"
 #include "engine/documents/treefields.h"
-#include "engine/documents/treetext.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/documents/veltranscoder.h"
 #include "host/documents/zeltmodeltags.h"
@@ -210,15 +207,15 @@ private:
         AddFields(facts_.model.Child(Tags::XML_ELE_LOCALTRANSFORMATIONS), "DerivedField", true);
         if (!facts_.model) return;
         FindFamily();
-        const auto* target = TargetDataField(facts_.root.Dom());
+        const Element target = TargetDataField(facts_.root);
         for (const DocumentFacts::Field& field : facts_.fields) {
-            if (target != nullptr && field.element.Dom() == target) facts_.target = &field;
+            if (target && field.element == target) facts_.target = &field;
         }
     }
 
     void FindFamily()
     {
-        facts_.family = FamilyOfModel(facts_.root.Dom(), facts_.model.Dom());
+        facts_.family = FamilyOfModel(facts_.root, facts_.model);
         if (!facts_.family) return;
         facts_.family = FamilyUnderLink(*facts_.family,
                                         facts_.model.Text(Tags::XML_VAL_RM_EXT_NAME_DISTRIBUTION),
@@ -248,9 +245,9 @@ private:
             field.optype = element.Text(Tags::XML_ATT_DATAFIELD_OPTYPE);
             field.dataType = element.Text("dataType");
             field.derived = derived;
-            for (const auto* value : ValidValues(element.Dom())) {
-                field.categories.push_back(AttributeText(value, Tags::XML_ATT_VALUE));
-                field.categoryKeys.push_back(CategoryKey(element.Dom(), field.categories.back()));
+            for (const Element value : ValidValues(element)) {
+                field.categories.push_back(value.Text(Tags::XML_ATT_VALUE));
+                field.categoryKeys.push_back(CategoryKey(element, field.categories.back()));
             }
             AddField(std::move(field));
         }
@@ -358,7 +355,7 @@ private:
 
 std::string KeyOf(const DocumentFacts::Field* field, const std::string& category)
 {
-    return field == nullptr ? category : CategoryKey(field->element.Dom(), category);
+    return field == nullptr ? category : CategoryKey(field->element, category);
 }
 
 bool DocumentFacts::Field::HasCategory(const std::string& text) const
@@ -386,10 +383,6 @@ std::string DocumentFacts::OptionText(std::string_view name) const
     return {};
 }
 
-DocumentFacts GatherFacts(const Document& document)
-{
-    xercesc::DOMElement* root = document.GetTree().dom->getDocumentElement();
-    return Gatherer(Element(root)).Gather();
-}
+DocumentFacts GatherFacts(const Document& document) { return Gatherer(document.Root()).Gather(); }
 
 }  // namespace MCVelscore_850

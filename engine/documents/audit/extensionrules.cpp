@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "engine/documents/audit/documentaudit.h"
+#include "engine/documents/names.h"
 #include "engine/documents/ownextensions.h"
-#include "engine/documents/treetext.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/documents/veltranscoder.h"
 #include "host/messages/nearword.h"

@@ -5,7 +5,7 @@
 #include <initializer_list>
 
 #include "engine/documents/audit/documentaudit.h"
-#include "engine/documents/treetext.h"
+#include "engine/documents/names.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/messages/nearword.h"
 #include "host/model/modeldescription.h"
@@ -635,7 +635,7 @@ constexpr AuditRule kRules[] = {
     {{"trials-below-one", Answer::Fault, kStrict, "{what} is {found}, and trials are 1 or more",
       "Write the number of trials behind each prediction, a whole number."},
      TrialsBelowOne},
-    {{"variable-without-numbers", Answer::Fault, kStrict,
+    {{"text-variable", Answer::Fault, kStrict,
       "{what} {found} is {expected}, and has to be a variable of numbers",
       "Name the field that holds the number, or correct how the field is declared."},
      VariableWithoutNumbers},

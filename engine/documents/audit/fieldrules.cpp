@@ -8,7 +8,7 @@
 
 #include "engine/documents/audit/documentaudit.h"
 #include "engine/documents/audit/fieldvalues.h"
-#include "engine/documents/treetext.h"
+#include "engine/documents/names.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/values/numbertext.h"
 #include "host/variables/dictvar.h"

@@ -49,17 +49,6 @@ std::optional<double> ReadMargin(Element interval, std::string_view attribute,
     return number;
 }
 
-bool AcceptsUnlisted(Element field)
-{
-    for (const Element extension : field.Children(Tags::XML_ELE_EXTENSION)) {
-        if (ExtenderOf(extension) == Extender::Own &&
-            extension.Text(Tags::XML_ATT_EXT_NAME) == "unlistedCategories") {
-            return true;
-        }
-    }
-    return false;
-}
-
 // The texts that a derived text can be, where its expression says it at once; nothing else is
 // looked into.
 std::optional<std::vector<std::string>> OutcomesOf(Element derived)
@@ -166,7 +155,7 @@ std::string ValueKey(const DocumentFacts::Field& field, const std::string& text)
     if (field.dataType == "boolean") {
         if (const auto truth = TruthOf(text)) return *truth ? "true" : "false";
     }
-    return CategoryKey(field.element.Dom(), text);
+    return CategoryKey(field.element, text);
 }
 
 ClosedFields::ClosedFields(const DocumentFacts& facts)

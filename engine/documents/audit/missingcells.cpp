@@ -9,8 +9,8 @@
 
 #include "engine/documents/audit/cellchecks.h"
 #include "engine/documents/audit/nearnames.h"
+#include "engine/documents/names.h"
 #include "engine/documents/treefields.h"
-#include "engine/documents/treetext.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/documents/zeltmodeltags.h"
 

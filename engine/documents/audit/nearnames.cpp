@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "engine/documents/treetext.h"
+#include "engine/documents/names.h"
 #include "engine/messages/shorttext.h"
 #include "host/messages/nearword.h"
 

@@ -10,8 +10,8 @@
 
 #include "engine/documents/audit/documentaudit.h"
 #include "engine/documents/audit/fieldvalues.h"
+#include "engine/documents/names.h"
 #include "engine/documents/treefields.h"
-#include "engine/documents/treetext.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/messages/nearword.h"
 #include "host/values/numbertext.h"

@@ -17,7 +17,8 @@
 #include <xercesc/dom/DOM.hpp>
 
 #include "engine/documents/audit/documentaudit.h"
-#include "engine/documents/treetext.h"
+#include "engine/documents/modelelement.h"
+#include "engine/documents/names.h"
 #include "engine/documents/vocabulary.h"
 #include "engine/messages/shorttext.h"
 #include "host/documents/pmmlmodeltags.h"
@@ -317,11 +318,10 @@ private:
         return meaning;
     }
 
-    // A name beside the one that it comes near to isn't meant for it.
+    // Also beside the attribute that is meant.
     void TellUnknownAttribute(Element element, std::string name, const AttributeName& meaning)
     {
         const AttributeWord* near = meaning.near;
-        if (near != nullptr && element.Has(near->name)) near = nullptr;
         const bool matters = near != nullptr && near->effect != Effect::None;
         tell_(matters ? kMisspeltAttribute : kUnknownAttribute,
               {.element = element,
@@ -425,9 +425,6 @@ private:
         if (meaning.known != nullptr) return TellMisplaced(parent, child, *meaning.known->word);
         if (!IsInVocabularysNamespace(child)) return;
         const ChildWord* near = meaning.near;
-        if (near != nullptr && near->count == ChildWord::One && parent.Child(near->tag)) {
-            near = nullptr;
-        }
         const ElementWord* word = near == nullptr ? nullptr : WordOf(near->tag);
         const bool matters = word != nullptr && word->effect != Effect::None;
         tell_(matters ? kMisspeltElement : kUnknownElement,
@@ -532,7 +529,7 @@ void LookAtVocabulary(Element root,
                       const std::function<void(const Rule& rule, const Detail& detail)>& tell)
 {
     const bool older = root.Is(ZELTModelTags::XML_ELE_ZELTML);
-    if (!older && IsPmmlRoot(root.Dom())) {
+    if (!older && IsPmmlRoot(root)) {
         if (const auto uri = ForeignNamespace(root)) {
             tell(kForeignNamespace, {.element = root, .attribute = "xmlns", .found = *uri});
         }
