@@ -19,7 +19,7 @@ int RunConvert(const ConvertArguments& arguments, Console& console)
     Document document = LoadDocument(arguments.model);
     const PublishedForm published = ConvertLegacyDocument(document, *plugin);
     // Neither the document nor what becomes of it may have a fault.
-    const LoadedModel model(document, plugin, options);
+    LoadedModel(document, plugin, options);
     Document converted =
         LoadDocumentText(published.text, fmt::format("the PMML form of {}", published.file));
     LoadedModel(converted, plugin, options);
@@ -27,7 +27,6 @@ int RunConvert(const ConvertArguments& arguments, Console& console)
         console.Say(fmt::format("{}: {}", published.file, note));
     }
     WriteWholeFile(arguments.output, published.text);
-    console.SayFindings(model);
     return kExitDone;
 }
 

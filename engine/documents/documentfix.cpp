@@ -83,7 +83,7 @@ private:
     // Elements that lost their prefix are in the default namespace now.
     void DeclareNamespace()
     {
-        const Element root(document_.GetTree().dom->getDocumentElement());
+        const Element root = document_.Root();
         if (root.Has(kXmlns)) return;
         std::string uri;
         root.ForEachAttribute([&uri](Element::RawText name, Element::RawText text) {

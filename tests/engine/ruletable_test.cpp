@@ -141,11 +141,13 @@ Texts SoundDocuments()
 bool Tells(const std::string& text, std::string_view rule,
            const std::shared_ptr<const Plugin>& plugin)
 {
-    Document document = LoadDocumentText(text, "m.pmml");
     try {
+        Document document = LoadDocumentText(text, "m.pmml");
         return LoadedModel(document, plugin).DocumentFindings().CountOf(rule) > 0;
     } catch (const DocumentFailure& refusal) {
         return refusal.Found().CountOf(rule) > 0;
+    } catch (const Failure&) {  // the edit made no document of it
+        return false;
     }
 }
 

@@ -347,6 +347,17 @@ TEST_F(Fix, WritesWhatIsReadAndKeepsTheRest)
               RunVelscore({"score", Write(kSound), cases_}).out);
 }
 
+TEST_F(Fix, TakesOutACellThatSaysAgainWhatAnotherSays)
+{
+    const std::string cell = "<PCell parameterName=\"p1\" beta=\"2\" df=\"1\"/>";
+    const Finished run = Run(Replaced(kSound, cell, cell + "\n" + cell));
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_TRUE(Has(run.err, "line 35, column 1: PCell is taken out [repeated-cell]")) << run.err;
+    const std::string fixed = ReadFile(fixed_);
+    EXPECT_EQ(fixed.find("beta=\"2\""), fixed.rfind("beta=\"2\"")) << fixed;
+    EXPECT_EQ(Findings(fixed_), Json::array());
+}
+
 // Whether a word of two letters off is the near one, nobody knows for sure.
 TEST_F(Fix, WritesNothingWhereAFaultStays)
 {

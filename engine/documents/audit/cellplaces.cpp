@@ -87,6 +87,7 @@ void TellRepeated(const DocumentFacts& facts, const Section& section, bool agree
     for (const RepeatedCell& cell : facts.*section.repeated) {
         if (cell.agrees != agrees || cell.mirrored != mirrored) continue;
         Detail detail{.element = section.element(facts, cell.again)};
+        if (agrees) detail.mend.action = Mend::Action::EraseElement;
         if (++told <= Findings::kKeptOfRule) {
             const Spoken spoken = section.spoken(facts, cell.again);
             detail.attribute = spoken.attribute;

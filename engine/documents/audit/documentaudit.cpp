@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "engine/documents/documenttree.h"
+#include "engine/documents/documentloader.h"
 
 namespace MCVelscore_850 {
 
@@ -40,10 +40,9 @@ DocumentAudit::DocumentAudit(const Document& document, std::span<const std::stri
 void DocumentAudit::LookAtNames()
 {
     sawNames_ = true;
-    LookAtVocabulary(Element(document_.GetTree().dom->getDocumentElement()),
-                     [this](const Rule& rule, const Detail& detail) {
-                         findings_.Add(rule, AnswerOf(rule), detail);
-                     });
+    LookAtVocabulary(document_.Root(), [this](const Rule& rule, const Detail& detail) {
+        findings_.Add(rule, AnswerOf(rule), detail);
+    });
 }
 
 void DocumentAudit::LookAtTree()

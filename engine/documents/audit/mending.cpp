@@ -4,10 +4,8 @@
 #include <unordered_set>
 
 #include <fmt/format.h>
-#include <xercesc/dom/DOM.hpp>
 
 #include "engine/messages/shorttext.h"
-#include "host/documents/veltranscoder.h"
 
 namespace MCVelscore_850 {
 
@@ -33,8 +31,7 @@ std::string RenameElement(const OpenMend& open)
 {
     const std::string before = open.element.Tag();
     if (before == open.mend.text) return {};
-    xercesc::DOMElement* dom = open.element.Dom();
-    dom->getOwnerDocument()->renameNode(dom, nullptr, XmlFromUtf8(open.mend.text).c_str());
+    open.element.Rename(open.mend.text);
     return fmt::format("{} is now {}", ShortText(before), open.mend.text);
 }
 
