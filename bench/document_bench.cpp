@@ -57,7 +57,7 @@ std::string MakeDocument(int parameters)
             number(random));
         for (int j = 0; j <= i; ++j) {
             add(covariances, "      <PCovCell pRow=\"b{}\" pCol=\"b{}\" value=\"{:.17g}\"/>\n", i,
-                j, number(random));
+                j, i == j ? 1.0 : number(random));  // a variance isn't below 0
         }
     }
     std::string document;

@@ -67,6 +67,20 @@ bool Equals(const XMLCh* text, std::string_view name)
     return *text == 0;
 }
 
+xercesc::DOMNode* NextNode(const xercesc::DOMNode& node) { return node.getNextSibling(); }
+xercesc::DOMNode* PreviousNode(const xercesc::DOMNode& node) { return node.getPreviousSibling(); }
+
+// The node, or the first element from there on. The library's own walks over elements ask each node
+// by several dynamic casts what it is.
+template <class Step>
+xercesc::DOMElement* FirstElement(xercesc::DOMNode* node, Step step)
+{
+    while (node != nullptr && node->getNodeType() != xercesc::DOMNode::ELEMENT_NODE) {
+        node = step(*node);
+    }
+    return static_cast<xercesc::DOMElement*>(node);
+}
+
 }  // namespace
 
 std::string Element::Tag() const
@@ -134,12 +148,13 @@ Element Element::Parent() const
 
 Element Element::NextSibling() const
 {
-    return dom_ == nullptr ? Element() : Element(dom_->getNextElementSibling());
+    return dom_ == nullptr ? Element() : Element(FirstElement(dom_->getNextSibling(), &NextNode));
 }
 
 Element Element::PreviousSibling() const
 {
-    return dom_ == nullptr ? Element() : Element(dom_->getPreviousElementSibling());
+    return dom_ == nullptr ? Element()
+                           : Element(FirstElement(dom_->getPreviousSibling(), &PreviousNode));
 }
 
 Element Element::Child(std::string_view tag) const { return Children(tag).First(); }
@@ -148,7 +163,8 @@ ElementRange Element::Children() const { return Children({}); }
 
 ElementRange Element::Children(std::string_view tag) const
 {
-    return {dom_ == nullptr ? Element() : Element(dom_->getFirstElementChild()), tag};
+    if (dom_ == nullptr) return {Element(), tag};
+    return {Element(FirstElement(dom_->getFirstChild(), &NextNode)), tag};
 }
 
 DocumentPlace Element::Place() const { return PlaceOf(dom_); }
