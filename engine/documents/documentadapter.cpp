@@ -4,6 +4,7 @@
 
 #include "engine/documents/adapterrules.h"
 #include "engine/documents/documenttree.h"
+#include "engine/documents/regressiontranslation.h"
 #include "engine/documents/treetext.h"
 
 namespace MCVelscore_850 {
@@ -26,11 +27,13 @@ constexpr Rule Row(std::string_view name, bool doubt, Answer answer = Answer::Ad
 }
 
 // In this order: names first, since the others look for plain ones; then the version, which
-// decides what a selector means; then the fields, whose measure the later rules read.
+// decides what a selector means; then another kind of model, which the later rules read in the
+// general form; then the fields, whose measure the later rules read.
 constexpr RuleRow kRules[] = {
     {Row("namespace-prefix", kNoDoubt), DropNamespacePrefix},
     {Row("version-from-namespace", kNoDoubt), TakeVersionFromNamespace},
     {Row("short-version", kNoDoubt), ShortenVersion},
+    {Row("regression-model", kNoDoubt), TranslateRegressionModel},
     {Row("generalized-linear", kNoDoubt), SelectGeneralizedLinear},
     {Row("cumulative-link", kNoDoubt), TakeLinkFromCumulativeLink},
     {Row("thresholds-first", kNoDoubt), PutThresholdsFirst},
@@ -62,7 +65,8 @@ std::vector<Adaptation> AdaptDocument(Document& document)
     for (const RuleRow& row : kRules) {
         if (auto change = row.apply(root)) {
             adaptations.push_back({&row.rule, std::move(change->text), std::move(change->place),
-                                   change->rotatedTarget, std::move(change->listedByCells)});
+                                   change->rotatedTarget, std::move(change->listedByCells),
+                                   std::move(change->family)});
         }
     }
     return adaptations;

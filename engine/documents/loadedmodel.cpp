@@ -90,6 +90,7 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
                 rotatedTarget |= adaptation.rotatedTarget;
                 std::move(adaptation.listedByCells.begin(), adaptation.listedByCells.end(),
                           std::back_inserter(listedByCells_));
+                if (!adaptation.family.empty()) translatedFamily_ = std::move(adaptation.family);
             }
             audit.LookAtTree();
             RefuseFaults(findings_, file_);
@@ -107,7 +108,7 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
     if (options.verification && !verification_) {
         throw Failure(FailureKind::Document, kNoVerification, {file_});
     }
-    model_->Describe(description_);
+    Describe();
     if (!options.asIs) {
         audit.LookAtModel(description_);
         RefuseFaults(findings_, file_);
@@ -153,9 +154,17 @@ void LoadedModel::SetConfidenceLevel(double level)
 {
     model_->SetConfidenceLevel(level);
     // A model with limits predicts no categories, whose order would have to be restored.
-    ModelDescription description;
-    model_->Describe(description);
-    description_ = std::move(description);
+    Describe();
+}
+
+void LoadedModel::Describe()
+{
+    description_ = {};
+    model_->Describe(description_);
+    if (translatedFamily_.empty()) return;
+    description_.family = translatedFamily_;
+    description_.className = "RegressionModel";
+    description_.distribution.clear();  // a RegressionModel has none
 }
 
 std::vector<std::string> LoadedModel::ColumnsOf(const ModelDescription& description) const

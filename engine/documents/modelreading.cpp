@@ -43,12 +43,6 @@ constexpr std::string_view kOtherModels[] = {
     "TreeModel",
 };
 
-bool IsOtherModel(std::string_view tag)
-{
-    return std::find(std::begin(kOtherModels), std::end(kOtherModels), LocalNameOf(tag)) !=
-           std::end(kOtherModels);
-}
-
 // The reader would say only that its own element is missing.
 void ExpectNoOtherModel(const xercesc::DOMElement* root)
 {
@@ -91,6 +85,12 @@ void ExpectPrefixesDeclared(const xercesc::DOMElement* element)
 }
 
 }  // namespace
+
+bool IsOtherModel(std::string_view tag)
+{
+    return std::find(std::begin(kOtherModels), std::end(kOtherModels), LocalNameOf(tag)) !=
+           std::end(kOtherModels);
+}
 
 std::unique_ptr<ScoreModel> ReadModel(const Plugin& plugin, const Document& document)
 {

@@ -1,0 +1,643 @@
+#include "engine/documents/regressiontranslation.h"
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include <fmt/format.h>
+#include <xercesc/dom/DOM.hpp>
+
+#include "engine/documents/modelreading.h"
+#include "engine/documents/regressionpredictors.h"
+#include "engine/documents/regressiontables.h"
+#include "engine/documents/treefields.h"
+#include "engine/documents/treetext.h"
+#include "engine/documents/treewriting.h"
+#include "host/documents/documentplace.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/messages/messages.h"
+#include "host/model/modelfamilies.h"
+#include "host/values/numericvalue.h"
+#include "host/variables/dictvar.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+using Tags = PMMLModelTags;
+using xercesc::DOMElement;
+
+const std::string kRegressionModel = "RegressionModel";
+const std::string kNormalizationMethod = "normalizationMethod";
+const std::string kTargetFieldName = "targetFieldName";
+const std::string kNone = "none";
+const std::string kIntercept = "(Intercept)";
+const std::string kInvalidValueTreatment = "invalidValueTreatment";
+const std::string kOrdinal = "ordinal";
+const std::string kCategorical = "categorical";
+const std::string kDataType = "dataType";
+
+constexpr std::string_view kNormalizations[] = {"none",   "simplemax", "softmax",
+                                                "logit",  "probit",    "cloglog",
+                                                "exp",    "loglog",    "cauchit"};
+
+/// What the tables are the equations of.
+enum class Shape { Number, TwoCategories, Categories, OrderedCategories };
+
+// In messages.
+constexpr const char* kShapes[] = {"a regression", "a classification into two categories",
+                                   "a classification into more than two categories",
+                                   "a target of ordered categories"};
+
+// Which tables count: every one, or the others by difference.
+enum class Counts { All, First, AllButLast };
+
+// How the general form says it.
+struct Form {
+    Shape shape;
+    std::string_view normalization;
+    const std::string& modelType;
+    const std::string& algorithm;
+    const std::string& link;  // empty where the family has none
+    Counts counts;
+    bool takesFactors;  // its families count a missing category as none of the factor's
+    const char* family;
+};
+
+const std::string kNoLink;
+
+const Form kForms[] = {
+    {Shape::Number, "none", Tags::XML_VAL_MT_GLIN, Tags::XML_VAL_MN_GLIN, kNoLink, Counts::All,
+     true, "linear regression"},
+    {Shape::Number, "exp", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
+     Tags::XML_VAL_RM_EXT_VALUE_LINK_LOG, Counts::All, false, "generalized linear model"},
+    {Shape::Number, "softmax", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
+     Tags::XML_VAL_LINKFUNCTION_LOGIT, Counts::All, false, "generalized linear model"},
+    {Shape::Number, "logit", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
+     Tags::XML_VAL_LINKFUNCTION_LOGIT, Counts::All, false, "generalized linear model"},
+    {Shape::Number, "probit", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
+     Tags::XML_VAL_LINKFUNCTION_PROBIT, Counts::All, false, "generalized linear model"},
+    {Shape::Number, "cloglog", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
+     Tags::XML_VAL_LINKFUNCTION_CLOGLOG, Counts::All, false, "generalized linear model"},
+    {Shape::Number, "loglog", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
+     Tags::XML_VAL_LINKFUNCTION_LOGLOG, Counts::All, false, "generalized linear model"},
+
+    {Shape::TwoCategories, "none", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
+     Tags::XML_VAL_RM_EXT_VALUE_LINK_IDENTITY, Counts::First, false, "binary linear regression"},
+    {Shape::TwoCategories, "softmax", Tags::XML_VAL_MT_MLR, Tags::XML_VAL_MT_MLR, kNoLink,
+     Counts::All, true, "binary logistic regression"},
+    {Shape::TwoCategories, "logit", Tags::XML_VAL_MT_MLR, Tags::XML_VAL_MT_MLR, kNoLink,
+     Counts::First, true, "binary logistic regression"},
+    {Shape::TwoCategories, "probit", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
+     Tags::XML_VAL_LINKFUNCTION_PROBIT, Counts::First, false, "binary regression"},
+    {Shape::TwoCategories, "cloglog", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
+     Tags::XML_VAL_LINKFUNCTION_CLOGLOG, Counts::First, false, "binary regression"},
+    {Shape::TwoCategories, "loglog", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
+     Tags::XML_VAL_LINKFUNCTION_LOGLOG, Counts::First, false, "binary regression"},
+
+    {Shape::Categories, "softmax", Tags::XML_VAL_MT_MLR, Tags::XML_VAL_MT_MLR, kNoLink, Counts::All,
+     true, "multinomial logistic regression"},
+    {Shape::OrderedCategories, "softmax", Tags::XML_VAL_MT_MLR, Tags::XML_VAL_MT_MLR, kNoLink,
+     Counts::All, true, "multinomial logistic regression"},
+
+    {Shape::OrderedCategories, "logit", Tags::XML_VAL_MT_ORDINAL, Tags::XML_VAL_MN_ORDINAL,
+     Tags::XML_VAL_LINKFUNCTION_LOGIT, Counts::AllButLast, false, "ordinal regression"},
+    {Shape::OrderedCategories, "probit", Tags::XML_VAL_MT_ORDINAL, Tags::XML_VAL_MN_ORDINAL,
+     Tags::XML_VAL_LINKFUNCTION_PROBIT, Counts::AllButLast, false, "ordinal regression"},
+    {Shape::OrderedCategories, "cloglog", Tags::XML_VAL_MT_ORDINAL, Tags::XML_VAL_MN_ORDINAL,
+     Tags::XML_VAL_LINKFUNCTION_CLOGLOG, Counts::AllButLast, false, "ordinal regression"},
+    {Shape::OrderedCategories, "loglog", Tags::XML_VAL_MT_ORDINAL, Tags::XML_VAL_MN_ORDINAL,
+     Tags::XML_VAL_LINKFUNCTION_LOGLOG, Counts::AllButLast, false, "ordinal regression"},
+    {Shape::OrderedCategories, "cauchit", Tags::XML_VAL_MT_ORDINAL, Tags::XML_VAL_MN_ORDINAL,
+     Tags::XML_VAL_LINKFUNCTION_CAUCHIT, Counts::AllButLast, false, "ordinal regression"},
+};
+
+Element Add(Element parent, const std::string& tag, Element source)
+{
+    const Element added(AddElement(parent.Dom(), tag));
+    CopyPlace(source.Dom(), added.Dom());
+    return added;
+}
+
+// A column of betas: a product of predictors, or the intercept.
+struct Parameter {
+    std::string name;
+    Element element;
+    std::vector<RegressionPredictors::Cell> cells;
+};
+
+// A coefficient of a table, in the column of its parameter.
+struct Beta {
+    size_t parameter;
+    const RegressionTerm* term;
+};
+
+class Translation {
+public:
+    Translation(DOMElement* root, DOMElement* model) : root_(root), old_(model) {}
+
+    Change Translate();
+
+private:
+    std::string Normalization() const;
+    void FindTarget();
+    bool Classifies() const;
+    void SettleCategories();
+    void ListCategories();
+    void MatchTables();
+    Shape ShapeOfTables() const;
+    const Form& FindForm(Shape shape, const std::string& normalization) const;
+    void KeepTablesThatCount();
+    void ExpectOneTable() const;
+    void ExpectTables() const;
+
+    void DropRepeatedDerivedFields();
+    void RefuseInvalidValues();
+    void ReplaceElement();
+    void MoveChildren(bool verification);
+    void PlanParameters(RegressionPredictors& predictors);
+    size_t ParameterOf(const std::vector<RegressionPredictors::Cell>& cells, Element element,
+                       std::map<std::string, size_t>& repeats);
+    void ExpectSharedSlopes() const;
+    void WriteLists(const RegressionPredictors& predictors);
+    void WriteBetas();
+    void WriteBeta(const Parameter& parameter, const std::string& beta, Element source,
+                   const std::string& category);
+    void UseSelectors();
+
+    std::string TargetText(const std::string& category) const;
+    bool IsCategory(const std::string& listed, const std::string& text) const;
+
+    Element root_;
+    Element old_;
+    Element model_;         // the new one
+    Element targetMining_;  // MiningField
+    Element target_;        // DataField
+    std::string targetName_;
+    std::vector<RegressionTable> tables_;  // those that count
+    std::vector<std::string> categories_;  // of the target, none of a number
+    const Form* form_ = nullptr;
+    Element matrix_;  // ParamMatrix
+    std::vector<Parameter> parameters_;  // the first one is the intercept
+    std::unordered_map<std::string, size_t> parameterOf_;
+    std::set<std::string> parameterNames_{kIntercept, "(Constant)"};  // the reader moves the latter
+    std::vector<std::vector<Beta>> betas_;  // by table
+};
+
+Change Translation::Translate()
+{
+    Change change{PlaceOf(old_.Dom()), {}};
+    const std::string normalization = Normalization();
+    tables_ = ReadRegressionTables(old_);
+    FindTarget();
+    if (Classifies()) {
+        SettleCategories();
+        MatchTables();
+    } else {
+        ExpectOneTable();
+    }
+    const Shape shape = ShapeOfTables();
+    form_ = &FindForm(shape, normalization);
+    if (shape != Shape::Number) {
+        ExpectTables();
+        KeepTablesThatCount();
+    }
+    ReplaceElement();
+    DropRepeatedDerivedFields();
+    RefuseInvalidValues();
+    MoveChildren(false);
+    RegressionPredictors predictors(root_, model_, tables_, form_->takesFactors);
+    PlanParameters(predictors);
+    if (form_->counts == Counts::AllButLast) ExpectSharedSlopes();
+    WriteLists(predictors);
+    WriteBetas();
+    MoveChildren(true);
+    old_.Erase();
+
+    change.family = form_->family;
+    change.text = fmt::format("RegressionModel with normalizationMethod \"{}\" is read as a "
+                              "GeneralRegressionModel, modelType \"{}\"",
+                              normalization, form_->modelType);
+    if (const auto& terms = predictors.NeverMet(); !terms.empty()) {
+        change.text += fmt::format("; {} is no category of its field, so that its coefficient never "
+                                   "counts",
+                                   Listed(terms));
+    }
+    return change;
+}
+
+std::string Translation::Normalization() const
+{
+    std::string word = old_.Text(kNormalizationMethod);
+    if (word.empty()) return kNone;
+    if (std::find(std::begin(kNormalizations), std::end(kNormalizations), word) ==
+        std::end(kNormalizations)) {
+        RefuseAt(old_.Dom(), kUnknownNormalization, word.c_str());
+    }
+    return word;
+}
+
+// The mining schema decides; old documents name the field in the model's attribute alone.
+void Translation::FindTarget()
+{
+    const Element schema = old_.Child(Tags::XML_ELE_MININGSCHEMA);
+    const std::string named = old_.Text(kTargetFieldName);
+    Element ofName;
+    for (const Element field : schema.Children(Tags::XML_ELE_MININGFIELD)) {
+        const std::string usage = field.Text(Tags::XML_ATT_MININGFIELD_USAGETYPE);
+        const std::string name = field.Text(Tags::XML_ATT_MININGFIELD_NAME);
+        if (!targetMining_ &&
+            (usage == Tags::XML_ATT_MF_FUT_TARGET || usage == Tags::XML_ATT_MF_FUT_PREDICTED)) {
+            targetMining_ = field;
+            targetName_ = name;
+        }
+        if (name == named) ofName = field;
+    }
+    if (!targetMining_) {
+        if (named.empty() || !schema) RefuseAt(old_.Dom(), kNoTargetField, old_.Tag().c_str());
+        targetMining_ = ofName ? ofName : Add(schema, Tags::XML_ELE_MININGFIELD, old_);
+        targetMining_.SetText(Tags::XML_ATT_MININGFIELD_NAME, named);
+        targetMining_.SetText(Tags::XML_ATT_MININGFIELD_USAGETYPE, Tags::XML_ATT_MF_FUT_TARGET);
+        targetName_ = named;
+    } else if (!named.empty() && named != targetName_) {
+        RefuseAt(old_.Dom(), kTargetFieldsDiffer, named.c_str(), targetName_.c_str());
+    }
+    for (auto* field : DataFields(root_.Dom())) {
+        if (AttributeText(field, Tags::XML_ATT_NAME) == targetName_) target_ = Element(field);
+    }
+    if (!target_) {
+        RefuseAt(targetMining_.Dom(), kUnknownTermField, targetName_.c_str(),
+                 targetMining_.Tag().c_str());
+    }
+    const std::string optype = targetMining_.Text(Tags::XML_ATT_DATAFIELD_OPTYPE);
+    if (!optype.empty()) target_.SetText(Tags::XML_ATT_DATAFIELD_OPTYPE, optype);
+}
+
+// A regression over several categories is what old exporters call a classification.
+bool Translation::Classifies() const
+{
+    const std::string function = old_.Text(Tags::XML_ATT_FUNCTIONNAME);
+    if (function == Tags::XML_VAL_RM_FUNC_NAME_C) return true;
+    if (function != Tags::XML_VAL_MT_REGRESS) {
+        RefuseAt(old_.Dom(), kUnknownFunctionName, function.c_str());
+    }
+    return tables_.size() > 1 &&
+           std::none_of(tables_.begin(), tables_.end(),
+                        [](const RegressionTable& table) { return table.category.empty(); });
+}
+
+void Translation::SettleCategories()
+{
+    for (const RegressionTable& table : tables_) {
+        if (!table.category.empty()) continue;
+        RefuseAt(table.element.Dom(), kTableWithoutCategory, static_cast<int>(tables_.size()));
+    }
+    if (target_.Text(Tags::XML_ATT_DATAFIELD_OPTYPE) == Tags::XML_VAL_OT_CONTINUOUS) {
+        target_.SetText(Tags::XML_ATT_DATAFIELD_OPTYPE, kCategorical);
+    }
+    ListCategories();
+    for (const auto* value : ValidValues(target_.Dom())) {
+        categories_.push_back(AttributeText(value, Tags::XML_ATT_VALUE));
+    }
+    if (categories_.size() < 2) {
+        const std::string only = "beside " + Listed(categories_);
+        RefuseAt(target_.Dom(), kTablesMissing, only.c_str(), Normalization().c_str());
+    }
+}
+
+// A target that lists no categories has those of the tables, in their order.
+void Translation::ListCategories()
+{
+    if (!ValidValues(target_.Dom()).empty()) return;
+    std::set<std::string> keys;
+    for (const RegressionTable& table : tables_) {
+        if (!keys.insert(CategoryKey(target_.Dom(), table.category)).second) continue;
+        Add(target_, Tags::XML_ELE_VALUE, table.element)
+            .SetText(Tags::XML_ATT_VALUE, table.category);
+    }
+}
+
+bool Translation::IsCategory(const std::string& listed, const std::string& text) const
+{
+    if (CategoryKey(target_.Dom(), listed) == CategoryKey(target_.Dom(), text)) return true;
+    return target_.Text(kDataType) == "boolean" && TruthOf(text) && TruthOf(text) == TruthOf(listed);
+}
+
+// Gives each table its category as the target lists it.
+void Translation::MatchTables()
+{
+    std::set<std::string> taken;
+    for (RegressionTable& table : tables_) {
+        const auto category =
+            std::find_if(categories_.begin(), categories_.end(), [&](const std::string& listed) {
+                return IsCategory(listed, table.category);
+            });
+        if (category == categories_.end()) {
+            RefuseAt(table.element.Dom(), kUnknownTableCategory, table.category.c_str(),
+                     targetName_.c_str(), Listed(categories_).c_str());
+        }
+        table.category = *category;
+        if (!taken.insert(*category).second) {
+            RefuseAt(table.element.Dom(), kTableTwice, table.category.c_str());
+        }
+    }
+}
+
+Shape Translation::ShapeOfTables() const
+{
+    if (categories_.empty()) return Shape::Number;
+    // Of two categories there is one probability, and the order of the tables says whose.
+    if (categories_.size() == 2) return Shape::TwoCategories;
+    return target_.Text(Tags::XML_ATT_DATAFIELD_OPTYPE) == kOrdinal ? Shape::OrderedCategories
+                                                                    : Shape::Categories;
+}
+
+const Form& Translation::FindForm(Shape shape, const std::string& normalization) const
+{
+    for (const Form& form : kForms) {
+        if (form.shape == shape && form.normalization == normalization) return form;
+    }
+    RefuseAt(old_.Dom(), kNormalizationNotTaken, normalization.c_str(),
+             kShapes[static_cast<size_t>(shape)]);
+}
+
+void Translation::ExpectOneTable() const
+{
+    if (tables_.size() > 1) {
+        RefuseAt(tables_[1].element.Dom(), kTableCount, static_cast<int>(tables_.size()));
+    }
+    const std::string dataType = target_.Text(kDataType);
+    if (dataType == "string" || dataType == "boolean") {
+        RefuseAt(target_.Dom(), kTextInEquation, targetName_.c_str(), dataType.c_str(),
+                 old_.Tag().c_str());
+    }
+    target_.SetText(Tags::XML_ATT_DATAFIELD_OPTYPE, Tags::XML_VAL_OT_CONTINUOUS);
+}
+
+// Where all count each category has its own; else one is the difference to 1.
+void Translation::ExpectTables() const
+{
+    std::vector<std::string> without;
+    for (const std::string& category : categories_) {
+        const bool has = std::any_of(tables_.begin(), tables_.end(), [&](const auto& table) {
+            return table.category == category;
+        });
+        if (!has) without.push_back(category);
+    }
+    const bool isLast = without.size() == 1 && (form_->counts == Counts::First ||
+                                                (form_->counts == Counts::AllButLast &&
+                                                 without.front() == categories_.back()));
+    if (!without.empty() && !isLast) {
+        RefuseAt(old_.Dom(), kTablesMissing, Listed(without).c_str(),
+                 std::string(form_->normalization).c_str());
+    }
+    if (form_->counts == Counts::First && tables_.size() == 2 && tables_.front().IsEmpty() &&
+        !tables_.back().IsEmpty()) {
+        RefuseAt(tables_.front().element.Dom(), kEmptyFirstTable, tables_.front().category.c_str(),
+                 std::string(form_->normalization).c_str());
+    }
+}
+
+void Translation::KeepTablesThatCount()
+{
+    switch (form_->counts) {
+        case Counts::All: return;
+        case Counts::First: tables_.resize(1, tables_.front()); return;
+        case Counts::AllButLast: break;
+    }
+    std::vector<RegressionTable> ordered;
+    for (size_t i = 0; i + 1 < categories_.size(); ++i) {
+        ordered.push_back(*std::find_if(tables_.begin(), tables_.end(), [&](const auto& table) {
+            return table.category == categories_[i];
+        }));
+    }
+    tables_ = std::move(ordered);
+}
+
+// The same derived field again, as converters write it that encode a column twice.
+void Translation::DropRepeatedDerivedFields()
+{
+    for (const Element section : {root_.Child(Tags::XML_ELE_TRANSFORMATION),
+                                  old_.Child(Tags::XML_ELE_LOCALTRANSFORMATIONS)}) {
+        std::unordered_map<std::string, Element> first;
+        std::vector<Element> repeated;
+        for (const Element field : section.Children("DerivedField")) {
+            const auto [known, isNew] = first.emplace(field.Text(Tags::XML_ATT_NAME), field);
+            if (!isNew && known->second.Dom()->isEqualNode(field.Dom())) repeated.push_back(field);
+        }
+        for (Element& field : repeated) field.Erase();
+    }
+}
+
+// The standard's word for a field that says none: a value outside of what its field declares gives
+// no score. An indicator would take it for another category.
+void Translation::RefuseInvalidValues()
+{
+    std::set<std::string> closed;
+    for (auto* dom : DataFields(root_.Dom())) {
+        if (!ValidValues(dom).empty() || Element(dom).Child("Interval")) {
+            closed.insert(AttributeText(dom, Tags::XML_ATT_NAME));
+        }
+    }
+    for (const Element field :
+         old_.Child(Tags::XML_ELE_MININGSCHEMA).Children(Tags::XML_ELE_MININGFIELD)) {
+        if (field == targetMining_ || field.Has(kInvalidValueTreatment)) continue;
+        if (!closed.contains(field.Text(Tags::XML_ATT_MININGFIELD_NAME))) continue;
+        field.SetText(kInvalidValueTreatment, "returnInvalid");
+    }
+}
+
+void Translation::ReplaceElement()
+{
+    model_ = Add(root_, Tags::XML_ELE_REGRESSMODEL, old_);
+    root_.Dom()->insertBefore(model_.Dom(), old_.Dom());
+    for (const std::string& kept : {Tags::XML_ATT_RM_MODEL_NAME, Tags::XML_ATT_RM_IS_SCORABLE}) {
+        if (old_.Has(kept)) model_.SetText(kept, old_.Text(kept));
+    }
+    model_.SetText(Tags::XML_ATT_RM_MODEL_TYPE, form_->modelType);
+    model_.SetText(Tags::XML_ATT_MODELALGO, form_->algorithm);
+    model_.SetText(Tags::XML_ATT_FUNCTIONNAME, form_->shape == Shape::Number
+                                                   ? Tags::XML_VAL_MT_REGRESS
+                                                   : Tags::XML_VAL_RM_FUNC_NAME_C);
+    model_.SetText(Tags::XML_ATT_RM_TARGET_VAR, targetName_);
+    if (!form_->link.empty()) model_.SetText(Tags::XML_ATT_LINKFUNCTION, form_->link);
+    if (form_->modelType == Tags::XML_VAL_MT_GDLIN) {
+        model_.SetText(Tags::XML_VAL_RM_EXT_NAME_DISTRIBUTION,
+                       form_->shape == Shape::Number ? Tags::XML_VAL_RM_EXT_VALUE_DIST_NORMAL
+                                                     : Tags::XML_VAL_RM_EXT_VALUE_DIST_BINOMIAL);
+        UseSelectors();
+    }
+    if (form_->takesFactors) {
+        const Element extension = Add(model_, Tags::XML_ELE_EXTENSION, old_);
+        extension.SetText(Tags::XML_ATT_EXTENSION_EXTENDER, Tags::XML_VAL_EXTENSION_EXTENDER);
+        extension.SetText(Tags::XML_ATT_EXT_NAME, Tags::XML_ATT_RM_EXT_NAME_ALLMISSINGFACTORS);
+        extension.SetText(Tags::XML_ATT_EXT_VALUE, "true");
+    }
+}
+
+// Before the version of selectors the family can't be asked for, and dataType may be left out.
+void Translation::UseSelectors()
+{
+    if (VersionOf(root_.Dom()) >= kSelectorVersion) return;
+    root_.SetText(Tags::XML_ATT_VERSION, fmt::format("{}", kSelectorVersion));
+    for (auto* dom : DataFields(root_.Dom())) {
+        const Element field(dom);
+        if (field.Has(kDataType)) continue;
+        const bool isNumber =
+            field.Text(Tags::XML_ATT_DATAFIELD_OPTYPE) == Tags::XML_VAL_OT_CONTINUOUS;
+        field.SetText(kDataType, isNumber ? "double" : "string");
+    }
+}
+
+// Extensions of the old element mean nothing to the new one. The published order has the records of
+// a verification last.
+void Translation::MoveChildren(bool verification)
+{
+    std::vector<Element> children;
+    for (const Element child : old_.Children()) {
+        if (child.Is("RegressionTable") || child.Is(Tags::XML_ELE_EXTENSION)) continue;
+        if (child.Is("ModelVerification") == verification) children.push_back(child);
+    }
+    for (const Element child : children) model_.Dom()->appendChild(child.Dom());
+}
+
+void Translation::PlanParameters(RegressionPredictors& predictors)
+{
+    parameters_.push_back({kIntercept, old_, {}});
+    for (const RegressionTable& table : tables_) {
+        std::map<std::string, size_t> repeats;
+        std::vector<Beta> betas;
+        for (const RegressionTerm& term : table.terms) {
+            const auto cells = predictors.CellsOf(term);
+            if (cells) betas.push_back({ParameterOf(*cells, term.element, repeats), &term});
+        }
+        betas_.push_back(std::move(betas));
+    }
+}
+
+// The parameter of a product. Tables share it; a table that has it again, which adds, takes another.
+size_t Translation::ParameterOf(const std::vector<RegressionPredictors::Cell>& cells,
+                                Element element, std::map<std::string, size_t>& repeats)
+{
+    std::vector<std::string> factors;
+    for (const auto& [predictor, value] : cells) factors.push_back(predictor + "\n" + value);
+    std::sort(factors.begin(), factors.end());
+    std::string key = fmt::format("{}", fmt::join(factors, "\n"));
+    key += fmt::format("\n{}", repeats[key]++);
+    const auto known = parameterOf_.find(key);
+    if (known != parameterOf_.end()) return known->second;
+
+    std::string name;
+    for (const auto& [predictor, value] : cells) {
+        name += (name.empty() ? "" : " * ") + predictor;
+        if (value != "1") name += "^" + value;
+    }
+    while (!parameterNames_.insert(name).second) name += "'";
+    parameters_.push_back({name, element, cells});
+    parameterOf_.emplace(key, parameters_.size() - 1);
+    return parameters_.size() - 1;
+}
+
+void Translation::ExpectSharedSlopes() const
+{
+    const auto slopes = [](const std::vector<Beta>& betas) {
+        std::map<size_t, double> numbers;
+        for (const Beta& beta : betas) {
+            numbers[beta.parameter] = beta.term->element.Number("coefficient").value_or(0.0);
+        }
+        return numbers;
+    };
+    const auto shared = slopes(betas_.front());
+    for (size_t i = 1; i < betas_.size(); ++i) {
+        if (slopes(betas_[i]) != shared) {
+            RefuseAt(tables_[i].element.Dom(), kSlopesOfCategories, tables_[i].category.c_str());
+        }
+    }
+}
+
+void Translation::WriteLists(const RegressionPredictors& predictors)
+{
+    const Element list = Add(model_, Tags::XML_ELE_PARAM_LIST, old_);
+    for (const Parameter& parameter : parameters_) {
+        Add(list, Tags::XML_ELE_PARAM, parameter.element)
+            .SetText(Tags::XML_ATT_PARAM_NAME, parameter.name);
+    }
+    const auto write = [&](const std::string& tag, const auto& names) {
+        if (names.empty()) return;
+        const Element predictorList = Add(model_, tag, old_);
+        for (const RegressionPredictors::Predictor& predictor : names) {
+            Add(predictorList, Tags::XML_ELE_PREDICTOR, predictor.element)
+                .SetText(Tags::XML_ATT_PRED_NAME, predictor.name);
+        }
+    };
+    write(Tags::XML_ELE_FAC_LIST, predictors.Factors());
+    write(Tags::XML_ELE_COV_LIST, predictors.Covariates());
+    const Element matrix = Add(model_, Tags::XML_ELE_PP_MATRIX, old_);
+    for (const Parameter& parameter : parameters_) {
+        for (const auto& [predictor, value] : parameter.cells) {
+            const Element cell = Add(matrix, Tags::XML_ELE_PP_CELL, parameter.element);
+            cell.SetText(Tags::XML_ATT_PPC_VALUE, value);
+            cell.SetText(Tags::XML_ATT_PPC_PREDNAME, predictor);
+            cell.SetText(Tags::XML_ATT_PPC_PARAMNAME, parameter.name);
+        }
+    }
+}
+
+void Translation::WriteBetas()
+{
+    matrix_ = Add(model_, Tags::XML_ELE_PARAM_MATRIX, old_);
+    for (const RegressionTable& table : tables_) {
+        WriteBeta(parameters_.front(), table.intercept, table.element, table.category);
+    }
+    const bool shared = form_->counts == Counts::AllButLast;  // one beta serves all categories
+    for (size_t i = 0; i < (shared ? 1 : tables_.size()); ++i) {
+        for (const Beta& beta : betas_[i]) {
+            WriteBeta(parameters_[beta.parameter], beta.term->coefficient, beta.term->element,
+                      shared ? "" : tables_[i].category);
+        }
+    }
+}
+
+void Translation::WriteBeta(const Parameter& parameter, const std::string& beta, Element source,
+                            const std::string& category)
+{
+    const Element cell = Add(matrix_, Tags::XML_ELE_PCELL, source);
+    if (form_->shape != Shape::Number && !category.empty()) {
+        cell.SetText(Tags::XML_ATT_PC_TARGET_CAT, TargetText(category));
+    }
+    cell.SetText(Tags::XML_ATT_PC_PARAMNAME, parameter.name);
+    cell.SetText(Tags::XML_ATT_PC_BETA, beta);
+}
+
+// The reader compares numbers in their own spelling.
+std::string Translation::TargetText(const std::string& category) const
+{
+    if (!IsNumericType(target_.Text(kDataType))) return category;
+    return NumericValue(category).GetString();
+}
+
+}  // namespace
+
+DOMElement* RegressionModelElement(const DOMElement* root)
+{
+    if (ModelElement(root) != nullptr) return nullptr;
+    return ChildElement(root, kRegressionModel);
+}
+
+std::optional<Change> TranslateRegressionModel(DOMElement* root)
+{
+    DOMElement* model = RegressionModelElement(root);
+    if (model == nullptr) return std::nullopt;
+    for (const Element child : Element(root).Children()) {
+        if (child == Element(model) || !IsOtherModel(child.Tag())) continue;
+        RefuseAt(child.Dom(), kModelBeside, child.Tag().c_str());
+    }
+    return Translation(root, model).Translate();
+}
+
+}  // namespace MCVelscore_850
