@@ -1,8 +1,10 @@
 #include "engine/documents/treewriting.h"
 
+#include <algorithm>
 #include <memory>
 
 #include <xercesc/framework/MemBufFormatTarget.hpp>
+#include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
 #include "host/documents/veltranscoder.h"
@@ -18,6 +20,13 @@ struct Release {
         object->release();
     }
 };
+
+bool IsBlank(const XMLCh* text)
+{
+    return std::all_of(text, text + xercesc::XMLString::stringLen(text), [](XMLCh c) {
+        return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r';
+    });
+}
 
 xercesc::DOMImplementation& Implementation()
 {
@@ -38,6 +47,22 @@ xercesc::DOMElement* AddElement(xercesc::DOMElement* parent, const std::string& 
         parent->getNamespaceURI(), XmlFromUtf8(tag).c_str());
     parent->appendChild(element);
     return element;
+}
+
+void DropIndentation(xercesc::DOMElement* element)
+{
+    if (element->getFirstElementChild() == nullptr) return;  // its text is content
+    for (xercesc::DOMNode* node = element->getFirstChild(); node != nullptr;) {
+        xercesc::DOMNode* next = node->getNextSibling();
+        if (node->getNodeType() == xercesc::DOMNode::TEXT_NODE &&
+            IsBlank(node->getNodeValue())) {
+            element->removeChild(node)->release();
+        } else if (node->getNodeType() == xercesc::DOMNode::ELEMENT_NODE) {
+            // The guard bounds the depth, and with it this recursion.
+            DropIndentation(static_cast<xercesc::DOMElement*>(node));
+        }
+        node = next;
+    }
 }
 
 std::string TreeText(const xercesc::DOMDocument& tree)

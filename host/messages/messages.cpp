@@ -157,7 +157,8 @@ constexpr Message kCatalogue[] = {
     {kStorageAndLevel, "sss", "the variable {0} is stored as {1} and can't be {2}",
      "Declare a variable of texts as NOMINAL or ORDINAL."},
     {kAlreadyPublished, "s", "{0} is a PMML document already",
-     "Use it as it is: only documents of the older form are converted."},
+     "Use it as it is: only documents of the older form and RegressionModel documents are "
+     "converted."},
     {kUnpairedParameters, "dd",
      "{0} parameters beside (Constant) can't be paired with {1} predictors: a linear regression "
      "pairs them by position",
@@ -314,9 +315,10 @@ constexpr Message kCatalogue[] = {
      "Export the model as multinomialLogistic, or give the parameter one beta."},
     {kContrastsTooLarge, "sd", "the contrast matrix of {0} has more than {1} numbers",
      "Export the model with indicator variables."},
-    {kOtherModel, "s", "the document's model is a {0}, which velscore doesn't read",
-     "Export the model as a GeneralRegressionModel or a RegressionModel, where its program can; "
-     "the latter is read without --as-is."},
+    {kOtherModel, "s",
+     "the document holds a {0}; velscore reads GeneralRegressionModel, and RegressionModel without "
+     "--as-is",
+     "Export the model as one of these, where its program can."},
 
     {kDocumentFault, "ss", "{0} [{1}]",
      "velscore check shows every fault of the document; --allow with a rule's name scores it all the "
