@@ -164,7 +164,7 @@ std::optional<RegressionPredictors::Cell> RegressionPredictors::CategoryCell(
     }
     if (IsFactor(field)) {
         if (listed_.insert(name).second) factors_.push_back({name, element});
-        return Cell{name, value};
+        return Cell{name, value, true};
     }
     const std::string indicator =
         Derived(fmt::format("{}[{}]", name, value), element, [&](Element derived) {

@@ -33,6 +33,7 @@ public:
     struct Cell {
         std::string predictor;
         std::string value;
+        bool isFactor = false;
     };
     /// A term's cells, each predictor once. Nothing for a term that is 0 in every case, since its
     /// field doesn't list the category and takes no other.

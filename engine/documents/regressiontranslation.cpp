@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -54,68 +55,107 @@ constexpr const char* kShapes[] = {"a regression", "a classification into two ca
                                    "a classification into more than two categories",
                                    "a target of ordered categories"};
 
-// Which tables count: every one, or the others by difference.
-enum class Counts { All, First, AllButLast };
+// Which tables count. Where not all do, one category has what the others leave.
+enum class Counts {
+    All,
+    First,          // of two
+    AllButOne,      // the last table, or the category without one
+    AllButHighest,  // the last category, each by its own equation
+    SharedSlopes    // the same, by equations that differ in the intercept alone
+};
 
-// How the general form says it.
+// The general form's way to say it.
+struct Way {
+    const std::string& modelType;
+    const std::string& algorithm;
+    bool takesFactors;  // its families count a missing category as none of the factor's
+};
+
+const Way kLinear{Tags::XML_VAL_MT_GLIN, Tags::XML_VAL_MN_GLIN, true};
+const Way kGeneralized{Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM, false};
+const Way kMultinomialLogistic{Tags::XML_VAL_MT_MLR, Tags::XML_VAL_MT_MLR, true};
+const Way kOrdinalLogistic{Tags::XML_VAL_MT_ORDINAL, Tags::XML_VAL_MN_ORDINAL, false};
+const Way kNormalizedEquations{Tags::XML_VAL_MT_MLR, Tags::XML_VAL_MN_NORMALIZED, true};
+
 struct Form {
     Shape shape;
     std::string_view normalization;
-    const std::string& modelType;
-    const std::string& algorithm;
-    const std::string& link;  // empty where the family has none
+    const Way& way;
+    std::string_view link;  // empty where the family has none
     Counts counts;
-    bool takesFactors;  // its families count a missing category as none of the factor's
     const char* family;
 };
 
-const std::string kNoLink;
-
+// The first one that fits.
 const Form kForms[] = {
-    {Shape::Number, "none", Tags::XML_VAL_MT_GLIN, Tags::XML_VAL_MN_GLIN, kNoLink, Counts::All,
-     true, "linear regression"},
-    {Shape::Number, "exp", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
-     Tags::XML_VAL_RM_EXT_VALUE_LINK_LOG, Counts::All, false, "generalized linear model"},
-    {Shape::Number, "softmax", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
-     Tags::XML_VAL_LINKFUNCTION_LOGIT, Counts::All, false, "generalized linear model"},
-    {Shape::Number, "logit", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
-     Tags::XML_VAL_LINKFUNCTION_LOGIT, Counts::All, false, "generalized linear model"},
-    {Shape::Number, "probit", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
-     Tags::XML_VAL_LINKFUNCTION_PROBIT, Counts::All, false, "generalized linear model"},
-    {Shape::Number, "cloglog", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
-     Tags::XML_VAL_LINKFUNCTION_CLOGLOG, Counts::All, false, "generalized linear model"},
-    {Shape::Number, "loglog", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
-     Tags::XML_VAL_LINKFUNCTION_LOGLOG, Counts::All, false, "generalized linear model"},
+    {Shape::Number, "none", kLinear, "", Counts::All, "linear regression"},
+    {Shape::Number, "exp", kGeneralized, "log", Counts::All, "generalized linear model"},
+    {Shape::Number, "softmax", kGeneralized, "logit", Counts::All, "generalized linear model"},
+    {Shape::Number, "logit", kGeneralized, "logit", Counts::All, "generalized linear model"},
+    {Shape::Number, "probit", kGeneralized, "probit", Counts::All, "generalized linear model"},
+    {Shape::Number, "cloglog", kGeneralized, "cloglog", Counts::All, "generalized linear model"},
+    {Shape::Number, "loglog", kGeneralized, "loglog", Counts::All, "generalized linear model"},
 
-    {Shape::TwoCategories, "none", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
-     Tags::XML_VAL_RM_EXT_VALUE_LINK_IDENTITY, Counts::First, false, "binary linear regression"},
-    {Shape::TwoCategories, "softmax", Tags::XML_VAL_MT_MLR, Tags::XML_VAL_MT_MLR, kNoLink,
-     Counts::All, true, "binary logistic regression"},
-    {Shape::TwoCategories, "logit", Tags::XML_VAL_MT_MLR, Tags::XML_VAL_MT_MLR, kNoLink,
-     Counts::First, true, "binary logistic regression"},
-    {Shape::TwoCategories, "probit", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
-     Tags::XML_VAL_LINKFUNCTION_PROBIT, Counts::First, false, "binary regression"},
-    {Shape::TwoCategories, "cloglog", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
-     Tags::XML_VAL_LINKFUNCTION_CLOGLOG, Counts::First, false, "binary regression"},
-    {Shape::TwoCategories, "loglog", Tags::XML_VAL_MT_GDLIN, Tags::XML_VAL_MN_GZLM,
-     Tags::XML_VAL_LINKFUNCTION_LOGLOG, Counts::First, false, "binary regression"},
+    {Shape::TwoCategories, "none", kGeneralized, "identity", Counts::First, "binary regression"},
+    {Shape::TwoCategories, "simplemax", kNormalizedEquations, "", Counts::All, "binary regression"},
+    {Shape::TwoCategories, "softmax", kMultinomialLogistic, "", Counts::All,
+     "binary logistic regression"},
+    {Shape::TwoCategories, "logit", kMultinomialLogistic, "", Counts::First,
+     "binary logistic regression"},
+    {Shape::TwoCategories, "probit", kGeneralized, "probit", Counts::First, "binary regression"},
+    {Shape::TwoCategories, "cloglog", kGeneralized, "cloglog", Counts::First, "binary regression"},
+    {Shape::TwoCategories, "loglog", kGeneralized, "loglog", Counts::First, "binary regression"},
+    {Shape::TwoCategories, "cauchit", kNormalizedEquations, "", Counts::First, "binary regression"},
 
-    {Shape::Categories, "softmax", Tags::XML_VAL_MT_MLR, Tags::XML_VAL_MT_MLR, kNoLink, Counts::All,
-     true, "multinomial logistic regression"},
-    {Shape::OrderedCategories, "softmax", Tags::XML_VAL_MT_MLR, Tags::XML_VAL_MT_MLR, kNoLink,
-     Counts::All, true, "multinomial logistic regression"},
+    {Shape::Categories, "softmax", kMultinomialLogistic, "", Counts::All,
+     "multinomial logistic regression"},
+    {Shape::Categories, "simplemax", kNormalizedEquations, "", Counts::All,
+     "multinomial regression"},
+    {Shape::Categories, "none", kNormalizedEquations, "", Counts::AllButOne,
+     "multinomial regression"},
+    {Shape::Categories, "logit", kNormalizedEquations, "", Counts::AllButOne,
+     "multinomial regression"},
+    {Shape::Categories, "probit", kNormalizedEquations, "", Counts::AllButOne,
+     "multinomial regression"},
+    {Shape::Categories, "cloglog", kNormalizedEquations, "", Counts::AllButOne,
+     "multinomial regression"},
+    {Shape::Categories, "loglog", kNormalizedEquations, "", Counts::AllButOne,
+     "multinomial regression"},
+    {Shape::Categories, "cauchit", kNormalizedEquations, "", Counts::AllButOne,
+     "multinomial regression"},
 
-    {Shape::OrderedCategories, "logit", Tags::XML_VAL_MT_ORDINAL, Tags::XML_VAL_MN_ORDINAL,
-     Tags::XML_VAL_LINKFUNCTION_LOGIT, Counts::AllButLast, false, "ordinal regression"},
-    {Shape::OrderedCategories, "probit", Tags::XML_VAL_MT_ORDINAL, Tags::XML_VAL_MN_ORDINAL,
-     Tags::XML_VAL_LINKFUNCTION_PROBIT, Counts::AllButLast, false, "ordinal regression"},
-    {Shape::OrderedCategories, "cloglog", Tags::XML_VAL_MT_ORDINAL, Tags::XML_VAL_MN_ORDINAL,
-     Tags::XML_VAL_LINKFUNCTION_CLOGLOG, Counts::AllButLast, false, "ordinal regression"},
-    {Shape::OrderedCategories, "loglog", Tags::XML_VAL_MT_ORDINAL, Tags::XML_VAL_MN_ORDINAL,
-     Tags::XML_VAL_LINKFUNCTION_LOGLOG, Counts::AllButLast, false, "ordinal regression"},
-    {Shape::OrderedCategories, "cauchit", Tags::XML_VAL_MT_ORDINAL, Tags::XML_VAL_MN_ORDINAL,
-     Tags::XML_VAL_LINKFUNCTION_CAUCHIT, Counts::AllButLast, false, "ordinal regression"},
+    {Shape::OrderedCategories, "softmax", kMultinomialLogistic, "", Counts::All,
+     "multinomial logistic regression"},
+    {Shape::OrderedCategories, "simplemax", kNormalizedEquations, "", Counts::All,
+     "multinomial regression"},
+    {Shape::OrderedCategories, "logit", kOrdinalLogistic, "logit", Counts::SharedSlopes,
+     "ordinal regression"},
+    {Shape::OrderedCategories, "probit", kOrdinalLogistic, "probit", Counts::SharedSlopes,
+     "ordinal regression"},
+    {Shape::OrderedCategories, "cloglog", kOrdinalLogistic, "cloglog", Counts::SharedSlopes,
+     "ordinal regression"},
+    {Shape::OrderedCategories, "loglog", kOrdinalLogistic, "loglog", Counts::SharedSlopes,
+     "ordinal regression"},
+    {Shape::OrderedCategories, "cauchit", kOrdinalLogistic, "cauchit", Counts::SharedSlopes,
+     "ordinal regression"},
+    {Shape::OrderedCategories, "none", kNormalizedEquations, "", Counts::AllButHighest,
+     "ordinal regression"},
+    {Shape::OrderedCategories, "logit", kNormalizedEquations, "", Counts::AllButHighest,
+     "ordinal regression"},
+    {Shape::OrderedCategories, "probit", kNormalizedEquations, "", Counts::AllButHighest,
+     "ordinal regression"},
+    {Shape::OrderedCategories, "cloglog", kNormalizedEquations, "", Counts::AllButHighest,
+     "ordinal regression"},
+    {Shape::OrderedCategories, "loglog", kNormalizedEquations, "", Counts::AllButHighest,
+     "ordinal regression"},
+    {Shape::OrderedCategories, "cauchit", kNormalizedEquations, "", Counts::AllButHighest,
+     "ordinal regression"},
 };
+
+bool IsByCategory(const Form& form)
+{
+    return form.counts == Counts::AllButHighest || form.counts == Counts::SharedSlopes;
+}
 
 Element Add(Element parent, const std::string& tag, Element source)
 {
@@ -152,6 +192,8 @@ private:
     void MatchTables();
     Shape ShapeOfTables() const;
     const Form& FindForm(Shape shape, const std::string& normalization) const;
+    bool HasSharedSlopes() const;
+    const RegressionTable* TableOf(const std::string& category) const;
     void KeepTablesThatCount();
     void ExpectOneTable() const;
     void ExpectTables() const;
@@ -159,11 +201,11 @@ private:
     void DropRepeatedDerivedFields();
     void RefuseInvalidValues();
     void ReplaceElement();
+    void AddOption(const std::string& name, std::string_view value);
     void MoveChildren(bool verification);
     void PlanParameters(RegressionPredictors& predictors);
     size_t ParameterOf(const std::vector<RegressionPredictors::Cell>& cells, Element element,
                        std::map<std::string, size_t>& repeats);
-    void ExpectSharedSlopes() const;
     void WriteLists(const RegressionPredictors& predictors);
     void WriteBetas();
     void WriteBeta(const Parameter& parameter, const std::string& beta, Element source,
@@ -181,8 +223,10 @@ private:
     std::string targetName_;
     std::vector<RegressionTable> tables_;  // those that count
     std::vector<std::string> categories_;  // of the target, none of a number
+    std::string remainder_;                // the category that has what the others leave
+    std::vector<std::string> uncounted_;   // categories whose tables don't count
     const Form* form_ = nullptr;
-    Element matrix_;  // ParamMatrix
+    Element matrix_;                     // ParamMatrix
     std::vector<Parameter> parameters_;  // the first one is the intercept
     std::unordered_map<std::string, size_t> parameterOf_;
     std::set<std::string> parameterNames_{kIntercept, "(Constant)"};  // the reader moves the latter
@@ -211,9 +255,8 @@ Change Translation::Translate()
     DropRepeatedDerivedFields();
     RefuseInvalidValues();
     MoveChildren(false);
-    RegressionPredictors predictors(root_, model_, tables_, form_->takesFactors);
+    RegressionPredictors predictors(root_, model_, tables_, form_->way.takesFactors);
     PlanParameters(predictors);
-    if (form_->counts == Counts::AllButLast) ExpectSharedSlopes();
     WriteLists(predictors);
     WriteBetas();
     MoveChildren(true);
@@ -222,7 +265,12 @@ Change Translation::Translate()
     change.family = form_->family;
     change.text = fmt::format("RegressionModel with normalizationMethod \"{}\" is read as a "
                               "GeneralRegressionModel, modelType \"{}\"",
-                              normalization, form_->modelType);
+                              normalization, form_->way.modelType);
+    if (!uncounted_.empty()) {
+        change.text += fmt::format("; the RegressionTable of {} doesn't count: the category has what "
+                                   "the others leave",
+                                   Listed(uncounted_));
+    }
     if (const auto& terms = predictors.NeverMet(); !terms.empty()) {
         change.text += fmt::format("; {} is no category of its field, so that its coefficient never "
                                    "counts",
@@ -360,10 +408,34 @@ Shape Translation::ShapeOfTables() const
 const Form& Translation::FindForm(Shape shape, const std::string& normalization) const
 {
     for (const Form& form : kForms) {
-        if (form.shape == shape && form.normalization == normalization) return form;
+        if (form.shape != shape || form.normalization != normalization) continue;
+        if (form.counts != Counts::SharedSlopes || HasSharedSlopes()) return form;
     }
     RefuseAt(old_.Dom(), kNormalizationNotTaken, normalization.c_str(),
              kShapes[static_cast<size_t>(shape)]);
+}
+
+// True where the equations of all categories but the last have the same terms.
+bool Translation::HasSharedSlopes() const
+{
+    std::optional<std::vector<std::string>> shared;
+    for (const RegressionTable& table : tables_) {
+        if (table.category == categories_.back()) continue;
+        std::vector<std::string> terms;
+        for (const RegressionTerm& term : table.terms) {
+            std::string text = fmt::format("{}", term.element.Number("coefficient").value_or(0.0));
+            for (const TermFactor& factor : term.factors) {
+                text += fmt::format("\n{}\n{}\n{}\n{}", factor.field, factor.exponent,
+                                    factor.category.value_or(""),
+                                    factor.mapMissingTo.value_or(""));
+            }
+            terms.push_back(std::move(text));
+        }
+        std::sort(terms.begin(), terms.end());
+        if (shared && *shared != terms) return false;
+        shared = std::move(terms);
+    }
+    return true;
 }
 
 void Translation::ExpectOneTable() const
@@ -379,20 +451,17 @@ void Translation::ExpectOneTable() const
     target_.SetText(Tags::XML_ATT_DATAFIELD_OPTYPE, Tags::XML_VAL_OT_CONTINUOUS);
 }
 
-// Where all count each category has its own; else one is the difference to 1.
+// Where all count each category has its own; else one may be without.
 void Translation::ExpectTables() const
 {
     std::vector<std::string> without;
     for (const std::string& category : categories_) {
-        const bool has = std::any_of(tables_.begin(), tables_.end(), [&](const auto& table) {
-            return table.category == category;
-        });
-        if (!has) without.push_back(category);
+        if (TableOf(category) == nullptr) without.push_back(category);
     }
-    const bool isLast = without.size() == 1 && (form_->counts == Counts::First ||
-                                                (form_->counts == Counts::AllButLast &&
-                                                 without.front() == categories_.back()));
-    if (!without.empty() && !isLast) {
+    const bool mayLackIt =
+        without.size() == 1 && form_->counts != Counts::All &&
+        (!IsByCategory(*form_) || without.front() == categories_.back());
+    if (!without.empty() && !mayLackIt) {
         RefuseAt(old_.Dom(), kTablesMissing, Listed(without).c_str(),
                  std::string(form_->normalization).c_str());
     }
@@ -403,20 +472,34 @@ void Translation::ExpectTables() const
     }
 }
 
+const RegressionTable* Translation::TableOf(const std::string& category) const
+{
+    const auto found = std::find_if(tables_.begin(), tables_.end(), [&](const auto& table) {
+        return table.category == category;
+    });
+    return found == tables_.end() ? nullptr : &*found;
+}
+
 void Translation::KeepTablesThatCount()
 {
-    switch (form_->counts) {
-        case Counts::All: return;
-        case Counts::First: tables_.resize(1, tables_.front()); return;
-        case Counts::AllButLast: break;
+    std::vector<RegressionTable> kept = tables_;
+    if (IsByCategory(*form_)) {
+        kept.clear();
+        for (size_t i = 0; i + 1 < categories_.size(); ++i) kept.push_back(*TableOf(categories_[i]));
+    } else if (form_->counts != Counts::All) {
+        kept.resize(categories_.size() - 1, tables_.front());
     }
-    std::vector<RegressionTable> ordered;
-    for (size_t i = 0; i + 1 < categories_.size(); ++i) {
-        ordered.push_back(*std::find_if(tables_.begin(), tables_.end(), [&](const auto& table) {
-            return table.category == categories_[i];
-        }));
+    const auto isKept = [&](const std::string& category) {
+        return std::any_of(kept.begin(), kept.end(),
+                           [&](const auto& table) { return table.category == category; });
+    };
+    for (const std::string& category : categories_) {
+        if (isKept(category)) continue;
+        remainder_ = category;
+        const RegressionTable* table = TableOf(category);
+        if (table != nullptr && !table->terms.empty()) uncounted_.push_back(category);
     }
-    tables_ = std::move(ordered);
+    tables_ = std::move(kept);
 }
 
 // The same derived field again, as converters write it that encode a column twice.
@@ -459,25 +542,36 @@ void Translation::ReplaceElement()
     for (const std::string& kept : {Tags::XML_ATT_RM_MODEL_NAME, Tags::XML_ATT_RM_IS_SCORABLE}) {
         if (old_.Has(kept)) model_.SetText(kept, old_.Text(kept));
     }
-    model_.SetText(Tags::XML_ATT_RM_MODEL_TYPE, form_->modelType);
-    model_.SetText(Tags::XML_ATT_MODELALGO, form_->algorithm);
-    model_.SetText(Tags::XML_ATT_FUNCTIONNAME, form_->shape == Shape::Number
-                                                   ? Tags::XML_VAL_MT_REGRESS
-                                                   : Tags::XML_VAL_RM_FUNC_NAME_C);
+    const Way& way = form_->way;
+    const bool classifies = form_->shape != Shape::Number;
+    model_.SetText(Tags::XML_ATT_RM_MODEL_TYPE, way.modelType);
+    model_.SetText(Tags::XML_ATT_MODELALGO, way.algorithm);
+    model_.SetText(Tags::XML_ATT_FUNCTIONNAME,
+                   classifies ? Tags::XML_VAL_RM_FUNC_NAME_C : Tags::XML_VAL_MT_REGRESS);
     model_.SetText(Tags::XML_ATT_RM_TARGET_VAR, targetName_);
     if (!form_->link.empty()) model_.SetText(Tags::XML_ATT_LINKFUNCTION, form_->link);
-    if (form_->modelType == Tags::XML_VAL_MT_GDLIN) {
+    if (&way == &kGeneralized) {
         model_.SetText(Tags::XML_VAL_RM_EXT_NAME_DISTRIBUTION,
-                       form_->shape == Shape::Number ? Tags::XML_VAL_RM_EXT_VALUE_DIST_NORMAL
-                                                     : Tags::XML_VAL_RM_EXT_VALUE_DIST_BINOMIAL);
-        UseSelectors();
+                       classifies ? Tags::XML_VAL_RM_EXT_VALUE_DIST_BINOMIAL
+                                  : Tags::XML_VAL_RM_EXT_VALUE_DIST_NORMAL);
     }
-    if (form_->takesFactors) {
-        const Element extension = Add(model_, Tags::XML_ELE_EXTENSION, old_);
-        extension.SetText(Tags::XML_ATT_EXTENSION_EXTENDER, Tags::XML_VAL_EXTENSION_EXTENDER);
-        extension.SetText(Tags::XML_ATT_EXT_NAME, Tags::XML_ATT_RM_EXT_NAME_ALLMISSINGFACTORS);
-        extension.SetText(Tags::XML_ATT_EXT_VALUE, "true");
+    if (&way == &kGeneralized || &way == &kNormalizedEquations) UseSelectors();
+    if (way.takesFactors) AddOption(Tags::XML_ATT_RM_EXT_NAME_ALLMISSINGFACTORS, "true");
+    if (&way != &kNormalizedEquations) return;
+    AddOption(Tags::XML_ATT_RM_EXT_NAME_NORMALIZATION, form_->normalization);
+    if (form_->counts == Counts::AllButHighest) {
+        AddOption(Tags::XML_ATT_RM_EXT_NAME_ORDERED, "true");
+    } else if (form_->counts != Counts::All) {
+        AddOption(Tags::XML_ATT_RM_EXT_NAME_REMAINDER, TargetText(remainder_));
     }
+}
+
+void Translation::AddOption(const std::string& name, std::string_view value)
+{
+    const Element extension = Add(model_, Tags::XML_ELE_EXTENSION, old_);
+    extension.SetText(Tags::XML_ATT_EXTENSION_EXTENDER, Tags::XML_VAL_EXTENSION_EXTENDER);
+    extension.SetText(Tags::XML_ATT_EXT_NAME, name);
+    extension.SetText(Tags::XML_ATT_EXT_VALUE, value);
 }
 
 // Before the version of selectors the family can't be asked for, and dataType may be left out.
@@ -525,7 +619,7 @@ size_t Translation::ParameterOf(const std::vector<RegressionPredictors::Cell>& c
                                 Element element, std::map<std::string, size_t>& repeats)
 {
     std::vector<std::string> factors;
-    for (const auto& [predictor, value] : cells) factors.push_back(predictor + "\n" + value);
+    for (const auto& cell : cells) factors.push_back(cell.predictor + "\n" + cell.value);
     std::sort(factors.begin(), factors.end());
     std::string key = fmt::format("{}", fmt::join(factors, "\n"));
     key += fmt::format("\n{}", repeats[key]++);
@@ -533,31 +627,18 @@ size_t Translation::ParameterOf(const std::vector<RegressionPredictors::Cell>& c
     if (known != parameterOf_.end()) return known->second;
 
     std::string name;
-    for (const auto& [predictor, value] : cells) {
-        name += (name.empty() ? "" : " * ") + predictor;
-        if (value != "1") name += "^" + value;
+    for (const auto& cell : cells) {
+        name += (name.empty() ? "" : " * ") + cell.predictor;
+        if (cell.isFactor) {
+            name += fmt::format("[{}]", cell.value);
+        } else if (cell.value != "1") {
+            name += "^" + cell.value;
+        }
     }
     while (!parameterNames_.insert(name).second) name += "'";
     parameters_.push_back({name, element, cells});
     parameterOf_.emplace(key, parameters_.size() - 1);
     return parameters_.size() - 1;
-}
-
-void Translation::ExpectSharedSlopes() const
-{
-    const auto slopes = [](const std::vector<Beta>& betas) {
-        std::map<size_t, double> numbers;
-        for (const Beta& beta : betas) {
-            numbers[beta.parameter] = beta.term->element.Number("coefficient").value_or(0.0);
-        }
-        return numbers;
-    };
-    const auto shared = slopes(betas_.front());
-    for (size_t i = 1; i < betas_.size(); ++i) {
-        if (slopes(betas_[i]) != shared) {
-            RefuseAt(tables_[i].element.Dom(), kSlopesOfCategories, tables_[i].category.c_str());
-        }
-    }
 }
 
 void Translation::WriteLists(const RegressionPredictors& predictors)
@@ -579,7 +660,7 @@ void Translation::WriteLists(const RegressionPredictors& predictors)
     write(Tags::XML_ELE_COV_LIST, predictors.Covariates());
     const Element matrix = Add(model_, Tags::XML_ELE_PP_MATRIX, old_);
     for (const Parameter& parameter : parameters_) {
-        for (const auto& [predictor, value] : parameter.cells) {
+        for (const auto& [predictor, value, isFactor] : parameter.cells) {
             const Element cell = Add(matrix, Tags::XML_ELE_PP_CELL, parameter.element);
             cell.SetText(Tags::XML_ATT_PPC_VALUE, value);
             cell.SetText(Tags::XML_ATT_PPC_PREDNAME, predictor);
@@ -594,7 +675,7 @@ void Translation::WriteBetas()
     for (const RegressionTable& table : tables_) {
         WriteBeta(parameters_.front(), table.intercept, table.element, table.category);
     }
-    const bool shared = form_->counts == Counts::AllButLast;  // one beta serves all categories
+    const bool shared = form_->counts == Counts::SharedSlopes;  // one beta serves all categories
     for (size_t i = 0; i < (shared ? 1 : tables_.size()); ++i) {
         for (const Beta& beta : betas_[i]) {
             WriteBeta(parameters_[beta.parameter], beta.term->coefficient, beta.term->element,

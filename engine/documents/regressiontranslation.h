@@ -18,7 +18,7 @@ namespace MCVelscore_850 {
 /// of the tables where it lists none, and fields with a list or with intervals refuse other values,
 /// as the standard has it where nothing is said.
 ///
-/// Errors  VSException with the place: kUnknownNormalization to kSlopesOfCategories, kAbsent.
+/// Errors  VSException with the place: kUnknownNormalization to kTargetFieldsDiffer, kAbsent.
 std::optional<Change> TranslateRegressionModel(xercesc::DOMElement* root);
 
 /// The RegressionModel that a document's only model is; null where there is another one.

@@ -290,10 +290,6 @@ constexpr Message kCatalogue[] = {
     {kTargetFieldsDiffer, "ss",
      "targetFieldName is '{0}', while the mining schema marks '{1}' as the target",
      "Name the same field in both places."},
-    {kSlopesOfCategories, "s",
-     "the RegressionTable of '{0}' has other coefficients than the tables before it, which ordinal "
-     "regression with one equation for all categories can't have",
-     "Export the model with parallel slopes, or the target with optype categorical."},
 
     {kNoOutputSection, "s", "{0} has no Output section, whose columns were asked for",
      "Score with the default columns, or add an Output section to the model."},

@@ -134,7 +134,6 @@ inline constexpr int kMisspeltAttribute = 269184;        // attribute, element, 
 inline constexpr int kEmptyFirstTable = 269185;          // category, normalization
 inline constexpr int kNoTargetField = 269186;            // element
 inline constexpr int kTargetFieldsDiffer = 269187;       // attribute's, mining schema's
-inline constexpr int kSlopesOfCategories = 269188;       // category
 
 // Codes of the engine: the document's output and its records.
 inline constexpr int kNoOutputSection = 269191;    // file

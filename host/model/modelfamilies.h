@@ -27,7 +27,8 @@ enum FamilyCode {
     kGeneralizedLinear = 8,
     kOrdinalGeneralized = 9,
     kCox = 10,
-    kCoxComplexSamples = 11
+    kCoxComplexSamples = 11,
+    kNormalized = 12
 };
 
 /// What a family is, apart from its arithmetic.

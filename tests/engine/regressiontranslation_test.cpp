@@ -59,6 +59,20 @@ const std::string kYes =
     "<NumericPredictor name='x' coefficient='2'/></RegressionTable>";
 const std::string kNo = "<RegressionTable intercept='0' targetCategory='no'/>";
 
+const std::string kSo = "<RegressionTable intercept='3' targetCategory='so'/>";
+
+RegressionParts OfThree(const std::string& normalization, const std::string& optype,
+                        const std::string& tables)
+{
+    RegressionParts parts = Classifying(normalization, tables);
+    parts.fields = "<DataField name='y' optype='" + optype +
+                   "' dataType='string'><Value value='no'/><Value value='yes'/>"
+                   "<Value value='so'/></DataField>"
+                   "<DataField name='x' optype='continuous' dataType='double'/>"
+                   "<DataField name='f' optype='categorical' dataType='string'/>";
+    return parts;
+}
+
 TEST(RegressionTranslation, ATableOfANumberBecomesAGeneralLinearModel)
 {
     const Adapted adapted{RegressionParts{}.Text()};
@@ -158,6 +172,48 @@ TEST(RegressionTranslation, OfTwoCategoriesTheFirstTableDecidesButForSoftmax)
         << softmax.after;
 }
 
+TEST(RegressionTranslation, ATableThatDoesNotCountIsTold)
+{
+    const std::string other =
+        "<RegressionTable intercept='9' targetCategory='no'>"
+        "<NumericPredictor name='x' coefficient='8'/></RegressionTable>";
+    const Adapted adapted{Classifying("probit", kYes + other).Text()};
+    EXPECT_NE(adapted.adaptations.front().change.find("RegressionTable of \"no\" doesn't count"),
+              std::string::npos)
+        << adapted.adaptations.front().change;
+    EXPECT_EQ(Adapted{Classifying("probit", kYes + kNo).Text()}.adaptations.front().change.find(
+                  "doesn't count"),
+              std::string::npos);
+}
+
+TEST(RegressionTranslation, OrderedCategoriesShareSlopesOrAreStepsOfTheirOwnEquations)
+{
+    const std::string slope = "<NumericPredictor name='x' coefficient='2'/></RegressionTable>";
+    const std::string no = "<RegressionTable intercept='-1' targetCategory='no'>" + slope;
+    const std::string yes = "<RegressionTable intercept='1' targetCategory='yes'>" + slope;
+    const Adapted shared{OfThree("logit", "ordinal", yes + no + kSo).Text()};
+    EXPECT_TRUE(shared.Has("modelType='ordinalMultinomial'")) << shared.after;
+    EXPECT_TRUE(shared.Has("<ParamMatrix>"
+                           "<PCell beta='-1' parameterName='(Intercept)' targetCategory='no'></>"
+                           "<PCell beta='1' parameterName='(Intercept)' targetCategory='yes'></>"
+                           "<PCell beta='2' parameterName='x'></></>"))
+        << shared.after;
+    const Adapted own{OfThree("logit", "ordinal", kNo + yes + kSo).Text()};
+    EXPECT_TRUE(own.Has("<GeneralRegressionModel algorithmName='normalizedRegression'"))
+        << own.after;
+    EXPECT_TRUE(own.Has("<Extension extender='velscore' name='orderedCategories' value='true'>"));
+}
+
+TEST(RegressionTranslation, OfMoreThanTwoCategoriesTheLastTablesHasWhatTheOthersLeave)
+{
+    const Adapted adapted{OfThree("logit", "categorical", kSo + kYes + kNo).Text()};
+    EXPECT_TRUE(
+        adapted.Has("<Extension extender='velscore' name='normalizationMethod' value='logit'>"))
+        << adapted.after;
+    EXPECT_TRUE(adapted.Has("<Extension extender='velscore' name='remainderCategory' value='no'>"));
+    EXPECT_FALSE(adapted.Has("targetCategory='no'"));
+}
+
 TEST(RegressionTranslation, AFieldThatListsItsCategoriesIsAFactorWhoseMissingValuesCountAsNone)
 {
     RegressionParts parts;
@@ -166,7 +222,7 @@ TEST(RegressionTranslation, AFieldThatListsItsCategoriesIsAFactorWhoseMissingVal
         "coefficient='2'/></RegressionTable>";
     const Adapted adapted{parts.Text()};
     EXPECT_TRUE(adapted.Has("<FactorList><Predictor name='f'></></>")) << adapted.after;
-    EXPECT_TRUE(adapted.Has("<PPCell parameterName='f^b' predictorName='f' value='b'>"));
+    EXPECT_TRUE(adapted.Has("<PPCell parameterName='f[b]' predictorName='f' value='b'>"));
     EXPECT_TRUE(
         adapted.Has("<Extension extender='velscore' name='allowMissingFactors' value='true'>"));
     EXPECT_TRUE(adapted.Has("<MiningField invalidValueTreatment='returnInvalid' name='f'>"));
@@ -298,20 +354,6 @@ std::string Term(const std::string& term)
     return "<RegressionTable intercept='1'>" + term + "</RegressionTable>";
 }
 
-RegressionParts OfThree(const std::string& normalization, const std::string& optype,
-                        const std::string& tables)
-{
-    RegressionParts parts = Classifying(normalization, tables);
-    parts.fields = "<DataField name='y' optype='" + optype +
-                   "' dataType='string'><Value value='no'/><Value value='yes'/>"
-                   "<Value value='so'/></DataField>"
-                   "<DataField name='x' optype='continuous' dataType='double'/>"
-                   "<DataField name='f' optype='categorical' dataType='string'/>";
-    return parts;
-}
-
-const std::string kSo = "<RegressionTable intercept='3' targetCategory='so'/>";
-
 const Refusal kRefusals[] = {
     {"NormalizationUnknown", WithHead("functionName='regression' normalizationMethod='Softmax'"),
      kUnknownNormalization, 2, {"Softmax"}},
@@ -370,9 +412,12 @@ const Refusal kRefusals[] = {
      WithSchema("functionName='regression' targetFieldName='x'",
                 "<MiningField name='y' usageType='target'/><MiningField name='x'/>"),
      kTargetFieldsDiffer, 2, {"x", "y"}},
-    {"SlopesOfOrderedCategoriesDiffer",
-     OfThree("logit", "ordinal",
-             kNo + "\n" + kYes + kSo), kSlopesOfCategories, 5, {"yes"}},
+    {"ExpOfCategories", OfThree("exp", "categorical", kNo + kYes + kSo), kNormalizationNotTaken, 2,
+     {"exp", "a classification into more than two categories"}},
+    {"TwoTablesMissing", OfThree("logit", "categorical", kYes), kTablesMissing, 2,
+     {"\"no\", \"so\"", "logit"}},
+    {"TableOfAMiddleCategoryMissing", OfThree("logit", "ordinal", kNo + kSo), kTablesMissing, 2,
+     {"\"yes\"", "logit"}},
 };
 
 class RegressionRefusals : public testing::TestWithParam<Refusal> {};

@@ -240,6 +240,49 @@ save("ordered-by-schema", fields=[field("y", "integer", "categorical", [1, 2, 3]
      inputs=["x", "z"], rows=POINTS, normalization="logit", function="classification",
      categories=["1", "2", "3"], ordered=True, notes="the mining field's optype says that they are ordered")
 
+TEXTS = [field("y"), field("x"), field("f", "string", "categorical", ["a", "b", "c"]),
+         field("g", "integer", "categorical", [1, 2, 3]), field("h", "boolean", "categorical", ["true", "false"])]
+TEXT_SCHEMA = [mining("y", usageType="target"), mining("x"), mining("f"), mining("g"), mining("h")]
+FACTORS = Table("1", Number("x", "0.5"), Category("f", "b", "2"), Category("f", "c", "-3"), Category("g", "2", "0.125"),
+                Category("g", "3", "0.75"), Category("h", "true", "10"))
+FACTOR_ROWS = [("1", "a", "1", "false"), ("1", "b", "2", "true"), ("-2", "c", "3", "true"), ("1", None, "2", "true"),
+               ("1", "b", None, "false"), ("0", "c", "1", None), (None, "a", "1", "true"), ("4", None, None, None)]
+
+# Categories whose probabilities are quotients, shares of their own, or steps between own equations.
+for method in ["simplemax", "cauchit"]:
+    first = Table("2", Number("x", "0.25"), Number("z", "0.125"), category="yes")
+    save(f"two-{method}", fields=TWO, schema=XZ, tables=[first, Table("1.5", Number("z", "0.25"), category="no")],
+         inputs=["x", "z"], rows=POINTS, normalization=method, function="classification",
+         categories=["no", "yes"])
+OWN = [Table("0.25", Number("x", "0.0625"), category="b"), Table("0.3", Number("z", "-0.03125"), category="c"),
+       Table("0.125", Number("x", "0.03125", 2), category="a")]
+LOW = [Table("-1.5", Number("x", "0.5"), category="b"), Table("-2", Number("z", "-0.25"), category="a"),
+       Table("0", category="c")]
+for method in ["simplemax", "none", "logit", "probit", "cloglog", "loglog", "cauchit"]:
+    save(f"three-{method}", fields=THREE, schema=XZ, tables=OWN if method in ("simplemax", "none") else LOW,
+         inputs=["x", "z"], rows=POINTS, normalization=method, function="classification",
+         categories=["a", "b", "c"], notes="probabilities as the formulas give them, below 0 too")
+save("three-two-tables", fields=THREE, schema=XZ, tables=LOW[:2], inputs=["x", "z"], rows=POINTS,
+     normalization="logit", function="classification", categories=["a", "b", "c"],
+     notes="the category without a table has what the others leave")
+STEPS = [Table("-0.5", Number("x", "0.25"), category="low"),
+         Table("1.5", Number("x", "0.25"), Number("z", "0.125"), category="mid"), Table("0", category="high")]
+for method in ["logit", "probit", "cloglog", "loglog", "cauchit"]:
+    save(f"ordered-own-{method}", fields=ORDERED, schema=XZ, tables=STEPS, inputs=["x", "z"], rows=POINTS,
+         normalization=method, function="classification", categories=["low", "mid", "high"], ordered=True)
+save("ordered-none", fields=ORDERED, schema=XZ,
+     tables=[Table("0.25", Number("x", "0.0625"), category="low"), Table("0.5", Number("z", "0.0625"), category="mid"),
+             Table("0", category="high")],
+     inputs=["x", "z"], rows=POINTS, normalization="none", function="classification",
+     categories=["low", "mid", "high"], ordered=True)
+save("three-factors",
+     fields=[field("y", "integer", "categorical", [1, 2, 3])] + TEXTS[1:], schema=TEXT_SCHEMA,
+     tables=[Table("0.5", Category("f", "b", "0.25"), Category("g", "2", "0.125"), category="2"),
+             Table("0.25", Number("x", "0.0625"), Category("h", "true", "0.125"), category="1"),
+             Table("0.75", category="3")],
+     inputs=["x", "f", "g", "h"], rows=FACTOR_ROWS, normalization="simplemax", function="classification",
+     categories=["1", "2", "3"], notes="factors with missing values")
+
 # How targets spell their categories.
 SHAPES = {"integers": ("integer", ["0", "1"], {}), "doubles": ("double", ["0.0", "1.0"], {}),
           "booleans": ("boolean", ["false", "true"], {"1": "true", "0": "false"})}
@@ -255,13 +298,6 @@ save("target-continuous", fields=[field("y", "integer"), field("x"), field("z")]
      notes="two tables of a continuous target")
 
 # Missing values: of a category its indicators are 0, of a number there is no score.
-TEXTS = [field("y"), field("x"), field("f", "string", "categorical", ["a", "b", "c"]),
-         field("g", "integer", "categorical", [1, 2, 3]), field("h", "boolean", "categorical", ["true", "false"])]
-TEXT_SCHEMA = [mining("y", usageType="target"), mining("x"), mining("f"), mining("g"), mining("h")]
-FACTORS = Table("1", Number("x", "0.5"), Category("f", "b", "2"), Category("f", "c", "-3"), Category("g", "2", "0.125"),
-                Category("g", "3", "0.75"), Category("h", "true", "10"))
-FACTOR_ROWS = [("1", "a", "1", "false"), ("1", "b", "2", "true"), ("-2", "c", "3", "true"), ("1", None, "2", "true"),
-               ("1", "b", None, "false"), ("0", "c", "1", None), (None, "a", "1", "true"), ("4", None, None, None)]
 INVALID = [("1", "d", "1", "true"), ("1", "a", "9", "true")]
 
 
