@@ -302,8 +302,9 @@ void DefineVerify(CLI::App* command, VerifyArguments& verify)
 void DefineConvert(CLI::App* command, ConvertArguments& convert)
 {
     command
-        ->add_option("MODEL", convert.model,
-                     "The model document, in the older form or a RegressionModel; - is standard input")
+        ->add_option(
+            "MODEL", convert.model,
+            "The model document, in the older form or a RegressionModel; - is standard input")
         ->required();
     AddText(command, "-o,--out", convert.output,
             "Where the PMML document goes; - or nothing is standard output", "FILE");

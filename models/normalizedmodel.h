@@ -18,7 +18,8 @@ namespace MCVelscore_850 {
 /// The prediction is the most probable category; of equal ones the first in the target's dictionary
 /// entry.
 ///
-/// Shapes  C categories, P parameters: betas C x P. Those of the remainder, and of the last category
+/// Shapes  C categories, P parameters: betas C x P. Those of the remainder, and of the last
+/// category
 ///         of an ordered target, have no part in any score.
 /// Errors  GetScore answers 90029 for a null record or a bad value, with the predictor's index;
 ///         90028 where a probability is no finite number, as where all y of simplemax add up to 0.

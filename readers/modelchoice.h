@@ -19,8 +19,8 @@ inline constexpr FamilySet kCoxFamilies = Family(kCox) | Family(kCoxComplexSampl
 inline constexpr FamilySet kOrdinalFamilies = Family(kOrdinal) | Family(kOrdinalGeneralized);
 /// The families whose prediction is a category of the target, whatever the target's level.
 inline constexpr FamilySet kCategoryFamilies =
-    Family(kMultinomial) | Family(kMultinomialGeneralized) | Family(kNormalized) |
-    Family(kBinary) | kOrdinalFamilies;
+    Family(kMultinomial) | Family(kMultinomialGeneralized) | Family(kNormalized) | Family(kBinary) |
+    kOrdinalFamilies;
 inline constexpr FamilySet kAllFamilies = ~0U;
 
 /// The family that a document asks for. `targetIsScale` is read with kGeneralizedLinear only.

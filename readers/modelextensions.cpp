@@ -2,8 +2,8 @@
 // children of the model element, each a name and a value.
 
 #include "host/documents/pmmlmodeltags.h"
-#include "models/blrmodel.h"
 #include "host/variables/scoredictvar.h"
+#include "models/blrmodel.h"
 #include "models/glrmodel.h"
 #include "models/normalizedmodel.h"
 #include "readers/cellreading.h"

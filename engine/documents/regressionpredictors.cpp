@@ -38,19 +38,23 @@ void AddFieldRef(Element parent, const std::string& field, Element source)
     Add(parent, "FieldRef", source).SetText("field", field);
 }
 
-// The category as the field lists it; nothing where it doesn't.
-std::optional<std::string> Listed(Element field, const std::vector<std::string>& categories,
-                                  const std::string& category)
+}  // namespace
+
+std::string CategoryKeyOf(Element field, const std::string& text)
 {
-    const bool isBoolean = field.Text(kDataType) == kBoolean;
-    for (const std::string& listed : categories) {
-        if (CategoryKey(field.Dom(), listed) == CategoryKey(field.Dom(), category)) return listed;
-        if (isBoolean && TruthOf(category) && TruthOf(listed) == TruthOf(category)) return listed;
+    if (field.Text(kDataType) == kBoolean) {
+        if (const auto truth = TruthOf(text)) return *truth ? kTrue : kFalse;
     }
-    return std::nullopt;
+    return CategoryKey(field.Dom(), text);
 }
 
-}  // namespace
+// The category as the field lists it; nothing where it doesn't.
+std::optional<std::string> RegressionPredictors::Field::Listed(const std::string& category) const
+{
+    const auto found = categories.find(CategoryKeyOf(element, category));
+    if (found == categories.end()) return std::nullopt;
+    return found->second;
+}
 
 RegressionPredictors::RegressionPredictors(Element root, Element model,
                                            const std::vector<RegressionTable>& tables,
@@ -71,10 +75,10 @@ void RegressionPredictors::ReadFields(Element root)
 {
     for (auto* dom : DataFields(root.Dom())) {
         const Element element(dom);
-        Field field{element, false, element.Text(kDataType), {}};
-        for (const auto* value : ValidValues(dom)) {
-            field.categories.push_back(
-                Element(const_cast<xercesc::DOMElement*>(value)).Text(Tags::XML_ATT_VALUE));
+        Field field{element, false, element.Text(kDataType)};
+        for (auto* value : ValidValues(dom)) {
+            const std::string category = Element(value).Text(Tags::XML_ATT_VALUE);
+            field.categories.emplace(CategoryKeyOf(element, category), category);
         }
         fields_.emplace(element.Text(Tags::XML_ATT_NAME), std::move(field));
     }
@@ -91,7 +95,7 @@ void RegressionPredictors::AddDerivedOf(Element section)
 {
     for (const Element element : section.Children("DerivedField")) {
         fields_.insert_or_assign(element.Text(Tags::XML_ATT_NAME),
-                                 Field{element, true, element.Text(kDataType), {}});
+                                 Field{element, true, element.Text(kDataType)});
     }
 }
 
@@ -150,11 +154,11 @@ std::optional<RegressionPredictors::Cell> RegressionPredictors::CategoryCell(
     Field& field = FieldOf(name, element);
     std::string value = category;
     if (!field.categories.empty()) {
-        if (const auto listed = Listed(field.element, field.categories, category)) {
+        if (const auto listed = field.Listed(category)) {
             value = *listed;
         } else if (field.takenAsIs) {
             Add(field.element, Tags::XML_ELE_VALUE, element).SetText(Tags::XML_ATT_VALUE, category);
-            field.categories.push_back(category);
+            field.categories.emplace(CategoryKeyOf(field.element, category), category);
         } else {
             neverMet_.push_back(fmt::format("{} \"{}\"", name, category));
             return std::nullopt;
@@ -185,20 +189,19 @@ std::string RegressionPredictors::NumberPredictor(const TermFactor& factor, Elem
         name = Derived(fmt::format("number({})", name), element, [&](Element derived) {
             const Element norm = Add(derived, "NormDiscrete", element);
             norm.SetText("field", factor.field);
-            norm.SetText(Tags::XML_ATT_VALUE,
-                         Listed(field.element, field.categories, kTrue).value_or(kTrue));
+            norm.SetText(Tags::XML_ATT_VALUE, field.Listed(kTrue).value_or(kTrue));
             if (factor.mapMissingTo) norm.SetText("mapMissingTo", *factor.mapMissingTo);
         });
     } else if (field.dataType == kString) {
         RefuseAt(element.Dom(), kTextInEquation, name.c_str(), field.dataType.c_str(),
                  element.Tag().c_str());
     } else if (factor.mapMissingTo) {
-        name = Derived(
-            fmt::format("{} or {}", name, *factor.mapMissingTo), element, [&](Element derived) {
-                const Element reference = Add(derived, "FieldRef", element);
-                reference.SetText("field", factor.field);
-                reference.SetText("mapMissingTo", *factor.mapMissingTo);
-            });
+        name = Derived(fmt::format("{} or {}", name, *factor.mapMissingTo), element,
+                       [&](Element derived) {
+                           const Element reference = Add(derived, "FieldRef", element);
+                           reference.SetText("field", factor.field);
+                           reference.SetText("mapMissingTo", *factor.mapMissingTo);
+                       });
     } else if (field.element.Text(Tags::XML_ATT_DATAFIELD_OPTYPE) != Tags::XML_VAL_OT_CONTINUOUS) {
         field.element.SetText(Tags::XML_ATT_DATAFIELD_OPTYPE, Tags::XML_VAL_OT_CONTINUOUS);
     }
@@ -236,7 +239,7 @@ std::string RegressionPredictors::Derived(const std::string& wanted, Element ele
     derived.SetText(Tags::XML_ATT_DATAFIELD_OPTYPE, Tags::XML_VAL_OT_CONTINUOUS);
     derived.SetText(kDataType, "double");
     make(derived);
-    fields_.emplace(name, Field{derived, true, "double", {}});
+    fields_.emplace(name, Field{derived, true, "double"});
     derived_.emplace(wanted, name);
     return name;
 }

@@ -13,6 +13,10 @@
 
 namespace MCVelscore_850 {
 
+/// A key that two texts share when they are the same category of a DataField: the same number or
+/// truth value, else the same text.
+std::string CategoryKeyOf(Element field, const std::string& text);
+
 /// The fields of a RegressionModel's terms as predictors of the general form. A category is a
 /// factor where the family counts a missing one as 0, as this model means it, and the field lists
 /// its categories or takes any text; else a covariate of 0 and 1 that is derived from the field. A
@@ -54,9 +58,11 @@ private:
         Element element;
         bool derived = false;
         std::string dataType;
-        std::vector<std::string> categories;  // valid ones that it lists
-        bool takenAsIs = false;               // values that it doesn't list are scored
-        bool isNumber = false;                // in some term
+        std::unordered_map<std::string, std::string> categories{};  // that it lists, by key
+        bool takenAsIs = false;  // values that it doesn't list are scored
+        bool isNumber = false;   // in some term
+
+        std::optional<std::string> Listed(const std::string& category) const;
     };
 
     void ReadFields(Element root);

@@ -40,9 +40,8 @@ const Attributes kAttributes[] = {
 // A misspelt attribute would count as one that is left out. Others' own are passed over.
 void ExpectKnownAttributes(Element element)
 {
-    const auto* known =
-        std::find_if(std::begin(kAttributes), std::end(kAttributes),
-                     [&](const Attributes& row) { return element.Is(row.tag); });
+    const auto* known = std::find_if(std::begin(kAttributes), std::end(kAttributes),
+                                     [&](const Attributes& row) { return element.Is(row.tag); });
     if (known == std::end(kAttributes)) return;
     element.ForEachAttribute([&](Element::RawText raw, Element::RawText) {
         const std::string name = Utf8FromXml(raw.data());
@@ -84,14 +83,16 @@ std::string Coefficient(Element element)
 RegressionTerm ReadNumeric(Element element)
 {
     const double exponent = element.Has("exponent") ? FiniteNumber(element, "exponent") : 1.0;
-    return {element, Coefficient(element), {{.field = Required(element, "name"),
-                                             .exponent = exponent}}};
+    return {element,
+            Coefficient(element),
+            {{.field = Required(element, "name"), .exponent = exponent}}};
 }
 
 RegressionTerm ReadCategorical(Element element)
 {
-    return {element, Coefficient(element), {{.field = Required(element, "name"),
-                                             .category = Required(element, "value")}}};
+    return {element,
+            Coefficient(element),
+            {{.field = Required(element, "name"), .category = Required(element, "value")}}};
 }
 
 RegressionTerm ReadProduct(Element element)
@@ -137,9 +138,8 @@ RegressionTable ReadTable(Element element)
     }
     for (const Element child : element.Children()) {
         if (child.Is(Tags::XML_ELE_EXTENSION)) continue;
-        const auto* reader =
-            std::find_if(std::begin(kTermReaders), std::end(kTermReaders),
-                         [&](const TermReader& row) { return child.Is(row.tag); });
+        const auto* reader = std::find_if(std::begin(kTermReaders), std::end(kTermReaders),
+                                          [&](const TermReader& row) { return child.Is(row.tag); });
         if (reader == std::end(kTermReaders)) {
             RefuseAt(child.Dom(), kUnexpectedTableElement, child.Tag().c_str(), kTable.c_str());
         }

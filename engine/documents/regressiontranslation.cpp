@@ -24,7 +24,6 @@
 #include "host/messages/messages.h"
 #include "host/model/modelfamilies.h"
 #include "host/values/numericvalue.h"
-#include "host/variables/dictvar.h"
 
 namespace MCVelscore_850 {
 
@@ -43,9 +42,8 @@ const std::string kOrdinal = "ordinal";
 const std::string kCategorical = "categorical";
 const std::string kDataType = "dataType";
 
-constexpr std::string_view kNormalizations[] = {"none",   "simplemax", "softmax",
-                                                "logit",  "probit",    "cloglog",
-                                                "exp",    "loglog",    "cauchit"};
+constexpr std::string_view kNormalizations[] = {
+    "none", "simplemax", "softmax", "logit", "probit", "cloglog", "exp", "loglog", "cauchit"};
 
 /// What the tables are the equations of.
 enum class Shape { Number, TwoCategories, Categories, OrderedCategories };
@@ -213,7 +211,6 @@ private:
     void UseSelectors();
 
     std::string TargetText(const std::string& category) const;
-    bool IsCategory(const std::string& listed, const std::string& text) const;
 
     Element root_;
     Element old_;
@@ -221,16 +218,17 @@ private:
     Element targetMining_;  // MiningField
     Element target_;        // DataField
     std::string targetName_;
-    std::vector<RegressionTable> tables_;  // those that count
-    std::vector<std::string> categories_;  // of the target, none of a number
-    std::string remainder_;                // the category that has what the others leave
-    std::vector<std::string> uncounted_;   // categories whose tables don't count
+    std::vector<RegressionTable> tables_;              // in the end those that count
+    std::unordered_map<std::string, size_t> tableOf_;  // by category
+    std::vector<std::string> categories_;              // of the target, none of a number
+    std::string remainder_;               // the category that has what the others leave
+    std::vector<std::string> uncounted_;  // categories whose tables don't count
     const Form* form_ = nullptr;
     Element matrix_;                     // ParamMatrix
     std::vector<Parameter> parameters_;  // the first one is the intercept
     std::unordered_map<std::string, size_t> parameterOf_;
     std::set<std::string> parameterNames_{kIntercept, "(Constant)"};  // the reader moves the latter
-    std::vector<std::vector<Beta>> betas_;  // by table
+    std::vector<std::vector<Beta>> betas_;                            // by table
 };
 
 Change Translation::Translate()
@@ -263,18 +261,21 @@ Change Translation::Translate()
     old_.Erase();
 
     change.family = form_->family;
-    change.text = fmt::format("RegressionModel with normalizationMethod \"{}\" is read as a "
-                              "GeneralRegressionModel, modelType \"{}\"",
-                              normalization, form_->way.modelType);
+    change.text = fmt::format(
+        "RegressionModel with normalizationMethod \"{}\" is read as a "
+        "GeneralRegressionModel, modelType \"{}\"",
+        normalization, form_->way.modelType);
     if (!uncounted_.empty()) {
-        change.text += fmt::format("; the RegressionTable of {} doesn't count: the category has what "
-                                   "the others leave",
-                                   Listed(uncounted_));
+        change.text += fmt::format(
+            "; the RegressionTable of {} doesn't count: the category has what "
+            "the others leave",
+            Listed(uncounted_));
     }
     if (const auto& terms = predictors.NeverMet(); !terms.empty()) {
-        change.text += fmt::format("; {} is no category of its field, so that its coefficient never "
-                                   "counts",
-                                   Listed(terms));
+        change.text += fmt::format(
+            "; {} is no category of its field, so that its coefficient never "
+            "counts",
+            Listed(terms));
     }
     return change;
 }
@@ -364,33 +365,28 @@ void Translation::ListCategories()
     if (!ValidValues(target_.Dom()).empty()) return;
     std::set<std::string> keys;
     for (const RegressionTable& table : tables_) {
-        if (!keys.insert(CategoryKey(target_.Dom(), table.category)).second) continue;
+        if (!keys.insert(CategoryKeyOf(target_, table.category)).second) continue;
         Add(target_, Tags::XML_ELE_VALUE, table.element)
             .SetText(Tags::XML_ATT_VALUE, table.category);
     }
 }
 
-bool Translation::IsCategory(const std::string& listed, const std::string& text) const
-{
-    if (CategoryKey(target_.Dom(), listed) == CategoryKey(target_.Dom(), text)) return true;
-    return target_.Text(kDataType) == "boolean" && TruthOf(text) && TruthOf(text) == TruthOf(listed);
-}
-
 // Gives each table its category as the target lists it.
 void Translation::MatchTables()
 {
-    std::set<std::string> taken;
-    for (RegressionTable& table : tables_) {
-        const auto category =
-            std::find_if(categories_.begin(), categories_.end(), [&](const std::string& listed) {
-                return IsCategory(listed, table.category);
-            });
-        if (category == categories_.end()) {
+    std::unordered_map<std::string, std::string> listed;  // by key
+    for (const std::string& category : categories_) {
+        listed.emplace(CategoryKeyOf(target_, category), category);
+    }
+    for (size_t i = 0; i < tables_.size(); ++i) {
+        RegressionTable& table = tables_[i];
+        const auto category = listed.find(CategoryKeyOf(target_, table.category));
+        if (category == listed.end()) {
             RefuseAt(table.element.Dom(), kUnknownTableCategory, table.category.c_str(),
                      targetName_.c_str(), Listed(categories_).c_str());
         }
-        table.category = *category;
-        if (!taken.insert(*category).second) {
+        table.category = category->second;
+        if (!tableOf_.emplace(table.category, i).second) {
             RefuseAt(table.element.Dom(), kTableTwice, table.category.c_str());
         }
     }
@@ -426,8 +422,7 @@ bool Translation::HasSharedSlopes() const
             std::string text = fmt::format("{}", term.element.Number("coefficient").value_or(0.0));
             for (const TermFactor& factor : term.factors) {
                 text += fmt::format("\n{}\n{}\n{}\n{}", factor.field, factor.exponent,
-                                    factor.category.value_or(""),
-                                    factor.mapMissingTo.value_or(""));
+                                    factor.category.value_or(""), factor.mapMissingTo.value_or(""));
             }
             terms.push_back(std::move(text));
         }
@@ -458,9 +453,8 @@ void Translation::ExpectTables() const
     for (const std::string& category : categories_) {
         if (TableOf(category) == nullptr) without.push_back(category);
     }
-    const bool mayLackIt =
-        without.size() == 1 && form_->counts != Counts::All &&
-        (!IsByCategory(*form_) || without.front() == categories_.back());
+    const bool mayLackIt = without.size() == 1 && form_->counts != Counts::All &&
+                           (!IsByCategory(*form_) || without.front() == categories_.back());
     if (!without.empty() && !mayLackIt) {
         RefuseAt(old_.Dom(), kTablesMissing, Listed(without).c_str(),
                  std::string(form_->normalization).c_str());
@@ -474,10 +468,8 @@ void Translation::ExpectTables() const
 
 const RegressionTable* Translation::TableOf(const std::string& category) const
 {
-    const auto found = std::find_if(tables_.begin(), tables_.end(), [&](const auto& table) {
-        return table.category == category;
-    });
-    return found == tables_.end() ? nullptr : &*found;
+    const auto found = tableOf_.find(category);
+    return found == tableOf_.end() ? nullptr : &tables_[found->second];
 }
 
 void Translation::KeepTablesThatCount()
@@ -485,21 +477,21 @@ void Translation::KeepTablesThatCount()
     std::vector<RegressionTable> kept = tables_;
     if (IsByCategory(*form_)) {
         kept.clear();
-        for (size_t i = 0; i + 1 < categories_.size(); ++i) kept.push_back(*TableOf(categories_[i]));
+        for (size_t i = 0; i + 1 < categories_.size(); ++i)
+            kept.push_back(*TableOf(categories_[i]));
     } else if (form_->counts != Counts::All) {
         kept.resize(categories_.size() - 1, tables_.front());
     }
-    const auto isKept = [&](const std::string& category) {
-        return std::any_of(kept.begin(), kept.end(),
-                           [&](const auto& table) { return table.category == category; });
-    };
+    std::set<std::string> counted;
+    for (const RegressionTable& table : kept) counted.insert(table.category);
     for (const std::string& category : categories_) {
-        if (isKept(category)) continue;
+        if (counted.contains(category)) continue;
         remainder_ = category;
         const RegressionTable* table = TableOf(category);
         if (table != nullptr && !table->terms.empty()) uncounted_.push_back(category);
     }
     tables_ = std::move(kept);
+    tableOf_.clear();  // of all of them
 }
 
 // The same derived field again, as converters write it that encode a column twice.
@@ -614,7 +606,8 @@ void Translation::PlanParameters(RegressionPredictors& predictors)
     }
 }
 
-// The parameter of a product. Tables share it; a table that has it again, which adds, takes another.
+// The parameter of a product. Tables share it; a table that has it again, which adds, takes
+// another.
 size_t Translation::ParameterOf(const std::vector<RegressionPredictors::Cell>& cells,
                                 Element element, std::map<std::string, size_t>& repeats)
 {

@@ -23,9 +23,8 @@ struct Release {
 
 bool IsBlank(const XMLCh* text)
 {
-    return std::all_of(text, text + xercesc::XMLString::stringLen(text), [](XMLCh c) {
-        return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r';
-    });
+    return std::all_of(text, text + xercesc::XMLString::stringLen(text),
+                       [](XMLCh c) { return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r'; });
 }
 
 xercesc::DOMImplementation& Implementation()
@@ -54,8 +53,7 @@ void DropIndentation(xercesc::DOMElement* element)
     if (element->getFirstElementChild() == nullptr) return;  // its text is content
     for (xercesc::DOMNode* node = element->getFirstChild(); node != nullptr;) {
         xercesc::DOMNode* next = node->getNextSibling();
-        if (node->getNodeType() == xercesc::DOMNode::TEXT_NODE &&
-            IsBlank(node->getNodeValue())) {
+        if (node->getNodeType() == xercesc::DOMNode::TEXT_NODE && IsBlank(node->getNodeValue())) {
             element->removeChild(node)->release();
         } else if (node->getNodeType() == xercesc::DOMNode::ELEMENT_NODE) {
             // The guard bounds the depth, and with it this recursion.

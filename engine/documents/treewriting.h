@@ -15,7 +15,8 @@ OwnedTree NewTree(const std::string& nameSpace, const std::string& root);
 /// Appends an element in its parent's namespace.
 xercesc::DOMElement* AddElement(xercesc::DOMElement* parent, const std::string& tag);
 
-/// Takes the blanks between elements out of a tree that was read, so that TreeText() indents it anew.
+/// Takes the blanks between elements out of a tree that was read, so that TreeText() indents it
+/// anew.
 void DropIndentation(xercesc::DOMElement* element);
 
 /// The tree as a document: UTF-8, an element a line, indented. Its texts are of a document too.

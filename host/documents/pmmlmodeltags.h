@@ -125,7 +125,7 @@ struct PMMLModelTags {
         "allowMissingFactors";                                                            // own
     static inline const std::string XML_ATT_RM_EXT_NAME_CUTOFF = "cutoff";                // own
     static inline const std::string XML_ATT_RM_EXT_NAME_NORMALIZATION =
-        "normalizationMethod";  // own
+        "normalizationMethod";                                                            // own
     static inline const std::string XML_ATT_RM_EXT_NAME_REMAINDER = "remainderCategory";  // own
     static inline const std::string XML_ATT_RM_EXT_NAME_ORDERED = "orderedCategories";    // own
     static inline const std::string XML_ATT_RM_EXT_NAME_SIGMA = "sigma";                  // own

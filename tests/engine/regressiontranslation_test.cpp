@@ -81,12 +81,12 @@ TEST(RegressionTranslation, ATableOfANumberBecomesAGeneralLinearModel)
         adapted.Has("<GeneralRegressionModel algorithmName='generalLinearModel' "
                     "functionName='regression' modelType='generalLinear' targetVariableName='y'>"))
         << adapted.after;
-    EXPECT_TRUE(adapted.Has(
-        "<ParameterList><Parameter name='(Intercept)'></><Parameter name='x'></></>"
-        "<CovariateList><Predictor name='x'></></>"
-        "<PPMatrix><PPCell parameterName='x' predictorName='x' value='1'></></>"
-        "<ParamMatrix><PCell beta='1' parameterName='(Intercept)'></>"
-        "<PCell beta='2' parameterName='x'></></></>"))
+    EXPECT_TRUE(
+        adapted.Has("<ParameterList><Parameter name='(Intercept)'></><Parameter name='x'></></>"
+                    "<CovariateList><Predictor name='x'></></>"
+                    "<PPMatrix><PPCell parameterName='x' predictorName='x' value='1'></></>"
+                    "<ParamMatrix><PCell beta='1' parameterName='(Intercept)'></>"
+                    "<PCell beta='2' parameterName='x'></></></>"))
         << adapted.after;
     EXPECT_FALSE(adapted.Has("<RegressionModel"));
     EXPECT_FALSE(adapted.adaptations.front().rule->strict);
@@ -193,10 +193,11 @@ TEST(RegressionTranslation, OrderedCategoriesShareSlopesOrAreStepsOfTheirOwnEqua
     const std::string yes = "<RegressionTable intercept='1' targetCategory='yes'>" + slope;
     const Adapted shared{OfThree("logit", "ordinal", yes + no + kSo).Text()};
     EXPECT_TRUE(shared.Has("modelType='ordinalMultinomial'")) << shared.after;
-    EXPECT_TRUE(shared.Has("<ParamMatrix>"
-                           "<PCell beta='-1' parameterName='(Intercept)' targetCategory='no'></>"
-                           "<PCell beta='1' parameterName='(Intercept)' targetCategory='yes'></>"
-                           "<PCell beta='2' parameterName='x'></></>"))
+    EXPECT_TRUE(
+        shared.Has("<ParamMatrix>"
+                   "<PCell beta='-1' parameterName='(Intercept)' targetCategory='no'></>"
+                   "<PCell beta='1' parameterName='(Intercept)' targetCategory='yes'></>"
+                   "<PCell beta='2' parameterName='x'></></>"))
         << shared.after;
     const Adapted own{OfThree("logit", "ordinal", kNo + yes + kSo).Text()};
     EXPECT_TRUE(own.Has("<GeneralRegressionModel algorithmName='normalizedRegression'"))
@@ -237,8 +238,9 @@ TEST(RegressionTranslation, AFamilyThatWantsEveryFactorGetsIndicators)
         "coefficient='2'/></RegressionTable>";
     const Adapted adapted{parts.Text()};
     EXPECT_FALSE(adapted.Has("<FactorList>")) << adapted.after;
-    EXPECT_TRUE(adapted.Has("<DerivedField dataType='double' name='f[b]' optype='continuous'>"
-                            "<NormDiscrete field='f' mapMissingTo='0' value='b'>"));
+    EXPECT_TRUE(
+        adapted.Has("<DerivedField dataType='double' name='f[b]' optype='continuous'>"
+                    "<NormDiscrete field='f' mapMissingTo='0' value='b'>"));
     EXPECT_TRUE(adapted.Has("<CovariateList><Predictor name='f[b]'></></>"));
 }
 
@@ -291,8 +293,9 @@ TEST(RegressionTranslation, ATargetWithoutCategoriesGetsThoseOfTheTables)
         "<DataField name='x' optype='continuous' dataType='double'/>"
         "<DataField name='f' optype='categorical' dataType='string'/>";
     const Adapted adapted{parts.Text()};
-    EXPECT_TRUE(adapted.Has("<DataField dataType='string' name='y' optype='categorical'>"
-                            "<Value value='yes'></><Value value='no'></>"))
+    EXPECT_TRUE(
+        adapted.Has("<DataField dataType='string' name='y' optype='categorical'>"
+                    "<Value value='yes'></><Value value='no'></>"))
         << adapted.after;
     EXPECT_TRUE(adapted.Has("functionName='classification'"));
 }
@@ -355,68 +358,131 @@ std::string Term(const std::string& term)
 }
 
 const Refusal kRefusals[] = {
-    {"NormalizationUnknown", WithHead("functionName='regression' normalizationMethod='Softmax'"),
-     kUnknownNormalization, 2, {"Softmax"}},
+    {"NormalizationUnknown",
+     WithHead("functionName='regression' normalizationMethod='Softmax'"),
+     kUnknownNormalization,
+     2,
+     {"Softmax"}},
     {"NormalizationOfNumber",
      WithHead("functionName='regression' normalizationMethod='simplemax'"),
-     kNormalizationNotTaken, 2, {"simplemax", "a regression"}},
-    {"FunctionUnknown", WithHead("functionName='clustering'"), kUnknownFunctionName, 2,
+     kNormalizationNotTaken,
+     2,
+     {"simplemax", "a regression"}},
+    {"FunctionUnknown",
+     WithHead("functionName='clustering'"),
+     kUnknownFunctionName,
+     2,
      {"clustering"}},
     {"NoTable", WithTables(""), kAbsent, 2, {"RegressionTable", "RegressionModel"}},
-    {"TwoTablesOfANumber", WithTables("<RegressionTable/>\n<RegressionTable/>"), kTableCount, 5,
+    {"TwoTablesOfANumber",
+     WithTables("<RegressionTable/>\n<RegressionTable/>"),
+     kTableCount,
+     5,
      {"2"}},
-    {"TableWithoutCategory", Classifying("logit", kYes + "\n<RegressionTable/>"),
-     kTableWithoutCategory, 5, {"2"}},
+    {"TableWithoutCategory",
+     Classifying("logit", kYes + "\n<RegressionTable/>"),
+     kTableWithoutCategory,
+     5,
+     {"2"}},
     {"TableOfUnknownCategory",
-     Classifying("logit", kYes + "\n<RegressionTable targetCategory='No'/>"), kUnknownTableCategory,
-     5, {"No", "y", "\"no\", \"yes\""}},
+     Classifying("logit", kYes + "\n<RegressionTable targetCategory='No'/>"),
+     kUnknownTableCategory,
+     5,
+     {"No", "y", "\"no\", \"yes\""}},
     {"TableTwice", Classifying("logit", kYes + "\n" + kYes), kTableTwice, 5, {"yes"}},
-    {"TableMissingForSoftmax", Classifying("softmax", kYes), kTablesMissing, 2,
+    {"TableMissingForSoftmax",
+     Classifying("softmax", kYes),
+     kTablesMissing,
+     2,
      {"\"no\"", "softmax"}},
     {"FirstTableEmpty", Classifying("logit", kNo + kYes), kEmptyFirstTable, 4, {"no", "logit"}},
     {"CoefficientIsNoNumber",
-     WithTables(Term("\n<NumericPredictor name='x' coefficient='2,5'/>")), kNotFinite, 5,
+     WithTables(Term("\n<NumericPredictor name='x' coefficient='2,5'/>")),
+     kNotFinite,
+     5,
      {"2,5", "coefficient", "NumericPredictor"}},
     {"CoefficientIsInfinite",
-     WithTables(Term("\n<NumericPredictor name='x' coefficient='1e999'/>")), kNotFinite, 5,
+     WithTables(Term("\n<NumericPredictor name='x' coefficient='1e999'/>")),
+     kNotFinite,
+     5,
      {"1e999", "coefficient", "NumericPredictor"}},
-    {"CoefficientMissing", WithTables(Term("\n<NumericPredictor name='x'/>")), kAbsent, 5,
+    {"CoefficientMissing",
+     WithTables(Term("\n<NumericPredictor name='x'/>")),
+     kAbsent,
+     5,
      {"coefficient", "NumericPredictor"}},
-    {"InterceptIsNoNumber", WithTables("<RegressionTable intercept=''/>"), kNotFinite, 4,
+    {"InterceptIsNoNumber",
+     WithTables("<RegressionTable intercept=''/>"),
+     kNotFinite,
+     4,
      {"", "intercept", "RegressionTable"}},
     {"ExponentIsNoNumber",
-     WithTables(Term("\n<NumericPredictor name='x' exponent='two' coefficient='1'/>")), kNotFinite,
-     5, {"two", "exponent", "NumericPredictor"}},
+     WithTables(Term("\n<NumericPredictor name='x' exponent='two' coefficient='1'/>")),
+     kNotFinite,
+     5,
+     {"two", "exponent", "NumericPredictor"}},
     {"AttributeMisspelt",
      WithTables(Term("\n<NumericPredictor name='x' exponents='2' coefficient='1'/>")),
-     kMisspeltAttribute, 5, {"exponents", "NumericPredictor", "exponent"}},
-    {"HeadMisspelt", WithHead("functionName='regression' normalisationMethod='exp'"),
-     kMisspeltAttribute, 2, {"normalisationMethod", "RegressionModel", "normalizationMethod"}},
+     kMisspeltAttribute,
+     5,
+     {"exponents", "NumericPredictor", "exponent"}},
+    {"HeadMisspelt",
+     WithHead("functionName='regression' normalisationMethod='exp'"),
+     kMisspeltAttribute,
+     2,
+     {"normalisationMethod", "RegressionModel", "normalizationMethod"}},
     {"TermOfUnknownField",
      WithTables(Term("\n<PredictorTerm coefficient='1'><FieldRef field='w'/></PredictorTerm>")),
-     kUnknownTermField, 5, {"w", "PredictorTerm"}},
+     kUnknownTermField,
+     5,
+     {"w", "PredictorTerm"}},
     {"CategoryOfUnknownField",
      WithTables(Term("\n<CategoricalPredictor name='w' value='a' coefficient='1'/>")),
-     kUnknownTermField, 5, {"w", "CategoricalPredictor"}},
-    {"TextAsANumber", WithTables(Term("\n<NumericPredictor name='f' coefficient='1'/>")),
-     kTextInEquation, 5, {"f", "string", "NumericPredictor"}},
-    {"ProductOfNothing", WithTables(Term("\n<PredictorTerm coefficient='1'/>")), kAbsent, 5,
+     kUnknownTermField,
+     5,
+     {"w", "CategoricalPredictor"}},
+    {"TextAsANumber",
+     WithTables(Term("\n<NumericPredictor name='f' coefficient='1'/>")),
+     kTextInEquation,
+     5,
+     {"f", "string", "NumericPredictor"}},
+    {"ProductOfNothing",
+     WithTables(Term("\n<PredictorTerm coefficient='1'/>")),
+     kAbsent,
+     5,
      {"FieldRef", "PredictorTerm"}},
-    {"ForeignElement", WithTables(Term("\n<OrdinalPredictor name='x'/>")), kUnexpectedTableElement,
-     5, {"OrdinalPredictor", "RegressionTable"}},
+    {"ForeignElement",
+     WithTables(Term("\n<OrdinalPredictor name='x'/>")),
+     kUnexpectedTableElement,
+     5,
+     {"OrdinalPredictor", "RegressionTable"}},
     {"AnotherModelBeside", Beside("<TreeModel/>"), kModelBeside, 5, {"TreeModel"}},
     {"TwoRegressionModels", Beside("<RegressionModel/>"), kModelBeside, 5, {"RegressionModel"}},
-    {"NoTarget", WithSchema("functionName='regression'", "<MiningField name='x'/>"),
-     kNoTargetField, 2, {"RegressionModel"}},
+    {"NoTarget",
+     WithSchema("functionName='regression'", "<MiningField name='x'/>"),
+     kNoTargetField,
+     2,
+     {"RegressionModel"}},
     {"TargetsDiffer",
      WithSchema("functionName='regression' targetFieldName='x'",
                 "<MiningField name='y' usageType='target'/><MiningField name='x'/>"),
-     kTargetFieldsDiffer, 2, {"x", "y"}},
-    {"ExpOfCategories", OfThree("exp", "categorical", kNo + kYes + kSo), kNormalizationNotTaken, 2,
+     kTargetFieldsDiffer,
+     2,
+     {"x", "y"}},
+    {"ExpOfCategories",
+     OfThree("exp", "categorical", kNo + kYes + kSo),
+     kNormalizationNotTaken,
+     2,
      {"exp", "a classification into more than two categories"}},
-    {"TwoTablesMissing", OfThree("logit", "categorical", kYes), kTablesMissing, 2,
+    {"TwoTablesMissing",
+     OfThree("logit", "categorical", kYes),
+     kTablesMissing,
+     2,
      {"\"no\", \"so\"", "logit"}},
-    {"TableOfAMiddleCategoryMissing", OfThree("logit", "ordinal", kNo + kSo), kTablesMissing, 2,
+    {"TableOfAMiddleCategoryMissing",
+     OfThree("logit", "ordinal", kNo + kSo),
+     kTablesMissing,
+     2,
      {"\"yes\"", "logit"}},
 };
 

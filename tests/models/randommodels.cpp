@@ -526,7 +526,7 @@ std::unique_ptr<DrawnModel> DrawMultinomial(Draw& draw, bool plain, int)
 }
 
 // By the standard's words; "simplemax" first.
-constexpr const char* kNormalizations[] = {"simplemax", "none",   "logit", "probit",
+constexpr const char* kNormalizations[] = {"simplemax", "none",   "logit",  "probit",
                                            "cloglog",   "loglog", "cauchit"};
 
 std::unique_ptr<DrawnModel> DrawNormalized(Draw& draw, bool plain, int normalization)

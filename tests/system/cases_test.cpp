@@ -87,7 +87,8 @@ std::string TestName(const testing::TestParamInfo<std::string>& each)
 }
 
 INSTANTIATE_TEST_SUITE_P(R, Cases, testing::ValuesIn(CaseNames("cases")), TestName);
-INSTANTIATE_TEST_SUITE_P(RegressionModel, Cases, testing::ValuesIn(CaseNames("regression")), TestName);
+INSTANTIATE_TEST_SUITE_P(RegressionModel, Cases, testing::ValuesIn(CaseNames("regression")),
+                         TestName);
 
 // The general form of a RegressionModel says the same to the last digit.
 class ConvertedCases : public testing::TestWithParam<std::string> {};
