@@ -1,11 +1,12 @@
 #include "engine/documents/documentadapter.h"
 
+#include <span>
 #include <utility>
 
 #include "engine/documents/adapterrules.h"
-#include "engine/documents/documenttree.h"
+#include "engine/documents/documentloader.h"
+#include "engine/documents/modelelement.h"
 #include "engine/documents/regressiontranslation.h"
-#include "engine/documents/treetext.h"
 
 namespace MCVelscore_850 {
 
@@ -26,6 +27,10 @@ constexpr Rule Row(std::string_view name, bool doubt, Answer answer = Answer::Ad
     return {name, answer, doubt, "{what}", ""};
 }
 
+// How many of the rules put right what elements are called, the version, and what stands twice
+// alike: a look at the names then tells what the author wrote.
+constexpr size_t kRulesOfNames = 4;
+
 // In this order: names first, since the others look for plain ones; then the version, which
 // decides what a selector means; then another kind of model, which the later rules read in the
 // general form; then the fields, whose measure the later rules read.
@@ -33,18 +38,21 @@ constexpr RuleRow kRules[] = {
     {Row("namespace-prefix", kNoDoubt), DropNamespacePrefix},
     {Row("version-from-namespace", kNoDoubt), TakeVersionFromNamespace},
     {Row("short-version", kNoDoubt), ShortenVersion},
+    {Row("repeated-mining-field", kNoDoubt), DropRepeatedMiningFields},
     {Row("regression-model", kNoDoubt), TranslateRegressionModel},
     {Row("generalized-linear", kNoDoubt), SelectGeneralizedLinear},
+    {Row("foreign-extension", kDoubt), TakeOutForeignExtensions},
     {Row("cumulative-link", kNoDoubt), TakeLinkFromCumulativeLink},
     {Row("thresholds-first", kNoDoubt), PutThresholdsFirst},
     {Row("classification-target", kNoDoubt), ClassifyCategoricalTarget},
     {Row("category-of-betas", kDoubt), NameCategoryOfBetas},
     {Row("contrast-logistic", kDoubt), SelectContrastLogistic},
     {Row("beta-category-last", kNoDoubt), DeclareBetaCategoryLast},
-    {Row("repeated-mining-field", kNoDoubt), DropRepeatedMiningFields},
+    {Row("category-design", kNoDoubt), ReadDesignsOfCategories},
     {Row("numeric-covariate", kNoDoubt), MakeNumericCovariatesContinuous},
     {Row("replacement-no-number", kDoubt), DropReplacementsThatAreNoNumbers},
-    {Row("categories-of-cells", kDoubt), ListCategoriesOfCells},
+    // A value that the list lacks is counted at the end of a run.
+    {Row("categories-of-cells", kNoDoubt), ListCategoriesOfCells},
     {Row("values-as-is", kNoDoubt), AcceptValuesAsIs},
     {Row("contrast-columns", kNoDoubt), SpreadContrasts},
     {Row("replacement-unlisted", kNoDoubt, Answer::Notice), NoteUnlistedReplacements},
@@ -55,14 +63,12 @@ constexpr RuleRow kRules[] = {
     {Row("no-estimates", kDoubt, Answer::Notice), NoteMissingEstimates},
 };
 
-}  // namespace
-
-std::vector<Adaptation> AdaptDocument(Document& document)
+std::vector<Adaptation> Adapt(Document& document, std::span<const RuleRow> rules)
 {
     std::vector<Adaptation> adaptations;
-    xercesc::DOMElement* root = document.GetTree().dom->getDocumentElement();
+    const Element root = document.Root();
     if (!IsPmmlRoot(root)) return adaptations;
-    for (const RuleRow& row : kRules) {
+    for (const RuleRow& row : rules) {
         if (auto change = row.apply(root)) {
             adaptations.push_back({&row.rule, std::move(change->text), std::move(change->place),
                                    change->rotatedTarget, std::move(change->listedByCells),
@@ -71,6 +77,15 @@ std::vector<Adaptation> AdaptDocument(Document& document)
     }
     return adaptations;
 }
+
+}  // namespace
+
+std::vector<Adaptation> AdaptNames(Document& document)
+{
+    return Adapt(document, std::span(kRules).first(kRulesOfNames));
+}
+
+std::vector<Adaptation> AdaptDocument(Document& document) { return Adapt(document, kRules); }
 
 std::vector<const Rule*> AdapterRules()
 {

@@ -34,6 +34,10 @@ struct Adaptation {
 /// reader, whose refusal says more. The older form (root "zelt-ml") has no other dialect.
 std::vector<Adaptation> AdaptDocument(Document& document);
 
+/// The first part of it alone, after which the names that stand are the author's: prefixes, the
+/// version and mining fields that stand twice alike. The rest may be done later.
+std::vector<Adaptation> AdaptNames(Document& document);
+
 /// The adapter's rules, in the order in which they are applied.
 std::vector<const Rule*> AdapterRules();
 

@@ -14,7 +14,7 @@
 
 namespace MCVelscore_850 {
 
-PublishedForm ConvertDocument(Document document, const Plugin& plugin)
+PublishedForm ConvertDocument(Document& document, const Plugin& plugin)
 {
     PublishedForm published{document.File(), {}, {}};
     bool translated = false;
@@ -28,7 +28,7 @@ PublishedForm ConvertDocument(Document document, const Plugin& plugin)
         throw DocumentFailure(refusal, document.File());
     }
     if (!translated) return ConvertLegacyDocument(document, plugin);
-    DropIndentation(document.GetTree().dom->getDocumentElement());
+    DropIndentation(document.Root());
     published.text = TreeText(*document.GetTree().dom);
     return published;
 }

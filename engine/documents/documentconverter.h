@@ -7,11 +7,11 @@ namespace MCVelscore_850 {
 
 /// A document that isn't a GeneralRegressionModel yet, as one: ConvertLegacyDocument for the older
 /// form; a RegressionModel as the adapter leaves it, which scores every case to the same last bit.
-/// The document's tree is used up.
+/// The document's own tree is adapted with it.
 ///
 /// Errors  Failure of kind Document: kAlreadyPublished for another PMML document; DocumentFailure
 ///         for what the adapter or the reader refuses.
-PublishedForm ConvertDocument(Document document, const Plugin& plugin);
+PublishedForm ConvertDocument(Document& document, const Plugin& plugin);
 
 }  // namespace MCVelscore_850
 

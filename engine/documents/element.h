@@ -1,15 +1,18 @@
 #ifndef VELSCORE_ENGINE_DOCUMENTS_ELEMENT_H
 #define VELSCORE_ENGINE_DOCUMENTS_ELEMENT_H
 
+#include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <xercesc/util/XercesDefs.hpp>
 
-#include "host/messages/vsexception.h"
+#include "host/documents/documentplace.h"
 
 XERCES_CPP_NAMESPACE_BEGIN
 class DOMElement;
@@ -41,6 +44,8 @@ public:
 
     std::string Tag() const;
     bool Is(std::string_view tag) const;
+    /// True for a tag such as "p:PMML".
+    bool HasPrefix() const;
 
     /// True for an attribute that is there, an empty one too.
     bool Has(std::string_view attribute) const;
@@ -76,9 +81,14 @@ public:
 
     void SetText(std::string_view attribute, std::string_view text) const;
     void RemoveAttribute(std::string_view attribute) const;
-    /// A new last child, in no namespace.
+    /// A new last child, in its parent's namespace.
     Element Append(std::string_view tag) const;
+    /// Puts an element of the same tree, from wherever it stands, before that child; last where
+    /// that is null.
+    void Insert(Element child, Element before) const;
     void SetContent(std::string_view text) const;
+    /// The element gets another tag, in no namespace.
+    void Rename(std::string_view tag) const;
     /// Takes the element, with all within, out of the tree and frees it; the handle is null then.
     void Erase();
 
@@ -105,9 +115,16 @@ public:
         Element operator*() const { return element_; }
         Iterator& operator++()
         {
+            AskAhead();
             element_ = element_.NextSibling();
             Settle();
             return *this;
+        }
+        Iterator operator++(int)
+        {
+            Iterator before = *this;
+            ++*this;
+            return before;
         }
         bool operator==(const Iterator& other) const { return element_ == other.element_; }
 
@@ -118,19 +135,52 @@ public:
                 element_ = element_.NextSibling();
             }
         }
+        // A walk over the cells of a large matrix waits for memory more than for anything else.
+        // They lie one behind the other, about as far apart as the last two: those a few places
+        // ahead are asked for in time.
+        void AskAhead()
+        {
+            constexpr size_t kPlaces = 6;
+            constexpr size_t kFarthest = 2048;
+            constexpr size_t kLine = 64;
+            const auto here = reinterpret_cast<uintptr_t>(element_.Dom());
+            const size_t stride = here - last_;  // a large number where it lies before the last
+            last_ = here;
+            if (stride > kFarthest) return;
+            for (uintptr_t line = here + kPlaces * stride; line < here + (kPlaces + 1) * stride;
+                 line += kLine) {
+                // NOLINTNEXTLINE(performance-no-int-to-ptr)
+                __builtin_prefetch(reinterpret_cast<const void*>(line));
+            }
+        }
+
         Element element_;
         std::string_view tag_;
+        uintptr_t last_ = 0;
     };
 
     ElementRange(Element first, std::string_view tag) : first_(first), tag_(tag) {}
     Iterator begin() const { return {first_, tag_}; }
     Iterator end() const { return {Element(), tag_}; }
-    bool Empty() const { return begin() == end(); }
+    /// Null when there is none.
+    Element First() const { return *begin(); }
+    bool Empty() const { return !First(); }
+    /// All of them, so that each may be moved or erased meanwhile.
+    std::vector<Element> List() const { return {begin(), end()}; }
 
 private:
     Element first_;
     std::string_view tag_;  // empty for all
 };
+
+using Elements = std::vector<Element>;
+
+/// Refuse, with the place of the element.
+template <class... Args>
+[[noreturn]] void RefuseAt(Element element, int code, Args... args)
+{
+    RefuseAt(element.Dom(), code, args...);
+}
 
 }  // namespace MCVelscore_850
 

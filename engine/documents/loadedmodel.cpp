@@ -50,27 +50,31 @@ void RefuseFaults(Findings& findings, const std::string& file)
 
 }  // namespace
 
-DocumentFailure::DocumentFailure(const VSException& refusal, std::string file)
+DocumentFailure::DocumentFailure(const VSException& refusal, std::string file, Findings found)
     : Failure(FailureKind::Document, refusal.GetErrorCode(), refusal.GetArguments()),
       file_(std::move(file)),
       line_(refusal.GetPlace().line),
       column_(refusal.GetPlace().column),
-      path_(refusal.GetPlace().path)
-{}
+      path_(refusal.GetPlace().path),
+      found_(std::move(found))
+{
+    found_.Sort();
+}
 
-DocumentFailure::DocumentFailure(const Finding& fault, std::string file)
+DocumentFailure::DocumentFailure(std::string file, const Finding& fault, Findings found)
     : Failure(FailureKind::Document, kDocumentFault, {fault.text, std::string(fault.rule->name)},
               fault.remedy),
       file_(std::move(file)),
       line_(fault.place.line),
       column_(fault.place.column),
-      path_(fault.place.path)
+      path_(fault.place.path),
+      found_(std::move(found))
 {}
 
 DocumentFailure::~DocumentFailure() = default;
 
 DocumentFaults::DocumentFaults(Findings findings, std::string file)
-    : DocumentFailure(FirstFault(findings), std::move(file)), findings_(std::move(findings))
+    : DocumentFailure(std::move(file), FirstFault(findings), findings)
 {}
 
 DocumentFaults::~DocumentFaults() = default;
@@ -79,19 +83,37 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
                          const LoadOptions& options)
     : plugin_(std::move(plugin))
 {
-    Document document = LoadDocument(path, {}, options.digest ? &sha256_ : nullptr);
+    Document document = LoadDocument(
+        path, {}, {.sha256 = options.digest ? &sha256_ : nullptr, .text = options.text});
+    Read(document, options);
+}
+
+LoadedModel::LoadedModel(Document& document, std::shared_ptr<const Plugin> plugin,
+                         const LoadOptions& options)
+    : plugin_(std::move(plugin))
+{
+    Read(document, options);
+}
+
+void LoadedModel::Read(Document& document, const LoadOptions& options)
+{
     file_ = document.File();
     bool rotatedTarget = false;
+    const auto note = [&](std::vector<Adaptation> adaptations) {
+        for (Adaptation& adaptation : adaptations) {
+            findings_.AddAdapted(*adaptation.rule, adaptation.place, adaptation.change);
+            rotatedTarget |= adaptation.rotatedTarget;
+            std::move(adaptation.listedByCells.begin(), adaptation.listedByCells.end(),
+                      std::back_inserter(listedByCells_));
+            if (!adaptation.family.empty()) translatedFamily_ = std::move(adaptation.family);
+        }
+    };
     DocumentAudit audit(document, options.allowed, findings_);
     try {
         if (!options.asIs) {
-            for (Adaptation& adaptation : AdaptDocument(document)) {
-                findings_.AddAdapted(*adaptation.rule, adaptation.place, adaptation.change);
-                rotatedTarget |= adaptation.rotatedTarget;
-                std::move(adaptation.listedByCells.begin(), adaptation.listedByCells.end(),
-                          std::back_inserter(listedByCells_));
-                if (!adaptation.family.empty()) translatedFamily_ = std::move(adaptation.family);
-            }
+            note(AdaptNames(document));
+            audit.LookAtNames();
+            note(AdaptDocument(document));
             audit.LookAtTree();
             RefuseFaults(findings_, file_);
         }
@@ -100,7 +122,9 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
         if (options.output != OutputColumns::Own) output_ = ReadOutputSection(document, *model_);
         if (options.verification) verification_ = ReadVerification(document);
     } catch (const VSException& refusal) {
-        throw DocumentFailure(refusal, file_);
+        // A fault that was found before may be why.
+        RefuseFaults(findings_, file_);
+        throw DocumentFailure(refusal, file_, std::move(findings_));
     }
     if (options.output == OutputColumns::Document && !output_) {
         throw Failure(FailureKind::Document, kNoOutputSection, {file_});
@@ -119,12 +143,11 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
 
 LoadedModel::~LoadedModel() = default;
 
-std::vector<std::string> LoadedModel::Adaptations() const
+std::vector<std::string> LoadedModel::Lines(Answer answer) const
 {
     std::vector<std::string> lines;
     for (const Finding& finding : findings_.Kept()) {
-        // Of the audit there are no adaptations, and of the adapter notices too.
-        if (finding.element.empty()) lines.push_back(finding.ToString());
+        if (finding.answer == answer) lines.push_back(finding.ToString());
     }
     return lines;
 }

@@ -14,6 +14,7 @@
 
 namespace MCVelscore_850 {
 
+class Document;
 class ScoreModel;
 class VSException;
 struct OutputSection;
@@ -23,8 +24,8 @@ struct VerificationTable;
 /// refuses is a plain Failure, whose text tells the place.
 class DocumentFailure : public Failure {
 public:
-    DocumentFailure(const VSException& refusal, std::string file);
-    DocumentFailure(const Finding& fault, std::string file);
+    /// `found` is what adapter and audit had told before the refusal.
+    DocumentFailure(const VSException& refusal, std::string file, Findings found = {});
     ~DocumentFailure() override;
 
     const std::string& File() const { return file_; }
@@ -33,12 +34,19 @@ public:
     unsigned long Column() const { return column_; }
     /// The element's path from the root; empty when unknown.
     const std::string& ElementPath() const { return path_; }
+    /// What adapter and audit told of the document, by place.
+    const Findings& Found() const { return found_; }
+
+protected:
+    /// The first fault of `found` is what is told first.
+    DocumentFailure(std::string file, const Finding& fault, Findings found);
 
 private:
     std::string file_;
     unsigned long line_ = 0;
     unsigned long column_ = 0;
     std::string path_;
+    Findings found_;
 };
 
 /// A document that the audit refused: the first fault's place and text, and all that was found.
@@ -47,11 +55,6 @@ public:
     /// `findings` are sorted and hold a fault.
     DocumentFaults(Findings findings, std::string file);
     ~DocumentFaults() override;
-
-    const Findings& All() const { return findings_; }
-
-private:
-    Findings findings_;
 };
 
 /// What a model does with a predictor value that is missing or not valid.
@@ -76,19 +79,23 @@ struct LoadOptions {
     bool verification = false;
     /// Keeps the digest of the document's bytes.
     bool digest = false;
+    /// Unless null, becomes the document in UTF-8, also where it is refused later on.
+    std::string* text = nullptr;
 };
 
 /// A model, read from its document by the plug-in.
 ///
-/// Errors  Failure of kind Document, a DocumentFaults when the audit refuses, another
-/// DocumentFailure
-///         when the reader does.
+/// Errors  Failure of kind Document: a DocumentFaults when the audit refuses, another
+///         DocumentFailure when the reader does.
 /// Owner   keeps the plug-in open; results made by the model must be gone before it is.
 /// Threads one thread at a time.
 class LoadedModel {
 public:
     /// `path` "-" is standard input.
     LoadedModel(const std::string& path, std::shared_ptr<const Plugin> plugin,
+                const LoadOptions& options = {});
+    /// Of a document at hand, which is adapted; without digest and text.
+    LoadedModel(Document& document, std::shared_ptr<const Plugin> plugin,
                 const LoadOptions& options = {});
     LoadedModel(const LoadedModel&) = delete;
     LoadedModel& operator=(const LoadedModel&) = delete;
@@ -98,8 +105,9 @@ public:
     const std::string& File() const { return file_; }
     /// What the adapter and the audit found, by place; no faults but allowed ones, as notices.
     const Findings& DocumentFindings() const { return findings_; }
-    /// What was adapted, a line each.
-    std::vector<std::string> Adaptations() const;
+    /// What was adapted, and what else was noticed, a line each.
+    std::vector<std::string> Adaptations() const { return Lines(Answer::Adapted); }
+    std::vector<std::string> Notices() const { return Lines(Answer::Notice); }
     ScoreModel& Model() { return *model_; }
     const ScoreModel& Model() const { return *model_; }
     /// Until this is called the model's own policy stands: reading a document may have set one.
@@ -135,6 +143,8 @@ public:
     void Display(std::ostream& out) const;
 
 private:
+    void Read(Document& document, const LoadOptions& options);
+    std::vector<std::string> Lines(Answer answer) const;
     void Describe();
 
     std::shared_ptr<const Plugin> plugin_;  // first: its code outlives the model

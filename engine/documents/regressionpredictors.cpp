@@ -6,7 +6,6 @@
 #include <fmt/format.h>
 
 #include "engine/documents/treefields.h"
-#include "engine/documents/treewriting.h"
 #include "host/documents/documentplace.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/messages/messages.h"
@@ -28,7 +27,7 @@ bool IsWholePower(double exponent) { return exponent >= 1.0 && std::trunc(expone
 
 Element Add(Element parent, const std::string& tag, Element source)
 {
-    const Element added(AddElement(parent.Dom(), tag));
+    const Element added = parent.Append(tag);
     CopyPlace(source.Dom(), added.Dom());
     return added;
 }
@@ -45,7 +44,7 @@ std::string CategoryKeyOf(Element field, const std::string& text)
     if (field.Text(kDataType) == kBoolean) {
         if (const auto truth = TruthOf(text)) return *truth ? kTrue : kFalse;
     }
-    return CategoryKey(field.Dom(), text);
+    return CategoryKey(field, text);
 }
 
 // The category as the field lists it; nothing where it doesn't.
@@ -73,11 +72,10 @@ RegressionPredictors::RegressionPredictors(Element root, Element model,
 
 void RegressionPredictors::ReadFields(Element root)
 {
-    for (auto* dom : DataFields(root.Dom())) {
-        const Element element(dom);
+    for (const Element element : DataFields(root)) {
         Field field{element, false, element.Text(kDataType)};
-        for (auto* value : ValidValues(dom)) {
-            const std::string category = Element(value).Text(Tags::XML_ATT_VALUE);
+        for (const Element value : ValidValues(element)) {
+            const std::string category = value.Text(Tags::XML_ATT_VALUE);
             field.categories.emplace(CategoryKeyOf(element, category), category);
         }
         fields_.emplace(element.Text(Tags::XML_ATT_NAME), std::move(field));

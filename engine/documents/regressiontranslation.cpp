@@ -13,12 +13,12 @@
 #include <fmt/format.h>
 #include <xercesc/dom/DOM.hpp>
 
+#include "engine/documents/modelelement.h"
 #include "engine/documents/modelreading.h"
+#include "engine/documents/names.h"
 #include "engine/documents/regressionpredictors.h"
 #include "engine/documents/regressiontables.h"
 #include "engine/documents/treefields.h"
-#include "engine/documents/treetext.h"
-#include "engine/documents/treewriting.h"
 #include "host/documents/documentplace.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/messages/messages.h"
@@ -30,7 +30,6 @@ namespace MCVelscore_850 {
 namespace {
 
 using Tags = PMMLModelTags;
-using xercesc::DOMElement;
 
 const std::string kRegressionModel = "RegressionModel";
 const std::string kNormalizationMethod = "normalizationMethod";
@@ -41,6 +40,8 @@ const std::string kInvalidValueTreatment = "invalidValueTreatment";
 const std::string kOrdinal = "ordinal";
 const std::string kCategorical = "categorical";
 const std::string kDataType = "dataType";
+
+constexpr size_t kMostCells = 100'000;  // betas of 0 among them
 
 constexpr std::string_view kNormalizations[] = {
     "none", "simplemax", "softmax", "logit", "probit", "cloglog", "exp", "loglog", "cauchit"};
@@ -157,7 +158,7 @@ bool IsByCategory(const Form& form)
 
 Element Add(Element parent, const std::string& tag, Element source)
 {
-    const Element added(AddElement(parent.Dom(), tag));
+    const Element added = parent.Append(tag);
     CopyPlace(source.Dom(), added.Dom());
     return added;
 }
@@ -177,7 +178,7 @@ struct Beta {
 
 class Translation {
 public:
-    Translation(DOMElement* root, DOMElement* model) : root_(root), old_(model) {}
+    Translation(Element root, Element model) : root_(root), old_(model) {}
 
     Change Translate();
 
@@ -206,8 +207,9 @@ private:
                        std::map<std::string, size_t>& repeats);
     void WriteLists(const RegressionPredictors& predictors);
     void WriteBetas();
-    void WriteBeta(const Parameter& parameter, const std::string& beta, Element source,
-                   const std::string& category);
+    void WriteSlopes(size_t table, const std::string& category);
+    Element WriteBeta(const Parameter& parameter, const std::string& beta, Element source,
+                      const std::string& category);
     void UseSelectors();
 
     std::string TargetText(const std::string& category) const;
@@ -233,7 +235,7 @@ private:
 
 Change Translation::Translate()
 {
-    Change change{PlaceOf(old_.Dom()), {}};
+    Change change{old_.Place(), {}};
     const std::string normalization = Normalization();
     tables_ = ReadRegressionTables(old_);
     FindTarget();
@@ -261,10 +263,13 @@ Change Translation::Translate()
     old_.Erase();
 
     change.family = form_->family;
+    const auto repeated = DropRepeatedMiningFields(root_);  // its rule has gone before
+
     change.text = fmt::format(
         "RegressionModel with normalizationMethod \"{}\" is read as a "
         "GeneralRegressionModel, modelType \"{}\"",
         normalization, form_->way.modelType);
+    if (repeated) change.text += "; " + repeated->text;
     if (!uncounted_.empty()) {
         change.text += fmt::format(
             "; the RegressionTable of {} doesn't count: the category has what "
@@ -316,8 +321,8 @@ void Translation::FindTarget()
     } else if (!named.empty() && named != targetName_) {
         RefuseAt(old_.Dom(), kTargetFieldsDiffer, named.c_str(), targetName_.c_str());
     }
-    for (auto* field : DataFields(root_.Dom())) {
-        if (AttributeText(field, Tags::XML_ATT_NAME) == targetName_) target_ = Element(field);
+    for (const Element field : DataFields(root_)) {
+        if (field.Text(Tags::XML_ATT_NAME) == targetName_) target_ = field;
     }
     if (!target_) {
         RefuseAt(targetMining_.Dom(), kUnknownTermField, targetName_.c_str(),
@@ -350,8 +355,8 @@ void Translation::SettleCategories()
         target_.SetText(Tags::XML_ATT_DATAFIELD_OPTYPE, kCategorical);
     }
     ListCategories();
-    for (const auto* value : ValidValues(target_.Dom())) {
-        categories_.push_back(AttributeText(value, Tags::XML_ATT_VALUE));
+    for (const Element value : ValidValues(target_)) {
+        categories_.push_back(value.Text(Tags::XML_ATT_VALUE));
     }
     if (categories_.size() < 2) {
         const std::string only = "beside " + Listed(categories_);
@@ -362,7 +367,7 @@ void Translation::SettleCategories()
 // A target that lists no categories has those of the tables, in their order.
 void Translation::ListCategories()
 {
-    if (!ValidValues(target_.Dom()).empty()) return;
+    if (!ValidValues(target_).empty()) return;
     std::set<std::string> keys;
     for (const RegressionTable& table : tables_) {
         if (!keys.insert(CategoryKeyOf(target_, table.category)).second) continue;
@@ -514,9 +519,9 @@ void Translation::DropRepeatedDerivedFields()
 void Translation::RefuseInvalidValues()
 {
     std::set<std::string> closed;
-    for (auto* dom : DataFields(root_.Dom())) {
-        if (!ValidValues(dom).empty() || Element(dom).Child("Interval")) {
-            closed.insert(AttributeText(dom, Tags::XML_ATT_NAME));
+    for (const Element field : DataFields(root_)) {
+        if (!ValidValues(field).empty() || field.Child("Interval")) {
+            closed.insert(field.Text(Tags::XML_ATT_NAME));
         }
     }
     for (const Element field :
@@ -530,7 +535,7 @@ void Translation::RefuseInvalidValues()
 void Translation::ReplaceElement()
 {
     model_ = Add(root_, Tags::XML_ELE_REGRESSMODEL, old_);
-    root_.Dom()->insertBefore(model_.Dom(), old_.Dom());
+    root_.Insert(model_, old_);
     for (const std::string& kept : {Tags::XML_ATT_RM_MODEL_NAME, Tags::XML_ATT_RM_IS_SCORABLE}) {
         if (old_.Has(kept)) model_.SetText(kept, old_.Text(kept));
     }
@@ -569,10 +574,9 @@ void Translation::AddOption(const std::string& name, std::string_view value)
 // Before the version of selectors the family can't be asked for, and dataType may be left out.
 void Translation::UseSelectors()
 {
-    if (VersionOf(root_.Dom()) >= kSelectorVersion) return;
+    if (VersionOf(root_) >= kSelectorVersion) return;
     root_.SetText(Tags::XML_ATT_VERSION, fmt::format("{}", kSelectorVersion));
-    for (auto* dom : DataFields(root_.Dom())) {
-        const Element field(dom);
+    for (const Element field : DataFields(root_)) {
         if (field.Has(kDataType)) continue;
         const bool isNumber =
             field.Text(Tags::XML_ATT_DATAFIELD_OPTYPE) == Tags::XML_VAL_OT_CONTINUOUS;
@@ -589,7 +593,7 @@ void Translation::MoveChildren(bool verification)
         if (child.Is("RegressionTable") || child.Is(Tags::XML_ELE_EXTENSION)) continue;
         if (child.Is("ModelVerification") == verification) children.push_back(child);
     }
-    for (const Element child : children) model_.Dom()->appendChild(child.Dom());
+    for (const Element child : children) model_.Insert(child, {});
 }
 
 void Translation::PlanParameters(RegressionPredictors& predictors)
@@ -668,17 +672,34 @@ void Translation::WriteBetas()
     for (const RegressionTable& table : tables_) {
         WriteBeta(parameters_.front(), table.intercept, table.element, table.category);
     }
-    const bool shared = form_->counts == Counts::SharedSlopes;  // one beta serves all categories
-    for (size_t i = 0; i < (shared ? 1 : tables_.size()); ++i) {
-        for (const Beta& beta : betas_[i]) {
-            WriteBeta(parameters_[beta.parameter], beta.term->coefficient, beta.term->element,
-                      shared ? "" : tables_[i].category);
-        }
+    if (form_->counts == Counts::SharedSlopes) {
+        WriteSlopes(0, "");  // one beta serves all categories
+        return;
+    }
+    for (size_t i = 0; i < tables_.size(); ++i) WriteSlopes(i, tables_[i].category);
+}
+
+void Translation::WriteSlopes(size_t table, const std::string& category)
+{
+    std::vector<bool> isWritten(parameters_.size(), false);
+    isWritten.front() = true;
+    for (const Beta& beta : betas_[table]) {
+        WriteBeta(parameters_[beta.parameter], beta.term->coefficient, beta.term->element,
+                  category);
+        isWritten[beta.parameter] = true;
+    }
+    // Terms of other tables have no part here, which is said as long as it doesn't take more than
+    // the tables themselves.
+    if (parameters_.size() > kMostCells / tables_.size()) return;
+    for (size_t p = 0; p < parameters_.size(); ++p) {
+        if (isWritten[p]) continue;
+        WriteBeta(parameters_[p], "0", tables_[table].element, category)
+            .SetText(Tags::XML_ATT_PC_DF, "0");
     }
 }
 
-void Translation::WriteBeta(const Parameter& parameter, const std::string& beta, Element source,
-                            const std::string& category)
+Element Translation::WriteBeta(const Parameter& parameter, const std::string& beta, Element source,
+                               const std::string& category)
 {
     const Element cell = Add(matrix_, Tags::XML_ELE_PCELL, source);
     if (form_->shape != Shape::Number && !category.empty()) {
@@ -686,6 +707,7 @@ void Translation::WriteBeta(const Parameter& parameter, const std::string& beta,
     }
     cell.SetText(Tags::XML_ATT_PC_PARAMNAME, parameter.name);
     cell.SetText(Tags::XML_ATT_PC_BETA, beta);
+    return cell;
 }
 
 // The reader compares numbers in their own spelling.
@@ -697,18 +719,12 @@ std::string Translation::TargetText(const std::string& category) const
 
 }  // namespace
 
-DOMElement* RegressionModelElement(const DOMElement* root)
+std::optional<Change> TranslateRegressionModel(Element root)
 {
-    if (ModelElement(root) != nullptr) return nullptr;
-    return ChildElement(root, kRegressionModel);
-}
-
-std::optional<Change> TranslateRegressionModel(DOMElement* root)
-{
-    DOMElement* model = RegressionModelElement(root);
-    if (model == nullptr) return std::nullopt;
-    for (const Element child : Element(root).Children()) {
-        if (child == Element(model) || !IsOtherModel(child.Tag())) continue;
+    const Element model = root.Child(kRegressionModel);
+    if (!model || ModelElement(root)) return std::nullopt;
+    for (const Element child : root.Children()) {
+        if (child == model || !IsOtherModel(child.Tag())) continue;
         RefuseAt(child.Dom(), kModelBeside, child.Tag().c_str());
     }
     return Translation(root, model).Translate();

@@ -19,10 +19,7 @@ namespace MCVelscore_850 {
 /// as the standard has it where nothing is said.
 ///
 /// Errors  VSException with the place: kUnknownNormalization to kTargetFieldsDiffer, kAbsent.
-std::optional<Change> TranslateRegressionModel(xercesc::DOMElement* root);
-
-/// The RegressionModel that a document's only model is; null where there is another one.
-xercesc::DOMElement* RegressionModelElement(const xercesc::DOMElement* root);
+std::optional<Change> TranslateRegressionModel(Element root);
 
 }  // namespace MCVelscore_850
 

@@ -19,10 +19,11 @@ struct Audited {
     explicit Audited(const std::string& text, std::vector<std::string> allowed = {})
     {
         Document document = LoadDocumentText(text, "m.pmml");
-        for (const Adaptation& adaptation : AdaptDocument(document)) {
-            findings.AddAdapted(*adaptation.rule, adaptation.place, adaptation.change);
-        }
-        DocumentAudit(document, allowed, findings).LookAtTree();
+        DocumentAudit audit(document, allowed, findings);
+        Note(AdaptNames(document));
+        audit.LookAtNames();
+        Note(AdaptDocument(document));
+        audit.LookAtTree();
         findings.Sort();
     }
 
@@ -42,6 +43,12 @@ struct Audited {
     Findings findings;
 
 private:
+    void Note(const std::vector<Adaptation>& adaptations)
+    {
+        for (const Adaptation& adaptation : adaptations) {
+            findings.AddAdapted(*adaptation.rule, adaptation.place, adaptation.change);
+        }
+    }
     std::string Joined(std::optional<Answer> answer) const
     {
         std::string names;

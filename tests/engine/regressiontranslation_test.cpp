@@ -97,8 +97,7 @@ TEST(RegressionTranslation, ATableOfANumberBecomesAGeneralLinearModel)
 TEST(RegressionTranslation, TheNewElementsHaveThePlacesOfThoseTheyStandFor)
 {
     Adapted adapted{RegressionParts{}.Text()};
-    const Element model = Element(adapted.document.GetTree().dom->getDocumentElement())
-                              .Child("GeneralRegressionModel");
+    const Element model = adapted.document.Root().Child("GeneralRegressionModel");
     EXPECT_EQ(model.Place().line, 2U);
     EXPECT_EQ(model.Place().path, "PMML/GeneralRegressionModel");
     EXPECT_EQ(model.Child("PPMatrix").Child("PPCell").Place().line, 4U);

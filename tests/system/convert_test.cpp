@@ -171,6 +171,8 @@ std::vector<Form> Forms()
     withoutConstant.parameters = "<parameter name='bx'/><parameter name='bw'/>";
     withoutConstant.covariances =
         "<pcov-cell p-row='bx' p-col='bw' value='0.3'/>"
+        "<pcov-cell p-row='bx' p-col='bx' value='0.5'/>"
+        "<pcov-cell p-row='bw' p-col='bw' value='0.25'/>"
         "<pcov-cell p-row='(Constant)' p-col='bw' value='7'/>";
     const char* const numbers =
         "x,w\n0.1,3\n-5,1\n-4.99,1\n4,1\n6.999,0\n7,0\n7.5,0\n8,0\n8.01,-2e3\n,1\n1,NA\n";
@@ -265,7 +267,8 @@ std::vector<Form> Forms()
          WithCells(WithVariable(MultinomialParts(), "f",
                                 OldVariable("f", "NUMERIC", "NOMINAL", missing9)),
                    "<pp-cell parameter-name='pf' predictor-name='f' value='2.0'/>"
-                   "<pp-cell parameter-name='px' predictor-name='x' value='1'/>"),
+                   "<pp-cell parameter-name='px' predictor-name='x' value='1'/>"
+                   "<pp-cell parameter-name='pfx' predictor-name='x' value='0.5'/>"),
          "f,x\n2,1\n3,1\n9,1\n-1.5,4\n",
          {"0", "0", "90029", "0"}},
         {"MultinomialWithACovariateThatIsNominalAndHasMissingValues",

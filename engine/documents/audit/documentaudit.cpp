@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "engine/documents/documenttree.h"
+
 namespace MCVelscore_850 {
 
 namespace {
@@ -35,12 +37,22 @@ DocumentAudit::DocumentAudit(const Document& document, std::span<const std::stri
     : document_(document), allowed_(allowed.begin(), allowed.end()), findings_(findings)
 {}
 
+void DocumentAudit::LookAtNames()
+{
+    sawNames_ = true;
+    LookAtVocabulary(Element(document_.GetTree().dom->getDocumentElement()),
+                     [this](const Rule& rule, const Detail& detail) {
+                         findings_.Add(rule, AnswerOf(rule), detail);
+                     });
+}
+
 void DocumentAudit::LookAtTree()
 {
+    if (!sawNames_) LookAtNames();
     facts_ = GatherFacts(document_);
     for (const AuditRule* rule : AllAuditRules()) {
         if (rule->tree == nullptr) continue;
-        RuleReport report(rule->rule, AnswerOf(rule->rule), findings_);
+        RuleReport report(rule->rule, AnswerOf(rule->rule, rule->noticeInOlderForm), findings_);
         rule->tree(facts_, report);
     }
 }
@@ -49,15 +61,16 @@ void DocumentAudit::LookAtModel(const ModelDescription& model)
 {
     for (const AuditRule* rule : AllAuditRules()) {
         if (rule->model == nullptr) continue;
-        RuleReport report(rule->rule, AnswerOf(rule->rule), findings_);
+        RuleReport report(rule->rule, AnswerOf(rule->rule, rule->noticeInOlderForm), findings_);
         rule->model(facts_, model, report);
     }
 }
 
-Answer DocumentAudit::AnswerOf(const Rule& rule) const
+Answer DocumentAudit::AnswerOf(const Rule& rule, bool isNoticeInOlderForm) const
 {
     const bool isAllowed = std::find(allowed_.begin(), allowed_.end(), rule.name) != allowed_.end();
-    return isAllowed && rule.answer == Answer::Fault ? Answer::Notice : rule.answer;
+    const bool isPassedOver = isAllowed || (isNoticeInOlderForm && facts_.older);
+    return isPassedOver && rule.answer == Answer::Fault ? Answer::Notice : rule.answer;
 }
 
 }  // namespace MCVelscore_850

@@ -34,6 +34,16 @@ std::string Filled(std::string_view pattern, const Finding& finding, const std::
 
 }  // namespace
 
+std::string_view WordOf(Answer answer)
+{
+    switch (answer) {
+        case Answer::Fault: return "fault";
+        case Answer::Notice: return "notice";
+        case Answer::Adapted: return "adapted";
+    }
+    return {};
+}
+
 std::string Finding::ToString() const
 {
     const std::string head = fmt::format("{} [{}]", text, rule->name);
@@ -43,6 +53,9 @@ std::string Finding::ToString() const
 
 void Findings::Add(const Rule& rule, Answer answer, const Detail& detail)
 {
+    if (mends_ != nullptr && detail.mend.action != Mend::Action::None) {
+        mends_->push_back({&rule, detail.element, detail.attribute, detail.mend});
+    }
     Count& count = counts_.emplace(rule.name, Count{&rule, answer}).first->second;
     if (++count.number > kKeptOfRule) return;
     Finding finding;
@@ -93,6 +106,16 @@ size_t Findings::CountOf(Answer answer) const
         if (count.answer == answer) number += count.number;
     }
     return number;
+}
+
+std::vector<Findings::Unkept> Findings::NotKept() const
+{
+    std::vector<Unkept> unkept;
+    for (const auto& [name, count] : counts_) {
+        if (count.number <= kKeptOfRule) continue;
+        unkept.push_back({count.rule, count.answer, count.number - kKeptOfRule});
+    }
+    return unkept;
 }
 
 size_t Findings::StrictCount() const

@@ -18,6 +18,9 @@ enum class Answer {
     Adapted  ///< read in another way than it is written; the numbers are what the document means
 };
 
+/// "fault", "notice" or "adapted", as it is told.
+std::string_view WordOf(Answer answer);
+
 /// What is known of a rule apart from how it looks: a row of the tables of rules.
 struct Rule {
     std::string_view name;  ///< in lower case with hyphens, as in "unknown-parameter"
@@ -32,6 +35,20 @@ struct Rule {
     std::string_view remedy;
 };
 
+/// A change to the tree that puts a finding right without a guess: the name or the text was told by
+/// the document itself, or can be but one.
+struct Mend {
+    enum class Action {
+        None,             ///< nobody can tell what is meant
+        RenameAttribute,  ///< the detail's attribute is called `text`
+        RenameElement,    ///< the element is called `text`
+        SetAttribute,     ///< the detail's attribute has the text `text`
+        EraseElement      ///< the element goes, with all within
+    };
+    Action action = Action::None;
+    std::string text{};
+};
+
 /// What a check tells of one place. All but the element may be empty.
 struct Detail {
     Element element;
@@ -40,6 +57,15 @@ struct Detail {
     std::string expected{};
     std::string nearWord{};
     std::string what{};
+    Mend mend{};
+};
+
+/// A finding that can be put right, while its tree is there.
+struct OpenMend {
+    const Rule* rule = nullptr;
+    Element element;
+    std::string attribute;
+    Mend mend;
 };
 
 struct Finding {
@@ -80,6 +106,16 @@ public:
     size_t CountOf(Answer answer) const;
     /// Notices and adaptations that count where strictness is asked for.
     size_t StrictCount() const;
+    /// How many findings of a rule weren't kept, for each rule of which there are such.
+    struct Unkept {
+        const Rule* rule;
+        Answer answer;
+        size_t number;
+    };
+    std::vector<Unkept> NotKept() const;
+
+    /// Has what can be put right written to `mends` from now on, all of it; null for no more.
+    void CollectMends(std::vector<OpenMend>* mends) { mends_ = mends; }
 
 private:
     struct Count {
@@ -89,6 +125,7 @@ private:
     };
     std::vector<Finding> kept_;
     std::map<std::string_view, Count> counts_;
+    std::vector<OpenMend>* mends_ = nullptr;
 };
 
 /// Where a check tells what it found: under its own rule's name.

@@ -13,6 +13,10 @@ import json
 import pathlib
 import re
 
+# Codes of the reader's own refusals: a text that is no number, one that is no whole number.
+NO_NUMBER = 269001
+NOT_WHOLE = 269002
+
 DATA = pathlib.Path(__file__).resolve().parent.parent
 TAG = re.compile(r"<(/?)([A-Za-z_][\w.:-]*)((?:\s+[\w.:-]+\s*=\s*(?:\"[^\"]*\"|'[^']*'))*)\s*(/?)>")
 ATTRIBUTE = re.compile(r"\s+([\w.:-]+)\s*=\s*(?:\"([^\"]*)\"|'([^']*)')")
@@ -173,6 +177,11 @@ def fault(edits, rule, tag):
     return Fault(edits, "fault", rule, tag)
 
 
+def refused(edits, code, tag):
+    """One that the reader refuses with a code of its own."""
+    return Fault(edits, "fault", code, tag)
+
+
 def notice(edits, rule, tag):
     return Fault(edits, "notice", rule, tag)
 
@@ -248,13 +257,21 @@ MISSPELT_ATTRIBUTES = [
 ]
 
 
+def counts(document, tag):
+    """False for an interval of a field that takes invalid values as they are: it is passed over."""
+    if tag.name != "Interval" or tag.parent.name != "DataField":
+        return True
+    field = document.mining_field(tag.parent["name"])
+    return not field or field["invalidValueTreatment"] != "asIs"
+
+
 def misspelt_attributes():
     for element, attribute, spelling in MISSPELT_ATTRIBUTES:
 
         def make(document, element=element, attribute=attribute, spelling=spelling):
             if document.older:
                 return None
-            tag = middle([t for t in document.all(element) if attribute in t.attributes])
+            tag = middle([t for t in document.all(element) if attribute in t.attributes and counts(document, t)])
             return tag and fault(rename_attribute(tag, attribute, spelling), "misspelt-attribute", tag)
 
         yield f"attribute-{element}-{attribute}", 3, make
@@ -269,8 +286,7 @@ MISSPELT_ELEMENTS = [
     ("BaseCumHazardTables", "BaseCumHazardTable"), ("BaselineStratum", "BaselineStrata"), ("BaselineCell", "BaseLineCell"),
     ("LocalTransformations", "LocalTransformation"), ("TransformationDictionary", "TransformationDictonary"),
     ("DerivedField", "Derivedfield"), ("Categories", "categories"), ("Category", "Categroy"), ("Matrix", "matrix"),
-    ("Output", "output"), ("OutputField", "Outputfield"), ("EventValues", "EventValue"),
-]
+    ("Output", "output"), ("OutputField", "Outputfield"), ]
 
 
 def misspelt_elements():
@@ -303,7 +319,7 @@ def unknown_words():
         def make(document, element=element, attribute=attribute, word=word):
             if document.older:
                 return None
-            tag = middle([t for t in document.all(element) if t[attribute]])
+            tag = middle([t for t in document.all(element) if t[attribute] and counts(document, t)])
             if not tag:
                 return None
             wrong = word or tag[attribute][0].upper() + tag[attribute][1:]
@@ -323,14 +339,14 @@ def is_scorable_maybe(document):
 def trials_not_whole(document):
     if not document.is_generalized() or not document.model["trialsValue"]:
         return None
-    return fault(set_attribute(document.model, "trialsValue", "20.5"), "trials-out-of-range", document.model)
+    return refused(set_attribute(document.model, "trialsValue", "20.5"), NOT_WHOLE, document.model)
 
 
 @kind(3)
 def trials_below_one(document):
     if not document.is_generalized() or not document.model["trialsValue"]:
         return None
-    return fault(set_attribute(document.model, "trialsValue", "0"), "trials-out-of-range", document.model)
+    return fault(set_attribute(document.model, "trialsValue", "0"), "trials-below-one", document.model)
 
 
 @kind(8)
@@ -338,19 +354,19 @@ def beta_with_a_comma(document):
     tag = middle(document.all("PCell"))
     if not tag or "." not in tag["beta"]:
         return None
-    return fault(set_attribute(tag, "beta", tag["beta"].replace(".", ",")), "number-expected", tag)
+    return refused(set_attribute(tag, "beta", tag["beta"].replace(".", ",")), NO_NUMBER, tag)
 
 
 @kind(6)
 def covariance_that_is_no_number(document):
     tag = middle(document.all("PCovCell"))
-    return tag and fault(set_attribute(tag, "value", "n/a"), "number-expected", tag)
+    return tag and refused(set_attribute(tag, "value", "n/a"), NO_NUMBER, tag)
 
 
 @kind(3)
 def hazard_that_is_no_number(document):
     tag = middle(document.all("BaselineCell"))
-    return tag and fault(set_attribute(tag, "cumHazard", "high"), "number-expected", tag)
+    return tag and refused(set_attribute(tag, "cumHazard", "high"), NO_NUMBER, tag)
 
 
 # --- the vocabulary: what is unused or sound ---
@@ -364,7 +380,7 @@ def unknown_attribute(document):
 
 @kind(8)
 def unknown_element(document):
-    tag = middle(document.all("Predictor"))
+    tag = document.one("ParameterList")
     if not tag or document.older:
         return None
     edits = insert_after(document, tag, '<Nonsense of="mine"/>')
@@ -653,7 +669,7 @@ def offset_as_a_covariate(document):
 def link_left_out(document):
     if not document.is_generalized() or "linkFunction" not in document.model.attributes:
         return None
-    return fault(drop_attribute(document.model, "linkFunction"), "link-missing", document.model)
+    return fault(drop_attribute(document.model, "linkFunction"), "missing-link", document.model)
 
 
 @kind(6)
@@ -662,21 +678,21 @@ def link_of_a_linear_model(document):
         return None
     if document.model["modelName"] in ("Cox", "GZLM"):
         return None
-    return fault(set_attribute(document.model, "linkFunction", "log"), "link-without-place", document.model)
+    return fault(set_attribute(document.model, "linkFunction", "log"), "link-of-another-family", document.model)
 
 
 @kind(4)
 def link_of_a_cox_model(document):
     if not document.is_model("CoxRegression"):
         return None
-    return fault(set_attribute(document.model, "linkFunction", "logit"), "link-without-place", document.model)
+    return fault(set_attribute(document.model, "linkFunction", "logit"), "link-of-another-family", document.model)
 
 
 @kind(4)
 def distribution_of_a_linear_model(document):
     if not document.is_model("generalLinear", "regression") or document.model["modelName"] in ("Cox", "GZLM"):
         return None
-    return fault(set_attribute(document.model, "distribution", "poisson"), "distribution-without-place", document.model)
+    return fault(set_attribute(document.model, "distribution", "poisson"), "distribution-of-another-family", document.model)
 
 
 @kind(8)
@@ -685,14 +701,14 @@ def counts_with_a_logit(document):
         return None
     if document.model["distribution"] not in ("poisson", "gamma", "igauss", "negbin"):
         return None
-    return fault(set_attribute(document.model, "linkFunction", "logit"), "link-and-distribution", document.model)
+    return fault(set_attribute(document.model, "linkFunction", "logit"), "link-against-distribution", document.model)
 
 
 @kind(4)
 def negbin_link_of_another(document):
     if not document.is_generalized() or document.model["distribution"] != "poisson":
         return None
-    return fault(set_attribute(document.model, "linkFunction", "negbin"), "link-and-distribution", document.model)
+    return fault(set_attribute(document.model, "linkFunction", "negbin"), "link-against-distribution", document.model)
 
 
 @kind(8)
@@ -702,7 +718,7 @@ def thresholds_that_fall(document):
     cells = [t for t in document.all("PCell") if t["targetCategory"]]
     one, other = cells[0], cells[1]
     return fault(set_attribute(one, "beta", other["beta"]) + set_attribute(other, "beta", one["beta"]),
-                 "threshold-order", other)
+                 "falling-thresholds", other)
 
 
 @kind(8)
@@ -718,7 +734,7 @@ def reference_category_of_none(document):
     if document.older or not document.model["targetReferenceCategory"]:
         return None
     wrong = document.model["targetReferenceCategory"] + "_else"
-    return fault(set_attribute(document.model, "targetReferenceCategory", wrong), "unknown-category", document.model)
+    return fault(set_attribute(document.model, "targetReferenceCategory", wrong), "unknown-reference-category", document.model)
 
 
 @kind(6)
@@ -737,14 +753,14 @@ def beta_of_the_reference(document):
 def offset_given_twice(document):
     if document.older or not document.model["offsetVariable"]:
         return None
-    return fault(set_attribute(document.model, "offsetValue", "2"), "given-twice", document.model)
+    return fault(set_attribute(document.model, "offsetValue", "2"), "contradicting-options", document.model)
 
 
 @kind(4)
 def trials_given_twice(document):
     if document.older or not document.model["trialsVariable"]:
         return None
-    return fault(set_attribute(document.model, "trialsValue", "20"), "given-twice", document.model)
+    return fault(set_attribute(document.model, "trialsValue", "20"), "contradicting-options", document.model)
 
 
 @kind(4)
@@ -752,14 +768,14 @@ def offset_of_a_text(document):
     texts = [t["name"] for t in document.all("DataField") if t["dataType"] == "string" and t["name"] in document.factors()]
     if not document.is_generalized() or document.model["offsetVariable"] or not texts:
         return None
-    return fault(set_attribute(document.model, "offsetVariable", texts[0]), "offset-no-number", document.model)
+    return fault(set_attribute(document.model, "offsetVariable", texts[0]), "text-variable", document.model)
 
 
 @kind(6)
 def negative_degrees(document):
     if document.older or not document.model["modelDF"]:
         return None
-    return fault(set_attribute(document.model, "modelDF", "-3"), "negative-degrees", document.model)
+    return fault(set_attribute(document.model, "modelDF", "-3"), "negative-degrees-of-freedom", document.model)
 
 
 # --- Cox ---
@@ -790,7 +806,9 @@ def two_hazards_for_a_time(document):
     cells = baseline_cells(document)
     if not cells:
         return None
-    edits = insert_after(document, cells[2], f'<BaselineCell time="{cells[2]["time"]}" cumHazard="{cells[3]["cumHazard"]}"/>')
+    at = next(i for i in range(len(cells) - 1) if cells[i]["cumHazard"] != cells[i + 1]["cumHazard"])
+    text = f'<BaselineCell time="{cells[at]["time"]}" cumHazard="{cells[at + 1]["cumHazard"]}"/>'
+    edits = insert_after(document, cells[at], text)
     return fault(edits, "two-hazards", At(edits[0], "<Base"))
 
 
@@ -808,7 +826,7 @@ def strata_without_variable(document):
     if document.older or not document.model["baselineStrataVariable"]:
         return None
     return fault(drop_attribute(document.model, "baselineStrataVariable"), "strata-without-variable",
-                 document.one("BaselineStratum"))
+                 document.one("BaseCumHazardTables"))
 
 
 # --- fields ---
@@ -883,7 +901,7 @@ def interval_turned_round(document):
 OLDER_ATTRIBUTES = [("p-cell", "beta", "Beta"), ("p-cell", "parameter-name", "parametername"),
                     ("pp-cell", "value", "Value"), ("pp-cell", "predictor-name", "predictorname"),
                     ("variable", "storage-type", "storagetype"), ("regression-model", "model-df", "modeldf"),
-                    ("regression-model", "target-variable-name", "target-variable")]
+                    ("regression-model", "target-variable-name", "target-variable-nam")]
 
 
 def older_attributes():
@@ -987,7 +1005,7 @@ def main():
                 "answer": each.answer,
             }
             if each.rule:
-                row["rule"] = each.rule
+                row["rule" if isinstance(each.rule, str) else "code"] = each.rule
                 row["line"], row["column"] = place_of(text, moved(each.at))
             lines.append(json.dumps(row, ensure_ascii=False))
     (DATA / "faults" / "faults.jsonl").write_text("\n".join(lines) + "\n", encoding="utf-8")
