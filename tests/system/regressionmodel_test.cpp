@@ -54,7 +54,7 @@ TEST(RegressionModel, ItsOwnRecordsAgree)
 {
     const Finished run = RunVelscore({"verify", Model("sk-verified-toothgrowth")});
     EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_TRUE(Has(run.out, "5 records, 5 values compared, 0 differ")) << run.out;
+    EXPECT_TRUE(Has(run.err, "5 records, 5 values compared, 0 differ")) << run.err;
 }
 
 TEST(RegressionModel, ATranslationLeavesNoDoubtAndIsNoReasonForStrictnessToEnd)
@@ -85,7 +85,8 @@ TEST(RegressionModel, WithinAMiningModelIsRefusedByTheMiningModelsName)
         "<PMML version='4.4'><Header/>\n<MiningModel><Segmentation><Segment><RegressionModel/>"
         "</Segment></Segmentation></MiningModel></PMML>");
     EXPECT_EQ(run.exitCode, 2);
-    EXPECT_TRUE(Has(run.out, "standard input:2:1: the document holds a MiningModel;")) << run.out;
+    EXPECT_TRUE(Has(run.out, "standard input:2:1: fault: the document holds a MiningModel;"))
+        << run.out;
 }
 
 }  // namespace
