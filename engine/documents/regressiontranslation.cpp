@@ -78,76 +78,76 @@ const Way kNormalizedEquations{Tags::XML_VAL_MT_MLR, Tags::XML_VAL_MN_NORMALIZED
 
 struct Form {
     Shape shape;
+    Counts counts;
     std::string_view normalization;
     const Way& way;
     std::string_view link;  // empty where the family has none
-    Counts counts;
     const char* family;
 };
 
 // The first one that fits.
 const Form kForms[] = {
-    {Shape::Number, "none", kLinear, "", Counts::All, "linear regression"},
-    {Shape::Number, "exp", kGeneralized, "log", Counts::All, "generalized linear model"},
-    {Shape::Number, "softmax", kGeneralized, "logit", Counts::All, "generalized linear model"},
-    {Shape::Number, "logit", kGeneralized, "logit", Counts::All, "generalized linear model"},
-    {Shape::Number, "probit", kGeneralized, "probit", Counts::All, "generalized linear model"},
-    {Shape::Number, "cloglog", kGeneralized, "cloglog", Counts::All, "generalized linear model"},
-    {Shape::Number, "loglog", kGeneralized, "loglog", Counts::All, "generalized linear model"},
+    {Shape::Number, Counts::All, "none", kLinear, "", "linear regression"},
+    {Shape::Number, Counts::All, "exp", kGeneralized, "log", "generalized linear model"},
+    {Shape::Number, Counts::All, "softmax", kGeneralized, "logit", "generalized linear model"},
+    {Shape::Number, Counts::All, "logit", kGeneralized, "logit", "generalized linear model"},
+    {Shape::Number, Counts::All, "probit", kGeneralized, "probit", "generalized linear model"},
+    {Shape::Number, Counts::All, "cloglog", kGeneralized, "cloglog", "generalized linear model"},
+    {Shape::Number, Counts::All, "loglog", kGeneralized, "loglog", "generalized linear model"},
 
-    {Shape::TwoCategories, "none", kGeneralized, "identity", Counts::First, "binary regression"},
-    {Shape::TwoCategories, "simplemax", kNormalizedEquations, "", Counts::All, "binary regression"},
-    {Shape::TwoCategories, "softmax", kMultinomialLogistic, "", Counts::All,
+    {Shape::TwoCategories, Counts::First, "none", kGeneralized, "identity", "binary regression"},
+    {Shape::TwoCategories, Counts::All, "simplemax", kNormalizedEquations, "", "binary regression"},
+    {Shape::TwoCategories, Counts::All, "softmax", kMultinomialLogistic, "",
      "binary logistic regression"},
-    {Shape::TwoCategories, "logit", kMultinomialLogistic, "", Counts::First,
+    {Shape::TwoCategories, Counts::First, "logit", kMultinomialLogistic, "",
      "binary logistic regression"},
-    {Shape::TwoCategories, "probit", kGeneralized, "probit", Counts::First, "binary regression"},
-    {Shape::TwoCategories, "cloglog", kGeneralized, "cloglog", Counts::First, "binary regression"},
-    {Shape::TwoCategories, "loglog", kGeneralized, "loglog", Counts::First, "binary regression"},
-    {Shape::TwoCategories, "cauchit", kNormalizedEquations, "", Counts::First, "binary regression"},
+    {Shape::TwoCategories, Counts::First, "probit", kGeneralized, "probit", "binary regression"},
+    {Shape::TwoCategories, Counts::First, "cloglog", kGeneralized, "cloglog", "binary regression"},
+    {Shape::TwoCategories, Counts::First, "loglog", kGeneralized, "loglog", "binary regression"},
+    {Shape::TwoCategories, Counts::First, "cauchit", kNormalizedEquations, "", "binary regression"},
 
-    {Shape::Categories, "softmax", kMultinomialLogistic, "", Counts::All,
+    {Shape::Categories, Counts::All, "softmax", kMultinomialLogistic, "",
      "multinomial logistic regression"},
-    {Shape::Categories, "simplemax", kNormalizedEquations, "", Counts::All,
+    {Shape::Categories, Counts::All, "simplemax", kNormalizedEquations, "",
      "multinomial regression"},
-    {Shape::Categories, "none", kNormalizedEquations, "", Counts::AllButOne,
+    {Shape::Categories, Counts::AllButOne, "none", kNormalizedEquations, "",
      "multinomial regression"},
-    {Shape::Categories, "logit", kNormalizedEquations, "", Counts::AllButOne,
+    {Shape::Categories, Counts::AllButOne, "logit", kNormalizedEquations, "",
      "multinomial regression"},
-    {Shape::Categories, "probit", kNormalizedEquations, "", Counts::AllButOne,
+    {Shape::Categories, Counts::AllButOne, "probit", kNormalizedEquations, "",
      "multinomial regression"},
-    {Shape::Categories, "cloglog", kNormalizedEquations, "", Counts::AllButOne,
+    {Shape::Categories, Counts::AllButOne, "cloglog", kNormalizedEquations, "",
      "multinomial regression"},
-    {Shape::Categories, "loglog", kNormalizedEquations, "", Counts::AllButOne,
+    {Shape::Categories, Counts::AllButOne, "loglog", kNormalizedEquations, "",
      "multinomial regression"},
-    {Shape::Categories, "cauchit", kNormalizedEquations, "", Counts::AllButOne,
+    {Shape::Categories, Counts::AllButOne, "cauchit", kNormalizedEquations, "",
      "multinomial regression"},
 
-    {Shape::OrderedCategories, "softmax", kMultinomialLogistic, "", Counts::All,
+    {Shape::OrderedCategories, Counts::All, "softmax", kMultinomialLogistic, "",
      "multinomial logistic regression"},
-    {Shape::OrderedCategories, "simplemax", kNormalizedEquations, "", Counts::All,
+    {Shape::OrderedCategories, Counts::All, "simplemax", kNormalizedEquations, "",
      "multinomial regression"},
-    {Shape::OrderedCategories, "logit", kOrdinalLogistic, "logit", Counts::SharedSlopes,
+    {Shape::OrderedCategories, Counts::SharedSlopes, "logit", kOrdinalLogistic, "logit",
      "ordinal regression"},
-    {Shape::OrderedCategories, "probit", kOrdinalLogistic, "probit", Counts::SharedSlopes,
+    {Shape::OrderedCategories, Counts::SharedSlopes, "probit", kOrdinalLogistic, "probit",
      "ordinal regression"},
-    {Shape::OrderedCategories, "cloglog", kOrdinalLogistic, "cloglog", Counts::SharedSlopes,
+    {Shape::OrderedCategories, Counts::SharedSlopes, "cloglog", kOrdinalLogistic, "cloglog",
      "ordinal regression"},
-    {Shape::OrderedCategories, "loglog", kOrdinalLogistic, "loglog", Counts::SharedSlopes,
+    {Shape::OrderedCategories, Counts::SharedSlopes, "loglog", kOrdinalLogistic, "loglog",
      "ordinal regression"},
-    {Shape::OrderedCategories, "cauchit", kOrdinalLogistic, "cauchit", Counts::SharedSlopes,
+    {Shape::OrderedCategories, Counts::SharedSlopes, "cauchit", kOrdinalLogistic, "cauchit",
      "ordinal regression"},
-    {Shape::OrderedCategories, "none", kNormalizedEquations, "", Counts::AllButHighest,
+    {Shape::OrderedCategories, Counts::AllButHighest, "none", kNormalizedEquations, "",
      "ordinal regression"},
-    {Shape::OrderedCategories, "logit", kNormalizedEquations, "", Counts::AllButHighest,
+    {Shape::OrderedCategories, Counts::AllButHighest, "logit", kNormalizedEquations, "",
      "ordinal regression"},
-    {Shape::OrderedCategories, "probit", kNormalizedEquations, "", Counts::AllButHighest,
+    {Shape::OrderedCategories, Counts::AllButHighest, "probit", kNormalizedEquations, "",
      "ordinal regression"},
-    {Shape::OrderedCategories, "cloglog", kNormalizedEquations, "", Counts::AllButHighest,
+    {Shape::OrderedCategories, Counts::AllButHighest, "cloglog", kNormalizedEquations, "",
      "ordinal regression"},
-    {Shape::OrderedCategories, "loglog", kNormalizedEquations, "", Counts::AllButHighest,
+    {Shape::OrderedCategories, Counts::AllButHighest, "loglog", kNormalizedEquations, "",
      "ordinal regression"},
-    {Shape::OrderedCategories, "cauchit", kNormalizedEquations, "", Counts::AllButHighest,
+    {Shape::OrderedCategories, Counts::AllButHighest, "cauchit", kNormalizedEquations, "",
      "ordinal regression"},
 };
 
@@ -616,6 +616,7 @@ size_t Translation::ParameterOf(const std::vector<RegressionPredictors::Cell>& c
                                 Element element, std::map<std::string, size_t>& repeats)
 {
     std::vector<std::string> factors;
+    factors.reserve(cells.size());
     for (const auto& cell : cells) factors.push_back(cell.predictor + "\n" + cell.value);
     std::sort(factors.begin(), factors.end());
     std::string key = fmt::format("{}", fmt::join(factors, "\n"));
