@@ -317,8 +317,9 @@ void DefineVerify(CLI::App* command, VerifyArguments& verify)
 void DefineConvert(CLI::App* command, ConvertArguments& convert)
 {
     command
-        ->add_option("MODEL", convert.model,
-                     "The model document, in the older form; - is standard input")
+        ->add_option(
+            "MODEL", convert.model,
+            "The model document, in the older form or a RegressionModel; - is standard input")
         ->required();
     AddText(command, "-o,--out", convert.output,
             "Where the PMML document goes; - or nothing is standard output", "FILE");
@@ -420,7 +421,7 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
     CLI::App* verifyCommand =
         app.add_subcommand("verify", "Score the records that a document carries, and compare");
     CLI::App* convertCommand =
-        app.add_subcommand("convert", "Write a document of the older form as PMML");
+        app.add_subcommand("convert", "Write a document as a GeneralRegressionModel");
     CLI::App* helpCommand = app.add_subcommand("help", "Explain a code or a rule");
     DefineScore(scoreCommand, score);
     DefineCurve(curveCommand, curve);

@@ -4,8 +4,8 @@
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/outputguard.h"
+#include "engine/documents/documentconverter.h"
 #include "engine/documents/documentloader.h"
-#include "engine/documents/legacyconverter.h"
 #include "engine/documents/loadedmodel.h"
 #include "engine/tables/outputfile.h"
 
@@ -17,7 +17,7 @@ int RunConvert(const ConvertArguments& arguments, Console& console)
     const LoadOptions options = LoadOptionsOf(arguments.document);
     const auto plugin = std::make_shared<const Plugin>(arguments.document.plugin);
     Document document = LoadDocument(arguments.model);
-    const PublishedForm published = ConvertLegacyDocument(document, *plugin);
+    const PublishedForm published = ConvertDocument(document, *plugin);
     // Neither the document nor what becomes of it may have a fault.
     LoadedModel(document, plugin, options);
     Document converted =

@@ -10,6 +10,7 @@
 #include "models/gzlrmodel.h"
 #include "models/lrmodel.h"
 #include "models/mlrmodel.h"
+#include "models/normalizedmodel.h"
 #include "models/ogzlrmodel.h"
 #include "models/ormodel.h"
 #include "readers/codes.h"
@@ -63,6 +64,7 @@ struct ClassRow {
 constexpr ClassRow kClasses[] = {
     {kMultinomial, Make<MLRModel>},
     {kMultinomialGeneralized, Make<MLRModel>},
+    {kNormalized, Make<NormalizedModel>},
     {kGeneralLinear, Make<GLRModel>},
     {kLinear, Make<LRModel>},
     {kConditional, Make<CLRModel>},

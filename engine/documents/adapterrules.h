@@ -17,6 +17,8 @@ struct Change {
     bool rotatedTarget = false;
     /// Fields that got the categories of their cells as their list.
     std::vector<std::string> listedByCells{};
+    /// The family of a RegressionModel, in the field's words.
+    std::string family{};
 };
 
 /// A rule looks at a PMML document from its root and changes it where it applies; nothing is

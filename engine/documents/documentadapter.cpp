@@ -6,6 +6,7 @@
 #include "engine/documents/adapterrules.h"
 #include "engine/documents/documentloader.h"
 #include "engine/documents/modelelement.h"
+#include "engine/documents/regressiontranslation.h"
 
 namespace MCVelscore_850 {
 
@@ -31,12 +32,14 @@ constexpr Rule Row(std::string_view name, bool doubt, Answer answer = Answer::Ad
 constexpr size_t kRulesOfNames = 4;
 
 // In this order: names first, since the others look for plain ones; then the version, which
-// decides what a selector means; then the fields, whose measure the later rules read.
+// decides what a selector means; then another kind of model, which the later rules read in the
+// general form; then the fields, whose measure the later rules read.
 constexpr RuleRow kRules[] = {
     {Row("namespace-prefix", kNoDoubt), DropNamespacePrefix},
     {Row("version-from-namespace", kNoDoubt), TakeVersionFromNamespace},
     {Row("short-version", kNoDoubt), ShortenVersion},
     {Row("repeated-mining-field", kNoDoubt), DropRepeatedMiningFields},
+    {Row("regression-model", kNoDoubt), TranslateRegressionModel},
     {Row("generalized-linear", kNoDoubt), SelectGeneralizedLinear},
     {Row("foreign-extension", kDoubt), TakeOutForeignExtensions},
     {Row("cumulative-link", kNoDoubt), TakeLinkFromCumulativeLink},
@@ -68,7 +71,8 @@ std::vector<Adaptation> Adapt(Document& document, std::span<const RuleRow> rules
     for (const RuleRow& row : rules) {
         if (auto change = row.apply(root)) {
             adaptations.push_back({&row.rule, std::move(change->text), std::move(change->place),
-                                   change->rotatedTarget, std::move(change->listedByCells)});
+                                   change->rotatedTarget, std::move(change->listedByCells),
+                                   std::move(change->family)});
         }
     }
     return adaptations;

@@ -23,6 +23,8 @@ struct Adaptation {
     /// Fields that got the categories of their cells as their list, which lacks the reference
     /// category therefore.
     std::vector<std::string> listedByCells{};
+    /// The family of a RegressionModel, in the field's words.
+    std::string family{};
 };
 
 /// Rewrites a document as other exporters publish it into the dialect that the reader takes. The

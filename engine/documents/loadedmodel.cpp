@@ -105,6 +105,7 @@ void LoadedModel::Read(Document& document, const LoadOptions& options)
             rotatedTarget |= adaptation.rotatedTarget;
             std::move(adaptation.listedByCells.begin(), adaptation.listedByCells.end(),
                       std::back_inserter(listedByCells_));
+            if (!adaptation.family.empty()) translatedFamily_ = std::move(adaptation.family);
         }
     };
     DocumentAudit audit(document, options.allowed, findings_);
@@ -131,7 +132,7 @@ void LoadedModel::Read(Document& document, const LoadOptions& options)
     if (options.verification && !verification_) {
         throw Failure(FailureKind::Document, kNoVerification, {file_});
     }
-    model_->Describe(description_);
+    Describe();
     if (!options.asIs) {
         audit.LookAtModel(description_);
         RefuseFaults(findings_, file_);
@@ -176,9 +177,17 @@ void LoadedModel::SetConfidenceLevel(double level)
 {
     model_->SetConfidenceLevel(level);
     // A model with limits predicts no categories, whose order would have to be restored.
-    ModelDescription description;
-    model_->Describe(description);
-    description_ = std::move(description);
+    Describe();
+}
+
+void LoadedModel::Describe()
+{
+    description_ = {};
+    model_->Describe(description_);
+    if (translatedFamily_.empty()) return;
+    description_.family = translatedFamily_;
+    description_.className = "RegressionModel";
+    description_.distribution.clear();  // a RegressionModel has none
 }
 
 std::vector<std::string> LoadedModel::ColumnsOf(const ModelDescription& description) const

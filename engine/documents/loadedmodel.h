@@ -145,12 +145,14 @@ public:
 private:
     void Read(Document& document, const LoadOptions& options);
     std::vector<std::string> Lines(Answer answer) const;
+    void Describe();
 
     std::shared_ptr<const Plugin> plugin_;  // first: its code outlives the model
     std::string file_;
     std::string sha256_;
     Findings findings_;
     std::vector<std::string> listedByCells_;
+    std::string translatedFamily_;  // of a RegressionModel; empty for any other model
     std::vector<MiningFieldTreatment> treatments_;
     std::unique_ptr<ScoreModel> model_;
     bool substitutes_ = true;

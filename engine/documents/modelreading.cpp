@@ -71,6 +71,12 @@ void ExpectPrefixesDeclared(Element element)
 
 }  // namespace
 
+bool IsOtherModel(std::string_view tag)
+{
+    return std::find(std::begin(kOtherModels), std::end(kOtherModels), LocalNameOf(tag)) !=
+           std::end(kOtherModels);
+}
+
 std::unique_ptr<ScoreModel> ReadModel(const Plugin& plugin, const Document& document)
 {
     ExpectNoOtherModel(document.Root());

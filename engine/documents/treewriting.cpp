@@ -1,8 +1,10 @@
 #include "engine/documents/treewriting.h"
 
+#include <algorithm>
 #include <memory>
 
 #include <xercesc/framework/MemBufFormatTarget.hpp>
+#include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
 #include "host/documents/veltranscoder.h"
@@ -19,6 +21,12 @@ struct Release {
     }
 };
 
+bool IsBlank(const XMLCh* text)
+{
+    return std::all_of(text, text + xercesc::XMLString::stringLen(text),
+                       [](XMLCh c) { return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r'; });
+}
+
 xercesc::DOMImplementation& Implementation()
 {
     return *xercesc::DOMImplementationRegistry::getDOMImplementation(XmlFromUtf8("LS").c_str());
@@ -30,6 +38,20 @@ OwnedTree NewTree(const std::string& nameSpace, const std::string& root)
 {
     return OwnedTree(Implementation().createDocument(XmlFromUtf8(nameSpace).c_str(),
                                                      XmlFromUtf8(root).c_str(), nullptr));
+}
+
+void DropIndentation(Element element)
+{
+    if (element.Children().Empty()) return;  // its text is content
+    // The guard bounds the depth, and with it this recursion.
+    for (const Element child : element.Children()) DropIndentation(child);
+    for (xercesc::DOMNode* node = element.Dom()->getFirstChild(); node != nullptr;) {
+        xercesc::DOMNode* next = node->getNextSibling();
+        if (node->getNodeType() == xercesc::DOMNode::TEXT_NODE && IsBlank(node->getNodeValue())) {
+            element.Dom()->removeChild(node)->release();
+        }
+        node = next;
+    }
 }
 
 std::string TreeText(const xercesc::DOMDocument& tree, TreeForm form)

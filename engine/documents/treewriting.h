@@ -4,6 +4,7 @@
 #include <string>
 
 #include "engine/documents/documenttree.h"
+#include "engine/documents/element.h"
 
 namespace MCVelscore_850 {
 
@@ -16,6 +17,10 @@ enum class TreeForm {
     Indented,  ///< an element a line
     AsItIs     ///< with the blanks that the tree holds and no others
 };
+
+/// Takes the blanks between elements out of a tree that was read, so that TreeText() indents it
+/// anew.
+void DropIndentation(Element element);
 
 /// The tree as a document in UTF-8.
 std::string TreeText(const xercesc::DOMDocument& tree, TreeForm form = TreeForm::Indented);

@@ -166,7 +166,8 @@ constexpr Message kCatalogue[] = {
     {kStorageAndLevel, "sss", "the variable {0} is stored as {1} and can't be {2}",
      "Declare a variable of texts as NOMINAL or ORDINAL."},
     {kAlreadyPublished, "s", "{0} is a PMML document already",
-     "Use it as it is: only documents of the older form are converted."},
+     "Use it as it is: only documents of the older form and RegressionModel documents are "
+     "converted."},
     {kUnpairedParameters, "dd",
      "{0} parameters beside (Constant) can't be paired with {1} predictors: a linear regression "
      "pairs them by position",
@@ -256,6 +257,49 @@ constexpr Message kCatalogue[] = {
      "Declare the prefix on the root element, with the namespace of PMML, or write the names "
      "without one."},
 
+    {kUnknownNormalization, "s", "the normalizationMethod '{0}' is unknown",
+     "The standard has none, simplemax, softmax, logit, probit, cloglog, exp, loglog and cauchit, "
+     "in small letters."},
+    {kNormalizationNotTaken, "ss", "the normalizationMethod {0} is not read for {1}",
+     "docs/documents.md lists the pairs that are; export the model as one of them."},
+    {kTableWithoutCategory, "d",
+     "a RegressionTable has no targetCategory, and nobody can tell the {0} tables apart",
+     "Name the category of the target that each table belongs to."},
+    {kUnknownTableCategory, "sss", "the targetCategory '{0}' is none of the categories of {1}: {2}",
+     "Name a category as the target's field lists it, or list it there."},
+    {kTableTwice, "s", "two RegressionTables have the targetCategory '{0}'",
+     "Keep the one that belongs to the category."},
+    {kTablesMissing, "ss",
+     "the target's category {0} has no RegressionTable, which the normalizationMethod {1} needs",
+     "Write a table for each category, an empty one where its equation is 0."},
+    {kTableCount, "d", "a regression has {0} RegressionTables without categories; it takes one",
+     "Keep the one of the regression, or give each a targetCategory with functionName "
+     "classification."},
+    {kNotFinite, "sss", "'{0}' is no finite number ({1} of {2})",
+     "Write a decimal number with a point, such as 12.5 or 1e-3."},
+    {kUnknownTermField, "ss", "{1} names the field '{0}', which nothing declares",
+     "Declare it in the DataDictionary or as a DerivedField, in the same spelling."},
+    {kTextInEquation, "sss", "{2} reads the field {0} as a number; its dataType is {1}",
+     "Use a CategoricalPredictor, or derive a number from the field with NormDiscrete."},
+    {kUnknownFunctionName, "s", "the functionName '{0}' is none of a RegressionModel",
+     "It is regression or classification."},
+    {kModelBeside, "s", "beside the RegressionModel the document holds a {0}",
+     "Keep the model that is to be scored alone in its document."},
+    {kUnexpectedTableElement, "ss", "{1} holds {0}, which has no place there",
+     "A RegressionTable holds NumericPredictor, CategoricalPredictor and PredictorTerm, and the "
+     "latter FieldRef."},
+    {kMisspeltAttribute, "sss", "the attribute '{0}' of {1} is unknown; did you mean {2}?",
+     "Spell it so, or give it a prefix of its own when it is meant for another program."},
+    {kEmptyFirstTable, "ss",
+     "the first of two RegressionTables, of '{0}', is empty; with normalizationMethod {1} it alone "
+     "decides, and every case would get the same probability",
+     "Put the table with the coefficients first, or use softmax."},
+    {kNoTargetField, "s", "no MiningField of the {0} has usageType target",
+     "Mark the field that the model predicts: usageType=\"target\"."},
+    {kTargetFieldsDiffer, "ss",
+     "targetFieldName is '{0}', while the mining schema marks '{1}' as the target",
+     "Name the same field in both places."},
+
     {kNoOutputSection, "s", "{0} has no Output section, whose columns were asked for",
      "Score with the default columns, or add an Output section to the model."},
     {kOutputFeature, "ss",
@@ -276,8 +320,10 @@ constexpr Message kCatalogue[] = {
      "Export the model as multinomialLogistic, or give the parameter one beta."},
     {kContrastsTooLarge, "sd", "the contrast matrix of {0} has more than {1} numbers",
      "Export the model with indicator variables."},
-    {kOtherModel, "s", "the document holds a {0}; velscore reads a GeneralRegressionModel alone",
-     "Export the model as a GeneralRegressionModel, where its program can."},
+    {kOtherModel, "s",
+     "the document holds a {0}; velscore reads GeneralRegressionModel, and RegressionModel without "
+     "--as-is",
+     "Export the model as one of these, where its program can."},
 
     {kDocumentFault, "ss", "{0} [{1}]",
      "velscore check shows every fault of the document; --allow with a rule's name scores it all "

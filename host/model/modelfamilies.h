@@ -27,7 +27,8 @@ enum FamilyCode {
     kGeneralizedLinear = 8,
     kOrdinalGeneralized = 9,
     kCox = 10,
-    kCoxComplexSamples = 11
+    kCoxComplexSamples = 11,
+    kNormalized = 12
 };
 
 /// A set of families, a bit each.
@@ -38,7 +39,8 @@ inline constexpr FamilySet kCoxFamilies = Family(kCox) | Family(kCoxComplexSampl
 inline constexpr FamilySet kOrdinalFamilies = Family(kOrdinal) | Family(kOrdinalGeneralized);
 /// The families whose prediction is a category of the target, whatever the target's level.
 inline constexpr FamilySet kCategoryFamilies =
-    Family(kMultinomial) | Family(kMultinomialGeneralized) | Family(kBinary) | kOrdinalFamilies;
+    Family(kMultinomial) | Family(kMultinomialGeneralized) | Family(kNormalized) | Family(kBinary) |
+    kOrdinalFamilies;
 inline constexpr FamilySet kAllFamilies = ~0U;
 
 /// What a family is, apart from its arithmetic.

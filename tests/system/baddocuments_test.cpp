@@ -137,14 +137,13 @@ INSTANTIATE_TEST_SUITE_P(Documents, BadDocumentTest, testing::ValuesIn(BadDocume
 
 TEST(BadDocument, OfAnotherModelIsToldByItsName)
 {
-    // the models of the standard, but the one that is read
+    // the models of the standard, but the two that are read
     const ScratchFolder folder;
     for (const std::string model :
          {"AnomalyDetectionModel", "AssociationModel", "BaselineModel", "BayesianNetworkModel",
           "ClusteringModel", "GaussianProcessModel", "MiningModel", "NaiveBayesModel",
-          "NearestNeighborModel", "NeuralNetwork", "RegressionModel", "RuleSetModel", "Scorecard",
-          "SequenceModel", "SupportVectorMachineModel", "TextModel", "TimeSeriesModel",
-          "TreeModel"}) {
+          "NearestNeighborModel", "NeuralNetwork", "RuleSetModel", "Scorecard", "SequenceModel",
+          "SupportVectorMachineModel", "TextModel", "TimeSeriesModel", "TreeModel"}) {
         const Finished run =
             RunVelscore({"check", "-"}, "<PMML version='4.4'><Header/>\n<" + model + "/></PMML>");
         EXPECT_EQ(run.exitCode, 2);
@@ -152,6 +151,16 @@ TEST(BadDocument, OfAnotherModelIsToldByItsName)
                   std::string::npos)
             << run.out;
     }
+}
+
+TEST(BadDocument, ARegressionModelIsNotReadAsItIs)
+{
+    const Finished run = RunVelscore({"check", "--as-is", "-"},
+                                     "<PMML version='4.4'><Header/>\n<RegressionModel/></PMML>");
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_NE(run.out.find("standard input:2:1: fault: the document holds a RegressionModel;"),
+              std::string::npos)
+        << run.out;
 }
 
 TEST(BadDocumentFile, MissingFolderAndUnreadableFilesAreRefused)

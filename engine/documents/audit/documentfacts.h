@@ -173,7 +173,10 @@ struct DocumentFacts {
     std::vector<RepeatedCell> repeatedCovariances;
 
     bool Is(FamilyCode code) const { return family == code; }
-    bool IsMultinomial() const { return Is(kMultinomial) || Is(kMultinomialGeneralized); }
+    bool IsMultinomial() const
+    {
+        return Is(kMultinomial) || Is(kMultinomialGeneralized) || Is(kNormalized);
+    }
     bool IsOrdinal() const { return Is(kOrdinal) || Is(kOrdinalGeneralized); }
     bool IsCox() const { return Is(kCox) || Is(kCoxComplexSamples); }
     /// True where a beta belongs to a category of the target.
