@@ -68,7 +68,8 @@ std::string TreeText(const xercesc::DOMDocument& tree, TreeForm form)
     serializer->write(&tree, output.get());
     std::string text(reinterpret_cast<const char*>(target.getRawBuffer()), target.getLen());
     // The tree has no blanks outside of its root.
-    if (form == TreeForm::AsItIs) text.insert(text.find("?>") + 2, "\n");
+    const size_t declared = form == TreeForm::AsItIs ? text.find("?>") : std::string::npos;
+    if (declared != std::string::npos) text.insert(declared + 2, 1, '\n');
     return text;
 }
 
