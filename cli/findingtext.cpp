@@ -74,8 +74,11 @@ std::string FindingText::Written(const Told& told) const
                            painted(kMark, excerpt.marks));
     }
     if (!told.path.empty()) out += fmt::format("  at {}\n", told.path);
-    // Many a text says it already.
-    if (!told.expected.empty() && told.text.find(told.expected) == std::string_view::npos) {
+    // Many a text or remedy says it already.
+    const auto says = [&](std::string_view text) {
+        return text.find(told.expected) != std::string_view::npos;
+    };
+    if (!says(told.text) && !says(told.remedy)) {
         out += fmt::format("  expected: {}\n", told.expected);
     }
     if (!told.remedy.empty()) out += fmt::format("  what to do: {}\n", told.remedy);

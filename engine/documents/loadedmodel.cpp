@@ -34,9 +34,16 @@ void RestoreTargetOrder(ModelDescription& description)
     std::rotate(quantities.begin() + 1, quantities.end() - 1, quantities.end());
 }
 
+// The first by place, but a misspelt name before all others, which may come of it: a "PPCel" leaves
+// its parameter without a cell.
 const Finding& FirstFault(const Findings& findings)
 {
     const auto& kept = findings.Kept();
+    const auto isMisspelt = [](const Finding& finding) {
+        return finding.answer == Answer::Fault && IsMisspeltName(*finding.rule);
+    };
+    const auto misspelt = std::find_if(kept.begin(), kept.end(), isMisspelt);
+    if (misspelt != kept.end()) return *misspelt;
     return *std::find_if(kept.begin(), kept.end(),
                          [](const Finding& finding) { return finding.answer == Answer::Fault; });
 }

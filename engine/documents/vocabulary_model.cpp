@@ -166,7 +166,7 @@ constexpr AttributeWord kPCell[] = {
 
 constexpr ChildWord kEventValuesChildren[] = {{"Value", Many}, {"Interval", Many}};
 constexpr AttributeWord kBaseCumHazardTables[] = {{"maxTime", Score}};
-constexpr ChildWord kBaseCumHazardTablesChildren[] = {{"BaselineStratum", Each, "value"},
+constexpr ChildWord kBaseCumHazardTablesChildren[] = {{"BaselineStratum", Many},
                                                       {"BaselineCell", Many}};
 // The reader takes the name of the variable here too.
 constexpr AttributeWord kBaselineStratum[] = {

@@ -19,10 +19,14 @@ inline std::string ShortText(std::string_view text)
         // not within a character of UTF-8
         while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80) --size;
     }
-    std::string shown(text.substr(0, size));
-    for (char& c : shown) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7F) c = '?';
+    const auto byteAt = [text](size_t i) { return static_cast<unsigned char>(text[i]); };
+    std::string shown;
+    for (size_t i = 0; i < size; ++i) {
+        const bool isControl = byteAt(i) < 0x20 || byteAt(i) == 0x7F;
+        // U+0080 to U+009F, two bytes each
+        const bool isSecondControl = byteAt(i) == 0xC2 && i + 1 < size && byteAt(i + 1) < 0xA0;
+        if (isSecondControl) ++i;
+        shown += isControl || isSecondControl ? '?' : text[i];
     }
     if (size < text.size()) shown += "...";
     return shown;

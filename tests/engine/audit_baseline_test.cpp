@@ -76,6 +76,13 @@ TEST(BaselineRules, OfTimesAndTables)
         BaselineRules());
 }
 
+TEST(BaselineRules, AreAloneToTellARepeatedStratum)
+{
+    const Audited audited(Changed(CaseText(kStrata), "<BaselineStratum value=\"adeno\"",
+                                  "<BaselineStratum value=\"large\""));
+    EXPECT_EQ(audited.Rules(Answer::Fault), "repeated-stratum");
+}
+
 TEST(BaselineRules, OfStrata)
 {
     ExpectEach(

@@ -556,6 +556,51 @@ TEST(CellFindings, SayWhatIsKnownTheNearestFirst)
               "\"p0\", \"p1\" and 2 more; did you mean \"p4\"?");
 }
 
+TEST(CellFindings, ShowNamesWithoutWhatATerminalObeys)
+{
+    const Audited audited(Replaced(General().Text(), "pRow='p3' pCol='p0'",
+                                   "pRow='p3&#x9;&#x9B;31m\xC3\xA9' pCol='p0'"));
+    const std::string text = audited.Of("unknown-parameter").text;
+    EXPECT_TRUE(text.starts_with("PCovCell pRow \"p3??31m\xC3\xA9\" is no parameter")) << text;
+}
+
+TEST(CellFindings, OfACategoryThatIsntThereAskForNoBetasOfIt)
+{
+    const Audited audited(Replaced(Multinomial().Text(), "targetCategory='c' parameterName='p3'",
+                                   "targetCategory='C' parameterName='p3'"));
+    EXPECT_EQ(audited.Rules(Answer::Fault), "unknown-category");
+    EXPECT_EQ(audited.findings.CountOf("parameter-without-beta"), 1u) << audited.Rules();
+    EXPECT_EQ(audited.Of("parameter-without-beta").found, "p3");  // that of "c" is gone
+}
+
+// What the bins of a derived text yield are its categories.
+TEST(CellFindings, KnowTheCategoriesOfADerivedFactor)
+{
+    const auto binned = [](const std::string& category, const std::string& attributes = "") {
+        Parts parts = General();
+        parts.before =
+            "<LocalTransformations><DerivedField name='g' optype='categorical' dataType='string'>"
+            "<Discretize field='x' " +
+            attributes +
+            "><DiscretizeBin binValue='low'>"
+            "<Interval closure='openClosed' rightMargin='5'/></DiscretizeBin>"
+            "<DiscretizeBin binValue='high'><Interval closure='openOpen' leftMargin='5'/>"
+            "</DiscretizeBin></Discretize></DerivedField></LocalTransformations>";
+        parts.factors += "<Predictor name='g'/>";
+        parts.parameters += "<Parameter name='p5'/>";
+        parts.cells += "<PPCell parameterName='p5' predictorName='g' value='" + category + "'/>";
+        parts.betas += "<PCell parameterName='p5' beta='6'/>";
+        return parts.Text();
+    };
+    const Finding finding = Audited(binned("Low", "defaultValue='low'")).Of("unknown-category");
+    ASSERT_NE(finding.rule, nullptr);
+    EXPECT_EQ(finding.found, "Low");
+    EXPECT_EQ(finding.nearWord, "low");
+    EXPECT_EQ(finding.expected, "one of \"low\", \"high\"");
+    EXPECT_EQ(Audited(binned("low")).Rules(), "");
+    EXPECT_EQ(Audited(binned("other", "mapMissingTo='other'")).Rules(), "");
+}
+
 TEST(CellFindings, CountAllAndKeepTheFirst)
 {
     std::string cells;

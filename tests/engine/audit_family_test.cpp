@@ -171,6 +171,8 @@ TEST(FamilyRules, OfOffsetsAndTrials)
 
          {kOffset, "offsetVariable", "offsetValue=\"1\" offsetVariable", "contradicting-options",
           kModel, "offsetVariable", "log_holders"},
+         {kOffset, "offsetVariable=\"log_holders\"", "offsetVariable=\"\"", "empty-option", kModel,
+          "offsetVariable", "", Answer::Notice},
          {kTrialsVariable, "trialsVariable", "trialsValue=\"5\" trialsVariable",
           "contradicting-options", kModel, "trialsVariable", "Total"},
          {kExtensions, "functionName", "offsetVariable=\"log_holders\" functionName"},

@@ -4,6 +4,7 @@
 
 #include "tests/engine/adapted.h"
 #include "tests/engine/auditedfields.h"
+#include "tests/readers/legacyparts.h"
 
 namespace MCVelscore_850 {
 namespace {
@@ -174,6 +175,17 @@ TEST(FieldFaults, NameFieldAndText)
     EXPECT_EQ(audited.Of("overlapping-intervals").ToString(),
               "line 6, column 1: Interval \"[4.5, 9]\" of the field \"x\" overlaps with "
               "\"[0, 5)\" [overlapping-intervals]");
+}
+
+TEST(FieldFaults, OfTheOlderFormStandAtItsCategories)
+{
+    LegacyParts parts;
+    parts.variables += OldVariable("f", "STRING", "NOMINAL", OldCategories({"red", "blue", "red"}));
+    const Audited audited(parts.Text());
+    ASSERT_EQ(audited.Rules(Answer::Fault), "repeated-value");
+    const Finding finding = audited.Of("repeated-value");
+    EXPECT_TRUE(finding.place.path.ends_with("categories/category[3]")) << finding.place.path;
+    EXPECT_EQ(finding.text, "category \"red\" of the field \"f\" stands twice");
 }
 
 // Every pair of a hundred thousand values would take minutes.

@@ -151,6 +151,8 @@ const Edit kSound[] = {
     // rows of the same outcome; a table of some values alone
     {"<in>green</in><out>2</out>", "<in>red</in><out>1</out>"},
     {"<row><in>green</in><out>2</out></row>", ""},
+    // rows that lack a cell are the reader's to refuse
+    {"column=\"in\"", "column=\"inn\""},
     // a function sees its parameters alone, of whatever name
     {"<LocalTransformations>",
      "<LocalTransformations><DefineFunction name=\"h\" optype=\"continuous\"><ParameterField "

@@ -270,6 +270,30 @@ TEST_F(Check, FaultsAreRefusedByEveryCommand)
     }
 }
 
+TEST_F(Check, ListsTheWordsOfAnAttributeOnceAndAll)
+{
+    const std::string file = Write(
+        Replaced(kSound, "<MiningField name=\"x\"", "<MiningField name=\"x\" outliers=\"no\""));
+    const std::string all = R"("asIs", "asMissingValues", "asExtremeValues")";
+    const std::string out = RunVelscore({"check", file}).out;
+    EXPECT_TRUE(Has(out, "  what to do: Write one of " + all + ".\n")) << out;
+    EXPECT_EQ(out.find(all), out.rfind(all)) << out;
+    const std::string type =
+        RunVelscore({"check", Write(Replaced(kSound, "modelType=\"", "modelType=\"x"))}).out;
+    EXPECT_FALSE(Has(type, " more.")) << type;
+}
+
+// The parameter without a cell, which comes of it, stands before it.
+TEST_F(Check, ScoreTellsAMisspeltNameFirst)
+{
+    const std::string file = Write(Replaced(kSound, "<PPCell", "<PPCel"));
+    const Finished run = RunVelscore({"score", file, cases_});
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_TRUE(Has(run.err, "PPMatrix has no element \"PPCel\"; did you mean \"PPCell\"?"))
+        << run.err;
+    EXPECT_TRUE(Has(run.err, "  and 1 more fault\n")) << run.err;
+}
+
 TEST_F(Check, ScoreTellsNoticesAndAdaptationsAtItsEnd)
 {
     const std::string file = Write(Replaced(WithNotice(), "\"4.4\"", "\"4.4.1\""));

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "engine/documents/audit/cellchecks.h"
+#include "engine/documents/audit/fieldvalues.h"
 #include "engine/documents/audit/nearnames.h"
 #include "engine/documents/treefields.h"
 #include "host/documents/pmmlmodeltags.h"
@@ -61,6 +62,16 @@ const Field* ClosedFactor(const DocumentFacts& facts, const Design& cell)
     return field != nullptr && field->IsClosed() ? field : nullptr;
 }
 
+// What the factor of a cell can be where it is a derived text, which lists no values itself.
+const ClosedValues* DerivedFactor(const DocumentFacts& facts, const ClosedFields& fields,
+                                  const Design& cell)
+{
+    if (cell.predictor == kNone || !facts.predictors[cell.predictor].isFactor) return nullptr;
+    const Field* field = facts.FieldOf(facts.predictors[cell.predictor]);
+    const bool isDerived = field != nullptr && field->derived && !field->IsClosed();
+    return isDerived ? fields.Find(field->name) : nullptr;
+}
+
 // Whether a text names the column of a contrast matrix as exporters call them: a number from 1, or
 // the power of a polynomial.
 bool NamesColumn(const std::string& text, size_t columns)
@@ -95,19 +106,28 @@ void TellUnknownDesignCategories(const DocumentFacts& facts, RuleReport& report)
 {
     NearNames names(report);
     Categories categories(facts);
+    const ClosedFields fields(facts);
     const std::vector<bool> ofColumns = FactorsOfColumns(facts, categories);
     const std::string& attribute = Word(facts, Tags::XML_ATT_PPC_VALUE, Old::XML_ATT_VALUE);
-    for (const Design& cell : facts.designs) {
-        const Field* field = ClosedFactor(facts, cell);
-        if (field == nullptr || ofColumns[cell.predictor] ||
-            !IsGiven(facts, cell.element, attribute) || categories.Has(*field, cell.value)) {
-            continue;
-        }
+    const auto tell = [&](const Design& cell, const Field& field,
+                          const std::vector<std::string>& known) {
+        if (!IsGiven(facts, cell.element, attribute)) return;
         names.Tell({.element = cell.element,
                     .attribute = attribute,
                     .found = cell.value,
-                    .what = Quoted(field->name)},
-                   field->categories);
+                    .what = Quoted(field.name)},
+                   known);
+    };
+    for (const Design& cell : facts.designs) {
+        if (const ClosedValues* derived = DerivedFactor(facts, fields, cell)) {
+            if (!derived->Has(cell.value)) tell(cell, *derived->field, derived->listed);
+            continue;
+        }
+        const Field* field = ClosedFactor(facts, cell);
+        if (field == nullptr || ofColumns[cell.predictor] || categories.Has(*field, cell.value)) {
+            continue;
+        }
+        tell(cell, *field, field->categories);
     }
 }
 

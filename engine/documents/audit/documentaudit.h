@@ -43,6 +43,9 @@ std::span<const AuditRule> ExtensionRules();
 void LookAtVocabulary(Element root,
                       const std::function<void(const Rule& rule, const Detail& detail)>& tell);
 
+/// True for the rules of names that are another one's misspelling.
+bool IsMisspeltName(const Rule& rule);
+
 /// Every rule of the audit.
 std::vector<const AuditRule*> AllAuditRules();
 /// The rule of that name; null when there is none.

@@ -585,6 +585,17 @@ void MissingDegreesOfFreedom(const DocumentFacts& facts, RuleReport& report)
 constexpr bool kStrict = true;
 constexpr bool kNotStrict = false;
 
+// Names that the model element may leave out, of which the reader takes empty ones for none.
+void EmptyOptions(const DocumentFacts& facts, RuleReport& report)
+{
+    for (const std::string* name :
+         {&Tags::XML_VAL_RM_EXT_NAME_OFFSETVAR, &Tags::XML_VAL_RM_EXT_NAME_TRIALVAR,
+          &Tags::XML_ATT_TARGETREFCATEGORY}) {
+        if (!facts.model.Has(*name) || !facts.model.Text(*name).empty()) continue;
+        report({.element = facts.model, .attribute = *name});
+    }
+}
+
 constexpr AuditRule kRules[] = {
     {{"missing-link", Answer::Fault, kStrict,
       "{element} has no {attribute}, and nothing else tells the link of the {what}",
@@ -643,6 +654,10 @@ constexpr AuditRule kRules[] = {
       "{what} {found} stands beside {expected}, and one of them alone can count",
       "Leave the one that the model was fitted with, and take the other out."},
      ContradictingOptions},
+    {{"empty-option", Answer::Notice, kStrict,
+      "{attribute} of {element} is empty, which counts as absent",
+      "Name the field or the category, or take the attribute out."},
+     EmptyOptions},
     {{"unused-link-parameter", Answer::Notice, kStrict, "{what} {found} isn't used: {expected}",
       "Take it out, or correct the link that it belongs to."},
      UnusedLinkParameter},

@@ -10,6 +10,7 @@
 #include "engine/documents/audit/fieldvalues.h"
 #include "engine/documents/names.h"
 #include "host/documents/pmmlmodeltags.h"
+#include "host/documents/zeltmodeltags.h"
 #include "host/values/numbertext.h"
 #include "host/variables/dictvar.h"
 
@@ -18,6 +19,7 @@ namespace MCVelscore_850 {
 namespace {
 
 using Tags = PMMLModelTags;
+using Old = ZELTModelTags;
 using Field = DocumentFacts::Field;
 
 const std::string kLow = "lowValue";
@@ -33,9 +35,16 @@ std::string PropertyOf(Element value)
 }
 
 // The elements of a field's categories, in their order.
-std::vector<Element> ValidElements(const Field& field)
+std::vector<Element> ValidElements(const DocumentFacts& facts, const Field& field)
 {
     std::vector<Element> elements;
+    if (facts.older) {
+        const Element categories = field.element.Child(Old::XML_ELE_CATEGORIES);
+        for (const Element value : categories.Children(Old::XML_ELE_CATEGORY)) {
+            elements.push_back(value);
+        }
+        return elements;
+    }
     for (const Element value : field.element.Children(Tags::XML_ELE_VALUE)) {
         if (PropertyOf(value) == "valid") elements.push_back(value);
     }
@@ -49,7 +58,7 @@ void CheckRepeatedValues(const DocumentFacts& facts, RuleReport& report)
         std::vector<Element> elements;  // once one is wanted
         for (size_t i = 0; i < field.categories.size(); ++i) {
             if (seen.insert(field.categoryKeys[i]).second) continue;
-            if (elements.empty()) elements = ValidElements(field);
+            if (elements.empty()) elements = ValidElements(facts, field);
             report({elements[i], Tags::XML_ATT_VALUE, field.categories[i], {}, {}, field.name});
         }
     }
@@ -234,7 +243,7 @@ constexpr bool kStrict = true;
 
 constexpr AuditRule kRules[] = {
     {{"repeated-value", Answer::Fault, kStrict,
-      "Value {found} of the field \"{what}\" stands twice",
+      "{element} {found} of the field \"{what}\" stands twice",
       "Remove one of the two, or correct it to the value that was meant."},
      CheckRepeatedValues},
     {{"value-of-two-properties", Answer::Fault, kStrict,

@@ -171,7 +171,11 @@ ClosedFields::ClosedFields(const DocumentFacts& facts)
             if (!outcomes) continue;
             values.listed = std::move(*outcomes);
         }
-        for (const std::string& text : values.listed) values.keys.insert(ValueKey(field, text));
+        std::vector<std::string> each;  // bins may yield the same text
+        for (std::string& text : values.listed) {
+            if (values.keys.insert(ValueKey(field, text)).second) each.push_back(std::move(text));
+        }
+        values.listed = std::move(each);
         fields_.emplace(field.name, std::move(values));
     }
     for (const Element schema : SchemaFields(facts.model)) {

@@ -285,8 +285,12 @@ public:
         const auto keyOf = [&](const DocumentFacts::Estimate& cell) {
             return CategoryKey(facts.target->dataType, cell.targetCategory);
         };
+        const std::unordered_set<std::string> known(facts.target->categoryKeys.begin(),
+                                                    facts.target->categoryKeys.end());
         for (const DocumentFacts::Estimate& cell : facts.estimates) {
             if (!cell.beta || *cell.beta == 0.0) continue;
+            // A category that isn't there is told as such.
+            if (!known.empty() && !known.contains(keyOf(cell))) continue;
             if (numbers_.emplace(keyOf(cell), categories_.size()).second) {
                 categories_.push_back(cell.targetCategory);
             }

@@ -308,7 +308,9 @@ void CheckRows(const DocumentFacts& facts, RuleReport& report)
             std::vector<std::string> cells;
             std::string key;
             for (const std::string& column : columns) {
-                cells.push_back(CellOf(row, column).Content());
+                const Element cell = CellOf(row, column);
+                if (!cell) return;  // refused by the reader, which says what is missing
+                cells.push_back(cell.Content());
                 key += cells.back() + '\0';  // no text of a document holds it
             }
             const std::string outcome = CellOf(row, output).Content();

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <xercesc/dom/DOM.hpp>
 
 #include "engine/documents/audit/documentaudit.h"
@@ -63,11 +64,12 @@ constexpr Rule kUnknownElement = {
 constexpr Rule kMisplacedElement = {"misplaced-element", Answer::Fault, kStrict,
                                     "{element} isn't read in {what}: it belongs in {expected}",
                                     "Move the element to where it belongs, or take it out."};
-constexpr Rule kUnknownWord = {"unknown-word", Answer::Fault, kStrict,
-                               "{attribute} of {element} is {found}, none of {expected}{meant}",
-                               "Write one of {expected}."};
+constexpr Rule kUnknownWord = {
+    "unknown-word", Answer::Fault, kStrict,
+    "{attribute} of {element} is {found}, which is none of its words{meant}",
+    "Write one of {expected}."};
 constexpr Rule kOddWord = {"odd-word", Answer::Notice, kLenient,
-                           "{attribute} of {element} is {found}, none of {expected}{meant}",
+                           "{attribute} of {element} is {found}, which is none of its words{meant}",
                            "Write one of {expected}, or take the attribute out."};
 constexpr Rule kEmptyWord = {"empty-word", Answer::Notice, kStrict,
                              "{attribute} of {element} is empty, which counts as absent",
@@ -155,9 +157,10 @@ Mend MendOf(Mend::Action action, std::span<const Row> rows, std::string_view Row
     return {action, std::string(near->*name)};
 }
 
+// All of them: who has to choose one needs the whole list.
 std::string OneOf(std::span<const std::string_view> words)
 {
-    return Listed({words.begin(), words.end()});
+    return fmt::format("\"{}\"", fmt::join(words, "\", \""));
 }
 
 class VocabularyWalk {
@@ -321,11 +324,13 @@ private:
     // Also beside the attribute that is meant.
     void TellUnknownAttribute(Element element, std::string name, const AttributeName& meaning)
     {
+        std::string text = element.Text(name);
         const AttributeWord* near = meaning.near;
         const bool matters = near != nullptr && near->effect != Effect::None;
         tell_(matters ? kMisspeltAttribute : kUnknownAttribute,
               {.element = element,
                .attribute = std::move(name),
+               .found = std::move(text),
                .nearWord = near == nullptr ? std::string() : std::string(near->name),
                .mend = near == nullptr ? Mend() : meaning.mend});
     }
@@ -524,6 +529,11 @@ std::optional<std::string> ForeignNamespace(Element root)
 }  // namespace
 
 std::span<const AuditRule> VocabularyRules() { return kRules; }
+
+bool IsMisspeltName(const Rule& rule)
+{
+    return rule.name == kMisspeltElement.name || rule.name == kMisspeltAttribute.name;
+}
 
 void LookAtVocabulary(Element root,
                       const std::function<void(const Rule& rule, const Detail& detail)>& tell)
