@@ -1,18 +1,17 @@
 #include <algorithm>
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "engine/documents/loadedmodel.h"
+#include "engine/reports/checkjson.h"
+#include "engine/reports/jsontext.h"
 
 namespace MCVelscore_850 {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 std::string AcceptedText(const LoadedModel& model)
 {
@@ -32,22 +31,6 @@ std::string RefusedText(const Failure& failure)
     return text;
 }
 
-Json RefusedJson(const std::string& file, const Failure& failure)
-{
-    Json json{{"document", file}, {"ok", false}};
-    if (const auto* refusal = dynamic_cast<const DocumentFailure*>(&failure)) {
-        if (refusal->Line() > 0) {
-            json["line"] = refusal->Line();
-            json["column"] = refusal->Column();
-        }
-        if (!refusal->ElementPath().empty()) json["element"] = refusal->ElementPath();
-    }
-    json["code"] = failure.Code();
-    json["message"] = failure.what();
-    json["remedy"] = failure.Remedy();
-    return json;
-}
-
 }  // namespace
 
 int RunCheck(const CheckArguments& arguments, Console& console)
@@ -56,17 +39,13 @@ int RunCheck(const CheckArguments& arguments, Console& console)
         throw UsageError("standard input (-) can be read once only");
     }
     const auto plugin = std::make_shared<const Plugin>(arguments.plugin);
-    Json report = Json::array();
+    nlohmann::ordered_json report = nlohmann::ordered_json::array();
     size_t refused = 0;
     for (const std::string& file : arguments.models) {
         try {
             const LoadedModel model(file, plugin, LoadOptions{arguments.asIs});
             if (arguments.json) {
-                report.push_back({{"document", file},
-                                  {"ok", true},
-                                  {"family", model.Description().family},
-                                  {"target", model.Description().target},
-                                  {"adapted", model.Adaptations()}});
+                report.push_back(AcceptedJson(file, model));
             } else {
                 PrintOut(AcceptedText(model));
             }
@@ -80,9 +59,7 @@ int RunCheck(const CheckArguments& arguments, Console& console)
             }
         }
     }
-    if (arguments.json) {
-        PrintOut(report.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
-    }
+    if (arguments.json) PrintOut(JsonText(report));
     if (refused == 0) return kExitDone;
     console.Say(fmt::format("refused {} of {} documents", refused, arguments.models.size()));
     return kExitDocument;

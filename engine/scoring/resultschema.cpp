@@ -152,4 +152,17 @@ uint64_t ResultSchema::ExistingBits(ResultQuantity quantity, const double* numbe
     return kQuantities[static_cast<size_t>(quantity)].existing(numbers, count);
 }
 
+std::vector<ResultColumn> ColumnsOnRequest(const ModelDescription& description)
+{
+    const ResultSchema schema(description, {.linearPredictor = true, .linearPredictorError = true});
+    std::vector<ResultColumn> columns;
+    for (const ResultColumn& column : schema.ValueColumns()) {
+        if (column.quantity == ResultQuantity::LinearPredictor ||
+            column.quantity == ResultQuantity::LinearPredictorError) {
+            columns.push_back(column);
+        }
+    }
+    return columns;
+}
+
 }  // namespace MCVelscore_850

@@ -1,0 +1,32 @@
+#include "engine/reports/verificationjson.h"
+
+#include <nlohmann/json.hpp>
+
+#include "engine/reports/jsontext.h"
+#include "engine/scoring/verification.h"
+
+namespace MCVelscore_850 {
+
+using Json = nlohmann::ordered_json;
+
+std::string VerificationJson(const std::string& file, const VerificationReport& report)
+{
+    Json differences = Json::array();
+    for (const Difference& difference : report.differences) {
+        differences.push_back(
+            {{"record", difference.record},
+             {"field", difference.field},
+             {"expected", difference.expected},
+             {"found", difference.found},
+             {"precision", difference.precision},
+             {"status", difference.status},
+             {"statusField", difference.faultyField},
+             {"statusText", difference.faultyText ? Json(*difference.faultyText) : Json()}});
+    }
+    return JsonText({{"document", file},
+                     {"records", report.records},
+                     {"compared", report.compared},
+                     {"differences", std::move(differences)}});
+}
+
+}  // namespace MCVelscore_850
