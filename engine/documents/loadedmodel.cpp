@@ -11,6 +11,7 @@
 #include "engine/documents/modelreading.h"
 #include "engine/documents/outputsection.h"
 #include "engine/documents/verificationsection.h"
+#include "engine/messages/digest.h"
 #include "host/expressions/transformvar.h"
 #include "host/messages/messages.h"
 #include "host/messages/vsexception.h"
@@ -49,7 +50,21 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
                          const LoadOptions& options)
     : plugin_(std::move(plugin))
 {
-    Document document = LoadDocument(path, {}, options.digest ? &sha256_ : nullptr);
+    Read(LoadDocument(path, {}, options.digest ? &sha256_ : nullptr), options);
+}
+
+LoadedModel::LoadedModel(const DocumentText& text, std::shared_ptr<const Plugin> plugin,
+                         const LoadOptions& options)
+    : plugin_(std::move(plugin))
+{
+    Read(LoadDocumentText(text.bytes, text.name), options);
+    if (options.digest) sha256_ = Sha256Of(text.bytes);
+}
+
+LoadedModel::~LoadedModel() = default;
+
+void LoadedModel::Read(Document document, const LoadOptions& options)
+{
     file_ = document.File();
     bool rotatedTarget = false;
     try {
@@ -77,8 +92,6 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
     model_->Describe(description_);
     if (rotatedTarget) RestoreTargetOrder(description_);
 }
-
-LoadedModel::~LoadedModel() = default;
 
 void LoadedModel::SetPolicy(MissingPolicy policy)
 {

@@ -4,6 +4,7 @@
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "engine/documents/miningtreatment.h"
@@ -13,6 +14,7 @@
 
 namespace MCVelscore_850 {
 
+class Document;
 class ScoreModel;
 class VSException;
 struct OutputSection;
@@ -61,6 +63,12 @@ struct LoadOptions {
     bool digest = false;
 };
 
+/// The bytes of a document at hand, and how messages call them.
+struct DocumentText {
+    std::string_view bytes;
+    std::string name;
+};
+
 /// A model, read from its document by the plug-in.
 ///
 /// Errors  Failure of kind Document, a DocumentFailure when the reader refuses.
@@ -70,6 +78,8 @@ class LoadedModel {
 public:
     /// `path` "-" is standard input.
     LoadedModel(const std::string& path, std::shared_ptr<const Plugin> plugin,
+                const LoadOptions& options = {});
+    LoadedModel(const DocumentText& text, std::shared_ptr<const Plugin> plugin,
                 const LoadOptions& options = {});
     LoadedModel(const LoadedModel&) = delete;
     LoadedModel& operator=(const LoadedModel&) = delete;
@@ -114,6 +124,8 @@ public:
     void Display(std::ostream& out) const;
 
 private:
+    void Read(Document document, const LoadOptions& options);
+
     std::shared_ptr<const Plugin> plugin_;  // first: its code outlives the model
     std::string file_;
     std::string sha256_;

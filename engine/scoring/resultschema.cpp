@@ -5,6 +5,8 @@
 #include <string_view>
 #include <unordered_map>
 
+#include <fmt/format.h>
+
 #include "host/model/modeldescription.h"
 #include "host/model/scoreresult.h"
 #include "host/values/numericvalue.h"
@@ -163,6 +165,23 @@ std::vector<ResultColumn> ColumnsOnRequest(const ModelDescription& description)
         }
     }
     return columns;
+}
+
+std::string WhyNoLevel(const ModelDescription& about)
+{
+    const ResultSchema schema(about);
+    const auto& columns = schema.Columns();
+    const auto limit = std::find_if(columns.begin(), columns.end(), [](const auto& column) {
+        return column.quantity == ResultQuantity::CILower;
+    });
+    if (limit == columns.end()) {
+        return fmt::format(
+            "has no limits: {} ({})",
+            about.targetCategories.empty() ? "its family has none" : "it predicts a category",
+            about.family);
+    }
+    return limit->lacksCovariances ? "has no limits: the document has no covariances (PCovMatrix)"
+                                   : "has no limits of a level: the document fixes their distance";
 }
 
 }  // namespace MCVelscore_850

@@ -102,6 +102,10 @@ private:
 /// The columns of values that a table of results has only where they are asked for.
 std::vector<ResultColumn> ColumnsOnRequest(const ModelDescription& description);
 
+/// Why no level of confidence limits can be set for a model without
+/// ModelDescription::hasConfidenceLevel: the rest of a sentence that begins with its document.
+std::string WhyNoLevel(const ModelDescription& description);
+
 }  // namespace MCVelscore_850
 
 #endif
