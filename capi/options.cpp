@@ -171,7 +171,9 @@ ScanRequest ScanRequestOf(const velscore_model& model, const velscore_csv_option
     dialect.delimiter = MarkOf(known.delimiter, ',', "delimiter", kNoDelimiters);
     dialect.decimal = MarkOf(known.decimal, '.', "decimal", kNoDecimals);
     dialect.hasHeader = known.no_header == 0;
-    scan.scan.threads = known.threads == 0 ? ProcessorCount() : known.threads;
+    // Others of the process share the threads: none are asked for that it hasn't.
+    const size_t most = ProcessorCount();
+    scan.scan.threads = known.threads == 0 ? most : std::min(known.threads, most);
     return scan;
 }
 

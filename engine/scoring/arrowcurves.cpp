@@ -53,9 +53,7 @@ ArrowCurves::ArrowCurves(const LoadedModel& model, const ArrowSchema& schema,
       scorer_(model, columns_.Header(), kArrowTableName, options.table),
       strict_(options.strict)
 {
-    for (const CaseField& field : scorer_.Preparer().Fields()) {
-        columns_.Use(field.Column(), field.ValueKind() == CaseField::Kind::Text);
-    }
+    UseColumnsOf(scorer_.Preparer().Fields(), columns_);
 }
 
 ArrowOwner<ArrowSchema> ArrowCurves::Schema()

@@ -16,6 +16,17 @@ void RefuseRow(int64_t row, const CaseStatus& status)
         {std::to_string(row), std::to_string(status.code), std::string(status.FieldName())});
 }
 
+void UseColumnsOf(std::span<const CaseField> fields, ArrowColumns& columns)
+{
+    for (const CaseField& field : fields) {
+        ArrowReader reader{.readsTexts = field.ValueKind() == CaseField::Kind::Text};
+        if (field.ValueKind() == CaseField::Kind::DateTime) {
+            reader.shape = ShapeOf(field.Var().GetDateTimeType());
+        }
+        columns.Use(field.Column(), reader);
+    }
+}
+
 ArrowScorer::ArrowScorer(const LoadedModel& model, const ArrowSchema& schema,
                          const ArrowOptions& options)
     : columns_(schema, options.nanIsMissing, TableScorer::kRows),
@@ -25,9 +36,7 @@ ArrowScorer::ArrowScorer(const LoadedModel& model, const ArrowSchema& schema,
       results_(scorer_.Schema(), shaper_.Results()),
       strict_(options.strict)
 {
-    for (const CaseField& field : scorer_.Preparer().Fields()) {
-        columns_.Use(field.Column(), field.ValueKind() == CaseField::Kind::Text);
-    }
+    UseColumnsOf(scorer_.Preparer().Fields(), columns_);
     for (size_t i = 0; i < shaper_.Kept().size(); ++i) {
         kept_.push_back(CopyArrowSchema(*schema.children[shaper_.Kept()[i]], shaper_.Columns()[i]));
     }

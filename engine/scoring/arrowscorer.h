@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
+#include <string>
 #include <vector>
 
 #include "engine/scoring/arrowresults.h"
@@ -24,6 +26,9 @@ struct ArrowOptions {
     /// A row without a score ends the table.
     bool strict = false;
 };
+
+/// Has the columns read that fields are read from, as they read them.
+void UseColumnsOf(std::span<const CaseField> fields, ArrowColumns& columns);
 
 /// How messages call a table in memory.
 inline const std::string kArrowTableName = "the table";

@@ -11,14 +11,15 @@
 
 namespace MCVelscore_850 {
 
-ArrowColumn::ArrowColumn(const ArrowField& field, bool truthsAreTexts, bool nanIsMissing,
+ArrowColumn::ArrowColumn(const ArrowField& field, const ArrowReader& reader, bool nanIsMissing,
                          size_t most)
     : what_(ArrowColumnName(field.name)),
       type_(*field.type),
       hasDictionary_(field.index.has_value()),
       index_(field.index.value_or(ArrowType{})),
-      readsTexts_(type_.IsText() || type_.IsTime() ||
-                  (type_.kind == ArrowKind::Truth && truthsAreTexts)),
+      becomesTexts_(type_.IsText() || type_.IsTime() ||
+                    (type_.kind == ArrowKind::Truth && reader.readsTexts)),
+      shape_(reader.shape),
       nanIsMissing_(nanIsMissing && type_.kind == ArrowKind::Float)
 {
     numbers_.resize(most);
@@ -49,12 +50,12 @@ void ArrowColumn::ReadDictionary(const ArrowArray* dictionary)
     const ArrowValues entries(*dictionary, type_, what, 0, count);
     const auto size = static_cast<size_t>(count);
     entryNumbers_.resize(size);
-    dictionaryOfTexts_ = readsTexts_ || type_.kind == ArrowKind::Null ||
+    dictionaryOfTexts_ = becomesTexts_ || type_.kind == ArrowKind::Null ||
                          !entries.ReadNumbers(0, size, entryNumbers_.data());
     if (dictionaryOfTexts_) {
         entryTexts_.resize(size);
         if (!type_.IsText()) madeEntries_.resize(size);
-        entries.ReadTexts(0, size, entryTexts_.data(), madeEntries_);
+        entries.ReadTexts(0, size, shape_, entryTexts_.data(), madeEntries_);
         return;
     }
     entryPresent_.resize(size);
@@ -74,7 +75,7 @@ TableColumn ArrowColumn::Values(int64_t first, size_t rows)
         return column;
     }
     column.nanIsMissing = nanIsMissing_;
-    if (!readsTexts_) {
+    if (!becomesTexts_) {
         column.numbers = values_.Doubles(first);
         if (column.numbers == nullptr && values_.ReadNumbers(first, rows, numbers_.data())) {
             column.numbers = numbers_.data();
@@ -84,7 +85,7 @@ TableColumn ArrowColumn::Values(int64_t first, size_t rows)
         column.present = values_.PresentBits(first, rows, present_);
         return column;
     }
-    values_.ReadTexts(first, rows, texts_.data(), madeTexts_);
+    values_.ReadTexts(first, rows, shape_, texts_.data(), madeTexts_);
     column.texts = texts_.data();
     return column;
 }
@@ -119,7 +120,7 @@ ArrowColumns::ArrowColumns(const ArrowSchema& schema, bool nanIsMissing, size_t 
     block_.resize(fields_.size());
 }
 
-void ArrowColumns::Use(size_t column, bool truthsAreTexts)
+void ArrowColumns::Use(size_t column, const ArrowReader& reader)
 {
     const ArrowField& field = fields_[column];
     if (!field.type) {
@@ -127,7 +128,7 @@ void ArrowColumns::Use(size_t column, bool truthsAreTexts)
     }
     const auto isIt = [&](const Used& used) { return used.column == column; };
     if (std::any_of(used_.begin(), used_.end(), isIt)) return;
-    used_.push_back({column, ArrowColumn(field, truthsAreTexts, nanIsMissing_, mostRows_)});
+    used_.push_back({column, ArrowColumn(field, reader, nanIsMissing_, mostRows_)});
 }
 
 void ArrowColumns::Begin(const ArrowArray& table)

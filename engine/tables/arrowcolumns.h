@@ -13,6 +13,12 @@
 
 namespace MCVelscore_850 {
 
+/// What reads a column: where that tells how its values become texts.
+struct ArrowReader {
+    bool readsTexts = false;
+    std::optional<DateTimeShape> shape{};  ///< of dates and times, where it reads such
+};
+
 /// One column of tables in Arrow's form, as columns of blocks.
 ///
 /// Numbers   doubles are borrowed as they lie, other floats and whole numbers are converted. A
@@ -27,7 +33,7 @@ namespace MCVelscore_850 {
 class ArrowColumn {
 public:
     /// `field` has a type. `most` rows are read at once.
-    ArrowColumn(const ArrowField& field, bool truthsAreTexts, bool nanIsMissing, size_t most);
+    ArrowColumn(const ArrowField& field, const ArrowReader& reader, bool nanIsMissing, size_t most);
 
     /// Errors  those of ArrowValues, also in what its own structure has of a dictionary.
     void Begin(const ArrowArray& array, int64_t first, int64_t rows);
@@ -42,7 +48,8 @@ private:
     ArrowType type_;
     bool hasDictionary_;
     ArrowType index_;
-    bool readsTexts_;  ///< whatever the values are, they become texts
+    bool becomesTexts_;
+    std::optional<DateTimeShape> shape_;
     bool nanIsMissing_;
 
     ArrowValues values_;  ///< of a dictionary's indexes where there is one
@@ -70,7 +77,7 @@ public:
     /// The names of the columns.
     std::span<const std::string> Header() const { return header_; }
     /// Reads a column from now on. Throws Failure (kArrowType) for a type that isn't taken.
-    void Use(size_t column, bool truthsAreTexts);
+    void Use(size_t column, const ArrowReader& reader);
 
     /// Takes a table for the next one; it stays the caller's, and is to stand until the next.
     ///

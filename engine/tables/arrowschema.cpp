@@ -155,8 +155,9 @@ ArrowOwner<ArrowSchema> MakeArrowSchema(const std::string& format, const std::st
 
 ArrowOwner<ArrowSchema> MakeDictionarySchema(const std::string& name, bool isNullable)
 {
+    const std::string index(1, 'i');
     auto made = std::make_unique<Made>();
-    made->format = "i";
+    made->format = index;
     made->name = name;
     made->dictionary = MakeArrowSchema("u", "", false);
     return Export(std::move(made), isNullable ? ARROW_FLAG_NULLABLE : 0);

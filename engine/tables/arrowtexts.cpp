@@ -131,11 +131,13 @@ void ArrowDecimal::AppendTo(std::string& text) const
     text += digits;
 }
 
-void AppendArrowTime(const ArrowType& type, int64_t number, std::string& text)
+void AppendArrowTime(const ArrowType& type, std::optional<DateTimeShape> wanted, int64_t number,
+                     std::string& text)
 {
     if (type.kind == ArrowKind::Date) {
         const int64_t perDay = type.perSecond == 0 ? 1 : type.perSecond * kSecondsOfDay;
         AppendDay(Divide(number, perDay).whole, text);
+        if (wanted == DateTimeShape::DateTime) text += "T00:00:00";
         return;
     }
     const auto [seconds, part] = Divide(number, type.perSecond);
@@ -149,6 +151,7 @@ void AppendArrowTime(const ArrowType& type, int64_t number, std::string& text)
     }
     const auto [days, ofDay] = Divide(seconds, kSecondsOfDay);
     AppendDay(days, text);
+    if (wanted == DateTimeShape::Date && ofDay == 0 && part == 0) return;
     text += 'T';
     AppendClock(ofDay, part, type.perSecond, text);
     if (type.hasTimeZone) text += 'Z';

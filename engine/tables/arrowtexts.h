@@ -2,10 +2,12 @@
 #define VELSCORE_ENGINE_TABLES_ARROWTEXTS_H
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 
 #include "engine/tables/arrowtype.h"
+#include "host/values/datetimetext.h"
 
 namespace MCVelscore_850 {
 
@@ -30,9 +32,11 @@ private:
 };
 
 /// Appends a date, a time of day or both as tables of texts have them: 2026-11-21, 23:59:59.5,
-/// 2026-11-21T23:59:59.5, with a Z behind where the type has a time zone. A number that is none of
-/// these gives a text that nobody reads as one: beyond the years 0 to 9999, or the hours of a day.
-void AppendArrowTime(const ArrowType& type, int64_t number, std::string& text);
+/// 2026-11-21T23:59:59.5, with a Z behind where the type has a time zone. For who reads dates a
+/// midnight is its date, and for who reads both a date its midnight. A number that is none of these
+/// gives a text that nobody reads as one: beyond the years 0 to 9999, or the hours of a day.
+void AppendArrowTime(const ArrowType& type, std::optional<DateTimeShape> wanted, int64_t number,
+                     std::string& text);
 
 }  // namespace MCVelscore_850
 

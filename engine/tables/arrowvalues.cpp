@@ -205,8 +205,8 @@ bool ArrowValues::ReadNumbers(int64_t first, size_t rows, double* numbers) const
     }
 }
 
-void ArrowValues::ReadTexts(int64_t first, size_t rows, std::string_view* texts,
-                            std::vector<std::string>& made) const
+void ArrowValues::ReadTexts(int64_t first, size_t rows, std::optional<DateTimeShape> wanted,
+                            std::string_view* texts, std::vector<std::string>& made) const
 {
     for (size_t i = 0; i < rows; ++i) {
         const int64_t row = first + static_cast<int64_t>(i);
@@ -216,7 +216,7 @@ void ArrowValues::ReadTexts(int64_t first, size_t rows, std::string_view* texts,
             texts[i] = Text(row);
         } else {
             made[i].clear();
-            AppendText(row, made[i]);
+            AppendText(row, wanted, made[i]);
             texts[i] = made[i];
         }
     }
@@ -272,7 +272,8 @@ bool ArrowValues::Truth(int64_t row) const
     return ((data_[at / 8] >> (at % 8)) & 1) != 0;
 }
 
-void ArrowValues::AppendText(int64_t row, std::string& text) const
+void ArrowValues::AppendText(int64_t row, std::optional<DateTimeShape> wanted,
+                             std::string& text) const
 {
     switch (type_.kind) {
         case ArrowKind::Truth: text += Truth(row) ? "true" : "false"; break;
@@ -282,7 +283,7 @@ void ArrowValues::AppendText(int64_t row, std::string& text) const
         case ArrowKind::Decimal:
             ArrowDecimal({Value(row), type_.bytes}, type_.scale).AppendTo(text);
             break;
-        default: AppendArrowTime(type_, Whole(row), text); break;
+        default: AppendArrowTime(type_, wanted, Whole(row), text); break;
     }
 }
 

@@ -3,12 +3,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "engine/tables/arrowdata.h"
 #include "engine/tables/arrowtype.h"
+#include "host/values/datetimetext.h"
 
 namespace MCVelscore_850 {
 
@@ -51,9 +53,10 @@ public:
     /// and times.
     bool ReadNumbers(int64_t first, size_t rows, double* numbers) const;
     /// The texts of rows as a table of texts would have them, empty where there is no value. They
-    /// view the array or `made`, which has a place for each row.
-    void ReadTexts(int64_t first, size_t rows, std::string_view* texts,
-                   std::vector<std::string>& made) const;
+    /// view the array or `made`, which has a place for each row. `wanted` as AppendArrowTime has
+    /// it.
+    void ReadTexts(int64_t first, size_t rows, std::optional<DateTimeShape> wanted,
+                   std::string_view* texts, std::vector<std::string>& made) const;
     /// The indexes of rows into a dictionary of `count` entries, -1 where there is none.
     void ReadIndexes(int64_t first, size_t rows, int64_t count, int32_t* indexes) const;
 
@@ -64,7 +67,7 @@ private:
     uint64_t Natural(int64_t row) const;
     double Float(int64_t row) const;
     bool Truth(int64_t row) const;
-    void AppendText(int64_t row, std::string& text) const;
+    void AppendText(int64_t row, std::optional<DateTimeShape> wanted, std::string& text) const;
     std::string_view Text(int64_t row) const;
     std::string_view TextView(int64_t row) const;
     template <class Offset>
