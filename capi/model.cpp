@@ -76,7 +76,10 @@ velscore_model::Set::Set(LoadedModel& model, const Settings& settings)
 
 velscore_model::Set::~Set()
 {
-    if (settings_.level) model_.SetConfidenceLevel(level_);
+    try {
+        if (settings_.level) model_.SetConfidenceLevel(level_);
+    } catch (...) {  // no memory for words of it; the level itself is set before them
+    }
     if (settings_.policy) {
         model_.SetPolicy(
             MissingPolicy::Substitute);  // the loaded model's mark, not the model's own

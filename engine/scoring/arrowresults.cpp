@@ -13,8 +13,8 @@ namespace {
 
 constexpr size_t kBlock = ResultBlock::kRows;
 
-// The bits of a block are written whole, wherever the rows before it end.
-size_t RoomFor(size_t rows) { return (rows + kBlock - 1) / kBlock * kBlock + kBlock; }
+// The bytes of a bit a row: those of a block are written whole, wherever the rows before it end.
+size_t BitBytes(size_t rows) { return (rows + kBlock) / 8 + 1; }
 
 ArrowTextBytes TextsOf(std::span<const std::string> texts)
 {
@@ -90,17 +90,16 @@ void ArrowResults::Begin(int64_t most)
     most_ = static_cast<size_t>(most);
     done_ = 0;
     hasFaults_ = false;
-    const size_t room = RoomFor(most_);
     for (size_t i = 0; i < wanted_.size(); ++i) {
         if (!HasValues(i)) continue;
         const bool isCode = wanted_[i].kind == ResultKind::Category;
-        columns_[i].values = MakeArrowBytes(room * (isCode ? sizeof(int32_t) : sizeof(double)));
-        columns_[i].validity = MakeArrowBytes(room / 8);
+        columns_[i].values = MakeArrowBytes(most_ * (isCode ? sizeof(int32_t) : sizeof(double)));
+        columns_[i].validity = MakeArrowBytes(BitBytes(most_));
         columns_[i].presentCount = 0;
     }
-    if (room > zeroRows_) {
-        zeros_ = MakeArrowZeros(room * sizeof(double));
-        zeroRows_ = room;
+    if (most_ > zeroRows_ || zeros_ == nullptr) {
+        zeros_ = MakeArrowZeros(most_ * sizeof(double));
+        zeroRows_ = most_;
     }
 }
 
@@ -140,11 +139,10 @@ void ArrowResults::AddColumn(size_t wanted, const ResultBlock& block)
 // From the first fault of a table on both columns are its own.
 void ArrowResults::AddFaults(const ResultBlock& block)
 {
-    const size_t room = RoomFor(most_);
     if (!hasFaults_) {
         hasFaults_ = true;
-        status_ = {MakeArrowZeros(room * sizeof(int32_t)), nullptr, 0};
-        fields_ = {MakeArrowZeros(room * sizeof(int32_t)), MakeArrowZeros(room / 8), 0};
+        status_ = {MakeArrowZeros(most_ * sizeof(int32_t)), nullptr, 0};
+        fields_ = {MakeArrowZeros(most_ * sizeof(int32_t)), MakeArrowZeros(BitBytes(most_)), 0};
     }
     std::memcpy(status_.values.get() + done_ * sizeof(int32_t), block.status.data(),
                 block.rows * sizeof(int32_t));

@@ -133,7 +133,7 @@ void ArrowColumns::Use(size_t column, const ArrowReader& reader)
 
 void ArrowColumns::Begin(const ArrowArray& table)
 {
-    const std::string what = "the table";
+    constexpr std::string_view what = "the table";
     if (table.release == nullptr) RefuseArrow(what, "the array was released");
     if (table.length < 0 || table.offset < 0 ||
         table.length > std::numeric_limits<int64_t>::max() - table.offset) {
@@ -158,9 +158,10 @@ void ArrowColumns::Begin(const ArrowArray& table)
     }
     for (int64_t i = 0; i < table.n_children; ++i) {
         const ArrowArray* column = table.children[i];
-        const std::string name = ArrowColumnName(header_[static_cast<size_t>(i)]);
-        if (column == nullptr) RefuseArrow(name, "the pointer to its array is null");
-        if (column->release == nullptr) RefuseArrow(name, "the array was released");
+        if (column != nullptr && column->release != nullptr) continue;
+        RefuseArrow(
+            ArrowColumnName(header_[static_cast<size_t>(i)]),
+            column == nullptr ? "the pointer to its array is null" : "the array was released");
     }
     rows_ = table.length;
     offset_ = table.offset;

@@ -49,9 +49,9 @@ void ReadAs(const uint8_t* data, size_t rows, double* numbers)
 
 }  // namespace
 
-void RefuseArrow(const std::string& what, const std::string& why)
+void RefuseArrow(std::string_view what, const std::string& why)
 {
-    throw Failure(FailureKind::Cases, kArrowStructure, {what, why});
+    throw Failure(FailureKind::Cases, kArrowStructure, {std::string(what), why});
 }
 
 std::string ArrowColumnName(std::string_view name)
@@ -59,9 +59,9 @@ std::string ArrowColumnName(std::string_view name)
     return fmt::format("column '{}'", ShortText(name));
 }
 
-ArrowValues::ArrowValues(const ArrowArray& array, const ArrowType& type, std::string what,
+ArrowValues::ArrowValues(const ArrowArray& array, const ArrowType& type, std::string_view what,
                          int64_t first, int64_t rows)
-    : type_(type), what_(std::move(what)), rows_(rows)
+    : type_(type), what_(what), rows_(rows)
 {
     if (array.release == nullptr) RefuseArrow(what_, "the array was released");
     if (array.length < 0 || array.offset < 0 || array.length > kMostRows ||

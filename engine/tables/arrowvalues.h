@@ -15,7 +15,7 @@
 namespace MCVelscore_850 {
 
 /// Throws Failure (kArrowStructure, kind Cases): what of a table or column, and why.
-[[noreturn]] void RefuseArrow(const std::string& what, const std::string& why);
+[[noreturn]] void RefuseArrow(std::string_view what, const std::string& why);
 /// How messages call a column.
 std::string ArrowColumnName(std::string_view name);
 
@@ -28,9 +28,10 @@ std::string ArrowColumnName(std::string_view name);
 class ArrowValues {
 public:
     ArrowValues() = default;
-    /// `rows` rows from `first` on, both of the table; `what` is how messages call the array.
-    ArrowValues(const ArrowArray& array, const ArrowType& type, std::string what, int64_t first,
-                int64_t rows);
+    /// `rows` rows from `first` on, both of the table; `what`, which is borrowed too, is how
+    /// messages call the array.
+    ArrowValues(const ArrowArray& array, const ArrowType& type, std::string_view what,
+                int64_t first, int64_t rows);
 
     int64_t Rows() const { return rows_; }
     /// False where there are no nulls.
@@ -78,7 +79,7 @@ private:
     }
 
     ArrowType type_;
-    std::string what_;
+    std::string_view what_;
     const uint8_t* validity_ = nullptr;
     const uint8_t* data_ = nullptr;  ///< values, offsets of texts or views of them
     const void** buffers_ = nullptr;

@@ -293,7 +293,7 @@ constexpr Message kCatalogue[] = {
     {kOutputNotWritten, "ss", "{0} can't be written: {1}",
      "Name a file that may be written, in a folder that is there and lets files be made: until it "
      "is whole, a temporary one stands beside it."},
-    {kUnknownKeptColumn, "ss", "--keep names '{0}', which is no column of {1}",
+    {kUnknownKeptColumn, "ss", "'{0}' is to be kept, and is no column of {1}",
      "Name columns of the table, or 'all'."},
     {kOutputFull, "ss", "{0} can't be written: {1}",
      "Make room or choose another place, and start again."},
