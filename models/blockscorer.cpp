@@ -1,7 +1,6 @@
 #include "models/blockscorer.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 
 #include "host/values/datetimetext.h"
@@ -25,11 +24,9 @@ bool IsPresent(const BatchColumn& column, size_t row)
     return column.present == nullptr || ((column.present[row / 8] >> (row % 8)) & 1) != 0;
 }
 
-// True when the variable takes the number of a column for a good value. What NaN stands for, the
-// table's reader knows, so its rows are left.
+// True when the variable takes the number of a column for a good value.
 bool AcceptsNumber(const ScoreDictVar& var, double number)
 {
-    if (std::isnan(number)) return false;
     if (var.SurelyAccepts(number)) return true;
     if (var.GetValueType() == ScoreDictVar::DATETIME) {
         const double shift = OriginShift(var.GetDateTimeType());

@@ -111,7 +111,7 @@ void ArrowResults::Add(const ResultBlock& block)
     const bool isSound = std::all_of(block.status.begin(),
                                      block.status.begin() + static_cast<std::ptrdiff_t>(block.rows),
                                      [](int32_t status) { return status == 0; });
-    if (!isSound || hasFaults_) AddFaults(block);
+    if (!isSound) AddFaults(block);
     if (block.categories.size() != categoryCount_) {
         categories_ = TextsOf(block.categories);
         categoryCount_ = block.categories.size();

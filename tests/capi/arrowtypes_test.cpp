@@ -268,8 +268,9 @@ TEST(Offsets, OfTheTableAndOfAColumnAddUp)
     table.length = 3;
     table.buffers = {std::nullopt};
     table.children = {x, sex};
-    EXPECT_EQ(NumbersOf(ScoresOf(TestModel().Text(), table), "prediction"),
-              (std::vector<double>{3, kNull, 5}));
+    const ReadTables scores = ScoresOf(TestModel().Text(), table, {.keep = {"x"}});
+    EXPECT_EQ(NumbersOf(scores, "prediction"), (std::vector<double>{3, kNull, 5}));
+    EXPECT_EQ(NumbersOf(scores, "x"), (std::vector<double>{1, kNull, 2}));
 }
 
 TEST(Keep, HandsColumnsOfAnyTypeOnRowForRow)
