@@ -79,9 +79,7 @@ void TellPlace(const Failure& failure, const Place& place, velscore_error& error
 // Of what isn't a Failure.
 int TellOther(velscore_error* error, int code, const std::string& argument)
 {
-    const Failure failure(
-        FailureKind::Plugin, code,
-        argument.empty() ? std::vector<std::string>() : std::vector<std::string>{argument});
+    const Failure failure(FailureKind::Plugin, code, {argument});
     if (error != nullptr) {
         error->text = CopyOf(failure.what());
         SetText(error->remedy, failure.Remedy());
@@ -103,7 +101,7 @@ int TellAny(velscore_error* error, const Place& place)
         }
         return failure.Code();
     } catch (const std::bad_alloc&) {
-        return TellOther(error, kOutOfMemory, {});
+        return TellOther(error, kOutOfMemory, "what was asked for");
     } catch (const std::exception& defect) {
         return TellOther(error, kDefect, defect.what());
     } catch (...) {

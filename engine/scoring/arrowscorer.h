@@ -22,7 +22,7 @@ class LoadedModel;
 struct ArrowOptions {
     TableOptions table{};
     OutputOptions output{};
-    bool nanIsMissing = true;  ///< else it is read as the text NaN
+    bool nanIsMissing = true;  ///< else a value that is not valid
     /// A row without a score ends the table.
     bool strict = false;
 };

@@ -1,7 +1,6 @@
 #include "engine/scoring/casefield.h"
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 
 #include "engine/tables/columnblock.h"
@@ -19,7 +18,6 @@ namespace MCVelscore_850 {
 namespace {
 
 constexpr std::string_view kNotAvailable = "NA";
-constexpr std::string_view kNotANumberText = "NaN";
 
 CaseField::Kind KindOf(const ScoreDictVar& var)
 {
@@ -130,12 +128,7 @@ long CaseField::SetAndTreat(const TableColumn& column, size_t row, bool& unliste
     if (column.numbers == nullptr) {
         code = SetText(column.Text(row));
     } else if (column.IsPresent(row)) {
-        const double number = column.numbers[row];
-        if (std::isnan(number)) {
-            code = SetText(kNotANumberText);  // as a table of texts would have it
-        } else {
-            SetNumber(number);
-        }
+        SetNumber(column.numbers[row]);
     } else {
         value_->SetTakenAsIs(false);
         SetMissing();

@@ -381,7 +381,7 @@ constexpr Message kCatalogue[] = {
      "Give a column for each name that was bound, or result that there is."},
     {kColumnPointers, "s", "column '{0}' needs either numbers, or texts, or codes with their texts",
      "Set one of the pointers, and the count of the texts."},
-    {kOutOfMemory, "", "there is no memory left", "Score fewer rows at once."},
+    {kOutOfMemory, "s", "there is no memory left for {0}", "Score fewer rows at once."},
     {kDefect, "s", "something went wrong that shouldn't: {0}",
      "Tell the makers of velscore what was called."},
 };

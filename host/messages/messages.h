@@ -191,7 +191,7 @@ inline constexpr int kPolicyIgnored = 269406;   // policy, family
 inline constexpr int kRowNotScored = 269407;    // row, status, field
 inline constexpr int kColumnCount = 269408;     // what for, found, expected
 inline constexpr int kColumnPointers = 269409;  // column
-inline constexpr int kOutOfMemory = 269410;     // nothing
+inline constexpr int kOutOfMemory = 269410;     // what for
 inline constexpr int kDefect = 269411;          // what was thrown
 
 }  // namespace MCVelscore_850

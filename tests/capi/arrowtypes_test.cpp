@@ -239,7 +239,8 @@ TEST(Nan, IsMissingUnlessItIsToBeInvalid)
     numbers[599] = nan;
     const MadeArray table = Table({Numbers("x", numbers), Same("sex", "f", 600)});
     TestModel replacing;
-    replacing.xMining = R"(<MiningField name="x" missingValueReplacement="5"/>)";
+    replacing.xMining = R"(<MiningField name="x" missingValueReplacement="5"
+      invalidValueTreatment="returnInvalid"/>)";
     const ReadTables missing = ScoresOf(replacing.Text(), table);
     for (const size_t row : {1, 599}) {
         EXPECT_EQ(NumbersOf(missing, "prediction")[row], 11) << row;
@@ -248,7 +249,7 @@ TEST(Nan, IsMissingUnlessItIsToBeInvalid)
     const ReadTables invalid = ScoresOf(replacing.Text(), table, {.nan = "invalid"});
     for (const size_t row : {1, 599}) {
         EXPECT_EQ(NumbersOf(invalid, "prediction")[row], kNull) << row;
-        EXPECT_EQ(NumbersOf(invalid, "status")[row], 269050) << row;
+        EXPECT_EQ(NumbersOf(invalid, "status")[row], 269052) << row;
         EXPECT_EQ(invalid.Named("status_field")[row].text, "x") << row;
     }
     // Without a replacement a missing value has no score, in no other way than a null.
