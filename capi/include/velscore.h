@@ -181,7 +181,7 @@ struct velscore_csv_options {
     const char* delimiter;                      /* one byte; null: a comma */
     const char* decimal;                        /* one byte; null: a point */
     int no_header;                              /* not 0: columns are the model's in its order */
-    size_t threads;                             /* 0: as many as the process may use, and never more */
+    size_t threads; /* 0: as many as the process may use, and never more */
 };
 #define VELSCORE_CSV_OPTIONS_INIT                                   \
     {                                                               \
