@@ -145,6 +145,6 @@ int velscore_verify(const velscore_model* model, char** json, velscore_error* er
         options.verification = true;
         const std::unique_ptr<LoadedModel> read = Given(model, "model").ReadAgain(options);
         const VerificationReport report = Verify(*read, *read->Verification());
-        text = NewText(VerificationJson(read->File(), report));
+        text = NewText(VerificationJson(*read, report));
     });
 }

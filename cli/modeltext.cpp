@@ -183,6 +183,7 @@ std::string ModelText(const LoadedModel& model)
     AddColumns(out, "columns of the output", schema.ValueColumns());
     AddColumns(out, "columns on request (--columns)", ColumnsOnRequest(about));
     for (const std::string& adaptation : model.Adaptations()) AddLine(out, "adapted", adaptation);
+    for (const std::string& notice : model.Notices()) AddLine(out, "notice", notice);
     return out;
 }
 

@@ -42,7 +42,8 @@ int Emit(const VerifyArguments& arguments, LoadOptions options, Console& console
     }
     if (arguments.json) throw UsageError("--emit has no report to write as JSON");
     RefuseOutputOntoDocument(arguments.output, arguments.model);
-    LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin), options);
+    LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.document.plugin),
+                      options);
     const std::unique_ptr<ByteSource> cases = OpenTable(arguments.emit);
     RefuseOutputOntoTable(arguments.output, arguments.emit);
     const MadeVerification made = MakeVerification(model, *cases, {});
@@ -56,16 +57,16 @@ int Emit(const VerifyArguments& arguments, LoadOptions options, Console& console
 
 int RunVerify(const VerifyArguments& arguments, Console& console)
 {
-    LoadOptions options;
-    options.asIs = arguments.asIs;
+    LoadOptions options = LoadOptionsOf(arguments.document);
     options.output = OutputColumns::DocumentIfAny;
     if (!arguments.emit.empty()) return Emit(arguments, options, console);
     if (arguments.output != "-") throw UsageError("-o has a meaning with --emit alone");
     options.verification = true;
-    LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin), options);
+    LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.document.plugin),
+                      options);
     const VerificationReport report = Verify(model, *model.Verification());
     if (arguments.json) {
-        PrintOut(VerificationJson(model.File(), report));
+        PrintOut(VerificationJson(model, report));
     } else {
         for (const Difference& difference : report.differences) {
             PrintOut(DifferenceText(difference));
@@ -73,6 +74,7 @@ int RunVerify(const VerifyArguments& arguments, Console& console)
     }
     console.Say(fmt::format("{} records, {} values compared, {} differ", report.records,
                             report.compared, report.differences.size()));
+    console.SayFindings(model);
     return report.differences.empty() ? kExitDone : kExitDifferences;
 }
 

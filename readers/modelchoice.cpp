@@ -27,16 +27,12 @@ std::string SelectorName(const ModelHead& head)
     return algorithm.empty() ? head.attribute(Tags::XML_ATT_RM_MODEL_NAME) : algorithm;
 }
 
-// A multinomial model with a generalized selector. A binomial logit model stays with the
-// multinomial class, and only another link goes to the generalized one, on purpose.
 ModelChoice GeneralizedMultinomial(const ModelHead& head)
 {
-    if (head.attribute(Tags::XML_VAL_RM_EXT_NAME_DISTRIBUTION) ==
-            Tags::XML_VAL_RM_EXT_VALUE_DIST_BINOMIAL &&
-        head.attribute(Tags::XML_ATT_LINKFUNCTION) != Tags::XML_VAL_LINKFUNCTION_LOGIT) {
-        return {kGeneralizedLinear, false};
-    }
-    return {kMultinomialGeneralized, true};
+    const FamilyCode code = FamilyUnderLink(kMultinomialGeneralized,
+                                            head.attribute(Tags::XML_VAL_RM_EXT_NAME_DISTRIBUTION),
+                                            head.attribute(Tags::XML_ATT_LINKFUNCTION));
+    return {code, code != kGeneralizedLinear};
 }
 
 ModelChoice GeneralizedLinear(const ModelHead& head)

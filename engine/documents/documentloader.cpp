@@ -3,8 +3,13 @@
 #include <utility>
 #include <vector>
 
+#include <xercesc/util/TransService.hpp>
+#include <xercesc/util/XMLString.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
 #include "engine/documents/documenttree.h"
-#include "engine/documents/treetext.h"
+#include "engine/documents/element.h"
+#include "engine/documents/names.h"
 #include "engine/messages/digest.h"
 #include "engine/messages/failure.h"
 #include "engine/tables/bytesource.h"
@@ -21,17 +26,32 @@ constexpr size_t kReadBytes = size_t{1} << 20;
 // The root of the older form.
 constexpr std::string_view kLegacyRoot = "zelt-ml";
 
-// What comes after the guard: the tree, and a look at its root.
-Document Build(std::string_view bytes, const std::string& file,
-               const std::vector<ElementPlace>& places)
+// The bytes in UTF-8. What the tree's parser could read can be read again.
+std::string TextOf(const Document& document, std::string_view bytes)
 {
+    const XMLCh* encoding = document.GetTree().dom->getInputEncoding();
+    if (encoding == nullptr ||
+        xercesc::XMLString::compareIString(encoding, xercesc::XMLUni::fgUTF8EncodingString) == 0) {
+        return std::string(bytes);
+    }
+    const xercesc::TranscodeFromStr text(reinterpret_cast<const XMLByte*>(bytes.data()),
+                                         bytes.size(), Utf8FromXml(encoding).c_str());
+    return Utf8FromXml(text.str());
+}
+
+// What comes after the guard: the tree, a look at its root, and what is kept of the bytes.
+Document Build(std::string_view bytes, const std::string& file,
+               const std::vector<ElementPlace>& places, const Keeping& keeping)
+{
+    if (keeping.sha256 != nullptr) *keeping.sha256 = Sha256Of(bytes);
     auto tree = std::make_unique<Document::Tree>();
-    tree->dom = BuildTree(bytes, file, places);
+    tree->dom = BuildTree(bytes, file, places, keeping.comments);
     Document document(file, std::move(tree));
     const std::string_view root = LocalNameOf(document.RootName());
     if (root != PMMLModelTags::XML_ELE_PMML && root != kLegacyRoot) {
         throw Failure(FailureKind::Document, kNotAModelDocument, {file, document.RootName()});
     }
+    if (keeping.text != nullptr) *keeping.text = TextOf(document, bytes);
     return document;
 }
 
@@ -40,17 +60,17 @@ Document Build(std::string_view bytes, const std::string& file,
 Document::Document(std::string file, std::unique_ptr<Tree> tree)
     : file_(std::move(file)), tree_(std::move(tree))
 {
-    const xercesc::DOMElement* root = tree_->dom->getDocumentElement();
-    rootName_ = Utf8FromXml(root->getTagName());
-    versionText_ =
-        Utf8FromXml(root->getAttribute(XmlFromUtf8(PMMLModelTags::XML_ATT_VERSION).c_str()));
+    rootName_ = Root().Tag();
+    versionText_ = Root().Text(PMMLModelTags::XML_ATT_VERSION);
 }
 
 Document::Document(Document&&) noexcept = default;
 Document& Document::operator=(Document&&) noexcept = default;
 Document::~Document() = default;
 
-Document LoadDocument(const std::string& path, const DocumentLimits& limits, std::string* sha256)
+Element Document::Root() const { return Element(tree_->dom->getDocumentElement()); }
+
+Document LoadDocument(const std::string& path, const DocumentLimits& limits, const Keeping& keeping)
 {
     InputFile input(path, nullptr, FailureKind::Document);
     if (input.Size() > limits.documentBytes) RefuseDocumentSize(input.Name(), limits.documentBytes);
@@ -66,18 +86,17 @@ Document LoadDocument(const std::string& path, const DocumentLimits& limits, std
     }
     if (bytes.empty()) throw Failure(FailureKind::Document, kEmptyDocument, {input.Name()});
     guard.Finish();
-    if (sha256 != nullptr) *sha256 = Sha256Of(bytes);
-    return Build(bytes, input.Name(), guard.Places());
+    return Build(bytes, input.Name(), guard.Places(), keeping);
 }
 
 Document LoadDocumentText(std::string_view bytes, const std::string& file,
-                          const DocumentLimits& limits)
+                          const DocumentLimits& limits, const Keeping& keeping)
 {
     if (bytes.empty()) throw Failure(FailureKind::Document, kEmptyDocument, {file});
     DocumentGuard guard(file, limits);
     guard.Feed(bytes);
     guard.Finish();
-    return Build(bytes, file, guard.Places());
+    return Build(bytes, file, guard.Places(), keeping);
 }
 
 }  // namespace MCVelscore_850

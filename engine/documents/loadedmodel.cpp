@@ -5,13 +5,13 @@
 #include <ostream>
 #include <unordered_set>
 
+#include "engine/documents/audit/documentaudit.h"
 #include "engine/documents/documentadapter.h"
 #include "engine/documents/documentloader.h"
 #include "engine/documents/miningtreatments.h"
 #include "engine/documents/modelreading.h"
 #include "engine/documents/outputsection.h"
 #include "engine/documents/verificationsection.h"
-#include "engine/messages/digest.h"
 #include "host/expressions/transformvar.h"
 #include "host/messages/messages.h"
 #include "host/messages/vsexception.h"
@@ -34,54 +34,111 @@ void RestoreTargetOrder(ModelDescription& description)
     std::rotate(quantities.begin() + 1, quantities.end() - 1, quantities.end());
 }
 
+const Finding& FirstFault(const Findings& findings)
+{
+    const auto& kept = findings.Kept();
+    return *std::find_if(kept.begin(), kept.end(),
+                         [](const Finding& finding) { return finding.answer == Answer::Fault; });
+}
+
+void RefuseFaults(Findings& findings, const std::string& file)
+{
+    if (findings.CountOf(Answer::Fault) == 0) return;
+    findings.Sort();
+    throw DocumentFaults(std::move(findings), file);
+}
+
+// `sha256` is the model's.
+Keeping KeepingOf(const LoadOptions& options, std::string& sha256)
+{
+    return {.sha256 = options.digest ? &sha256 : nullptr, .text = options.text};
+}
+
 }  // namespace
 
-DocumentFailure::DocumentFailure(const VSException& refusal, std::string file)
+DocumentFailure::DocumentFailure(const VSException& refusal, std::string file, Findings found)
     : Failure(FailureKind::Document, refusal.GetErrorCode(), refusal.GetArguments()),
       file_(std::move(file)),
       line_(refusal.GetPlace().line),
       column_(refusal.GetPlace().column),
-      path_(refusal.GetPlace().path)
+      path_(refusal.GetPlace().path),
+      found_(std::move(found))
+{
+    found_.Sort();
+}
+
+DocumentFailure::DocumentFailure(std::string file, const Finding& fault, Findings found)
+    : Failure(FailureKind::Document, kDocumentFault, {fault.text, std::string(fault.rule->name)},
+              fault.remedy),
+      file_(std::move(file)),
+      line_(fault.place.line),
+      column_(fault.place.column),
+      path_(fault.place.path),
+      found_(std::move(found))
 {}
 
 DocumentFailure::~DocumentFailure() = default;
+
+DocumentFaults::DocumentFaults(Findings findings, std::string file)
+    : DocumentFailure(std::move(file), FirstFault(findings), findings)
+{}
+
+DocumentFaults::~DocumentFaults() = default;
 
 LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> plugin,
                          const LoadOptions& options)
     : plugin_(std::move(plugin))
 {
-    Read(LoadDocument(path, {}, options.digest ? &sha256_ : nullptr), options);
+    Document document = LoadDocument(path, {}, KeepingOf(options, sha256_));
+    Read(document, options);
 }
 
 LoadedModel::LoadedModel(const DocumentText& text, std::shared_ptr<const Plugin> plugin,
                          const LoadOptions& options)
     : plugin_(std::move(plugin))
 {
-    Read(LoadDocumentText(text.bytes, text.name), options);
-    if (options.digest) sha256_ = Sha256Of(text.bytes);
+    Document document = LoadDocumentText(text.bytes, text.name, {}, KeepingOf(options, sha256_));
+    Read(document, options);
+}
+
+LoadedModel::LoadedModel(Document& document, std::shared_ptr<const Plugin> plugin,
+                         const LoadOptions& options)
+    : plugin_(std::move(plugin))
+{
+    Read(document, options);
 }
 
 LoadedModel::~LoadedModel() = default;
 
-void LoadedModel::Read(Document document, const LoadOptions& options)
+void LoadedModel::Read(Document& document, const LoadOptions& options)
 {
     file_ = document.File();
     bool rotatedTarget = false;
+    const auto note = [&](std::vector<Adaptation> adaptations) {
+        for (Adaptation& adaptation : adaptations) {
+            findings_.AddAdapted(*adaptation.rule, adaptation.place, adaptation.change);
+            rotatedTarget |= adaptation.rotatedTarget;
+            std::move(adaptation.listedByCells.begin(), adaptation.listedByCells.end(),
+                      std::back_inserter(listedByCells_));
+        }
+    };
+    DocumentAudit audit(document, options.allowed, findings_);
     try {
         if (!options.asIs) {
-            for (Adaptation& adaptation : AdaptDocument(document)) {
-                adaptations_.push_back(adaptation.ToString());
-                rotatedTarget |= adaptation.rotatedTarget;
-                std::move(adaptation.listedByCells.begin(), adaptation.listedByCells.end(),
-                          std::back_inserter(listedByCells_));
-            }
+            note(AdaptNames(document));
+            audit.LookAtNames();
+            note(AdaptDocument(document));
+            audit.LookAtTree();
+            RefuseFaults(findings_, file_);
         }
         treatments_ = ReadMiningTreatments(document);
         model_ = ReadModel(*plugin_, document);
         if (options.output != OutputColumns::Own) output_ = ReadOutputSection(document, *model_);
         if (options.verification) verification_ = ReadVerification(document);
     } catch (const VSException& refusal) {
-        throw DocumentFailure(refusal, file_);
+        // A fault that was found before may be why.
+        RefuseFaults(findings_, file_);
+        throw DocumentFailure(refusal, file_, std::move(findings_));
     }
     if (options.output == OutputColumns::Document && !output_) {
         throw Failure(FailureKind::Document, kNoOutputSection, {file_});
@@ -90,7 +147,21 @@ void LoadedModel::Read(Document document, const LoadOptions& options)
         throw Failure(FailureKind::Document, kNoVerification, {file_});
     }
     model_->Describe(description_);
+    if (!options.asIs) {
+        audit.LookAtModel(description_);
+        RefuseFaults(findings_, file_);
+        findings_.Sort();
+    }
     if (rotatedTarget) RestoreTargetOrder(description_);
+}
+
+std::vector<std::string> LoadedModel::Lines(Answer answer) const
+{
+    std::vector<std::string> lines;
+    for (const Finding& finding : findings_.Kept()) {
+        if (finding.answer == answer) lines.push_back(finding.ToString());
+    }
+    return lines;
 }
 
 void LoadedModel::SetPolicy(MissingPolicy policy)

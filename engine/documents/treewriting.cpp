@@ -32,26 +32,22 @@ OwnedTree NewTree(const std::string& nameSpace, const std::string& root)
                                                      XmlFromUtf8(root).c_str(), nullptr));
 }
 
-xercesc::DOMElement* AddElement(xercesc::DOMElement* parent, const std::string& tag)
-{
-    xercesc::DOMElement* element = parent->getOwnerDocument()->createElementNS(
-        parent->getNamespaceURI(), XmlFromUtf8(tag).c_str());
-    parent->appendChild(element);
-    return element;
-}
-
-std::string TreeText(const xercesc::DOMDocument& tree)
+std::string TreeText(const xercesc::DOMDocument& tree, TreeForm form)
 {
     xercesc::DOMImplementation& implementation = Implementation();
     const std::unique_ptr<xercesc::DOMLSSerializer, Release> serializer(
         implementation.createLSSerializer());
-    serializer->getDomConfig()->setParameter(xercesc::XMLUni::fgDOMWRTFormatPrettyPrint, true);
+    serializer->getDomConfig()->setParameter(xercesc::XMLUni::fgDOMWRTFormatPrettyPrint,
+                                             form == TreeForm::Indented);
     const std::unique_ptr<xercesc::DOMLSOutput, Release> output(implementation.createLSOutput());
     xercesc::MemBufFormatTarget target;
     output->setByteStream(&target);
     output->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
     serializer->write(&tree, output.get());
-    return {reinterpret_cast<const char*>(target.getRawBuffer()), target.getLen()};
+    std::string text(reinterpret_cast<const char*>(target.getRawBuffer()), target.getLen());
+    // The tree has no blanks outside of its root.
+    if (form == TreeForm::AsItIs) text.insert(text.find("?>") + 2, "\n");
+    return text;
 }
 
 }  // namespace MCVelscore_850

@@ -100,6 +100,7 @@ std::string ModelJson(const LoadedModel& model)
     }
     json["columnsOnRequest"] = std::move(onRequest);
     json["adapted"] = model.Adaptations();
+    json["notices"] = model.Notices();
     return JsonText(json);
 }
 

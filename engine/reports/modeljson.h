@@ -8,7 +8,7 @@ namespace MCVelscore_850 {
 class LoadedModel;
 
 /// What a model is, for programs: family, target, predictors, equations, what each result column
-/// holds. Numbers that aren't finite are null.
+/// holds, what was adapted and noticed in its document. Numbers that aren't finite are null.
 std::string ModelJson(const LoadedModel& model);
 
 }  // namespace MCVelscore_850

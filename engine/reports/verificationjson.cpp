@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "engine/documents/loadedmodel.h"
 #include "engine/reports/jsontext.h"
 #include "engine/scoring/verification.h"
 
@@ -9,7 +10,7 @@ namespace MCVelscore_850 {
 
 using Json = nlohmann::ordered_json;
 
-std::string VerificationJson(const std::string& file, const VerificationReport& report)
+std::string VerificationJson(const LoadedModel& model, const VerificationReport& report)
 {
     Json differences = Json::array();
     for (const Difference& difference : report.differences) {
@@ -23,7 +24,9 @@ std::string VerificationJson(const std::string& file, const VerificationReport& 
              {"statusField", difference.faultyField},
              {"statusText", difference.faultyText ? Json(*difference.faultyText) : Json()}});
     }
-    return JsonText({{"document", file},
+    return JsonText({{"document", model.File()},
+                     {"adapted", model.Adaptations()},
+                     {"notices", model.Notices()},
                      {"records", report.records},
                      {"compared", report.compared},
                      {"differences", std::move(differences)}});

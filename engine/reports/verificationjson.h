@@ -5,10 +5,12 @@
 
 namespace MCVelscore_850 {
 
+class LoadedModel;
 struct VerificationReport;
 
-/// What a verification found, for programs: how much was compared, and every difference.
-std::string VerificationJson(const std::string& file, const VerificationReport& report);
+/// What a verification of a model found, for programs: what was adapted and noticed in the document,
+/// how much was compared, and every difference.
+std::string VerificationJson(const LoadedModel& model, const VerificationReport& report);
 
 }  // namespace MCVelscore_850
 

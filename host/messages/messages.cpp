@@ -11,7 +11,6 @@ namespace MCVelscore_850 {
 
 namespace {
 
-constexpr char kReexport[] = "Export the model again, or mend the document at the place named.";
 constexpr char kMendNumber[] =
     "Write a decimal number with a point, an optional sign and an optional exponent.";
 constexpr char kMendCase[] =
@@ -25,7 +24,6 @@ constexpr char kFetchPacked[] =
     "Fetch or compress the table again; gzip -t FILE or zstd -t FILE tells whether it is whole.";
 constexpr char kKeepOlderForm[] =
     "Score the document as it is: the older form is read like the published one.";
-constexpr char kMendExpression[] = "Mend the expression of the derived field.";
 
 // Every message, in ascending order of the codes.
 constexpr Message kCatalogue[] = {
@@ -37,7 +35,8 @@ constexpr Message kCatalogue[] = {
      "Check the case for values outside the range that the model was fitted on."},
     {90029, "", "the case can't be scored: a value is missing or not valid", kMendCase},
 
-    {260115, "ss", "{0} is required in {1} and is not there", kReexport},
+    {260115, "ss", "{0} is required in {1} and is not there",
+     "Add it at the place named, or export the model again with it."},
     {260117, "ss", "{0} of a {1} is required where outliers are treated as extreme values",
      "Give the field a lowValue, or another outlier treatment."},
     {260118, "ss", "{0} of a {1} is required where outliers are treated as extreme values",
@@ -52,18 +51,23 @@ constexpr Message kCatalogue[] = {
     {260126, "s", "{0} has a role already, or is categorical without a list of its categories",
      "Name each field once in the mining schema, and list the values of categorical fields."},
     {260127, "ss", "{0} is not a valid value of {1}",
-     "Declare the value in the DataField, or correct it where the model names it."},
-    {260130, "ss", "{0} and {1} give no predictors", kReexport},
-    {260131, "ss", "{0} and {1} give no covariates", kReexport},
+     "Correct the value at the place named: it has to be of the field's type, and one of the "
+     "values "
+     "that the field lists."},
+    {260130, "ss", "{0} and {1} give no predictors", "List the model's factors and covariates."},
+    {260131, "ss", "{0} and {1} give no covariates", "List the model's covariates."},
     {260133, "", "the model has no target variable",
      "Give one field of the mining schema the usage type target."},
-    {260153, "sss", "{0} was not expected as {1} in {2}", kReexport},
+    {260153, "sss", "{0} was not expected as {1} in {2}",
+     "Correct or remove it at the place named: a list holds its own elements alone, an attribute "
+     "one of the standard's words, and a factor is categorical or ordinal."},
     {260155, "s", "{0} is used in a cell and is neither a factor nor a covariate",
      "List the field in FactorList or CovariateList."},
     {260161, "s", "{0} is named by the model and is no active field of the mining schema",
      "Add the field to the mining schema as active."},
     {260162, "ss", "the {0} of {1} was refused", kMendMatrix},
-    {260178, "sss", "{0} was found where {1} stands in {2}", kReexport},
+    {260178, "sss", "{0} was found where {1} stands in {2}",
+     "Correct or remove the element at the place named."},
     {260179, "ssss", "{0} is the {1} of the offset variable {2}; it has to be {3}",
      "Declare the offset variable as continuous."},
     {260180, "sss", "a covariate has to be {0} by its {1}, and {2} is not",
@@ -72,9 +76,10 @@ constexpr Message kCatalogue[] = {
      "Declare the two categories of the target."},
     {260184, "sss", "the target has to be {0} by its {1}, and {2} is not",
      "Declare the target as continuous, or mark the model as classification."},
-    {260188, "sss", "a covariance cell needs {0} and {1} in a model of type {2}", kReexport},
+    {260188, "sss", "a covariance cell needs {0} and {1} in a model of type {2}",
+     "Name the target categories of both parameters in each PCovCell, or remove the PCovMatrix."},
     {260191, "ss", "a covariance cell can't be placed by its {0} in a model of type {1}",
-     kReexport},
+     "Remove the category from the PCovCell, or remove the PCovMatrix."},
     {260192, "sss",
      "a conditional logistic model ({2}) takes no {0} (by its {1}) and needs the list of its "
      "target's categories",
@@ -90,7 +95,8 @@ constexpr Message kCatalogue[] = {
      "Name either a variable or a value, once, and none where the family takes none."},
     {260225, "ss", "the model refused {0} as {1}",
      "Name either a variable or a value, once, and none where the family takes none."},
-    {260227, "ss", "the role that the {0} gives {1} was refused", kReexport},
+    {260227, "ss", "the role that the {0} gives {1} was refused",
+     "Correct the usageType of the field in the mining schema."},
     {260246, "sssss", "{0} rows by {1}, and {2} elements {3} in {4}", kMendMatrix},
     {260249, "ssss", "{0} rows by {1}, and {2} categories of {3}", kMendMatrix},
     {260251, "ssssss", "{0} reference points ({1}, {2}), and {3} elements {4} in the {5}",
@@ -109,11 +115,12 @@ constexpr Message kCatalogue[] = {
     {kNotANumber, "ss", "the {1} '{0}' is not a number", kMendNumber},
     {kNotAnInteger, "ss", "the {1} '{0}' is not a whole number", "Write a whole number."},
     {kNumberTooLarge, "ss", "the {1} '{0}' is too large for a number", kMendNumber},
-    {kArrayLength, "dd", "an array has {0} numbers, {1} are expected", kReexport},
+    {kArrayLength, "dd", "an array has {0} numbers, {1} are expected",
+     "Give the array a number for each column of its matrix."},
     {kUnknownEncoding, "s", "the encoding '{0}' is not known", "Use UTF-8."},
     {kDuplicateField, "s", "the field {0} is declared twice", "Declare each field once."},
     {kUnknownDataType, "sss", "'{0}' is no {1} that the standard knows, for the field {2}",
-     "Use one of the standard's types."},
+     "Use one of the standard's words, in its own spelling."},
     {kExpressionNotSupported, "ss", "{0} in the derived field {1} is not supported",
      "Compute the field before scoring and give it as a column, with the document naming it in "
      "its data dictionary."},
@@ -121,15 +128,17 @@ constexpr Message kCatalogue[] = {
      "Use a supported function, or compute the field before scoring."},
     {kWrongArgumentCount, "sdss",
      "the function '{0}' takes {2} arguments and has {1} in the derived field {3}",
-     kMendExpression},
+     "Give the function as many arguments as it takes."},
     {kUnknownFieldReference, "ss", "{0} is used by the derived field {1} and is not declared",
      "Declare the field, or correct its name."},
-    {kDerivedFieldCycle, "s", "the derived field {0} depends on itself", kMendExpression},
-    {kExpressionMissing, "s", "the derived field {0} has no expression", kMendExpression},
+    {kDerivedFieldCycle, "s", "the derived field {0} depends on itself",
+     "Let its expression, and those of the fields that it uses, go without it."},
+    {kExpressionMissing, "s", "the derived field {0} has no expression",
+     "Give the derived field one expression, such as FieldRef or Apply."},
     {kNormPoints, "s",
      "NormContinuous in the derived field {0} needs two LinearNorm elements or more, their orig "
      "values ascending",
-     kMendExpression},
+     "List two LinearNorm elements or more by ascending orig, each once."},
     {kExpressionTooDeep, "s",
      "the derived field {0} stands on too long a chain of fields and functions",
      "Shorten the chain of derived fields, or nest fewer functions."},
@@ -215,7 +224,7 @@ constexpr Message kCatalogue[] = {
      "Give a PMML document with a GeneralRegressionModel."},
 
     {kNotOfDataType, "sss", "'{0}' is no value of the type {1}, in the derived field {2}",
-     kMendExpression},
+     "Write a value of that type, or correct the dataType."},
     {kDuplicateFunction, "s", "the function '{0}' is defined twice, or is a built-in one",
      "Give each function a name of its own."},
     {kFunctionCycle, "s", "the function '{0}' calls itself",
@@ -269,6 +278,11 @@ constexpr Message kCatalogue[] = {
      "Export the model with indicator variables."},
     {kOtherModel, "s", "the document holds a {0}; velscore reads a GeneralRegressionModel alone",
      "Export the model as a GeneralRegressionModel, where its program can."},
+
+    {kDocumentFault, "ss", "{0} [{1}]",
+     "velscore check shows every fault of the document; --allow with a rule's name scores it all "
+     "the "
+     "same."},
 
     {kPluginNotLoaded, "ss", "the plug-in {0} can't be loaded: {1}",
      "Install velscore whole, or name the plug-in with --plugin."},

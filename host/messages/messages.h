@@ -128,6 +128,9 @@ inline constexpr int kSeveralSlopes = 269196;      // parameter
 inline constexpr int kContrastsTooLarge = 269197;  // factor, limit
 inline constexpr int kOtherModel = 269198;         // element
 
+// Codes of the engine: the audit.
+inline constexpr int kDocumentFault = 269199;  // what is wrong, rule
+
 // Codes of the engine: the plug-in.
 inline constexpr int kPluginNotLoaded = 269201;  // file, reason
 inline constexpr int kPluginNoEntry = 269202;    // file, entry

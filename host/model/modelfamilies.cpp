@@ -126,6 +126,15 @@ std::optional<FamilyCode> FindFamily(const std::string& modelType, double versio
     return std::nullopt;
 }
 
+FamilyCode FamilyUnderLink(FamilyCode code, const std::string& distribution,
+                           const std::string& link)
+{
+    const bool generalized = code == kMultinomialGeneralized &&
+                             distribution == Tags::XML_VAL_RM_EXT_VALUE_DIST_BINOMIAL &&
+                             link != Tags::XML_VAL_LINKFUNCTION_LOGIT;
+    return generalized ? kGeneralizedLinear : code;
+}
+
 bool IsSelector(const std::string& modelType, const std::string& word)
 {
     return std::any_of(Selections().begin(), Selections().end(), [&](const auto& selection) {

@@ -86,10 +86,10 @@ std::vector<BadDocument> BadDocuments()
          With("<ParameterList>", "<q:ParameterList>", "</ParameterList>", "</q:ParameterList>"),
          "the prefix 'q' of q:ParameterList is not declared"},
         {"EmptyName", With("predictorName=\"x\"", "predictorName=\"\"", "", ""),
-         "(empty) is neither in the"},
+         "PPCell predictorName empty is no predictor of the model"},
         {"UnknownParameterOfACell",
          With("parameterName=\"p1\" beta", "parameterName=\"q\" beta", "", ""),
-         "no place for (none) (targetCategory) and q (parameterName)"},
+         "PCell parameterName \"q\" is no parameter of the model, which has one of \"p0\""},
         {"Doctype", "<!DOCTYPE PMML [<!ENTITY a \"b\">]><PMML version=\"4.4\"/>", "DOCTYPE"},
         {"ExternalEntity", "<!DOCTYPE PMML [<!ENTITY a SYSTEM \"/etc/hostname\">]><PMML>&a;</PMML>",
          "DOCTYPE"},
@@ -148,7 +148,7 @@ TEST(BadDocument, OfAnotherModelIsToldByItsName)
         const Finished run =
             RunVelscore({"check", "-"}, "<PMML version='4.4'><Header/>\n<" + model + "/></PMML>");
         EXPECT_EQ(run.exitCode, 2);
-        EXPECT_NE(run.out.find("standard input:2:1: the document holds a " + model + ";"),
+        EXPECT_NE(run.out.find("standard input:2:1: fault: the document holds a " + model + ";"),
                   std::string::npos)
             << run.out;
     }
