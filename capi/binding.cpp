@@ -188,14 +188,6 @@ Scorer& Own(const std::unique_ptr<Scorer>& scorer, const char* function)
     return *scorer;
 }
 
-std::vector<std::string> NamesOf(const char* const* names, size_t count)
-{
-    std::vector<std::string> all;
-    if (count > 0) Given(names, "names");
-    for (const char* name : std::span(names, count)) all.emplace_back(&Given(name, "names"));
-    return all;
-}
-
 void RefuseCount(const char* what, size_t found, size_t expected)
 {
     if (found == expected) return;
@@ -235,7 +227,8 @@ int velscore_bind_names(const velscore_model* model, const velscore_score_option
         }
         auto binding = std::make_unique<velscore_binding>();
         binding->named = model->With(request.settings, [&](const LoadedModel& loaded) {
-            return std::make_unique<NamedScorer>(loaded, NamesOf(names, count), request.scoring);
+            return std::make_unique<NamedScorer>(loaded, TextsOf(names, count, "names"),
+                                                 request.scoring);
         });
         made = binding.release();
     });

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdlib>
 #include <new>
+#include <span>
 
 #include <fmt/format.h>
 
@@ -114,6 +115,14 @@ int TellAny(velscore_error* error, const Place& place)
 void RefuseNull(const char* argument)
 {
     throw Failure(FailureKind::Usage, kNullArgument, {argument});
+}
+
+std::vector<std::string> TextsOf(const char* const* texts, size_t count, const char* name)
+{
+    std::vector<std::string> all;
+    if (count > 0 && texts == nullptr) RefuseNull(name);
+    for (const char* text : std::span(texts, count)) all.emplace_back(&Given(text, name));
+    return all;
 }
 
 void CopyKnown(const void* given, size_t size, const char* name, size_t first, size_t known,

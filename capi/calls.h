@@ -5,6 +5,7 @@
 #include <cstring>
 #include <exception>
 #include <string>
+#include <vector>
 
 #include "capi/include/velscore.h"
 #include "engine/messages/failure.h"
@@ -28,6 +29,10 @@ T& Given(T* argument, const char* name)
     if (argument == nullptr) RefuseNull(name);
     return *argument;
 }
+
+/// The texts of a list, which may be null where it is empty; `name` is the argument's or option's.
+/// Throws Failure (kNullArgument).
+std::vector<std::string> TextsOf(const char* const* texts, size_t count, const char* name);
 
 /// What a structure that begins with its size holds, as this library knows it: the defaults where
 /// it is null, and for what an older one lacks. Throws Failure (kStructSize) for a size below that

@@ -3,12 +3,14 @@
 #include <utility>
 
 #include "capi/calls.h"
+#include "engine/documents/documentrules.h"
 #include "engine/documents/plugin.h"
 #include "engine/reports/checkjson.h"
 #include "engine/reports/jsontext.h"
 #include "engine/reports/modeljson.h"
 #include "engine/reports/verificationjson.h"
 #include "engine/scoring/verification.h"
+#include "host/messages/messages.h"
 #include "host/model/scoremodel.h"
 
 // The plug-in's entry, which is linked into the library.
@@ -32,6 +34,16 @@ Source SourceOf(const velscore_options* options)
     Source source;
     source.asIs = known.as_is != 0;
     source.name = known.name == nullptr ? "document" : known.name;
+    source.allowed = TextsOf(known.allow, known.allow_count, "allow");
+    for (const std::string& rule : source.allowed) {
+        if (const std::string why = WhyNotAllowed(rule); !why.empty()) {
+            throw Failure(FailureKind::Usage, kNotAllowed, {rule, why});
+        }
+    }
+    if (source.asIs && !source.allowed.empty()) {
+        throw Failure(FailureKind::Usage, kOptionValue,
+                      {"as_is", std::to_string(known.as_is), "0 beside rules that are allowed"});
+    }
     return source;
 }
 
@@ -49,6 +61,7 @@ Source SourceOf(const char* path, const velscore_options* options)
 std::unique_ptr<LoadedModel> Source::Load(LoadOptions options) const
 {
     options.asIs = asIs;
+    options.allowed = allowed;
     if (!isText) return std::make_unique<LoadedModel>(path, BuiltIn(), options);
     return std::make_unique<LoadedModel>(DocumentText{text, name}, BuiltIn(), options);
 }

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "engine/documents/loadedmodel.h"
 
@@ -25,6 +26,7 @@ struct Source {
     bool isText = false;
     std::string name{};  ///< that messages call it by
     bool asIs = false;
+    std::vector<std::string> allowed{};  ///< names of rules
 
     std::unique_ptr<LoadedModel> Load(LoadOptions options) const;
 };

@@ -1,7 +1,6 @@
 #include "capi/options.h"
 
 #include <algorithm>
-#include <span>
 #include <string_view>
 
 #include <fmt/format.h>
@@ -23,14 +22,6 @@ constexpr size_t kCsvSize = VELSCORE_SIZE_TO(velscore_csv_options, threads);
                               const std::string& expected)
 {
     throw Failure(FailureKind::Usage, kOptionValue, {option, value, expected});
-}
-
-std::vector<std::string> TextsOf(const char* const* texts, size_t count, const char* name)
-{
-    std::vector<std::string> all;
-    if (count > 0 && texts == nullptr) RefuseNull(name);
-    for (const char* text : std::span(texts, count)) all.emplace_back(&Given(text, name));
-    return all;
 }
 
 std::map<std::string, std::string> MappingOf(const velscore_score_options& options)

@@ -92,6 +92,12 @@ struct End {
 
 }  // namespace detail
 
+/// As velscore_options.
+struct DocumentOptions {
+    bool asIs = false;
+    std::vector<std::string> allow{};
+};
+
 /// As velscore_score_options; empty and 0 are the defaults.
 struct ScoreOptions {
     std::vector<std::string> keep{};
@@ -110,6 +116,26 @@ struct ScoreOptions {
 namespace detail {
 
 /// The options as C has them; they view the C++ ones.
+class ReadOptions {
+public:
+    explicit ReadOptions(const DocumentOptions& from, const char* name = nullptr)
+        : allow_(Pointers(from.allow))
+    {
+        own_.as_is = from.asIs;
+        own_.name = name;
+        own_.allow = allow_.data();
+        own_.allow_count = allow_.size();
+    }
+    ReadOptions(const ReadOptions&) = delete;
+    ReadOptions& operator=(const ReadOptions&) = delete;
+    const velscore_options* Get() const { return &own_; }
+
+private:
+    std::vector<const char*> allow_;
+    velscore_options own_ = VELSCORE_OPTIONS_INIT;
+};
+
+/// The same of scores.
 class Options {
 public:
     explicit Options(const ScoreOptions& from)
@@ -251,23 +277,20 @@ private:
 class Model {
 public:
     /// The document of a file.
-    static Model Open(const std::string& path, bool asIs = false)
+    static Model Open(const std::string& path, const DocumentOptions& options = {})
     {
-        velscore_options options = VELSCORE_OPTIONS_INIT;
-        options.as_is = asIs;
+        const detail::ReadOptions plain(options);
         return Made([&](velscore_model** out, velscore_error* error) {
-            return velscore_open(path.c_str(), &options, out, error);
+            return velscore_open(path.c_str(), plain.Get(), out, error);
         });
     }
     /// The document's bytes; `name` is how messages call them.
     static Model FromText(std::string_view bytes, const std::string& name = "document",
-                          bool asIs = false)
+                          const DocumentOptions& options = {})
     {
-        velscore_options options = VELSCORE_OPTIONS_INIT;
-        options.as_is = asIs;
-        options.name = name.c_str();
+        const detail::ReadOptions plain(options, name.c_str());
         return Made([&](velscore_model** out, velscore_error* error) {
-            return velscore_open_text(bytes.data(), bytes.size(), &options, out, error);
+            return velscore_open_text(bytes.data(), bytes.size(), plain.Get(), out, error);
         });
     }
 

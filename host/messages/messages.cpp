@@ -398,6 +398,7 @@ constexpr Message kCatalogue[] = {
     {kOutOfMemory, "s", "there is no memory left for {0}", "Score fewer rows at once."},
     {kDefect, "s", "something went wrong that shouldn't: {0}",
      "Tell the makers of velscore what was called."},
+    {kNotAllowed, "ss", "the rule '{0}' can't be allowed: {1}", "Correct the option 'allow'."},
 };
 
 static_assert(std::is_sorted(std::begin(kCatalogue), std::end(kCatalogue),

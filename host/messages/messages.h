@@ -196,6 +196,7 @@ inline constexpr int kColumnCount = 269408;     // what for, found, expected
 inline constexpr int kColumnPointers = 269409;  // column
 inline constexpr int kOutOfMemory = 269410;     // what for
 inline constexpr int kDefect = 269411;          // what was thrown
+inline constexpr int kNotAllowed = 269412;      // rule, why
 
 }  // namespace MCVelscore_850
 

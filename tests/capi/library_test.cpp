@@ -96,9 +96,10 @@ TEST(Reports, AreThoseOfTheCommand)
 }
 
 // The command's list of one, without the list.
-std::string CheckedByTheCommand(const std::string& path)
+std::string CheckedByTheCommand(const std::string& path, std::vector<std::string> options = {})
 {
-    std::string list = RunVelscore({"check", "--json", path}).out;
+    options.insert(options.begin(), {"check", "--json", path});
+    const std::string list = RunVelscore(options).out;
     std::string entry;
     for (size_t at = list.find("  {"); at < list.size() && list[at] == ' ';) {
         const size_t end = list.find('\n', at);
@@ -108,19 +109,63 @@ std::string CheckedByTheCommand(const std::string& path)
     return entry;
 }
 
+std::string Checked(const std::string& path, const velscore_options* options)
+{
+    char* json = nullptr;
+    EXPECT_EQ(velscore_check(path.c_str(), options, &json, nullptr), 0);
+    std::string text = json == nullptr ? "" : json;
+    velscore_free(json);
+    return text;
+}
+
 TEST(Reports, ACheckSaysWhatTheCommandSaysOfOneDocument)
 {
     const ScratchFolder folder;
-    std::string refused = TestModel().Text();
-    refused.replace(refused.find("beta=\"2\""), 8, "beta=\"two\"");
-    for (const std::string& path :
-         {DataFile("cases/lm-swiss/model.pmml"), folder.Write("refused.pmml", refused),
-          folder.Path("none.pmml")}) {
-        char* json = nullptr;
-        ASSERT_EQ(velscore_check(path.c_str(), nullptr, &json, nullptr), 0);
-        EXPECT_EQ(json, CheckedByTheCommand(path));
-        velscore_free(json);
+    const std::string sound = TestModel().Text();
+    std::string extras = "<Header/>";
+    for (int i = 0; i < 150; ++i) extras += "<Extra/>";
+    struct Sample {
+        std::string path;
+        std::string part;  // of what it says
+    };
+    for (const Sample& sample :
+         {Sample{DataFile("cases/lm-swiss/model.pmml"), "\"findings\": []"},
+          Sample{folder.Write("refused.pmml", Replaced(sound, "beta=\"2\"", "beta=\"two\"")),
+                 "\"code\": 269001"},
+          Sample{folder.Write("faulty.pmml", FaultyText()), "\"near\": \"usageType\""},
+          Sample{folder.Write("adapted.pmml", Replaced(sound, "\"4.4\"", "\"4.4.1\"")),
+                 "\"rule\": \"short-version\""},
+          Sample{folder.Write("many.pmml", Replaced(sound, "<Header/>", extras)),
+                 "\"unknown-element\": 50"},
+          Sample{folder.Path("none.pmml"), "\"code\": 269101"}}) {
+        const std::string report = Checked(sample.path, nullptr);
+        EXPECT_EQ(report, CheckedByTheCommand(sample.path));
+        EXPECT_NE(report.find(sample.part), std::string::npos) << report;
     }
+}
+
+TEST(Reports, FaultsThatAreAllowedAreNotices)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Write("faulty.pmml", FaultyText());
+    const char* const allowed[] = {"unknown-word", "misspelt-attribute"};
+    velscore_options options = VELSCORE_OPTIONS_INIT;
+    options.allow = allowed;
+    options.allow_count = 2;
+    const std::string report = Checked(path, &options);
+    EXPECT_EQ(report, CheckedByTheCommand(path, {"--allow", "misspelt-attribute"}));
+    EXPECT_NE(report.find("\"severity\": \"notice\""), std::string::npos) << report;
+
+    const velscore::DocumentOptions both{.allow = {allowed[0], allowed[1]}};
+    for (const auto& model : {velscore::Model::Open(path, both),
+                              velscore::Model::FromText(FaultyText(), "faulty.pmml", both)}) {
+        const std::string about = model.Describe();
+        const size_t notices = about.find("\"notices\": [\n");
+        ASSERT_NE(notices, std::string::npos) << about;
+        EXPECT_NE(about.find("[misspelt-attribute]", notices), std::string::npos) << about;
+    }
+    EXPECT_EQ(velscore::Model::Open(path, both).Describe(),
+              RunVelscore({"inspect", "--json", path, "--allow", "misspelt-attribute"}).out);
 }
 
 TEST(Curves, AreThoseOfTheCommandWithoutAnEndTime)

@@ -148,6 +148,75 @@ TEST(Versions, WhatALaterHeaderAddsIsRefusedWhereItIsSet)
     EXPECT_EQ(velscore_result_schema(model.Get(), &later.known, &schema, nullptr), 269402);
 }
 
+// A structure of the first header ends before the rules that are allowed.
+TEST(Versions, WhatAnOlderHeaderLacksIsNotRead)
+{
+    velscore_options options = VELSCORE_OPTIONS_INIT;
+    options.size = offsetof(velscore_options, allow);
+    options.allow_count = 7;  // whatever lies behind it
+    velscore_model* model = nullptr;
+    const std::string text = TestModel().Text();
+    ASSERT_EQ(velscore_open_text(text.data(), text.size(), &options, &model, nullptr), 0);
+    velscore_close(model);
+}
+
+struct AllowRefusal {
+    std::string name;
+    std::vector<const char*> rules;
+    int asIs;
+    int code;
+    std::string text;
+};
+
+std::ostream& operator<<(std::ostream& out, const AllowRefusal& each) { return out << each.name; }
+
+class AllowRefusals : public testing::TestWithParam<AllowRefusal> {};
+
+TEST_P(AllowRefusals, AreToldBeforeTheDocumentIsRead)
+{
+    velscore_options options = VELSCORE_OPTIONS_INIT;
+    options.as_is = GetParam().asIs;
+    options.allow = GetParam().rules.empty() ? nullptr : GetParam().rules.data();
+    options.allow_count = std::max<size_t>(GetParam().rules.size(), 1);
+    velscore_model* model = nullptr;
+    char* json = nullptr;
+    velscore_error error = VELSCORE_ERROR_INIT;
+    EXPECT_EQ(velscore_check("nowhere.pmml", &options, &json, &error), GetParam().code);
+    EXPECT_EQ(velscore_open_text("", 0, &options, &model, &error), GetParam().code);
+    EXPECT_EQ(velscore_open("nowhere.pmml", &options, &model, &error), GetParam().code);
+    ASSERT_NE(error.text, nullptr);
+    EXPECT_NE(std::string(error.text).find(GetParam().text), std::string::npos) << error.text;
+    EXPECT_NE(error.remedy, nullptr);
+    EXPECT_EQ(error.fault, VELSCORE_FAULT_CALL);
+    EXPECT_EQ(model, nullptr);
+    EXPECT_EQ(json, nullptr);
+    velscore_error_clear(&error);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Open, AllowRefusals,
+    testing::Values(
+        AllowRefusal{"misspelt",
+                     {"misspelt-atribute"},
+                     0,
+                     269412,
+                     "'misspelt-atribute' can't be allowed: no rule has that name"},
+        AllowRefusal{"misspelt_is_helped",
+                     {"misspelt-atribute"},
+                     0,
+                     269412,
+                     "Did you mean 'misspelt-attribute'?"},
+        AllowRefusal{"second", {"unknown-word", "nobody"}, 0, 269412, "'nobody'"},
+        AllowRefusal{"no_fault", {"short-version"}, 0, 269412, "refuses no document"},
+        AllowRefusal{"no_audit",
+                     {"unknown-word"},
+                     1,
+                     269403,
+                     "the option 'as_is' is '1'; expected is 0 beside rules that are allowed"},
+        AllowRefusal{"rule_null", {nullptr}, 0, 269401, "the argument 'allow' is a null pointer"},
+        AllowRefusal{"list_null", {}, 0, 269401, "the argument 'allow' is a null pointer"}),
+    [](const auto& each) { return each.param.name; });
+
 TEST(NullArguments, AreCodesEverywhere)
 {
     const auto model = velscore::Model::FromText(TestModel().Text());
@@ -219,6 +288,17 @@ TEST(Errors, TellWhereADocumentIsWrong)
         EXPECT_GT(error.Column(), 0U);
         EXPECT_NE(error.Element().find("PCell"), std::string::npos) << error.Element();
         EXPECT_NE(std::string(error.what()).find("two"), std::string::npos);
+        EXPECT_FALSE(error.Remedy().empty());
+    }
+    try {
+        (void)velscore::Model::FromText(FaultyText(), "faulty.pmml");
+        FAIL() << "the document was read";
+    } catch (const velscore::Error& error) {
+        EXPECT_EQ(error.Code(), 269199);
+        EXPECT_EQ(error.File(), "faulty.pmml");
+        EXPECT_EQ(error.Line(), 14U);
+        EXPECT_EQ(error.Column(), 7U);
+        EXPECT_NE(std::string(error.what()).find("[misspelt-attribute]"), std::string::npos);
         EXPECT_FALSE(error.Remedy().empty());
     }
     try {
