@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <new>
 #include <span>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -175,7 +176,7 @@ Told TextOf(std::exception_ptr failure)
 {
     velscore_error error = VELSCORE_ERROR_INIT;
     try {
-        std::rethrow_exception(failure);
+        std::rethrow_exception(std::move(failure));
     } catch (...) {
         Tell(&error, {});
     }
