@@ -3,7 +3,6 @@
 
 #include <fmt/format.h>
 #include <unistd.h>
-#include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
 #include "cli/console.h"
@@ -11,13 +10,13 @@
 #include "cli/findingtext.h"
 #include "cli/sourcelines.h"
 #include "engine/documents/loadedmodel.h"
+#include "engine/reports/checkjson.h"
+#include "engine/reports/jsontext.h"
 #include "engine/tables/bytesource.h"
 
 namespace MCVelscore_850 {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // What became of one document: a model, or why there is none.
 struct Checked {
@@ -96,31 +95,10 @@ std::string ReportText(const Checked& checked)
     return text + LastLine(checked);
 }
 
-Json ReportJson(const Checked& checked)
+nlohmann::ordered_json ReportJson(const Checked& checked)
 {
-    Json json{{"document", checked.file}, {"ok", checked.model != nullptr}};
-    if (checked.model) {
-        json["family"] = checked.model->Description().family;
-        json["target"] = checked.model->Description().target;
-        json["adapted"] = checked.model->Adaptations();
-    } else {
-        if (const DocumentFailure* refusal = checked.Refusal()) {
-            if (refusal->Line() > 0) {
-                json["line"] = refusal->Line();
-                json["column"] = refusal->Column();
-            }
-            if (!refusal->ElementPath().empty()) json["element"] = refusal->ElementPath();
-        }
-        json["code"] = checked.failure->Code();
-        json["message"] = checked.failure->what();
-        json["remedy"] = checked.failure->Remedy();
-    }
-    json["findings"] = FindingsJson(checked.Found());
-    if (checked.failure && !checked.IsFaulty()) {
-        json["findings"].push_back(RefusalJson(*checked.failure));
-    }
-    json["leftOut"] = LeftOutJson(checked.Found());
-    return json;
+    return checked.model ? AcceptedJson(checked.file, *checked.model)
+                         : RefusedJson(checked.file, *checked.failure);
 }
 
 }  // namespace
@@ -134,7 +112,7 @@ int RunCheck(const CheckArguments& arguments, Console& console)
     }
     const LoadOptions options = LoadOptionsOf(arguments.document);
     const auto plugin = std::make_shared<const Plugin>(arguments.document.plugin);
-    Json report = Json::array();
+    nlohmann::ordered_json report = nlohmann::ordered_json::array();
     size_t refused = 0;
     size_t doubtful = 0;
     for (const std::string& file : arguments.models) {
@@ -147,9 +125,7 @@ int RunCheck(const CheckArguments& arguments, Console& console)
             PrintOut(ReportText(checked));
         }
     }
-    if (arguments.json) {
-        PrintOut(report.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
-    }
+    if (arguments.json) PrintOut(JsonText(report));
     const size_t all = arguments.models.size();
     if (refused > 0) console.Say(fmt::format("refused {} of {} documents", refused, all));
     if (arguments.strict && doubtful > 0) {

@@ -4,7 +4,6 @@
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
-#include <nlohmann/json.hpp>
 
 #include "cli/sourcelines.h"
 #include "engine/documents/loadedmodel.h"
@@ -12,8 +11,6 @@
 namespace MCVelscore_850 {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr std::string_view kBold = "\033[1m";
 constexpr std::string_view kMark = "\033[1;32m";
@@ -33,10 +30,6 @@ std::string PlaceText(const std::string& file, unsigned long line, unsigned long
 {
     return line == 0 ? file : fmt::format("{}:{}:{}", file, line, column);
 }
-
-Json NumberOrNull(unsigned long number) { return number == 0 ? Json() : Json(number); }
-
-Json TextOrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
 
 std::string Counted(size_t number, std::string_view one, std::string_view many)
 {
@@ -156,56 +149,6 @@ std::string CountsText(const Findings& findings)
         if (!part.empty()) text += (text.empty() ? "" : ", ") + part;
     }
     return text;
-}
-
-Json FindingsJson(const Findings& findings)
-{
-    Json all = Json::array();
-    for (const Finding& finding : findings.Kept()) {
-        all.push_back({{"rule", finding.rule->name},
-                       {"code", nullptr},
-                       {"severity", WordOf(finding.answer)},
-                       {"strict", finding.answer != Answer::Fault && finding.CountsWhenStrict()},
-                       {"line", NumberOrNull(finding.place.line)},
-                       {"column", NumberOrNull(finding.place.column)},
-                       {"path", TextOrNull(finding.place.path)},
-                       {"element", TextOrNull(finding.element)},
-                       {"attribute", TextOrNull(finding.attribute)},
-                       {"found", finding.element.empty() ? Json() : Json(finding.found)},
-                       {"expected", TextOrNull(finding.expected)},
-                       {"near", TextOrNull(finding.nearWord)},
-                       {"message", finding.text},
-                       {"remedy", TextOrNull(finding.remedy)}});
-    }
-    return all;
-}
-
-Json RefusalJson(const Failure& failure)
-{
-    const auto* refusal = dynamic_cast<const DocumentFailure*>(&failure);
-    return {{"rule", nullptr},
-            {"code", failure.Code()},
-            {"severity", WordOf(Answer::Fault)},
-            {"strict", false},
-            {"line", refusal == nullptr ? Json() : NumberOrNull(refusal->Line())},
-            {"column", refusal == nullptr ? Json() : NumberOrNull(refusal->Column())},
-            {"path", refusal == nullptr ? Json() : TextOrNull(refusal->ElementPath())},
-            {"element", nullptr},
-            {"attribute", nullptr},
-            {"found", nullptr},
-            {"expected", nullptr},
-            {"near", nullptr},
-            {"message", failure.what()},
-            {"remedy", TextOrNull(failure.Remedy())}};
-}
-
-Json LeftOutJson(const Findings& findings)
-{
-    Json leftOut = Json::object();
-    for (const Findings::Unkept& more : findings.NotKept()) {
-        leftOut[std::string(more.rule->name)] = more.number;
-    }
-    return leftOut;
 }
 
 }  // namespace MCVelscore_850

@@ -5,12 +5,9 @@
 #include <string_view>
 #include <vector>
 
-#include <nlohmann/json_fwd.hpp>
-
 namespace MCVelscore_850 {
 
 class DocumentFailure;
-class Failure;
 class Findings;
 class SourceLines;
 struct Finding;
@@ -48,13 +45,6 @@ std::vector<std::string> FindingLines(const Findings& findings, const std::strin
 
 /// "3 faults, 1 notice, 2 adaptations"; empty without any.
 std::string CountsText(const Findings& findings);
-
-/// For programs: an array with an object for each finding, by place.
-nlohmann::ordered_json FindingsJson(const Findings& findings);
-/// What the reader refused, as one of these objects.
-nlohmann::ordered_json RefusalJson(const Failure& failure);
-/// How many of each rule are left out, by the rule's name.
-nlohmann::ordered_json LeftOutJson(const Findings& findings);
 
 }  // namespace MCVelscore_850
 

@@ -1,12 +1,11 @@
 #include <sstream>
 
-#include <nlohmann/json.hpp>
-
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/modeltext.h"
 #include "engine/documents/loadedmodel.h"
+#include "engine/reports/modeljson.h"
 
 namespace MCVelscore_850 {
 
@@ -20,8 +19,7 @@ int RunInspect(const InspectArguments& arguments)
         model.Display(text);
         PrintOut(text.str());
     } else if (arguments.json) {
-        using Handler = nlohmann::ordered_json::error_handler_t;
-        PrintOut(ModelJson(model).dump(2, ' ', false, Handler::replace) + "\n");
+        PrintOut(ModelJson(model));
     } else {
         PrintOut(ModelText(model));
     }

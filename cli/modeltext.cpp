@@ -6,7 +6,6 @@
 #include <span>
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include "engine/documents/loadedmodel.h"
 #include "engine/scoring/resultschema.h"
@@ -14,8 +13,6 @@
 namespace MCVelscore_850 {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr size_t kLabelWidth = 14;
 
@@ -102,15 +99,9 @@ void AddContrast(std::string& out, const ModelDescription::Contrast& contrast)
     }
 }
 
-// The columns of values.
-std::span<const ResultColumn> ValueColumns(const ResultSchema& schema)
-{
-    return std::span(schema.Columns()).first(schema.ValueCount());
-}
-
 bool HasErrors(const ResultSchema& schema)
 {
-    const auto columns = ValueColumns(schema);
+    const auto columns = schema.ValueColumns();
     return std::any_of(columns.begin(), columns.end(), [](const ResultColumn& column) {
         return column.quantity == ResultQuantity::StdDev;
     });
@@ -127,20 +118,6 @@ void AddStrata(std::string& out, const ModelDescription& description)
     }
 }
 
-// The columns that --columns alone brings.
-std::vector<ResultColumn> ColumnsOnRequest(const ModelDescription& about)
-{
-    const ResultSchema schema(about, {.linearPredictor = true, .linearPredictorError = true});
-    std::vector<ResultColumn> columns;
-    for (const ResultColumn& column : ValueColumns(schema)) {
-        if (column.quantity == ResultQuantity::LinearPredictor ||
-            column.quantity == ResultQuantity::LinearPredictorError) {
-            columns.push_back(column);
-        }
-    }
-    return columns;
-}
-
 void AddColumns(std::string& out, std::string_view heading, std::span<const ResultColumn> columns)
 {
     if (columns.empty()) return;
@@ -152,32 +129,6 @@ void AddColumns(std::string& out, std::string_view heading, std::span<const Resu
             "  {:<{}}{}\n", column.name, width,
             column.lacksCovariances ? "empty: the document has no covariances" : column.meaning);
     }
-}
-
-Json EquationJson(const ModelDescription::Equation& equation)
-{
-    Json terms = Json::array();
-    for (const ModelDescription::Term& term : equation.terms) {
-        Json factors = Json::array();
-        for (const ModelDescription::Factor& factor : term.factors) {
-            Json entry{{"predictor", factor.predictor}};
-            if (factor.isCategory) {
-                entry["category"] = factor.category;
-            } else {
-                entry["exponent"] = factor.exponent;
-            }
-            factors.push_back(std::move(entry));
-        }
-        Json entry{{"parameter", term.parameter}, {"label", term.label}, {"beta", term.beta}};
-        if (term.referencePoint) entry["referencePoint"] = *term.referencePoint;
-        entry["factors"] = std::move(factors);
-        terms.push_back(std::move(entry));
-    }
-    Json json = Json::object();
-    if (!equation.category.empty()) json["category"] = equation.category;
-    if (equation.isCumulative) json["cumulative"] = true;
-    json["terms"] = std::move(terms);
-    return json;
 }
 
 }  // namespace
@@ -229,75 +180,11 @@ std::string ModelText(const LoadedModel& model)
     }
     AddLine(out, "mean", about.mean);
     for (const ModelDescription::Contrast& contrast : about.contrasts) AddContrast(out, contrast);
-    AddColumns(out, "columns of the output", ValueColumns(schema));
+    AddColumns(out, "columns of the output", schema.ValueColumns());
     AddColumns(out, "columns on request (--columns)", ColumnsOnRequest(about));
     for (const std::string& adaptation : model.Adaptations()) AddLine(out, "adapted", adaptation);
     for (const std::string& notice : model.Notices()) AddLine(out, "notice", notice);
     return out;
-}
-
-Json ModelJson(const LoadedModel& model)
-{
-    const ModelDescription& about = model.Description();
-    Json json{{"document", model.File()},
-              {"version", model.Version()},
-              {"family", about.family},
-              {"class", about.className},
-              {"target", about.target},
-              {"targetCategories", about.targetCategories},
-              {"referenceCategory", about.referenceCategory},
-              {"factors", about.factors},
-              {"covariates", about.covariates},
-              {"offset", about.offset},
-              {"trials", about.trials},
-              {"endTime", about.endTimeVariable},
-              {"eventValues", about.eventValues},
-              {"strata", about.stratumVariable},
-              {"reads", model.Columns()},
-              {"distribution", about.distribution},
-              {"link", about.link}};
-    json["linkParameter"] = about.hasLinkParameter ? Json(about.linkParameter) : Json();
-    json["mean"] = about.mean;
-    json["cutoff"] = about.hasCutoff ? Json(about.cutoff) : Json();
-    json["cutoffCategory"] = about.cutoffCategory;
-    json["df"] = about.degreesOfFreedom;
-    json["hasCovariances"] = about.hasCovariances;
-    Json equations = Json::array();
-    for (const ModelDescription::Equation& equation : about.equations) {
-        equations.push_back(EquationJson(equation));
-    }
-    json["equations"] = std::move(equations);
-    Json contrasts = Json::array();
-    for (const ModelDescription::Contrast& contrast : about.contrasts) {
-        contrasts.push_back({{"predictor", contrast.predictor},
-                             {"categories", contrast.categories},
-                             {"rows", contrast.rows}});
-    }
-    json["contrasts"] = std::move(contrasts);
-    Json strata = Json::array();
-    for (const ModelDescription::Stratum& stratum : about.strata) {
-        strata.push_back({{"value", stratum.value},
-                          {"cells", stratum.cells},
-                          {"minTime", stratum.minTime},
-                          {"maxTime", stratum.maxTime}});
-    }
-    json["baseline"] = std::move(strata);
-    Json columns = Json::array();
-    const ResultSchema schema(about);
-    for (const ResultColumn& column : ValueColumns(schema)) {
-        columns.push_back({{"column", column.name},
-                           {"meaning", column.meaning},
-                           {"empty", column.lacksCovariances}});
-    }
-    json["columns"] = std::move(columns);
-    Json onRequest = Json::array();
-    for (const ResultColumn& column : ColumnsOnRequest(about)) {
-        onRequest.push_back({{"column", column.name}, {"meaning", column.meaning}});
-    }
-    json["columnsOnRequest"] = std::move(onRequest);
-    json["adapted"] = model.Adaptations();
-    json["notices"] = model.Notices();
-    return json;
 }
 
 }  // namespace MCVelscore_850

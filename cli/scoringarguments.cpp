@@ -197,24 +197,6 @@ std::optional<double> LevelOf(const ScoreArguments& arguments)
     throw UsageError(wrong);
 }
 
-// Why no level can be set for a model.
-std::string WhyNoLevel(const ModelDescription& about)
-{
-    const ResultSchema schema(about);
-    const auto& columns = schema.Columns();
-    const auto limit = std::find_if(columns.begin(), columns.end(), [](const auto& column) {
-        return column.quantity == ResultQuantity::CILower;
-    });
-    if (limit == columns.end()) {
-        return fmt::format(
-            "has no limits: {} ({})",
-            about.targetCategories.empty() ? "its family has none" : "it predicts a category",
-            about.family);
-    }
-    return limit->lacksCovariances ? "has no limits: the document has no covariances (PCovMatrix)"
-                                   : "has no limits of a level: the document fixes their distance";
-}
-
 void SetLevel(LoadedModel& model, const std::optional<double>& level)
 {
     if (!level) return;

@@ -2,7 +2,6 @@
 #include <memory>
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
 #include "cli/console.h"
@@ -11,6 +10,7 @@
 #include "engine/documents/loadedmodel.h"
 #include "engine/documents/verificationsection.h"
 #include "engine/messages/explanation.h"
+#include "engine/reports/verificationjson.h"
 #include "engine/scoring/verification.h"
 #include "engine/tables/outputfile.h"
 #include "engine/tables/tablesource.h"
@@ -18,8 +18,6 @@
 namespace MCVelscore_850 {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 std::string Shown(const std::string& value) { return value.empty() ? "nothing" : value; }
 
@@ -34,25 +32,6 @@ std::string DifferenceText(const Difference& difference)
             fmt::format(" (status {}{}{})", difference.status, fault.empty() ? "" : ", ", fault);
     }
     return text + "\n";
-}
-
-Json ReportJson(const LoadedModel& model, const VerificationReport& report)
-{
-    Json differences = Json::array();
-    for (const Difference& difference : report.differences) {
-        differences.push_back(
-            {{"record", difference.record},
-             {"field", difference.field},
-             {"expected", difference.expected},
-             {"found", difference.found},
-             {"precision", difference.precision},
-             {"status", difference.status},
-             {"statusField", difference.faultyField},
-             {"statusText", difference.faultyText ? Json(*difference.faultyText) : Json()}});
-    }
-    return {{"document", model.File()},    {"adapted", model.Adaptations()},
-            {"notices", model.Notices()},  {"records", report.records},
-            {"compared", report.compared}, {"differences", std::move(differences)}};
 }
 
 // The document with the cases of a table as its records.
@@ -87,8 +66,7 @@ int RunVerify(const VerifyArguments& arguments, Console& console)
                       options);
     const VerificationReport report = Verify(model, *model.Verification());
     if (arguments.json) {
-        PrintOut(ReportJson(model, report).dump(2, ' ', false, Json::error_handler_t::replace) +
-                 "\n");
+        PrintOut(VerificationJson(model, report));
     } else {
         for (const Difference& difference : report.differences) {
             PrintOut(DifferenceText(difference));

@@ -46,6 +46,7 @@ stage_threads() {
     local -x TSAN_OPTIONS=halt_on_error=1:suppressions=$PWD/scripts/thread-suppressions.txt
     local ended=0
     run_tests thread models_tests '*ServesThreadsAtOnce*' || ended=1
+    run_tests thread capi_tests 'Threads.*:Scan.*' || ended=1
     run_tests thread engine_tests 'SessionTest.*:*EachKindOfTable*:*EightThreadsOnOneModel*' || ended=1
     return $ended
 }

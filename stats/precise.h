@@ -57,43 +57,60 @@ using Policy = policies::policy<policies::domain_error<policies::ignore_error>,
                                 policies::indeterminate_result_error<policies::ignore_error>,
                                 policies::discrete_quantile<policies::integer_round_up>>;
 
+/// Boost's normal distribution.
 using Normal = boost::math::normal_distribution<double, Policy>;
+/// Boost's gamma distribution.
 using GammaDistribution = boost::math::gamma_distribution<double, Policy>;
+/// Boost's chi-squared distribution.
 using ChiSquared = boost::math::chi_squared_distribution<double, Policy>;
+/// Boost's beta distribution.
 using BetaDistribution = boost::math::beta_distribution<double, Policy>;
+/// Boost's Student's t distribution.
 using StudentsT = boost::math::students_t_distribution<double, Policy>;
+/// Boost's F distribution.
 using FisherF = boost::math::fisher_f_distribution<double, Policy>;
+/// Boost's binomial distribution.
 using BinomialDistribution = boost::math::binomial_distribution<double, Policy>;
+/// Boost's hypergeometric distribution.
 using HypergeometricDistribution = boost::math::hypergeometric_distribution<double, Policy>;
+/// Boost's non-central beta distribution.
 using NonCentralBeta = boost::math::non_central_beta_distribution<double, Policy>;
+/// Boost's non-central F distribution.
 using NonCentralF = boost::math::non_central_f_distribution<double, Policy>;
+/// Boost's non-central chi-squared distribution.
 using NonCentralChiSquared = boost::math::non_central_chi_squared_distribution<double, Policy>;
+/// Boost's non-central t distribution.
 using NonCentralT = boost::math::non_central_t_distribution<double, Policy>;
 
+/// What is answered outside of a domain.
 inline double NaN() { return std::numeric_limits<double>::quiet_NaN(); }
 
-// Whether all of them are numbers. Boost asserts nothing about NaN in some places.
+/// Whether all of them are numbers. Boost asserts nothing about NaN in some places.
 template <class... T>
 bool AreNumbers(T... x)
 {
     return !(std::isnan(x) || ...);
 }
 
+/// P(X <= x).
 template <class Distribution>
 double Lower(const Distribution& d, double x)
 {
     return std::isnan(x) ? x : boost::math::cdf(d, x);
 }
+/// P(X > x), without a difference from 1.
 template <class Distribution>
 double Upper(const Distribution& d, double x)
 {
     return std::isnan(x) ? x : boost::math::cdf(boost::math::complement(d, x));
 }
+/// The density at x.
 template <class Distribution>
 double Density(const Distribution& d, double x)
 {
     return std::isnan(x) ? x : boost::math::pdf(d, x);
 }
+/// The x with P(X <= x) = p.
 template <class Distribution>
 double Quantile(const Distribution& d, double p)
 {
@@ -101,35 +118,48 @@ double Quantile(const Distribution& d, double p)
 }
 
 // Normal family.
+/// The error function.
 inline double Erf(double x) { return boost::math::erf(x, Policy()); }
+/// 1 - Erf(x), without the difference.
 inline double Erfc(double x) { return boost::math::erfc(x, Policy()); }
+/// P(X <= x) of the normal distribution of mean mu and standard deviation sigma.
 inline double CdfNorm(double x, double mu, double sigma) { return Lower(Normal(mu, sigma), x); }
+/// The same of the standard normal distribution.
 inline double CdfStdNorm(double z) { return CdfNorm(z, 0.0, 1.0); }
+/// The quantile of the normal distribution of mean mu and standard deviation sigma.
 inline double IdfNorm(double p, double mu, double sigma) { return Quantile(Normal(mu, sigma), p); }
+/// The same of the standard normal distribution.
 inline double IdfStdNorm(double p) { return IdfNorm(p, 0.0, 1.0); }
+/// The density of the standard normal distribution.
 inline double PdfNormalStandard(double z) { return Density(Normal(0.0, 1.0), z); }
+/// The density of the normal distribution of mean mu and standard deviation sigma.
 inline double PdfNormal(double x, double mu, double sigma)
 {
     return sigma > 0.0 ? PdfNormalStandard((x - mu) / sigma) / sigma : NaN();
 }
 
 // Gamma family. `rate` is the reciprocal of Boost's scale.
+/// The logarithm of the gamma function, of x > 0.
 inline double LogGamma(double x) { return x > 0.0 ? boost::math::lgamma(x, Policy()) : NaN(); }
+/// The incomplete gamma function of shape a over the complete one: from 0 to x, or from x on.
 inline double GammaRatio(double x, double a, bool lower)
 {
     if (!(a > 0.0) || std::isnan(x)) return NaN();
     if (x <= 0.0) return lower ? 0.0 : 1.0;
     return lower ? boost::math::gamma_p(a, x, Policy()) : boost::math::gamma_q(a, x, Policy());
 }
+/// P(X <= x) of the exponential distribution.
 inline double CdfExp(double x, double rate)
 {
     if (!(rate > 0.0) || std::isnan(x)) return NaN();
     return x <= 0.0 ? 0.0 : -std::expm1(-rate * x);
 }
+/// P(X <= x) of the gamma distribution.
 inline double CdfGam(double x, double shape, double rate)
 {
     return rate > 0.0 ? GammaRatio(x * rate, shape, true) : NaN();
 }
+/// The density of the gamma distribution.
 inline double PdfGamma(double x, double shape, double rate)
 {
     if (!(shape > 0.0) || !(rate > 0.0) || std::isnan(x)) return NaN();
@@ -138,35 +168,50 @@ inline double PdfGamma(double x, double shape, double rate)
     if (shape == 1.0) return rate;  // at 0 the limit from above
     return shape > 1.0 ? 0.0 : std::numeric_limits<double>::infinity();
 }
+/// The quantile of the gamma distribution.
 inline double IdfGam(double p, double shape, double rate)
 {
     return rate > 0.0 ? Quantile(GammaDistribution(shape), p) / rate : NaN();
 }
+/// P(X <= x) of the chi-squared distribution.
 inline double CdfChi(double x, double df) { return GammaRatio(x / 2.0, df / 2.0, true); }
+/// P(X > x) of the chi-squared distribution.
 inline double SigChi(double x, double df) { return GammaRatio(x / 2.0, df / 2.0, false); }
+/// The quantile of the chi-squared distribution.
 inline double IdfChi(double p, double df) { return Quantile(ChiSquared(df), p); }
 
 // Beta family.
+/// P(X <= x) of the beta distribution.
 inline double CdfBeta(double x, double a, double b)
 {
     if (!(a > 0.0) || !(b > 0.0) || std::isnan(x)) return NaN();
     if (x <= 0.0) return 0.0;
     return x >= 1.0 ? 1.0 : boost::math::ibeta(a, b, x, Policy());
 }
+/// The quantile of the beta distribution.
 inline double IdfBeta(double p, double a, double b) { return Quantile(BetaDistribution(a, b), p); }
+/// The density of Student's t distribution.
 inline double PdfT(double t, double df) { return Density(StudentsT(df), t); }
+/// P(T <= t) of Student's t distribution.
 inline double CdfT(double t, double df) { return Lower(StudentsT(df), t); }
+/// P(T > t) of Student's t distribution.
 inline double SigT(double t, double df) { return Upper(StudentsT(df), t); }
+/// The quantile of Student's t distribution.
 inline double IdfT(double p, double df) { return Quantile(StudentsT(df), p); }
-// Boost refuses a negative or an infinite f. A NaN passes.
+/// f, not beyond what Boost takes: it refuses a negative or an infinite one. A NaN passes.
 inline double ClampF(double f) { return std::clamp(f, 0.0, 1e300); }
+/// P(F <= f) of the F distribution.
 inline double CdfF(double f, double df1, double df2) { return Lower(FisherF(df1, df2), ClampF(f)); }
+/// P(F > f) of the F distribution.
 inline double SigF(double f, double df1, double df2) { return Upper(FisherF(df1, df2), ClampF(f)); }
+/// The quantile of the F distribution.
 inline double IdfF(double p, double df1, double df2) { return Quantile(FisherF(df1, df2), p); }
 
 // Discrete distributions.
+/// Whether n is a whole number from 1 on.
 inline bool IsCount(double n) { return n >= 1.0 && n == std::floor(n) && std::isfinite(n); }
 
+/// The logarithm of n over k.
 inline double LogBinomial(double n, double k)
 {
     if (!(k >= 0.0 && k <= n)) return NaN();
@@ -176,6 +221,7 @@ inline double LogBinomial(double n, double k)
     if (beta > 0.0) return -std::log(beta) - std::log1p(n);
     return LogGamma(n + 1.0) - (LogGamma(k + 1.0) + LogGamma(n - k + 1.0));
 }
+/// P(X <= x) of n trials of probability p.
 inline double CdfBin(double x, double n, double p)
 {
     if (!IsCount(n) || !(p >= 0.0 && p <= 1.0) || std::isnan(x)) return NaN();
@@ -183,6 +229,7 @@ inline double CdfBin(double x, double n, double p)
     if (k < 0.0) return 0.0;
     return k >= n ? 1.0 : boost::math::cdf(BinomialDistribution(n, p), k);
 }
+/// P(X = x) of n trials of probability p; 0.0 outside the support.
 inline double PdfBin(double x, double n, double p)
 {
     if (!(n >= 1.0) || !(p >= 0.0 && p <= 1.0) || std::isnan(x)) return NaN();
@@ -202,11 +249,13 @@ inline double IdfBin(double prob, double n, double p)
     return k;
 }
 
+/// Whether there is such a hypergeometric distribution, and Boost can take it.
 inline bool IsHypergeometric(double population, double successes, double draws)
 {
     return IsCount(population) && IsCount(successes) && IsCount(draws) && successes <= population &&
            draws <= population && population <= std::numeric_limits<std::uint32_t>::max();
 }
+/// Boost's distribution of what IsHypergeometric() says yes to.
 inline HypergeometricDistribution MakeHypergeometric(double population, double successes,
                                                      double draws)
 {
@@ -222,6 +271,7 @@ inline double PdfHyper(double x, double population, double successes, double dra
     return boost::math::pdf(MakeHypergeometric(population, successes, draws),
                             static_cast<unsigned>(x));
 }
+/// P(X <= x) of the hypergeometric distribution.
 inline double CDFHyper(double x, double population, double successes, double draws)
 {
     if (!IsHypergeometric(population, successes, draws) || std::isnan(x)) return NaN();
@@ -233,24 +283,28 @@ inline double CDFHyper(double x, double population, double successes, double dra
 }
 
 // Non-central distributions. Boost's central ones serve at a non-centrality of 0.
+/// P(X <= x) of the non-central beta distribution.
 inline double NonCentralCdfBeta(double x, double a, double b, double lambda)
 {
     if (!(a > 0.0) || !(b > 0.0) || !(lambda >= 0.0) || std::isnan(x)) return NaN();
     if (x <= 0.0 || x >= 1.0 || lambda == 0.0) return CdfBeta(x, a, b);
     return boost::math::cdf(NonCentralBeta(a, b, lambda), x);
 }
+/// P(F <= f) of the non-central F distribution.
 inline double NonCentralCdfF(double f, double df1, double df2, double lambda)
 {
     if (!(lambda >= 0.0)) return NaN();
     if (lambda == 0.0 || f <= 0.0) return CdfF(f, df1, df2);
     return Lower(NonCentralF(df1, df2, lambda), f);
 }
+/// P(X <= x) of the non-central chi-squared distribution.
 inline double NonCentralCdfChi(double x, double df, double lambda)
 {
     if (!(lambda >= 0.0)) return NaN();
     if (lambda == 0.0 || x <= 0.0) return CdfChi(x, df);
     return Lower(NonCentralChiSquared(df, lambda), x);
 }
+/// P(T <= t) of the non-central t distribution.
 inline double NonCentralCdfT(double t, double df, double delta)
 {
     if (!AreNumbers(t, df, delta)) return NaN();
@@ -264,8 +318,8 @@ inline double NonCentralPdfT(double t, double df, double delta)
     return delta == 0.0 ? PdfT(t, df) : Density(NonCentralT(df, delta), t);
 }
 
-// The v with distribution(v) = p for one that falls in v, between two ends that enclose it; by
-// Alefeld, Potra and Shi (1995), Algorithm 748.
+/// The v with distribution(v) = p for one that falls in v, between two ends that enclose it; by
+/// Alefeld, Potra and Shi (1995), Algorithm 748.
 template <class F>
 double SolveFalling(const F& distribution, double p, double lo, double hi)
 {
@@ -281,9 +335,10 @@ double SolveFalling(const F& distribution, double p, double lo, double hi)
         Policy());
     return ends.first + (ends.second - ends.first) / 2.0;
 }
+/// Beyond it no non-centrality is looked for.
 inline constexpr double kLargestNonCentrality = 1e9;
 
-// The same over v >= 0; 0.0 where p is not below distribution(0).
+/// The same over v >= 0; 0.0 where p is not below distribution(0).
 template <class F>
 double SolveFallingFromZero(const F& distribution, double p, double start)
 {
@@ -296,15 +351,18 @@ double SolveFallingFromZero(const F& distribution, double p, double start)
     }
     return SolveFalling(distribution, p, 0.0, hi);
 }
+/// The non-centrality with which a chi-squared distribution has P(X <= x) = p.
 inline double FindNCParamChi(double x, double df, double p)
 {
     return SolveFallingFromZero([=](double v) { return NonCentralCdfChi(x, df, v); }, p, x);
 }
+/// The non-centrality with which an F distribution has P(F <= f) = p.
 inline double FindNCParamF(double f, double df1, double df2, double p)
 {
     return SolveFallingFromZero([=](double v) { return NonCentralCdfF(f, df1, df2, v); }, p,
                                 f * df1);
 }
+/// The non-centrality with which a t distribution has P(T <= t) = p.
 inline double FindNCParamT(double t, double df, double p)
 {
     if (!(t >= 0.0) || !(df > 0.0) || !(p > 0.0 && p < 1.0) || !std::isfinite(t)) return NaN();

@@ -26,31 +26,33 @@ constexpr size_t kReadBytes = size_t{1} << 20;
 // The root of the older form.
 constexpr std::string_view kLegacyRoot = "zelt-ml";
 
-// What comes after the guard: the tree, and a look at its root.
-Document Build(std::string_view bytes, const std::string& file,
-               const std::vector<ElementPlace>& places, bool comments = false)
+// The bytes in UTF-8. What the tree's parser could read can be read again.
+std::string TextOf(const Document& document, std::string_view bytes)
 {
+    const XMLCh* encoding = document.GetTree().dom->getInputEncoding();
+    if (encoding == nullptr ||
+        xercesc::XMLString::compareIString(encoding, xercesc::XMLUni::fgUTF8EncodingString) == 0) {
+        return std::string(bytes);
+    }
+    const xercesc::TranscodeFromStr text(reinterpret_cast<const XMLByte*>(bytes.data()),
+                                         bytes.size(), Utf8FromXml(encoding).c_str());
+    return Utf8FromXml(text.str());
+}
+
+// What comes after the guard: the tree, a look at its root, and what is kept of the bytes.
+Document Build(std::string_view bytes, const std::string& file,
+               const std::vector<ElementPlace>& places, const Keeping& keeping)
+{
+    if (keeping.sha256 != nullptr) *keeping.sha256 = Sha256Of(bytes);
     auto tree = std::make_unique<Document::Tree>();
-    tree->dom = BuildTree(bytes, file, places, comments);
+    tree->dom = BuildTree(bytes, file, places, keeping.comments);
     Document document(file, std::move(tree));
     const std::string_view root = LocalNameOf(document.RootName());
     if (root != PMMLModelTags::XML_ELE_PMML && root != kLegacyRoot) {
         throw Failure(FailureKind::Document, kNotAModelDocument, {file, document.RootName()});
     }
+    if (keeping.text != nullptr) *keeping.text = TextOf(document, bytes);
     return document;
-}
-
-// The bytes in UTF-8. What the tree's parser could read can be read again.
-std::string TextOf(const Document& document, std::string bytes)
-{
-    const XMLCh* encoding = document.GetTree().dom->getInputEncoding();
-    if (encoding == nullptr ||
-        xercesc::XMLString::compareIString(encoding, xercesc::XMLUni::fgUTF8EncodingString) == 0) {
-        return bytes;
-    }
-    const xercesc::TranscodeFromStr text(reinterpret_cast<const XMLByte*>(bytes.data()),
-                                         bytes.size(), Utf8FromXml(encoding).c_str());
-    return Utf8FromXml(text.str());
 }
 
 }  // namespace
@@ -84,20 +86,17 @@ Document LoadDocument(const std::string& path, const DocumentLimits& limits, con
     }
     if (bytes.empty()) throw Failure(FailureKind::Document, kEmptyDocument, {input.Name()});
     guard.Finish();
-    if (keeping.sha256 != nullptr) *keeping.sha256 = Sha256Of(bytes);
-    Document document = Build(bytes, input.Name(), guard.Places(), keeping.comments);
-    if (keeping.text != nullptr) *keeping.text = TextOf(document, std::move(bytes));
-    return document;
+    return Build(bytes, input.Name(), guard.Places(), keeping);
 }
 
 Document LoadDocumentText(std::string_view bytes, const std::string& file,
-                          const DocumentLimits& limits)
+                          const DocumentLimits& limits, const Keeping& keeping)
 {
     if (bytes.empty()) throw Failure(FailureKind::Document, kEmptyDocument, {file});
     DocumentGuard guard(file, limits);
     guard.Feed(bytes);
     guard.Finish();
-    return Build(bytes, file, guard.Places());
+    return Build(bytes, file, guard.Places(), keeping);
 }
 
 }  // namespace MCVelscore_850

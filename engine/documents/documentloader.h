@@ -63,7 +63,7 @@ Document LoadDocument(const std::string& path, const DocumentLimits& limits = {}
 
 /// The same for bytes at hand; `file` is how messages call them.
 Document LoadDocumentText(std::string_view bytes, const std::string& file,
-                          const DocumentLimits& limits = {});
+                          const DocumentLimits& limits = {}, const Keeping& keeping = {});
 
 }  // namespace MCVelscore_850
 

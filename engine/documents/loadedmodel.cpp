@@ -55,6 +55,12 @@ void RefuseFaults(Findings& findings, const std::string& file)
     throw DocumentFaults(std::move(findings), file);
 }
 
+// `sha256` is the model's.
+Keeping KeepingOf(const LoadOptions& options, std::string& sha256)
+{
+    return {.sha256 = options.digest ? &sha256 : nullptr, .text = options.text};
+}
+
 }  // namespace
 
 DocumentFailure::DocumentFailure(const VSException& refusal, std::string file, Findings found)
@@ -90,8 +96,15 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
                          const LoadOptions& options)
     : plugin_(std::move(plugin))
 {
-    Document document = LoadDocument(
-        path, {}, {.sha256 = options.digest ? &sha256_ : nullptr, .text = options.text});
+    Document document = LoadDocument(path, {}, KeepingOf(options, sha256_));
+    Read(document, options);
+}
+
+LoadedModel::LoadedModel(const DocumentText& text, std::shared_ptr<const Plugin> plugin,
+                         const LoadOptions& options)
+    : plugin_(std::move(plugin))
+{
+    Document document = LoadDocumentText(text.bytes, text.name, {}, KeepingOf(options, sha256_));
     Read(document, options);
 }
 
@@ -101,6 +114,8 @@ LoadedModel::LoadedModel(Document& document, std::shared_ptr<const Plugin> plugi
 {
     Read(document, options);
 }
+
+LoadedModel::~LoadedModel() = default;
 
 void LoadedModel::Read(Document& document, const LoadOptions& options)
 {
@@ -147,8 +162,6 @@ void LoadedModel::Read(Document& document, const LoadOptions& options)
     }
     if (rotatedTarget) RestoreTargetOrder(description_);
 }
-
-LoadedModel::~LoadedModel() = default;
 
 std::vector<std::string> LoadedModel::Lines(Answer answer) const
 {

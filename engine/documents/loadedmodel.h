@@ -4,6 +4,7 @@
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "engine/documents/audit/finding.h"
@@ -83,6 +84,12 @@ struct LoadOptions {
     std::string* text = nullptr;
 };
 
+/// The bytes of a document at hand, and how messages call them.
+struct DocumentText {
+    std::string_view bytes;
+    std::string name;
+};
+
 /// A model, read from its document by the plug-in.
 ///
 /// Errors  Failure of kind Document: a DocumentFaults when the audit refuses, another
@@ -93,6 +100,8 @@ class LoadedModel {
 public:
     /// `path` "-" is standard input.
     LoadedModel(const std::string& path, std::shared_ptr<const Plugin> plugin,
+                const LoadOptions& options = {});
+    LoadedModel(const DocumentText& text, std::shared_ptr<const Plugin> plugin,
                 const LoadOptions& options = {});
     /// Of a document at hand, which is adapted; without digest and text.
     LoadedModel(Document& document, std::shared_ptr<const Plugin> plugin,

@@ -29,14 +29,17 @@ Plugin::Plugin(const std::string& file) : file_(file.empty() ? DefaultFile() : f
     if (library_ == nullptr) {
         throw Failure(FailureKind::Plugin, kPluginNotLoaded, {file_, LastLoaderError()});
     }
-    entry_ = reinterpret_cast<BaseTranslator* (*)()>(::dlsym(library_, kEntry));
+    entry_ = reinterpret_cast<Entry>(::dlsym(library_, kEntry));
     if (entry_ == nullptr) {
         ::dlclose(library_);
         throw Failure(FailureKind::Plugin, kPluginNoEntry, {file_, kEntry});
     }
 }
 
-Plugin::~Plugin() { ::dlclose(library_); }
+Plugin::~Plugin()
+{
+    if (library_ != nullptr) ::dlclose(library_);
+}
 
 std::unique_ptr<BaseTranslator> Plugin::MakeReader() const
 {

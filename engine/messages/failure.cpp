@@ -6,9 +6,12 @@
 
 namespace MCVelscore_850 {
 
-Failure::Failure(FailureKind kind, int code, const std::vector<std::string>& arguments,
-                 std::string hint)
-    : kind_(kind), code_(code), text_(Messages::Format(code, arguments)), hint_(std::move(hint))
+Failure::Failure(FailureKind kind, int code, std::vector<std::string> arguments, std::string hint)
+    : kind_(kind),
+      code_(code),
+      arguments_(std::move(arguments)),
+      text_(Messages::Format(code, arguments_)),
+      hint_(std::move(hint))
 {}
 
 Failure::~Failure() = default;

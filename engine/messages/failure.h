@@ -16,18 +16,20 @@ enum class FailureKind { Usage = 1, Document = 2, Cases = 3, Output = 4, Plugin 
 class Failure : public std::exception {
 public:
     /// `hint` is whole sentences, or empty.
-    Failure(FailureKind kind, int code, const std::vector<std::string>& arguments,
-            std::string hint = {});
+    Failure(FailureKind kind, int code, std::vector<std::string> arguments, std::string hint = {});
     ~Failure() override;
 
     FailureKind Kind() const { return kind_; }
     int Code() const { return code_; }
     const char* what() const noexcept override { return text_.c_str(); }
     std::string Remedy() const;
+    /// As the code's constant tells them.
+    const std::vector<std::string>& Arguments() const { return arguments_; }
 
 private:
     FailureKind kind_;
     int code_;
+    std::vector<std::string> arguments_;
     std::string text_;
     std::string hint_;
 };

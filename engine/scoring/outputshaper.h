@@ -54,6 +54,8 @@ public:
     const std::vector<std::string>& Columns() const { return columns_; }
     /// The positions in the input of the columns that are kept.
     std::span<const size_t> Kept() const { return kept_; }
+    /// The positions in the schema of the results that are wanted.
+    std::span<const size_t> Results() const { return results_; }
 
     /// The row of the schema's values.
     void WriteRow(RowText& rows, const InputRow& input, const ResultBlock& results,

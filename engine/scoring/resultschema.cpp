@@ -1,9 +1,11 @@
 #include "engine/scoring/resultschema.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cstring>
 #include <string_view>
 #include <unordered_map>
+
+#include <fmt/format.h>
 
 #include "host/model/modeldescription.h"
 #include "host/model/scoreresult.h"
@@ -13,26 +15,64 @@ namespace MCVelscore_850 {
 
 namespace {
 
-bool IsNumber(double number)
+constexpr double kMissing = NumericValue::GetSysmisValue();
+
+// Two numbers side by side, of which a comparison makes two masks.
+using Pair = double __attribute__((vector_size(16)));
+
+template <class X>
+X All(double number)
 {
-    return !NumericValue::IsSystemMissingValue(number) && !std::isnan(number);
+    return X{} + number;
 }
 
+// What tells of a number, or of each of two, that it stands for none.
+struct LacksNumber {
+    template <class X>
+    static auto Of(X x)
+    {
+        return (x == All<X>(kMissing)) | (x != x);
+    }
+};
+
 // -1 is what a result holds that no standard error was written into.
-bool IsError(double number) { return IsNumber(number) && !(number < 0.0); }
+struct LacksError {
+    template <class X>
+    static auto Of(X x)
+    {
+        return LacksNumber::Of(x) | (x < X{});
+    }
+};
 
 // A limit without a mean may come multiplied by a number of trials, so whatever is as large as the
 // system-missing number is none.
-bool IsLimit(double number)
+struct LacksLimit {
+    template <class X>
+    static auto Of(X x)
+    {
+        return (x <= All<X>(kMissing)) | (x >= All<X>(-kMissing)) | (x != x);
+    }
+};
+
+template <class Lacks>
+bool AllExist(const double* numbers, size_t count)
 {
-    return std::fabs(number) < std::fabs(NumericValue::GetSysmisValue());
+    decltype(Lacks::Of(Pair{})) lacking{};
+    for (size_t i = 0; i < count; i += 2) {
+        Pair pair;
+        std::memcpy(&pair, numbers + i, sizeof pair);
+        lacking += Lacks::Of(pair);  // -1 for each; g++ takes an | apart again
+    }
+    return (lacking[0] | lacking[1]) == 0;
 }
 
-template <bool (*exists)(double)>
+template <class Lacks>
 uint64_t Bits(const double* numbers, size_t count)
 {
+    // A word of them nearly always exists whole.
+    if (count == 64 && AllExist<Lacks>(numbers, count)) return ~uint64_t{0};
     uint64_t bits = 0;
-    for (size_t i = 0; i < count; ++i) bits |= static_cast<uint64_t>(exists(numbers[i])) << i;
+    for (size_t i = 0; i < count; ++i) bits |= uint64_t{!Lacks::Of(numbers[i])} << i;
     return bits;
 }
 
@@ -50,22 +90,22 @@ struct Quantity {
 
 // In the order of ResultQuantity.
 constexpr Quantity kQuantities[] = {
-    {ResultQuantity::Prediction, ResultKind::Number, "prediction", kAnyResult, true, Bits<IsNumber>,
-     ""},
+    {ResultQuantity::Prediction, ResultKind::Number, "prediction", kAnyResult, true,
+     Bits<LacksNumber>, ""},
     {ResultQuantity::StdDev, ResultKind::Number, "std_dev", ScoreResult::LR_RESULT, false,
-     Bits<IsError>, ""},
+     Bits<LacksError>, ""},
     {ResultQuantity::CILower, ResultKind::Number, "ci_lower", ScoreResult::LR_RESULT, false,
-     Bits<IsLimit>, ""},
+     Bits<LacksLimit>, ""},
     {ResultQuantity::CIUpper, ResultKind::Number, "ci_upper", ScoreResult::LR_RESULT, false,
-     Bits<IsLimit>, ""},
+     Bits<LacksLimit>, ""},
     {ResultQuantity::Probability, ResultKind::Number, "probability", ScoreResult::MLR_RESULT, false,
-     Bits<IsNumber>, ""},
+     Bits<LacksNumber>, ""},
     {ResultQuantity::CumHazard, ResultKind::Number, "cum_hazard", ScoreResult::COXREG_RESULT, false,
-     Bits<IsNumber>, ""},
+     Bits<LacksNumber>, ""},
     {ResultQuantity::LinearPredictor, ResultKind::Number, "linear_predictor", kAnyResult, true,
-     Bits<IsNumber>, "linear predictor"},
+     Bits<LacksNumber>, "linear predictor"},
     {ResultQuantity::LinearPredictorError, ResultKind::Number, "std_err(linear_predictor)",
-     kAnyResult, true, Bits<IsError>, "standard error of the linear predictor"},
+     kAnyResult, true, Bits<LacksError>, "standard error of the linear predictor"},
     {ResultQuantity::Status, ResultKind::Status, "status", kAnyResult, true, nullptr,
      "0, or the code of the reason why there is no score"},
     {ResultQuantity::StatusField, ResultKind::FieldName, "status_field", kAnyResult, true, nullptr,
@@ -150,6 +190,36 @@ bool ResultSchema::Exists(ResultQuantity quantity, double number)
 uint64_t ResultSchema::ExistingBits(ResultQuantity quantity, const double* numbers, size_t count)
 {
     return kQuantities[static_cast<size_t>(quantity)].existing(numbers, count);
+}
+
+std::vector<ResultColumn> ColumnsOnRequest(const ModelDescription& description)
+{
+    const ResultSchema schema(description, {.linearPredictor = true, .linearPredictorError = true});
+    std::vector<ResultColumn> columns;
+    for (const ResultColumn& column : schema.ValueColumns()) {
+        if (column.quantity == ResultQuantity::LinearPredictor ||
+            column.quantity == ResultQuantity::LinearPredictorError) {
+            columns.push_back(column);
+        }
+    }
+    return columns;
+}
+
+std::string WhyNoLevel(const ModelDescription& about)
+{
+    const ResultSchema schema(about);
+    const auto& columns = schema.Columns();
+    const auto limit = std::find_if(columns.begin(), columns.end(), [](const auto& column) {
+        return column.quantity == ResultQuantity::CILower;
+    });
+    if (limit == columns.end()) {
+        return fmt::format(
+            "has no limits: {} ({})",
+            about.targetCategories.empty() ? "its family has none" : "it predicts a category",
+            about.family);
+    }
+    return limit->lacksCovariances ? "has no limits: the document has no covariances (PCovMatrix)"
+                                   : "has no limits of a level: the document fixes their distance";
 }
 
 }  // namespace MCVelscore_850

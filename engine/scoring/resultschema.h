@@ -78,6 +78,10 @@ public:
     const std::vector<ResultColumn>& Columns() const { return columns_; }
     /// How many of them hold values: all but the last two, status and status_field.
     size_t ValueCount() const { return columns_.size() - 2; }
+    std::span<const ResultColumn> ValueColumns() const
+    {
+        return std::span(columns_).first(ValueCount());
+    }
     /// The target's categories, in the document's order; empty for a model that predicts a number.
     const std::vector<std::string>& Categories() const { return categories_; }
     /// ScoreResult::GetScoreResultType() of the results that fill the columns.
@@ -94,6 +98,13 @@ private:
     std::vector<std::string> categories_;
     std::vector<ResultColumn> columns_;
 };
+
+/// The columns of values that a table of results has only where they are asked for.
+std::vector<ResultColumn> ColumnsOnRequest(const ModelDescription& description);
+
+/// Why no level of confidence limits can be set for a model without
+/// ModelDescription::hasConfidenceLevel: the rest of a sentence that begins with its document.
+std::string WhyNoLevel(const ModelDescription& description);
 
 }  // namespace MCVelscore_850
 

@@ -43,20 +43,6 @@ BlockReader::BlockSize BlockSizeOf(const LoadedModel& model, const ScoringOption
     return {options.blockBytes, std::max<int64_t>(1, kBlockOutput / (kNumberOutput * numbers))};
 }
 
-// The columns of a table without a header, unless they are told: the model's in their order.
-std::map<std::string, std::string> ColumnsInOrder(const TableReader& reader,
-                                                  const std::vector<std::string>& names)
-{
-    if (names.size() != reader.Header().size()) {
-        throw Failure(FailureKind::Cases, kColumnsWithoutHeader,
-                      {reader.NameOf(0), std::to_string(reader.Header().size()),
-                       std::to_string(names.size()), JoinNames(names, ", ")});
-    }
-    std::map<std::string, std::string> columnOf;
-    for (size_t i = 0; i < names.size(); ++i) columnOf[names[i]] = reader.Header()[i];
-    return columnOf;
-}
-
 std::map<std::string, std::string> ColumnsOf(const LoadedModel& model, const TableReader& reader,
                                              const ScoringOptions& options)
 {
@@ -85,6 +71,19 @@ void RefuseKeysTwice(const std::vector<std::string>& columns)
 }
 
 }  // namespace
+
+std::map<std::string, std::string> ColumnsInOrder(const TableReader& reader,
+                                                  const std::vector<std::string>& names)
+{
+    if (names.size() != reader.Header().size()) {
+        throw Failure(FailureKind::Cases, kColumnsWithoutHeader,
+                      {reader.NameOf(0), std::to_string(reader.Header().size()),
+                       std::to_string(names.size()), JoinNames(names, ", ")});
+    }
+    std::map<std::string, std::string> columnOf;
+    for (size_t i = 0; i < names.size(); ++i) columnOf[names[i]] = reader.Header()[i];
+    return columnOf;
+}
 
 size_t ProcessorCount() { return static_cast<size_t>(oneapi::tbb::info::default_concurrency()); }
 

@@ -72,6 +72,11 @@ struct RunPosition {
     std::vector<UnlistedValues> unlisted{};  ///< by the field's place
 };
 
+/// The columns of a table without a header, unless they are told: the model's in their order.
+/// Throws Failure (kColumnsWithoutHeader) where it has another number of them.
+std::map<std::string, std::string> ColumnsInOrder(const TableReader& reader,
+                                                  const std::vector<std::string>& names);
+
 /// The processors that this process may use.
 size_t ProcessorCount();
 

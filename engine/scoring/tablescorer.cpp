@@ -1,6 +1,7 @@
 #include "engine/scoring/tablescorer.h"
 
 #include <algorithm>
+#include <bit>
 #include <stdexcept>
 #include <unordered_map>
 
@@ -161,8 +162,11 @@ void TableScorer::ScoreTogether(const ColumnBlock& block, size_t first, ResultBl
     }
     // The block was written over the row that the model was settled by.
     if (first > 0) ReadResult(first - 1, results);
-    for (size_t row = first; row < block.rows; ++row) {
-        if (HasRow(unsure, row)) ScoreInto(block, row, results);
+    for (size_t word = 0; word < unsure.size(); ++word) {
+        for (uint64_t left = unsure[word]; left != 0; left &= left - 1) {
+            const size_t row = word * 64 + static_cast<size_t>(std::countr_zero(left));
+            if (row >= first && row < block.rows) ScoreInto(block, row, results);
+        }
     }
 }
 

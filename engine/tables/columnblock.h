@@ -1,6 +1,7 @@
 #ifndef VELSCORE_ENGINE_TABLES_COLUMNBLOCK_H
 #define VELSCORE_ENGINE_TABLES_COLUMNBLOCK_H
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -25,9 +26,12 @@ struct TableColumn {
     /// Of numbers and codes: a bit a row, least significant first, set where the row has a value;
     /// null when every row has one.
     const uint8_t* present = nullptr;
+    /// A number that is NaN is no value, whatever `present` says.
+    bool nanIsMissing = false;
 
     bool IsPresent(size_t row) const
     {
+        if (nanIsMissing && std::isnan(numbers[row])) return false;
         return present == nullptr || ((present[row / 8] >> (row % 8)) & 1U) != 0;
     }
     /// Of texts and codes; empty where the row has no value.

@@ -197,6 +197,26 @@ inline constexpr int kOtherTableForm = 269344;  // file, form, first file, its f
 inline constexpr int kDelimiterIsDecimal = 269345;  // file, character
 inline constexpr int kOutputKeyTwice = 269346;      // column
 
+// Codes of the engine: tables in memory, as Arrow's C data interface has them.
+inline constexpr int kArrowStructure = 269350;  // column or table, what is wrong
+inline constexpr int kArrowType = 269351;       // column, its type
+inline constexpr int kArrowStream = 269352;     // what its producer says
+inline constexpr int kArrowTooDeep = 269353;    // column, limit
+
+// Codes of the library: how it is called.
+inline constexpr int kNullArgument = 269401;    // argument
+inline constexpr int kStructSize = 269402;      // structure, size found, size known
+inline constexpr int kOptionValue = 269403;     // option, value, what is expected
+inline constexpr int kNoCurves = 269404;        // file, family
+inline constexpr int kNoLevel = 269405;         // file, why
+inline constexpr int kPolicyIgnored = 269406;   // policy, family
+inline constexpr int kRowNotScored = 269407;    // row, status, field
+inline constexpr int kColumnCount = 269408;     // what for, found, expected
+inline constexpr int kColumnPointers = 269409;  // column
+inline constexpr int kOutOfMemory = 269410;     // what for
+inline constexpr int kDefect = 269411;          // what was thrown
+inline constexpr int kNotAllowed = 269412;      // rule, why
+
 }  // namespace MCVelscore_850
 
 #endif

@@ -27,7 +27,7 @@ bool ReadAnyDateTime(std::string_view text, DateTimeShape& shape, double& plain)
 void AppendDateTime(double plain, ScoreDictVar::DateTimeType type, std::string& out);
 
 /// The shape of a type, which must be a date or time.
-DateTimeShape ShapeOf(ScoreDictVar::DateTimeType type);
+VELHOST_API DateTimeShape ShapeOf(ScoreDictVar::DateTimeType type);
 
 /// True for a type whose values are numbers from an origin of their own.
 bool CountsFromOrigin(ScoreDictVar::DateTimeType type);

@@ -116,6 +116,17 @@ TEST(DocumentLoader, TakesUtf16AndLatin1AlikeInGuardAndTree)
               "\xc3\xa9");
 }
 
+// The digest is sha256sum's of the same bytes.
+TEST(DocumentLoader, KeepsDigestAndTextOfBytesAtHand)
+{
+    const std::string head = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><PMML version=\"";
+    std::string digest;
+    std::string text;
+    LoadDocumentText(head + "\xe9\"/>", "m", {}, {.sha256 = &digest, .text = &text});
+    EXPECT_EQ(digest, "57be242b1ca896fe3dbfeba99a6566b537914ec5665eb5b747c2f52137244781");
+    EXPECT_EQ(text, head + "\xc3\xa9\"/>");
+}
+
 TEST(DocumentLoader, HoldsATreeThatMovesWithIt)
 {
     Document document = LoadDocumentText(kDocument, "m.pmml");

@@ -1,0 +1,338 @@
+// Every type of Arrow that is taken, for a variable of numbers, of texts and of dates; the expected
+// scores are of y = 1 + 2 x + 10 [sex = m].
+
+#include <gtest/gtest.h>
+
+#include "tests/capi/scored.h"
+
+namespace velscore_tests {
+namespace {
+
+struct TypeCase {
+    std::string name;
+    MadeArray column;
+    std::vector<double> predictions;
+};
+
+std::ostream& operator<<(std::ostream& out, const TypeCase& each) { return out << each.name; }
+
+MadeArray Truths(const std::string& name, const std::vector<bool>& truths,
+                 const std::vector<bool>& present)
+{
+    MadeArray made{.name = name, .format = "b"};
+    made.length = static_cast<int64_t>(truths.size());
+    made.nullCount = -1;
+    made.buffers = {BitsOf(present), BitsOf(truths)};
+    return made;
+}
+
+// Whole numbers of so many bytes, the lowest first, negative ones in two's complement.
+MadeArray Decimals(const std::string& name, const std::string& format, size_t bytes,
+                   const std::vector<int64_t>& values)
+{
+    MadeArray made{.name = name, .format = format};
+    made.length = static_cast<int64_t>(values.size());
+    Bytes all;
+    for (const int64_t value : values) {
+        Bytes one = BytesOf(std::vector<int64_t>{value});
+        one.resize(bytes, value < 0 ? std::byte{0xFF} : std::byte{0});
+        all.insert(all.end(), one.begin(), one.end());
+    }
+    made.buffers = {std::nullopt, all};
+    return made;
+}
+
+MadeArray Nulls(const std::string& name, int64_t rows)
+{
+    MadeArray made{.name = name, .format = "n"};
+    made.length = rows;
+    made.nullCount = rows;
+    return made;
+}
+
+// Views: short texts within, long ones in a buffer of their own.
+MadeArray Views(const std::string& name, const std::vector<std::string>& texts)
+{
+    MadeArray made{.name = name, .format = "vu"};
+    made.length = static_cast<int64_t>(texts.size());
+    Bytes views;
+    std::string far;
+    for (const std::string& text : texts) {
+        Bytes view(16);
+        const auto size = static_cast<int32_t>(text.size());
+        std::memcpy(view.data(), &size, sizeof size);
+        if (size <= 12) {
+            std::memcpy(view.data() + 4, text.data(), text.size());
+        } else {
+            const int32_t buffer = 0;
+            const auto begin = static_cast<int32_t>(far.size());
+            std::memcpy(view.data() + 4, text.data(), 4);
+            std::memcpy(view.data() + 8, &buffer, sizeof buffer);
+            std::memcpy(view.data() + 12, &begin, sizeof begin);
+            far += text;
+        }
+        views.insert(views.end(), view.begin(), view.end());
+    }
+    made.buffers = {std::nullopt, views, BytesOf(std::vector<char>(far.begin(), far.end())),
+                    BytesOf(std::vector<int64_t>{static_cast<int64_t>(far.size())})};
+    return made;
+}
+
+std::vector<TypeCase> NumberCases()
+{
+    constexpr int64_t kLarge = (int64_t{1} << 53) + 1;
+    return {
+        {"int8", Column<int8_t>("x", "c", {1, -2, {}}), {3, -3, kNull}},
+        {"uint8", Column<uint8_t>("x", "C", {1, 200, {}}), {3, 401, kNull}},
+        {"int16", Column<int16_t>("x", "s", {1, -300}), {3, -599}},
+        {"uint16", Column<uint16_t>("x", "S", {1, 60000}), {3, 120001}},
+        {"int32", Column<int32_t>("x", "i", {1, -70000}), {3, -139999}},
+        {"uint32", Column<uint32_t>("x", "I", {1, 4000000000U}), {3, 8000000001.0}},
+        {"int64", Column<int64_t>("x", "l", {1, -5, {}}), {3, -9, kNull}},
+        // The texts of both read as 2^53 and 2^53 + 4, the doubles beside them.
+        {"int64_large",
+         Column<int64_t>("x", "l", {1, kLarge, kLarge + 2}),
+         {3, 1 + 2 * 9007199254740992.0, 1 + 2 * 9007199254740996.0}},
+        {"uint64_large", Column<uint64_t>("x", "L", {~uint64_t{0}}), {1 + 2 * 0x1p64}},
+        {"float32", Column<float>("x", "f", {1.5F, {}}), {4, kNull}},
+        {"float64", Numbers("x", {1.5, {}, -2.0}), {4, kNull, -3}},
+        {"bool", Truths("x", {true, false, true}, {true, true, false}), {3, 1, kNull}},
+        {"utf8", Texts("x", {"1.5", {}, "NA", ""}), {4, kNull, kNull, kNull}},
+        {"large_utf8", Texts<int64_t>("x", {"1.5", {}}), {4, kNull}},
+        {"utf8_view", Views("x", {"1.5", "0.000000000000000000001"}), {4, 1}},
+        {"null", Nulls("x", 2), {kNull, kNull}},
+        {"decimal128", Decimals("x", "d:10,2", 16, {150, -25}), {4, 0.5}},
+        {"decimal128_of_negative_scale", Decimals("x", "d:10,-2", 16, {3}), {601}},
+        {"decimal256", Decimals("x", "d:40,1,256", 32, {15, -5}), {4, 0}},
+        // 9007199254740993.5 is read as a text is: to the nearest double, ...994.
+        {"decimal128_long",
+         Decimals("x", "d:20,1", 16, {90071992547409935}),
+         {1 + 2 * 9007199254740994.0}},
+        {"dictionary_of_numbers",
+         Indexed<int8_t>("c", {1, 0, {}, 2}, Numbers("x", {1.5, 7.0, {}})),
+         {15, 4, kNull, kNull}},
+        {"dictionary_of_utf8", Indexed<uint64_t>("L", {1, 0}, Texts("x", {"1.5", "7"})), {15, 4}},
+        {"dictionary_of_large_integers",
+         Indexed<int32_t>("i", {1, 0}, Column<int64_t>("x", "l", {kLarge, 2})),
+         {5, 1 + 2 * 9007199254740992.0}},
+    };
+}
+
+class NumberTypes : public testing::TestWithParam<TypeCase> {};
+
+TEST_P(NumberTypes, AreNumbersForAVariableOfNumbers)
+{
+    const auto rows = static_cast<size_t>(GetParam().column.length);
+    const ReadTables scores =
+        ScoresOf(TestModel().Text(), Table({GetParam().column, Same("sex", "f", rows)}));
+    EXPECT_EQ(NumbersOf(scores, "prediction"), GetParam().predictions);
+    EXPECT_EQ(alive, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Arrow, NumberTypes, testing::ValuesIn(NumberCases()),
+                         [](const auto& each) { return each.param.name; });
+
+// The reference category is "f"; every other text adds 10.
+std::string TextModel(const std::string& text)
+{
+    TestModel model;
+    model.sexField =
+        "<DataField name=\"sex\" optype=\"categorical\" dataType=\"string\">"
+        "<Value value=\"f\"/><Value value=\"" +
+        text + "\"/></DataField>";
+    std::string document = model.Text();
+    const std::string cell = "value=\"m\"";
+    return document.replace(document.find(cell), cell.size(), "value=\"" + text + "\"");
+}
+
+struct TextCase {
+    std::string name;
+    std::string category;
+    MadeArray column;
+};
+
+std::ostream& operator<<(std::ostream& out, const TextCase& each) { return out << each.name; }
+
+std::vector<TextCase> TextCases()
+{
+    return {
+        {"int8", "1", Column<int8_t>("sex", "c", {1})},
+        {"float_without_a_fraction", "1", Numbers("sex", {1.0})},
+        {"float", "1.5", Numbers("sex", {1.5})},
+        {"uint64", "18446744073709551615", Column<uint64_t>("sex", "L", {~uint64_t{0}})},
+        {"int64_large", "-9007199254740993", Column<int64_t>("sex", "l", {-9007199254740993})},
+        {"bool", "true", Truths("sex", {true}, {true})},
+        {"utf8", "m", Texts("sex", {"m"})},
+        {"utf8_view", "a category of many letters", Views("sex", {"a category of many letters"})},
+        {"dictionary", "m", Indexed<int8_t>("c", {1}, Texts("sex", {"f", "m"}))},
+        {"dictionary_of_truths", "true",
+         Indexed<int8_t>("c", {0}, Truths("sex", {true, false}, {true, true}))},
+        {"decimal", "1.5", Decimals("sex", "d:10,2", 16, {150})},
+        {"decimal_without_a_fraction", "2", Decimals("sex", "d:10,2", 16, {200})},
+        // 2 * 10^18 * 10^20
+        {"decimal_long", "200000000000000000000000000000000000000",
+         Decimals("sex", "d:38,-20", 16, {2000000000000000000})},
+        {"date32", "2026-11-21", Column<int32_t>("sex", "tdD", {20778})},
+        {"date32_before_1970", "1969-12-31", Column<int32_t>("sex", "tdD", {-1})},
+        {"date64", "2026-11-21", Column<int64_t>("sex", "tdm", {20778 * 86400000LL})},
+        {"time32_seconds", "23:59:59", Column<int32_t>("sex", "tts", {86399})},
+        {"time32_milliseconds", "00:00:01.5", Column<int32_t>("sex", "ttm", {1500})},
+        {"time64_nanoseconds", "00:00:00.000000001", Column<int64_t>("sex", "ttn", {1})},
+        {"timestamp_seconds", "1970-01-02T00:00:01", Column<int64_t>("sex", "tss:", {86401})},
+        {"timestamp_before_1970", "1969-12-31T23:59:59.75", Column<int64_t>("sex", "tsm:", {-250})},
+        {"timestamp_of_a_zone", "1970-01-01T00:00:00Z",
+         Column<int64_t>("sex", "tsu:Europe/Oslo", {0})},
+    };
+}
+
+class TextTypes : public testing::TestWithParam<TextCase> {};
+
+TEST_P(TextTypes, AreTextsForAVariableOfTexts)
+{
+    const ReadTables scores =
+        ScoresOf(TextModel(GetParam().category), Table({Numbers("x", {0.0}), GetParam().column}));
+    EXPECT_EQ(NumbersOf(scores, "prediction"), (std::vector<double>{11}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Arrow, TextTypes, testing::ValuesIn(TextCases()),
+                         [](const auto& each) { return each.param.name; });
+
+std::string DateModel(const std::string& type)
+{
+    std::string document = TestModel().Text();
+    const std::string field = "name=\"x\" optype=\"continuous\" dataType=\"double\"";
+    return document.replace(document.find(field), field.size(),
+                            "name=\"x\" optype=\"continuous\" dataType=\"" + type + "\"");
+}
+
+TEST(DateTypes, CountFromTheOriginOfTheirVariable)
+{
+    const auto score = [](const std::string& type, const MadeArray& column) {
+        return NumbersOf(ScoresOf(DateModel(type), Table({column, Same("sex", "f", 1)})),
+                         "prediction");
+    };
+    // 1960-04-10 is day 100 of 1960, 3553 days before 1970.
+    EXPECT_EQ(score("dateDaysSince[1960]", Column<int32_t>("x", "tdD", {-3553})),
+              std::vector<double>{201});
+    // A midnight is its date, a date its midnight, and any other time no date.
+    EXPECT_EQ(score("dateDaysSince[1970]", Column<int64_t>("x", "tsn:", {172800000000000})),
+              std::vector<double>{5});
+    EXPECT_EQ(score("dateTimeSecondsSince[1970]", Column<int32_t>("x", "tdD", {1})),
+              std::vector<double>{172801});
+    EXPECT_EQ(score("dateDaysSince[1970]", Column<int64_t>("x", "tsn:", {172800000000001})),
+              std::vector<double>{kNull});
+    EXPECT_EQ(score("dateTimeSecondsSince[1970]", Column<int64_t>("x", "tsn:UTC", {3000000000})),
+              std::vector<double>{7});
+    EXPECT_EQ(score("timeSeconds", Column<int64_t>("x", "ttu", {2500000})), std::vector<double>{6});
+    // The year 12000 and a time beyond the day are no values.
+    EXPECT_EQ(score("dateDaysSince[1970]", Column<int32_t>("x", "tdD", {3663000})),
+              std::vector<double>{kNull});
+    EXPECT_EQ(score("timeSeconds", Column<int32_t>("x", "tts", {86400})),
+              std::vector<double>{kNull});
+}
+
+TEST(Nan, IsMissingUnlessItIsToBeInvalid)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    std::vector<std::optional<double>> numbers(600, 1.0);
+    numbers[1] = nan;
+    numbers[599] = nan;
+    const MadeArray table = Table({Numbers("x", numbers), Same("sex", "f", 600)});
+    TestModel replacing;
+    replacing.xMining = R"(<MiningField name="x" missingValueReplacement="5"
+      invalidValueTreatment="returnInvalid"/>)";
+    const ReadTables missing = ScoresOf(replacing.Text(), table);
+    for (const size_t row : {1, 599}) {
+        EXPECT_EQ(NumbersOf(missing, "prediction")[row], 11) << row;
+    }
+    EXPECT_EQ(NumbersOf(missing, "prediction")[2], 3);
+    const ReadTables invalid = ScoresOf(replacing.Text(), table, {.nan = "invalid"});
+    for (const size_t row : {1, 599}) {
+        EXPECT_EQ(NumbersOf(invalid, "prediction")[row], kNull) << row;
+        EXPECT_EQ(NumbersOf(invalid, "status")[row], 269052) << row;
+        EXPECT_EQ(invalid.Named("status_field")[row].text, "x") << row;
+    }
+    // Without a replacement a missing value has no score, in no other way than a null.
+    const ReadTables refused = ScoresOf(TestModel().Text(), table);
+    EXPECT_EQ(NumbersOf(refused, "status")[1], 90029);
+    EXPECT_EQ(refused.Named("status_field")[599].text, "x");
+}
+
+TEST(Offsets, OfTheTableAndOfAColumnAddUp)
+{
+    MadeArray x = Numbers("x", {9.0, 9.0, 9.0, 1.0, {}, 2.0});
+    x.offset = 1;
+    x.length = 5;
+    MadeArray sex = Same("sex", "f", 5);
+    MadeArray table{.name = "", .format = "+s"};
+    table.offset = 2;
+    table.length = 3;
+    table.buffers = {std::nullopt};
+    table.children = {x, sex};
+    const ReadTables scores = ScoresOf(TestModel().Text(), table, {.keep = {"x"}});
+    EXPECT_EQ(NumbersOf(scores, "prediction"), (std::vector<double>{3, kNull, 5}));
+    EXPECT_EQ(NumbersOf(scores, "x"), (std::vector<double>{1, kNull, 2}));
+}
+
+TEST(Keep, HandsColumnsOfAnyTypeOnRowForRow)
+{
+    MadeArray list{.name = "prediction", .format = "+l"};
+    list.length = 2;
+    list.buffers = {std::nullopt, BytesOf(std::vector<int32_t>{0, 1, 3})};
+    list.children = {Numbers("item", {1.0, 2.0, 3.0})};
+    list.metadata = std::string("\1\0\0\0\1\0\0\0k\2\0\0\0vv", 15);
+    const MadeArray table =
+        Table({Numbers("x", {1.0, 2.0}), Same("sex", "f", 2), list, Texts("id", {"a", {}})});
+    const auto model = velscore::Model::FromText(TestModel().Text());
+    ArrowArrayStream in = StreamOf(table);
+    ArrowArrayStream out = model.Score(in, {.keep = {"id", "prediction"}});
+    ArrowSchema schema{};
+    ASSERT_EQ(out.get_schema(&out, &schema), 0);
+    ASSERT_EQ(schema.n_children, 8);
+    EXPECT_STREQ(schema.children[0]->name, "id");
+    EXPECT_STREQ(schema.children[1]->name, "input.prediction");
+    EXPECT_STREQ(schema.children[1]->format, "+l");
+    EXPECT_EQ(std::string(schema.children[1]->metadata, 15), list.metadata);
+    ArrowArray scored{};
+    ASSERT_EQ(out.get_next(&out, &scored), 0);
+    out.release(&out);
+    // A column that is moved out outlives the table and all it came from.
+    ArrowArray kept = *scored.children[1];
+    scored.children[1]->release = nullptr;
+    ArrowArray prediction = *scored.children[2];
+    scored.children[2]->release = nullptr;
+    scored.release(&scored);
+    EXPECT_EQ(ValueAt<double>(prediction, 1), 5);
+    ASSERT_EQ(kept.n_children, 1);
+    EXPECT_EQ(ValueAt<int32_t>(kept, 2), 3);
+    EXPECT_EQ(ValueAt<double>(*kept.children[0], 2), 3.0);
+    prediction.release(&prediction);
+    kept.release(&kept);
+    schema.release(&schema);
+    EXPECT_EQ(alive, 0);
+}
+
+TEST(LargeTables, ComeOutInPartsThatKeepTheirRows)
+{
+    constexpr size_t kRows = 70000;
+    std::vector<std::optional<double>> numbers;
+    for (size_t i = 0; i < kRows; ++i) numbers.emplace_back(static_cast<double>(i));
+    numbers[69999].reset();
+    const ReadTables scores =
+        ScoresOf(TestModel().Text(), Table({Numbers("x", numbers), Same("sex", "m", kRows)}),
+                 {.keepAll = true});
+    EXPECT_EQ(scores.tables, 2);
+    ASSERT_EQ(scores.rows, kRows);
+    const std::vector<double> predictions = NumbersOf(scores, "prediction");
+    const std::vector<double> kept = NumbersOf(scores, "x");
+    for (size_t i = 0; i + 1 < kRows; ++i) {
+        ASSERT_EQ(predictions[i], 11 + 2 * static_cast<double>(i));
+        ASSERT_EQ(kept[i], static_cast<double>(i));
+    }
+    EXPECT_EQ(predictions[kRows - 1], kNull);
+    EXPECT_EQ(scores.Named("status_field")[kRows - 1].text, "x");
+    EXPECT_FALSE(scores.Named("status_field")[kRows - 2].text);
+}
+
+}  // namespace
+}  // namespace velscore_tests
