@@ -3,6 +3,7 @@
 //   guard    what the pass over the bytes before it costs; meant to stay within 0.25 of the tree
 //   places   what noting line and column on every element adds to the tree; within 0.10
 //   adapter  what looking for something to rewrite costs in a document that needs nothing
+//   audit    what looking for faults costs in a document that has none; meant to stay within 0.1
 //   reader   from the tree to the finished model; meant to stay within 0.5 of the tree
 //
 // The document is a general linear model of 1,000 parameters with the lower triangle of its
@@ -24,6 +25,7 @@
 
 #include <fmt/format.h>
 
+#include "engine/documents/audit/documentaudit.h"
 #include "engine/documents/documentadapter.h"
 #include "engine/documents/documentguard.h"
 #include "engine/documents/documentloader.h"
@@ -55,7 +57,7 @@ std::string MakeDocument(int parameters)
             number(random));
         for (int j = 0; j <= i; ++j) {
             add(covariances, "      <PCovCell pRow=\"b{}\" pCol=\"b{}\" value=\"{:.17g}\"/>\n", i,
-                j, number(random));
+                j, i == j ? 1.0 : number(random));  // a variance isn't below 0
         }
     }
     std::string document;
@@ -122,9 +124,10 @@ int main(int argc, char** argv)
     const std::vector<ElementPlace> noPlaces;
     const XercesSession session;
 
-    std::vector<double> tree, guard, places, adapter, reader;
+    std::vector<double> tree, guard, places, adapter, audit, reader;
     size_t elements = 0;
     size_t changes = 0;
+    size_t found = 0;
     for (int round = 0; round < rounds; ++round) {
         DocumentGuard watch("bench");
         guard.push_back(Milliseconds([&] {
@@ -147,6 +150,9 @@ int main(int argc, char** argv)
         owner->dom = std::move(built);
         Document document("bench", std::move(owner));
         adapter.push_back(Milliseconds([&] { changes += AdaptDocument(document).size(); }));
+        Findings findings;
+        audit.push_back(Milliseconds([&] { DocumentAudit(document, {}, findings).LookAtTree(); }));
+        found += findings.Kept().size();
         std::unique_ptr<ScoreModel> model;
         reader.push_back(Milliseconds([&] {
             model.reset(
@@ -155,6 +161,11 @@ int main(int argc, char** argv)
     }
     if (changes != 0) {
         std::fprintf(stderr, "the document was meant to need no rewriting\n");
+        return 1;
+    }
+
+    if (found != 0) {
+        std::fprintf(stderr, "the document was meant to have nothing to tell\n");
         return 1;
     }
 
@@ -169,6 +180,7 @@ int main(int argc, char** argv)
     print("guard", Median(guard));
     print("places", Median(places) - yardstick);
     print("adapter", Median(adapter));
+    print("audit", Median(audit));
     print("reader", Median(reader));
     return 0;
 }

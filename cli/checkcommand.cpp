@@ -1,12 +1,17 @@
 #include <algorithm>
+#include <memory>
 
 #include <fmt/format.h>
+#include <unistd.h>
 #include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
+#include "cli/findingtext.h"
+#include "cli/sourcelines.h"
 #include "engine/documents/loadedmodel.h"
+#include "engine/tables/bytesource.h"
 
 namespace MCVelscore_850 {
 
@@ -14,37 +19,107 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string AcceptedText(const LoadedModel& model)
-{
-    std::string text = fmt::format("{}: OK, {}", model.File(), model.Description().family);
-    if (!model.Description().target.empty()) text += ", target " + model.Description().target;
-    text += '\n';
-    for (const std::string& adaptation : model.Adaptations()) {
-        text += fmt::format("  adapted: {}\n", adaptation);
+// What became of one document: a model, or why there is none.
+struct Checked {
+    std::string file;
+    SourceLines lines;
+    std::unique_ptr<const LoadedModel> model;
+    std::unique_ptr<const Failure> failure;
+
+    const DocumentFailure* Refusal() const
+    {
+        return dynamic_cast<const DocumentFailure*>(failure.get());
     }
-    return text;
-}
+    bool IsFaulty() const { return dynamic_cast<const DocumentFaults*>(failure.get()) != nullptr; }
+    const Findings& Found() const
+    {
+        static const Findings kNone;
+        if (model) return model->DocumentFindings();
+        return Refusal() == nullptr ? kNone : Refusal()->Found();
+    }
+};
 
-std::string RefusedText(const Failure& failure)
+// A refusal outlives the handler that caught it.
+std::unique_ptr<const Failure> KeptFailure(const Failure& failure)
 {
-    std::string text = fmt::format("refused: {}\n", FailureText(failure));
-    if (!failure.Remedy().empty()) text += fmt::format("  what to do: {}\n", failure.Remedy());
-    return text;
-}
-
-Json RefusedJson(const std::string& file, const Failure& failure)
-{
-    Json json{{"document", file}, {"ok", false}};
+    if (const auto* faults = dynamic_cast<const DocumentFaults*>(&failure)) {
+        return std::make_unique<DocumentFaults>(*faults);
+    }
     if (const auto* refusal = dynamic_cast<const DocumentFailure*>(&failure)) {
-        if (refusal->Line() > 0) {
-            json["line"] = refusal->Line();
-            json["column"] = refusal->Column();
-        }
-        if (!refusal->ElementPath().empty()) json["element"] = refusal->ElementPath();
+        return std::make_unique<DocumentFailure>(*refusal);
     }
-    json["code"] = failure.Code();
-    json["message"] = failure.what();
-    json["remedy"] = failure.Remedy();
+    return std::make_unique<Failure>(failure);
+}
+
+Checked CheckDocument(const std::string& file, const std::shared_ptr<const Plugin>& plugin,
+                      LoadOptions options)
+{
+    std::string text;
+    options.text = &text;
+    std::unique_ptr<const LoadedModel> model;
+    std::unique_ptr<const Failure> failure;
+    try {
+        model = std::make_unique<const LoadedModel>(file, plugin, options);
+    } catch (const Failure& refusal) {
+        if (refusal.Kind() != FailureKind::Document) throw;
+        failure = KeptFailure(refusal);
+    }
+    return {file, SourceLines(std::move(text)), std::move(model), std::move(failure)};
+}
+
+std::string LastLine(const Checked& checked)
+{
+    const std::string counts = CountsText(checked.Found());
+    const std::string more = counts.empty() ? "" : (checked.model ? "; " : ": ") + counts;
+    const std::string name = InputFile::NameOf(checked.file);
+    if (!checked.model) return fmt::format("{}: refused{}\n", name, more);
+    const ModelDescription& about = checked.model->Description();
+    const std::string target = about.target.empty() ? "" : ", target " + about.target;
+    return fmt::format("{}: OK, {}{}{}\n", name, about.family, target, more);
+}
+
+std::string ReportText(const Checked& checked)
+{
+    const FindingText writer(checked.lines, Console::IsColourful(STDOUT_FILENO));
+    std::string text;
+    if (checked.model) {
+        text = writer.TextOf(checked.Found(), checked.model->File());
+    } else if (const DocumentFailure* refusal = checked.Refusal()) {
+        text = writer.TextOf(refusal->Found(), refusal->File());
+        if (!checked.IsFaulty()) text += writer.TextOf(*refusal);
+    } else {  // no document at all: the text tells the file
+        text = fmt::format("fault: {}\n", FailureText(*checked.failure));
+        if (const std::string remedy = checked.failure->Remedy(); !remedy.empty()) {
+            text += fmt::format("  what to do: {}\n", remedy);
+        }
+    }
+    return text + LastLine(checked);
+}
+
+Json ReportJson(const Checked& checked)
+{
+    Json json{{"document", checked.file}, {"ok", checked.model != nullptr}};
+    if (checked.model) {
+        json["family"] = checked.model->Description().family;
+        json["target"] = checked.model->Description().target;
+        json["adapted"] = checked.model->Adaptations();
+    } else {
+        if (const DocumentFailure* refusal = checked.Refusal()) {
+            if (refusal->Line() > 0) {
+                json["line"] = refusal->Line();
+                json["column"] = refusal->Column();
+            }
+            if (!refusal->ElementPath().empty()) json["element"] = refusal->ElementPath();
+        }
+        json["code"] = checked.failure->Code();
+        json["message"] = checked.failure->what();
+        json["remedy"] = checked.failure->Remedy();
+    }
+    json["findings"] = FindingsJson(checked.Found());
+    if (checked.failure && !checked.IsFaulty()) {
+        json["findings"].push_back(RefusalJson(*checked.failure));
+    }
+    json["leftOut"] = LeftOutJson(checked.Found());
     return json;
 }
 
@@ -52,40 +127,36 @@ Json RefusedJson(const std::string& file, const Failure& failure)
 
 int RunCheck(const CheckArguments& arguments, Console& console)
 {
+    if (arguments.fix) return RunFix(arguments, console);
+    if (arguments.output != "-") throw UsageError("-o has a meaning with --fix alone");
     if (std::count(arguments.models.begin(), arguments.models.end(), "-") > 1) {
         throw UsageError("standard input (-) can be read once only");
     }
-    const auto plugin = std::make_shared<const Plugin>(arguments.plugin);
+    const LoadOptions options = LoadOptionsOf(arguments.document);
+    const auto plugin = std::make_shared<const Plugin>(arguments.document.plugin);
     Json report = Json::array();
     size_t refused = 0;
+    size_t doubtful = 0;
     for (const std::string& file : arguments.models) {
-        try {
-            const LoadedModel model(file, plugin, LoadOptions{arguments.asIs});
-            if (arguments.json) {
-                report.push_back({{"document", file},
-                                  {"ok", true},
-                                  {"family", model.Description().family},
-                                  {"target", model.Description().target},
-                                  {"adapted", model.Adaptations()}});
-            } else {
-                PrintOut(AcceptedText(model));
-            }
-        } catch (const Failure& failure) {
-            if (failure.Kind() != FailureKind::Document) throw;
-            ++refused;
-            if (arguments.json) {
-                report.push_back(RefusedJson(file, failure));
-            } else {
-                PrintOut(RefusedText(failure));
-            }
+        const Checked checked = CheckDocument(file, plugin, options);
+        refused += checked.model ? 0 : 1;
+        doubtful += checked.model && checked.Found().StrictCount() > 0 ? 1 : 0;
+        if (arguments.json) {
+            report.push_back(ReportJson(checked));
+        } else {
+            PrintOut(ReportText(checked));
         }
     }
     if (arguments.json) {
         PrintOut(report.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
     }
-    if (refused == 0) return kExitDone;
-    console.Say(fmt::format("refused {} of {} documents", refused, arguments.models.size()));
-    return kExitDocument;
+    const size_t all = arguments.models.size();
+    if (refused > 0) console.Say(fmt::format("refused {} of {} documents", refused, all));
+    if (arguments.strict && doubtful > 0) {
+        console.Say(fmt::format("{} of {} documents leave a doubt (--strict)", doubtful, all));
+    }
+    if (refused > 0) return kExitDocument;
+    return arguments.strict && doubtful > 0 ? kExitStrict : kExitDone;
 }
 
 }  // namespace MCVelscore_850

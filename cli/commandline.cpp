@@ -27,9 +27,7 @@ constexpr const char* kScoreFooter =
     "  velscore score model.pmml cases.csv --keep id -o scores.csv\n\n"
     "Exit codes: 0 done; 1 wrong usage; 2 document refused; 3 cases can't be read or lack a\n"
     "column; 4 output can't be written; 5 with --strict, a case wasn't scored or held an\n"
-    "unlisted value; 7 plug-in can't be loaded; 130 interrupted.";
-
-constexpr const char* kPluginHelp = "The plug-in's library, instead of the one beside the program";
+    "unlisted value, or the document leaves a doubt; 7 plug-in can't be loaded; 130 interrupted.";
 
 // Each takes just one text: it must not swallow the positional arguments behind it.
 template <class Target>
@@ -92,10 +90,16 @@ CLI::Validator WholeNumber(int64_t least, int64_t most = kNoLimit)
     return {check, "", ""};
 }
 
-void AddDocumentOptions(CLI::App* command, std::string& plugin, bool& asIs)
+void AddDocumentOptions(CLI::App* command, DocumentArguments& document)
 {
-    command->add_flag("--as-is", asIs, "Take the document as it is, without the adaptations");
-    AddText(command, "--plugin", plugin, kPluginHelp, "FILE");
+    command->add_flag("--as-is", document.asIs,
+                      "Take the document as it is: neither adapt it nor look for faults");
+    AddRepeatable(command, "--allow", document.allowed,
+                  "Take faults of this rule for notices; check tells the rule behind each; may be "
+                  "given again",
+                  "RULE");
+    AddText(command, "--plugin", document.plugin,
+            "The plug-in's library, instead of the one beside the program", "FILE");
 }
 
 // The headings of the options of `score` and `curve`.
@@ -204,7 +208,7 @@ void DefineScoring(CLI::App* command, ScoreArguments& score)
         "depend on it",
         "N")
         ->check(WholeNumber(1, 1024));
-    AddDocumentOptions(command, score.plugin, score.asIs);
+    AddDocumentOptions(command, score.document);
 }
 
 void DefineBadRows(CLI::App* command, ScoreArguments& score)
@@ -219,7 +223,8 @@ void DefineBadRows(CLI::App* command, ScoreArguments& score)
             "End with 3 before the row that would be rejected beyond so many", "N")
         ->check(WholeNumber(0));
     command->add_flag("--strict", score.strict,
-                      "End with 5 when a case wasn't scored or held an unlisted value");
+                      "End with 5 when a case wasn't scored or held an unlisted value, or for "
+                      "notices and adaptations of the document that may leave a doubt");
 }
 
 void DefineReports(CLI::App* command, ScoreArguments& score)
@@ -229,7 +234,7 @@ void DefineReports(CLI::App* command, ScoreArguments& score)
         ->check(NotEmpty());
     command->add_flag("--progress", score.progress,
                       "Tell the progress each ten seconds where no terminal is");
-    command->add_flag("--quiet", score.quiet, "No progress and no closing line");
+    command->add_flag("--quiet", score.quiet, "No progress, no closing line and no notices");
 }
 
 void DefineScore(CLI::App* command, ScoreArguments& score)
@@ -264,9 +269,19 @@ void DefineCheck(CLI::App* command, CheckArguments& check)
 {
     command->add_option("MODEL", check.models, "Model documents; - is standard input")->required();
     command->add_flag("--json", check.json, "The report as JSON");
-    AddDocumentOptions(command, check.plugin, check.asIs);
+    command->add_flag("--strict", check.strict,
+                      "End with 5 for notices and adaptations that may leave a doubt");
+    command->add_flag("--fix", check.fix,
+                      "Write the document as it is read, with what can be put right without a "
+                      "guess; one document, to -o");
+    AddText(command, "-o,--out", check.output,
+            "Where that document goes; - or nothing is standard output", "FILE")
+        ->check(NotEmpty());
+    AddDocumentOptions(command, check.document);
     command->footer(
-        "Example:\n  velscore check models/*.pmml\n\n"
+        "Example:\n  velscore check models/*.pmml\n"
+        "  velscore check --fix model.pmml -o fixed.pmml\n\n"
+        "Lists faults, notices and adaptations, each with its place, its rule and what to do.\n"
         "Ends with 2 when any document is refused.");
 }
 
@@ -277,7 +292,7 @@ void DefineInspect(CLI::App* command, InspectArguments& inspect)
     command->add_flag("--dump", inspect.dump,
                       "Everything that the model holds, as the model shows it");
     command->add_flag("--json", inspect.json, "The description as JSON");
-    AddDocumentOptions(command, inspect.plugin, inspect.asIs);
+    AddDocumentOptions(command, inspect.document);
     command->footer("Example:\n  velscore inspect model.pmml");
 }
 
@@ -292,7 +307,7 @@ void DefineVerify(CLI::App* command, VerifyArguments& verify)
             "CASES");
     AddText(command, "-o,--out", verify.output,
             "Where that document goes; - or nothing is standard output", "FILE");
-    AddDocumentOptions(command, verify.plugin, verify.asIs);
+    AddDocumentOptions(command, verify.document);
     command->footer(
         "Examples:\n  velscore verify model.pmml\n"
         "  velscore verify model.pmml --emit cases.csv -o verified.pmml\n\n"
@@ -302,12 +317,13 @@ void DefineVerify(CLI::App* command, VerifyArguments& verify)
 void DefineConvert(CLI::App* command, ConvertArguments& convert)
 {
     command
-        ->add_option("MODEL", convert.model,
-                     "The model document, in the older form; - is standard input")
+        ->add_option(
+            "MODEL", convert.model,
+            "The model document, in the older form or a RegressionModel; - is standard input")
         ->required();
     AddText(command, "-o,--out", convert.output,
             "Where the PMML document goes; - or nothing is standard output", "FILE");
-    AddText(command, "--plugin", convert.plugin, kPluginHelp, "FILE");
+    AddDocumentOptions(command, convert.document);
     command->footer(
         "Example:\n  velscore convert old.xml -o new.pmml\n\n"
         "Ends with 2 when the document is refused, or says what PMML can't.");
@@ -315,8 +331,9 @@ void DefineConvert(CLI::App* command, ConvertArguments& convert)
 
 void DefineHelp(CLI::App* command, HelpArguments& help)
 {
-    command->add_option("CODE", help.code,
-                        "The code of an error or of a status; none lists them all");
+    command->add_option(
+        "CODE", help.code,
+        "The code of an error or of a status, or the name of a rule; none lists all codes");
     command->footer("Example:\n  velscore help 90029");
 }
 
@@ -399,13 +416,13 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
     CLI::App* curveCommand =
         app.add_subcommand("curve", "Write the survival curve of each case of a table");
     CLI::App* checkCommand =
-        app.add_subcommand("check", "Read documents and report what was adapted or refused");
+        app.add_subcommand("check", "Read documents and tell their faults, and what was adapted");
     CLI::App* inspectCommand = app.add_subcommand("inspect", "Show what a model is");
     CLI::App* verifyCommand =
         app.add_subcommand("verify", "Score the records that a document carries, and compare");
     CLI::App* convertCommand =
-        app.add_subcommand("convert", "Write a document of the older form as PMML");
-    CLI::App* helpCommand = app.add_subcommand("help", "Explain a code");
+        app.add_subcommand("convert", "Write a document as a GeneralRegressionModel");
+    CLI::App* helpCommand = app.add_subcommand("help", "Explain a code or a rule");
     DefineScore(scoreCommand, score);
     DefineCurve(curveCommand, curve);
     DefineCheck(checkCommand, check);

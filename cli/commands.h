@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "cli/documentarguments.h"
+
 namespace MCVelscore_850 {
 
 class Console;
@@ -36,9 +38,8 @@ struct ScoreArguments {
     bool progress = false;
     bool resume = false;
     std::vector<std::string> missingTexts;
-    std::string plugin;
+    DocumentArguments document;
     bool predictionOnly = false;
-    bool asIs = false;
     bool strict = false;
     bool quiet = false;
     bool partial = false;
@@ -47,15 +48,16 @@ struct ScoreArguments {
 
 struct CheckArguments {
     std::vector<std::string> models;
-    std::string plugin;
-    bool asIs = false;
+    DocumentArguments document;
+    std::string output = "-";
+    bool fix = false;
     bool json = false;
+    bool strict = false;
 };
 
 struct InspectArguments {
     std::string model;
-    std::string plugin;
-    bool asIs = false;
+    DocumentArguments document;
     bool dump = false;
     bool json = false;
 };
@@ -64,15 +66,14 @@ struct VerifyArguments {
     std::string model;
     std::string emit;  ///< a table of cases to make records of; empty to verify
     std::string output = "-";
-    std::string plugin;
-    bool asIs = false;
+    DocumentArguments document;
     bool json = false;
 };
 
 struct ConvertArguments {
     std::string model;
     std::string output = "-";
-    std::string plugin;
+    DocumentArguments document;
 };
 
 struct HelpArguments {
@@ -90,6 +91,8 @@ int RunScore(const ScoreArguments& arguments, Console& console);
 /// Takes what `score` takes but for the output's columns.
 int RunCurve(const ScoreArguments& arguments, Console& console);
 int RunCheck(const CheckArguments& arguments, Console& console);
+/// `check --fix`.
+int RunFix(const CheckArguments& arguments, Console& console);
 int RunInspect(const InspectArguments& arguments);
 int RunVerify(const VerifyArguments& arguments, Console& console);
 int RunConvert(const ConvertArguments& arguments, Console& console);

@@ -7,8 +7,10 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "cli/findingtext.h"
 #include "engine/documents/loadedmodel.h"
 #include "engine/tables/outputfile.h"
+#include "host/messages/messages.h"
 
 namespace MCVelscore_850 {
 
@@ -19,18 +21,17 @@ constexpr std::string_view kPlain = "\033[0m";
 
 void Put(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stderr); }
 
-bool IsColourWanted()
+}  // namespace
+
+bool Console::IsColourful(int stream)
 {
     const char* none = std::getenv("NO_COLOR");
     const char* terminal = std::getenv("TERM");
-    return (none == nullptr || *none == '\0') &&
+    return ::isatty(stream) == 1 && (none == nullptr || *none == '\0') &&
            (terminal == nullptr || std::string_view(terminal) != "dumb");
 }
 
-}  // namespace
-
-Console::Console() : terminal_(::isatty(STDERR_FILENO) == 1), colour_(terminal_ && IsColourWanted())
-{}
+Console::Console() : terminal_(::isatty(STDERR_FILENO) == 1), colour_(IsColourful(STDERR_FILENO)) {}
 
 Console::~Console() { ClearProgress(); }
 
@@ -50,6 +51,11 @@ void Console::SayError(std::string_view text, std::string_view remedy)
 void Console::SayFailure(const Failure& failure)
 {
     SayError(FailureText(failure), failure.Remedy());
+}
+
+void Console::SayFindings(const LoadedModel& model)
+{
+    for (const std::string& line : FindingLines(model.DocumentFindings(), model.File())) Say(line);
 }
 
 void Console::ShowProgress(const Progress& progress)
@@ -96,10 +102,16 @@ std::string FailureText(const Failure& failure)
         text += ": ";
     }
     text += failure.what();
-    text += fmt::format(" [{}]", failure.Code());
+    // A fault tells its rule instead.
+    if (failure.Code() != kDocumentFault) text += fmt::format(" [{}]", failure.Code());
     if (const auto* refusal = dynamic_cast<const DocumentFailure*>(&failure);
         refusal != nullptr && !refusal->ElementPath().empty()) {
         text += fmt::format("\n  at {}", refusal->ElementPath());
+    }
+    if (const auto* faults = dynamic_cast<const DocumentFaults*>(&failure)) {
+        const size_t more = faults->Found().CountOf(Answer::Fault) - 1;
+        if (more > 0)
+            text += fmt::format("\n  and {} more {}", more, more == 1 ? "fault" : "faults");
     }
     return text;
 }

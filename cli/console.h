@@ -10,6 +10,7 @@
 namespace MCVelscore_850 {
 
 class Failure;
+class LoadedModel;
 
 /// Everything that the command says beside its data: on standard error, in colour only on a
 /// terminal and without NO_COLOR.
@@ -24,6 +25,13 @@ public:
     void SayError(std::string_view text, std::string_view remedy = {});
     /// A failure with its place, code and remedy.
     void SayFailure(const Failure& failure);
+
+    /// What was noticed and adapted in a model's document, in a few lines; nothing where there is
+    /// nothing.
+    void SayFindings(const LoadedModel& model);
+
+    /// Whether what is written to this stream, a file descriptor, may have colours.
+    static bool IsColourful(int stream);
 
     /// Shows how far a long work is: on a terminal a bar, after the first second; elsewhere, if
     /// that is wanted, a line each ten seconds.
@@ -47,7 +55,8 @@ private:
 /// written; once the reader of a pipe went away, the rest is dropped quietly.
 void PrintOut(std::string_view text);
 
-/// "model.pmml:12:5: text" with the place in front where the failure knows it, and the code behind.
+/// "model.pmml:12:5: text" with the place in front where the failure knows it, and the code, or the
+/// rule of a fault, behind; then the element's path, and how many more faults there are.
 std::string FailureText(const Failure& failure);
 
 }  // namespace MCVelscore_850

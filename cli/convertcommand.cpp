@@ -4,9 +4,9 @@
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/outputguard.h"
+#include "engine/documents/documentconverter.h"
 #include "engine/documents/documentloader.h"
-#include "engine/documents/legacyconverter.h"
-#include "engine/documents/plugin.h"
+#include "engine/documents/loadedmodel.h"
 #include "engine/tables/outputfile.h"
 
 namespace MCVelscore_850 {
@@ -14,8 +14,15 @@ namespace MCVelscore_850 {
 int RunConvert(const ConvertArguments& arguments, Console& console)
 {
     RefuseOutputOntoDocument(arguments.output, arguments.model);
-    const Plugin plugin(arguments.plugin);
-    const PublishedForm published = ConvertLegacyDocument(LoadDocument(arguments.model), plugin);
+    const LoadOptions options = LoadOptionsOf(arguments.document);
+    const auto plugin = std::make_shared<const Plugin>(arguments.document.plugin);
+    Document document = LoadDocument(arguments.model);
+    const PublishedForm published = ConvertDocument(document, *plugin);
+    // Neither the document nor what becomes of it may have a fault.
+    LoadedModel(document, plugin, options);
+    Document converted =
+        LoadDocumentText(published.text, fmt::format("the PMML form of {}", published.file));
+    LoadedModel(converted, plugin, options);
     for (const std::string& note : published.notes) {
         console.Say(fmt::format("{}: {}", published.file, note));
     }

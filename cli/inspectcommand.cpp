@@ -13,8 +13,8 @@ namespace MCVelscore_850 {
 int RunInspect(const InspectArguments& arguments)
 {
     if (arguments.dump && arguments.json) throw UsageError("--dump and --json don't go together");
-    const LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin),
-                            LoadOptions{arguments.asIs});
+    const LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.document.plugin),
+                            LoadOptionsOf(arguments.document));
     if (arguments.dump) {
         std::ostringstream text;
         model.Display(text);

@@ -232,6 +232,7 @@ std::string ModelText(const LoadedModel& model)
     AddColumns(out, "columns of the output", ValueColumns(schema));
     AddColumns(out, "columns on request (--columns)", ColumnsOnRequest(about));
     for (const std::string& adaptation : model.Adaptations()) AddLine(out, "adapted", adaptation);
+    for (const std::string& notice : model.Notices()) AddLine(out, "notice", notice);
     return out;
 }
 
@@ -295,6 +296,7 @@ Json ModelJson(const LoadedModel& model)
     }
     json["columnsOnRequest"] = std::move(onRequest);
     json["adapted"] = model.Adaptations();
+    json["notices"] = model.Notices();
     return json;
 }
 

@@ -57,7 +57,7 @@ Json OptionsJson(const ScoreArguments& of, bool curves)
                  {"digits", of.digits},
                  {"noHeader", of.noHeader},
                  {"predictionOnly", of.predictionOnly},
-                 {"asIs", of.asIs}};
+                 {"asIs", of.document.asIs}};
     options["level"] = of.level ? Json(*of.level) : Json();
     return options;
 }

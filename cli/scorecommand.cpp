@@ -24,12 +24,13 @@ namespace {
 constexpr std::string_view kInterrupted = "interrupted; whole rows written";
 constexpr std::string_view kBeforeThat = "whole rows written before that";
 
-int ExitCodeOf(const ScoringReport& report, bool strict)
+int ExitCodeOf(const ScoringReport& report, const Findings& found, bool strict)
 {
     if (report.interrupted) return kExitSignal + StopSignal();
     if (report.outputClosed) return kExitDone;
-    if (strict && (report.NotScoredCount() > 0 || !report.unlisted.empty())) return kExitStrict;
-    return kExitDone;
+    const bool leavesDoubt =
+        report.NotScoredCount() > 0 || !report.unlisted.empty() || found.StrictCount() > 0;
+    return strict && leavesDoubt ? kExitStrict : kExitDone;
 }
 
 // One run of `score` or `curve`: its outputs, and what is said of it.
@@ -68,12 +69,11 @@ int TableRun::Run()
             "the model and the cases can't both come from standard input; name a file "
             "for one of them");
     }
-    LoadOptions load;
-    load.asIs = arguments_.asIs;
+    LoadOptions load = LoadOptionsOf(arguments_.document);
     if (arguments_.outputColumns == "document") load.output = OutputColumns::Document;
     const bool canResume = CanResume(tables);
     load.digest = canResume || !arguments_.summary.empty();
-    model_.emplace(arguments_.model, std::make_shared<Plugin>(arguments_.plugin), load);
+    model_.emplace(arguments_.model, std::make_shared<Plugin>(arguments_.document.plugin), load);
     PrepareModel(arguments_, *model_, options_);
 
     CatchStopSignals();
@@ -100,8 +100,9 @@ int TableRun::Run()
         EndEarly(kInterrupted);
     } else if (!arguments_.quiet && !report.outputClosed) {
         console_.Say(ClosingLine(*session_, *model_));
+        console_.SayFindings(*model_);
     }
-    return WriteSummary(ExitCodeOf(report, arguments_.strict));
+    return WriteSummary(ExitCodeOf(report, model_->DocumentFindings(), arguments_.strict));
 }
 
 // No output may be an input, nor another output.

@@ -162,6 +162,7 @@ Json SummaryJson(const ScoringSession& session, const LoadedModel& model, const 
                  {"documentSha256", model.Sha256()},
                  {"family", model.Description().family},
                  {"adapted", model.Adaptations()},
+                 {"notices", model.Notices()},
                  {"tables", std::move(tables)},
                  {"rows", rows},
                  {"scored", report.scored},

@@ -22,7 +22,8 @@ struct RunEnd {
 };
 
 /// What became of a run, for programs: its end, rows, scored, not scored by code and field with the
-/// first rows, unlisted values, what was adapted in the document, times in seconds, rates, memory,
+/// first rows, unlisted values, what was adapted and
+/// noticed in the document, times in seconds, rates, memory,
 /// versions and the document's SHA-256.
 nlohmann::ordered_json SummaryJson(const ScoringSession& session, const LoadedModel& model,
                                    const RunEnd& end);

@@ -36,7 +36,7 @@ std::string DifferenceText(const Difference& difference)
     return text + "\n";
 }
 
-Json ReportJson(const std::string& file, const VerificationReport& report)
+Json ReportJson(const LoadedModel& model, const VerificationReport& report)
 {
     Json differences = Json::array();
     for (const Difference& difference : report.differences) {
@@ -50,10 +50,9 @@ Json ReportJson(const std::string& file, const VerificationReport& report)
              {"statusField", difference.faultyField},
              {"statusText", difference.faultyText ? Json(*difference.faultyText) : Json()}});
     }
-    return {{"document", file},
-            {"records", report.records},
-            {"compared", report.compared},
-            {"differences", std::move(differences)}};
+    return {{"document", model.File()},    {"adapted", model.Adaptations()},
+            {"notices", model.Notices()},  {"records", report.records},
+            {"compared", report.compared}, {"differences", std::move(differences)}};
 }
 
 // The document with the cases of a table as its records.
@@ -64,7 +63,8 @@ int Emit(const VerifyArguments& arguments, LoadOptions options, Console& console
     }
     if (arguments.json) throw UsageError("--emit has no report to write as JSON");
     RefuseOutputOntoDocument(arguments.output, arguments.model);
-    LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin), options);
+    LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.document.plugin),
+                      options);
     const std::unique_ptr<ByteSource> cases = OpenTable(arguments.emit);
     RefuseOutputOntoTable(arguments.output, arguments.emit);
     const MadeVerification made = MakeVerification(model, *cases, {});
@@ -78,18 +78,17 @@ int Emit(const VerifyArguments& arguments, LoadOptions options, Console& console
 
 int RunVerify(const VerifyArguments& arguments, Console& console)
 {
-    LoadOptions options;
-    options.asIs = arguments.asIs;
+    LoadOptions options = LoadOptionsOf(arguments.document);
     options.output = OutputColumns::DocumentIfAny;
     if (!arguments.emit.empty()) return Emit(arguments, options, console);
     if (arguments.output != "-") throw UsageError("-o has a meaning with --emit alone");
     options.verification = true;
-    LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.plugin), options);
+    LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.document.plugin),
+                      options);
     const VerificationReport report = Verify(model, *model.Verification());
     if (arguments.json) {
-        PrintOut(
-            ReportJson(model.File(), report).dump(2, ' ', false, Json::error_handler_t::replace) +
-            "\n");
+        PrintOut(ReportJson(model, report).dump(2, ' ', false, Json::error_handler_t::replace) +
+                 "\n");
     } else {
         for (const Difference& difference : report.differences) {
             PrintOut(DifferenceText(difference));
@@ -97,6 +96,7 @@ int RunVerify(const VerifyArguments& arguments, Console& console)
     }
     console.Say(fmt::format("{} records, {} values compared, {} differ", report.records,
                             report.compared, report.differences.size()));
+    console.SayFindings(model);
     return report.differences.empty() ? kExitDone : kExitDifferences;
 }
 

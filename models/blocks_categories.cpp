@@ -10,6 +10,7 @@
 #include "models/clrmodel.h"
 #include "models/cumulativelinkmodel.h"
 #include "models/mlrmodel.h"
+#include "models/normalizedmodel.h"
 
 namespace MCVelscore_850 {
 
@@ -83,6 +84,51 @@ std::unique_ptr<BatchScorer> MLRModel::MakeBlockScorer(const kernels::BlockKerne
 {
     if (categoryMap.empty()) return nullptr;
     auto scorer = std::make_unique<MLRBlocks>(kernels, *this);
+    if (!scorer->Build()) return nullptr;
+    return scorer;
+}
+
+class NormalizedBlocks final : public BlockScorer {
+public:
+    NormalizedBlocks(const kernels::BlockKernels& chosen, const NormalizedModel& model)
+        : BlockScorer(chosen), model_(model)
+    {
+        categories_ = NamesOf(model.categoryMap);
+    }
+    bool Build() { return AddNumberedPredictors(model_.plan, model_.predictorVars); }
+
+protected:
+    enum : size_t { kStart, kY };
+    size_t WorkColumns() const override { return kY + categories_.size(); }
+
+    void Compute(const Block& block) const override
+    {
+        const size_t categories = categories_.size();
+        std::fill_n(block.Work(kStart), kernels::kBlockRows, 0.0);
+        double* const y = block.Work(kY);
+        kernels_.equations(block.columns, block.Work(kStart), model_.plan.View(),
+                           model_.betasByParameter.data(), categories, y);
+        for (size_t row = 0; row < block.rows; ++row) {
+            const int predicted =
+                kernels::Normalize(model_.normalization, y + row, categories, kernels::kBlockRows);
+            if (predicted < 0) {
+                block.Leave(row);
+            } else if (block.results.category != nullptr) {
+                block.results.category[row] = predicted;
+            }
+        }
+        GiveProbabilities(y, categories, block.results, block.rows);
+    }
+
+private:
+    const NormalizedModel& model_;
+};
+
+std::unique_ptr<BatchScorer> NormalizedModel::MakeBlockScorer(
+    const kernels::BlockKernels& kernels) const
+{
+    if (categoryMap.empty()) return nullptr;
+    auto scorer = std::make_unique<NormalizedBlocks>(kernels, *this);
     if (!scorer->Build()) return nullptr;
     return scorer;
 }

@@ -65,12 +65,12 @@ struct CovarianceRow {
 };
 
 constexpr FamilySet kByCategory =
-    Family(kMultinomial) | Family(kMultinomialGeneralized) | kOrdinalFamilies;
+    Family(kMultinomial) | Family(kMultinomialGeneralized) | Family(kNormalized) | kOrdinalFamilies;
 constexpr FamilySet kCategoriesIgnored =
     Family(kConditional) | Family(kBinary) | Family(kGeneralizedLinear);
 
 constexpr CovarianceRow kCovarianceRows[] = {
-    {false, false, Family(kMultinomial), RefuseNoCategory},
+    {false, false, Family(kMultinomial) | Family(kNormalized), RefuseNoCategory},
     {false, false, kAllFamilies, TwoParameters},
     {true, false, kOrdinalFamilies, ThresholdOfColumn},
     {true, false, kAllFamilies, RefuseColumnCategory},

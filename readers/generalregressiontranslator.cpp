@@ -9,6 +9,7 @@
 #include "host/messages/messages.h"
 #include "host/messages/scoringlog.h"
 #include "host/model/versioninfo.h"
+#include "models/normalizedmodel.h"
 #include "readers/codes.h"
 #include "readers/parse.h"
 #include "readers/regressiontranslator.h"
@@ -142,6 +143,12 @@ void GeneralRegressionTranslator::CheckAndFinish(Parse& parse)
     if (parse.IsAmong(kCategoryFamilies) && parse.model->GetCategoryMap().empty()) {
         NoteElement(parse.modelElement);
         Refuse(kTargetWithoutCategories, parse.targetName.c_str(), parse.modelType.c_str());
+    }
+    if (parse.Is(kNormalized) &&
+        static_cast<const NormalizedModel&>(*parse.model).GetNormalization().empty()) {
+        NoteElement(parse.modelElement);
+        Refuse(kAbsent, Tags::XML_ATT_RM_EXT_NAME_NORMALIZATION.c_str(),
+               Tags::XML_ELE_REGRESSMODEL.c_str());
     }
     if (parse.IsAmong(kCoxFamilies)) CheckCox(parse);
     parse.model->FinishSetup();

@@ -10,6 +10,7 @@
 #include "models/gzlrmodel.h"
 #include "models/lrmodel.h"
 #include "models/mlrmodel.h"
+#include "models/normalizedmodel.h"
 #include "models/ogzlrmodel.h"
 #include "models/ormodel.h"
 #include "readers/codes.h"
@@ -27,16 +28,12 @@ std::string SelectorName(const ModelHead& head)
     return algorithm.empty() ? head.attribute(Tags::XML_ATT_RM_MODEL_NAME) : algorithm;
 }
 
-// A multinomial model with a generalized selector. A binomial logit model stays with the
-// multinomial class, and only another link goes to the generalized one, on purpose.
 ModelChoice GeneralizedMultinomial(const ModelHead& head)
 {
-    if (head.attribute(Tags::XML_VAL_RM_EXT_NAME_DISTRIBUTION) ==
-            Tags::XML_VAL_RM_EXT_VALUE_DIST_BINOMIAL &&
-        head.attribute(Tags::XML_ATT_LINKFUNCTION) != Tags::XML_VAL_LINKFUNCTION_LOGIT) {
-        return {kGeneralizedLinear, false};
-    }
-    return {kMultinomialGeneralized, true};
+    const FamilyCode code = FamilyUnderLink(kMultinomialGeneralized,
+                                            head.attribute(Tags::XML_VAL_RM_EXT_NAME_DISTRIBUTION),
+                                            head.attribute(Tags::XML_ATT_LINKFUNCTION));
+    return {code, code != kGeneralizedLinear};
 }
 
 ModelChoice GeneralizedLinear(const ModelHead& head)
@@ -67,6 +64,7 @@ struct ClassRow {
 constexpr ClassRow kClasses[] = {
     {kMultinomial, Make<MLRModel>},
     {kMultinomialGeneralized, Make<MLRModel>},
+    {kNormalized, Make<NormalizedModel>},
     {kGeneralLinear, Make<GLRModel>},
     {kLinear, Make<LRModel>},
     {kConditional, Make<CLRModel>},

@@ -11,17 +11,6 @@ namespace MCVelscore_850 {
 
 class RegressionModel;
 
-/// A set of families, as bits by code.
-using FamilySet = unsigned;
-constexpr FamilySet Family(FamilyCode code) { return 1U << code; }
-constexpr bool Has(FamilySet set, FamilyCode code) { return (set & Family(code)) != 0; }
-inline constexpr FamilySet kCoxFamilies = Family(kCox) | Family(kCoxComplexSamples);
-inline constexpr FamilySet kOrdinalFamilies = Family(kOrdinal) | Family(kOrdinalGeneralized);
-/// The families whose prediction is a category of the target, whatever the target's level.
-inline constexpr FamilySet kCategoryFamilies =
-    Family(kMultinomial) | Family(kMultinomialGeneralized) | Family(kBinary) | kOrdinalFamilies;
-inline constexpr FamilySet kAllFamilies = ~0U;
-
 /// The family that a document asks for. `targetIsScale` is read with kGeneralizedLinear only.
 struct ModelChoice {
     FamilyCode code;

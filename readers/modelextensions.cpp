@@ -2,8 +2,11 @@
 // children of the model element, each a name and a value.
 
 #include "host/documents/pmmlmodeltags.h"
+#include "host/variables/scoredictvar.h"
 #include "models/blrmodel.h"
 #include "models/glrmodel.h"
+#include "models/normalizedmodel.h"
+#include "readers/cellreading.h"
 #include "readers/codes.h"
 #include "readers/generalregressiontranslator.h"
 #include "readers/modeloptions.h"
@@ -17,6 +20,11 @@ using Tags = PMMLModelTags;
 namespace {
 
 GLRModel& GeneralLinear(const Parse& parse) { return static_cast<GLRModel&>(*parse.model); }
+
+NormalizedModel& Normalized(const Parse& parse)
+{
+    return static_cast<NormalizedModel&>(*parse.model);
+}
 
 // What all families have. An extension of these ends its turn here.
 const ModelOptionRow kCommonExtensions[] = {
@@ -50,6 +58,25 @@ const ModelOptionRow kFamilyExtensions[] = {
      [](const ModelOption& option) {
          static_cast<BLRModel&>(*option.parse.model)
              .SetCutoff(option.reader.VerifyDouble(option.value));
+     }},
+    {Family(kNormalized), Tags::XML_ATT_RM_EXT_NAME_NORMALIZATION,
+     [](const ModelOption& option) {
+         if (Normalized(option.parse).SetNormalization(option.value)) return;
+         Refuse(kUnexpectedWord, option.value.c_str(), Tags::XML_ATT_VALUE.c_str(),
+                option.name.c_str());
+     }},
+    {Family(kNormalized), Tags::XML_ATT_RM_EXT_NAME_REMAINDER,
+     [](const ModelOption& option) {
+         const ScoreDictVar* target = option.parse.model->GetTargetVar();
+         std::string category = option.value;
+         if (target == nullptr || !target->IsValid(MakeTargetValue(*target, category).get())) {
+             Refuse(kInvalidValue, option.value.c_str(), option.parse.targetName.c_str());
+         }
+         Normalized(option.parse).SetRemainder(category);
+     }},
+    {Family(kNormalized), Tags::XML_ATT_RM_EXT_NAME_ORDERED,
+     [](const ModelOption& option) {
+         if (option.value == "true") Normalized(option.parse).SetOrdered();
      }},
     {Family(kGeneralLinear), Tags::XML_ATT_RM_EXT_NAME_SIGMA,
      [](const ModelOption& option) {

@@ -133,7 +133,8 @@ void GeneralRegressionTranslator::ExpectTablesFit(const Parse& parse) const
     ExpectTableFits(Tags::XML_ELE_PARAM_MATRIX, parameters, categories);
     // The others keep the cells that are written alone.
     constexpr FamilySet kWithNumbers = Family(kMultinomial) | Family(kMultinomialGeneralized) |
-                                       Family(kGeneralLinear) | Family(kBinary);
+                                       Family(kNormalized) | Family(kGeneralLinear) |
+                                       Family(kBinary);
     if (parse.IsAmong(kWithNumbers)) {
         ExpectTableFits(Tags::XML_ELE_PP_MATRIX, parameters, parse.model->GetPredictorMap().size());
     }

@@ -5,14 +5,11 @@
 #include <unordered_map>
 #include <vector>
 
-#include <xercesc/dom/DOM.hpp>
-
 #include "engine/documents/adapterrules.h"
+#include "engine/documents/modelelement.h"
+#include "engine/documents/names.h"
 #include "engine/documents/treefields.h"
-#include "engine/documents/treetext.h"
-#include "host/documents/documentplace.h"
 #include "host/documents/pmmlmodeltags.h"
-#include "host/documents/veltranscoder.h"
 #include "host/messages/messages.h"
 #include "host/values/numbertext.h"
 
@@ -21,11 +18,10 @@ namespace MCVelscore_850 {
 namespace {
 
 using Tags = PMMLModelTags;
-using xercesc::DOMElement;
 
 constexpr size_t kMostNumbers = 100'000;  // of a matrix, each of which becomes a row of a table
-const std::string kCategoryColumn = "category";
-const std::string kContrastColumn = "contrast";
+constexpr std::string_view kCategoryColumn = "category";
+constexpr std::string_view kContrastColumn = "contrast";
 
 // A contrast matrix in the published form: a row a category, in the categories' order.
 struct Contrasts {
@@ -47,20 +43,16 @@ std::vector<std::string> Words(const std::string& text)
 }
 
 // No rows when the matrix isn't whole: the reader then tells what is wrong with it.
-Contrasts ReadContrasts(const DOMElement* predictor, const DOMElement* field)
+Contrasts ReadContrasts(Element predictor, Element field)
 {
     Contrasts contrasts;
-    const DOMElement* categories = ChildElement(predictor, Tags::XML_ELE_GRM_CATEGORIES);
-    for (const DOMElement* value : categories == nullptr
-                                       ? ValidValues(field)
-                                       : ChildElements(categories, Tags::XML_ELE_GRM_CATEGORY)) {
-        contrasts.categories.push_back(AttributeText(value, Tags::XML_ATT_VALUE));
+    const Element categories = predictor.Child(Tags::XML_ELE_GRM_CATEGORIES);
+    for (const Element value :
+         categories ? categories.Children(Tags::XML_ELE_GRM_CATEGORY).List() : ValidValues(field)) {
+        contrasts.categories.push_back(value.Text(Tags::XML_ATT_VALUE));
     }
-    const DOMElement* matrix = ChildElement(predictor, Tags::XML_ELE_MATRIX);
-    if (matrix == nullptr) return {};
-    for (const auto* row = matrix->getFirstElementChild(); row != nullptr;
-         row = row->getNextElementSibling()) {
-        contrasts.rows.push_back(Words(Utf8FromXml(row->getTextContent())));
+    for (const Element row : predictor.Child(Tags::XML_ELE_MATRIX).Children()) {
+        contrasts.rows.push_back(Words(row.Content()));
         double number = 0.0;
         for (const std::string& word : contrasts.rows.back()) {
             if (ReadNumber(word, number) != NumberText::Number) return {};
@@ -83,77 +75,60 @@ bool IsIndicator(const Contrasts& contrasts, const std::vector<size_t>& columns)
     return true;
 }
 
-DOMElement* Append(DOMElement* parent, const std::string& tag)
+Element ChildOrNew(Element model, std::string_view tag)
 {
-    auto* element = parent->getOwnerDocument()->createElement(XmlFromUtf8(tag).c_str());
-    parent->appendChild(element);
-    return element;
-}
-
-void AppendText(DOMElement* parent, const std::string& tag, const std::string& text)
-{
-    Append(parent, tag)->setTextContent(XmlFromUtf8(text).c_str());
-}
-
-DOMElement* ChildOrNew(DOMElement* model, const std::string& tag)
-{
-    DOMElement* child = ChildElement(model, tag);
-    return child != nullptr ? child : Append(model, tag);
+    const Element child = model.Child(tag);
+    return child ? child : model.Append(tag);
 }
 
 // A derived field that is the number of the case's category in that column of the matrix.
-void DeriveColumn(DOMElement* section, const std::string& name, const std::string& factor,
+void DeriveColumn(Element section, const std::string& name, const std::string& factor,
                   const Contrasts& contrasts, size_t column)
 {
-    DOMElement* derived = Append(section, "DerivedField");
-    SetAttributeText(derived, Tags::XML_ATT_NAME, name);
-    SetAttributeText(derived, Tags::XML_ATT_DATAFIELD_OPTYPE, Tags::XML_VAL_OT_CONTINUOUS);
-    SetAttributeText(derived, "dataType", "double");
-    DOMElement* map = Append(derived, "MapValues");
-    SetAttributeText(map, "outputColumn", kContrastColumn);
-    SetAttributeText(map, "dataType", "double");
-    DOMElement* pair = Append(map, "FieldColumnPair");
-    SetAttributeText(pair, "field", factor);
-    SetAttributeText(pair, "column", kCategoryColumn);
-    DOMElement* table = Append(map, "InlineTable");
+    const Element derived = section.Append("DerivedField");
+    derived.SetText(Tags::XML_ATT_NAME, name);
+    derived.SetText(Tags::XML_ATT_DATAFIELD_OPTYPE, Tags::XML_VAL_OT_CONTINUOUS);
+    derived.SetText("dataType", "double");
+    const Element map = derived.Append("MapValues");
+    map.SetText("outputColumn", kContrastColumn);
+    map.SetText("dataType", "double");
+    const Element pair = map.Append("FieldColumnPair");
+    pair.SetText("field", factor);
+    pair.SetText("column", kCategoryColumn);
+    const Element table = map.Append("InlineTable");
     for (size_t row = 0; row < contrasts.rows.size(); ++row) {
-        DOMElement* line = Append(table, "row");
-        AppendText(line, kCategoryColumn, contrasts.categories[row]);
-        AppendText(line, kContrastColumn, contrasts.rows[row][column]);
+        const Element line = table.Append("row");
+        line.Append(kCategoryColumn).SetContent(contrasts.categories[row]);
+        line.Append(kContrastColumn).SetContent(contrasts.rows[row][column]);
     }
 }
 
 // Names that no field may get again.
-std::set<std::string> FieldNames(const DOMElement* root)
+std::set<std::string> FieldNames(Element root)
 {
-    std::vector<DOMElement*> fields = DataFields(root);
-    for (const auto* section :
-         {ChildElement(root, Tags::XML_ELE_TRANSFORMATION),
-          ChildElement(ModelElement(root), Tags::XML_ELE_LOCALTRANSFORMATIONS)}) {
-        const auto derived = ChildElements(section, "DerivedField");
-        fields.insert(fields.end(), derived.begin(), derived.end());
-    }
     std::set<std::string> names;
-    for (const auto* field : fields) names.insert(AttributeText(field, Tags::XML_ATT_NAME));
+    for (const Element field : DataAndDerivedFields(root)) {
+        names.insert(field.Text(Tags::XML_ATT_NAME));
+    }
     return names;
 }
 
 // What the factors of a document have in common.
 struct Parts {
-    DOMElement* model;
+    Element model;
     std::set<std::string> names;  // of fields
-    std::unordered_map<std::string, const DOMElement*> dataFields;
-    std::unordered_map<std::string, std::vector<DOMElement*>> cellsOf;  // by predictor
+    std::unordered_map<std::string, Element> dataFields;
+    std::unordered_map<std::string, Elements> cellsOf;  // by predictor
 };
 
 // Rewrites one factor; false where its cells need no matrix, or the reader should judge it.
-bool SpreadFactor(Parts& document, DOMElement* predictor)
+bool SpreadFactor(Parts& document, Element predictor)
 {
-    DOMElement* model = document.model;
-    const std::string factor = AttributeText(predictor, Tags::XML_ATT_PRED_NAME);
+    Element model = document.model;
+    const std::string factor = predictor.Text(Tags::XML_ATT_PRED_NAME);
     const auto field = document.dataFields.find(factor);
     const Contrasts contrasts =
-        ReadContrasts(predictor, field == document.dataFields.end() ? nullptr : field->second);
+        ReadContrasts(predictor, field == document.dataFields.end() ? Element() : field->second);
     if (contrasts.rows.empty()) return false;
     const size_t width = contrasts.rows.front().size();
     if (std::any_of(contrasts.rows.begin(), contrasts.rows.end(),
@@ -164,10 +139,10 @@ bool SpreadFactor(Parts& document, DOMElement* predictor)
     for (size_t i = 0; i < width && i < contrasts.categories.size(); ++i) {
         columnOf.emplace(contrasts.categories[i], i);
     }
-    const std::vector<DOMElement*>& cells = document.cellsOf[factor];
+    const Elements& cells = document.cellsOf[factor];
     std::vector<size_t> columns;  // of each cell
-    for (const auto* cell : cells) {
-        const auto column = columnOf.find(AttributeText(cell, Tags::XML_ATT_PPC_VALUE));
+    for (const Element cell : cells) {
+        const auto column = columnOf.find(cell.Text(Tags::XML_ATT_PPC_VALUE));
         if (column == columnOf.end()) return false;
         columns.push_back(column->second);
     }
@@ -186,36 +161,36 @@ bool SpreadFactor(Parts& document, DOMElement* predictor)
             while (!document.names.insert(name).second) name += "'";
             DeriveColumn(ChildOrNew(model, Tags::XML_ELE_LOCALTRANSFORMATIONS), name, factor,
                          contrasts, columns[i]);
-            SetAttributeText(
-                Append(ChildOrNew(model, Tags::XML_ELE_COV_LIST), Tags::XML_ELE_PREDICTOR),
-                Tags::XML_ATT_PRED_NAME, name);
+            ChildOrNew(model, Tags::XML_ELE_COV_LIST)
+                .Append(Tags::XML_ELE_PREDICTOR)
+                .SetText(Tags::XML_ATT_PRED_NAME, name);
         }
-        SetAttributeText(cells[i], Tags::XML_ATT_PPC_PREDNAME, name);
-        SetAttributeText(cells[i], Tags::XML_ATT_PPC_VALUE, "1");
+        cells[i].SetText(Tags::XML_ATT_PPC_PREDNAME, name);
+        cells[i].SetText(Tags::XML_ATT_PPC_VALUE, "1");
     }
-    predictor->getParentNode()->removeChild(predictor)->release();
+    predictor.Erase();
     return true;
 }
 
 }  // namespace
 
-std::optional<Change> SpreadContrasts(DOMElement* root)
+std::optional<Change> SpreadContrasts(Element root)
 {
-    const DOMElement* model = ModelElement(root);
-    if (model == nullptr || TakesContrasts(root)) return std::nullopt;
-    Parts document{ModelElement(root), FieldNames(root), {}, {}};
-    for (const auto* field : DataFields(root)) {
-        document.dataFields.emplace(AttributeText(field, Tags::XML_ATT_NAME), field);
+    const Element model = ModelElement(root);
+    if (!model || TakesContrasts(root)) return std::nullopt;
+    Parts document{model, FieldNames(root), {}, {}};
+    for (const Element field : DataFields(root)) {
+        document.dataFields.emplace(field.Text(Tags::XML_ATT_NAME), field);
     }
-    for (auto* cell :
-         ChildElements(ChildElement(model, Tags::XML_ELE_PP_MATRIX), Tags::XML_ELE_PP_CELL)) {
-        document.cellsOf[AttributeText(cell, Tags::XML_ATT_PPC_PREDNAME)].push_back(cell);
+    for (const Element cell :
+         model.Child(Tags::XML_ELE_PP_MATRIX).Children(Tags::XML_ELE_PP_CELL)) {
+        document.cellsOf[cell.Text(Tags::XML_ATT_PPC_PREDNAME)].push_back(cell);
     }
     std::vector<std::string> spread;
     DocumentPlace place;
-    for (auto* predictor : Predictors(root, Tags::XML_ELE_FAC_LIST)) {
-        const DocumentPlace at = PlaceOf(predictor);
-        const std::string factor = AttributeText(predictor, Tags::XML_ATT_PRED_NAME);
+    for (const Element predictor : Predictors(root, Tags::XML_ELE_FAC_LIST).List()) {
+        const DocumentPlace at = predictor.Place();
+        const std::string factor = predictor.Text(Tags::XML_ATT_PRED_NAME);
         if (!SpreadFactor(document, predictor)) continue;
         if (spread.empty()) place = at;
         spread.push_back(factor);

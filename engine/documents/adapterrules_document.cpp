@@ -3,11 +3,9 @@
 #include <string_view>
 #include <vector>
 
-#include <xercesc/dom/DOM.hpp>
-
 #include "engine/documents/adapterrules.h"
-#include "engine/documents/treetext.h"
-#include "host/documents/documentplace.h"
+#include "engine/documents/names.h"
+#include "engine/documents/vocabulary.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/documents/veltranscoder.h"
 
@@ -15,42 +13,46 @@ namespace MCVelscore_850 {
 
 namespace {
 
-constexpr std::string_view kPmmlNamespace = "http://www.dmg.org/PMML";
-const std::string kXmlns = "xmlns";
+using Tags = PMMLModelTags;
+
+const std::string kPmmlNamespace = "http://www.dmg.org/PMML";
+constexpr std::string_view kXmlns = "xmlns";
 
 // Which prefixes stand for PMML, asked for each element that has one.
 class Prefixes {
 public:
-    explicit Prefixes(const xercesc::DOMElement* root)
-        : rootPrefix_(PrefixOf(Utf8FromXml(root->getTagName())))
+    explicit Prefixes(Element root)
+        : rootPrefix_(PrefixOf(root.Tag())),
+          // The root's name alone says what it is, unless its namespace says otherwise.
+          rootIsPmml_(IsPmmlNamespace(NamespaceOf(root, rootPrefix_).value_or(kPmmlNamespace)))
     {}
 
-    bool ArePmml(const xercesc::DOMElement* element, const std::string& prefix) const
+    bool ArePmml(Element element, const std::string& prefix) const
     {
-        if (prefix == rootPrefix_) return true;  // the root's name alone says what it is
-        return NamespaceOf(element, prefix).value_or("").starts_with(kPmmlNamespace);
+        if (prefix == rootPrefix_) return rootIsPmml_;
+        return IsPmmlNamespace(NamespaceOf(element, prefix).value_or(""));
     }
 
 private:
     const std::string rootPrefix_;
+    const bool rootIsPmml_;
 };
 
 struct Dropped {
     size_t count = 0;
     bool undeclared = false;
-    const xercesc::DOMElement* first = nullptr;
+    Element first;
     std::vector<std::string> prefixes;
 };
 
 // The guard bounds the depth, and with it this recursion.
-void DropPrefixes(xercesc::DOMElement* element, const Prefixes& prefixes, Dropped& dropped)
+void DropPrefixes(Element element, const Prefixes& prefixes, Dropped& dropped)
 {
-    if (xercesc::XMLString::indexOf(element->getTagName(), u':') > 0) {
-        const std::string name = Utf8FromXml(element->getTagName());
+    if (element.HasPrefix()) {
+        const std::string name = element.Tag();
         const std::string prefix(PrefixOf(name));
         if (prefixes.ArePmml(element, prefix)) {
-            const auto local = XmlFromUtf8(LocalNameOf(name));
-            element->getOwnerDocument()->renameNode(element, nullptr, local.c_str());
+            element.Rename(LocalNameOf(name));
             if (dropped.count++ == 0) {
                 dropped.first = element;
                 dropped.undeclared = !NamespaceOf(element, prefix);
@@ -61,10 +63,7 @@ void DropPrefixes(xercesc::DOMElement* element, const Prefixes& prefixes, Droppe
             }
         }
     }
-    for (auto* child = element->getFirstElementChild(); child != nullptr;
-         child = child->getNextElementSibling()) {
-        DropPrefixes(child, prefixes, dropped);
-    }
+    for (const Element child : element.Children()) DropPrefixes(child, prefixes, dropped);
 }
 
 bool IsNumeral(std::string_view text)
@@ -89,36 +88,34 @@ std::string VersionInNamespace(std::string_view uri)
 
 }  // namespace
 
-std::optional<Change> DropNamespacePrefix(xercesc::DOMElement* root)
+std::optional<Change> DropNamespacePrefix(Element root)
 {
     Dropped dropped;
     DropPrefixes(root, Prefixes(root), dropped);
     if (dropped.count == 0) return std::nullopt;
-    return Change{PlaceOf(dropped.first), "prefix " + Listed(dropped.prefixes) + " dropped from " +
-                                              std::to_string(dropped.count) +
-                                              (dropped.count == 1 ? " element" : " elements") +
-                                              (dropped.undeclared ? "; nothing declares it" : "")};
+    return Change{dropped.first.Place(), "prefix " + Listed(dropped.prefixes) + " dropped from " +
+                                             std::to_string(dropped.count) +
+                                             (dropped.count == 1 ? " element" : " elements") +
+                                             (dropped.undeclared ? "; nothing declares it" : "")};
 }
 
-std::optional<Change> TakeVersionFromNamespace(xercesc::DOMElement* root)
+std::optional<Change> TakeVersionFromNamespace(Element root)
 {
-    if (!AttributeText(root, PMMLModelTags::XML_ATT_VERSION).empty()) return std::nullopt;
-    const xercesc::DOMNamedNodeMap* attributes = root->getAttributes();
-    for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
-        const xercesc::DOMNode* attribute = attributes->item(i);
-        const std::string name = Utf8FromXml(attribute->getNodeName());
-        if (name != kXmlns && PrefixOf(name) != kXmlns) continue;
-        const std::string version = VersionInNamespace(Utf8FromXml(attribute->getNodeValue()));
-        if (version.empty()) continue;
-        SetAttributeText(root, PMMLModelTags::XML_ATT_VERSION, version);
-        return Change{PlaceOf(root), "no version: \"" + version + "\" is taken from the namespace"};
-    }
-    return std::nullopt;
+    if (!root.Text(Tags::XML_ATT_VERSION).empty()) return std::nullopt;
+    std::string version;
+    root.ForEachAttribute([&](Element::RawText rawName, Element::RawText uri) {
+        const std::string name = Utf8FromXml(rawName.data());
+        if (!version.empty() || (name != kXmlns && PrefixOf(name) != kXmlns)) return;
+        version = VersionInNamespace(Utf8FromXml(uri.data()));
+    });
+    if (version.empty()) return std::nullopt;
+    root.SetText(Tags::XML_ATT_VERSION, version);
+    return Change{root.Place(), "no version: \"" + version + "\" is taken from the namespace"};
 }
 
-std::optional<Change> ShortenVersion(xercesc::DOMElement* root)
+std::optional<Change> ShortenVersion(Element root)
 {
-    const std::string text = AttributeText(root, PMMLModelTags::XML_ATT_VERSION);
+    const std::string text = root.Text(Tags::XML_ATT_VERSION);
     std::string_view rest = text;
     size_t parts = 0;
     size_t shortLength = 0;
@@ -133,8 +130,8 @@ std::optional<Change> ShortenVersion(xercesc::DOMElement* root)
     }
     if (parts < 3) return std::nullopt;
     const std::string version = text.substr(0, shortLength);
-    SetAttributeText(root, PMMLModelTags::XML_ATT_VERSION, version);
-    return Change{PlaceOf(root), "version \"" + text + "\" is read as \"" + version + "\""};
+    root.SetText(Tags::XML_ATT_VERSION, version);
+    return Change{root.Place(), "version \"" + text + "\" is read as \"" + version + "\""};
 }
 
 }  // namespace MCVelscore_850

@@ -5,14 +5,10 @@
 #include <unordered_map>
 #include <vector>
 
-#include <xercesc/dom/DOM.hpp>
-
 #include "engine/documents/adapterrules.h"
+#include "engine/documents/names.h"
 #include "engine/documents/treefields.h"
-#include "engine/documents/treetext.h"
-#include "host/documents/documentplace.h"
 #include "host/documents/pmmlmodeltags.h"
-#include "host/documents/veltranscoder.h"
 #include "host/values/numbertext.h"
 #include "host/variables/dictvar.h"
 
@@ -22,30 +18,23 @@ namespace {
 
 using Tags = PMMLModelTags;
 
-const std::string kDerivedField = "DerivedField";
-const std::string kDataType = "dataType";
-const std::string kCategorical = "categorical";
-const std::string kOrdinal = "ordinal";
-const std::string kUnlistedCategories = "unlistedCategories";
-
-std::set<std::string> PredictorNames(const xercesc::DOMElement* root, const std::string& list)
-{
-    std::set<std::string> names;
-    for (const auto* predictor : Predictors(root, list)) {
-        names.insert(AttributeText(predictor, Tags::XML_ATT_PRED_NAME));
-    }
-    return names;
-}
+constexpr std::string_view kDataType = "dataType";
+constexpr std::string_view kCategorical = "categorical";
+constexpr std::string_view kInvalidTreatment = "invalidValueTreatment";
+constexpr std::string_view kDiscreteOptypes[] = {kCategorical, "ordinal"};
+constexpr std::string_view kWordTypes[] = {"string", "boolean"};
+// A mining field without a usageType is an active one.
+const std::string_view kActiveUsages[] = {"", Tags::XML_ATT_MF_FUT_ACTIVE};
 
 // The categories that the cells of the PPMatrix name, by factor, each once.
-std::map<std::string, std::vector<std::string>> CategoriesOfCells(const xercesc::DOMElement* root)
+std::map<std::string, std::vector<std::string>> CategoriesOfCells(Element root)
 {
     std::map<std::string, std::vector<std::string>> categories;
     std::set<std::pair<std::string, std::string>> seen;
-    const auto* matrix = ChildElement(ModelElement(root), Tags::XML_ELE_PP_MATRIX);
-    for (const auto* cell : ChildElements(matrix, Tags::XML_ELE_PP_CELL)) {
-        const std::string predictor = AttributeText(cell, Tags::XML_ATT_PPC_PREDNAME);
-        const std::string value = AttributeText(cell, Tags::XML_ATT_PPC_VALUE);
+    const Element matrix = ModelElement(root).Child(Tags::XML_ELE_PP_MATRIX);
+    for (const Element cell : matrix.Children(Tags::XML_ELE_PP_CELL)) {
+        const std::string predictor = cell.Text(Tags::XML_ATT_PPC_PREDNAME);
+        const std::string value = cell.Text(Tags::XML_ATT_PPC_VALUE);
         if (!value.empty() && seen.emplace(predictor, value).second) {
             categories[predictor].push_back(value);
         }
@@ -54,92 +43,53 @@ std::map<std::string, std::vector<std::string>> CategoriesOfCells(const xercesc:
 }
 
 // A contrast matrix or its categories, in any form; an extension of another name is none.
-bool IsOfContrasts(const xercesc::DOMElement* child)
+bool IsOfContrasts(Element child)
 {
-    return Utf8FromXml(child->getTagName()) != Tags::XML_ELE_EXTENSION ||
-           AttributeText(child, Tags::XML_ATT_EXT_NAME) == Tags::XML_EXT_NAME_COXREG_CONTRASTMATRIX;
+    return !child.Is(Tags::XML_ELE_EXTENSION) ||
+           child.Text(Tags::XML_ATT_EXT_NAME) == Tags::XML_EXT_NAME_COXREG_CONTRASTMATRIX;
 }
 
 // The factors whose categories can come from cells: those without contrasts, which count
 // categories and may list them.
-std::set<std::string> FactorsWithoutContrasts(const xercesc::DOMElement* root)
+std::set<std::string> FactorsWithoutContrasts(Element root)
 {
     std::set<std::string> names;
-    for (const auto* predictor : Predictors(root, Tags::XML_ELE_FAC_LIST)) {
-        const auto* child = predictor->getFirstElementChild();
-        while (child != nullptr && !IsOfContrasts(child)) child = child->getNextElementSibling();
-        if (child == nullptr) names.insert(AttributeText(predictor, Tags::XML_ATT_PRED_NAME));
+    for (const Element predictor : Predictors(root, Tags::XML_ELE_FAC_LIST)) {
+        const ElementRange children = predictor.Children();
+        if (std::none_of(children.begin(), children.end(), IsOfContrasts)) {
+            names.insert(predictor.Text(Tags::XML_ATT_PRED_NAME));
+        }
     }
     return names;
 }
 
-bool IsOpenText(const xercesc::DOMElement* field)
+bool IsOpenText(Element field)
 {
-    const std::string optype = AttributeText(field, Tags::XML_ATT_DATAFIELD_OPTYPE);
-    const std::string type = AttributeText(field, kDataType);
-    return (optype == kCategorical || optype == kOrdinal) &&
-           (type == "string" || type == "boolean") &&
-           ChildElement(field, Tags::XML_ELE_VALUE) == nullptr;
+    return IsOneOf(field.Text(Tags::XML_ATT_DATAFIELD_OPTYPE), kDiscreteOptypes) &&
+           IsOneOf(field.Text(kDataType), kWordTypes) && !field.Child(Tags::XML_ELE_VALUE);
 }
 
-xercesc::DOMElement* AppendElement(xercesc::DOMElement* parent, const std::string& tag)
+std::map<Element::RawText, Element::RawText> AttributesOf(Element element)
 {
-    auto* element = parent->getOwnerDocument()->createElement(XmlFromUtf8(tag).c_str());
-    parent->appendChild(element);
-    return element;
-}
-
-// The dictionary's own extension by which a field takes values that it doesn't list.
-void AcceptUnlisted(xercesc::DOMElement* field)
-{
-    auto* extension = AppendElement(field, Tags::XML_ELE_EXTENSION);
-    SetAttributeText(extension, Tags::XML_ATT_EXTENSION_EXTENDER, Tags::XML_VAL_EXTENSION_EXTENDER);
-    SetAttributeText(extension, Tags::XML_ATT_EXT_NAME, kUnlistedCategories);
-    SetAttributeText(extension, Tags::XML_ATT_EXT_VALUE, "accept");
-}
-
-bool AcceptsUnlisted(const xercesc::DOMElement* field)
-{
-    for (const auto* extension : ChildElements(field, Tags::XML_ELE_EXTENSION)) {
-        if (AttributeText(extension, Tags::XML_ATT_EXT_NAME) == kUnlistedCategories) return true;
-    }
-    return false;
+    std::map<Element::RawText, Element::RawText> attributes;
+    element.ForEachAttribute([&](auto name, auto text) { attributes.emplace(name, text); });
+    return attributes;
 }
 
 // The same attributes with the same texts, and nothing within that could differ.
-bool AreAlike(const xercesc::DOMElement* one, const xercesc::DOMElement* other)
+bool AreAlike(Element one, Element other)
 {
-    if (one->getFirstElementChild() != nullptr || other->getFirstElementChild() != nullptr) {
-        return false;
-    }
-    const xercesc::DOMNamedNodeMap* attributes = one->getAttributes();
-    if (attributes->getLength() != other->getAttributes()->getLength()) return false;
-    for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
-        const xercesc::DOMNode* attribute = attributes->item(i);
-        const XMLCh* name = attribute->getNodeName();
-        if (!other->hasAttribute(name)) return false;
-        if (!xercesc::XMLString::equals(attribute->getNodeValue(), other->getAttribute(name))) {
-            return false;
-        }
-    }
-    return true;
+    return one.Children().Empty() && other.Children().Empty() &&
+           AttributesOf(one) == AttributesOf(other);
 }
 
-// The names of the fields that are read as numbers: continuous ones of the dictionary, and derived
-// ones of both transformation sections.
-std::set<std::string> ContinuousFields(const xercesc::DOMElement* root)
+// The names of the fields that are read as numbers, derived ones among them.
+std::set<std::string> ContinuousFields(Element root)
 {
-    std::vector<xercesc::DOMElement*> fields = DataFields(root);
-    for (const auto* section :
-         {ChildElement(root, Tags::XML_ELE_TRANSFORMATION),
-          ChildElement(ModelElement(root), Tags::XML_ELE_LOCALTRANSFORMATIONS)}) {
-        const auto derived = ChildElements(section, kDerivedField);
-        fields.insert(fields.end(), derived.begin(), derived.end());
-    }
     std::set<std::string> names;
-    for (const auto* field : fields) {
-        if (AttributeText(field, Tags::XML_ATT_DATAFIELD_OPTYPE) == Tags::XML_VAL_OT_CONTINUOUS) {
-            names.insert(AttributeText(field, Tags::XML_ATT_NAME));
+    for (const Element field : DataAndDerivedFields(root)) {
+        if (field.Text(Tags::XML_ATT_DATAFIELD_OPTYPE) == Tags::XML_VAL_OT_CONTINUOUS) {
+            names.insert(field.Text(Tags::XML_ATT_NAME));
         }
     }
     return names;
@@ -147,58 +97,57 @@ std::set<std::string> ContinuousFields(const xercesc::DOMElement* root)
 
 // True when the text is none of the data field's categories, those that its cells add among them.
 // False for a field that takes any text, and for dates, whose texts have many spellings.
-bool IsUnlisted(const std::string& text, const xercesc::DOMElement* field,
-                const std::vector<std::string>& ofCells)
+bool IsUnlisted(const std::string& text, Element field, const std::vector<std::string>& ofCells)
 {
-    const std::string type = AttributeText(field, kDataType);
+    const std::string type = field.Text(kDataType);
     const bool isBoolean = type == "boolean";
-    if (!isBoolean && type != "string" && !IsNumericType(type)) return false;
-    if (ChildElement(field, Tags::XML_ELE_VALUE) == nullptr || AcceptsUnlisted(field)) return false;
+    if (!IsOneOf(type, kWordTypes) && !IsNumericType(type)) return false;
+    if (!field.Child(Tags::XML_ELE_VALUE) || AcceptsUnlisted(field)) return false;
     const auto isText = [&](const std::string& category) {
         return CategoryKey(field, text) == CategoryKey(field, category) ||
                (isBoolean && TruthOf(text) && TruthOf(text) == TruthOf(category));
     };
     std::vector<std::string> categories = ofCells;
-    for (const auto* value : ValidValues(field)) {
-        categories.push_back(AttributeText(value, Tags::XML_ATT_VALUE));
+    for (const Element value : ValidValues(field)) {
+        categories.push_back(value.Text(Tags::XML_ATT_VALUE));
     }
     return !categories.empty() && std::none_of(categories.begin(), categories.end(), isText);
 }
 
 }  // namespace
 
-std::optional<Change> DropRepeatedMiningFields(xercesc::DOMElement* root)
+std::optional<Change> DropRepeatedMiningFields(Element root)
 {
-    std::unordered_map<std::string, const xercesc::DOMElement*> seen;
+    std::unordered_map<std::string, Element> seen;
     std::vector<std::string> names;
     DocumentPlace place;
-    for (auto* field : MiningFields(root)) {
-        const std::string name = AttributeText(field, Tags::XML_ATT_MININGFIELD_NAME);
+    for (Element field : MiningFields(root).List()) {
+        const std::string name = field.Text(Tags::XML_ATT_MININGFIELD_NAME);
         const auto [first, isNew] = seen.emplace(name, field);
         if (isNew || !AreAlike(first->second, field)) continue;
-        if (names.empty()) place = PlaceOf(field);
+        if (names.empty()) place = field.Place();
         names.push_back(name);
-        field->getParentNode()->removeChild(field)->release();
+        field.Erase();
     }
     if (names.empty()) return std::nullopt;
     return Change{place, "mining field " + Listed(names) + " stands twice alike and counts once"};
 }
 
-std::optional<Change> MakeNumericCovariatesContinuous(xercesc::DOMElement* root)
+std::optional<Change> MakeNumericCovariatesContinuous(Element root)
 {
-    const std::set<std::string> covariates = PredictorNames(root, Tags::XML_ELE_COV_LIST);
+    const std::set<std::string> covariates = NamesOf(Predictors(root, Tags::XML_ELE_COV_LIST));
     if (covariates.empty()) return std::nullopt;
-    const std::set<std::string> factors = PredictorNames(root, Tags::XML_ELE_FAC_LIST);
+    const std::set<std::string> factors = NamesOf(Predictors(root, Tags::XML_ELE_FAC_LIST));
     std::vector<std::string> names;
     DocumentPlace place;
-    for (auto* field : DataFields(root)) {
-        const std::string name = AttributeText(field, Tags::XML_ATT_NAME);
+    for (const Element field : DataFields(root)) {
+        const std::string name = field.Text(Tags::XML_ATT_NAME);
         // a field that is a factor too can't be both, and the reader says so
         if (!covariates.contains(name) || factors.contains(name)) continue;
-        if (AttributeText(field, Tags::XML_ATT_DATAFIELD_OPTYPE) != kCategorical) continue;
-        if (!IsNumericType(AttributeText(field, kDataType))) continue;
-        SetAttributeText(field, Tags::XML_ATT_DATAFIELD_OPTYPE, Tags::XML_VAL_OT_CONTINUOUS);
-        if (names.empty()) place = PlaceOf(field);
+        if (field.Text(Tags::XML_ATT_DATAFIELD_OPTYPE) != kCategorical) continue;
+        if (!IsNumericType(field.Text(kDataType))) continue;
+        field.SetText(Tags::XML_ATT_DATAFIELD_OPTYPE, Tags::XML_VAL_OT_CONTINUOUS);
+        if (names.empty()) place = field.Place();
         names.push_back(name);
     }
     if (names.empty()) return std::nullopt;
@@ -206,64 +155,72 @@ std::optional<Change> MakeNumericCovariatesContinuous(xercesc::DOMElement* root)
                              " holds numbers: optype \"categorical\" is read as \"continuous\""};
 }
 
-std::optional<Change> DropReplacementsThatAreNoNumbers(xercesc::DOMElement* root)
+std::optional<Change> DropReplacementsThatAreNoNumbers(Element root)
 {
-    std::vector<xercesc::DOMElement*> fields = MiningFields(root);
-    const auto* schema = ChildElement(ModelElement(root), Tags::XML_ELE_MININGSCHEMA);
-    for (const auto* extension : ChildElements(schema, Tags::XML_ELE_EXTENSION)) {
-        const auto nested = ChildElements(extension, Tags::XML_ELE_MININGFIELD);
+    Elements fields = MiningFields(root).List();
+    const Element schema = ModelElement(root).Child(Tags::XML_ELE_MININGSCHEMA);
+    for (const Element extension : schema.Children(Tags::XML_ELE_EXTENSION)) {
+        const ElementRange nested = extension.Children(Tags::XML_ELE_MININGFIELD);
         fields.insert(fields.end(), nested.begin(), nested.end());
     }
     const std::set<std::string> continuous = ContinuousFields(root);
     std::vector<std::string> names;
     std::string firstText;
     DocumentPlace place;
-    for (auto* field : fields) {
-        const std::string text = AttributeText(field, Tags::XML_ATT_MININGFIELD_MISSREPLACE);
-        const std::string name = AttributeText(field, Tags::XML_ATT_MININGFIELD_NAME);
+    const auto drop = [&](Element field, const std::string& attribute) {
+        const std::string text = field.Text(attribute);
         double number = 0.0;
         // A number that is too large is one all the same: the reader refuses it.
-        if (text.empty() || ReadNumber(text, number) != NumberText::NotANumber) continue;
-        if (!continuous.contains(name)) continue;
+        if (text.empty() || ReadNumber(text, number) != NumberText::NotANumber) return false;
+        const std::string name = field.Text(Tags::XML_ATT_MININGFIELD_NAME);
+        if (!continuous.contains(name)) return false;
         if (names.empty()) {
-            place = PlaceOf(field);
-            firstText = text;
+            place = field.Place();
+            firstText = attribute;
+            firstText.append(" \"").append(text).append("\"");
         }
         names.push_back(name);
-        field->removeAttribute(XmlFromUtf8(Tags::XML_ATT_MININGFIELD_MISSREPLACE).c_str());
+        field.RemoveAttribute(attribute);
+        return true;
+    };
+    for (const Element field : fields) {
+        drop(field, Tags::XML_ATT_MININGFIELD_MISSREPLACE);
+        // Without its replacement the treatment says nothing.
+        if (field.Text(kInvalidTreatment) == "asValue" && drop(field, "invalidValueReplacement")) {
+            field.RemoveAttribute(kInvalidTreatment);
+        }
     }
     if (names.empty()) return std::nullopt;
-    return Change{place, "missingValueReplacement \"" + firstText + "\" of " + Listed(names) +
-                             " is no number and is dropped"};
+    return Change{place, firstText + " of " + Listed(names) + " is no number and is dropped"};
 }
 
-std::optional<Change> NoteUnlistedReplacements(xercesc::DOMElement* root)
+std::optional<Change> NoteUnlistedReplacements(Element root)
 {
     // Where a contrast matrix gives every category a row there is nothing to meet.
     const std::set<std::string> factors = TakesContrasts(root)
                                               ? FactorsWithoutContrasts(root)
-                                              : PredictorNames(root, Tags::XML_ELE_FAC_LIST);
+                                              : NamesOf(Predictors(root, Tags::XML_ELE_FAC_LIST));
     if (factors.empty()) return std::nullopt;
     auto cells = CategoriesOfCells(root);
-    std::map<std::string, const xercesc::DOMElement*> dataFields;
-    for (const auto* field : DataFields(root)) {
-        dataFields.emplace(AttributeText(field, Tags::XML_ATT_NAME), field);
+    std::map<std::string, Element> dataFields;
+    for (const Element field : DataFields(root)) {
+        dataFields.emplace(field.Text(Tags::XML_ATT_NAME), field);
     }
     std::vector<std::string> names;
     std::string firstText;
     DocumentPlace place;
-    for (const auto* field : MiningFields(root)) {
-        const std::string name = AttributeText(field, Tags::XML_ATT_MININGFIELD_NAME);
+    for (const Element field : MiningFields(root)) {
+        const std::string name = field.Text(Tags::XML_ATT_MININGFIELD_NAME);
         const auto dataField = dataFields.find(name);
         if (!factors.contains(name) || dataField == dataFields.end()) continue;
-        std::vector<std::string> texts{AttributeText(field, Tags::XML_ATT_MININGFIELD_MISSREPLACE)};
-        if (AttributeText(field, "invalidValueTreatment") == "asValue") {
-            texts.push_back(AttributeText(field, "invalidValueReplacement"));
+        std::vector<std::string> texts{field.Text(Tags::XML_ATT_MININGFIELD_MISSREPLACE)};
+        if (field.Text(kInvalidTreatment) == "asValue") {
+            texts.push_back(field.Text("invalidValueReplacement"));
         }
         for (const std::string& text : texts) {
             if (text.empty() || !IsUnlisted(text, dataField->second, cells[name])) continue;
             if (names.empty()) {
-                place = PlaceOf(field);
+                place = field.Place();
                 firstText = text;
             }
             names.push_back(name);
@@ -276,30 +233,27 @@ std::optional<Change> NoteUnlistedReplacements(xercesc::DOMElement* root)
                              "category of the factor is met"};
 }
 
-std::optional<Change> AcceptValuesAsIs(xercesc::DOMElement* root)
+std::optional<Change> AcceptValuesAsIs(Element root)
 {
     const std::set<std::string> factors = FactorsWithoutContrasts(root);
     std::set<std::string> asIs;
-    for (const auto* field : MiningFields(root)) {
-        const std::string usage = AttributeText(field, Tags::XML_ATT_MININGFIELD_USAGETYPE);
-        if (AttributeText(field, "invalidValueTreatment") != "asIs") continue;
-        if (!usage.empty() && usage != Tags::XML_ATT_MF_FUT_ACTIVE) continue;
-        asIs.insert(AttributeText(field, Tags::XML_ATT_MININGFIELD_NAME));
+    for (const Element field : MiningFields(root)) {
+        const std::string usage = field.Text(Tags::XML_ATT_MININGFIELD_USAGETYPE);
+        if (field.Text(kInvalidTreatment) != "asIs" || !IsOneOf(usage, kActiveUsages)) continue;
+        asIs.insert(field.Text(Tags::XML_ATT_MININGFIELD_NAME));
     }
     std::vector<std::string> names;
     DocumentPlace place;
-    for (auto* field : DataFields(root)) {
-        const std::string name = AttributeText(field, Tags::XML_ATT_NAME);
+    for (const Element field : DataFields(root)) {
+        const std::string name = field.Text(Tags::XML_ATT_NAME);
         if (!asIs.contains(name)) continue;
-        const auto intervals = ChildElements(field, "Interval");
-        const bool isFactorOfTexts = factors.contains(name) &&
-                                     AttributeText(field, kDataType) == "string" &&
-                                     ChildElement(field, Tags::XML_ELE_VALUE) != nullptr &&
-                                     ChildElement(field, Tags::XML_ELE_EXTENSION) == nullptr;
+        const Elements intervals = field.Children("Interval").List();
+        const bool isFactorOfTexts = factors.contains(name) && field.Text(kDataType) == "string" &&
+                                     field.Child(Tags::XML_ELE_VALUE) && !AcceptsUnlisted(field);
         if (intervals.empty() && !isFactorOfTexts) continue;
-        for (auto* interval : intervals) field->removeChild(interval)->release();
+        for (Element interval : intervals) interval.Erase();
         if (isFactorOfTexts) AcceptUnlisted(field);
-        if (names.empty()) place = PlaceOf(field);
+        if (names.empty()) place = field.Place();
         names.push_back(name);
     }
     if (names.empty()) return std::nullopt;
@@ -309,23 +263,22 @@ std::optional<Change> AcceptValuesAsIs(xercesc::DOMElement* root)
                       "count as the reference"};
 }
 
-std::optional<Change> ListCategoriesOfCells(xercesc::DOMElement* root)
+std::optional<Change> ListCategoriesOfCells(Element root)
 {
     const std::set<std::string> factors = FactorsWithoutContrasts(root);
     if (factors.empty()) return std::nullopt;
     const auto categories = CategoriesOfCells(root);
     std::vector<std::string> names;
     DocumentPlace place;
-    for (auto* field : DataFields(root)) {
-        const std::string name = AttributeText(field, Tags::XML_ATT_NAME);
+    for (const Element field : DataFields(root)) {
+        const std::string name = field.Text(Tags::XML_ATT_NAME);
         const auto found = categories.find(name);
         if (!factors.contains(name) || found == categories.end() || !IsOpenText(field)) continue;
         AcceptUnlisted(field);
         for (const std::string& category : found->second) {
-            SetAttributeText(AppendElement(field, Tags::XML_ELE_VALUE), Tags::XML_ATT_VALUE,
-                             category);
+            field.Append(Tags::XML_ELE_VALUE).SetText(Tags::XML_ATT_VALUE, category);
         }
-        if (names.empty()) place = PlaceOf(field);
+        if (names.empty()) place = field.Place();
         names.push_back(name);
     }
     if (names.empty()) return std::nullopt;

@@ -4,15 +4,11 @@
 #include <unordered_map>
 #include <vector>
 
-#include <xercesc/dom/DOM.hpp>
-
 #include "engine/documents/adapterrules.h"
+#include "engine/documents/modelelement.h"
+#include "engine/documents/names.h"
 #include "engine/documents/treefields.h"
-#include "engine/documents/treetext.h"
-#include "host/documents/documentplace.h"
 #include "host/documents/pmmlmodeltags.h"
-#include "host/documents/veltranscoder.h"
-#include "host/values/numbertext.h"
 
 namespace MCVelscore_850 {
 
@@ -20,53 +16,42 @@ namespace {
 
 using Tags = PMMLModelTags;
 
-// The one name by which the reader of a linear regression knows the constant.
-const std::string kConstant = "(Constant)";
-// From this version on a selector decides among the families of a general linear model.
-
 // A cell of the PPMatrix that says something about its parameter.
 struct Cell {
     std::string predictor;
     bool isExponentOne;
 };
 
-std::vector<std::string> NamesIn(const xercesc::DOMElement* list, const std::string& tag)
+std::vector<std::string> NamesIn(ElementRange elements)
 {
     std::vector<std::string> names;
-    for (const auto* element : ChildElements(list, tag)) {
-        names.push_back(AttributeText(element, Tags::XML_ATT_NAME));
-    }
+    for (const Element element : elements) names.push_back(element.Text(Tags::XML_ATT_NAME));
     return names;
-}
-
-bool IsNumber(const std::string& text, double expected)
-{
-    double number = 0.0;
-    return ReadNumber(text, number) == NumberText::Number && number == expected;  // both exact
 }
 
 // How a document of modelType "regression" ties its parameters to its predictors.
 class RegressionLayout {
 public:
-    explicit RegressionLayout(const xercesc::DOMElement* model)
-        : parameters_(NamesIn(ChildElement(model, Tags::XML_ELE_PARAM_LIST), Tags::XML_ELE_PARAM)),
-          factors_(NamesIn(ChildElement(model, Tags::XML_ELE_FAC_LIST), Tags::XML_ELE_PREDICTOR)),
+    explicit RegressionLayout(Element model)
+        : parameters_(NamesIn(model.Child(Tags::XML_ELE_PARAM_LIST).Children(Tags::XML_ELE_PARAM))),
+          factors_(NamesIn(model.Child(Tags::XML_ELE_FAC_LIST).Children(Tags::XML_ELE_PREDICTOR))),
           covariates_(
-              NamesIn(ChildElement(model, Tags::XML_ELE_COV_LIST), Tags::XML_ELE_PREDICTOR)),
-          cells_(ChildElements(ChildElement(model, Tags::XML_ELE_PP_MATRIX), Tags::XML_ELE_PP_CELL))
+              NamesIn(model.Child(Tags::XML_ELE_COV_LIST).Children(Tags::XML_ELE_PREDICTOR))),
+          cells_(model.Child(Tags::XML_ELE_PP_MATRIX).Children(Tags::XML_ELE_PP_CELL))
     {}
 
-    bool HasCells() const { return !cells_.empty(); }
+    bool HasCells() const { return !cells_.Empty(); }
     bool ListsConstant() const
     {
-        return std::find(parameters_.begin(), parameters_.end(), kConstant) != parameters_.end();
+        return std::find(parameters_.begin(), parameters_.end(), kConstantParameter) !=
+               parameters_.end();
     }
 
     // A power of 0 is 1 whatever the covariate: the cell says nothing.
-    std::vector<xercesc::DOMElement*> ZeroCells() const
+    Elements ZeroCells() const
     {
-        std::vector<xercesc::DOMElement*> zero;
-        for (auto* cell : cells_) {
+        Elements zero;
+        for (const Element cell : cells_) {
             if (IsZeroPower(cell)) zero.push_back(cell);
         }
         return zero;
@@ -77,18 +62,18 @@ public:
     {
         if (!factors_.empty()) return "factor " + Listed(factors_) + " among the predictors";
         std::unordered_map<std::string, std::vector<Cell>> cellsOf;
-        for (const auto* cell : cells_) {
+        for (const Element cell : cells_) {
             if (IsZeroPower(cell)) continue;
-            cellsOf[AttributeText(cell, Tags::XML_ATT_PPC_PARAMNAME)].push_back(
-                {AttributeText(cell, Tags::XML_ATT_PPC_PREDNAME),
-                 IsNumber(AttributeText(cell, Tags::XML_ATT_PPC_VALUE), 1.0)});
+            cellsOf[cell.Text(Tags::XML_ATT_PPC_PARAMNAME)].push_back(
+                {cell.Text(Tags::XML_ATT_PPC_PREDNAME),
+                 cell.Number(Tags::XML_ATT_PPC_VALUE) == 1.0});
         }
         const std::vector<std::string> predictors = DistinctCovariates();
         size_t position = 0;
         for (const std::string& parameter : parameters_) {
             const std::string name = Listed({parameter});
             const std::vector<Cell>& cells = cellsOf[parameter];
-            if (parameter == kConstant) {
+            if (parameter == kConstantParameter) {
                 if (!cells.empty()) return "parameter " + name + " depends on a predictor";
                 continue;
             }
@@ -107,11 +92,11 @@ public:
     }
 
 private:
-    bool IsZeroPower(const xercesc::DOMElement* cell) const
+    bool IsZeroPower(Element cell) const
     {
-        const std::string predictor = AttributeText(cell, Tags::XML_ATT_PPC_PREDNAME);
+        const std::string predictor = cell.Text(Tags::XML_ATT_PPC_PREDNAME);
         return std::find(factors_.begin(), factors_.end(), predictor) == factors_.end() &&
-               IsNumber(AttributeText(cell, Tags::XML_ATT_PPC_VALUE), 0.0);
+               cell.Number(Tags::XML_ATT_PPC_VALUE) == 0.0;
     }
 
     // The reader registers a name that is listed again once.
@@ -128,19 +113,19 @@ private:
     std::vector<std::string> parameters_;
     std::vector<std::string> factors_;
     std::vector<std::string> covariates_;
-    std::vector<xercesc::DOMElement*> cells_;
+    ElementRange cells_;
 };
 
-bool NamesConstant(const xercesc::DOMElement* model)
+bool NamesConstant(Element model)
 {
-    for (const auto* cell :
-         ChildElements(ChildElement(model, Tags::XML_ELE_PARAM_MATRIX), Tags::XML_ELE_PCELL)) {
-        if (AttributeText(cell, Tags::XML_ATT_PC_PARAMNAME) == kConstant) return true;
+    for (const Element cell :
+         model.Child(Tags::XML_ELE_PARAM_MATRIX).Children(Tags::XML_ELE_PCELL)) {
+        if (cell.Text(Tags::XML_ATT_PC_PARAMNAME) == kConstantParameter) return true;
     }
-    for (const auto* cell :
-         ChildElements(ChildElement(model, Tags::XML_ELE_PCOV_MATRIX), Tags::XML_ELE_PCOV_CELL)) {
-        if (AttributeText(cell, Tags::XML_ATT_PCC_PROW) == kConstant ||
-            AttributeText(cell, Tags::XML_ATT_PCC_PCOL) == kConstant) {
+    for (const Element cell :
+         model.Child(Tags::XML_ELE_PCOV_MATRIX).Children(Tags::XML_ELE_PCOV_CELL)) {
+        if (cell.Text(Tags::XML_ATT_PCC_PROW) == kConstantParameter ||
+            cell.Text(Tags::XML_ATT_PCC_PCOL) == kConstantParameter) {
             return true;
         }
     }
@@ -154,26 +139,30 @@ bool SelectsAnotherFamily(const std::string& selector)
     return FindFamily(Tags::XML_VAL_MT_GLIN, kSelectorVersion, selector) != kGeneralLinear;
 }
 
-bool IsCox(const xercesc::DOMElement* root, const xercesc::DOMElement* model)
+bool IsCox(Element root, Element model)
 {
     const auto family = FamilyOfModel(root, model);
     return family == kCox || family == kCoxComplexSamples;
 }
 
+// The guard bounds the depth, and with it this recursion.
+void AddReferencePoints(Element parent, std::set<std::string>& names)
+{
+    for (const Element child : parent.Children()) {
+        if (child.Is(Tags::XML_EXT_ELE_COXREG_BASEPOINT)) {
+            names.insert(child.Text(Tags::XML_EXT_ATT_COXREG_BASEPOINT_PARAMETERNAME));
+        }
+        AddReferencePoints(child, names);
+    }
+}
+
 // The parameters whose reference point the extension gives, the older place for it.
-std::set<std::string> PointsOfExtensions(const xercesc::DOMElement* model)
+std::set<std::string> PointsOfExtensions(Element model)
 {
     std::set<std::string> names;
-    for (const auto* extension : ChildElements(model, Tags::XML_ELE_EXTENSION)) {
-        if (AttributeText(extension, Tags::XML_ATT_EXT_NAME) !=
-            Tags::XML_EXT_NAME_COXREG_REFERENCEPOINT) {
-            continue;
-        }
-        const xercesc::DOMNodeList* points = extension->getElementsByTagName(
-            XmlFromUtf8(Tags::XML_EXT_ELE_COXREG_BASEPOINT).c_str());
-        for (XMLSize_t i = 0; i < points->getLength(); ++i) {
-            names.insert(AttributeText(static_cast<const xercesc::DOMElement*>(points->item(i)),
-                                       Tags::XML_EXT_ATT_COXREG_BASEPOINT_PARAMETERNAME));
+    for (const Element extension : model.Children(Tags::XML_ELE_EXTENSION)) {
+        if (extension.Text(Tags::XML_ATT_EXT_NAME) == Tags::XML_EXT_NAME_COXREG_REFERENCEPOINT) {
+            AddReferencePoints(extension, names);
         }
     }
     return names;
@@ -181,11 +170,10 @@ std::set<std::string> PointsOfExtensions(const xercesc::DOMElement* model)
 
 }  // namespace
 
-std::optional<Change> MakeUnorderedRegressionGeneralLinear(xercesc::DOMElement* root)
+std::optional<Change> MakeUnorderedRegressionGeneralLinear(Element root)
 {
-    xercesc::DOMElement* model = ModelElement(root);
-    if (model == nullptr) return std::nullopt;
-    if (AttributeText(model, Tags::XML_ATT_RM_MODEL_TYPE) != Tags::XML_VAL_MT_REGRESS) {
+    const Element model = ModelElement(root);
+    if (model.Text(Tags::XML_ATT_RM_MODEL_TYPE) != Tags::XML_VAL_MT_REGRESS) {
         return std::nullopt;
     }
     const RegressionLayout layout(model);
@@ -194,42 +182,39 @@ std::optional<Change> MakeUnorderedRegressionGeneralLinear(xercesc::DOMElement* 
     const std::string why = layout.WhyUnordered();
     if (why.empty()) return std::nullopt;
 
-    SetAttributeText(model, Tags::XML_ATT_RM_MODEL_TYPE, Tags::XML_VAL_MT_GLIN);
+    model.SetText(Tags::XML_ATT_RM_MODEL_TYPE, Tags::XML_VAL_MT_GLIN);
     if (SelectsAnotherFamily(SelectorOf(model))) {
-        SetAttributeText(model, Tags::XML_ATT_MODELALGO, Tags::XML_VAL_MN_GLIN);
+        model.SetText(Tags::XML_ATT_MODELALGO, Tags::XML_VAL_MN_GLIN);
     }
     // A general linear model would let such a cell drop its parameter where the covariate is 0.
-    for (auto* cell : layout.ZeroCells()) cell->getParentNode()->removeChild(cell)->release();
+    for (Element cell : layout.ZeroCells()) cell.Erase();
     // Only a linear regression has a constant without being told.
-    xercesc::DOMElement* list = ChildElement(model, Tags::XML_ELE_PARAM_LIST);
-    if (list != nullptr && !layout.ListsConstant() && NamesConstant(model)) {
-        xercesc::DOMElement* constant =
-            root->getOwnerDocument()->createElement(XmlFromUtf8(Tags::XML_ELE_PARAM).c_str());
-        SetAttributeText(constant, Tags::XML_ATT_PARAM_NAME, kConstant);
-        list->appendChild(constant);
+    const Element list = model.Child(Tags::XML_ELE_PARAM_LIST);
+    if (list && !layout.ListsConstant() && NamesConstant(model)) {
+        list.Append(Tags::XML_ELE_PARAM).SetText(Tags::XML_ATT_PARAM_NAME, kConstantParameter);
     }
-    return Change{PlaceOf(model), "modelType \"regression\" is read as \"generalLinear\": " + why};
+    return Change{model.Place(), "modelType \"regression\" is read as \"generalLinear\": " + why};
 }
 
-std::optional<Change> CompleteReferencePoints(xercesc::DOMElement* root)
+std::optional<Change> CompleteReferencePoints(Element root)
 {
-    xercesc::DOMElement* model = ModelElement(root);
-    if (model == nullptr || !IsCox(root, model)) return std::nullopt;
-    const auto parameters =
-        ChildElements(ChildElement(model, Tags::XML_ELE_PARAM_LIST), Tags::XML_ELE_PARAM);
-    const auto hasPoint = [](const xercesc::DOMElement* parameter) {
-        return !AttributeText(parameter, Tags::XML_EXT_NAME_COXREG_REFERENCEPOINT).empty();
+    const Element model = ModelElement(root);
+    if (!model || !IsCox(root, model)) return std::nullopt;
+    const ElementRange parameters =
+        model.Child(Tags::XML_ELE_PARAM_LIST).Children(Tags::XML_ELE_PARAM);
+    const auto hasPoint = [](Element parameter) {
+        return !parameter.Text(Tags::XML_EXT_NAME_COXREG_REFERENCEPOINT).empty();
     };
     if (std::none_of(parameters.begin(), parameters.end(), hasPoint)) return std::nullopt;
 
     const std::set<std::string> elsewhere = PointsOfExtensions(model);
     std::vector<std::string> names;
     DocumentPlace place;
-    for (auto* parameter : parameters) {
-        const std::string name = AttributeText(parameter, Tags::XML_ATT_PARAM_NAME);
+    for (const Element parameter : parameters) {
+        const std::string name = parameter.Text(Tags::XML_ATT_PARAM_NAME);
         if (hasPoint(parameter) || elsewhere.contains(name)) continue;
-        SetAttributeText(parameter, Tags::XML_EXT_NAME_COXREG_REFERENCEPOINT, "0");
-        if (names.empty()) place = PlaceOf(parameter);
+        parameter.SetText(Tags::XML_EXT_NAME_COXREG_REFERENCEPOINT, "0");
+        if (names.empty()) place = parameter.Place();
         names.push_back(name);
     }
     if (names.empty()) return std::nullopt;
@@ -238,13 +223,16 @@ std::optional<Change> CompleteReferencePoints(xercesc::DOMElement* root)
                              "have one"};
 }
 
-std::optional<Change> NoteMissingEstimates(xercesc::DOMElement* root)
+std::optional<Change> NoteMissingEstimates(Element root)
 {
-    const xercesc::DOMElement* model = ModelElement(root);
-    if (model == nullptr || ChildElement(model, Tags::XML_ELE_PARAM_MATRIX) != nullptr) {
+    const Element model = ModelElement(root);
+    if (!model || model.Child(Tags::XML_ELE_PARAM_MATRIX)) return std::nullopt;
+    // With predictors it is a fault, which the audit tells.
+    if (!Predictors(root, Tags::XML_ELE_FAC_LIST).Empty() ||
+        !Predictors(root, Tags::XML_ELE_COV_LIST).Empty()) {
         return std::nullopt;
     }
-    return Change{PlaceOf(model),
+    return Change{model.Place(),
                   "no ParamMatrix: the model has no estimates, and every beta counts "
                   "as 0"};
 }

@@ -3,60 +3,49 @@
 #include <utility>
 #include <vector>
 
-#include <xercesc/dom/DOM.hpp>
-
 #include "engine/documents/adapterrules.h"
-#include "engine/documents/treetext.h"
-#include "host/documents/documentplace.h"
+#include "engine/documents/modelelement.h"
+#include "engine/documents/names.h"
 #include "host/documents/pmmlmodeltags.h"
-#include "host/documents/veltranscoder.h"
 
 namespace MCVelscore_850 {
 
 namespace {
 
 using Tags = PMMLModelTags;
-using xercesc::DOMElement;
 
 // A field or function by its kind and name: the two kinds don't get in each other's way.
 using Definition = std::pair<std::string, std::string>;
 
-Definition DefinitionOf(const DOMElement* element)
+Definition DefinitionOf(Element element)
 {
-    return {Utf8FromXml(element->getTagName()), AttributeText(element, Tags::XML_ATT_NAME)};
+    return {element.Tag(), element.Text(Tags::XML_ATT_NAME)};
 }
 
-bool IsDefinition(const DOMElement* element)
-{
-    const std::string tag = Utf8FromXml(element->getTagName());
-    return tag == "DerivedField" || tag == "DefineFunction";
-}
+constexpr std::string_view kDefinitions[] = {"DerivedField", "DefineFunction"};
 
 }  // namespace
 
-std::optional<Change> MergeTransformations(DOMElement* root)
+std::optional<Change> MergeTransformations(Element root)
 {
-    DOMElement* global = ChildElement(root, Tags::XML_ELE_TRANSFORMATION);
-    DOMElement* local = ChildElement(ModelElement(root), Tags::XML_ELE_LOCALTRANSFORMATIONS);
-    if (global == nullptr || local == nullptr) return std::nullopt;
+    Element global = root.Child(Tags::XML_ELE_TRANSFORMATION);
+    const Element local = ModelElement(root).Child(Tags::XML_ELE_LOCALTRANSFORMATIONS);
+    if (!global || !local) return std::nullopt;
     std::set<Definition> known;
-    for (const auto* child = local->getFirstElementChild(); child != nullptr;
-         child = child->getNextElementSibling()) {
-        known.insert(DefinitionOf(child));
-    }
-    std::vector<DOMElement*> moved;
-    for (auto* child = global->getFirstElementChild(); child != nullptr;
-         child = child->getNextElementSibling()) {
-        if (IsDefinition(child) && !known.contains(DefinitionOf(child))) moved.push_back(child);
+    for (const Element child : local.Children()) known.insert(DefinitionOf(child));
+    Elements moved;
+    for (const Element child : global.Children()) {
+        if (!IsOneOf(child.Tag(), kDefinitions) || known.contains(DefinitionOf(child))) continue;
+        moved.push_back(child);
     }
     if (moved.empty()) return std::nullopt;
-    const DocumentPlace place = PlaceOf(local);
-    xercesc::DOMNode* first = local->getFirstChild();
-    for (DOMElement* child : moved) local->insertBefore(child, first);
-    global->getParentNode()->removeChild(global)->release();
+    const DocumentPlace place = local.Place();
+    const Element first = local.Children().First();
+    for (const Element child : moved) local.Insert(child, first);
+    global.Erase();
     std::vector<std::string> names;
     names.reserve(moved.size());
-    for (const DOMElement* child : moved) names.push_back(DefinitionOf(child).second);
+    for (const Element child : moved) names.push_back(DefinitionOf(child).second);
     return Change{place,
                   "TransformationDictionary is merged into LocalTransformations: " + Listed(names)};
 }

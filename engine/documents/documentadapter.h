@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/documents/audit/finding.h"
 #include "host/messages/vsexception.h"
 
 namespace MCVelscore_850 {
@@ -12,8 +13,7 @@ class Document;
 
 /// One thing that was changed in a document.
 struct Adaptation {
-    /// The rule's name, as in "short-version".
-    std::string rule;
+    const Rule* rule = nullptr;
     /// What it changed and why, in one line.
     std::string change;
     /// The first element that it changed, as the file has it.
@@ -23,9 +23,8 @@ struct Adaptation {
     /// Fields that got the categories of their cells as their list, which lacks the reference
     /// category therefore.
     std::vector<std::string> listedByCells{};
-
-    /// "line 2, column 1: version "4.4.1" is read as "4.4" [short-version]"
-    std::string ToString() const;
+    /// The family of a RegressionModel, in the field's words.
+    std::string family{};
 };
 
 /// Rewrites a document as other exporters publish it into the dialect that the reader takes. The
@@ -34,6 +33,13 @@ struct Adaptation {
 /// document in the reader's dialect passes untouched, and one that nobody can repair goes to the
 /// reader, whose refusal says more. The older form (root "zelt-ml") has no other dialect.
 std::vector<Adaptation> AdaptDocument(Document& document);
+
+/// The first part of it alone, after which the names that stand are the author's: prefixes, the
+/// version and mining fields that stand twice alike. The rest may be done later.
+std::vector<Adaptation> AdaptNames(Document& document);
+
+/// The adapter's rules, in the order in which they are applied.
+std::vector<const Rule*> AdapterRules();
 
 }  // namespace MCVelscore_850
 

@@ -124,8 +124,17 @@ struct DocumentGuard::Watch {
 
     ElementPlace Place() const
     {
-        return {static_cast<uint32_t>(XML_GetCurrentLineNumber(parser)),
-                static_cast<uint32_t>(XML_GetCurrentColumnNumber(parser) + 1)};
+        const XML_Size line = XML_GetCurrentLineNumber(parser);
+        const XML_Size column = XML_GetCurrentColumnNumber(parser);
+        return {static_cast<uint32_t>(line),
+                static_cast<uint32_t>(line == 1 && BeginsWithMark() ? column : column + 1)};
+    }
+
+    // A byte-order mark, which the parser counts as a character of the first line.
+    bool BeginsWithMark() const
+    {
+        return head.starts_with("\xEF\xBB\xBF") || head.starts_with("\xFF\xFE") ||
+               head.starts_with("\xFE\xFF");
     }
 
     void Check(XML_Status status)

@@ -3,8 +3,13 @@
 #include <utility>
 #include <vector>
 
+#include <xercesc/util/TransService.hpp>
+#include <xercesc/util/XMLString.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
 #include "engine/documents/documenttree.h"
-#include "engine/documents/treetext.h"
+#include "engine/documents/element.h"
+#include "engine/documents/names.h"
 #include "engine/messages/digest.h"
 #include "engine/messages/failure.h"
 #include "engine/tables/bytesource.h"
@@ -23,10 +28,10 @@ constexpr std::string_view kLegacyRoot = "zelt-ml";
 
 // What comes after the guard: the tree, and a look at its root.
 Document Build(std::string_view bytes, const std::string& file,
-               const std::vector<ElementPlace>& places)
+               const std::vector<ElementPlace>& places, bool comments = false)
 {
     auto tree = std::make_unique<Document::Tree>();
-    tree->dom = BuildTree(bytes, file, places);
+    tree->dom = BuildTree(bytes, file, places, comments);
     Document document(file, std::move(tree));
     const std::string_view root = LocalNameOf(document.RootName());
     if (root != PMMLModelTags::XML_ELE_PMML && root != kLegacyRoot) {
@@ -35,22 +40,35 @@ Document Build(std::string_view bytes, const std::string& file,
     return document;
 }
 
+// The bytes in UTF-8. What the tree's parser could read can be read again.
+std::string TextOf(const Document& document, std::string bytes)
+{
+    const XMLCh* encoding = document.GetTree().dom->getInputEncoding();
+    if (encoding == nullptr ||
+        xercesc::XMLString::compareIString(encoding, xercesc::XMLUni::fgUTF8EncodingString) == 0) {
+        return bytes;
+    }
+    const xercesc::TranscodeFromStr text(reinterpret_cast<const XMLByte*>(bytes.data()),
+                                         bytes.size(), Utf8FromXml(encoding).c_str());
+    return Utf8FromXml(text.str());
+}
+
 }  // namespace
 
 Document::Document(std::string file, std::unique_ptr<Tree> tree)
     : file_(std::move(file)), tree_(std::move(tree))
 {
-    const xercesc::DOMElement* root = tree_->dom->getDocumentElement();
-    rootName_ = Utf8FromXml(root->getTagName());
-    versionText_ =
-        Utf8FromXml(root->getAttribute(XmlFromUtf8(PMMLModelTags::XML_ATT_VERSION).c_str()));
+    rootName_ = Root().Tag();
+    versionText_ = Root().Text(PMMLModelTags::XML_ATT_VERSION);
 }
 
 Document::Document(Document&&) noexcept = default;
 Document& Document::operator=(Document&&) noexcept = default;
 Document::~Document() = default;
 
-Document LoadDocument(const std::string& path, const DocumentLimits& limits, std::string* sha256)
+Element Document::Root() const { return Element(tree_->dom->getDocumentElement()); }
+
+Document LoadDocument(const std::string& path, const DocumentLimits& limits, const Keeping& keeping)
 {
     InputFile input(path, nullptr, FailureKind::Document);
     if (input.Size() > limits.documentBytes) RefuseDocumentSize(input.Name(), limits.documentBytes);
@@ -66,8 +84,10 @@ Document LoadDocument(const std::string& path, const DocumentLimits& limits, std
     }
     if (bytes.empty()) throw Failure(FailureKind::Document, kEmptyDocument, {input.Name()});
     guard.Finish();
-    if (sha256 != nullptr) *sha256 = Sha256Of(bytes);
-    return Build(bytes, input.Name(), guard.Places());
+    if (keeping.sha256 != nullptr) *keeping.sha256 = Sha256Of(bytes);
+    Document document = Build(bytes, input.Name(), guard.Places(), keeping.comments);
+    if (keeping.text != nullptr) *keeping.text = TextOf(document, std::move(bytes));
+    return document;
 }
 
 Document LoadDocumentText(std::string_view bytes, const std::string& file,

@@ -59,7 +59,7 @@ private:
 // elements in the same order. The parser's own place is where a tag ends, and asking it costs more.
 class PlacingParser final : public xercesc::XercesDOMParser {
 public:
-    explicit PlacingParser(const std::vector<ElementPlace>& places) : places_(places)
+    PlacingParser(const std::vector<ElementPlace>& places, bool comments) : places_(places)
     {
         // Well-formedness alone, and the fastest. This scanner has no DTD, no schema and no entity
         // of a document's own to begin with: should the guard and it ever read the same bytes in
@@ -71,7 +71,7 @@ public:
         setLoadExternalDTD(false);
         setLoadSchema(false);
         setDisableDefaultEntityResolution(true);
-        setCreateCommentNodes(false);
+        setCreateCommentNodes(comments);
     }
 
 protected:
@@ -105,10 +105,10 @@ XercesSession::~XercesSession()
 }
 
 OwnedTree BuildTree(std::string_view bytes, const std::string& file,
-                    const std::vector<ElementPlace>& places)
+                    const std::vector<ElementPlace>& places, bool comments)
 {
     Complaints complaints(file);
-    PlacingParser parser(places);
+    PlacingParser parser(places, comments);
     parser.setErrorHandler(&complaints);
     const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()),
                                             bytes.size(), "document");

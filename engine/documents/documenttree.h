@@ -34,12 +34,12 @@ struct Document::Tree {
 };
 
 /// Builds the tree of bytes that passed the guard and notes on each element its place; `places`
-/// are the guard's, empty to note none.
+/// are the guard's, empty to note none. Comments become nodes where they are asked for.
 ///
 /// Errors  Failure of kind Document: kNotWellFormed for what this parser alone refuses.
 /// Order   within a XercesSession that outlives the result.
 OwnedTree BuildTree(std::string_view bytes, const std::string& file,
-                    const std::vector<ElementPlace>& places);
+                    const std::vector<ElementPlace>& places, bool comments = false);
 
 }  // namespace MCVelscore_850
 

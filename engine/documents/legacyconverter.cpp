@@ -5,17 +5,14 @@
 #include <memory>
 #include <set>
 
-#include <xercesc/dom/DOM.hpp>
-
 #include "engine/documents/documentadapter.h"
 #include "engine/documents/documentloader.h"
 #include "engine/documents/documenttree.h"
 #include "engine/documents/legacyfields.h"
 #include "engine/documents/loadedmodel.h"
+#include "engine/documents/modelelement.h"
 #include "engine/documents/modelreading.h"
-#include "engine/documents/treetext.h"
 #include "engine/documents/treewriting.h"
-#include "host/documents/documentplace.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/documents/zeltmodeltags.h"
 #include "host/messages/messages.h"
@@ -29,15 +26,12 @@ namespace MCVelscore_850 {
 
 namespace {
 
-using xercesc::DOMElement;
 using Old = ZELTModelTags;
 using Tags = PMMLModelTags;
-using Elements = std::vector<DOMElement*>;
 using Names = std::vector<std::string>;
 // Attribute names and texts.
 using Attributes = std::vector<std::pair<std::string, std::string>>;
 
-const std::string kConstant = "(Constant)";
 // The row of betas beside the target's first category in a conditional model.
 const std::string kConditionalDummy = "CLRdummy";
 const std::string kNameSpace = "http://www.dmg.org/PMML-4_4";
@@ -71,13 +65,13 @@ std::unique_ptr<ScoreValue> ValueOf(const ScoreDictVar& var, const std::string& 
 }
 
 // An optional attribute without text is left out. A name stays also when it is the empty one.
-DOMElement* Add(DOMElement* parent, const std::string& tag, const Attributes& attributes,
-                const Attributes& optional = {})
+Element Add(Element parent, const std::string& tag, const Attributes& attributes,
+            const Attributes& optional = {})
 {
-    DOMElement* element = AddElement(parent, tag);
-    for (const auto& [name, text] : attributes) SetAttributeText(element, name, text);
+    const Element element = parent.Append(tag);
+    for (const auto& [name, text] : attributes) element.SetText(name, text);
     for (const auto& [name, text] : optional) {
-        if (!text.empty()) SetAttributeText(element, name, text);
+        if (!text.empty()) element.SetText(name, text);
     }
     return element;
 }
@@ -90,8 +84,8 @@ public:
     PublishedForm Convert();
 
 private:
-    Names NamesIn(const std::string& list, const std::string& tag) const;
-    Elements CellsOf(const std::string& section, const std::string& cell) const;
+    Names NamesIn(std::string_view list, std::string_view tag) const;
+    ElementRange CellsOf(std::string_view section, std::string_view cell) const;
     const ScoreDictVar& Variable(const std::string& name) const;
     FieldUse UseOf(const std::string& name) const;
 
@@ -104,54 +98,53 @@ private:
 
     // The sections, in the published order.
 
-    void AddHeader(DOMElement* root) const;
-    void AddDictionary(DOMElement* root);
-    DOMElement* AddModel(DOMElement* root) const;
-    void AddMiningSchema(DOMElement* model) const;
-    void AddNames(DOMElement* model, const std::string& list, const std::string& tag,
+    void AddHeader(Element root) const;
+    void AddDictionary(Element root);
+    Element AddModel(Element root) const;
+    void AddMiningSchema(Element model) const;
+    void AddNames(Element model, const std::string& list, const std::string& tag,
                   const Names& names) const;
-    void AddPPMatrix(DOMElement* model);
-    void AddPairs(DOMElement* matrix);
-    void AddPCovMatrix(DOMElement* model);
-    void AddParamMatrix(DOMElement* model);
+    void AddPPMatrix(Element model);
+    void AddPairs(Element matrix);
+    void AddPCovMatrix(Element model);
+    void AddParamMatrix(Element model);
 
-    bool IsParameter(const DOMElement* cell, const std::string& attribute) const
+    bool IsParameter(Element cell, const std::string& attribute) const
     {
-        return positions_.contains(AttributeText(cell, attribute));
+        return positions_.contains(cell.Text(attribute));
     }
     std::set<std::string> Rows() const;
     void NoteLeftOut(const std::string& section, const Elements& cells);
 
-    const DOMElement* root_;
-    const DOMElement* modelElement_;
+    Element root_;
+    Element modelElement_;
     const ScoreDictionary& dictionary_;
     const TypeRow* type_;
     std::string target_;
-    Names parameters_;                         // each once, the constant last
-    std::map<std::string, size_t> positions_;  // of the parameters
+    Names parameters_;                                      // each once, the constant last
+    std::map<std::string, size_t, std::less<>> positions_;  // of the parameters
     Names factors_;
     Names covariates_;
     std::map<std::string, FieldUse> uses_;
-    Elements ppCells_;
+    ElementRange ppCells_;
     Names notes_;
 };
 
 Conversion::Conversion(const Document& document, const ScoreModel& model)
-    : root_(document.GetTree().dom->getDocumentElement()),
-      modelElement_(
-          ChildElement(ChildElement(root_, Old::XML_ELE_MODEL), Old::XML_ELE_REGRESS_MODEL)),
+    : root_(document.Root()),
+      modelElement_(root_.Child(Old::XML_ELE_MODEL).Child(Old::XML_ELE_REGRESS_MODEL)),
       dictionary_(*model.GetDictionary()),
-      target_(AttributeText(modelElement_, Old::XML_ATT_RM_TARGET_VAR)),
+      target_(modelElement_.Text(Old::XML_ATT_RM_TARGET_VAR)),
       parameters_(NamesIn(Old::XML_ELE_PARAM_LIST, Old::XML_ELE_PARAM)),
       factors_(NamesIn(Old::XML_ELE_FAC_LIST, Old::XML_ELE_PREDICTOR)),
       covariates_(NamesIn(Old::XML_ELE_COV_LIST, Old::XML_ELE_PREDICTOR)),
       ppCells_(CellsOf(Old::XML_ELE_PP_MATRIX, Old::XML_ELE_PP_CELL))
 {
-    const std::string word = AttributeText(modelElement_, Old::XML_ATT_RM_MODEL_TYPE);
+    const std::string word = modelElement_.Text(Old::XML_ATT_RM_MODEL_TYPE);
     type_ = std::find_if(std::begin(kTypes), std::end(kTypes),
                          [&](const TypeRow& row) { return row.word == word; });
     std::stable_partition(parameters_.begin(), parameters_.end(),
-                          [](const std::string& name) { return name != kConstant; });
+                          [](const std::string& name) { return name != kConstantParameter; });
     for (size_t i = 0; i < parameters_.size(); ++i) positions_.emplace(parameters_[i], i);
     uses_[target_] =
         type_->type == Type::Regression ? FieldUse::MeanTarget : FieldUse::CategoryTarget;
@@ -160,20 +153,20 @@ Conversion::Conversion(const Document& document, const ScoreModel& model)
 }
 
 // The reader registers a name that is listed again once.
-Names Conversion::NamesIn(const std::string& list, const std::string& tag) const
+Names Conversion::NamesIn(std::string_view list, std::string_view tag) const
 {
     Names names;
     std::set<std::string> seen;
-    for (const auto* element : ChildElements(ChildElement(modelElement_, list), tag)) {
-        std::string name = AttributeText(element, Old::XML_ATT_NAME);
+    for (const Element element : modelElement_.Child(list).Children(tag)) {
+        std::string name = element.Text(Old::XML_ATT_NAME);
         if (seen.insert(name).second) names.push_back(std::move(name));
     }
     return names;
 }
 
-Elements Conversion::CellsOf(const std::string& section, const std::string& cell) const
+ElementRange Conversion::CellsOf(std::string_view section, std::string_view cell) const
 {
-    return ChildElements(ChildElement(modelElement_, section), cell);
+    return modelElement_.Child(section).Children(cell);
 }
 
 const ScoreDictVar& Conversion::Variable(const std::string& name) const
@@ -195,12 +188,12 @@ PublishedForm Conversion::Convert()
     RefuseFactorCells();
 
     const OwnedTree tree = NewTree(kNameSpace, Tags::XML_ELE_PMML);
-    DOMElement* root = tree->getDocumentElement();
-    SetAttributeText(root, Tags::XML_ATT_VERSION, kVersion);
+    const Element root(tree->getDocumentElement());
+    root.SetText(Tags::XML_ATT_VERSION, kVersion);
     // In the order that the published schema prescribes.
     AddHeader(root);
     AddDictionary(root);
-    DOMElement* model = AddModel(root);
+    const Element model = AddModel(root);
     AddMiningSchema(model);
     AddNames(model, Tags::XML_ELE_PARAM_LIST, Tags::XML_ELE_PARAM, parameters_);
     AddNames(model, Tags::XML_ELE_FAC_LIST, Tags::XML_ELE_PREDICTOR, factors_);
@@ -213,7 +206,7 @@ PublishedForm Conversion::Convert()
 
 void Conversion::RefuseVariables() const
 {
-    for (const auto* list : {&factors_, &covariates_}) {
+    for (const Names* list : {&factors_, &covariates_}) {
         for (const std::string& name : *list) {
             if (name == target_) {
                 RefuseAt(modelElement_, kTwoUses, name.c_str(), "the target", "a predictor");
@@ -239,7 +232,7 @@ void Conversion::RefuseVariables() const
 // Slope i belongs to predictor i, and the constant comes after them.
 void Conversion::RefuseUnpaired() const
 {
-    const size_t slopes = parameters_.size() - (positions_.contains(kConstant) ? 1 : 0);
+    const size_t slopes = parameters_.size() - (positions_.contains(kConstantParameter) ? 1 : 0);
     if (slopes == covariates_.size()) return;
     RefuseAt(modelElement_, kUnpairedParameters, static_cast<int>(slopes),
              static_cast<int>(covariates_.size()));
@@ -248,11 +241,11 @@ void Conversion::RefuseUnpaired() const
 void Conversion::RefuseConstant() const
 {
     std::set<std::string> withCells;
-    for (const auto* cell : ppCells_) {
-        withCells.insert(AttributeText(cell, Old::XML_ATT_PARAMETER_NAME));
+    for (const Element cell : ppCells_) {
+        withCells.insert(cell.Text(Old::XML_ATT_PARAMETER_NAME));
     }
     for (const std::string& parameter : parameters_) {
-        if (parameter == kConstant || !withCells.contains(parameter)) {
+        if (parameter == kConstantParameter || !withCells.contains(parameter)) {
             RefuseAt(modelElement_, kConditionalConstant, parameter.c_str());
         }
     }
@@ -272,12 +265,12 @@ void Conversion::RefuseFactorCells() const
             RefuseAt(modelElement_, kOpenFactor, factor.c_str());
         }
     }
-    for (const auto* cell : ppCells_) {
-        const std::string factor = AttributeText(cell, Old::XML_ATT_PP_PREDICTOR);
+    for (const Element cell : ppCells_) {
+        const std::string factor = cell.Text(Old::XML_ATT_PP_PREDICTOR);
         if (UseOf(factor) != FieldUse::Factor) continue;
         if (!IsParameter(cell, Old::XML_ATT_PARAMETER_NAME)) continue;
         const ScoreDictVar& var = Variable(factor);
-        const std::string text = AttributeText(cell, Old::XML_ATT_VALUE);
+        const std::string text = cell.Text(Old::XML_ATT_VALUE);
         const std::unique_ptr<ScoreValue> value = ValueOf(var, text);
         if (text.empty() || !var.Accepts(value.get())) {
             RefuseAt(cell, kFactorCell, text.c_str(), factor.c_str());
@@ -287,30 +280,30 @@ void Conversion::RefuseFactorCells() const
     }
 }
 
-void Conversion::AddHeader(DOMElement* root) const
+void Conversion::AddHeader(Element root) const
 {
-    DOMElement* header = Add(root, "Header", {{"description", "Converted from the older form"}});
+    const Element header = Add(root, "Header", {{"description", "Converted from the older form"}});
     Add(header, "Application", {{"name", "velscore"}});
 }
 
-void Conversion::AddDictionary(DOMElement* root)
+void Conversion::AddDictionary(Element root)
 {
     std::map<std::string, Names> cellValues;
-    for (const auto* cell : ppCells_) {
-        std::string text = AttributeText(cell, Old::XML_ATT_VALUE);
+    for (const Element cell : ppCells_) {
+        std::string text = cell.Text(Old::XML_ATT_VALUE);
         if (text.empty()) continue;
-        cellValues[AttributeText(cell, Old::XML_ATT_PP_PREDICTOR)].push_back(std::move(text));
+        cellValues[cell.Text(Old::XML_ATT_PP_PREDICTOR)].push_back(std::move(text));
     }
     const Elements variables =
-        ChildElements(ChildElement(root_, Old::XML_ELE_DICTIONARY), Old::XML_ELE_VARIABLE);
-    DOMElement* dictionary = Add(root, Tags::XML_ELE_DATADICTIONARY,
-                                 {{"numberOfFields", std::to_string(variables.size())}});
+        root_.Child(Old::XML_ELE_DICTIONARY).Children(Old::XML_ELE_VARIABLE).List();
+    const Element dictionary = Add(root, Tags::XML_ELE_DATADICTIONARY,
+                                   {{"numberOfFields", std::to_string(variables.size())}});
     bool hasMeans = false;
-    for (const auto* element : variables) {
-        const std::string name = AttributeText(element, Old::XML_ATT_NAME);
+    for (const Element element : variables) {
+        const std::string name = element.Text(Old::XML_ATT_NAME);
         AddDataField(dictionary, {element, &Variable(name), UseOf(name), cellValues[name]});
-        for (const auto* stats : ChildElements(element, Old::XML_ELE_VAR_STATS)) {
-            hasMeans = hasMeans || !AttributeText(stats, Old::XML_ATT_VS_MEAN).empty();
+        for (const Element stats : element.Children(Old::XML_ELE_VAR_STATS)) {
+            hasMeans = hasMeans || !stats.Text(Old::XML_ATT_VS_MEAN).empty();
         }
     }
     if (hasMeans) {
@@ -318,24 +311,23 @@ void Conversion::AddDictionary(DOMElement* root)
     }
 }
 
-DOMElement* Conversion::AddModel(DOMElement* root) const
+Element Conversion::AddModel(Element root) const
 {
-    return Add(
-        root, Tags::XML_ELE_REGRESSMODEL,
-        {{Tags::XML_ATT_RM_MODEL_TYPE, type_->modelType},
-         {Tags::XML_ATT_FUNCTIONNAME, type_->function},
-         {Tags::XML_ATT_RM_TARGET_VAR, target_}},
-        {{Tags::XML_ATT_RM_ALGOR_NAME, type_->algorithm},
-         {Tags::XML_VAL_NAME_MODELDF, AttributeText(modelElement_, Old::XML_ATT_RM_MODEL_DF)}});
+    return Add(root, Tags::XML_ELE_REGRESSMODEL,
+               {{Tags::XML_ATT_RM_MODEL_TYPE, type_->modelType},
+                {Tags::XML_ATT_FUNCTIONNAME, type_->function},
+                {Tags::XML_ATT_RM_TARGET_VAR, target_}},
+               {{Tags::XML_ATT_RM_ALGOR_NAME, type_->algorithm},
+                {Tags::XML_VAL_NAME_MODELDF, modelElement_.Text(Old::XML_ATT_RM_MODEL_DF)}});
 }
 
-void Conversion::AddMiningSchema(DOMElement* model) const
+void Conversion::AddMiningSchema(Element model) const
 {
-    DOMElement* schema = Add(model, Tags::XML_ELE_MININGSCHEMA, {});
+    const Element schema = Add(model, Tags::XML_ELE_MININGSCHEMA, {});
     Add(schema, Tags::XML_ELE_MININGFIELD,
         {{Tags::XML_ATT_MININGFIELD_NAME, target_},
          {Tags::XML_ATT_MININGFIELD_USAGETYPE, Tags::XML_ATT_MF_FUT_TARGET}});
-    for (const auto* list : {&factors_, &covariates_}) {
+    for (const Names* list : {&factors_, &covariates_}) {
         for (const std::string& name : *list) {
             Add(schema, Tags::XML_ELE_MININGFIELD,
                 {{Tags::XML_ATT_MININGFIELD_NAME, name},
@@ -344,40 +336,40 @@ void Conversion::AddMiningSchema(DOMElement* model) const
     }
 }
 
-void Conversion::AddNames(DOMElement* model, const std::string& list, const std::string& tag,
+void Conversion::AddNames(Element model, const std::string& list, const std::string& tag,
                           const Names& names) const
 {
     // Only the list of parameters is required.
     if (names.empty() && list != Tags::XML_ELE_PARAM_LIST) return;
-    DOMElement* element = Add(model, list, {});
+    const Element element = Add(model, list, {});
     for (const std::string& name : names) {
-        SetAttributeText(AddElement(element, tag), Tags::XML_ATT_NAME, name);
+        element.Append(tag).SetText(Tags::XML_ATT_NAME, name);
     }
 }
 
-void Conversion::AddPPMatrix(DOMElement* model)
+void Conversion::AddPPMatrix(Element model)
 {
-    DOMElement* matrix = Add(model, Tags::XML_ELE_PP_MATRIX, {});
+    const Element matrix = Add(model, Tags::XML_ELE_PP_MATRIX, {});
     if (type_->type == Type::Regression) {
         AddPairs(matrix);
         return;
     }
     Elements unknown;
-    for (auto* cell : ppCells_) {
+    for (const Element cell : ppCells_) {
         if (!IsParameter(cell, Old::XML_ATT_PARAMETER_NAME)) {
             unknown.push_back(cell);
             continue;
         }
         Add(matrix, Tags::XML_ELE_PP_CELL,
-            {{Tags::XML_ATT_PPC_VALUE, AttributeText(cell, Old::XML_ATT_VALUE)},
-             {Tags::XML_ATT_PPC_PREDNAME, AttributeText(cell, Old::XML_ATT_PP_PREDICTOR)},
-             {Tags::XML_ATT_PPC_PARAMNAME, AttributeText(cell, Old::XML_ATT_PARAMETER_NAME)}});
+            {{Tags::XML_ATT_PPC_VALUE, cell.Text(Old::XML_ATT_VALUE)},
+             {Tags::XML_ATT_PPC_PREDNAME, cell.Text(Old::XML_ATT_PP_PREDICTOR)},
+             {Tags::XML_ATT_PPC_PARAMNAME, cell.Text(Old::XML_ATT_PARAMETER_NAME)}});
     }
     NoteLeftOut(Old::XML_ELE_PP_MATRIX, unknown);
 }
 
 // A linear regression pairs by position, whatever its pp-matrix says.
-void Conversion::AddPairs(DOMElement* matrix)
+void Conversion::AddPairs(Element matrix)
 {
     for (size_t i = 0; i < covariates_.size(); ++i) {
         Add(matrix, Tags::XML_ELE_PP_CELL,
@@ -385,12 +377,12 @@ void Conversion::AddPairs(DOMElement* matrix)
              {Tags::XML_ATT_PPC_PREDNAME, covariates_[i]},
              {Tags::XML_ATT_PPC_PARAMNAME, parameters_[i]}});
     }
-    const auto saysOtherwise = [&](const DOMElement* cell) {
-        const auto found = positions_.find(AttributeText(cell, Old::XML_ATT_PARAMETER_NAME));
-        const double exponent = NumberOf(AttributeText(cell, Old::XML_ATT_VALUE));
+    const auto saysOtherwise = [&](Element cell) {
+        const auto found = positions_.find(cell.Text(Old::XML_ATT_PARAMETER_NAME));
+        const double exponent = NumberOf(cell.Text(Old::XML_ATT_VALUE));
         return found == positions_.end() || found->second >= covariates_.size() ||
                exponent != 1.0 ||  // exact: as the document writes it
-               covariates_[found->second] != AttributeText(cell, Old::XML_ATT_PP_PREDICTOR);
+               covariates_[found->second] != cell.Text(Old::XML_ATT_PP_PREDICTOR);
     };
     if (std::any_of(ppCells_.begin(), ppCells_.end(), saysOtherwise)) {
         notes_.push_back(
@@ -399,41 +391,40 @@ void Conversion::AddPairs(DOMElement* matrix)
     }
 }
 
-void Conversion::AddPCovMatrix(DOMElement* model)
+void Conversion::AddPCovMatrix(Element model)
 {
-    const Elements cells = CellsOf(Old::XML_ELE_PCOV_MATRIX, Old::XML_ELE_PCOV_CELL);
-    if (cells.empty()) return;
+    const ElementRange cells = CellsOf(Old::XML_ELE_PCOV_MATRIX, Old::XML_ELE_PCOV_CELL);
+    if (cells.Empty()) return;
     if (type_->type != Type::Regression) {
         notes_.push_back("left out the pcov-matrix, which a model of this type doesn't read");
         return;
     }
     Elements unknown;
-    DOMElement* matrix = nullptr;
-    for (auto* cell : cells) {
+    Element matrix;
+    for (const Element cell : cells) {
         if (!IsParameter(cell, Old::XML_ATT_PCOV_P_ROW) ||
             !IsParameter(cell, Old::XML_ATT_PCOV_P_COL)) {
             unknown.push_back(cell);
             continue;
         }
-        if (matrix == nullptr) matrix = Add(model, Tags::XML_ELE_PCOV_MATRIX, {});
+        if (!matrix) matrix = Add(model, Tags::XML_ELE_PCOV_MATRIX, {});
         Add(matrix, Tags::XML_ELE_PCOV_CELL,
-            {{Tags::XML_ATT_PCC_PROW, AttributeText(cell, Old::XML_ATT_PCOV_P_ROW)},
-             {Tags::XML_ATT_PCC_PCOL, AttributeText(cell, Old::XML_ATT_PCOV_P_COL)},
-             {Tags::XML_ATT_PCC_VALUE, AttributeText(cell, Old::XML_ATT_VALUE)}});
+            {{Tags::XML_ATT_PCC_PROW, cell.Text(Old::XML_ATT_PCOV_P_ROW)},
+             {Tags::XML_ATT_PCC_PCOL, cell.Text(Old::XML_ATT_PCOV_P_COL)},
+             {Tags::XML_ATT_PCC_VALUE, cell.Text(Old::XML_ATT_VALUE)}});
     }
     NoteLeftOut(Old::XML_ELE_PCOV_MATRIX, unknown);
 }
 
-void Conversion::AddParamMatrix(DOMElement* model)
+void Conversion::AddParamMatrix(Element model)
 {
-    DOMElement* matrix = Add(model, Tags::XML_ELE_PARAM_MATRIX, {});
+    const Element matrix = Add(model, Tags::XML_ELE_PARAM_MATRIX, {});
     const bool hasCategories = type_->type != Type::Regression;
     const bool areNumbers = Variable(target_).GetValueType() == ScoreDictVar::NUMERIC;
     const std::set<std::string> rows = hasCategories ? Rows() : std::set<std::string>();
     Elements unknown;
-    for (auto* cell : CellsOf(Old::XML_ELE_P_TABLE, Old::XML_ELE_P_CELL)) {
-        const std::string category =
-            hasCategories ? AttributeText(cell, Old::XML_ATT_PC_TARGET_CAT) : "";
+    for (const Element cell : CellsOf(Old::XML_ELE_P_TABLE, Old::XML_ELE_P_CELL)) {
+        const std::string category = hasCategories ? cell.Text(Old::XML_ATT_PC_TARGET_CAT) : "";
         const bool hasRow =
             !hasCategories ||
             rows.contains(areNumbers ? NumericValue(category).GetString() : category);
@@ -442,10 +433,10 @@ void Conversion::AddParamMatrix(DOMElement* model)
             continue;
         }
         Add(matrix, Tags::XML_ELE_PCELL,
-            {{Tags::XML_ATT_PC_PARAMNAME, AttributeText(cell, Old::XML_ATT_PARAMETER_NAME)},
-             {Tags::XML_ATT_PC_BETA, AttributeText(cell, Old::XML_ATT_PC_BETA)}},
+            {{Tags::XML_ATT_PC_PARAMNAME, cell.Text(Old::XML_ATT_PARAMETER_NAME)},
+             {Tags::XML_ATT_PC_BETA, cell.Text(Old::XML_ATT_PC_BETA)}},
             {{Tags::XML_ATT_PC_TARGET_CAT, category},
-             {Tags::XML_ATT_PC_DF, AttributeText(cell, Old::XML_ATT_PC_DF)}});
+             {Tags::XML_ATT_PC_DF, cell.Text(Old::XML_ATT_PC_DF)}});
     }
     NoteLeftOut(Old::XML_ELE_P_TABLE, unknown);
 }
@@ -465,7 +456,7 @@ std::set<std::string> Conversion::Rows() const
 void Conversion::NoteLeftOut(const std::string& section, const Elements& cells)
 {
     if (cells.empty()) return;
-    const DocumentPlace place = PlaceOf(cells.front());
+    const DocumentPlace place = cells.front().Place();
     notes_.push_back("left out " + std::to_string(cells.size()) +
                      (cells.size() == 1 ? " cell" : " cells") + " of the " + section +
                      " that name a parameter or category which the model doesn't have, the first "
@@ -495,7 +486,7 @@ void ReadBack(const PublishedForm& published, const Plugin& plugin)
 
 PublishedForm ConvertLegacyDocument(const Document& document, const Plugin& plugin)
 {
-    if (IsPmmlRoot(document.GetTree().dom->getDocumentElement())) {
+    if (IsPmmlRoot(document.Root())) {
         throw Failure(FailureKind::Document, kAlreadyPublished, {document.File()});
     }
     try {

@@ -5,11 +5,7 @@
 #include <limits>
 #include <set>
 
-#include <xercesc/dom/DOM.hpp>
-
-#include "engine/documents/treetext.h"
-#include "engine/documents/treewriting.h"
-#include "host/documents/documentplace.h"
+#include "engine/documents/treefields.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/documents/zeltmodeltags.h"
 #include "host/messages/messages.h"
@@ -21,7 +17,6 @@ namespace MCVelscore_850 {
 
 namespace {
 
-using xercesc::DOMElement;
 using Old = ZELTModelTags;
 using Tags = PMMLModelTags;
 
@@ -78,15 +73,14 @@ bool IsContinuous(const ScoreDictVar& var)
 ValueList DeclaredValues(const LegacyVariable& variable)
 {
     ValueList values(IsNumeric(*variable.var));
-    for (const auto* part = variable.element->getFirstElementChild(); part != nullptr;
-         part = part->getNextElementSibling()) {
+    for (const Element part : variable.element.Children()) {
         // In the document's order: a value that is both counts as what it is first.
-        for (const auto* category : ChildElements(part, Old::XML_ELE_CATEGORY)) {
-            values.Add({AttributeText(category, Old::XML_ATT_VALUE),
-                        AttributeText(category, Old::XML_ATT_CA_DISPLAY_VALUE), false});
+        for (const Element category : part.Children(Old::XML_ELE_CATEGORY)) {
+            values.Add({category.Text(Old::XML_ATT_VALUE),
+                        category.Text(Old::XML_ATT_CA_DISPLAY_VALUE), false});
         }
-        for (const auto* missing : ChildElements(part, Old::XML_ATT_VALUE)) {
-            values.Add({AttributeText(missing, Old::XML_ATT_VALUE), "", true});
+        for (const Element missing : part.Children(Old::XML_ATT_VALUE)) {
+            values.Add({missing.Text(Old::XML_ATT_VALUE), "", true});
         }
     }
     return values;
@@ -109,12 +103,11 @@ std::vector<Range> MissingRanges(const LegacyVariable& variable)
 {
     std::vector<Range> ranges;
     if (!IsNumeric(*variable.var)) return ranges;
-    for (const auto* part : ChildElements(variable.element, Old::XML_ELE_MISSING_VALUES)) {
-        for (const auto* range : ChildElements(part, Old::XML_ELE_RANGE)) {
-            Range found{BoundOf(AttributeText(range, Old::XML_ATT_VS_MIN), Old::XML_VAL_VA_LOWEST,
-                                -kNoBound),
-                        BoundOf(AttributeText(range, Old::XML_ATT_VS_MAX), Old::XML_VAL_VA_HIGHEST,
-                                kNoBound)};
+    for (const Element part : variable.element.Children(Old::XML_ELE_MISSING_VALUES)) {
+        for (const Element range : part.Children(Old::XML_ELE_RANGE)) {
+            Range found{
+                BoundOf(range.Text(Old::XML_ATT_VS_MIN), Old::XML_VAL_VA_LOWEST, -kNoBound),
+                BoundOf(range.Text(Old::XML_ATT_VS_MAX), Old::XML_VAL_VA_HIGHEST, kNoBound)};
             if (found.low.number <= found.high.number) ranges.push_back(std::move(found));
         }
     }
@@ -131,16 +124,16 @@ std::vector<Range> MissingRanges(const LegacyVariable& variable)
     return merged;
 }
 
-void AddInterval(DOMElement* field, const Bound& low, const Bound& high)
+void AddInterval(Element field, const Bound& low, const Bound& high)
 {
-    DOMElement* interval = AddElement(field, "Interval");
-    SetAttributeText(interval, "closure", "openOpen");
-    if (!low.text.empty()) SetAttributeText(interval, "leftMargin", low.text);
-    if (!high.text.empty()) SetAttributeText(interval, "rightMargin", high.text);
+    const Element interval = field.Append("Interval");
+    interval.SetText("closure", "openOpen");
+    if (!low.text.empty()) interval.SetText("leftMargin", low.text);
+    if (!high.text.empty()) interval.SetText("rightMargin", high.text);
 }
 
 // The numbers in none of the ranges; false when there is none.
-bool AddIntervalsAround(DOMElement* field, const std::vector<Range>& ranges)
+bool AddIntervalsAround(Element field, const std::vector<Range>& ranges)
 {
     bool any = false;
     Bound reached{"", -kNoBound};
@@ -189,16 +182,7 @@ const char* OpTypeOf(ScoreDictVar::MeasureLevel level)
     return "categorical";
 }
 
-// How a field says that it accepts more than it lists.
-void AddAcceptance(DOMElement* field)
-{
-    DOMElement* extension = AddElement(field, Tags::XML_ELE_EXTENSION);
-    SetAttributeText(extension, Tags::XML_ATT_EXTENSION_EXTENDER, Tags::XML_VAL_EXTENSION_EXTENDER);
-    SetAttributeText(extension, Tags::XML_ATT_EXT_NAME, "unlistedCategories");
-    SetAttributeText(extension, Tags::XML_ATT_EXT_VALUE, "accept");
-}
-
-void AddMissingRanges(DOMElement* field, const LegacyVariable& variable, const ValueList& values,
+void AddMissingRanges(Element field, const LegacyVariable& variable, const ValueList& values,
                       ScoreDictVar::MeasureLevel level)
 {
     const std::vector<Range> ranges = MissingRanges(variable);
@@ -226,7 +210,7 @@ double NumberOf(const std::string& text)
     return number;
 }
 
-void AddDataField(DOMElement* dictionary, const LegacyVariable& variable)
+void AddDataField(Element dictionary, const LegacyVariable& variable)
 {
     const ScoreDictVar& var = *variable.var;
     const ScoreDictVar::MeasureLevel level = LevelOf(variable);
@@ -242,19 +226,19 @@ void AddDataField(DOMElement* dictionary, const LegacyVariable& variable)
         for (const std::string& text : variable.cellValues) values.Add({text, "", false});
     }
 
-    DOMElement* field = AddElement(dictionary, "DataField");
-    SetAttributeText(field, Tags::XML_ATT_NAME, var.GetName());
-    const std::string label = AttributeText(variable.element, Old::XML_ATT_LABEL);
-    if (!label.empty()) SetAttributeText(field, "displayName", label);
-    SetAttributeText(field, Tags::XML_ATT_DATAFIELD_OPTYPE, OpTypeOf(level));
-    SetAttributeText(field, "dataType", IsNumeric(var) ? "double" : "string");
-    if ((anyNumber || anyText) && !values.Get().empty()) AddAcceptance(field);
+    const Element field = dictionary.Append("DataField");
+    field.SetText(Tags::XML_ATT_NAME, var.GetName());
+    const std::string label = variable.element.Text(Old::XML_ATT_LABEL);
+    if (!label.empty()) field.SetText("displayName", label);
+    field.SetText(Tags::XML_ATT_DATAFIELD_OPTYPE, OpTypeOf(level));
+    field.SetText("dataType", IsNumeric(var) ? "double" : "string");
+    if ((anyNumber || anyText) && !values.Get().empty()) AcceptUnlisted(field);
     AddMissingRanges(field, variable, values, level);
     for (const DeclaredValue& value : values.Get()) {
-        DOMElement* element = AddElement(field, Tags::XML_ELE_VALUE);
-        SetAttributeText(element, Tags::XML_ATT_VALUE_VALUE, value.text);
-        if (!value.display.empty()) SetAttributeText(element, "displayValue", value.display);
-        if (value.missing) SetAttributeText(element, "property", "missing");
+        const Element element = field.Append(Tags::XML_ELE_VALUE);
+        element.SetText(Tags::XML_ATT_VALUE_VALUE, value.text);
+        if (!value.display.empty()) element.SetText("displayValue", value.display);
+        if (value.missing) element.SetText("property", "missing");
     }
 }
 

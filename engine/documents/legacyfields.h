@@ -4,11 +4,7 @@
 #include <string>
 #include <vector>
 
-#include <xercesc/util/XercesDefs.hpp>
-
-XERCES_CPP_NAMESPACE_BEGIN
-class DOMElement;
-XERCES_CPP_NAMESPACE_END
+#include "engine/documents/element.h"
 
 namespace MCVelscore_850 {
 
@@ -20,7 +16,7 @@ enum class FieldUse { None, MeanTarget, CategoryTarget, Factor, Covariate };
 
 /// A variable of a document in the older form.
 struct LegacyVariable {
-    const xercesc::DOMElement* element;
+    Element element;
     /// As the reader left it, with the categories that only cells name.
     const ScoreDictVar* var;
     FieldUse use = FieldUse::None;
@@ -36,7 +32,7 @@ double NumberOf(const std::string& text);
 /// then invalid instead of missing, which no model tells apart.
 ///
 /// Errors  VSException (kMissingRangeOfList) for a missing range that intervals can't say.
-void AddDataField(xercesc::DOMElement* dictionary, const LegacyVariable& variable);
+void AddDataField(Element dictionary, const LegacyVariable& variable);
 
 }  // namespace MCVelscore_850
 

@@ -5,6 +5,7 @@
 #include <ostream>
 #include <unordered_set>
 
+#include "engine/documents/audit/documentaudit.h"
 #include "engine/documents/documentadapter.h"
 #include "engine/documents/documentloader.h"
 #include "engine/documents/miningtreatments.h"
@@ -33,40 +34,97 @@ void RestoreTargetOrder(ModelDescription& description)
     std::rotate(quantities.begin() + 1, quantities.end() - 1, quantities.end());
 }
 
+const Finding& FirstFault(const Findings& findings)
+{
+    const auto& kept = findings.Kept();
+    return *std::find_if(kept.begin(), kept.end(),
+                         [](const Finding& finding) { return finding.answer == Answer::Fault; });
+}
+
+void RefuseFaults(Findings& findings, const std::string& file)
+{
+    if (findings.CountOf(Answer::Fault) == 0) return;
+    findings.Sort();
+    throw DocumentFaults(std::move(findings), file);
+}
+
 }  // namespace
 
-DocumentFailure::DocumentFailure(const VSException& refusal, std::string file)
+DocumentFailure::DocumentFailure(const VSException& refusal, std::string file, Findings found)
     : Failure(FailureKind::Document, refusal.GetErrorCode(), refusal.GetArguments()),
       file_(std::move(file)),
       line_(refusal.GetPlace().line),
       column_(refusal.GetPlace().column),
-      path_(refusal.GetPlace().path)
+      path_(refusal.GetPlace().path),
+      found_(std::move(found))
+{
+    found_.Sort();
+}
+
+DocumentFailure::DocumentFailure(std::string file, const Finding& fault, Findings found)
+    : Failure(FailureKind::Document, kDocumentFault, {fault.text, std::string(fault.rule->name)},
+              fault.remedy),
+      file_(std::move(file)),
+      line_(fault.place.line),
+      column_(fault.place.column),
+      path_(fault.place.path),
+      found_(std::move(found))
 {}
 
 DocumentFailure::~DocumentFailure() = default;
+
+DocumentFaults::DocumentFaults(Findings findings, std::string file)
+    : DocumentFailure(std::move(file), FirstFault(findings), findings)
+{}
+
+DocumentFaults::~DocumentFaults() = default;
 
 LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> plugin,
                          const LoadOptions& options)
     : plugin_(std::move(plugin))
 {
-    Document document = LoadDocument(path, {}, options.digest ? &sha256_ : nullptr);
+    Document document = LoadDocument(
+        path, {}, {.sha256 = options.digest ? &sha256_ : nullptr, .text = options.text});
+    Read(document, options);
+}
+
+LoadedModel::LoadedModel(Document& document, std::shared_ptr<const Plugin> plugin,
+                         const LoadOptions& options)
+    : plugin_(std::move(plugin))
+{
+    Read(document, options);
+}
+
+void LoadedModel::Read(Document& document, const LoadOptions& options)
+{
     file_ = document.File();
     bool rotatedTarget = false;
+    const auto note = [&](std::vector<Adaptation> adaptations) {
+        for (Adaptation& adaptation : adaptations) {
+            findings_.AddAdapted(*adaptation.rule, adaptation.place, adaptation.change);
+            rotatedTarget |= adaptation.rotatedTarget;
+            std::move(adaptation.listedByCells.begin(), adaptation.listedByCells.end(),
+                      std::back_inserter(listedByCells_));
+            if (!adaptation.family.empty()) translatedFamily_ = std::move(adaptation.family);
+        }
+    };
+    DocumentAudit audit(document, options.allowed, findings_);
     try {
         if (!options.asIs) {
-            for (Adaptation& adaptation : AdaptDocument(document)) {
-                adaptations_.push_back(adaptation.ToString());
-                rotatedTarget |= adaptation.rotatedTarget;
-                std::move(adaptation.listedByCells.begin(), adaptation.listedByCells.end(),
-                          std::back_inserter(listedByCells_));
-            }
+            note(AdaptNames(document));
+            audit.LookAtNames();
+            note(AdaptDocument(document));
+            audit.LookAtTree();
+            RefuseFaults(findings_, file_);
         }
         treatments_ = ReadMiningTreatments(document);
         model_ = ReadModel(*plugin_, document);
         if (options.output != OutputColumns::Own) output_ = ReadOutputSection(document, *model_);
         if (options.verification) verification_ = ReadVerification(document);
     } catch (const VSException& refusal) {
-        throw DocumentFailure(refusal, file_);
+        // A fault that was found before may be why.
+        RefuseFaults(findings_, file_);
+        throw DocumentFailure(refusal, file_, std::move(findings_));
     }
     if (options.output == OutputColumns::Document && !output_) {
         throw Failure(FailureKind::Document, kNoOutputSection, {file_});
@@ -74,11 +132,25 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
     if (options.verification && !verification_) {
         throw Failure(FailureKind::Document, kNoVerification, {file_});
     }
-    model_->Describe(description_);
+    Describe();
+    if (!options.asIs) {
+        audit.LookAtModel(description_);
+        RefuseFaults(findings_, file_);
+        findings_.Sort();
+    }
     if (rotatedTarget) RestoreTargetOrder(description_);
 }
 
 LoadedModel::~LoadedModel() = default;
+
+std::vector<std::string> LoadedModel::Lines(Answer answer) const
+{
+    std::vector<std::string> lines;
+    for (const Finding& finding : findings_.Kept()) {
+        if (finding.answer == answer) lines.push_back(finding.ToString());
+    }
+    return lines;
+}
 
 void LoadedModel::SetPolicy(MissingPolicy policy)
 {
@@ -105,9 +177,17 @@ void LoadedModel::SetConfidenceLevel(double level)
 {
     model_->SetConfidenceLevel(level);
     // A model with limits predicts no categories, whose order would have to be restored.
-    ModelDescription description;
-    model_->Describe(description);
-    description_ = std::move(description);
+    Describe();
+}
+
+void LoadedModel::Describe()
+{
+    description_ = {};
+    model_->Describe(description_);
+    if (translatedFamily_.empty()) return;
+    description_.family = translatedFamily_;
+    description_.className = "RegressionModel";
+    description_.distribution.clear();  // a RegressionModel has none
 }
 
 std::vector<std::string> LoadedModel::ColumnsOf(const ModelDescription& description) const

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/documents/audit/finding.h"
 #include "engine/documents/miningtreatment.h"
 #include "engine/documents/plugin.h"
 #include "engine/messages/failure.h"
@@ -13,6 +14,7 @@
 
 namespace MCVelscore_850 {
 
+class Document;
 class ScoreModel;
 class VSException;
 struct OutputSection;
@@ -22,7 +24,8 @@ struct VerificationTable;
 /// refuses is a plain Failure, whose text tells the place.
 class DocumentFailure : public Failure {
 public:
-    DocumentFailure(const VSException& refusal, std::string file);
+    /// `found` is what adapter and audit had told before the refusal.
+    DocumentFailure(const VSException& refusal, std::string file, Findings found = {});
     ~DocumentFailure() override;
 
     const std::string& File() const { return file_; }
@@ -31,12 +34,27 @@ public:
     unsigned long Column() const { return column_; }
     /// The element's path from the root; empty when unknown.
     const std::string& ElementPath() const { return path_; }
+    /// What adapter and audit told of the document, by place.
+    const Findings& Found() const { return found_; }
+
+protected:
+    /// The first fault of `found` is what is told first.
+    DocumentFailure(std::string file, const Finding& fault, Findings found);
 
 private:
     std::string file_;
     unsigned long line_ = 0;
     unsigned long column_ = 0;
     std::string path_;
+    Findings found_;
+};
+
+/// A document that the audit refused: the first fault's place and text, and all that was found.
+class DocumentFaults : public DocumentFailure {
+public:
+    /// `findings` are sorted and hold a fault.
+    DocumentFaults(Findings findings, std::string file);
+    ~DocumentFaults() override;
 };
 
 /// What a model does with a predictor value that is missing or not valid.
@@ -51,19 +69,24 @@ enum class MissingPolicy {
 enum class OutputColumns { Own, DocumentIfAny, Document };
 
 struct LoadOptions {
-    /// Leaves the document as it is, without the adaptations.
+    /// Leaves the document as it is, without adaptations and audit.
     bool asIs = false;
+    /// Rules of the audit whose faults are to be notices; names that FindAuditRule() knows.
+    std::vector<std::string> allowed{};
     OutputColumns output = OutputColumns::Own;
     /// Reads the ModelVerification section too; a document without one is refused with
     /// kNoVerification.
     bool verification = false;
     /// Keeps the digest of the document's bytes.
     bool digest = false;
+    /// Unless null, becomes the document in UTF-8, also where it is refused later on.
+    std::string* text = nullptr;
 };
 
 /// A model, read from its document by the plug-in.
 ///
-/// Errors  Failure of kind Document, a DocumentFailure when the reader refuses.
+/// Errors  Failure of kind Document: a DocumentFaults when the audit refuses, another
+///         DocumentFailure when the reader does.
 /// Owner   keeps the plug-in open; results made by the model must be gone before it is.
 /// Threads one thread at a time.
 class LoadedModel {
@@ -71,14 +94,20 @@ public:
     /// `path` "-" is standard input.
     LoadedModel(const std::string& path, std::shared_ptr<const Plugin> plugin,
                 const LoadOptions& options = {});
+    /// Of a document at hand, which is adapted; without digest and text.
+    LoadedModel(Document& document, std::shared_ptr<const Plugin> plugin,
+                const LoadOptions& options = {});
     LoadedModel(const LoadedModel&) = delete;
     LoadedModel& operator=(const LoadedModel&) = delete;
     ~LoadedModel();
 
     /// How messages call the document.
     const std::string& File() const { return file_; }
-    /// What was adapted, a line each.
-    const std::vector<std::string>& Adaptations() const { return adaptations_; }
+    /// What the adapter and the audit found, by place; no faults but allowed ones, as notices.
+    const Findings& DocumentFindings() const { return findings_; }
+    /// What was adapted, and what else was noticed, a line each.
+    std::vector<std::string> Adaptations() const { return Lines(Answer::Adapted); }
+    std::vector<std::string> Notices() const { return Lines(Answer::Notice); }
     ScoreModel& Model() { return *model_; }
     const ScoreModel& Model() const { return *model_; }
     /// Until this is called the model's own policy stands: reading a document may have set one.
@@ -114,11 +143,16 @@ public:
     void Display(std::ostream& out) const;
 
 private:
+    void Read(Document& document, const LoadOptions& options);
+    std::vector<std::string> Lines(Answer answer) const;
+    void Describe();
+
     std::shared_ptr<const Plugin> plugin_;  // first: its code outlives the model
     std::string file_;
     std::string sha256_;
-    std::vector<std::string> adaptations_;
+    Findings findings_;
     std::vector<std::string> listedByCells_;
+    std::string translatedFamily_;  // of a RegressionModel; empty for any other model
     std::vector<MiningFieldTreatment> treatments_;
     std::unique_ptr<ScoreModel> model_;
     bool substitutes_ = true;

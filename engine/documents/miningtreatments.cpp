@@ -1,14 +1,11 @@
 #include "engine/documents/miningtreatments.h"
 
-#include "engine/documents/documenttree.h"
-#include "engine/documents/treetext.h"
-#include "host/documents/pmmlmodeltags.h"
+#include "engine/documents/documentloader.h"
+#include "engine/documents/treefields.h"
 
 namespace MCVelscore_850 {
 
 namespace {
-
-using xercesc::DOMElement;
 
 // The attributes of a MiningField that are kept, and where. The plug-in's reader knows the last one
 // too, for continuous fields.
@@ -29,12 +26,10 @@ const Attribute kAttributes[] = {
 std::vector<MiningFieldTreatment> ReadMiningTreatments(const Document& document)
 {
     std::vector<MiningFieldTreatment> treatments;
-    const DOMElement* model = ModelElement(document.GetTree().dom->getDocumentElement());
-    const DOMElement* schema = ChildElement(model, PMMLModelTags::XML_ELE_MININGSCHEMA);
-    for (const DOMElement* field : ChildElements(schema, PMMLModelTags::XML_ELE_MININGFIELD)) {
+    for (const Element field : MiningFields(document.Root())) {
         MiningFieldTreatment treatment;
         for (const Attribute& attribute : kAttributes) {
-            treatment.*attribute.member = AttributeText(field, attribute.name);
+            treatment.*attribute.member = field.Text(attribute.name);
         }
         treatments.push_back(std::move(treatment));
     }

@@ -1,19 +1,15 @@
 #include "engine/documents/modelreading.h"
 
-#include <algorithm>
-#include <iterator>
 #include <string>
 #include <string_view>
 
-#include <xercesc/dom/DOM.hpp>
-
 #include "engine/documents/documenttree.h"
+#include "engine/documents/element.h"
+#include "engine/documents/modelelement.h"
+#include "engine/documents/names.h"
 #include "engine/documents/plugin.h"
-#include "engine/documents/treetext.h"
 #include "host/documents/basetranslator.h"
-#include "host/documents/documentplace.h"
 #include "host/documents/pmmlmodeltags.h"
-#include "host/documents/veltranscoder.h"
 #include "host/messages/messages.h"
 #include "host/model/scoremodel.h"
 
@@ -43,66 +39,54 @@ constexpr std::string_view kOtherModels[] = {
     "TreeModel",
 };
 
+// The reader would say only that its own element is missing.
+void ExpectNoOtherModel(Element root)
+{
+    if (!IsPmmlRoot(root)) return;
+    Element other;
+    for (const Element child : root.Children()) {
+        const std::string tag = child.Tag();
+        if (LocalNameOf(tag) == PMMLModelTags::XML_ELE_REGRESSMODEL) return;
+        if (!other && IsOneOf(LocalNameOf(tag), kOtherModels)) other = child;
+    }
+    if (other) RefuseAt(other, kOtherModel, std::string(LocalNameOf(other.Tag())).c_str());
+}
+
+// Extensions hold what they like, and the columns of a table are names of the document's own.
+const std::string_view kHoldersOfFreeNames[] = {PMMLModelTags::XML_ELE_EXTENSION, "InlineTable"};
+
+// Refuses the first element whose prefix nothing declares: it is none of PMML, so the reader
+// doesn't see it and complains of something else.
+void ExpectPrefixesDeclared(Element element)
+{
+    const std::string tag = element.Tag();
+    const std::string prefix(PrefixOf(tag));
+    if (!prefix.empty() && prefix != "xml" && !NamespaceOf(element, prefix)) {
+        RefuseAt(element, kUndeclaredPrefix, prefix.c_str(), tag.c_str());
+    }
+    if (IsOneOf(LocalNameOf(tag), kHoldersOfFreeNames)) return;
+    // The guard bounds the depth, and with it this recursion.
+    for (const Element child : element.Children()) ExpectPrefixesDeclared(child);
+}
+
+}  // namespace
+
 bool IsOtherModel(std::string_view tag)
 {
     return std::find(std::begin(kOtherModels), std::end(kOtherModels), LocalNameOf(tag)) !=
            std::end(kOtherModels);
 }
 
-// The reader would say only that its own element is missing.
-void ExpectNoOtherModel(const xercesc::DOMElement* root)
-{
-    if (!IsPmmlRoot(root)) return;
-    const xercesc::DOMElement* other = nullptr;
-    for (const auto* child = root->getFirstElementChild(); child != nullptr;
-         child = child->getNextElementSibling()) {
-        const std::string tag = Utf8FromXml(child->getTagName());
-        if (LocalNameOf(tag) == PMMLModelTags::XML_ELE_REGRESSMODEL) return;
-        if (other == nullptr && IsOtherModel(tag)) other = child;
-    }
-    if (other != nullptr) {
-        const std::string tag = Utf8FromXml(other->getTagName());
-        RefuseAt(other, kOtherModel, std::string(LocalNameOf(tag)).c_str());
-    }
-}
-
-// Extensions hold what they like, and the columns of a table are names of the document's own.
-bool HoldsFreeNames(const std::string& tag)
-{
-    const std::string_view name = LocalNameOf(tag);
-    return name == PMMLModelTags::XML_ELE_EXTENSION || name == "InlineTable";
-}
-
-// Refuses the first element whose prefix nothing declares: it is none of PMML, so the reader
-// doesn't see it and complains of something else.
-void ExpectPrefixesDeclared(const xercesc::DOMElement* element)
-{
-    const std::string tag = Utf8FromXml(element->getTagName());
-    const std::string prefix(PrefixOf(tag));
-    if (!prefix.empty() && prefix != "xml" && !NamespaceOf(element, prefix)) {
-        RefuseAt(element, kUndeclaredPrefix, prefix.c_str(), tag.c_str());
-    }
-    if (HoldsFreeNames(tag)) return;
-    // The guard bounds the depth, and with it this recursion.
-    for (const auto* child = element->getFirstElementChild(); child != nullptr;
-         child = child->getNextElementSibling()) {
-        ExpectPrefixesDeclared(child);
-    }
-}
-
-}  // namespace
-
 std::unique_ptr<ScoreModel> ReadModel(const Plugin& plugin, const Document& document)
 {
-    const xercesc::DOMElement* root = document.GetTree().dom->getDocumentElement();
-    ExpectNoOtherModel(root);
+    ExpectNoOtherModel(document.Root());
     const std::unique_ptr<BaseTranslator> reader = plugin.MakeReader();
     try {
         // An empty encoding keeps the model's texts in UTF-8, as tables are read.
         return std::unique_ptr<ScoreModel>(
             reader->ParseFromTree(document.GetTree().dom.get(), std::string()));
     } catch (const VSException&) {
-        ExpectPrefixesDeclared(root);
+        ExpectPrefixesDeclared(document.Root());
         throw;
     }
 }

@@ -1,18 +1,14 @@
 #include "engine/documents/outputsection.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
-#include <unordered_map>
 
-#include <xercesc/dom/DOM.hpp>
-
-#include "engine/documents/documenttree.h"
+#include "engine/documents/documentloader.h"
+#include "engine/documents/names.h"
 #include "engine/documents/treefields.h"
-#include "engine/documents/treetext.h"
-#include "host/documents/documentplace.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/documents/pmmltranslator.h"
-#include "host/documents/veltranscoder.h"
 #include "host/expressions/transformvar.h"
 #include "host/messages/messages.h"
 #include "host/messages/vsexception.h"
@@ -22,19 +18,20 @@
 
 namespace MCVelscore_850 {
 
-using xercesc::DOMElement;
 using Tags = PMMLModelTags;
 using Feature = OutputField::Feature;
 
 namespace {
 
-const std::string kDerivedField = "DerivedField";
-const std::string kDefineFunction = "DefineFunction";
-const std::string kDataType = "dataType";
-const std::string kCategorical = "categorical";
+// What an OutputField holds beside its expression.
+const std::string_view kNoExpressions[] = {Tags::XML_ELE_EXTENSION, Tags::XML_ELE_VALUE,
+                                           "Decisions"};
+// The expressions that yield texts where nothing else is said.
+constexpr std::string_view kTextExpressions[] = {"MapValues", "Discretize"};
+constexpr std::string_view kTextTypes[] = {"string", "boolean"};
 
 struct FeatureRow {
-    const char* word;
+    std::string_view word;
     Feature feature;
 };
 
@@ -64,100 +61,62 @@ public:
 };
 
 // The expression of an output field; null without one.
-const DOMElement* ExpressionOf(const DOMElement* field)
+Element ExpressionOf(Element field)
 {
-    for (const auto* child = field->getFirstElementChild(); child != nullptr;
-         child = child->getNextElementSibling()) {
-        const std::string tag = Utf8FromXml(child->getTagName());
-        if (tag != Tags::XML_ELE_EXTENSION && tag != Tags::XML_ELE_VALUE && tag != "Decisions") {
-            return child;
-        }
+    for (const Element child : field.Children()) {
+        if (!IsOneOf(child.Tag(), kNoExpressions)) return child;
     }
-    return nullptr;
+    return {};
 }
 
 // The type of what an expression yields, where neither it nor the field says so.
-std::string TypeOf(const DOMElement* field, const DOMElement* expression)
+std::string TypeOf(Element field, Element expression)
 {
-    for (const DOMElement* element : {field, expression}) {
-        std::string type = AttributeText(element, kDataType);
+    for (const Element element : {field, expression}) {
+        std::string type = element.Text("dataType");
         if (!type.empty()) return type;
     }
-    const std::string tag = Utf8FromXml(expression->getTagName());
-    const bool text = tag == "MapValues" || tag == "Discretize";
-    return text ? "string" : "double";
+    return IsOneOf(expression.Tag(), kTextExpressions) ? "string" : "double";
 }
 
-bool IsTextType(const std::string& dataType)
+Feature FeatureOf(Element element)
 {
-    return dataType == "string" || dataType == "boolean";
+    const std::string word = element.Text("feature");
+    const auto* row = std::find_if(std::begin(kFeatures), std::end(kFeatures),
+                                   [&](const FeatureRow& each) { return each.word == word; });
+    if (row != std::end(kFeatures)) return row->feature;
+    RefuseAt(element, kOutputFeature, word.c_str(), element.Text(Tags::XML_ATT_NAME).c_str());
 }
 
-// A section of transformations beside the document's tree, made of copies of its elements; released
-// at the end. It knows which element of the document each one stands for.
-class ExpressionSection {
-public:
-    explicit ExpressionSection(xercesc::DOMDocument* tree)
-        : tree_(tree),
-          section_(tree->createElement(XmlFromUtf8(Tags::XML_ELE_LOCALTRANSFORMATIONS).c_str()))
-    {}
-    ExpressionSection(const ExpressionSection&) = delete;
-    ExpressionSection& operator=(const ExpressionSection&) = delete;
-    ~ExpressionSection() { section_->release(); }
-
-    DOMElement* Get() const { return section_; }
-    void AddFunction(const DOMElement* function) { AppendCopy(section_, function); }
-    // A derived field for the output field that has this expression; its attributes are to be set.
-    DOMElement* AddField(const DOMElement* outputField, const DOMElement* expression)
-    {
-        DOMElement* field = tree_->createElement(XmlFromUtf8(kDerivedField).c_str());
-        section_->appendChild(field);
-        sources_.emplace(field, outputField);
-        AppendCopy(field, expression);
-        return field;
-    }
-    // An element of the document stands for itself.
-    const DOMElement* SourceOf(const DOMElement* element) const
-    {
-        const auto found = sources_.find(element);
-        return found == sources_.end() ? element : found->second;
-    }
-
-private:
-    void AppendCopy(DOMElement* parent, const DOMElement* source)
-    {
-        auto* copy = static_cast<DOMElement*>(tree_->importNode(source, true));
-        parent->appendChild(copy);
-        NoteSources(copy, source);
-    }
-    // The guard bounds the depth, and with it this recursion.
-    void NoteSources(const DOMElement* copy, const DOMElement* source)
-    {
-        sources_.emplace(copy, source);
-        const DOMElement* child = source->getFirstElementChild();
-        for (const auto* each = copy->getFirstElementChild(); each != nullptr;
-             each = each->getNextElementSibling(), child = child->getNextElementSibling()) {
-            NoteSources(each, child);
-        }
-    }
-
-    xercesc::DOMDocument* tree_;
-    DOMElement* section_;
-    std::unordered_map<const DOMElement*, const DOMElement*> sources_;
-};
-
-Feature FeatureOf(const DOMElement* element)
+OutputField FieldOf(Element element)
 {
-    const std::string word = AttributeText(element, "feature");
-    for (const FeatureRow& row : kFeatures) {
-        if (word == row.word) return row.feature;
+    OutputField field;
+    field.name = element.Text(Tags::XML_ATT_NAME);
+    field.feature = FeatureOf(element);
+    field.category = element.Text(Tags::XML_ATT_VALUE);
+    return field;
+}
+
+// The derived field that an output field with an expression is.
+DerivedDeclaration DeclarationOf(Element element)
+{
+    DerivedDeclaration declared;
+    declared.name = element.Text(Tags::XML_ATT_NAME);
+    declared.element = element.Dom();
+    const Element expression = ExpressionOf(element);
+    if (!expression) RefuseAt(element, kExpressionMissing, declared.name.c_str());
+    declared.expression = expression.Dom();
+    declared.dataType = TypeOf(element, expression);
+    declared.optype = element.Text(Tags::XML_ATT_DATAFIELD_OPTYPE);
+    if (declared.optype.empty()) {
+        const bool isText = IsOneOf(declared.dataType, kTextTypes);
+        declared.optype = isText ? "categorical" : Tags::XML_VAL_OT_CONTINUOUS;
     }
-    RefuseAt(element, kOutputFeature, word.c_str(),
-             AttributeText(element, Tags::XML_ATT_NAME).c_str());
+    return declared;
 }
 
 // The declared categories' words for people, the Target's before the field's own.
-std::map<std::string, std::string> DisplayValues(const DOMElement* root, const ScoreModel& model)
+std::map<std::string, std::string> DisplayValues(Element root, const ScoreModel& model)
 {
     std::map<std::string, std::string> display;
     const auto* target = dynamic_cast<const DictVar*>(model.GetTargetVar());
@@ -166,9 +125,9 @@ std::map<std::string, std::string> DisplayValues(const DOMElement* root, const S
             display.emplace(value, text);
         }
     }
-    for (const DOMElement* value : ValidValues(TargetDataField(root))) {
-        const std::string text = AttributeText(value, "displayValue");
-        if (!text.empty()) display.emplace(AttributeText(value, Tags::XML_ATT_VALUE), text);
+    for (const Element value : ValidValues(TargetDataField(root))) {
+        const std::string text = value.Text("displayValue");
+        if (!text.empty()) display.emplace(value.Text(Tags::XML_ATT_VALUE), text);
     }
     return display;
 }
@@ -210,76 +169,67 @@ void AddFields(BaseDictionary& dictionary, const ScoreModel& model,
     }
 }
 
+void ReadExpressions(const std::vector<DerivedDeclaration>& declared, Element model,
+                     OutputSection& section)
+{
+    ExpressionReader reader;
+    try {
+        section.expressions.reset(
+            reader.ReadDerivedFields(declared, model.Dom(), section.dictionary.get()));
+    } catch (VSException& refusal) {
+        refusal.SetPlace(PlaceOf(reader.CurrentElement()));
+        throw VSException(refusal);
+    }
+    for (OutputField& field : section.fields) {
+        if (field.feature != Feature::Expression) continue;
+        field.expression =
+            static_cast<const TransformVar*>(section.expressions->GetVar(field.name));
+    }
+}
+
+// The fields of the data that the section reads, in the order of their names.
+std::vector<std::string> InputsOf(const OutputSection& section, const ScoreModel& model,
+                                  const std::set<std::string>& outputNames)
+{
+    std::set<std::string> inputs;
+    for (const OutputField& field : section.fields) {
+        if (field.feature == Feature::Residual && model.GetTargetVar() != nullptr) {
+            inputs.insert(model.GetTargetVar()->GetName());
+        }
+        if (field.expression == nullptr) continue;
+        for (const ScoreDictVar* input : field.expression->Inputs()) {
+            if (!outputNames.contains(input->GetName())) inputs.insert(input->GetName());
+        }
+    }
+    return {inputs.begin(), inputs.end()};
+}
+
 }  // namespace
 
 std::unique_ptr<OutputSection> ReadOutputSection(const Document& document, const ScoreModel& model)
 {
-    xercesc::DOMDocument* tree = document.GetTree().dom.get();
-    const DOMElement* root = tree->getDocumentElement();
-    const DOMElement* modelElement = ModelElement(root);
-    const DOMElement* output = ChildElement(modelElement, "Output");
-    if (output == nullptr) return nullptr;
+    const Element root = document.Root();
+    const Element output = ModelElement(root).Child("Output");
+    if (!output) return nullptr;
 
     auto section = std::make_unique<OutputSection>();
     section->displayValues = DisplayValues(root, model);
     section->dictionary = std::make_unique<BaseDictionary>();
-
-    // The document's own section of functions is read with any other.
-    ExpressionSection expressions(tree);
-    for (const DOMElement* function : ChildElements(
-             ChildElement(modelElement, Tags::XML_ELE_LOCALTRANSFORMATIONS), kDefineFunction)) {
-        expressions.AddFunction(function);
-    }
-    const auto elements = ChildElements(output, "OutputField");
-    std::set<std::string> names;
-    for (const DOMElement* element : elements) {
-        names.insert(AttributeText(element, Tags::XML_ATT_NAME));
-    }
+    const ElementRange elements = output.Children("OutputField");
+    const std::set<std::string> names = NamesOf(elements);
     AddFields(*section->dictionary, model, names);
-    for (const DOMElement* element : elements) {
-        OutputField field;
-        field.name = AttributeText(element, Tags::XML_ATT_NAME);
-        field.feature = FeatureOf(element);
-        field.category = AttributeText(element, Tags::XML_ATT_VALUE);
-        const DOMElement* expression = ExpressionOf(element);
+    std::vector<DerivedDeclaration> declared;
+    for (const Element element : elements) {
+        OutputField field = FieldOf(element);
         if (field.feature == Feature::Expression) {
-            if (expression == nullptr) RefuseAt(element, kExpressionMissing, field.name.c_str());
-            const std::string type = TypeOf(element, expression);
-            const std::string optype = AttributeText(element, Tags::XML_ATT_DATAFIELD_OPTYPE);
-            DOMElement* derived = expressions.AddField(element, expression);
-            SetAttributeText(derived, Tags::XML_ATT_NAME, field.name);
-            SetAttributeText(derived, kDataType, type);
-            SetAttributeText(derived, Tags::XML_ATT_DATAFIELD_OPTYPE,
-                             !optype.empty()    ? optype
-                             : IsTextType(type) ? kCategorical
-                                                : Tags::XML_VAL_OT_CONTINUOUS);
+            declared.push_back(DeclarationOf(element));
         } else if (!section->dictionary->AddVar(field.name, VariableOf(field, model).release())) {
             RefuseAt(element, kDuplicateField, field.name.c_str());
         }
         section->fields.push_back(std::move(field));
     }
-
-    ExpressionReader reader;
-    try {
-        section->expressions.reset(
-            reader.HandleTransformationDictionary(expressions.Get(), section->dictionary.get()));
-    } catch (VSException& refusal) {
-        refusal.SetPlace(PlaceOf(expressions.SourceOf(reader.CurrentElement())));
-        throw VSException(refusal);
-    }
-    std::set<std::string> inputs;
-    for (OutputField& field : section->fields) {
-        if (field.feature == Feature::Residual && model.GetTargetVar() != nullptr) {
-            inputs.insert(model.GetTargetVar()->GetName());
-        }
-        if (field.feature != Feature::Expression) continue;
-        field.expression =
-            static_cast<const TransformVar*>(section->expressions->GetVar(field.name));
-        for (const ScoreDictVar* input : field.expression->Inputs()) {
-            if (!names.contains(input->GetName())) inputs.insert(input->GetName());
-        }
-    }
-    section->inputs.assign(inputs.begin(), inputs.end());
+    ReadExpressions(declared, ModelElement(root), *section);
+    section->inputs = InputsOf(*section, model, names);
     return section;
 }
 

@@ -1,42 +1,40 @@
 #ifndef VELSCORE_ENGINE_DOCUMENTS_TREEFIELDS_H
 #define VELSCORE_ENGINE_DOCUMENTS_TREEFIELDS_H
 
-#include <optional>
+#include <set>
 #include <string>
-#include <vector>
+#include <string_view>
 
-#include <xercesc/util/XercesDefs.hpp>
-
-#include "host/model/modelfamilies.h"
-
-XERCES_CPP_NAMESPACE_BEGIN
-class DOMElement;
-XERCES_CPP_NAMESPACE_END
+#include "engine/documents/element.h"
+#include "engine/documents/modelelement.h"
 
 namespace MCVelscore_850 {
 
 /// The DataFields of a document's dictionary, in order.
-std::vector<xercesc::DOMElement*> DataFields(const xercesc::DOMElement* root);
+ElementRange DataFields(Element root);
+/// The DataFields, then the DerivedFields of both transformation sections.
+Elements DataAndDerivedFields(Element root);
 /// The fields of the model's mining schema, in order; those within extensions not among them.
-std::vector<xercesc::DOMElement*> MiningFields(const xercesc::DOMElement* root);
+ElementRange MiningFields(Element root);
 /// The Predictor elements of a FactorList or CovariateList, in order.
-std::vector<xercesc::DOMElement*> Predictors(const xercesc::DOMElement* root,
-                                             const std::string& list);
-/// The family that the document's model asks for, before what its distribution and link decide.
-std::optional<FamilyCode> FamilyOfModel(const xercesc::DOMElement* root,
-                                        const xercesc::DOMElement* model);
-/// True where that family reads contrast matrices.
-bool TakesContrasts(const xercesc::DOMElement* root);
+ElementRange Predictors(Element root, std::string_view list);
+/// The names of elements, each once.
+std::set<std::string> NamesOf(ElementRange elements);
 /// The DataField of the model's target: the one of the mining schema, else the one that the model
 /// names; null without one.
-xercesc::DOMElement* TargetDataField(const xercesc::DOMElement* root);
+Element TargetDataField(Element root);
 /// The Value elements of a field that declare a valid value; none for a null field.
-std::vector<xercesc::DOMElement*> ValidValues(const xercesc::DOMElement* field);
+Elements ValidValues(Element field);
 /// A key that two texts share when they are the same category of the field: the text itself, or its
 /// number in a field of numbers.
-std::string CategoryKey(const xercesc::DOMElement* field, const std::string& text);
+std::string CategoryKey(Element field, const std::string& text);
+std::string CategoryKey(const std::string& dataType, const std::string& text);
 /// True for the data types whose values are numbers.
-bool IsNumericType(const std::string& dataType);
+bool IsNumericType(std::string_view dataType);
+/// Adds the dictionary's own extension by which a field takes values that it doesn't list.
+void AcceptUnlisted(Element field);
+/// True where the field has that extension.
+bool AcceptsUnlisted(Element field);
 
 }  // namespace MCVelscore_850
 

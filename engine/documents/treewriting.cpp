@@ -1,8 +1,10 @@
 #include "engine/documents/treewriting.h"
 
+#include <algorithm>
 #include <memory>
 
 #include <xercesc/framework/MemBufFormatTarget.hpp>
+#include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
 #include "host/documents/veltranscoder.h"
@@ -19,6 +21,12 @@ struct Release {
     }
 };
 
+bool IsBlank(const XMLCh* text)
+{
+    return std::all_of(text, text + xercesc::XMLString::stringLen(text),
+                       [](XMLCh c) { return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r'; });
+}
+
 xercesc::DOMImplementation& Implementation()
 {
     return *xercesc::DOMImplementationRegistry::getDOMImplementation(XmlFromUtf8("LS").c_str());
@@ -32,26 +40,37 @@ OwnedTree NewTree(const std::string& nameSpace, const std::string& root)
                                                      XmlFromUtf8(root).c_str(), nullptr));
 }
 
-xercesc::DOMElement* AddElement(xercesc::DOMElement* parent, const std::string& tag)
+void DropIndentation(Element element)
 {
-    xercesc::DOMElement* element = parent->getOwnerDocument()->createElementNS(
-        parent->getNamespaceURI(), XmlFromUtf8(tag).c_str());
-    parent->appendChild(element);
-    return element;
+    if (element.Children().Empty()) return;  // its text is content
+    // The guard bounds the depth, and with it this recursion.
+    for (const Element child : element.Children()) DropIndentation(child);
+    for (xercesc::DOMNode* node = element.Dom()->getFirstChild(); node != nullptr;) {
+        xercesc::DOMNode* next = node->getNextSibling();
+        if (node->getNodeType() == xercesc::DOMNode::TEXT_NODE && IsBlank(node->getNodeValue())) {
+            element.Dom()->removeChild(node)->release();
+        }
+        node = next;
+    }
 }
 
-std::string TreeText(const xercesc::DOMDocument& tree)
+std::string TreeText(const xercesc::DOMDocument& tree, TreeForm form)
 {
     xercesc::DOMImplementation& implementation = Implementation();
     const std::unique_ptr<xercesc::DOMLSSerializer, Release> serializer(
         implementation.createLSSerializer());
-    serializer->getDomConfig()->setParameter(xercesc::XMLUni::fgDOMWRTFormatPrettyPrint, true);
+    serializer->getDomConfig()->setParameter(xercesc::XMLUni::fgDOMWRTFormatPrettyPrint,
+                                             form == TreeForm::Indented);
     const std::unique_ptr<xercesc::DOMLSOutput, Release> output(implementation.createLSOutput());
     xercesc::MemBufFormatTarget target;
     output->setByteStream(&target);
     output->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
     serializer->write(&tree, output.get());
-    return {reinterpret_cast<const char*>(target.getRawBuffer()), target.getLen()};
+    std::string text(reinterpret_cast<const char*>(target.getRawBuffer()), target.getLen());
+    // The tree has no blanks outside of its root.
+    const size_t declared = form == TreeForm::AsItIs ? text.find("?>") : std::string::npos;
+    if (declared != std::string::npos) text.insert(declared + 2, 1, '\n');
+    return text;
 }
 
 }  // namespace MCVelscore_850

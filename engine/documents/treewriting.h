@@ -4,6 +4,7 @@
 #include <string>
 
 #include "engine/documents/documenttree.h"
+#include "engine/documents/element.h"
 
 namespace MCVelscore_850 {
 
@@ -12,11 +13,17 @@ namespace MCVelscore_850 {
 /// Order   within a XercesSession that outlives the result.
 OwnedTree NewTree(const std::string& nameSpace, const std::string& root);
 
-/// Appends an element in its parent's namespace.
-xercesc::DOMElement* AddElement(xercesc::DOMElement* parent, const std::string& tag);
+enum class TreeForm {
+    Indented,  ///< an element a line
+    AsItIs     ///< with the blanks that the tree holds and no others
+};
 
-/// The tree as a document: UTF-8, an element a line, indented. Its texts are of a document too.
-std::string TreeText(const xercesc::DOMDocument& tree);
+/// Takes the blanks between elements out of a tree that was read, so that TreeText() indents it
+/// anew.
+void DropIndentation(Element element);
+
+/// The tree as a document in UTF-8.
+std::string TreeText(const xercesc::DOMDocument& tree, TreeForm form = TreeForm::Indented);
 
 }  // namespace MCVelscore_850
 

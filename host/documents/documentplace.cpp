@@ -44,6 +44,11 @@ void NotePlace(xercesc::DOMElement* element, unsigned long line, unsigned long c
     element->setUserData(kPlaceKey, reinterpret_cast<void*>(packed), nullptr);
 }
 
+void CopyPlace(const xercesc::DOMElement* from, xercesc::DOMElement* to)
+{
+    to->setUserData(kPlaceKey, from->getUserData(kPlaceKey), nullptr);
+}
+
 DocumentPlace PlaceOf(const xercesc::DOMElement* element)
 {
     DocumentPlace place;

@@ -16,6 +16,9 @@ namespace MCVelscore_850 {
 /// calls this for each element; a reader that refuses then says them.
 VELHOST_API void NotePlace(xercesc::DOMElement* element, unsigned long line, unsigned long column);
 
+/// Notes for an element that a program adds the line and column of the one that it stems from.
+VELHOST_API void CopyPlace(const xercesc::DOMElement* from, xercesc::DOMElement* to);
+
 /// The place of an element: its path from the root ("PMML/GeneralRegressionModel/PPMatrix/
 /// PPCell[3]"), and line and column where they were noted.
 VELHOST_API DocumentPlace PlaceOf(const xercesc::DOMElement* element);

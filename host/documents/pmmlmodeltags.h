@@ -122,8 +122,12 @@ struct PMMLModelTags {
     static inline const std::string XML_EXT_NAME_COXREG_CONTRASTMATRIX = "contrastMatrix";  // own
     static inline const std::string XML_EXT_NAME_COXREG_STATUS = "status";                  // own
     static inline const std::string XML_ATT_RM_EXT_NAME_ALLMISSINGFACTORS =
-        "allowMissingFactors";                                                            // own
-    static inline const std::string XML_ATT_RM_EXT_NAME_CUTOFF = "cutoff";                // own
+        "allowMissingFactors";                                              // own
+    static inline const std::string XML_ATT_RM_EXT_NAME_CUTOFF = "cutoff";  // own
+    static inline const std::string XML_ATT_RM_EXT_NAME_NORMALIZATION =
+        "normalizationMethod";                                                            // own
+    static inline const std::string XML_ATT_RM_EXT_NAME_REMAINDER = "remainderCategory";  // own
+    static inline const std::string XML_ATT_RM_EXT_NAME_ORDERED = "orderedCategories";    // own
     static inline const std::string XML_ATT_RM_EXT_NAME_SIGMA = "sigma";                  // own
     static inline const std::string XML_ATT_RM_EXT_NAME_PERCENTILE = "percentile";        // own
     static inline const std::string XML_ATT_TRAN_EXT_NAME_DERIVEDFIELD = "derivedField";  // own
@@ -146,7 +150,8 @@ struct PMMLModelTags {
 
     // Selectors, compared with the algorithm name, else the model name
     static inline const std::string XML_VAL_MT_XCONLOG = "contrastLogistic";
-    static inline const std::string XML_VAL_MT_COND = "conditionalLogistic";  // own
+    static inline const std::string XML_VAL_MT_COND = "conditionalLogistic";         // own
+    static inline const std::string XML_VAL_MN_NORMALIZED = "normalizedRegression";  // own
     static inline const std::string XML_VAL_MN_GZLM = "GZLM";
     static inline const std::string XML_VAL_MN_GEE = "GEE";                    // own
     static inline const std::string XML_VAL_MN_GLMM = "GLMM";                  // own

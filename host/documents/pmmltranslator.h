@@ -13,6 +13,15 @@ namespace MCVelscore_850 {
 struct TargetDeclaration;
 class TransformationDictionary;
 
+/// A derived field that something else than a DerivedField declares.
+struct DerivedDeclaration {
+    std::string name;
+    std::string optype;
+    std::string dataType;
+    xercesc::DOMElement* element = nullptr;  ///< what declares it: where it stands for refusals
+    xercesc::DOMElement* expression = nullptr;
+};
+
 /// The base of readers of PMML documents: what the standard puts around a model.
 class VELHOST_API PMMLTranslator : public BaseTranslator {
 public:
@@ -33,6 +42,12 @@ public:
     /// functions that the section or the document's TransformationDictionary defines.
     TransformationDictionary* HandleTransformationDictionary(xercesc::DOMElement* element,
                                                              const ScoreDictionary* dictionary);
+    /// A new dictionary of these fields, owned by the caller; null when there is none. Their
+    /// expressions may name each other, in any order, and the functions of the model and of the
+    /// document. Refuses as the section of derived fields.
+    TransformationDictionary* ReadDerivedFields(const std::vector<DerivedDeclaration>& fields,
+                                                xercesc::DOMElement* model,
+                                                const ScoreDictionary* dictionary);
     /// Gives a categorical variable its encoder; a second call does nothing.
     void SetupCatEncoder(ScoreDictVar* var);
     /// The numbers of an Array element, blanks between them. Refuses with kArrayLength when they

@@ -173,7 +173,8 @@ std::unique_ptr<Expression> PMMLTranslator::DerivedFieldReader::ReadFieldRef(DOM
 std::unique_ptr<Expression> PMMLTranslator::DerivedFieldReader::ReadConstant(DOMElement* element,
                                                                              const DataType* type)
 {
-    if (t_.IsEqual(t_.GetAttribute(element, "missing"), "true")) return MakeConstant({});
+    const XMLCh* missing = t_.GetAttribute(element, "missing");
+    if (t_.IsEqual(missing, "true") || t_.IsEqual(missing, "1")) return MakeConstant({});
     const DataType* own = ReadTypeAttribute(element);
     // Without a type of its own it is what its text spells, but a text where one is wanted.
     const bool wantsText = type != nullptr && type->valueType == ScoreDictVar::STRING;

@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "host/documents/pmmltranslator.h"
 #include "host/expressions/expression.h"
@@ -22,7 +23,10 @@ public:
                        TransformationDictionary& derived);
     ~DerivedFieldReader();
 
+    /// All derived fields and functions of a section.
     void ReadAll(xercesc::DOMElement* section);
+    /// These fields, which see the functions of the model and of the document.
+    void ReadGiven(const std::vector<DerivedDeclaration>& fields, xercesc::DOMElement* model);
 
 private:
     using DOMElement = xercesc::DOMElement;
@@ -36,8 +40,17 @@ private:
     };
     static const ExpressionRow kExpressions[];
 
+    /// What declares a field: a DerivedField, which says all itself, or what a caller gives.
+    struct Declared {
+        DOMElement* element;
+        const DerivedDeclaration* given;  // null for a DerivedField
+    };
+
     // Sections, fields and functions.
     void NoteSection(DOMElement* section, bool functionsAlone);
+    void NoteField(const std::string& name, const Declared& declared);
+    void ReadFunctions(DOMElement* element);
+    DictVarType TypeOfField(DOMElement* element, const std::string& name);
     const ScoreDictVar* ReadField(const std::string& name);
     void ListTexts(const Expression& expression, DictVar& var);
     void CountSteps(const Expression& expression);
@@ -82,7 +95,7 @@ private:
     PMMLTranslator& t_;
     const ScoreDictionary& dictionary_;
     TransformationDictionary& derived_;
-    std::map<std::string, DOMElement*> elements_;
+    std::map<std::string, Declared> fields_;
     std::map<std::string, DOMElement*> functionElements_;
     std::map<std::string, std::shared_ptr<const DefinedFunction>> functions_;
     std::set<std::string> underway_;

@@ -44,17 +44,44 @@ PMMLTranslator::DerivedFieldReader::~DerivedFieldReader() = default;
 void PMMLTranslator::DerivedFieldReader::ReadAll(DOMElement* section)
 {
     NoteSection(section, false);
-    // Functions of the document are known to the transformations of its models too.
-    DOMElement* global = t_.GetChildByTag(section->getOwnerDocument()->getDocumentElement(),
-                                          Tags::XML_ELE_TRANSFORMATION);
-    if (global != nullptr && global != section) NoteSection(global, true);
-
-    for (const auto& [name, element] : functionElements_) FindDefinedFunction(name);
+    ReadFunctions(section);
     for (DOMElement* child = t_.GetFirstChildElt(section); child != nullptr;
          child = t_.GetNextSiblingElt(child)) {
         if (!t_.IsEqual(child->getTagName(), kDerivedField)) continue;
         const std::string name = t_.Transcode(t_.GetAttributeForced(child, Tags::XML_ATT_NAME));
         if (derived_.GetVar(name) == nullptr) ReadField(name);
+    }
+}
+
+void PMMLTranslator::DerivedFieldReader::ReadGiven(const std::vector<DerivedDeclaration>& fields,
+                                                   DOMElement* model)
+{
+    DOMElement* section = t_.GetChildByTag(model, Tags::XML_ELE_LOCALTRANSFORMATIONS);
+    if (section != nullptr) NoteSection(section, true);
+    for (const DerivedDeclaration& field : fields) {
+        t_.NoteElement(field.element);
+        NoteField(field.name, {field.element, &field});
+    }
+    ReadFunctions(model);
+    for (const DerivedDeclaration& field : fields) {
+        if (derived_.GetVar(field.name) == nullptr) ReadField(field.name);
+    }
+}
+
+// Those that were noted, and those of the element's document, which are known to its models too.
+void PMMLTranslator::DerivedFieldReader::ReadFunctions(DOMElement* element)
+{
+    DOMElement* global = t_.GetChildByTag(element->getOwnerDocument()->getDocumentElement(),
+                                          Tags::XML_ELE_TRANSFORMATION);
+    if (global != nullptr && global != element) NoteSection(global, true);
+    for (const auto& [name, function] : functionElements_) FindDefinedFunction(name);
+}
+
+void PMMLTranslator::DerivedFieldReader::NoteField(const std::string& name,
+                                                   const Declared& declared)
+{
+    if (dictionary_.GetVar(name) != nullptr || !fields_.emplace(name, declared).second) {
+        Refuse(kDuplicateField, name.c_str());
     }
 }
 
@@ -75,9 +102,7 @@ void PMMLTranslator::DerivedFieldReader::NoteSection(DOMElement* section, bool f
             continue;
         } else if (t_.IsEqual(child->getTagName(), kDerivedField)) {
             const std::string name = t_.Transcode(t_.GetAttributeForced(child, Tags::XML_ATT_NAME));
-            if (dictionary_.GetVar(name) != nullptr || !elements_.emplace(name, child).second) {
-                Refuse(kDuplicateField, name.c_str());
-            }
+            NoteField(name, {child, nullptr});
         } else if (!t_.IsEqual(child->getTagName(), Tags::XML_ELE_EXTENSION)) {
             t_.NoteElement(child);
             Refuse(kExpressionNotSupported, t_.ToString(child->getTagName()).c_str(),
@@ -88,22 +113,23 @@ void PMMLTranslator::DerivedFieldReader::NoteSection(DOMElement* section, bool f
 
 const ScoreDictVar* PMMLTranslator::DerivedFieldReader::ReadField(const std::string& name)
 {
-    DOMElement* element = elements_.at(name);
+    const auto [element, given] = fields_.at(name);
     t_.NoteElement(element);
     if (!underway_.insert(name).second) Refuse(kDerivedFieldCycle, name.c_str());
     const std::string outer = std::exchange(field_, name);
-    const std::string optype =
-        t_.ToString(t_.GetAttributeForced(element, Tags::XML_ATT_DATAFIELD_OPTYPE));
-    const DictVarType type = FieldType(name, optype, t_.DataTypeText(element, optype));
+    const DictVarType type = given == nullptr ? TypeOfField(element, name)
+                                              : FieldType(name, given->optype, given->dataType);
     const DataType* outerType = std::exchange(fieldType_, &DataTypeOf(type));
-    std::shared_ptr<const Expression> expression = ReadOnlyExpression(element, fieldType_);
+    std::shared_ptr<const Expression> expression =
+        given == nullptr ? ReadOnlyExpression(element, fieldType_)
+                         : ReadExpression(given->expression, fieldType_);
     auto var = std::make_unique<TransformVar>(type, expression);
     // Fields that stand in the order of their use are read one by one, and evaluated all the
     // way down.
     t_.NoteElement(element);
     if (var->Height() > kGreatestHeight) Refuse(kExpressionTooDeep, name.c_str());
     CountSteps(*expression);
-    t_.ReadDeclaredValues(element, *var);
+    if (given == nullptr) t_.ReadDeclaredValues(element, *var);
     ListTexts(*expression, *var);
     var->SetUpCatEncoder();
     const ScoreDictVar* made = var.get();
@@ -112,6 +138,14 @@ const ScoreDictVar* PMMLTranslator::DerivedFieldReader::ReadField(const std::str
     fieldType_ = outerType;
     underway_.erase(name);
     return made;
+}
+
+DictVarType PMMLTranslator::DerivedFieldReader::TypeOfField(DOMElement* element,
+                                                            const std::string& name)
+{
+    const std::string optype =
+        t_.ToString(t_.GetAttributeForced(element, Tags::XML_ATT_DATAFIELD_OPTYPE));
+    return FieldType(name, optype, t_.DataTypeText(element, optype));
 }
 
 // A derived text without values of its own has those that its expression can yield.
@@ -140,7 +174,7 @@ const ScoreDictVar* PMMLTranslator::DerivedFieldReader::FindField(const std::str
 {
     if (const ScoreDictVar* var = dictionary_.GetVar(name)) return var;
     if (const ScoreDictVar* var = derived_.GetVar(name)) return var;
-    if (elements_.contains(name)) return ReadField(name);
+    if (fields_.contains(name)) return ReadField(name);
     Refuse(kUnknownFieldReference, name.c_str(), field_.c_str());
 }
 
@@ -197,6 +231,15 @@ TransformationDictionary* PMMLTranslator::HandleTransformationDictionary(
 {
     auto derived = std::make_unique<TransformationDictionary>();
     DerivedFieldReader(*this, *dictionary, *derived).ReadAll(element);
+    return derived->GetVarCount() == 0 ? nullptr : derived.release();
+}
+
+TransformationDictionary* PMMLTranslator::ReadDerivedFields(
+    const std::vector<DerivedDeclaration>& fields, xercesc::DOMElement* model,
+    const ScoreDictionary* dictionary)
+{
+    auto derived = std::make_unique<TransformationDictionary>();
+    DerivedFieldReader(*this, *dictionary, *derived).ReadGiven(fields, model);
     return derived->GetVarCount() == 0 ? nullptr : derived.release();
 }
 

@@ -11,7 +11,6 @@ namespace MCVelscore_850 {
 
 namespace {
 
-constexpr char kReexport[] = "Export the model again, or mend the document at the place named.";
 constexpr char kMendNumber[] =
     "Write a decimal number with a point, an optional sign and an optional exponent.";
 constexpr char kMendCase[] =
@@ -25,7 +24,6 @@ constexpr char kFetchPacked[] =
     "Fetch or compress the table again; gzip -t FILE or zstd -t FILE tells whether it is whole.";
 constexpr char kKeepOlderForm[] =
     "Score the document as it is: the older form is read like the published one.";
-constexpr char kMendExpression[] = "Mend the expression of the derived field.";
 
 // Every message, in ascending order of the codes.
 constexpr Message kCatalogue[] = {
@@ -37,7 +35,8 @@ constexpr Message kCatalogue[] = {
      "Check the case for values outside the range that the model was fitted on."},
     {90029, "", "the case can't be scored: a value is missing or not valid", kMendCase},
 
-    {260115, "ss", "{0} is required in {1} and is not there", kReexport},
+    {260115, "ss", "{0} is required in {1} and is not there",
+     "Add it at the place named, or export the model again with it."},
     {260117, "ss", "{0} of a {1} is required where outliers are treated as extreme values",
      "Give the field a lowValue, or another outlier treatment."},
     {260118, "ss", "{0} of a {1} is required where outliers are treated as extreme values",
@@ -52,18 +51,23 @@ constexpr Message kCatalogue[] = {
     {260126, "s", "{0} has a role already, or is categorical without a list of its categories",
      "Name each field once in the mining schema, and list the values of categorical fields."},
     {260127, "ss", "{0} is not a valid value of {1}",
-     "Declare the value in the DataField, or correct it where the model names it."},
-    {260130, "ss", "{0} and {1} give no predictors", kReexport},
-    {260131, "ss", "{0} and {1} give no covariates", kReexport},
+     "Correct the value at the place named: it has to be of the field's type, and one of the "
+     "values "
+     "that the field lists."},
+    {260130, "ss", "{0} and {1} give no predictors", "List the model's factors and covariates."},
+    {260131, "ss", "{0} and {1} give no covariates", "List the model's covariates."},
     {260133, "", "the model has no target variable",
      "Give one field of the mining schema the usage type target."},
-    {260153, "sss", "{0} was not expected as {1} in {2}", kReexport},
+    {260153, "sss", "{0} was not expected as {1} in {2}",
+     "Correct or remove it at the place named: a list holds its own elements alone, an attribute "
+     "one of the standard's words, and a factor is categorical or ordinal."},
     {260155, "s", "{0} is used in a cell and is neither a factor nor a covariate",
      "List the field in FactorList or CovariateList."},
     {260161, "s", "{0} is named by the model and is no active field of the mining schema",
      "Add the field to the mining schema as active."},
     {260162, "ss", "the {0} of {1} was refused", kMendMatrix},
-    {260178, "sss", "{0} was found where {1} stands in {2}", kReexport},
+    {260178, "sss", "{0} was found where {1} stands in {2}",
+     "Correct or remove the element at the place named."},
     {260179, "ssss", "{0} is the {1} of the offset variable {2}; it has to be {3}",
      "Declare the offset variable as continuous."},
     {260180, "sss", "a covariate has to be {0} by its {1}, and {2} is not",
@@ -72,9 +76,10 @@ constexpr Message kCatalogue[] = {
      "Declare the two categories of the target."},
     {260184, "sss", "the target has to be {0} by its {1}, and {2} is not",
      "Declare the target as continuous, or mark the model as classification."},
-    {260188, "sss", "a covariance cell needs {0} and {1} in a model of type {2}", kReexport},
+    {260188, "sss", "a covariance cell needs {0} and {1} in a model of type {2}",
+     "Name the target categories of both parameters in each PCovCell, or remove the PCovMatrix."},
     {260191, "ss", "a covariance cell can't be placed by its {0} in a model of type {1}",
-     kReexport},
+     "Remove the category from the PCovCell, or remove the PCovMatrix."},
     {260192, "sss",
      "a conditional logistic model ({2}) takes no {0} (by its {1}) and needs the list of its "
      "target's categories",
@@ -90,7 +95,8 @@ constexpr Message kCatalogue[] = {
      "Name either a variable or a value, once, and none where the family takes none."},
     {260225, "ss", "the model refused {0} as {1}",
      "Name either a variable or a value, once, and none where the family takes none."},
-    {260227, "ss", "the role that the {0} gives {1} was refused", kReexport},
+    {260227, "ss", "the role that the {0} gives {1} was refused",
+     "Correct the usageType of the field in the mining schema."},
     {260246, "sssss", "{0} rows by {1}, and {2} elements {3} in {4}", kMendMatrix},
     {260249, "ssss", "{0} rows by {1}, and {2} categories of {3}", kMendMatrix},
     {260251, "ssssss", "{0} reference points ({1}, {2}), and {3} elements {4} in the {5}",
@@ -109,11 +115,12 @@ constexpr Message kCatalogue[] = {
     {kNotANumber, "ss", "the {1} '{0}' is not a number", kMendNumber},
     {kNotAnInteger, "ss", "the {1} '{0}' is not a whole number", "Write a whole number."},
     {kNumberTooLarge, "ss", "the {1} '{0}' is too large for a number", kMendNumber},
-    {kArrayLength, "dd", "an array has {0} numbers, {1} are expected", kReexport},
+    {kArrayLength, "dd", "an array has {0} numbers, {1} are expected",
+     "Give the array a number for each column of its matrix."},
     {kUnknownEncoding, "s", "the encoding '{0}' is not known", "Use UTF-8."},
     {kDuplicateField, "s", "the field {0} is declared twice", "Declare each field once."},
     {kUnknownDataType, "sss", "'{0}' is no {1} that the standard knows, for the field {2}",
-     "Use one of the standard's types."},
+     "Use one of the standard's words, in its own spelling."},
     {kExpressionNotSupported, "ss", "{0} in the derived field {1} is not supported",
      "Compute the field before scoring and give it as a column, with the document naming it in "
      "its data dictionary."},
@@ -121,15 +128,17 @@ constexpr Message kCatalogue[] = {
      "Use a supported function, or compute the field before scoring."},
     {kWrongArgumentCount, "sdss",
      "the function '{0}' takes {2} arguments and has {1} in the derived field {3}",
-     kMendExpression},
+     "Give the function as many arguments as it takes."},
     {kUnknownFieldReference, "ss", "{0} is used by the derived field {1} and is not declared",
      "Declare the field, or correct its name."},
-    {kDerivedFieldCycle, "s", "the derived field {0} depends on itself", kMendExpression},
-    {kExpressionMissing, "s", "the derived field {0} has no expression", kMendExpression},
+    {kDerivedFieldCycle, "s", "the derived field {0} depends on itself",
+     "Let its expression, and those of the fields that it uses, go without it."},
+    {kExpressionMissing, "s", "the derived field {0} has no expression",
+     "Give the derived field one expression, such as FieldRef or Apply."},
     {kNormPoints, "s",
      "NormContinuous in the derived field {0} needs two LinearNorm elements or more, their orig "
      "values ascending",
-     kMendExpression},
+     "List two LinearNorm elements or more by ascending orig, each once."},
     {kExpressionTooDeep, "s",
      "the derived field {0} stands on too long a chain of fields and functions",
      "Shorten the chain of derived fields, or nest fewer functions."},
@@ -157,7 +166,8 @@ constexpr Message kCatalogue[] = {
     {kStorageAndLevel, "sss", "the variable {0} is stored as {1} and can't be {2}",
      "Declare a variable of texts as NOMINAL or ORDINAL."},
     {kAlreadyPublished, "s", "{0} is a PMML document already",
-     "Use it as it is: only documents of the older form are converted."},
+     "Use it as it is: only documents of the older form and RegressionModel documents are "
+     "converted."},
     {kUnpairedParameters, "dd",
      "{0} parameters beside (Constant) can't be paired with {1} predictors: a linear regression "
      "pairs them by position",
@@ -215,7 +225,7 @@ constexpr Message kCatalogue[] = {
      "Give a PMML document with a GeneralRegressionModel."},
 
     {kNotOfDataType, "sss", "'{0}' is no value of the type {1}, in the derived field {2}",
-     kMendExpression},
+     "Write a value of that type, or correct the dataType."},
     {kDuplicateFunction, "s", "the function '{0}' is defined twice, or is a built-in one",
      "Give each function a name of its own."},
     {kFunctionCycle, "s", "the function '{0}' calls itself",
@@ -247,6 +257,49 @@ constexpr Message kCatalogue[] = {
      "Declare the prefix on the root element, with the namespace of PMML, or write the names "
      "without one."},
 
+    {kUnknownNormalization, "s", "the normalizationMethod '{0}' is unknown",
+     "The standard has none, simplemax, softmax, logit, probit, cloglog, exp, loglog and cauchit, "
+     "in small letters."},
+    {kNormalizationNotTaken, "ss", "the normalizationMethod {0} is not read for {1}",
+     "docs/documents.md lists the pairs that are; export the model as one of them."},
+    {kTableWithoutCategory, "d",
+     "a RegressionTable has no targetCategory, and nobody can tell the {0} tables apart",
+     "Name the category of the target that each table belongs to."},
+    {kUnknownTableCategory, "sss", "the targetCategory '{0}' is none of the categories of {1}: {2}",
+     "Name a category as the target's field lists it, or list it there."},
+    {kTableTwice, "s", "two RegressionTables have the targetCategory '{0}'",
+     "Keep the one that belongs to the category."},
+    {kTablesMissing, "ss",
+     "the target's category {0} has no RegressionTable, which the normalizationMethod {1} needs",
+     "Write a table for each category, an empty one where its equation is 0."},
+    {kTableCount, "d", "a regression has {0} RegressionTables without categories; it takes one",
+     "Keep the one of the regression, or give each a targetCategory with functionName "
+     "classification."},
+    {kNotFinite, "sss", "'{0}' is no finite number ({1} of {2})",
+     "Write a decimal number with a point, such as 12.5 or 1e-3."},
+    {kUnknownTermField, "ss", "{1} names the field '{0}', which nothing declares",
+     "Declare it in the DataDictionary or as a DerivedField, in the same spelling."},
+    {kTextInEquation, "sss", "{2} reads the field {0} as a number; its dataType is {1}",
+     "Use a CategoricalPredictor, or derive a number from the field with NormDiscrete."},
+    {kUnknownFunctionName, "s", "the functionName '{0}' is none of a RegressionModel",
+     "It is regression or classification."},
+    {kModelBeside, "s", "beside the RegressionModel the document holds a {0}",
+     "Keep the model that is to be scored alone in its document."},
+    {kUnexpectedTableElement, "ss", "{1} holds {0}, which has no place there",
+     "A RegressionTable holds NumericPredictor, CategoricalPredictor and PredictorTerm, and the "
+     "latter FieldRef."},
+    {kMisspeltAttribute, "sss", "the attribute '{0}' of {1} is unknown; did you mean {2}?",
+     "Spell it so, or give it a prefix of its own when it is meant for another program."},
+    {kEmptyFirstTable, "ss",
+     "the first of two RegressionTables, of '{0}', is empty; with normalizationMethod {1} it alone "
+     "decides, and every case would get the same probability",
+     "Put the table with the coefficients first, or use softmax."},
+    {kNoTargetField, "s", "no MiningField of the {0} has usageType target",
+     "Mark the field that the model predicts: usageType=\"target\"."},
+    {kTargetFieldsDiffer, "ss",
+     "targetFieldName is '{0}', while the mining schema marks '{1}' as the target",
+     "Name the same field in both places."},
+
     {kNoOutputSection, "s", "{0} has no Output section, whose columns were asked for",
      "Score with the default columns, or add an Output section to the model."},
     {kOutputFeature, "ss",
@@ -267,8 +320,15 @@ constexpr Message kCatalogue[] = {
      "Export the model as multinomialLogistic, or give the parameter one beta."},
     {kContrastsTooLarge, "sd", "the contrast matrix of {0} has more than {1} numbers",
      "Export the model with indicator variables."},
-    {kOtherModel, "s", "the document holds a {0}; velscore reads a GeneralRegressionModel alone",
-     "Export the model as a GeneralRegressionModel, where its program can."},
+    {kOtherModel, "s",
+     "the document holds a {0}; velscore reads GeneralRegressionModel, and RegressionModel without "
+     "--as-is",
+     "Export the model as one of these, where its program can."},
+
+    {kDocumentFault, "ss", "{0} [{1}]",
+     "velscore check shows every fault of the document; --allow with a rule's name scores it all "
+     "the "
+     "same."},
 
     {kPluginNotLoaded, "ss", "the plug-in {0} can't be loaded: {1}",
      "Install velscore whole, or name the plug-in with --plugin."},

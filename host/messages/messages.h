@@ -116,6 +116,25 @@ inline constexpr int kTextTooLong = 269141;       // file, line, column, limit
 inline constexpr int kTooManyNames = 269142;      // file, line, column, limit
 inline constexpr int kUndeclaredPrefix = 269143;  // prefix, element
 
+// Codes of the engine: a RegressionModel that can't be translated into the general form.
+inline constexpr int kUnknownNormalization = 269171;    // text
+inline constexpr int kNormalizationNotTaken = 269172;   // normalization, what it is to normalize
+inline constexpr int kTableWithoutCategory = 269173;    // tables
+inline constexpr int kUnknownTableCategory = 269174;    // category, target, its categories
+inline constexpr int kTableTwice = 269175;              // category
+inline constexpr int kTablesMissing = 269176;           // categories without, normalization
+inline constexpr int kTableCount = 269177;              // found
+inline constexpr int kNotFinite = 269178;               // text, attribute, element
+inline constexpr int kUnknownTermField = 269179;        // name, element
+inline constexpr int kTextInEquation = 269180;          // field, data type, element
+inline constexpr int kUnknownFunctionName = 269181;     // text
+inline constexpr int kModelBeside = 269182;             // element
+inline constexpr int kUnexpectedTableElement = 269183;  // element, parent
+inline constexpr int kMisspeltAttribute = 269184;       // attribute, element, near one
+inline constexpr int kEmptyFirstTable = 269185;         // category, normalization
+inline constexpr int kNoTargetField = 269186;           // element
+inline constexpr int kTargetFieldsDiffer = 269187;      // attribute's, mining schema's
+
 // Codes of the engine: the document's output and its records.
 inline constexpr int kNoOutputSection = 269191;    // file
 inline constexpr int kOutputFeature = 269192;      // feature, output field
@@ -127,6 +146,9 @@ inline constexpr int kTooManyRecords = 269195;     // file, limit
 inline constexpr int kSeveralSlopes = 269196;      // parameter
 inline constexpr int kContrastsTooLarge = 269197;  // factor, limit
 inline constexpr int kOtherModel = 269198;         // element
+
+// Codes of the engine: the audit.
+inline constexpr int kDocumentFault = 269199;  // what is wrong, rule
 
 // Codes of the engine: the plug-in.
 inline constexpr int kPluginNotLoaded = 269201;  // file, reason

@@ -21,6 +21,8 @@ constexpr ModelFamily kFamilies[] = {
      Result::MLR_RESULT, false, true},
     {"multinomial logistic regression", "MLRModel", kMultinomialGeneralized, Result::MLR_RESULT,
      Result::MLR_RESULT, false, true},
+    {"normalized regression", "NormalizedModel", kNormalized, Result::MLR_RESULT,
+     Result::MLR_RESULT, false, true},
     {"general linear model", "GLRModel", kGeneralLinear, Result::LR_RESULT, Result::LR_RESULT,
      false, true},
     {"linear regression", "LRModel", kLinear, Result::LR_RESULT, Result::LR_RESULT, false, true},
@@ -58,6 +60,7 @@ const std::vector<FamilySelection>& Selections()
         {kMultinomialType, Selection::FromSelectors, {Tags::XML_VAL_MT_XCONLOG}, kBinary},
         {kMultinomialType, Selection::FromSelectors, {Tags::XML_VAL_MT_COND}, kConditional},
         {kMultinomialType, Selection::FromSelectors, kGeneralized, kMultinomialGeneralized},
+        {kMultinomialType, Selection::FromSelectors, {Tags::XML_VAL_MN_NORMALIZED}, kNormalized},
         {kMultinomialType, Selection::FromSelectors, {}, kMultinomial},
         {kRegressionType, Selection::AnyVersion, {}, kLinear},
         {kGeneralTypes, Selection::BelowSelectors, {}, kGeneralLinear},
@@ -124,6 +127,15 @@ std::optional<FamilyCode> FindFamily(const std::string& modelType, double versio
         }
     }
     return std::nullopt;
+}
+
+FamilyCode FamilyUnderLink(FamilyCode code, const std::string& distribution,
+                           const std::string& link)
+{
+    const bool generalized = code == kMultinomialGeneralized &&
+                             distribution == Tags::XML_VAL_RM_EXT_VALUE_DIST_BINOMIAL &&
+                             link != Tags::XML_VAL_LINKFUNCTION_LOGIT;
+    return generalized ? kGeneralizedLinear : code;
 }
 
 bool IsSelector(const std::string& modelType, const std::string& word)

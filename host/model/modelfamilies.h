@@ -27,8 +27,21 @@ enum FamilyCode {
     kGeneralizedLinear = 8,
     kOrdinalGeneralized = 9,
     kCox = 10,
-    kCoxComplexSamples = 11
+    kCoxComplexSamples = 11,
+    kNormalized = 12
 };
+
+/// A set of families, a bit each.
+using FamilySet = unsigned;
+constexpr FamilySet Family(FamilyCode code) { return 1U << code; }
+constexpr bool Has(FamilySet set, FamilyCode code) { return (set & Family(code)) != 0; }
+inline constexpr FamilySet kCoxFamilies = Family(kCox) | Family(kCoxComplexSamples);
+inline constexpr FamilySet kOrdinalFamilies = Family(kOrdinal) | Family(kOrdinalGeneralized);
+/// The families whose prediction is a category of the target, whatever the target's level.
+inline constexpr FamilySet kCategoryFamilies =
+    Family(kMultinomial) | Family(kMultinomialGeneralized) | Family(kNormalized) | Family(kBinary) |
+    kOrdinalFamilies;
+inline constexpr FamilySet kAllFamilies = ~0U;
 
 /// What a family is, apart from its arithmetic.
 struct ModelFamily {
@@ -65,6 +78,11 @@ VELHOST_API std::span<const FamilySelection> FamilySelections();
 /// Nothing for an unknown model type.
 VELHOST_API std::optional<FamilyCode> FindFamily(const std::string& modelType, double version,
                                                  const std::string& selector);
+/// What the model element's distribution and linkFunction make of a selected family: a multinomial
+/// model with a generalized selector is a generalized linear one where its distribution is binomial
+/// and its link another than logit. A binomial logit model stays multinomial, on purpose.
+VELHOST_API FamilyCode FamilyUnderLink(FamilyCode code, const std::string& distribution,
+                                       const std::string& link);
 /// True for a word that selects a family among those of a model type.
 VELHOST_API bool IsSelector(const std::string& modelType, const std::string& word);
 

@@ -3,6 +3,7 @@
 
 #include <string_view>
 
+#include "host/export.h"
 #include "host/variables/scoredictvar.h"
 
 namespace MCVelscore_850 {
@@ -19,7 +20,7 @@ struct DataType {
 };
 
 /// The type of that name, null for a name that the standard doesn't know.
-const DataType* FindDataType(std::string_view name);
+VELHOST_API const DataType* FindDataType(std::string_view name);
 
 /// The type of a variable: the one that its declaration names, else the first of its value type.
 const DataType& DataTypeOf(const DictVarType& type);

@@ -8,27 +8,22 @@
 
 #include "engine/documents/documentadapter.h"
 #include "engine/documents/documentloader.h"
-#include "engine/documents/documenttree.h"
+#include "engine/documents/element.h"
 #include "host/documents/veltranscoder.h"
 
 namespace MCVelscore_850 {
 
 // A tree as text: tags, attributes by name, and what lies within, without the blanks between.
-inline void Write(const xercesc::DOMElement* element, std::string& out)
+inline void Write(Element element, std::string& out)
 {
-    out += "<" + Utf8FromXml(element->getTagName());
+    out += "<" + element.Tag();
     std::map<std::string, std::string> attributes;
-    const xercesc::DOMNamedNodeMap* map = element->getAttributes();
-    for (XMLSize_t i = 0; i < map->getLength(); ++i) {
-        attributes[Utf8FromXml(map->item(i)->getNodeName())] =
-            Utf8FromXml(map->item(i)->getNodeValue());
-    }
+    element.ForEachAttribute([&](Element::RawText name, Element::RawText text) {
+        attributes[Utf8FromXml(name.data())] = Utf8FromXml(text.data());
+    });
     for (const auto& [name, text] : attributes) out += " " + name + "='" + text + "'";
     out += ">";
-    for (const auto* child = element->getFirstElementChild(); child != nullptr;
-         child = child->getNextElementSibling()) {
-        Write(child, out);
-    }
+    for (const Element child : element.Children()) Write(child, out);
     out += "</>";
 }
 
@@ -41,7 +36,7 @@ struct Adapted {
         after = Text();
     }
 
-    const xercesc::DOMElement* Root() const { return document.GetTree().dom->getDocumentElement(); }
+    Element Root() const { return document.Root(); }
     std::string Text() const
     {
         std::string text;
@@ -54,7 +49,7 @@ struct Adapted {
     {
         std::string rules;
         for (const Adaptation& adaptation : adaptations) {
-            rules += (rules.empty() ? "" : " ") + adaptation.rule;
+            rules += (rules.empty() ? "" : " ") + std::string(adaptation.rule->name);
         }
         return rules;
     }

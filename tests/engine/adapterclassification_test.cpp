@@ -136,7 +136,7 @@ TEST(ContrastLogisticRule, LeavesOtherDocumentsAlone)
           std::string("<Predictor name='f'><Other/><xBasis/></Predictor>")}) {
         Parts parts = TwoCategories();
         parts.factors = predictor;
-        EXPECT_TRUE(Adapted(Indicator(parts)).Untouched()) << predictor;
+        EXPECT_EQ(Adapted(Indicator(parts)).Rules(), "") << predictor;
     }
     // Another type; a version that knows no selectors.
     Parts parts = TwoCategories();
@@ -290,7 +290,9 @@ TEST(CategoriesOfCellsRule, LeavesOtherFactorsAlone)
         Parts parts = OpenFactor(
             "string", "<Predictor name='f' contrastMatrixType='t'>" + inner + "</Predictor>");
         parts.model += " algorithmName='contrastLogistic'";
-        EXPECT_TRUE(Adapted(parts.Text()).Untouched()) << inner;
+        const Adapted adapted(parts.Text());
+        EXPECT_EQ(adapted.Rules(), "") << inner;
+        EXPECT_FALSE(adapted.Has("unlistedCategories")) << inner;
     }
 }
 

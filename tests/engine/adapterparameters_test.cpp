@@ -173,7 +173,11 @@ TEST(RegressionOrder, LooksAtLinearRegressionsAlone)
 
 TEST(NoEstimates, AreSaidAndNothingIsChanged)
 {
-    std::string text = Parts().Text();
+    Parts parts;
+    parts.parameters = "<Parameter name='(Constant)'/>";
+    parts.covariates.clear();
+    parts.cells.clear();
+    std::string text = parts.Text();
     const size_t from = text.find("<ParamMatrix>");
     const std::string end = "</ParamMatrix>";
     text.erase(from, text.find(end) + end.size() - from);

@@ -1,6 +1,5 @@
 // The documents under tests/data/cases by both roads of a TableScorer: rows together, where the
 // model has a block scorer, and rows alone.
-#include <bit>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -9,11 +8,9 @@
 #include <gtest/gtest.h>
 
 #include "engine/documents/loadedmodel.h"
-#include "engine/scoring/tablescorer.h"
-#include "engine/tables/bytesource.h"
-#include "engine/tables/rowreader.h"
 #include "host/messages/scoringlog.h"
 #include "host/model/scoremodel.h"
+#include "scoredtable.h"
 
 namespace MCVelscore_850 {
 namespace {
@@ -33,60 +30,22 @@ std::vector<std::string> CaseFolders()
     return folders;
 }
 
-// A case folder: its model, and the rows of its table.
+// A case folder: its model, and its table.
 struct CaseFolder {
     explicit CaseFolder(const std::string& name)
         : path("tests/data/cases/" + name + "/"),
-          model(path + "model.pmml", std::make_shared<Plugin>(VELSCORE_PLUGIN))
-    {
-        InputFile source(path + "input.csv");
-        RowReader reader(source);
-        header = reader.Header();
-        std::span<const std::string_view> fields;
-        while (reader.Next(fields)) texts.insert(texts.end(), fields.begin(), fields.end());
-        views.assign(texts.begin(), texts.end());
-    }
+          model(path + "model.pmml", std::make_shared<Plugin>(VELSCORE_PLUGIN)),
+          table(path + "input.csv")
+    {}
 
     std::string path;
     LoadedModel model;
-    std::vector<std::string> header;
-    std::vector<std::string> texts;
-    std::vector<std::string_view> views;
+    CaseTable table;
 };
 
-// All that a table's results tell, each number by its bits, a line a row; the table `times` over.
 std::vector<std::string> ScoreTable(const CaseFolder& folder, size_t times)
 {
-    TableScorer scorer(folder.model, folder.header, "input.csv",
-                       {.results = {.linearPredictor = true, .linearPredictorError = true}});
-    ResultBlock results(scorer.Schema());
-    TextRows rows(folder.header.size());
-    std::vector<std::string> lines;
-    const size_t columns = folder.header.size();
-    std::vector<std::string_view> all;
-    for (size_t i = 0; i < times; ++i) {
-        all.insert(all.end(), folder.views.begin(), folder.views.end());
-    }
-    for (size_t from = 0; from < all.size(); from += TableScorer::kRows * columns) {
-        const size_t count = std::min(TableScorer::kRows * columns, all.size() - from);
-        scorer.Score(rows.Block(std::span(all).subspan(from, count)), results);
-        for (size_t row = 0; row < results.rows; ++row) {
-            const CaseStatus& status = results.StatusOf(row);
-            std::string line = std::to_string(status.code);
-            line.append(" ").append(status.FieldName()).append(" ");
-            line.append(status.text.value_or("(none)"));
-            for (size_t c = 0; c < results.columns.size(); ++c) {
-                const ResultBlock::Column& column = results.columns[c];
-                line += ' ';
-                if (!HasRow(column.present, row)) continue;
-                line += column.codes.empty()
-                            ? std::to_string(std::bit_cast<uint64_t>(column.numbers[row]))
-                            : std::to_string(column.codes[row]);
-            }
-            lines.push_back(std::move(line));
-        }
-    }
-    return lines;
+    return ScoreTable(folder.model, folder.table, times);
 }
 
 // The same with a trace on, by which every row goes alone.
@@ -114,7 +73,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, BothRoads, testing::ValuesIn(CaseFolders()),
 TEST_P(BothRoads, TellTheSame)
 {
     const CaseFolder folder(GetParam());
-    ASSERT_FALSE(folder.views.empty());
+    ASSERT_FALSE(folder.table.views.empty());
     // So often that rows go together after those that settle the model.
     EXPECT_EQ(ScoreTable(folder, 3), ScoreAlone(folder, 3));
 }

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/documents/treetext.h"
 #include "tests/engine/adapted.h"
 
 namespace MCVelscore_850 {
@@ -35,7 +34,11 @@ TEST(DocumentAdapter, SaysPlaceAndRuleInOneLine)
 {
     const Adapted adapted("<!-- -->\n<PMML version='4.4.1'/>");
     ASSERT_EQ(adapted.adaptations.size(), 1u);
-    EXPECT_EQ(adapted.adaptations[0].ToString(),
+    Findings findings;
+    const Adaptation& adaptation = adapted.adaptations[0];
+    findings.AddAdapted(*adaptation.rule, adaptation.place, adaptation.change);
+    ASSERT_EQ(findings.Kept().size(), 1u);
+    EXPECT_EQ(findings.Kept()[0].ToString(),
               "line 2, column 1: version \"4.4.1\" is read as \"4.4\" [short-version]");
 }
 
@@ -89,9 +92,9 @@ TEST(VersionFromNamespace, IsTakenWhenTheRootHasNone)
 {
     const Adapted adapted("<PMML xmlns='http://www.dmg.org/PMML-4_2'/>");
     EXPECT_EQ(adapted.Rules(), "version-from-namespace");
-    EXPECT_EQ(AttributeText(adapted.Root(), "version"), "4.2");
+    EXPECT_EQ(adapted.Root().Text("version"), "4.2");
     const Adapted prefixed("<p:PMML version='' xmlns:p='http://www.dmg.org/PMML-3_1'/>");
-    EXPECT_EQ(AttributeText(prefixed.Root(), "version"), "3.1");
+    EXPECT_EQ(prefixed.Root().Text("version"), "3.1");
 }
 
 TEST(VersionFromNamespace, IsNotTakenOverAVersionOrFromElsewhere)
@@ -105,8 +108,8 @@ TEST(VersionFromNamespace, IsNotTakenOverAVersionOrFromElsewhere)
 
 TEST(ShortVersion, HasTwoParts)
 {
-    EXPECT_EQ(AttributeText(Adapted("<PMML version='4.4.1'/>").Root(), "version"), "4.4");
-    EXPECT_EQ(AttributeText(Adapted("<PMML version='3.2.1.0'/>").Root(), "version"), "3.2");
+    EXPECT_EQ(Adapted("<PMML version='4.4.1'/>").Root().Text("version"), "4.4");
+    EXPECT_EQ(Adapted("<PMML version='3.2.1.0'/>").Root().Text("version"), "3.2");
 }
 
 TEST(ShortVersion, LeavesNumbersAndWhatIsNoVersion)

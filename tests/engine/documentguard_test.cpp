@@ -334,6 +334,20 @@ TEST(DocumentGuard, NotesWhereEachElementBegins)
     EXPECT_EQ(places, expected);
 }
 
+TEST(DocumentGuard, CountsAByteOrderMarkAsNoCharacter)
+{
+    for (const std::string& document :
+         {Utf16("<a><b/></a>"), std::string("\xef\xbb\xbf<a><b/></a>"),
+          std::string("<a><b/></a>")}) {
+        DocumentGuard guard("m.pmml");
+        guard.Feed(document);
+        guard.Finish();
+        ASSERT_EQ(guard.Places().size(), 2u);
+        EXPECT_EQ(guard.Places()[0].column, 1u);
+        EXPECT_EQ(guard.Places()[1].column, 4u);
+    }
+}
+
 TEST(DocumentGuard, DefaultLimitsStandOnBothSides)
 {
     EXPECT_EQ(Guard(Times(256, "<a>") + Times(256, "</a>")).code, 0);

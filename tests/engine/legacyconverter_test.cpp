@@ -11,7 +11,7 @@
 #include "engine/documents/documenttree.h"
 #include "engine/documents/loadedmodel.h"
 #include "engine/documents/plugin.h"
-#include "engine/documents/treetext.h"
+#include "engine/documents/treefields.h"
 #include "host/messages/messages.h"
 #include "tests/engine/adapted.h"
 #include "tests/readers/legacyparts.h"
@@ -40,7 +40,7 @@ struct Published {
     {
         Write(Root(), text);
     }
-    const xercesc::DOMElement* Root() const { return document.GetTree().dom->getDocumentElement(); }
+    Element Root() const { return document.Root(); }
     bool Has(std::string_view piece) const { return text.find(piece) != std::string::npos; }
 
     PublishedForm form;
@@ -52,11 +52,10 @@ struct Published {
 std::string FieldOf(const LegacyParts& parts, const std::string& name)
 {
     const Published published(parts);
-    const auto* dictionary = ChildElement(published.Root(), "DataDictionary");
-    for (const auto* field : ChildElements(dictionary, "DataField")) {
+    for (const Element field : DataFields(published.Root())) {
         std::string text;
         Write(field, text);
-        if (AttributeText(field, "name") == name) return text;
+        if (field.Text("name") == name) return text;
     }
     return "none";
 }
@@ -179,14 +178,13 @@ TEST(LegacyConverter, KeepsTheOrderOfThePublishedSchema)
           WithG("STRING", "NOMINAL", "", "north"), WithG("NUMERIC", "CONTINUOUS", kMissing9)}) {
         const Published published(parts);
         Texts met;
-        const auto check = [&](const auto& self, const xercesc::DOMElement* element) -> void {
-            const std::string tag = Utf8FromXml(element->getTagName());
+        const auto check = [&](const auto& self, Element element) -> void {
+            const std::string tag = element.Tag();
             met.push_back(tag);
             const auto order = kOrder.find(tag);
             size_t reached = 0;
-            for (const auto* child = element->getFirstElementChild(); child != nullptr;
-                 child = child->getNextElementSibling()) {
-                const std::string name = Utf8FromXml(child->getTagName());
+            for (const Element child : element.Children()) {
+                const std::string name = child.Tag();
                 ASSERT_NE(order, kOrder.end()) << tag << " has no " << name;
                 const auto found = std::find(order->second.begin(), order->second.end(), name);
                 ASSERT_NE(found, order->second.end()) << tag << " has no " << name;
@@ -469,11 +467,10 @@ TEST(LegacyConverter, TextsComeThroughWhole)
                               "<category value='\xE2\x82\xAC'/></categories>",
                               "\xE2\x82\xAC");
     const Published published(parts);
-    const auto* field =
-        ChildElements(ChildElement(published.Root(), "DataDictionary"), "DataField")[1];
+    const Element field = DataFields(published.Root()).First().NextSibling();
     Texts values;
-    for (const auto* value : ChildElements(field, "Value")) {
-        values.push_back(AttributeText(value, "value"));
+    for (const Element value : field.Children("Value")) {
+        values.push_back(value.Text("value"));
     }
     EXPECT_EQ(values, (Texts{"<&\"'>", "tab\tline\nreturn\r", "\xE2\x82\xAC"}));
 }

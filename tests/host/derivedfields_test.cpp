@@ -427,5 +427,102 @@ TEST(TransformationDictionary, RecordOfDerivedValuesIsReadByNameAlone)
     EXPECT_EQ(record->GetValue("d")->GetDouble(), 5.0);
 }
 
+// Fields that something else than a DerivedField declares, such as those of an Output section.
+class GivenFields : public testing::Test {
+protected:
+    static Dom Parsed(const std::string& fields, const std::string& functions = "")
+    {
+        return Dom("<PMML><DataDictionary>" + std::string(kDataFields) +
+                   "</DataDictionary><TransformationDictionary>" +
+                   "<DefineFunction name='f'><Constant>1</Constant></DefineFunction>" +
+                   "<DefineFunction name='g'><Constant>2</Constant></DefineFunction>" +
+                   "</TransformationDictionary><Model><LocalTransformations>" + functions +
+                   DerivedField("q", FieldRef("nosuch")) + "</LocalTransformations><Output>" +
+                   fields + "</Output></Model></PMML>");
+    }
+
+    // Each child of Output has its name as tag, its type as attributes and its expression within.
+    TransformationDictionary* Read(const Dom& dom)
+    {
+        dictionary_.reset(reader_.ParseDictionary(dom.First("DataDictionary"), true));
+        std::vector<DerivedDeclaration> given;
+        for (auto* child = dom.First("Output")->getFirstElementChild(); child != nullptr;
+             child = child->getNextElementSibling()) {
+            const auto text = [&](const char* attribute) {
+                return Utf8FromXml(child->getAttribute(XmlFromUtf8(attribute).c_str()));
+            };
+            given.push_back({Utf8FromXml(child->getTagName()), text("optype"), text("dataType"),
+                             child, child->getFirstElementChild()});
+        }
+        derived_.reset(reader_.ReadDerivedFields(given, dom.First("Model"), dictionary_.get()));
+        return derived_.get();
+    }
+
+    static std::string Given(const std::string& name, const std::string& expression,
+                             const std::string& type = "optype='continuous' dataType='double'")
+    {
+        return "<" + name + " " + type + ">" + expression + "</" + name + ">";
+    }
+
+    PmmlReader reader_;
+    std::unique_ptr<ScoreDictionary> dictionary_;
+    std::unique_ptr<TransformationDictionary> derived_;
+};
+
+TEST_F(GivenFields, NameEachOtherInAnyOrderAndTheFunctionsAround)
+{
+    const Dom dom = Parsed(Given("a", Apply("+", FieldRef("d") + Apply("f", ""))) +
+                               Given("d", FieldRef("x")) + Given("e", Apply("g", "")) +
+                               Given("h", FieldRef("c") + "<Value value='z'/>",
+                                     "optype='categorical' dataType='string'"),
+                           "<DefineFunction name='f'><Constant>10</Constant></DefineFunction>");
+    ASSERT_NE(Read(dom), nullptr);
+    CaseRecord record({"x"});
+    record.Own(0, std::make_unique<NumericValue>(4.0));
+    const auto var = [&](const char* name) -> const TransformVar& {
+        return static_cast<const TransformVar&>(*derived_->GetVar(name));
+    };
+    const auto value = [&](const char* name) {
+        return var(name)
+            .GetTransformedValue(&record, dictionary_.get(), derived_.get())
+            ->GetDouble();
+    };
+    EXPECT_EQ(value("d"), 4.0);
+    EXPECT_EQ(value("a"), 14.0);  // the model's function goes before the document's
+    EXPECT_EQ(value("e"), 2.0);
+    // their own Value elements say nothing of the expression's outcome
+    EXPECT_EQ(Categories(var("h")), (Texts{"a", "b"}));
+    EXPECT_EQ(derived_->GetVar("q"), nullptr);
+}
+
+TEST_F(GivenFields, NoneAreNoDictionary) { EXPECT_EQ(Read(Parsed("")), nullptr); }
+
+TEST_F(GivenFields, ARefusalStandsAtTheElementThatIsToBlame)
+{
+    struct Fault {
+        const char* what;
+        std::string fields;
+        int code;
+        const char* element;
+    };
+    const Fault faults[] = {
+        {"the name of a data field", Given("x", FieldRef("y")), kDuplicateField, "x"},
+        {"a name twice", Given("a", FieldRef("y")) + Given("a", FieldRef("y")), kDuplicateField,
+         "a"},
+        {"an unknown type", Given("a", FieldRef("x"), "optype='continuous' dataType='number'"),
+         kUnknownDataType, "a"},
+        {"a cycle", Given("a", FieldRef("d")) + Given("d", FieldRef("a")), kDerivedFieldCycle, "a"},
+        {"a field that nothing declares", Given("a", FieldRef("nosuch")), kUnknownFieldReference,
+         "FieldRef"},
+        {"what is no expression", Given("a", "<Lag field='x'/>"), kExpressionNotSupported, "Lag"},
+    };
+    for (const Fault& fault : faults) {
+        const Dom dom = Parsed(fault.fields);
+        EXPECT_EQ(RefusalOf([&] { Read(dom); }).code, fault.code) << fault.what;
+        ASSERT_NE(reader_.CurrentElement(), nullptr) << fault.what;
+        EXPECT_EQ(Utf8FromXml(reader_.CurrentElement()->getTagName()), fault.element) << fault.what;
+    }
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

@@ -370,6 +370,8 @@ TEST(Casting, FollowsTheDataTypeOfTheDerivedField)
         {"double", Constant("true", "dataType='boolean'"), 1.0},
         {"double", Apply("equal", Constant("1") + Constant("2")), 0.0},
         {"double", Constant("", "missing='true'"), kMissing},
+        {"double", Constant("", "missing='1'"), kMissing},
+        {"double", Constant("5", "missing='0'"), 5.0},
         {"double", Apply("ln", Constant("0")), kNaN},
         // 2000-01-01 is day 10957 since 1970; values of variables count from there
         {"date", moment, 10958.0},

@@ -16,6 +16,7 @@
 #include "models/gzlrmodel.h"
 #include "models/lrmodel.h"
 #include "models/mlrmodel.h"
+#include "models/normalizedmodel.h"
 #include "models/ogzlrmodel.h"
 #include "models/ormodel.h"
 #include "tests/models/modelfixture.h"
@@ -524,6 +525,28 @@ std::unique_ptr<DrawnModel> DrawMultinomial(Draw& draw, bool plain, int)
     return drawn;
 }
 
+// By the standard's words; "simplemax" first.
+constexpr const char* kNormalizations[] = {"simplemax", "none",   "logit",  "probit",
+                                           "cloglog",   "loglog", "cauchit"};
+
+std::unique_ptr<DrawnModel> DrawNormalized(Draw& draw, bool plain, int normalization)
+{
+    auto drawn =
+        std::make_unique<Drawn<NormalizedModel>>(draw, plain, DrawTarget(draw, 2 + draw.Below(5)));
+    NormalizedModel& model = drawn->built.model;
+    EXPECT_TRUE(model.SetNormalization(kNormalizations[normalization]));
+    if (draw.Once(2)) model.SetOrdered();
+    drawn->AddPredictors(5, kListedKinds);
+    drawn->DrawTerms();
+    EXPECT_TRUE(drawn->built.SetUp());
+    drawn->WriteCells();
+    const std::vector<std::string> categories = CategoriesOf(model);
+    for (const std::string& category : categories) drawn->WriteBetas(category);
+    model.SetRemainder(draw.Of(categories));
+    drawn->Finish();
+    return drawn;
+}
+
 // Square; an incomplete one lacks places of a row or two.
 RegressionModel::Matrix DrawContrasts(DrawnModel& drawn, Draw& draw, size_t size, bool incomplete)
 {
@@ -747,6 +770,13 @@ constexpr DrawnFamily kFamilies[] = {
     {"GeneralizedPower", DrawGeneralized, GZLRModel::LINK_POWER},
     {"GeneralizedProbit", DrawGeneralized, GZLRModel::LINK_PROBIT},
     {"Multinomial", DrawMultinomial, 0},
+    {"NormalizedSimplemax", DrawNormalized, 0},
+    {"NormalizedNone", DrawNormalized, 1},
+    {"NormalizedLogit", DrawNormalized, 2},
+    {"NormalizedProbit", DrawNormalized, 3},
+    {"NormalizedCloglog", DrawNormalized, 4},
+    {"NormalizedLoglog", DrawNormalized, 5},
+    {"NormalizedCauchit", DrawNormalized, 6},
     {"Binary", DrawBinary, 0},
     {"Conditional", DrawConditional, 0},
     {"OrdinalLogit", DrawOrdinal<ORModel>, CumulativeLinkModel::CUM_LOGIT},

@@ -32,6 +32,8 @@ const Row kRows[] = {
      4.2,
      {{"algorithmName", "other"}, {"modelName", "conditionalLogistic"}},
      0},
+    {"multinomialLogistic", 4.2, {{"algorithmName", "normalizedRegression"}}, 12},
+    {"multinomialLogistic", 3.0, {{"algorithmName", "normalizedRegression"}}, 0},
     {"multinomialLogistic", 4.2, {{"algorithmName", "GZLM"}}, 1},
     {"multinomialLogistic", 4.2, {{"algorithmName", "GEE"}, {"distribution", ""}}, 1},
     {"multinomialLogistic",
@@ -115,12 +117,13 @@ TEST(MakeModel, EveryFamilyHasItsClass)
                                                    {kGeneralizedLinear, ScoreModel::TYPE_GZLR},
                                                    {kOrdinalGeneralized, ScoreModel::TYPE_ORDINAL},
                                                    {kCox, ScoreModel::TYPE_COXREG},
-                                                   {kCoxComplexSamples, ScoreModel::TYPE_CSCOXREG}};
+                                                   {kCoxComplexSamples, ScoreModel::TYPE_CSCOXREG},
+                                                   {kNormalized, ScoreModel::TYPE_MLR}};
     for (const auto& [code, type] : families) {
         EXPECT_EQ(MakeModel(code, "")->GetModelType(), type) << code;
     }
     EXPECT_THROW(MakeModel(static_cast<FamilyCode>(4), ""), VSException);
-    EXPECT_THROW(MakeModel(static_cast<FamilyCode>(12), ""), VSException);
+    EXPECT_THROW(MakeModel(static_cast<FamilyCode>(13), ""), VSException);
 }
 
 TEST(Trace, SaysTheFamilyAndTheWayInAndOut)

@@ -86,10 +86,10 @@ std::vector<BadDocument> BadDocuments()
          With("<ParameterList>", "<q:ParameterList>", "</ParameterList>", "</q:ParameterList>"),
          "the prefix 'q' of q:ParameterList is not declared"},
         {"EmptyName", With("predictorName=\"x\"", "predictorName=\"\"", "", ""),
-         "(empty) is neither in the"},
+         "PPCell predictorName empty is no predictor of the model"},
         {"UnknownParameterOfACell",
          With("parameterName=\"p1\" beta", "parameterName=\"q\" beta", "", ""),
-         "no place for (none) (targetCategory) and q (parameterName)"},
+         "PCell parameterName \"q\" is no parameter of the model, which has one of \"p0\""},
         {"Doctype", "<!DOCTYPE PMML [<!ENTITY a \"b\">]><PMML version=\"4.4\"/>", "DOCTYPE"},
         {"ExternalEntity", "<!DOCTYPE PMML [<!ENTITY a SYSTEM \"/etc/hostname\">]><PMML>&a;</PMML>",
          "DOCTYPE"},
@@ -137,21 +137,30 @@ INSTANTIATE_TEST_SUITE_P(Documents, BadDocumentTest, testing::ValuesIn(BadDocume
 
 TEST(BadDocument, OfAnotherModelIsToldByItsName)
 {
-    // the models of the standard, but the one that is read
+    // the models of the standard, but the two that are read
     const ScratchFolder folder;
     for (const std::string model :
          {"AnomalyDetectionModel", "AssociationModel", "BaselineModel", "BayesianNetworkModel",
           "ClusteringModel", "GaussianProcessModel", "MiningModel", "NaiveBayesModel",
-          "NearestNeighborModel", "NeuralNetwork", "RegressionModel", "RuleSetModel", "Scorecard",
-          "SequenceModel", "SupportVectorMachineModel", "TextModel", "TimeSeriesModel",
-          "TreeModel"}) {
+          "NearestNeighborModel", "NeuralNetwork", "RuleSetModel", "Scorecard", "SequenceModel",
+          "SupportVectorMachineModel", "TextModel", "TimeSeriesModel", "TreeModel"}) {
         const Finished run =
             RunVelscore({"check", "-"}, "<PMML version='4.4'><Header/>\n<" + model + "/></PMML>");
         EXPECT_EQ(run.exitCode, 2);
-        EXPECT_NE(run.out.find("standard input:2:1: the document holds a " + model + ";"),
+        EXPECT_NE(run.out.find("standard input:2:1: fault: the document holds a " + model + ";"),
                   std::string::npos)
             << run.out;
     }
+}
+
+TEST(BadDocument, ARegressionModelIsNotReadAsItIs)
+{
+    const Finished run = RunVelscore({"check", "--as-is", "-"},
+                                     "<PMML version='4.4'><Header/>\n<RegressionModel/></PMML>");
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_NE(run.out.find("standard input:2:1: fault: the document holds a RegressionModel;"),
+              std::string::npos)
+        << run.out;
 }
 
 TEST(BadDocumentFile, MissingFolderAndUnreadableFilesAreRefused)

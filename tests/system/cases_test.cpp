@@ -1,4 +1,5 @@
-// Every folder of tests/data/cases through the command: real models, real tables, R's numbers.
+// Every folder of tests/data/cases and tests/data/regression through the command: real models, real
+// tables, the numbers of the programs that fitted them.
 
 #include <algorithm>
 #include <cmath>
@@ -14,11 +15,11 @@
 namespace MCVelscore_850 {
 namespace {
 
-std::vector<std::string> CaseNames()
+std::vector<std::string> CaseNames(const std::string& folder)
 {
     std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(DataFile("cases"))) {
-        if (entry.is_directory()) names.push_back(entry.path().filename().string());
+    for (const auto& entry : std::filesystem::directory_iterator(DataFile(folder))) {
+        if (entry.is_directory()) names.push_back(folder + "/" + entry.path().filename().string());
     }
     std::sort(names.begin(), names.end());
     return names;
@@ -34,9 +35,9 @@ bool Agrees(double found, double expected, double tolerance)
 
 class Cases : public testing::TestWithParam<std::string> {};
 
-TEST_P(Cases, ScoreAsRDoes)
+TEST_P(Cases, ScoreAsTheFittingProgramDoes)
 {
-    const std::string folder = DataFile("cases/" + GetParam() + "/");
+    const std::string folder = DataFile(GetParam() + "/");
     const auto about = nlohmann::json::parse(ReadFile(folder + "case.json"));
     const Finished run = RunVelscore({"score", folder + "model.pmml", folder + "input.csv"});
     ASSERT_EQ(run.exitCode, 0) << run.err;
@@ -64,7 +65,7 @@ TEST_P(Cases, ScoreAsRDoes)
                 const double score = std::strtod(found[row].c_str(), &end);
                 EXPECT_EQ(*end, '\0') << found[row];
                 EXPECT_TRUE(Agrees(score, number, tolerance))
-                    << "row " << row + 1 << ": " << found[row] << ", R has " << wanted[row];
+                    << "row " << row + 1 << ": " << found[row] << ", expected " << wanted[row];
             }
         }
     }
@@ -76,13 +77,38 @@ TEST_P(Cases, ScoreAsRDoes)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(R, Cases, testing::ValuesIn(CaseNames()), [](const auto& each) {
-    std::string name = each.param;
+std::string TestName(const testing::TestParamInfo<std::string>& each)
+{
+    std::string name = each.param.substr(each.param.find('/') + 1);
     std::replace_if(
         name.begin(), name.end(),
         [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); }, '_');
     return name;
-});
+}
+
+INSTANTIATE_TEST_SUITE_P(R, Cases, testing::ValuesIn(CaseNames("cases")), TestName);
+INSTANTIATE_TEST_SUITE_P(RegressionModel, Cases, testing::ValuesIn(CaseNames("regression")),
+                         TestName);
+
+// The general form of a RegressionModel says the same to the last digit.
+class ConvertedCases : public testing::TestWithParam<std::string> {};
+
+TEST_P(ConvertedCases, ScoreAsTheirRegressionModel)
+{
+    const std::string folder = DataFile(GetParam() + "/");
+    const ScratchFolder scratch;
+    const std::string converted = scratch.Path("converted.pmml");
+    const Finished conversion = RunVelscore({"convert", folder + "model.pmml", "-o", converted});
+    ASSERT_EQ(conversion.exitCode, 0) << conversion.err;
+    const Finished check = RunVelscore({"check", converted});
+    EXPECT_EQ(check.exitCode, 0) << check.out;
+    EXPECT_EQ(check.out.find("RegressionModel with"), std::string::npos) << check.out;
+    EXPECT_EQ(RunVelscore({"score", converted, folder + "input.csv"}).out,
+              RunVelscore({"score", folder + "model.pmml", folder + "input.csv"}).out);
+}
+
+INSTANTIATE_TEST_SUITE_P(RegressionModel, ConvertedCases,
+                         testing::ValuesIn(CaseNames("regression")), TestName);
 
 }  // namespace
 }  // namespace MCVelscore_850

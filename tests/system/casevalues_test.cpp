@@ -296,7 +296,7 @@ TEST_F(CaseValues, FractionThatTheDocumentItselfNamesIsAValueOfAnIntegerField)
             {{"x", "1", "1"}}},
            kGeneralLinear, "x", {{"1.5", 2.5}, {"2", 3}, {"2.5", kRefused}});
     Expect({Categorical("x", "integer", {"1", "2"}), Mining("x"), {{"x", "1.5", "10", true}}},
-           kGeneralLinear, "x", {{"1.5", 11}, {"1", 1}, {"2.5", kRefused}});
+           kGeneralLinear, "x", {{"1.5", 11}, {"1", 1}, {"2.5", kRefused}}, {"--as-is"});
     Expect({Continuous("x", "integer"),
             Mining("x", "outliers='asExtremeValues' lowValue='18.5' highValue='64.25'"),
             {{"x", "1", "1"}}},

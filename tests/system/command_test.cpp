@@ -113,14 +113,15 @@ TEST_F(Command, CheckReportsEachDocumentAndEndsWithTwoWhenOneIsRefused)
     const Finished fine = RunVelscore({"check", good, version});
     EXPECT_EQ(fine.exitCode, 0) << fine.err;
     EXPECT_TRUE(Has(fine.out, good + ": OK")) << fine.out;
-    EXPECT_TRUE(Has(fine.out, "adapted: line 2")) << fine.out;
+    EXPECT_TRUE(Has(fine.out, version + ":2:1: adapted: ")) << fine.out;
 
     const Finished mixed = RunVelscore({"check", bad, good});
     EXPECT_EQ(mixed.exitCode, 2);
     EXPECT_TRUE(Has(mixed.out, good + ": OK")) << mixed.out;
     // file:line:column, what was found, the code, what to do
     const std::string place = ":" + std::to_string(LineOf(wrong.Text(), "beta=\"two\"")) + ":7: ";
-    EXPECT_TRUE(Has(mixed.out, "refused: " + bad + place)) << mixed.out;
+    EXPECT_TRUE(Has(mixed.out, bad + place + "fault: ")) << mixed.out;
+    EXPECT_TRUE(Has(mixed.out, bad + ": refused\n")) << mixed.out;
     EXPECT_TRUE(Has(mixed.out, "two")) << mixed.out;
     EXPECT_TRUE(Has(mixed.out, "[269001]")) << mixed.out;
     EXPECT_TRUE(Has(mixed.out, "what to do: ")) << mixed.out;

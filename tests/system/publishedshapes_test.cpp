@@ -55,6 +55,28 @@ TEST(PublishedShapes, GeneralLinear)
                   {std::sqrt(0.5 - 2 * 0.25 + 0.75 + 16 * 0.0625), std::sqrt(0.5)});
 }
 
+TEST(PublishedShapes, DesignsOfSingleCategories)
+{
+    const CsvText scores =
+        Scores("category-designs.pmml", "hours,season\n1.5,winter\n1.5,summer\n-2,winter\n");
+    // In the equation of "car" p1 is the hours, in that of "train" their square; p2 is the hours,
+    // and in that of "train" in winter alone.
+    Numbers bus, car, train;
+    for (const auto& [hours, winter] :
+         std::vector<std::pair<double, double>>{{1.5, 1.0}, {1.5, 0.0}, {-2.0, 1.0}}) {
+        const double byCar = std::exp(0.5 + 0.25 * hours - hours);
+        const double byTrain = std::exp(-0.5 + 0.125 * hours * hours + 2 * hours * winter);
+        const double sum = 1.0 + byCar + byTrain;
+        bus.push_back(1.0 / sum);
+        car.push_back(byCar / sum);
+        train.push_back(byTrain / sum);
+    }
+    ExpectNumbers(scores, "probability(bus)", bus);
+    ExpectNumbers(scores, "probability(car)", car);
+    ExpectNumbers(scores, "probability(train)", train);
+    EXPECT_EQ(scores.Texts("prediction"), (Texts{"train", "bus", "car"}));
+}
+
 TEST(PublishedShapes, GammaWithPowerLink)
 {
     // The link is eta = mu^-1.

@@ -50,11 +50,12 @@ TEST_F(Summary, TellsAllOfARun)
     const Json report = Report(
         {one, two, "--rejects", folder_.Path("rejects.csv"), "--threads", "2", "--strict"}, 5);
     EXPECT_EQ(KeysOf(report),
-              (Texts{"velscore",    "document",  "documentVersion", "documentSha256",
-                     "family",      "adapted",   "tables",          "rows",
-                     "scored",      "notScored", "rejected",        "unlisted",
-                     "rowsWritten", "exitCode",  "error",           "interrupted",
-                     "threads",     "seconds",   "rowsPerSecond",   "peakMemoryBytes"}));
+              (Texts{"velscore",       "document",    "documentVersion", "documentSha256",
+                     "family",         "adapted",     "notices",         "tables",
+                     "rows",           "scored",      "notScored",       "rejected",
+                     "unlisted",       "rowsWritten", "exitCode",        "error",
+                     "interrupted",    "threads",     "seconds",         "rowsPerSecond",
+                     "peakMemoryBytes"}));
     const std::string page = ReadFile("docs/batch.md");
     for (const std::string& key : KeysOf(report)) {
         EXPECT_NE(page.find("`" + key + "`"), std::string::npos) << key;
@@ -68,6 +69,7 @@ TEST_F(Summary, TellsAllOfARun)
     EXPECT_EQ(report["family"], "general linear model");
     ASSERT_EQ(report["adapted"].size(), 1u);
     EXPECT_NE(report["adapted"][0].get<std::string>().find("[short-version]"), std::string::npos);
+    EXPECT_EQ(report["notices"], Json::array());
     EXPECT_EQ(report["tables"], Json({one, two}));
     EXPECT_EQ(report["rows"], 6);
     EXPECT_EQ(report["scored"], 2);

@@ -1,0 +1,131 @@
+#include "engine/documents/audit/cellchecks.h"
+#include "engine/documents/audit/documentaudit.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+constexpr bool kStrict = true;
+constexpr bool kLenient = false;
+constexpr bool kNoticeInOlderForm = true;
+
+constexpr AuditRule kRules[] = {
+    // Names.
+    {{"unknown-parameter", Answer::Fault, kStrict,
+      "{element} {attribute} {found} is no parameter of the model, which has {expected}{meant}",
+      "Write the parameter's name as the list of parameters has it, or add it there; remove the "
+      "cell "
+      "where it is of another model."},
+     FindUnknownParameters,
+     nullptr,
+     kNoticeInOlderForm},
+    {{"unknown-predictor", Answer::Fault, kStrict,
+      "{element} {attribute} {found} is no predictor of the model, which has {expected}{meant}",
+      "Write the predictor's name as the list of factors or covariates has it, or add it there."},
+     FindUnknownPredictors},
+    {{"unknown-category", Answer::Fault, kStrict,
+      "{element} {attribute} {found} is no category of {what}, which has {expected}{meant}",
+      "Write the category as the field lists it, upper and lower case alike; add it to the field "
+      "where it is one."},
+     FindUnknownCategories,
+     nullptr,
+     kNoticeInOlderForm},
+    {{"contrasts-as-categories", Answer::Fault, kStrict,
+      "{element} {attribute} {found} is no category of factor {what} but seems to be a column of "
+      "its contrast matrix: the factor has {expected}, and no case would meet its cells",
+      "The model was fitted with sum, Helmert or polynomial contrasts, of which the export wrote "
+      "the columns as if they were categories. Fit it with treatment contrasts (contr.treatment) "
+      "and export it again, or give the factor its contrast matrix."},
+     FindContrastsAsCategories},
+    {{"design-of-category", Answer::Fault, kStrict,
+      "{element} {attribute} {found} gives that category a design of its own, which can't be read: "
+      "{what}",
+      "Give each parameter its cells without targetCategory, and parameters of its own to a "
+      "category whose terms differ."},
+     FindDesignsOfCategories},
+    // Cells that go together.
+    {{"contradicting-cells", Answer::Fault, kStrict,
+      "{element} {attribute} {found} contradicts {expected} of an earlier cell for {what}",
+      "Keep the cell that is right and remove the other."},
+     FindContradictingCells},
+    {{"repeated-cell", Answer::Notice, kLenient,
+      "{element} {attribute} {found} says again what an earlier cell says for {what}: it counts "
+      "once",
+      "Remove one of the two. A square of a covariate is one cell with the value 2."},
+     FindRepeatedCells},
+    {{"asymmetric-covariances", Answer::Fault, kStrict,
+      "{element} {attribute} {found} differs from {expected} in the other triangle for {what}",
+      "A covariance is the same in both directions: put the wrong triangle right, or give one of "
+      "them alone."},
+     FindAsymmetricCovariances},
+    {{"negative-variance", Answer::Fault, kStrict,
+      "{element} {attribute} {found} is a variance of parameter {what} below 0",
+      "Look the covariance matrix up where the model was fitted: no standard error can be had of "
+      "it."},
+     FindNegativeVariances},
+    {{"covariance-without-variance", Answer::Fault, kStrict,
+      "{element} {attribute} {found} has a covariance but no variance",
+      "Add the cell of that parameter with itself, or leave all covariances out: the model then "
+      "has no standard errors."},
+     FindCovariancesWithoutVariance},
+    {{"beta-of-reference", Answer::Fault, kStrict,
+      "{element} {attribute} {found} belongs to {what}, which the model names as its reference "
+      "category: that one has no betas",
+      "Correct targetReferenceCategory of the model or targetCategory of the cell."},
+     FindBetasOfReference},
+    // What no cell says.
+    {{"empty-matrix", Answer::Fault, kStrict, "{expected} {what}",
+      "Give it the cells of the predictors that the lists name; a model without predictors lists "
+      "none."},
+     FindEmptyMatrices},
+    {{"unpaired-parameters", Answer::Fault, kStrict,
+      "{element} has {what} parameters beside the constant for {expected} predictors, which are "
+      "paired by position",
+      "List one parameter for each predictor, in their order, and the constant as \"(Constant)\"; "
+      "or say by cells (PPMatrix) which belong together."},
+     FindUnpairedParameters},
+    {{"cell-against-position", Answer::Notice, kStrict,
+      "{element} ties parameter {what} to {attribute} {found} in another way than their positions "
+      "do, by which a linear regression goes in this form",
+      "Bring parameters and predictors into the same order."},
+     FindCellsAgainstPosition},
+    {{"logical-covariate", Answer::Fault, kStrict,
+      "{element} {attribute} {found} has a beta and no cell, and predictor {what} has none either: "
+      "the beta would count in every case, whether {what} is true or not",
+      "The export left out the cell of a logical predictor. List {what} as a factor and add its "
+      "PPCell for this parameter, with the value that stands for true; or make the predictor a "
+      "number or factor before fitting."},
+     FindLogicalCovariates},
+    {{"parameter-without-cell", Answer::Fault, kStrict,
+      "{element} {attribute} {found} has a beta and no cell: it would count in every case, as a "
+      "second constant",
+      "Add the PPCells that tie the parameter to its predictors, or remove its beta."},
+     FindParametersWithoutCell},
+    {{"offset-as-covariate", Answer::Fault, kStrict,
+      "{element} {attribute} {found} is listed as a {what} that no cell uses, and its name says "
+      "that it is an offset: it would count as 0",
+      "The export wrote the model's offset term as a predictor without a parameter. Name the field "
+      "with its values, on the scale of the linear predictor, as offsetVariable of the model, and "
+      "take it out of the list."},
+     FindOffsetsAsCovariates},
+    {{"unused-predictor", Answer::Notice, kStrict,
+      "{element} {attribute} {found} is listed as a {what} that no cell uses: it has no effect on "
+      "the scores",
+      "Take it out of the list. Should it be an offset, name it as offsetVariable of the model."},
+     FindUnusedPredictors},
+    {{"parameter-without-beta", Answer::Notice, kStrict,
+      "{element} {attribute} {found} has no beta{what}: it counts as 0",
+      "Add its cell with the beta, or one with a beta of 0 and a df of 0."},
+     FindParametersWithoutBeta},
+    {{"threshold-without-beta", Answer::Fault, kStrict,
+      "{element} has no threshold for category {what} (parameter {found})",
+      "Give the parameter without predictors a cell with beta for each category of the target but "
+      "the last."},
+     FindThresholdsWithoutBeta},
+};
+
+}  // namespace
+
+std::span<const AuditRule> CellRules() { return kRules; }
+
+}  // namespace MCVelscore_850

@@ -1,0 +1,75 @@
+#include "engine/documents/audit/documentaudit.h"
+
+#include <algorithm>
+
+#include "engine/documents/documentloader.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+using RuleTable = std::span<const AuditRule> (*)();
+
+constexpr RuleTable kTables[] = {VocabularyRules, CellRules,  FamilyRules,         BaselineRules,
+                                 ContrastRules,   FieldRules, TransformationRules, ExtensionRules};
+
+}  // namespace
+
+std::vector<const AuditRule*> AllAuditRules()
+{
+    std::vector<const AuditRule*> rules;
+    for (const RuleTable table : kTables) {
+        for (const AuditRule& rule : table()) rules.push_back(&rule);
+    }
+    return rules;
+}
+
+const Rule* FindAuditRule(std::string_view name)
+{
+    for (const AuditRule* rule : AllAuditRules()) {
+        if (rule->rule.name == name) return &rule->rule;
+    }
+    return nullptr;
+}
+
+DocumentAudit::DocumentAudit(const Document& document, std::span<const std::string> allowed,
+                             Findings& findings)
+    : document_(document), allowed_(allowed.begin(), allowed.end()), findings_(findings)
+{}
+
+void DocumentAudit::LookAtNames()
+{
+    sawNames_ = true;
+    LookAtVocabulary(document_.Root(), [this](const Rule& rule, const Detail& detail) {
+        findings_.Add(rule, AnswerOf(rule), detail);
+    });
+}
+
+void DocumentAudit::LookAtTree()
+{
+    if (!sawNames_) LookAtNames();
+    facts_ = GatherFacts(document_);
+    for (const AuditRule* rule : AllAuditRules()) {
+        if (rule->tree == nullptr) continue;
+        RuleReport report(rule->rule, AnswerOf(rule->rule, rule->noticeInOlderForm), findings_);
+        rule->tree(facts_, report);
+    }
+}
+
+void DocumentAudit::LookAtModel(const ModelDescription& model)
+{
+    for (const AuditRule* rule : AllAuditRules()) {
+        if (rule->model == nullptr) continue;
+        RuleReport report(rule->rule, AnswerOf(rule->rule, rule->noticeInOlderForm), findings_);
+        rule->model(facts_, model, report);
+    }
+}
+
+Answer DocumentAudit::AnswerOf(const Rule& rule, bool isNoticeInOlderForm) const
+{
+    const bool isAllowed = std::find(allowed_.begin(), allowed_.end(), rule.name) != allowed_.end();
+    const bool isPassedOver = isAllowed || (isNoticeInOlderForm && facts_.older);
+    return isPassedOver && rule.answer == Answer::Fault ? Answer::Notice : rule.answer;
+}
+
+}  // namespace MCVelscore_850

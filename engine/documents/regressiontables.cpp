@@ -1,0 +1,167 @@
+#include "engine/documents/regressiontables.h"
+
+#include <algorithm>
+#include <cmath>
+#include <span>
+#include <string_view>
+
+#include "host/documents/documentplace.h"
+#include "host/documents/pmmlmodeltags.h"
+#include "host/documents/veltranscoder.h"
+#include "host/messages/messages.h"
+#include "host/messages/nearword.h"
+
+namespace MCVelscore_850 {
+
+namespace {
+
+using Tags = PMMLModelTags;
+
+const std::string kTable = "RegressionTable";
+const std::string kMapMissingTo = "mapMissingTo";
+
+// What the standard lets each element have.
+struct Attributes {
+    std::string_view tag;
+    std::vector<std::string> names;
+};
+
+const Attributes kAttributes[] = {
+    {"RegressionModel",
+     {"modelName", "functionName", "algorithmName", "modelType", "targetFieldName",
+      "normalizationMethod", "isScorable"}},
+    {kTable, {"intercept", "targetCategory"}},
+    {"NumericPredictor", {"name", "exponent", "coefficient"}},
+    {"CategoricalPredictor", {"name", "value", "coefficient"}},
+    {"PredictorTerm", {"name", "coefficient"}},
+    {"FieldRef", {"field", kMapMissingTo}},
+};
+
+// A misspelt attribute would count as one that is left out. Others' own are passed over.
+void ExpectKnownAttributes(Element element)
+{
+    const auto* known = std::find_if(std::begin(kAttributes), std::end(kAttributes),
+                                     [&](const Attributes& row) { return element.Is(row.tag); });
+    if (known == std::end(kAttributes)) return;
+    element.ForEachAttribute([&](Element::RawText raw, Element::RawText) {
+        const std::string name = Utf8FromXml(raw.data());
+        const auto& names = known->names;
+        if (std::find(names.begin(), names.end(), name) != names.end()) return;
+        const std::string meant = NearWord(name, names);
+        if (meant.empty()) return;
+        RefuseAt(element.Dom(), kMisspeltAttribute, name.c_str(), element.Tag().c_str(),
+                 meant.c_str());
+    });
+}
+
+std::string Required(Element element, const std::string& attribute)
+{
+    ExpectKnownAttributes(element);
+    if (!element.Has(attribute)) {
+        RefuseAt(element.Dom(), kAbsent, attribute.c_str(), element.Tag().c_str());
+    }
+    return element.Text(attribute);
+}
+
+double FiniteNumber(Element element, const std::string& attribute)
+{
+    const std::optional<double> number = element.Number(attribute);
+    if (!number || !std::isfinite(*number)) {
+        RefuseAt(element.Dom(), kNotFinite, element.Text(attribute).c_str(), attribute.c_str(),
+                 element.Tag().c_str());
+    }
+    return *number;
+}
+
+std::string Coefficient(Element element)
+{
+    std::string text = Required(element, "coefficient");
+    FiniteNumber(element, "coefficient");
+    return text;
+}
+
+RegressionTerm ReadNumeric(Element element)
+{
+    const double exponent = element.Has("exponent") ? FiniteNumber(element, "exponent") : 1.0;
+    return {element,
+            Coefficient(element),
+            {{.field = Required(element, "name"), .exponent = exponent}}};
+}
+
+RegressionTerm ReadCategorical(Element element)
+{
+    return {element,
+            Coefficient(element),
+            {{.field = Required(element, "name"), .category = Required(element, "value")}}};
+}
+
+RegressionTerm ReadProduct(Element element)
+{
+    RegressionTerm term{element, Coefficient(element), {}};
+    for (const Element child : element.Children()) {
+        if (child.Is(Tags::XML_ELE_EXTENSION)) continue;
+        if (!child.Is("FieldRef")) {
+            RefuseAt(child.Dom(), kUnexpectedTableElement, child.Tag().c_str(),
+                     element.Tag().c_str());
+        }
+        TermFactor factor{.field = Required(child, "field")};
+        if (child.Has(kMapMissingTo)) {
+            FiniteNumber(child, kMapMissingTo);
+            factor.mapMissingTo = child.Text(kMapMissingTo);
+        }
+        term.factors.push_back(std::move(factor));
+    }
+    if (term.factors.empty()) {
+        RefuseAt(element.Dom(), kAbsent, "FieldRef", element.Tag().c_str());
+    }
+    return term;
+}
+
+struct TermReader {
+    std::string_view tag;
+    RegressionTerm (*read)(Element);
+};
+
+constexpr TermReader kTermReaders[] = {
+    {"NumericPredictor", ReadNumeric},
+    {"CategoricalPredictor", ReadCategorical},
+    {"PredictorTerm", ReadProduct},
+};
+
+RegressionTable ReadTable(Element element)
+{
+    ExpectKnownAttributes(element);
+    RegressionTable table{element, element.Text("targetCategory"), "0", {}};
+    if (element.Has("intercept")) {
+        FiniteNumber(element, "intercept");
+        table.intercept = element.Text("intercept");
+    }
+    for (const Element child : element.Children()) {
+        if (child.Is(Tags::XML_ELE_EXTENSION)) continue;
+        const auto* reader = std::find_if(std::begin(kTermReaders), std::end(kTermReaders),
+                                          [&](const TermReader& row) { return child.Is(row.tag); });
+        if (reader == std::end(kTermReaders)) {
+            RefuseAt(child.Dom(), kUnexpectedTableElement, child.Tag().c_str(), kTable.c_str());
+        }
+        table.terms.push_back(reader->read(child));
+    }
+    return table;
+}
+
+}  // namespace
+
+bool RegressionTable::IsEmpty() const
+{
+    return terms.empty() && element.Number("intercept").value_or(0.0) == 0.0;  // exact: as written
+}
+
+std::vector<RegressionTable> ReadRegressionTables(Element model)
+{
+    ExpectKnownAttributes(model);
+    std::vector<RegressionTable> tables;
+    for (const Element child : model.Children(kTable)) tables.push_back(ReadTable(child));
+    if (tables.empty()) RefuseAt(model.Dom(), kAbsent, kTable.c_str(), model.Tag().c_str());
+    return tables;
+}
+
+}  // namespace MCVelscore_850
