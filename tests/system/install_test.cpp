@@ -32,6 +32,39 @@ TEST(Install, TreeRunsAfterItWasMoved)
     EXPECT_EQ(run.out, RunVelscore({"score", model, cases}).out);
 }
 
+TEST(Install, TreeHasAManualPageForEachCommand)
+{
+    const ScratchFolder folder;
+    const std::filesystem::path pages = InstalledTree(folder) + "/share/man/man1";
+    for (const char* page :
+         {"velscore.1", "velscore-score.1", "velscore-curve.1", "velscore-check.1",
+          "velscore-inspect.1", "velscore-verify.1", "velscore-convert.1", "velscore-help.1"}) {
+        EXPECT_TRUE(std::filesystem::exists(pages / page)) << page;
+    }
+    const std::string text =
+        RunProgram({"/bin/sh", "-c", "cat " + (pages / "velscore-score.1").string()}).out;
+    // an option by its help, and a sentence of docs/command.md
+    EXPECT_NE(text.find("\\fB\\-\\-keep\\fR \\fIall|COLS\\fR"), std::string::npos);
+    EXPECT_NE(text.find(".SH DESCRIPTION"), std::string::npos);
+}
+
+TEST(Install, BashCompletesCommandsOptionsAndTheirWords)
+{
+    const ScratchFolder folder;
+    const std::string script =
+        InstalledTree(folder) + "/share/bash-completion/completions/velscore";
+    const auto complete = [&](const std::string& words, const std::string& at) {
+        return RunProgram({"/bin/bash", "-c",
+                           "source " + script + "; COMP_WORDS=(velscore " + words +
+                               "); COMP_CWORD=" + at +
+                               "; _velscore 2>/dev/null; echo ${COMPREPLY[@]}"})
+            .out;
+    };
+    EXPECT_EQ(complete("ins", "1"), "inspect\n");
+    EXPECT_EQ(complete("score --rej", "2"), "--rejects\n");
+    EXPECT_EQ(complete("score --format js", "3"), "jsonl\n");
+}
+
 // A project of a stranger's, which knows nothing but the package's name.
 TEST(Install, AStrangersProjectFindsTheStatistics)
 {
