@@ -135,7 +135,9 @@ TEST_P(EveryForm, TellsEachMisspeltAttributeWithTheNameThatIsMeant)
 
 TEST_P(EveryForm, TakesEachWordOfAnAttributeAndTellsOneInAnotherCase)
 {
-    for (const auto& [tag, word] : form.Words()) {
+    for (const auto& entry : form.Words()) {
+        const std::string& tag = entry.first;
+        const ElementWord* word = entry.second;
         for (const AttributeWord& attribute : word->attributes) {
             for (const std::string_view text : attribute.words) {
                 const auto with = [&](std::string_view value) {
