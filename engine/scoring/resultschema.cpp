@@ -26,12 +26,20 @@ X All(double number)
     return X{} + number;
 }
 
+// A mask that is set where one of the two is, without a branch.
+template <class Mask>
+Mask Either(Mask one, Mask other)
+{
+    return one | other;
+}
+bool Either(bool one, bool other) { return (int{one} | int{other}) != 0; }
+
 // What tells of a number, or of each of two, that it stands for none.
 struct LacksNumber {
     template <class X>
     static auto Of(X x)
     {
-        return (x == All<X>(kMissing)) | (x != x);
+        return Either(x == All<X>(kMissing), x != x);
     }
 };
 
@@ -40,7 +48,7 @@ struct LacksError {
     template <class X>
     static auto Of(X x)
     {
-        return LacksNumber::Of(x) | (x < X{});
+        return Either(LacksNumber::Of(x), x < X{});
     }
 };
 
@@ -50,7 +58,7 @@ struct LacksLimit {
     template <class X>
     static auto Of(X x)
     {
-        return (x <= All<X>(kMissing)) | (x >= All<X>(-kMissing)) | (x != x);
+        return Either(Either(x <= All<X>(kMissing), x >= All<X>(-kMissing)), x != x);
     }
 };
 

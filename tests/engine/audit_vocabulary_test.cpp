@@ -136,7 +136,7 @@ TEST_P(EveryForm, TellsEachMisspeltAttributeWithTheNameThatIsMeant)
 TEST_P(EveryForm, TakesEachWordOfAnAttributeAndTellsOneInAnotherCase)
 {
     for (const auto& entry : form.Words()) {
-        const std::string& tag = entry.first;
+        const std::string_view tag = entry.first;
         const ElementWord* word = entry.second;
         for (const AttributeWord& attribute : word->attributes) {
             for (const std::string_view text : attribute.words) {

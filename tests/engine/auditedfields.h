@@ -134,7 +134,8 @@ inline void ExpectFault(std::string_view document, const FaultRow& row,
     const size_t place = text.find(row.at);
     ASSERT_NE(place, std::string::npos) << row.at;
     const size_t lineStart = text.rfind('\n', place) + 1;  // npos + 1 is 0
-    EXPECT_EQ(finding.place.line, 1 + std::count(text.begin(), text.begin() + place, '\n'));
+    EXPECT_EQ(finding.place.line,
+              1 + std::ranges::count(std::string_view(text).substr(0, place), '\n'));
     EXPECT_EQ(finding.place.column, 1 + place - lineStart);
     EXPECT_EQ(finding.attribute, row.attribute);
     EXPECT_EQ(finding.found, row.found);

@@ -158,7 +158,9 @@ TEST(RulePage, ShowsExamplesThatItsRulesFind)
     const auto plugin = std::make_shared<const Plugin>(VELSCORE_PLUGIN);
     const Texts sound = SoundDocuments();
     const std::regex form("(?:`([^`]+)` for|without) `([^`]+)`");
-    for (const auto& [rule, row] : ToldRules()) {
+    for (const auto& entry : ToldRules()) {
+        const std::string& rule = entry.first;
+        const auto& row = entry.second;
         if (row.example.empty()) continue;
         std::smatch parts;
         ASSERT_TRUE(std::regex_match(row.example, parts, form)) << rule << ": " << row.example;
