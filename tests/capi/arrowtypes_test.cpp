@@ -242,12 +242,12 @@ TEST(Nan, IsMissingUnlessItIsToBeInvalid)
     replacing.xMining = R"(<MiningField name="x" missingValueReplacement="5"
       invalidValueTreatment="returnInvalid"/>)";
     const ReadTables missing = ScoresOf(replacing.Text(), table);
-    for (const size_t row : {1, 599}) {
+    for (const size_t row : {1u, 599u}) {
         EXPECT_EQ(NumbersOf(missing, "prediction")[row], 11) << row;
     }
     EXPECT_EQ(NumbersOf(missing, "prediction")[2], 3);
     const ReadTables invalid = ScoresOf(replacing.Text(), table, {.nan = "invalid"});
-    for (const size_t row : {1, 599}) {
+    for (const size_t row : {1u, 599u}) {
         EXPECT_EQ(NumbersOf(invalid, "prediction")[row], kNull) << row;
         EXPECT_EQ(NumbersOf(invalid, "status")[row], 269052) << row;
         EXPECT_EQ(invalid.Named("status_field")[row].text, "x") << row;

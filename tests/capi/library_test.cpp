@@ -229,7 +229,7 @@ TEST(Scan, GivesTheSameRowsInTheirOrderForAnyThreads)
     const ScratchFolder folder;
     const std::string path = folder.Write("cases.csv", ManyRows(kRows));
     const auto model = velscore::Model::FromText(TestModel().Text());
-    for (const size_t threads : {1, 2, 5}) {
+    for (const size_t threads : {1u, 2u, 5u}) {
         ArrowArrayStream out = model.ScanCsv(path, {.keep = {"id"}}, threads);
         std::string error;
         const ReadTables scores = ReadAll(out, &error);
@@ -440,7 +440,7 @@ TEST(Threads, EightShareOneModelWithOptionsOfTheirOwn)
 {
     const std::string folder = DataFile("cases/missing-lm-replacement/");
     const auto model = velscore::Model::Open(folder + "model.pmml");
-    const auto score = [&](int variant) {
+    const auto score = [&](size_t variant) {
         const char* const policies[] = {"", "substitute", "sysmis", "status"};
         velscore::ScoreOptions options{.policy = policies[variant % 4]};
         options.level = variant < 4 ? 0.0 : 0.8;
@@ -454,16 +454,16 @@ TEST(Threads, EightShareOneModelWithOptionsOfTheirOwn)
         return all;
     };
     std::vector<std::vector<double>> expected;
-    for (int variant = 0; variant < 8; ++variant) expected.push_back(score(variant));
+    for (size_t variant = 0; variant < 8; ++variant) expected.push_back(score(variant));
     EXPECT_NE(expected[0], expected[4]);
     EXPECT_NE(expected[1], expected[3]);
     const std::string about = model.Describe();
     std::atomic<int> wrong{0};
     std::vector<std::thread> threads;
-    for (int variant = 0; variant < 8; ++variant) {
+    for (size_t variant = 0; variant < 8; ++variant) {
         threads.emplace_back([&, variant] {
             for (int round = 0; round < 5; ++round) {
-                if (score(variant) != expected[static_cast<size_t>(variant)]) ++wrong;
+                if (score(variant) != expected[variant]) ++wrong;
                 if (model.Describe() != about) ++wrong;
             }
         });
