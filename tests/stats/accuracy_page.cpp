@@ -272,6 +272,20 @@ uses the quantiles of t and of the normal distribution, for limits at another co
 - For the rest the tables tell. The errors of `MCDistFun` grow with its parameters, those of
   `Precise` hardly; `MCDistFun` needs no Boost.
 
+## In a program of your own
+
+An installed tree has them as a static library with its headers. In CMake:
+
+    find_package(velscore REQUIRED)
+    target_link_libraries(program velscore::stats)
+
+elsewhere `pkg-config --cflags --libs velscore-stats`. Then
+
+    #include <stats/mcdistfun.h>    // MCDistFun
+    #include <stats/precise.h>      // Precise; needs the headers of Boost
+
+`doxygen build/release/packaging/Doxyfile` writes the reference of `precise.h`.
+
 ## What is measured
 
 Each error is the largest relative one, |answer - exact value| / |exact value|, over the points that
