@@ -35,8 +35,8 @@ private:
     Structure structure_{};
 };
 
-/// A structure of the same buffers or texts, down to its last child, which keeps `owner` until it is
-/// released: children may be moved out of it. Any thread.
+/// A structure of the same buffers or texts, down to its last child, which keeps `owner` until it
+/// is released: children may be moved out of it. Any thread.
 ArrowSchema ViewOf(const ArrowSchema& schema, std::shared_ptr<const void> owner);
 ArrowArray ViewOf(const ArrowArray& array, std::shared_ptr<const void> owner);
 

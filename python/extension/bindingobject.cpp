@@ -83,13 +83,15 @@ PyObject* New(PyTypeObject* type, PyObject* arguments, PyObject*)
 {
     return Guarded([&] {
         PyObject* model = nullptr;
-        PyObject* capsule = nullptr;
-        PyObject* given = nullptr;
-        if (PyArg_ParseTuple(arguments, "OOO:Binding", &model, &capsule, &given) == 0) {
+        PyObject* source = nullptr;
+        PyObject* asked = nullptr;
+        if (PyArg_ParseTuple(arguments, "OOO:Binding", &model, &source, &asked) == 0) {
             throw PythonError();
         }
-        const ScoreOptions options(given);
-        const Owned<ArrowSchema> schema = TakenFrom<ArrowSchema>(capsule, kSchemaCapsule);
+        const ScoreOptions options(asked);
+        ArrowArrayStream given = StreamOfSource(source);
+        Owned<ArrowArrayStream> stream(given);
+        const Owned<ArrowSchema> schema = SchemaOf(stream);
         return NewObject(type, Bound(model, *schema.Get(), options)).Release();
     });
 }
@@ -113,8 +115,9 @@ PyType_Slot slots[] = {
     {Py_tp_new, reinterpret_cast<void*>(New)},
     {Py_tp_dealloc, reinterpret_cast<void*>(Dealloc<SharedBinding>)},
     {Py_tp_methods, methods},
-    {Py_tp_doc, const_cast<char*>("Binding(model, schema, options)\n--\n\nA model whose columns are "
-                                  "found in tables of one schema.")},
+    {Py_tp_doc,
+     const_cast<char*>("Binding(model, source, options)\n--\n\nA model whose columns are "
+                       "found in tables like a source, which is only looked at.")},
     {0, nullptr},
 };
 

@@ -3,6 +3,8 @@
 
 #include "python/extension/pythonobjects.h"
 
+#include <memory>
+
 #include "capi/include/velscore.h"
 
 namespace velscore_python {
@@ -41,6 +43,16 @@ void Call(Function function)
         code = function(told.Get());
     }
     if (code != 0) Raise(*told.Get());
+}
+
+/// The text of a call that gives one. Throws PythonError.
+template <class Function>
+Ref ReportOf(Function function)
+{
+    char* json = nullptr;
+    Call([&](velscore_error* error) { return function(&json, error); });
+    const std::unique_ptr<char, void (*)(char*)> own(json, velscore_free);
+    return NewText(json);
 }
 
 }  // namespace velscore_python

@@ -136,7 +136,8 @@ private:
                 PyObject_CallFunctionObjArgs(convert_, item, name.Get(), row.Get(), nullptr));
             return Read(plain.Get(), value, true);
         } else {
-            RefuseColumn(PyExc_TypeError, column_, "holds values that nothing plain can be made of");
+            RefuseColumn(PyExc_TypeError, column_,
+                         "holds values that nothing plain can be made of");
         }
         has_[static_cast<size_t>(value.kind)] = true;
     }
@@ -225,7 +226,8 @@ private:
             switch (value.kind) {
                 case Kind::Text: {
                     const auto first = texts_.begin() + value.whole;
-                    bytes.insert(bytes.end(), first, first + static_cast<std::ptrdiff_t>(value.size));
+                    bytes.insert(bytes.end(), first,
+                                 first + static_cast<std::ptrdiff_t>(value.size));
                     break;
                 }
                 case Kind::Truth: append(value.whole != 0 ? "true" : "false"); break;
@@ -367,8 +369,7 @@ public:
 private:
     void AddGiven(Column& column, PyObject* given)
     {
-        column.givenSchema =
-            TakenFrom<ArrowSchema>(PyTuple_GetItem(given, 0), kSchemaCapsule);
+        column.givenSchema = TakenFrom<ArrowSchema>(PyTuple_GetItem(given, 0), kSchemaCapsule);
         column.givenArray = TakenFrom<ArrowArray>(PyTuple_GetItem(given, 1), kArrayCapsule);
         if (column.givenArray->length != rows_) {
             RefuseColumn(PyExc_ValueError, column.name, "has another number of values");

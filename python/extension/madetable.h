@@ -12,21 +12,25 @@ namespace velscore_python {
 /// A table of one part out of Python's columns, by their names. A column is
 ///
 ///     None                                     a column of `rows` missing values
-///     list                                     values: None, bool, int, float, str; what else there
-///                                              is goes through `convert`, which answers one of these
-///     (format, address, owners, bits)          a buffer of Arrow's format, borrowed: `owners` is kept
+///     list                                     values: None, bool, int, float, str; what else
+///     there
+///                                              is goes through `convert`, which answers one of
+///                                              these
+///     (format, address, owners, bits)          a buffer of Arrow's format, borrowed: `owners` is
+///     kept
 ///                                              alive; `bits` is the address of validity bits or 0
 ///     (format, address, owners, bits, list)    indexes of such a buffer into a list of values
 ///     (schema, array)                          Arrow's capsules, taken over
 ///
-/// A list becomes numbers (float64), whole numbers (int64, where one is beyond 2^53), truths or texts
-/// (large_utf8, where one value is a text or beyond int64: the others are written as velscore writes
-/// numbers). Throws PythonError. Needs the interpreter's lock; the table is released on any thread.
+/// A list becomes numbers (float64), whole numbers (int64, where one is beyond 2^53), truths or
+/// texts (large_utf8, where one value is a text or beyond int64: the others are written as velscore
+/// writes numbers). Throws PythonError. Needs the interpreter's lock; the table is released on any
+/// thread.
 std::shared_ptr<const ArrowTable> MakeTable(PyObject* names, PyObject* columns, Py_ssize_t rows,
                                             PyObject* convert);
 
-/// Moves a structure out of a capsule of Arrow's. Throws PythonError for another object, and for one
-/// that was read already.
+/// Moves a structure out of a capsule of Arrow's. Throws PythonError for another object, and for
+/// one that was read already.
 template <class Structure>
 Owned<Structure> TakenFrom(PyObject* capsule, const char* name)
 {

@@ -8,38 +8,14 @@ PyTypeObject* modelType = nullptr;
 
 namespace {
 
-// The report of a call that gives one.
-template <class Function>
-Ref ReportOf(Function function)
-{
-    char* json = nullptr;
-    Call([&](velscore_error* error) { return function(&json, error); });
-    const std::unique_ptr<char, void (*)(char*)> own(json, velscore_free);
-    return NewText(json);
-}
-
 PyObject* New(PyTypeObject* type, PyObject* arguments, PyObject*)
 {
     return Guarded([&] {
-        const char* bytes = nullptr;
-        Py_ssize_t size = 0;
-        PyObject* name = nullptr;
-        int asIs = 0;
-        PyObject* allow = nullptr;
-        if (PyArg_ParseTuple(arguments, "y#OpO:Model", &bytes, &size, &name, &asIs, &allow) == 0) {
-            throw PythonError();
-        }
-        const std::string called = TextOf(name, "the name of a document");
-        Texts allowed;
-        allowed.Take(allow, "a rule of allow");
-        velscore_options options = VELSCORE_OPTIONS_INIT;
-        options.as_is = asIs;
-        options.name = called.c_str();
-        options.allow = allowed.Pointers();
-        options.allow_count = allowed.Count();
+        const DocumentArguments document(arguments);
         velscore_model* model = nullptr;
         Call([&](velscore_error* error) {
-            return velscore_open_text(bytes, static_cast<size_t>(size), &options, &model, error);
+            return velscore_open_text(document.Text(), document.Size(), document.Options(), &model,
+                                      error);
         });
         return NewObject(type, SharedModel(model, velscore_close)).Release();
     });

@@ -83,8 +83,8 @@ PyObject* ScanFile(PyObject*, PyObject* arguments)
         const char* decimal = nullptr;
         int header = 1;
         Py_ssize_t threads = 0;
-        if (PyArg_ParseTuple(arguments, "OOOzzpn:scan", &model, &path, &given, &delimiter,
-                             &decimal, &header, &threads) == 0) {
+        if (PyArg_ParseTuple(arguments, "OOOzzpn:scan", &model, &path, &given, &delimiter, &decimal,
+                             &header, &threads) == 0) {
             throw PythonError();
         }
         if (threads < 0) {
@@ -110,25 +110,15 @@ PyObject* ScanFile(PyObject*, PyObject* arguments)
     });
 }
 
-PyObject* CheckFile(PyObject*, PyObject* arguments)
+PyObject* CheckDocument(PyObject*, PyObject* arguments)
 {
     return Guarded([&] {
-        const char* path = nullptr;
-        int asIs = 0;
-        PyObject* allow = nullptr;
-        if (PyArg_ParseTuple(arguments, "ypO:check", &path, &asIs, &allow) == 0) {
-            throw PythonError();
-        }
-        Texts allowed;
-        allowed.Take(allow, "a rule of allow");
-        velscore_options options = VELSCORE_OPTIONS_INIT;
-        options.as_is = asIs;
-        options.allow = allowed.Pointers();
-        options.allow_count = allowed.Count();
-        char* json = nullptr;
-        Call([&](velscore_error* error) { return velscore_check(path, &options, &json, error); });
-        const std::unique_ptr<char, void (*)(char*)> own(json, velscore_free);
-        return NewText(json).Release();
+        const DocumentArguments document(arguments);
+        return ReportOf([&](char** json, velscore_error* error) {
+                   return velscore_check_text(document.Text(), document.Size(), document.Options(),
+                                              json, error);
+               })
+            .Release();
     });
 }
 
@@ -163,8 +153,8 @@ PyMethodDef functions[] = {
      "curve(model, source, options)\n--\n\nSurvival curves of the rows."},
     {"scan", ScanFile, METH_VARARGS,
      "scan(model, path, options, delimiter, decimal, header, threads)\n--\n\nScores a file."},
-    {"check", CheckFile, METH_VARARGS,
-     "check(path, as_is, allow)\n--\n\nThe report of a document, JSON."},
+    {"check", CheckDocument, METH_VARARGS,
+     "check(text, name, as_is, allow)\n--\n\nThe report of a document, JSON."},
     {"table", TableFunction, METH_VARARGS,
      "table(names, columns, rows, convert)\n--\n\nA Table of Python's columns."},
     {"on_error", OnError, METH_O,
@@ -206,6 +196,7 @@ PyMODINIT_FUNC PyInit__velscore()
         AddTableType(module.Get());
         AddStreamType(module.Get());
         AddBindingType(module.Get());
+        AddScorerType(module.Get());
         if (PyModule_AddStringConstant(module.Get(), "version", velscore_version()) != 0) {
             throw PythonError();
         }

@@ -57,12 +57,14 @@ extern PyTypeObject* modelType;
 extern PyTypeObject* tableType;
 extern PyTypeObject* streamType;
 extern PyTypeObject* bindingType;
+extern PyTypeObject* scorerType;
 
 /// Each makes its type, adds it to the module and leaves it above. Throws PythonError.
 void AddModelType(PyObject* module);
 void AddTableType(PyObject* module);
 void AddStreamType(PyObject* module);
 void AddBindingType(PyObject* module);
+void AddScorerType(PyObject* module);
 
 /// Makes a type of its slots; throws PythonError.
 PyTypeObject* AddType(PyObject* module, PyType_Spec& spec, const char* name);

@@ -55,6 +55,20 @@ const char* const* Texts::Pointers()
     return pointers_.data();
 }
 
+DocumentArguments::DocumentArguments(PyObject* arguments)
+{
+    PyObject* name = nullptr;
+    PyObject* allow = nullptr;
+    if (PyArg_ParseTuple(arguments, "y#OpO", &text_, &size_, &name, &options_.as_is, &allow) == 0) {
+        throw PythonError();
+    }
+    name_ = TextOf(name, "the name of a document");
+    allow_.Take(allow, "a rule of allow");
+    options_.name = name_.c_str();
+    options_.allow = allow_.Pointers();
+    options_.allow_count = allow_.Count();
+}
+
 ScoreOptions::ScoreOptions(PyObject* dict)
 {
     if (dict == Py_None) return;

@@ -24,6 +24,25 @@ private:
     std::vector<const char*> pointers_;
 };
 
+/// A document and how it is read, out of the arguments (text, name, as_is, allow). Throws
+/// PythonError.
+class DocumentArguments {
+public:
+    explicit DocumentArguments(PyObject* arguments);
+    DocumentArguments(const DocumentArguments&) = delete;
+    DocumentArguments& operator=(const DocumentArguments&) = delete;
+    const char* Text() const { return text_; }
+    size_t Size() const { return static_cast<size_t>(size_); }
+    const velscore_options* Options() const { return &options_; }
+
+private:
+    const char* text_ = nullptr;
+    Py_ssize_t size_ = 0;
+    std::string name_;
+    Texts allow_;
+    velscore_options options_ = VELSCORE_OPTIONS_INIT;
+};
+
 /// The options of a score out of a dict, whose keys are those of the structure; None and what isn't
 /// there is the default. `map` is a dict of fields to columns. Throws PythonError.
 class ScoreOptions {

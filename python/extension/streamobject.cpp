@@ -54,8 +54,7 @@ PyObject* StreamCapsule(PyObject* self, PyObject*, PyObject*)
     return Guarded([&] {
         Unread(self);
         auto handed = std::make_unique<SharedStream>(std::exchange(Of(self), nullptr));
-        const ArrowArrayStream stream{GetSchema, GetNext, GetLastError, Release,
-                                      handed.release()};
+        const ArrowArrayStream stream{GetSchema, GetNext, GetLastError, Release, handed.release()};
         return CapsuleOf(stream, kStreamCapsule).Release();
     });
 }
@@ -139,7 +138,8 @@ PyObject* Self(PyObject* self)
 }
 
 PyMethodDef methods[] = {
-    {"__arrow_c_stream__", reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(StreamCapsule)),
+    {"__arrow_c_stream__",
+     reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(StreamCapsule)),
      METH_VARARGS | METH_KEYWORDS,
      "__arrow_c_stream__(requested_schema=None)\n--\n\nHands the stream on, once."},
     {"__arrow_c_schema__", SchemaCapsule, METH_NOARGS,
@@ -154,8 +154,9 @@ PyType_Slot slots[] = {
     {Py_tp_iter, reinterpret_cast<void*>(Self)},
     {Py_tp_iternext, reinterpret_cast<void*>(Next)},
     {Py_tp_doc,
-     const_cast<char*>("Tables that are scored as they are asked for. Read it once: iterate over its "
-                       "Tables,\nor give it to whatever reads Arrow's C streams. One thread at a time.")},
+     const_cast<char*>(
+         "Tables that are scored as they are asked for. Read it once: iterate over its "
+         "Tables,\nor give it to whatever reads Arrow's C streams. One thread at a time.")},
     {0, nullptr},
 };
 

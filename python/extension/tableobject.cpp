@@ -14,8 +14,7 @@ const SharedTable& Of(PyObject* self) { return ValueOf<SharedTable>(self); }
 
 PyObject* StreamCapsule(PyObject* self, PyObject*, PyObject*)
 {
-    return Guarded(
-        [&] { return CapsuleOf(StreamOf(Of(self)), kStreamCapsule).Release(); });
+    return Guarded([&] { return CapsuleOf(StreamOf(Of(self)), kStreamCapsule).Release(); });
 }
 
 PyObject* SchemaCapsule(PyObject* self, PyObject*)
@@ -46,10 +45,7 @@ int64_t RowsOf(const ArrowTable& table)
     return rows;
 }
 
-PyObject* Rows(PyObject* self, void*)
-{
-    return PyLong_FromLongLong(RowsOf(*Of(self)));
-}
+PyObject* Rows(PyObject* self, void*) { return PyLong_FromLongLong(RowsOf(*Of(self))); }
 
 Py_ssize_t Length(PyObject* self) { return static_cast<Py_ssize_t>(RowsOf(*Of(self))); }
 
@@ -158,8 +154,7 @@ PyObject* Buffers(PyObject* self, PyObject* index)
             Ref texts = cells.array.dictionary == nullptr
                             ? Ref::Borrowed(Py_None)
                             : TextsOfDictionary(*cells.array.dictionary);
-            const void* values =
-                cells.array.n_buffers > 1 ? cells.array.buffers[1] : nullptr;
+            const void* values = cells.array.n_buffers > 1 ? cells.array.buffers[1] : nullptr;
             const Ref described = Ref::Taken(Py_BuildValue(
                 "(sLLKKN)", cells.schema.format, static_cast<long long>(cells.rows),
                 static_cast<long long>(cells.first),
@@ -173,14 +168,17 @@ PyObject* Buffers(PyObject* self, PyObject* index)
 }
 
 PyMethodDef methods[] = {
-    {"__arrow_c_stream__", reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(StreamCapsule)),
+    {"__arrow_c_stream__",
+     reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(StreamCapsule)),
      METH_VARARGS | METH_KEYWORDS,
-     "__arrow_c_stream__(requested_schema=None)\n--\n\nThe table as a stream of Arrow's C interface."},
+     "__arrow_c_stream__(requested_schema=None)\n--\n\nThe table as a stream of Arrow's C "
+     "interface."},
     {"__arrow_c_schema__", SchemaCapsule, METH_NOARGS,
      "__arrow_c_schema__()\n--\n\nThe schema of Arrow's C interface."},
     {"values", Values, METH_O, "values(index)\n--\n\nThe values of a column as a list."},
     {"buffers", Buffers, METH_O,
-     "buffers(index)\n--\n\nThe parts of a column: format, rows, first row, the addresses of values "
+     "buffers(index)\n--\n\nThe parts of a column: format, rows, first row, the addresses of "
+     "values "
      "and of\nvalidity bits, and the texts of a dictionary. They stand as long as the table."},
     {nullptr, nullptr, 0, nullptr},
 };
