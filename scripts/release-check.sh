@@ -4,9 +4,11 @@
 #   clang      the release build and all its tests with clang++, warnings being errors
 #   equality   block scorers against single cases over 10,000,000 rows a family and link, and the
 #              kernels' exp against the C library's over 1,000,000,000 values, with both compilers
-#   threads    the tests that score one model in several threads, and those of whole runs, under
-#              ThreadSanitizer
+#   threads    the tests that score one model in several threads, those of whole runs, and those of the
+#              library, under ThreadSanitizer
+#   leaks      100,000 models that eight threads open, score and close, under AddressSanitizer
 #   kills      200 runs ended by signals, full disks and closed pipes, at random moments, and gone on with
+#   reference  doxygen over the headers that are installed
 #   tidy       clang-tidy over every source
 #   packages   the Debian packages, installed in a new Debian root that debootstrap makes: README.md's
 #              examples by the command, examples/embed by the library (needs root)
@@ -44,12 +46,24 @@ stage_equality() {
 
 stage_threads() {
     scripts/ensure-packages.sh packages.txt tests/packages.txt || return 1
-    local -x TSAN_OPTIONS=halt_on_error=1:suppressions=$PWD/scripts/thread-suppressions.txt
+    local -x TSAN_OPTIONS=halt_on_error=1:ignore_noninstrumented_modules=1:suppressions=$PWD/scripts/thread-suppressions.txt
     local ended=0
     run_tests thread models_tests '*ServesThreadsAtOnce*' || ended=1
     run_tests thread capi_tests 'Threads.*:Scan.*' || ended=1
     run_tests thread engine_tests 'SessionTest.*:*EachKindOfTable*:*EightThreadsOnOneModel*' || ended=1
     return $ended
+}
+
+stage_leaks() {
+    scripts/ensure-packages.sh packages.txt tests/packages.txt &&
+        VELSCORE_TEST_OPENS=100000 ASAN_OPTIONS=detect_leaks=1 \
+            run_tests sanitize capi_tests 'Threads.EightOpenScoreAndClose*'
+}
+
+# The reference of the headers that are installed, warnings being errors.
+stage_reference() {
+    scripts/ensure-packages.sh packages.txt .ci/release-packages.txt &&
+        cmake --preset release >/dev/null && doxygen build/release/packaging/Doxyfile
 }
 
 stage_kills() {
@@ -118,7 +132,7 @@ stage_root() (
             /opt/velscore/bin/velscore score "$examples/model.pmml" "$examples/cases.csv"'
 )
 
-stages=(clang equality threads kills tidy packages root)
+stages=(clang equality threads leaks kills reference tidy packages root)
 [ $# -gt 0 ] || set -- "${stages[@]}"
 failed=()
 for stage in "$@"; do

@@ -213,6 +213,22 @@ TEST(Curves, OfAnotherFamilyAreRefused)
     EXPECT_EQ(alive, 0);
 }
 
+// Results get bits of what is null with the first of these alone.
+TEST(Arrow, RowsBeforeTheFirstNullHaveValues)
+{
+    for (const size_t null : {0U, 700U, 701U, 999U}) {
+        std::vector<std::optional<double>> x(1000, 3.0);
+        x[null].reset();
+        const ReadTables scores =
+            ScoresOf(TestModel().Text(), Table({Numbers("x", x), Same("sex", "m", 1000)}));
+        const std::vector<double> predictions = NumbersOf(scores, "prediction");
+        ASSERT_EQ(predictions.size(), 1000U);
+        for (size_t row = 0; row < 1000; ++row) {
+            ASSERT_EQ(predictions[row], row == null ? kNull : 17.0) << row;  // 1 + 2 * 3 + 10
+        }
+    }
+}
+
 std::string ManyRows(size_t rows)
 {
     std::string table = "id,x,sex\n";
