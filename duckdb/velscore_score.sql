@@ -4,5 +4,5 @@
 -- Run it once in a database, or once in a session as CREATE TEMP MACRO. The extension can't do it when it
 -- is loaded: an extension's macro would lie in the user's own database.
 CREATE OR REPLACE MACRO velscore_score(document, source) AS TABLE
-    SELECT source_row.*, unnest(velscore(document, source_row))
-    FROM query('FROM ' || source) AS source_row;
+    SELECT velscore_row.*, unnest(velscore(document, velscore_row))
+    FROM query('FROM ' || source) AS velscore_row;
