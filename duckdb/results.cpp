@@ -112,6 +112,7 @@ void WriteTexts(const ArrowArray& array, duckdb_vector out, idx_t rows)
 void WriteColumn(const ArrowArray& array, Kind kind, const uint64_t* isThere, duckdb_vector out)
 {
     const auto rows = static_cast<idx_t>(array.length);
+    if (array.null_count == array.length) return SetAllNull(out, rows);
     if (kind == Kind::Text) {
         WriteTexts(array, out, rows);
     } else {

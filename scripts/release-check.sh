@@ -6,6 +6,7 @@
 #              kernels' exp against the C library's over 1,000,000,000 values, with both compilers
 #   threads    the tests that score one model in several threads, and those of whole runs, under
 #              ThreadSanitizer
+#   duckdb     the extension for DuckDB, eight queries at once over 10,000,000 rows each
 #   kills      200 runs ended by signals, full disks and closed pipes, at random moments, and gone on with
 #   tidy       clang-tidy over every source
 #   root       README.md's commands, ./test among them, on the committed tree in a new Debian root that
@@ -47,9 +48,12 @@ stage_threads() {
     local ended=0
     run_tests thread models_tests '*ServesThreadsAtOnce*' || ended=1
     run_tests thread capi_tests 'Threads.*:Scan.*' || ended=1
+    run_tests thread duckdb_tests 'ModelCache.*' || ended=1
     run_tests thread engine_tests 'SessionTest.*:*EachKindOfTable*:*EightThreadsOnOneModel*' || ended=1
     return $ended
 }
+
+stage_duckdb() { VELSCORE_TEST_ROWS=10000000 scripts/test-duckdb.sh; }
 
 stage_kills() {
     scripts/ensure-packages.sh packages.txt tests/packages.txt &&
@@ -85,7 +89,7 @@ stage_root() (
             /opt/velscore/bin/velscore score "$examples/model.pmml" "$examples/cases.csv"'
 )
 
-stages=(clang equality threads kills tidy root)
+stages=(clang equality threads duckdb kills tidy root)
 [ $# -gt 0 ] || set -- "${stages[@]}"
 failed=()
 for stage in "$@"; do

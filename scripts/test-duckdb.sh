@@ -8,7 +8,8 @@ cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." || exit 1
 releases=(2.0.0 1.5.6)
 scripts/ensure-packages.sh packages.txt tests/packages.txt .ci/packages.txt || exit 1
 
-cmake --preset release -DVELSCORE_DUCKDB=ON -DVELSCORE_WERROR="${VELSCORE_WERROR:-OFF}" >/dev/null &&
+cmake --preset release -DVELSCORE_DUCKDB=ON -DVELSCORE_DUCKDB_HEADERS="$PWD/build/duckdb-headers" \
+    -DVELSCORE_WERROR="${VELSCORE_WERROR:-OFF}" >/dev/null &&
     cmake --build --preset release --target velscore duckdb_extension || exit 1
 export VELSCORE_EXTENSION=$PWD/build/release/lib/velscore.duckdb_extension
 export VELSCORE_COMMAND=$PWD/build/release/bin/velscore
