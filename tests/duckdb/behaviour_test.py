@@ -2,6 +2,7 @@
 
 import json
 import os
+import pathlib
 import re
 import subprocess
 import threading
@@ -336,7 +337,9 @@ class Pages(DatabaseTest):
         here = os.getcwd()
         self.addCleanup(os.chdir, here)
         (self.folder / "examples").symlink_to(ROOT / "examples")
-        (self.folder / "velscore_score.sql").symlink_to(ROOT / "duckdb" / "velscore_score.sql")
+        (self.folder / "velscore_score.sql").symlink_to(
+            pathlib.Path(EXTENSION).parent / "velscore_score.sql"
+        )
         (self.folder / "velscore.duckdb_extension").symlink_to(EXTENSION)
         os.chdir(self.folder)
         shown = 0
