@@ -24,10 +24,16 @@ ReportCell CellOf(const json& value)
     return value.is_number() ? ReportCell(value.get<double>()) : ReportCell(value.dump());
 }
 
+// Null, an empty list or an empty text.
+bool IsNothing(const json& value)
+{
+    return value.empty() || (value.is_string() && value.get_ref<const std::string&>().empty());
+}
+
 // The same as a text.
 ReportCell TextOf(const json& value)
 {
-    if (value.is_null() || value == "") return {};
+    if (IsNothing(value)) return {};
     return value.is_string() ? value.get<std::string>() : value.dump();
 }
 
@@ -67,8 +73,7 @@ Report Inspect(duckdb_bind_info, duckdb_client_context context, const std::strin
     };
     for (const char* name : kProperties) {
         const json& value = about.at(name);
-        const bool isThere = !value.is_null() && value != "" && value != json::array();
-        if (isThere) add("model", name, TextOf(value));
+        if (!IsNothing(value)) add("model", name, TextOf(value));
     }
     for (const auto& column : about.at("reads")) add("reads", TextOf(column), {});
     for (const auto& column : about.at("columns")) {
