@@ -7,6 +7,7 @@
 #   threads    the tests that score one model in several threads, those of whole runs, and those of the
 #              library, under ThreadSanitizer
 #   leaks      100,000 models that eight threads open, score and close, under AddressSanitizer
+#   duckdb     the extension for DuckDB, eight queries at once over 10,000,000 rows each
 #   kills      200 runs ended by signals, full disks and closed pipes, at random moments, and gone on with
 #   reference  doxygen over the headers that are installed
 #   tidy       clang-tidy over every source
@@ -50,6 +51,7 @@ stage_threads() {
     local ended=0
     run_tests thread models_tests '*ServesThreadsAtOnce*' || ended=1
     run_tests thread capi_tests 'Threads.*:Scan.*' || ended=1
+    run_tests thread duckdb_tests 'ModelCache.*' || ended=1
     run_tests thread engine_tests 'SessionTest.*:*EachKindOfTable*:*EightThreadsOnOneModel*' || ended=1
     return $ended
 }
@@ -65,6 +67,8 @@ stage_reference() {
     scripts/ensure-packages.sh packages.txt .ci/release-packages.txt &&
         cmake --preset release >/dev/null && doxygen build/release/packaging/Doxyfile
 }
+
+stage_duckdb() { VELSCORE_TEST_ROWS=10000000 scripts/test-duckdb.sh; }
 
 stage_kills() {
     scripts/ensure-packages.sh packages.txt tests/packages.txt &&
@@ -132,7 +136,7 @@ stage_root() (
             /opt/velscore/bin/velscore score "$examples/model.pmml" "$examples/cases.csv"'
 )
 
-stages=(clang equality threads leaks kills reference tidy packages root)
+stages=(clang equality threads leaks duckdb kills reference tidy packages root)
 [ $# -gt 0 ] || set -- "${stages[@]}"
 failed=()
 for stage in "$@"; do
