@@ -24,6 +24,8 @@ struct ScoreArguments {
     std::vector<std::string> columns;
     std::string outputColumns = "default";
     std::string nameColumn;                ///< empty: none
+    std::optional<std::string> times;      ///< of `curve`; those of the baselines without it
+    bool wide = false;                     ///< of `curve`
     std::optional<std::string> delimiter;  ///< a comma without it
     std::string outDelimiter;              ///< empty: as the input's
     std::string format;                    ///< empty: by the output's suffix

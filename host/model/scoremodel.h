@@ -114,9 +114,10 @@ public:
     /// and, where a policy substitutes, the record.
     virtual MCScore::MCStatus ScoreRow(ScoringState& state, const ScoreCaseRecord* record,
                                        ScoreResult*& result, bool derivedInRecord) const = 0;
-    /// The case's survival at every time of its baseline, ascending, into `curve`, which keeps its
-    /// memory from case to case. The case's own time isn't read. Only a model whose description
-    /// has strata answers OK; any other fails every case with 90029.
+    /// The case's survival at every time of its baseline, ascending, or at the times that the state
+    /// asks for, into `curve`, which keeps its memory from case to case. The case's own time isn't
+    /// read. Only a model whose description has strata answers OK; any other fails every case with
+    /// 90029.
     virtual MCScore::MCStatus CurveRow(ScoringState& state, const ScoreCaseRecord* record,
                                        bool derivedInRecord,
                                        std::vector<SurvivalPoint>& curve) const = 0;
