@@ -7,6 +7,7 @@
 
 #include "host/expressions/transformvar.h"
 #include "host/model/modelfamilies.h"
+#include "host/model/modeltables.h"
 #include "host/values/stringvalue.h"
 #include "kernels/baseline.h"
 #include "kernels/linearpredictor.h"
@@ -455,6 +456,14 @@ void CoxRegModel::Display(std::ostream& out) const
         }
     }
     out << "End display of CoxRegModel" << endl;
+}
+
+void CoxRegModel::Tabulate(ModelTables& tables) const
+{
+    RegressionModel::Tabulate(tables);
+    for (const Baseline& baseline : baselines) {
+        tables.baselines.push_back({baseline.times, baseline.hazards});
+    }
 }
 
 void CoxRegModel::Describe(ModelDescription& description) const

@@ -62,6 +62,7 @@ public:
     /// dictionary stays null and is no failure here.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    void Tabulate(ModelTables& tables) const override;
     std::unique_ptr<BatchScorer> MakeBlockScorer(
         const kernels::BlockKernels& kernels) const override;
     /// Computes the reference terms once more when their table has come since.

@@ -22,6 +22,7 @@ class ScoreVersionInfo;
 class ScoringState;
 class TransformationDictionary;
 struct ModelDescription;
+struct ModelTables;
 
 /// A fitted model that scores one case at a time.
 ///
@@ -107,6 +108,8 @@ public:
 
     /// What the model is, in plain data.
     virtual void Describe(ModelDescription& description) const = 0;
+    /// The covariances and baselines that the description leaves out.
+    virtual void Tabulate(ModelTables& tables) const = 0;
     /// What one run of cases changes, with the policy, the prediction-only mark and the confidence
     /// level of the model.
     virtual std::unique_ptr<ScoringState> MakeState() const = 0;
