@@ -78,6 +78,14 @@ struct ConvertArguments {
     DocumentArguments document;
 };
 
+struct DiffArguments {
+    std::string first;
+    std::string second;
+    std::string cases;  ///< empty: the models alone
+    DocumentArguments document;
+    bool json = false;
+};
+
 struct HelpArguments {
     std::string code;  ///< empty: every code
 };
@@ -98,6 +106,7 @@ int RunFix(const CheckArguments& arguments, Console& console);
 int RunInspect(const InspectArguments& arguments);
 int RunVerify(const VerifyArguments& arguments, Console& console);
 int RunConvert(const ConvertArguments& arguments, Console& console);
+int RunDiff(const DiffArguments& arguments, Console& console);
 int RunHelp(const HelpArguments& arguments);
 
 }  // namespace MCVelscore_850

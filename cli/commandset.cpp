@@ -344,6 +344,21 @@ void DefineConvert(CLI::App* command, ConvertArguments& convert)
         "Ends with 2 when the document is refused, or says what PMML can't.");
 }
 
+void DefineDiff(CLI::App* command, DiffArguments& diff)
+{
+    command->add_option("A", diff.first, "A model document; - is standard input")->required();
+    command->add_option("B", diff.second, "The model document to compare it with")->required();
+    command->add_option("CASES", diff.cases,
+                        "A table of cases, whose scores by both models are compared too");
+    command->add_flag("--json", diff.json, "The report as JSON");
+    AddDocumentOptions(command, diff.document);
+    command->footer(
+        "Example:\n  velscore diff old.pmml new.pmml cases.csv\n\n"
+        "Compares the models, not the texts of their documents. Ends with 0 when they are the "
+        "same,\n"
+        "with 6 when something differs.");
+}
+
 void DefineHelp(CLI::App* command, HelpArguments& help)
 {
     command->add_option(
@@ -373,6 +388,7 @@ CommandSet::CommandSet()
     DefineInspect(add("inspect", "Show what a model is"), inspect);
     DefineVerify(add("verify", "Score the records that a document carries, and compare"), verify);
     DefineConvert(add("convert", "Write a document as a GeneralRegressionModel"), convert);
+    DefineDiff(add("diff", "Tell what two models, and their scores, differ in"), diff);
     DefineHelp(add("help", "Explain a code or a rule"), help);
 }
 
