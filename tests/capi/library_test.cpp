@@ -382,6 +382,27 @@ TEST(PlainColumns, CategoriesAreCodesWithTheirTexts)
     EXPECT_EQ(binding.Category(99), nullptr);
 }
 
+// A case of R's, whose numbers stand beside it in tests/data/survival/lung-efron.
+TEST(PlainColumns, OfACoxModelAreThoseThatAreNamed)
+{
+    const auto model = velscore::Model::Open("tests/data/survival/lung-efron/model.pmml");
+    velscore::Binding binding =
+        model.Bind({"age", "ph.karno", "sex"},
+                   {.columns = {"survival@365", "median_survival", "risk", "survival@1500"}});
+    const std::vector<double> age{74.0};
+    const std::vector<double> karno{90.0};
+    const char* const sexes[] = {"male", "female"};
+    const std::vector<int32_t> sex{0};
+    const velscore::Column columns[] = {{age}, {karno}, {sex, sexes}};
+    const velscore::Scores scores = binding.Score(columns);
+    EXPECT_NEAR(scores.Named("survival@365").numbers[0], 0.32713094379560925, 1e-12);
+    EXPECT_EQ(scores.Named("median_survival").numbers[0], 283.0);
+    EXPECT_NEAR(scores.Named("risk").numbers[0], 1.0361871642727902, 1e-12);
+    EXPECT_TRUE(std::isnan(scores.Named("survival@1500").numbers[0]));
+    EXPECT_THROW(model.Bind({"age", "ph.karno", "sex"}, {.columns = {"survival@-1"}}),
+                 velscore::Error);
+}
+
 TEST(PlainColumns, AreRefusedWhereTheyDontFit)
 {
     const auto model = velscore::Model::FromText(TestModel().Text());
