@@ -255,6 +255,39 @@ void DefineCurve(CLI::App* command, ScoreArguments& curve)
         "case. The cases need no end time. Exit codes as those of score.");
 }
 
+void DefineExplain(CLI::App* command, ExplainArguments& explain)
+{
+    DefineInput(command, explain.table);
+    command->get_option("CASES")->description(
+        "The tables of cases, of the same columns: comma-separated values with a header, or JSON "
+        "Lines; plain or compressed by gzip or zstd; - is standard input");
+    DefineOutput(command, explain.table);
+    command->add_flag("--long", explain.isLong,
+                      "Write all cases as a table of one line a term: row, equation, term, value "
+                      "and contribution");
+    command->add_flag("--json", explain.json, "Write all cases as JSON");
+    AddText(command, "--limit", explain.mostCases,
+            "How many cases are shown as text; 10 without it", "N")
+        ->check(WholeNumber(1));
+    AddText(command, "--top", explain.top,
+            "Show so many terms of an equation, the largest contributions, and the others as one",
+            "N")
+        ->check(WholeNumber(0));
+    AddText(command, "--baseline", explain.baseline,
+            "Show how contributions differ from those of the mean case, or of a row: of the cases, "
+            "or of another table",
+            "mean|ROW[@TABLE]")
+        ->check(NotEmpty());
+    DefineScoring(command, explain.table);
+    DefineBadRows(command, explain.table);
+    DefineReports(command, explain.table);
+    command->footer(
+        "Examples:\n  velscore explain model.pmml cases.csv\n"
+        "  velscore explain model.pmml cases.csv --long -o contributions.csv\n\n"
+        "Shows how each case's linear predictors add up, term by term, and what the model makes\n"
+        "of them. Exit codes as those of score.");
+}
+
 void DefineCheck(CLI::App* command, CheckArguments& check)
 {
     command->add_option("MODEL", check.models, "Model documents; - is standard input")->required();
@@ -344,6 +377,8 @@ CommandSet::CommandSet()
     };
     DefineScore(add("score", "Score a table of cases with a model"), score);
     DefineCurve(add("curve", "Write the survival curve of each case of a table"), curve);
+    DefineExplain(add("explain", "Show how the score of each case of a table comes about"),
+                  explain);
     DefineCheck(add("check", "Read documents and tell their faults, and what was adapted"), check);
     DefineInspect(add("inspect", "Show what a model is"), inspect);
     DefineVerify(add("verify", "Score the records that a document carries, and compare"), verify);

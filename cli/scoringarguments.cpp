@@ -248,6 +248,15 @@ std::vector<std::string> TablesOf(const ScoreArguments& arguments)
     return arguments.cases;
 }
 
+void RefuseModelBeside(const ScoreArguments& arguments, const std::vector<std::string>& tables)
+{
+    if (arguments.model != "-" || std::find(tables.begin(), tables.end(), "-") == tables.end()) {
+        return;
+    }
+    throw UsageError(
+        "the model and the cases can't both come from standard input; name a file for one of them");
+}
+
 ScoringOptions OptionsOf(const ScoreArguments& arguments)
 {
     RefuseColumnChoice(arguments);

@@ -10,6 +10,7 @@
 #include "kernels/linearpredictor.h"
 #include "kernels/softmax.h"
 #include "models/caseroad.h"
+#include "models/explainedterms.h"
 
 namespace MCVelscore_850 {
 
@@ -237,6 +238,27 @@ const ScoreDictVar* BLRModel::FindFactorOutsideContrasts(const std::vector<doubl
         }
     }
     return nullptr;
+}
+
+// Both rows of betas: which of them a case uses FindBetaRow() says.
+void BLRModel::OutlineExplanations(ExplanationOutline& outline) const
+{
+    outline.equations.assign(categoryBetas.size(), {});
+    for (const auto& [name, row] : categoryMap) {
+        const auto c = static_cast<size_t>(row);
+        outline.equations[c].category = name;
+        OutlineParameters(categoryBetas[c], 0, outline.equations[c]);
+    }
+}
+
+void BLRModel::ExplainCase(const CaseState& state, CaseExplanation& explanation) const
+{
+    const auto betaRow = static_cast<size_t>(state.betaRow);
+    if (betaRow >= categoryBetas.size()) return;
+    CaseExplanation::Sum& sum = explanation.Begin(betaRow);
+    sum.linearPredictor = state.linearPredictor;
+    ExplainTerms<kernels::Ends::Alone, kernels::Adds::NonzeroTerms>(
+        plan.View(), categoryBetas[betaRow], 0, ExplainedCells(state), sum);
 }
 
 void BLRModel::Display(std::ostream& out) const

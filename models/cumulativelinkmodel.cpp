@@ -7,6 +7,7 @@
 #include "kernels/links.h"
 #include "kernels/ordinal.h"
 #include "models/caseroad.h"
+#include "models/explainedterms.h"
 
 namespace MCVelscore_850 {
 
@@ -102,20 +103,21 @@ void CumulativeLinkModel::FinishPlan()
 double CumulativeLinkModel::LinearPredictor(CaseWalk& walk, CaseState& state) const
 {
     double lp = 0.0;
-    if (walk.Status().IsOK() && betas.size() > 1 && categoryBetas.size() > 1) {
+    if (walk.Status().IsOK() && HasLocation()) {
         walk.ReadValues(predictorCount);
         const kernels::CaseCells cells{state.numbers.data(), state.codes.data()};
-        const std::vector<double>& shared = categoryBetas[categoryBetas.size() - 2];
         // Parameter 0 is the thresholds' own.
         lp = kernels::SumOfTerms<kernels::Ends::AtZeroProduct, kernels::Adds::NonzeroTerms>(
-            0.0, plan.View(), shared.data(), 1, cells,
+            0.0, plan.View(), SharedBetas().data(), 1, cells,
             [&](size_t p, double d) { state.design[p] = d; });
     } else {
         std::fill(state.design.begin(), state.design.end(), 0.0);
     }
     switch (offset.kind) {
-        case Offset::VARIABLE: return offset.HasVariable() ? lp + OffsetOfCase(walk, state) : lp;
-        case Offset::VALUE: return lp + offset.value;
+        case Offset::VARIABLE:
+            state.offset = offset.HasVariable() ? OffsetOfCase(walk, state) : 0.0;
+            return offset.HasVariable() ? lp + state.offset : lp;
+        case Offset::VALUE: state.offset = offset.value; return lp + offset.value;
         case Offset::NONE: break;
     }
     return lp;
@@ -132,6 +134,44 @@ size_t CumulativeLinkModel::ComputeCategoryProbs(double linearPredictor, CaseSta
         state.probabilities[c] = kernels::NextCategory(scale, c, cumulative, ways_.margin);
     }
     return static_cast<size_t>(scale.predicted);
+}
+
+// The linear predictor that all boundaries share, then what each makes of it.
+void CumulativeLinkModel::OutlineExplanations(ExplanationOutline& outline) const
+{
+    using Kind = ExplanationOutline::Term::Kind;
+    outline.equations.assign(std::max<size_t>(1, categoryMap.size()), {});
+    ExplanationOutline::Equation& shared = outline.equations.front();
+    if (HasLocation()) OutlineParameters(SharedBetas(), 1, shared);
+    offset.Outline(shared);
+    for (const auto& [name, row] : categoryMap) {
+        const auto c = static_cast<size_t>(row);
+        if (c + 1 == categoryMap.size()) continue;
+        ExplanationOutline::Equation& boundary = outline.equations[c + 1];
+        boundary.category = name;
+        boundary.isCumulative = true;
+        boundary.terms = {
+            {.name = "linear_predictor", .kind = Kind::LinearPredictor, .beta = ways_.sign},
+            {.name = "threshold", .kind = Kind::Threshold}};
+    }
+}
+
+void CumulativeLinkModel::ExplainCase(const CaseState& state, CaseExplanation& explanation) const
+{
+    CaseExplanation::Sum& shared = explanation.Begin(0);
+    const double lp = state.linearPredictor;
+    shared.linearPredictor = lp;
+    if (HasLocation()) {
+        ExplainTerms<kernels::Ends::AtZeroProduct, kernels::Adds::NonzeroTerms>(
+            plan.View(), SharedBetas(), 1, ExplainedCells(state), shared);
+    }
+    if (offset.kind != Offset::NONE) shared.Add(state.offset, state.offset);
+    for (size_t c = 0; c + 1 < categoryBetas.size(); ++c) {
+        CaseExplanation::Sum& boundary = explanation.Begin(c + 1);
+        boundary.linearPredictor = thresholds[c] + ways_.sign * lp;
+        boundary.Add(lp, ways_.sign * lp);
+        boundary.Add(thresholds[c], thresholds[c]);
+    }
 }
 
 void CumulativeLinkModel::Describe(ModelDescription& description) const

@@ -44,6 +44,7 @@ public:
     /// False when a predictor is in no dictionary; the tables are made all the same.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    void OutlineExplanations(ExplanationOutline& outline) const override;
     std::unique_ptr<BatchScorer> MakeBlockScorer(
         const kernels::BlockKernels& kernels) const override;
 
@@ -73,6 +74,7 @@ public:
 protected:
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
+    void ExplainCase(const CaseState& state, CaseExplanation& explanation) const override;
     /// What the two families of this model do each its own way; OffsetOfCase is the rest.
     struct Ways {
         const CaseRoad& road;
@@ -104,6 +106,12 @@ private:
     size_t FirstCovarianceRow() const
     {
         return categoryMap.size() < 2 ? 0 : categoryMap.size() - 2;
+    }
+    /// There are betas that all boundaries share: the row of SharedBetas().
+    bool HasLocation() const { return betas.size() > 1 && categoryBetas.size() > 1; }
+    const std::vector<double>& SharedBetas() const
+    {
+        return categoryBetas[categoryBetas.size() - 2];
     }
     double LinearPredictor(CaseWalk& walk, CaseState& state) const;
     /// Fills the case's probabilities and answers the most probable category.

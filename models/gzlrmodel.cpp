@@ -9,6 +9,7 @@
 #include "host/variables/valueset.h"
 #include "kernels/linearpredictor.h"
 #include "models/caseroad.h"
+#include "models/explainedterms.h"
 #include "models/gzlrlinks.h"
 #include "models/limitquantile.h"
 #include "models/lrresult.h"
@@ -240,6 +241,28 @@ void GZLRModel::WriteCategory(CaseWalk& walk, double mean, bool categoryOnly) co
     // Without a mean too: the status says that they are none.
     walk.WritePercent(eventName, mean);
     if (otherCategory != nullptr) walk.WritePercent(otherName, 1.0 - mean);
+}
+
+void GZLRModel::OutlineExplanations(ExplanationOutline& outline) const
+{
+    const auto row = static_cast<size_t>(RowOfEvent());
+    outline.equations.assign(1, {});
+    ExplanationOutline::Equation& equation = outline.equations.front();
+    if (binaryTarget) equation.category = eventName;
+    OutlineParameters(categoryBetas[row], 0, equation);
+    offset.Outline(equation);
+}
+
+void GZLRModel::ExplainCase(const CaseState& state, CaseExplanation& explanation) const
+{
+    CaseExplanation::Sum& sum = explanation.Begin(0);
+    sum.linearPredictor = state.linearPredictor;
+    ExplainTerms<kernels::Ends::AtZeroProduct, kernels::Adds::NonzeroTerms>(
+        plan.View(), categoryBetas[static_cast<size_t>(state.betaRow)], 0, ExplainedCells(state),
+        sum);
+    if (offset.kind == Offset::NONE) return;
+    const double added = offset.HasVariable() ? state.numbers[predictorCount] : offset.value;
+    sum.Add(added, added);
 }
 
 void GZLRModel::Display(std::ostream& out) const

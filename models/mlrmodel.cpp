@@ -1,11 +1,10 @@
 #include "models/mlrmodel.h"
 
-#include <algorithm>
-
 #include "host/model/modelfamilies.h"
 #include "kernels/linearpredictor.h"
 #include "kernels/softmax.h"
 #include "models/caseroad.h"
+#include "models/explainedterms.h"
 
 namespace MCVelscore_850 {
 
@@ -77,6 +76,31 @@ MCScore::MCStatus MLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*
     return status;
 }
 
+void MLRModel::OutlineExplanations(ExplanationOutline& outline) const
+{
+    outline.equations.assign(categoryMap.size(), {});
+    for (const auto& [name, row] : categoryMap) {
+        const auto c = static_cast<size_t>(row);
+        ExplanationOutline::Equation& equation = outline.equations[c];
+        equation.category = name;
+        offset.Outline(equation);
+        if (HasBetas(c)) OutlineParameters(categoryBetas[c], 0, equation);
+    }
+}
+
+void MLRModel::ExplainCase(const CaseState& state, CaseExplanation& explanation) const
+{
+    const ExplainedCells cells(state);
+    for (size_t c = 0; c < categoryBetas.size(); ++c) {
+        CaseExplanation::Sum& sum = explanation.Begin(c);
+        sum.linearPredictor = state.linearPredictors[c];
+        if (offset.kind != Offset::NONE) sum.Add(state.offset, state.offset);
+        if (!HasBetas(c)) continue;
+        ExplainTerms<kernels::Ends::Alone, kernels::Adds::NonzeroTerms>(
+            plan.View(), categoryBetas[c], 0, cells, sum);
+    }
+}
+
 void MLRModel::Display(std::ostream& out) const { RegressionModel::Display(out); }
 
 void MLRModel::Describe(ModelDescription& description) const
@@ -88,9 +112,8 @@ void MLRModel::Describe(ModelDescription& description) const
     DescribeCategories(description);
     for (const std::string& category : description.targetCategories) {
         const int c = categoryMap.at(category);
-        const std::vector<double>& row = categoryBetas[static_cast<size_t>(c)];
         ModelDescription::Equation equation;
-        if (std::any_of(row.begin(), row.end(), [](double beta) { return beta != 0.0; })) {
+        if (HasBetas(static_cast<size_t>(c))) {
             equation = DescribeEquation(c);
         } else if (description.referenceCategory.empty()) {
             description.referenceCategory = category;

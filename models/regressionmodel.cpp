@@ -190,6 +190,12 @@ double RegressionModel::BetaAt(int category, int parameter) const
     return cell == nullptr ? 0.0 : cell->GetBeta();
 }
 
+bool RegressionModel::HasBetas(size_t category) const
+{
+    const std::vector<double>& row = categoryBetas[category];
+    return std::any_of(row.begin(), row.end(), [](double beta) { return beta != 0.0; });
+}
+
 bool RegressionModel::FinishSetup()
 {
     numParameters = static_cast<int>(parameterMap.size());
@@ -313,6 +319,32 @@ MCScore::MCStatus RegressionModel::GetScore(const ScoreCaseRecord* record, Score
         SetUpDictVarIndex(record, derivedInRecord);
     }
     return ScoreCase(ownState, record, result, derivedInRecord);
+}
+
+MCScore::MCStatus RegressionModel::ExplainRow(ScoringState& state, const ScoreCaseRecord* record,
+                                              ScoreResult*& result, bool derivedInRecord,
+                                              CaseExplanation& explanation) const
+{
+    explanation.Clear();
+    auto& own = static_cast<CaseState&>(state);
+    const MCScore::MCStatus status = ScoreCase(own, record, result, derivedInRecord);
+    if (status.IsOK()) ExplainCase(own, explanation);
+    return status;
+}
+
+// A term is called by its parameter's label, and by its name where that tells more.
+void RegressionModel::OutlineParameters(const std::vector<double>& rowBetas, size_t first,
+                                        ExplanationOutline::Equation& equation) const
+{
+    std::vector<std::string> names(parameterMap.size());
+    for (const auto& [name, index] : parameterMap) names[static_cast<size_t>(index)] = name;
+    std::map<std::string_view, int> labels;
+    for (const std::string& label : paramLabels) ++labels[label];
+    for (size_t p = first; p < names.size(); ++p) {
+        const std::string& label = paramLabels[p];
+        const bool tells = !label.empty() && labels[label] == 1;
+        equation.terms.push_back({.name = tells ? label : names[p], .beta = rowBetas[p]});
+    }
 }
 
 void RegressionModel::EncodeNumbers(CaseState& state, bool nearly) const

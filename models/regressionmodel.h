@@ -10,10 +10,12 @@
 
 #include "host/model/basemodel.h"
 #include "host/model/batchscorer.h"
+#include "host/model/caseexplanation.h"
 #include "host/model/modeldescription.h"
 #include "host/values/numericvalue.h"
 #include "kernels/instructionset.h"
 #include "models/casestate.h"
+#include "models/offset.h"
 #include "models/paramtable.h"
 #include "models/pcovmatrix.h"
 #include "models/ppcmatrix.h"
@@ -56,6 +58,10 @@ public:
     {
         return ScoreCase(static_cast<CaseState&>(state), record, result, derivedInRecord);
     }
+    /// The family's ExplainCase() of what ScoreRow() left in the state.
+    MCScore::MCStatus ExplainRow(ScoringState& state, const ScoreCaseRecord* record,
+                                 ScoreResult*& result, bool derivedInRecord,
+                                 CaseExplanation& explanation) const final;
     std::unique_ptr<BatchScorer> MakeBatchScorer() const final
     {
         return MakeBlockScorer(kernels::ChosenKernels());
@@ -130,6 +136,8 @@ protected:
     void RegisterTargetCategories();
     /// numericPPMatrix by parameters and predictors, every cell system-missing: no dependence.
     void SizeNumericPPMatrix();
+    /// False for a category all of whose betas are 0: a reference category's.
+    bool HasBetas(size_t category) const;
     /// The beta of a cell, 0.0 for one that the table doesn't have.
     double BetaAt(int category, int parameter) const;
     /// The family's own steps of a case.
@@ -140,6 +148,12 @@ protected:
     virtual double LimitQuantile() const { return NumericValue::GetSysmisValue(); }
     /// The confidence level as a description tells it: "95%".
     std::string LevelText() const;
+    /// The linear predictors of a case that was scored, from what scoring left in the state, with
+    /// the terms of OutlineExplanations() and in the family's own order of operations.
+    virtual void ExplainCase(const CaseState&, CaseExplanation&) const {}
+    /// The parameters from `first` on, with a row of the beta table.
+    void OutlineParameters(const std::vector<double>& rowBetas, size_t first,
+                           ExplanationOutline::Equation& equation) const;
     /// The last step of FinishSetup(): what the family makes for its cases beside the terms.
     virtual void FinishPlan() {}
     /// The terms of the family's parameters, from the cells as they stand.

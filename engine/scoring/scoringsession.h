@@ -47,6 +47,9 @@ struct ScoringOptions {
     /// Survival curves in place of scores, of a model that has them (CurveShaper::Suits); nothing
     /// of `output` and `results` is heeded then, and the table needs no end time.
     bool curves = false;
+    /// Explanations in place of scores, in long form; nothing of `output` and `results` is heeded
+    /// then.
+    std::optional<ExplanationOptions> explanations{};
     /// Rows that can't be read, or have no score, go to a table of their own (RejectTable); without
     /// it a row that can't be read ends the run.
     bool rejects = false;
