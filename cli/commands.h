@@ -70,6 +70,9 @@ struct InspectArguments {
     DocumentArguments document;
     bool dump = false;
     bool json = false;
+    bool coefficients = false;
+    bool csv = false;
+    std::optional<std::string> level;  ///< of their limits
 };
 
 struct VerifyArguments {

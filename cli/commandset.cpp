@@ -314,7 +314,16 @@ void DefineInspect(CLI::App* command, InspectArguments& inspect)
         ->required();
     command->add_flag("--dump", inspect.dump,
                       "Everything that the model holds, as the model shows it");
-    command->add_flag("--json", inspect.json, "The description as JSON");
+    command->add_flag("--json", inspect.json,
+                      "The description as JSON, or with --coefficients these alone");
+    command->add_flag("--coefficients", inspect.coefficients,
+                      "The estimates alone: standard errors, t or z values, p values, limits, and "
+                      "odds or hazard ratios");
+    command->add_flag("--csv", inspect.csv, "The coefficients as comma-separated values");
+    AddText(command, "--level", inspect.level,
+            "The confidence level of the coefficients' limits, above 0 and below 1; 0.95 without "
+            "it",
+            "P");
     AddDocumentOptions(command, inspect.document);
     command->footer("Example:\n  velscore inspect model.pmml");
 }

@@ -178,23 +178,13 @@ OutputOptions OutputOf(const ScoreArguments& arguments)
 }
 
 // The level that --level asks for; nothing without it.
-std::optional<double> LevelOf(const ScoreArguments& arguments)
+std::optional<double> AskedLevel(const ScoreArguments& arguments)
 {
     if (!arguments.level) return std::nullopt;
     if (arguments.predictionOnly) {
         throw UsageError("--level has no meaning with --prediction-only, which leaves out limits");
     }
-    const std::string& text = *arguments.level;
-    double level = 0.0;
-    if (ReadNumber(text, level) == NumberText::Number && level > 0.0 && level < 1.0) return level;
-    std::string wrong =
-        fmt::format("--level is '{}'; expected is a number above 0 and below 1", text);
-    std::string_view number = text;
-    if (number.ends_with('%')) number.remove_suffix(1);
-    if (ReadNumber(number, level) == NumberText::Number && level > 1.0 && level < 100.0) {
-        wrong += fmt::format(". Did you mean {:.12g}?", level / 100.0);
-    }
-    throw UsageError(wrong);
+    return LevelOf(*arguments.level);
 }
 
 void SetLevel(LoadedModel& model, const std::optional<double>& level)
@@ -238,6 +228,20 @@ void RefuseColumnChoice(const ScoreArguments& arguments)
 }
 
 }  // namespace
+
+double LevelOf(const std::string& text)
+{
+    double level = 0.0;
+    if (ReadNumber(text, level) == NumberText::Number && level > 0.0 && level < 1.0) return level;
+    std::string wrong =
+        fmt::format("--level is '{}'; expected is a number above 0 and below 1", text);
+    std::string_view number = text;
+    if (number.ends_with('%')) number.remove_suffix(1);
+    if (ReadNumber(number, level) == NumberText::Number && level > 1.0 && level < 100.0) {
+        wrong += fmt::format(". Did you mean {:.12g}?", level / 100.0);
+    }
+    throw UsageError(wrong);
+}
 
 std::vector<std::string> TablesOf(const ScoreArguments& arguments)
 {
@@ -285,7 +289,7 @@ void PrepareModel(const ScoreArguments& arguments, LoadedModel& model, ScoringOp
             model.File(), model.Description().family));
     }
     SetPolicy(model, arguments.policy);
-    SetLevel(model, LevelOf(arguments));
+    SetLevel(model, AskedLevel(arguments));
     if (!options.output.columns.empty()) {
         options.results = OptionsFor(model.Description(), options.output.columns);
     }

@@ -20,6 +20,9 @@ std::vector<std::string> TablesOf(const ScoreArguments& arguments);
 /// The model and one of the tables can't both be standard input.
 void RefuseModelBeside(const ScoreArguments& arguments, const std::vector<std::string>& tables);
 
+/// The number that --level asks for, above 0 and below 1.
+double LevelOf(const std::string& text);
+
 /// What doesn't depend on the model.
 ScoringOptions OptionsOf(const ScoreArguments& arguments);
 

@@ -240,6 +240,16 @@ const ScoreDictVar* BLRModel::FindFactorOutsideContrasts(const std::vector<doubl
     return nullptr;
 }
 
+void BLRModel::DescribeCoefficients(ModelDescription& description) const
+{
+    const auto found =
+        refTargetCategory ? categoryMap.find(refTargetCategory->GetString()) : categoryMap.end();
+    const int betaRow = found == categoryMap.end() ? 1 : found->second;
+    for (const auto& [name, row] : categoryMap) {
+        if (row == betaRow) AddCoefficients(name, row, 0, parameterMap.size(), 0, description);
+    }
+}
+
 // Both rows of betas: which of them a case uses FindBetaRow() says.
 void BLRModel::OutlineExplanations(ExplanationOutline& outline) const
 {

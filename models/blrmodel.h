@@ -66,6 +66,7 @@ private:
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
     void ExplainCase(const CaseState& state, CaseExplanation& explanation) const override;
+    void DescribeCoefficients(ModelDescription& description) const override;
     TermPlan PlanTerms() const override;
     /// The contrasts of a parameter's category by the row of the case's; kNoContrast for none.
     std::vector<double> ContrastColumn(size_t predictor, double category) const;

@@ -136,6 +136,21 @@ size_t CumulativeLinkModel::ComputeCategoryProbs(double linearPredictor, CaseSta
     return static_cast<size_t>(scale.predicted);
 }
 
+// The thresholds, a category each, then what all boundaries share.
+void CumulativeLinkModel::DescribeCoefficients(ModelDescription& description) const
+{
+    const size_t categories = categoryMap.size();
+    if (categories < 2) return;
+    std::vector<const std::string*> names(categories);
+    for (const auto& [name, row] : categoryMap) names[static_cast<size_t>(row)] = &name;
+    for (size_t c = 0; c + 1 < categories; ++c) {
+        AddCoefficients(*names[c], static_cast<int>(c), 0, 1, c, description);
+        if (!description.coefficients.empty()) description.coefficients.back().isConstant = true;
+    }
+    AddCoefficients("", static_cast<int>(categories) - 2, 1, parameterMap.size(),
+                    FirstCovarianceRow(), description);
+}
+
 // The linear predictor that all boundaries share, then what each makes of it.
 void CumulativeLinkModel::OutlineExplanations(ExplanationOutline& outline) const
 {

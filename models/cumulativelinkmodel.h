@@ -75,6 +75,7 @@ protected:
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
     void ExplainCase(const CaseState& state, CaseExplanation& explanation) const override;
+    void DescribeCoefficients(ModelDescription& description) const override;
     /// What the two families of this model do each its own way; OffsetOfCase is the rest.
     struct Ways {
         const CaseRoad& road;

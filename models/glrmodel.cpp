@@ -130,6 +130,7 @@ void GLRModel::Describe(ModelDescription& description) const
 {
     DescribeCommon(description);
     DescribeFamily(kGeneralLinear, description);
+    description.hasStudentEstimates = true;
     description.equations.push_back(DescribeEquation(0));
     const bool svm = IsLinearSVM();
     const bool fixedError = svm && !NumericValue::IsSystemMissingValue(sigmaValue);

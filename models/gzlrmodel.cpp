@@ -243,6 +243,12 @@ void GZLRModel::WriteCategory(CaseWalk& walk, double mean, bool categoryOnly) co
     if (otherCategory != nullptr) walk.WritePercent(otherName, 1.0 - mean);
 }
 
+void GZLRModel::DescribeCoefficients(ModelDescription& description) const
+{
+    AddCoefficients(binaryTarget ? eventName : "", RowOfEvent(), 0, parameterMap.size(), 0,
+                    description);
+}
+
 void GZLRModel::OutlineExplanations(ExplanationOutline& outline) const
 {
     const auto row = static_cast<size_t>(RowOfEvent());

@@ -115,6 +115,7 @@ private:
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
     void ExplainCase(const CaseState& state, CaseExplanation& explanation) const override;
+    void DescribeCoefficients(ModelDescription& description) const override;
     enum Kind { NONE, VARIABLE, VALUE };
 
     void NameCategories();

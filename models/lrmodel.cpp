@@ -137,6 +137,7 @@ void LRModel::Describe(ModelDescription& description) const
 {
     DescribeCommon(description);
     DescribeFamily(kLinear, description);
+    description.hasStudentEstimates = true;
     // Slope i belongs to predictor i, whatever cells the document has.
     ModelDescription::Equation equation = DescribeEquation(0);
     for (size_t i = 0; i < equation.terms.size(); ++i) {

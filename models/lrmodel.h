@@ -45,6 +45,7 @@ private:
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
     void ExplainCase(const CaseState& state, CaseExplanation& explanation) const override;
+    bool IsConstant(size_t parameter) const override { return parameter >= predictorVars.size(); }
     TermPlan PlanTerms() const override { return EmptyPlan(Planned()); }
     double LimitQuantile() const override;
     /// The values' numbers: from their variables' origins, and plain.

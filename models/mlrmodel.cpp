@@ -76,6 +76,18 @@ MCScore::MCStatus MLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*
     return status;
 }
 
+// Those of a reference category are no estimates.
+void MLRModel::DescribeCoefficients(ModelDescription& description) const
+{
+    std::vector<const std::string*> names(categoryMap.size());
+    for (const auto& [name, row] : categoryMap) names[static_cast<size_t>(row)] = &name;
+    const size_t parameters = parameterMap.size();
+    for (size_t c = 0; c < categoryBetas.size(); ++c) {
+        if (!HasBetas(c)) continue;
+        AddCoefficients(*names[c], static_cast<int>(c), 0, parameters, c * parameters, description);
+    }
+}
+
 void MLRModel::OutlineExplanations(ExplanationOutline& outline) const
 {
     outline.equations.assign(categoryMap.size(), {});

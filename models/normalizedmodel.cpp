@@ -106,6 +106,17 @@ MCScore::MCStatus NormalizedModel::ScoreCase(CaseState& state, const ScoreCaseRe
     return walk.Status();
 }
 
+void NormalizedModel::DescribeCoefficients(ModelDescription& description) const
+{
+    std::vector<const std::string*> names(categoryMap.size());
+    for (const auto& [name, row] : categoryMap) names[static_cast<size_t>(row)] = &name;
+    const size_t parameters = parameterMap.size();
+    for (size_t c = 0; c < categoryBetas.size(); ++c) {
+        if (IsRemainder(c)) continue;
+        AddCoefficients(*names[c], static_cast<int>(c), 0, parameters, c * parameters, description);
+    }
+}
+
 // An equation each but for the remainder, whose linear predictor isn't looked at.
 void NormalizedModel::OutlineExplanations(ExplanationOutline& outline) const
 {

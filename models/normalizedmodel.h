@@ -53,6 +53,7 @@ private:
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
     void ExplainCase(const CaseState& state, CaseExplanation& explanation) const override;
+    void DescribeCoefficients(ModelDescription& description) const override;
     TermPlan PlanTerms() const override { return PlanNumberTerms(NumberTerms::Powers); }
     void FinishPlan() override;
 

@@ -416,6 +416,37 @@ void RegressionModel::DescribeCommon(ModelDescription& description) const
         if (role == ROLE_COVARIATE) description.covariates.push_back(name);
         description.variables.push_back(name);
     }
+    DescribeCoefficients(description);
+}
+
+void RegressionModel::DescribeCoefficients(ModelDescription& description) const
+{
+    AddCoefficients("", 0, 0, parameterMap.size(), 0, description);
+}
+
+void RegressionModel::AddCoefficients(const std::string& category, int row, size_t first,
+                                      size_t end, size_t firstRow,
+                                      ModelDescription& description) const
+{
+    std::vector<const std::string*> names(parameterMap.size());
+    for (const auto& [name, index] : parameterMap) names[static_cast<size_t>(index)] = &name;
+    for (size_t p = first; p < std::min(end, names.size()); ++p) {
+        const double estimate = BetaAt(row, static_cast<int>(p));
+        const size_t covariance = firstRow + p;
+        double variance = std::numeric_limits<double>::quiet_NaN();
+        if (HasCovariances() && covariance < pcovMatrix->GetRows()) {
+            variance = pcovMatrix->GetRow(covariance)[covariance];
+        }
+        // A parameter that depends on others is in the document with zeros.
+        if (variance == 0.0 && estimate == 0.0) variance = std::numeric_limits<double>::quiet_NaN();
+        description.coefficients.push_back({category, *names[p], paramLabels[p], estimate,
+                                            std::sqrt(variance), IsConstant(p)});
+    }
+}
+
+bool RegressionModel::IsConstant(size_t parameter) const
+{
+    return ppcMatrix && ppcMatrix->Row(static_cast<int>(parameter)).empty();
 }
 
 void RegressionModel::DescribeCategories(ModelDescription& description) const

@@ -183,6 +183,14 @@ protected:
         if (!state.wantsLinearPredictorError || !HasCovariances()) return;
         state.linearPredictorError = DesignStandardError(state, firstRow);
     }
+    /// The document's estimates; those of row 0 of the beta table.
+    virtual void DescribeCoefficients(ModelDescription& description) const;
+    /// The parameters from `first` to before `end` in a row of the beta table, of which parameter 0
+    /// has, as it were, `firstRow` of the covariances.
+    void AddCoefficients(const std::string& category, int row, size_t first, size_t end,
+                         size_t firstRow, ModelDescription& description) const;
+    /// True for a parameter without predictors.
+    virtual bool IsConstant(size_t parameter) const;
     /// What every family tells: target, predictors, degrees of freedom, variables to read.
     void DescribeCommon(ModelDescription& description) const;
     /// The target's categories in dictionary order, and the columns of a family that predicts one.
