@@ -186,9 +186,9 @@ int velscore_explain(const velscore_model* model, const velscore_score_options* 
             return std::make_unique<ArrowExplanations>(loaded, *schema, request.scoring);
         });
         const int64_t most = RowsOfLines(explanations->MostLines());
-        ExportStream(std::make_unique<ExplanationStream>(std::move(given), std::move(explanations),
-                                                         most),
-                     made);
+        ExportStream(
+            std::make_unique<ExplanationStream>(std::move(given), std::move(explanations), most),
+            made);
     });
 }
 

@@ -172,8 +172,8 @@ void DefineColumns(CLI::App* command, ScoreArguments& score)
         ->check(NotEmpty());
     AddRepeatable(command, "--columns", score.columns,
                   "The result columns to write, in this order, separated by commas; probabilities "
-                  "stands for every category's, linear_predictor and std_err(linear_predictor) are "
-                  "more; may be given again",
+                  "stands for every category's, linear_predictor, std_err(linear_predictor) and "
+                  "std_err(probability(CATEGORY)) are more; may be given again",
                   "COLS");
     AddText(command, "--output", score.outputColumns,
             "The columns of the output: default, the same for each model of a family, or document, "

@@ -46,8 +46,8 @@ BaselineChoice ChoiceOf(const std::string& text)
     bool isKnown = which == "mean";
     if (!isKnown) {
         const auto read = std::from_chars(which.data(), which.data() + which.size(), choice.row);
-        isKnown = read.ec == std::errc() && read.ptr == which.data() + which.size() &&
-                  choice.row > 0;
+        isKnown =
+            read.ec == std::errc() && read.ptr == which.data() + which.size() && choice.row > 0;
     }
     if (!isKnown || (at != std::string::npos && choice.table.empty())) {
         throw UsageError(fmt::format(
@@ -88,13 +88,16 @@ std::shared_ptr<const ExplanationBaseline> BaselineOf(const LoadedModel& model,
 // What has a meaning for the rows of --long alone, by its name.
 void RefuseLongAlone(const ScoreArguments& table)
 {
-    const std::pair<const char*, bool> given[] = {
-        {"--format", !table.format.empty()},      {"--compress", !table.compress.empty()},
-        {"--out-delimiter", !table.outDelimiter.empty()},
-        {"--rejects", !table.rejects.empty()},    {"--max-rejects", table.mostRejects.has_value()},
-        {"--summary", !table.summary.empty()},    {"--threads", table.threads != 0},
-        {"--resume", table.resume},               {"--partial", table.partial},
-        {"--progress", table.progress}};
+    const std::pair<const char*, bool> given[] = {{"--format", !table.format.empty()},
+                                                  {"--compress", !table.compress.empty()},
+                                                  {"--out-delimiter", !table.outDelimiter.empty()},
+                                                  {"--rejects", !table.rejects.empty()},
+                                                  {"--max-rejects", table.mostRejects.has_value()},
+                                                  {"--summary", !table.summary.empty()},
+                                                  {"--threads", table.threads != 0},
+                                                  {"--resume", table.resume},
+                                                  {"--partial", table.partial},
+                                                  {"--progress", table.progress}};
     for (const auto& [name, isGiven] : given) {
         if (isGiven) throw UsageError(fmt::format("{} has a meaning with --long alone", name));
     }
@@ -135,9 +138,9 @@ private:
     [[noreturn]] void RefuseWithoutCases() const
     {
         const LoadedModel model = Loaded();
-        throw UsageError(fmt::format(
-            "explain needs cases: a table with the columns {}; - is standard input",
-            fmt::join(model.Columns(), ", ")));
+        throw UsageError(
+            fmt::format("explain needs cases: a table with the columns {}; - is standard input",
+                        fmt::join(model.Columns(), ", ")));
     }
     // Of a baseline among the cases.
     void RefuseSecondReading() const
@@ -166,8 +169,8 @@ private:
     int RunLong()
     {
         ScoreArguments table = table_;
-        table.explains = fmt::format("top {}, baseline {}", arguments_.top.value_or(-1),
-                                     arguments_.baseline);
+        table.explains =
+            fmt::format("top {}, baseline {}", arguments_.top.value_or(-1), arguments_.baseline);
         ScoringOptions options = OptionsOf(table);
         return RunTable(table, std::move(options), console_,
                         [this](const LoadedModel& model, ScoringOptions& completed) {

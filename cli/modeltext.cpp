@@ -137,13 +137,9 @@ void AddColumns(std::string& out, std::string_view heading, std::span<const Resu
 std::vector<std::string> CoefficientHeads(const CoefficientTable& table)
 {
     const std::string level = fmt::format("{:.15g}%", 100.0 * table.level);
-    std::vector<std::string> heads{"term",
-                                   "estimate",
-                                   "std. error",
-                                   table.isStudent ? "t value" : "z value",
-                                   "p value",
-                                   "lower " + level,
-                                   "upper " + level};
+    std::vector<std::string> heads{
+        "term",    "estimate",       "std. error",    table.isStudent ? "t value" : "z value",
+        "p value", "lower " + level, "upper " + level};
     if (!table.ratio.empty()) {
         for (const char* which : {"", " lower", " upper"}) heads.push_back(table.ratio + which);
     }

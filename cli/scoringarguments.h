@@ -11,8 +11,8 @@ namespace MCVelscore_850 {
 class LoadedModel;
 struct ScoreArguments;
 
-// What was asked of `score`, `curve` and `explain`, understood. All throw UsageError for what can't be, or
-// doesn't go together.
+// What was asked of `score`, `curve` and `explain`, understood. All throw UsageError for what can't
+// be, or doesn't go together.
 
 /// The tables to score: standard input where none is named.
 std::vector<std::string> TablesOf(const ScoreArguments& arguments);

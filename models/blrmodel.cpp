@@ -126,6 +126,9 @@ MCStatus BLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* record, Sc
     // Under predictionOnly this is 0/0, which exceeds no cut-off: the category of the cut-off is
     // then never predicted. The cut-off has no branch for it, on purpose.
     const auto percent = [&](size_t c) { return (c < kCategories ? exponentials[c] : 0.0) / sum; };
+    if (state.wantsProbabilityErrors && HasCovariances() && betaRow < categoryBetas.size()) {
+        WriteBinaryErrors(state, percent(0) * percent(1), kCategories);
+    }
     if (!UsesCutoff()) {
         walk.WriteCategories(predicted, percent);
         return walk.Status();
@@ -284,6 +287,7 @@ void BLRModel::Describe(ModelDescription& description) const
     DescribeFamily(kBinary, description);
     description.link = "logit";
     DescribeCategories(description);
+    description.hasProbabilityErrors = HasCovariances();
     if (UsesCutoff()) {
         description.hasCutoff = true;
         description.cutoff = cutoff;

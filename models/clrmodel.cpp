@@ -7,8 +7,8 @@
 #include "kernels/linearpredictor.h"
 #include "kernels/softmax.h"
 #include "models/caseroad.h"
-#include "models/explainedterms.h"
 #include "models/clrresult.h"
+#include "models/explainedterms.h"
 
 namespace MCVelscore_850 {
 
@@ -74,8 +74,8 @@ MCScore::MCStatus CLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* r
     return walk.Status();
 }
 
-// The second equation is the one that the first is compared with: 0 but for a document that gives it
-// betas.
+// The second equation is the one that the first is compared with: 0 but for a document that gives
+// it betas.
 void CLRModel::OutlineExplanations(ExplanationOutline& outline) const
 {
     outline.equations.assign(HasBetas(1) ? 2 : 1, {});

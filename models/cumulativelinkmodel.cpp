@@ -1,11 +1,13 @@
 #include "models/cumulativelinkmodel.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 
 #include "kernels/linearpredictor.h"
 #include "kernels/links.h"
 #include "kernels/ordinal.h"
+#include "kernels/standarderror.h"
 #include "models/caseroad.h"
 #include "models/explainedterms.h"
 
@@ -25,6 +27,23 @@ constexpr struct {
     {"Probit", "cumulative probit"},
 };
 static_assert(std::size(kLinks) == kernels::kCumulativeLinks);
+
+// The derivative of the cumulative probability of x.
+double DerivativeAt(kernels::CumulativeLink link, double x)
+{
+    constexpr double kPi = 3.141592653589793;
+    switch (link) {
+        case kernels::CumulativeLink::Logit: {
+            const double small = std::exp(-std::fabs(x));
+            return small / ((1.0 + small) * (1.0 + small));
+        }
+        case kernels::CumulativeLink::Cauchit: return 1.0 / (kPi * (1.0 + x * x));
+        case kernels::CumulativeLink::ComplementaryLogLog: return std::exp(x - std::exp(x));
+        case kernels::CumulativeLink::NegativeLogLog: return std::exp(-x - std::exp(-x));
+        case kernels::CumulativeLink::Probit: return std::exp(-0.5 * x * x) / std::sqrt(2.0 * kPi);
+    }
+    return 0.0;
+}
 
 }  // namespace
 
@@ -89,7 +108,48 @@ MCScore::MCStatus CumulativeLinkModel::ScoreCase(CaseState& state, const ScoreCa
     const size_t predicted = ComputeCategoryProbs(state.linearPredictor, state);
     walk.WriteCategories(static_cast<int>(predicted),
                          [&](size_t c) { return state.probabilities[c]; });
+    if (state.wantsProbabilityErrors && HasCovariances()) WriteProbabilityErrors(state);
     return walk.Status();
+}
+
+// With f[i] the derivative of F[i] by its threshold, 0 of the last category and below the first,
+//
+//     dp[i] / dthreshold[i] = f[i]      dp[i] / dthreshold[i-1] = -f[i-1]
+//     dp[i] / db[j] = sign d[j] (f[i] - f[i-1])
+//
+// A boundary that counts as none has no derivative, and its case no errors.
+void CumulativeLinkModel::WriteProbabilityErrors(CaseState& state) const
+{
+    const auto link = static_cast<kernels::CumulativeLink>(linkFunction);
+    const size_t boundaries = categoryMap.size() - 1;
+    const size_t rows = pcovMatrix->GetRows();
+    std::vector<double> f(boundaries + 1);
+    double before = 0.0;
+    for (size_t i = 0; i < boundaries; ++i) {
+        const double x = thresholds[i] + ways_.sign * state.linearPredictor;
+        const double cumulative = CInvLinkFunction(linkFunction, x);
+        if (cumulative == NumericValue::GetSysmisValue() || before > cumulative) return;
+        before = cumulative;
+        f[i] = DerivativeAt(link, x);
+    }
+    std::vector<uint32_t> met(rows);
+    for (size_t i = 0; i <= boundaries; ++i) {
+        std::vector<double> gradient(rows);
+        const double below = i == 0 ? 0.0 : f[i - 1];
+        if (i < boundaries) gradient[i] = f[i];
+        if (i > 0) gradient[i - 1] = -below;
+        for (size_t p = 1; p < state.design.size(); ++p) {
+            const size_t row = p + FirstCovarianceRow();
+            if (row < rows) gradient[row] = ways_.sign * state.design[p] * (f[i] - below);
+        }
+        size_t count = 0;
+        for (size_t row = 0; row < rows; ++row) {
+            if (gradient[row] != 0.0) met[count++] = static_cast<uint32_t>(row);
+        }
+        state.probabilityErrors.push_back(
+            kernels::StandardErrorOfSum<double>(pcovMatrix->GetRow(0), rows, met.data(), count,
+                                                [&](size_t row) { return gradient[row]; }));
+    }
 }
 
 void CumulativeLinkModel::FinishPlan()
@@ -201,6 +261,7 @@ void CumulativeLinkModel::Describe(ModelDescription& description) const
         description.uncheckedOffset = offset.variable->GetName();
     }
     DescribeCategories(description);
+    description.hasProbabilityErrors = HasCovariances() && categoryMap.size() > 1;
     if (categoryBetas.size() < 2) return;
     // The equation of each boundary: its threshold, and what all share.
     const ModelDescription::Equation shared =

@@ -114,6 +114,7 @@ private:
     {
         return categoryBetas[categoryBetas.size() - 2];
     }
+    void WriteProbabilityErrors(CaseState& state) const;
     double LinearPredictor(CaseWalk& walk, CaseState& state) const;
     /// Fills the case's probabilities and answers the most probable category.
     size_t ComputeCategoryProbs(double linearPredictor, CaseState& state) const;

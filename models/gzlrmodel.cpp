@@ -8,6 +8,7 @@
 #include "host/model/modelfamilies.h"
 #include "host/variables/valueset.h"
 #include "kernels/linearpredictor.h"
+#include "kernels/links.h"
 #include "models/caseroad.h"
 #include "models/explainedterms.h"
 #include "models/gzlrlinks.h"
@@ -195,6 +196,13 @@ MCScore::MCStatus GZLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* 
         return walk.Status();
     }
     if (measured == nullptr) {
+        if (state.wantsProbabilityErrors && HasCovariances()) {
+            const double derivative = kernels::MeanDerivative(
+                static_cast<kernels::Link>(linkFunction), eta, linkParameter);
+            if (derivative != kNone) {
+                WriteBinaryErrors(state, TimesTrials(derivative, trials), categoryMap.size());
+            }
+        }
         WriteCategory(walk, GetMeanPred(eta, trials), state.predictionOnly);
     } else {
         walk.WritePrediction(GetMeanPred(eta, trials));
@@ -361,6 +369,7 @@ std::string GZLRModel::DescribeMean(const GZLRLink& link) const
 void GZLRModel::DescribeClasses(ModelDescription& description) const
 {
     DescribeCategories(description);
+    description.hasProbabilityErrors = HasCovariances();
     ModelDescription::Equation equation = DescribeEquation(RowOfEvent());
     equation.category = eventName;
     description.equations.push_back(std::move(equation));

@@ -3,6 +3,7 @@
 #include "host/model/modelfamilies.h"
 #include "kernels/linearpredictor.h"
 #include "kernels/softmax.h"
+#include "kernels/standarderror.h"
 #include "models/caseroad.h"
 #include "models/explainedterms.h"
 
@@ -65,7 +66,41 @@ MCScore::MCStatus MLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* r
     }
     walk.WriteCategories(static_cast<int>(largest.index),
                          [&](size_t c) { return state.probabilities[c] / sum; });
+    if (state.wantsProbabilityErrors && HasCovariances() && !state.predictionOnly) {
+        for (double& p : state.probabilities) p /= sum;
+        WriteProbabilityErrors(state);
+    }
     return walk.Status();
+}
+
+// Row c P + j of the covariances is parameter j of category c, by which
+//
+//     dp[k] / db[c, j] = p[k] ((k = c) - p[c]) x[j]
+void MLRModel::WriteProbabilityErrors(CaseState& state) const
+{
+    const std::vector<double>& p = state.probabilities;
+    const size_t parameters = parameterMap.size();
+    const size_t rows = pcovMatrix->GetRows();
+    const kernels::CaseCells cells{state.numbers.data(), state.codes.data()};
+    const kernels::Terms terms = plan.View();
+    for (size_t j = 0; j < parameters; ++j) {
+        const auto design = kernels::DesignValueOf<kernels::Ends::Alone>(terms, j, cells);
+        state.design[j] = design.stands ? design.value : 0.0;
+    }
+    std::vector<double> gradient(rows);
+    std::vector<uint32_t> met(rows);
+    state.probabilityErrors.assign(p.size(), NumericValue::GetSysmisValue());
+    for (size_t k = 0; k < p.size(); ++k) {
+        size_t count = 0;
+        for (size_t row = 0; row < rows; ++row) {
+            const size_t c = row / parameters;
+            gradient[row] = p[k] * ((k == c ? 1.0 : 0.0) - p[c]) * state.design[row % parameters];
+            if (gradient[row] != 0.0) met[count++] = static_cast<uint32_t>(row);
+        }
+        state.probabilityErrors[k] =
+            kernels::StandardErrorOfSum<double>(pcovMatrix->GetRow(0), rows, met.data(), count,
+                                                [&](size_t row) { return gradient[row]; });
+    }
 }
 
 MCScore::MCStatus MLRModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
@@ -122,6 +157,7 @@ void MLRModel::Describe(ModelDescription& description) const
     description.link = "generalized logit";
     description.offset = offset.Describe();
     DescribeCategories(description);
+    description.hasProbabilityErrors = HasCovariances();
     for (const std::string& category : description.targetCategories) {
         const int c = categoryMap.at(category);
         ModelDescription::Equation equation;

@@ -53,6 +53,8 @@ private:
                                 ScoreResult*& result, bool derivedInRecord) const override;
     void ExplainCase(const CaseState& state, CaseExplanation& explanation) const override;
     void DescribeCoefficients(ModelDescription& description) const override;
+    /// The errors of the probabilities p, whose sum is 1.
+    void WriteProbabilityErrors(CaseState& state) const;
     TermPlan PlanTerms() const override { return PlanNumberTerms(NumberTerms::Powers); }
 
     Offset offset;

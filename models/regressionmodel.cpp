@@ -371,6 +371,12 @@ double RegressionModel::DesignStandardError(CaseState& state, size_t firstRow) c
                                                [=](size_t row) { return design[row - firstRow]; });
 }
 
+void RegressionModel::WriteBinaryErrors(CaseState& state, double derivative,
+                                        size_t categories) const
+{
+    state.probabilityErrors.assign(categories, std::fabs(derivative) * DesignStandardError(state));
+}
+
 void RegressionModel::SetUpDictVarIndex(const ScoreCaseRecord* record, bool derivedInRecord)
 {
     const auto bind = [record](const ScoreDictionary* vars) {
@@ -439,8 +445,8 @@ void RegressionModel::AddCoefficients(const std::string& category, int row, size
         }
         // A parameter that depends on others is in the document with zeros.
         if (variance == 0.0 && estimate == 0.0) variance = std::numeric_limits<double>::quiet_NaN();
-        description.coefficients.push_back({category, *names[p], paramLabels[p], estimate,
-                                            std::sqrt(variance), IsConstant(p)});
+        description.coefficients.push_back(
+            {category, *names[p], paramLabels[p], estimate, std::sqrt(variance), IsConstant(p)});
     }
 }
 

@@ -176,6 +176,9 @@ protected:
     /// kernels::StandardErrorOfSum for the case's design values and the covariances, whose matrix
     /// has to be there. `firstRow` is the row of parameter 0.
     double DesignStandardError(CaseState& state, size_t firstRow = 0) const;
+    /// Both categories' probabilities have the same error: that of the linear predictor times the
+    /// size of a probability's derivative by it.
+    void WriteBinaryErrors(CaseState& state, double derivative, size_t categories) const;
     /// Writes the state's linearPredictorError from the case's design values, where it is asked for
     /// and there are covariances.
     void WriteLinearPredictorError(CaseState& state, size_t firstRow = 0) const

@@ -68,9 +68,8 @@ struct Distribution {
 std::vector<std::string> CoefficientTable::Columns() const
 {
     const std::string statistic = isStudent ? "t_value" : "z_value";
-    std::vector<std::string> columns{"equation", "parameter", "label",       "estimate",
-                                     "std_err",  statistic,   "p_value",     "ci_lower",
-                                     "ci_upper"};
+    std::vector<std::string> columns{"equation", "parameter", "label",    "estimate", "std_err",
+                                     statistic,  "p_value",   "ci_lower", "ci_upper"};
     if (ratio.empty()) return columns;
     const std::string name = ratio == "hazard ratio" ? "hazard_ratio" : "odds_ratio";
     for (const char* which : {"", "_lower", "_upper"}) columns.push_back(name + which);
@@ -144,7 +143,8 @@ nlohmann::ordered_json CoefficientsJson(const CoefficientTable& table)
     const std::vector<std::string> columns = table.Columns();
     Json rows = Json::array();
     for (const CoefficientRow& row : table.rows) {
-        Json entry{{columns[0], row.category}, {columns[1], row.parameter}, {columns[2], row.label}};
+        Json entry{
+            {columns[0], row.category}, {columns[1], row.parameter}, {columns[2], row.label}};
         const std::vector<double> numbers = table.NumbersOf(row);
         for (size_t i = 0; i < numbers.size(); ++i) {
             entry[columns[columns.size() - numbers.size() + i]] = numbers[i];

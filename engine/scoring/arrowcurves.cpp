@@ -64,7 +64,9 @@ ArrowOwner<ArrowArray> ArrowCurves::Draw(int64_t first, size_t rows)
                         });
     std::vector<ArrowOwner<ArrowArray>> columns;
     const auto count = static_cast<int64_t>(rows_.size());
-    columns.push_back(MakeArrowArray(count, {.validity = nullptr, .values = CopyArrowBytes(rows_.data(), rows_.size() * sizeof(int64_t))}));
+    columns.push_back(MakeArrowArray(
+        count, {.validity = nullptr,
+                .values = CopyArrowBytes(rows_.data(), rows_.size() * sizeof(int64_t))}));
     for (const auto* numbers : {&times_, &survivals_, &hazards_}) {
         columns.push_back(MakeArrowArray(count, ArrowNumbers(*numbers)));
     }

@@ -107,8 +107,8 @@ ArrowOwner<ArrowArray> ArrowExplanations::Explain(int64_t first, size_t rows)
     const auto count = static_cast<int64_t>(rows_.size());
     std::vector<ArrowOwner<ArrowArray>> columns;
     columns.push_back(MakeArrowArray(
-        count,
-        {.validity = nullptr, .values = CopyArrowBytes(rows_.data(), rows_.size() * sizeof(int64_t))}));
+        count, {.validity = nullptr,
+                .values = CopyArrowBytes(rows_.data(), rows_.size() * sizeof(int64_t))}));
     columns.push_back(MakeArrowArray(count, ArrowCodes(equations_, equationTexts_)));
     columns.push_back(MakeArrowArray(count, ArrowCodes(terms_, termTexts_)));
     columns.push_back(MakeArrowArray(count, ArrowNumbers(values_)));

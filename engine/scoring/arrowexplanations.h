@@ -40,8 +40,8 @@ private:
     void AddLine(int64_t row, Code equation, Code term, double value, double contribution);
 
     const ExplanationOutline outline_;
-    std::vector<Code> equationCodes_;            ///< by equation
-    std::vector<std::vector<Code>> termCodes_;   ///< by equation and term
+    std::vector<Code> equationCodes_;           ///< by equation
+    std::vector<std::vector<Code>> termCodes_;  ///< by equation and term
     ArrowTextBytes equationTexts_;
     ArrowTextBytes termTexts_;
     ArrowColumns columns_;

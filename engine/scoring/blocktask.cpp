@@ -29,10 +29,9 @@ BlockTask::BlockTask(const BlockPlan& plan)
                      ? nullptr
                      : std::make_unique<OutputEvaluator>(*plan.model.Output(), plan.model.Model(),
                                                          plan.model.Description())),
-      explanations_(
-          plan.explanations
-              ? std::make_unique<ExplanationShaper>(plan.model.Model(), *plan.explanations)
-              : nullptr),
+      explanations_(plan.explanations ? std::make_unique<ExplanationShaper>(plan.model.Model(),
+                                                                            *plan.explanations)
+                                      : nullptr),
       textRows_(columns_, true),
       results_(scorer_.Schema()),
       mostRows_(std::clamp(kMostFields / columns_, size_t{1}, TableScorer::kRows)),

@@ -70,6 +70,8 @@ void CaseScorer::SettleAs(const CaseScorer& other) { state_->SettleAs(*other.sta
 
 void CaseScorer::WantLinearPredictorError() { state_->wantsLinearPredictorError = true; }
 
+void CaseScorer::WantProbabilityErrors() { state_->wantsProbabilityErrors = true; }
+
 CaseStatus CaseScorer::Prepare(const ColumnBlock& block, size_t row)
 {
     const CaseStatus prepared = preparer_.Prepare(block, row);

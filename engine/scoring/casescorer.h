@@ -47,6 +47,8 @@ public:
     const ScoringState& State() const { return *state_; }
     /// Asks for ScoringState::linearPredictorError of the rows to come.
     void WantLinearPredictorError();
+    /// The same of ScoringState::probabilityErrors.
+    void WantProbabilityErrors();
     const std::vector<SurvivalPoint>& Curve() const { return curve_; }
     const CaseExplanation& Explained() const { return explained_; }
     const CaseRecord& Record() const { return preparer_.Record(); }

@@ -73,8 +73,8 @@ size_t ExplanationLines::MostLines(const ExplanationOutline& outline,
 const CaseExplanation::Sum* ExplanationLines::BaselineOf(const CaseExplanation::Sum& sum) const
 {
     const auto& sums = options_.baseline->sums;
-    const bool has = sum.equation < sums.size() &&
-                     sums[sum.equation].addends.size() == sum.addends.size();
+    const bool has =
+        sum.equation < sums.size() && sums[sum.equation].addends.size() == sum.addends.size();
     return has ? &sums[sum.equation] : nullptr;
 }
 

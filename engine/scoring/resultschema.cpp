@@ -114,6 +114,8 @@ constexpr Quantity kQuantities[] = {
      Bits<LacksNumber>, "linear predictor"},
     {ResultQuantity::LinearPredictorError, ResultKind::Number, "std_err(linear_predictor)",
      kAnyResult, true, Bits<LacksError>, "standard error of the linear predictor"},
+    {ResultQuantity::ProbabilityError, ResultKind::Number, "std_err(probability",
+     ScoreResult::MLR_RESULT, false, Bits<LacksError>, "standard error of the probability"},
     {ResultQuantity::Status, ResultKind::Status, "status", kAnyResult, true, nullptr,
      "0, or the code of the reason why there is no score"},
     {ResultQuantity::StatusField, ResultKind::FieldName, "status_field", kAnyResult, true, nullptr,
@@ -131,6 +133,9 @@ bool IsWanted(const Quantity& quantity, const ModelDescription& description,
         case ResultQuantity::LinearPredictor: return options.linearPredictor && hasOneEquation;
         case ResultQuantity::LinearPredictorError:
             return options.linearPredictorError && hasOneEquation && description.hasCovariances;
+        case ResultQuantity::ProbabilityError:
+            return options.probabilityErrors && !options.predictionOnly &&
+                   description.hasProbabilityErrors;
         default: return quantity.ofPredictionOnly || !options.predictionOnly;
     }
 }
@@ -158,13 +163,17 @@ ResultColumn ColumnOf(const Quantity& quantity, std::string name, const Told& to
 ResultOptions OptionsFor(const ModelDescription& description, std::span<const std::string> names)
 {
     ResultOptions options{.linearPredictor = true};
-    const ResultSchema schema(description, options);
-    options.linearPredictorError =
-        !std::all_of(names.begin(), names.end(), [&](const std::string& name) {
+    const auto haveAll = [&] {
+        const ResultSchema schema(description, options);
+        return std::all_of(names.begin(), names.end(), [&](const std::string& name) {
             return name == kAllProbabilities ||
                    std::any_of(schema.Columns().begin(), schema.Columns().end(),
                                [&](const ResultColumn& column) { return column.name == name; });
         });
+    };
+    if (haveAll()) return options;
+    options.linearPredictorError = true;
+    options.probabilityErrors = !haveAll();
     return options;
 }
 
@@ -176,13 +185,14 @@ ResultSchema::ResultSchema(const ModelDescription& description, const ResultOpti
     for (const auto& each : description.quantities) told.emplace(each.column, &each);
     for (const Quantity& quantity : kQuantities) {
         if (!IsWanted(quantity, description, options)) continue;
-        if (quantity.quantity != ResultQuantity::Probability) {
+        const bool isError = quantity.quantity == ResultQuantity::ProbabilityError;
+        if (quantity.quantity != ResultQuantity::Probability && !isError) {
             columns_.push_back(ColumnOf(quantity, std::string(quantity.name), told));
             continue;
         }
         for (size_t i = 0; i < categories_.size(); ++i) {
             std::string name(quantity.name);
-            name.append("(").append(categories_[i]).append(")");
+            name.append("(").append(categories_[i]).append(isError ? "))" : ")");
             columns_.push_back(ColumnOf(quantity, std::move(name), told));
             columns_.back().category = i;
         }
@@ -202,11 +212,14 @@ uint64_t ResultSchema::ExistingBits(ResultQuantity quantity, const double* numbe
 
 std::vector<ResultColumn> ColumnsOnRequest(const ModelDescription& description)
 {
-    const ResultSchema schema(description, {.linearPredictor = true, .linearPredictorError = true});
+    const ResultSchema schema(
+        description,
+        {.linearPredictor = true, .linearPredictorError = true, .probabilityErrors = true});
     std::vector<ResultColumn> columns;
     for (const ResultColumn& column : schema.ValueColumns()) {
         if (column.quantity == ResultQuantity::LinearPredictor ||
-            column.quantity == ResultQuantity::LinearPredictorError) {
+            column.quantity == ResultQuantity::LinearPredictorError ||
+            column.quantity == ResultQuantity::ProbabilityError) {
             columns.push_back(column);
         }
     }

@@ -22,6 +22,7 @@ enum class ResultQuantity {
     CumHazard,
     LinearPredictor,
     LinearPredictorError,
+    ProbabilityError,
     Status,
     StatusField
 };
@@ -50,6 +51,9 @@ struct ResultOptions {
     bool linearPredictor = false;
     /// Of those among them whose document has covariances. It costs time on its own.
     bool linearPredictorError = false;
+    /// Of models whose description has them. They cost time on their own too: every row then goes
+    /// through the model alone.
+    bool probabilityErrors = false;
 };
 
 /// The options that give the columns of these names, as far as the model has them, and none that
@@ -65,8 +69,8 @@ ResultOptions OptionsFor(const ModelDescription& description, std::span<const st
 ///              MLRResult     prediction, probability(CATEGORY) for each target category
 ///              CLRResult     prediction
 ///              CoxRegResult  prediction, cum_hazard
-///          then linear_predictor and std_err(linear_predictor) where they are asked for, status
-///          and status_field.
+///          then linear_predictor, std_err(linear_predictor) and std_err(probability(CATEGORY))
+///          where they are asked for, status and status_field.
 /// Empty    A case whose status isn't 0 has no value but status and, where one is at fault, field.
 /// A
 ///          number that doesn't exist is no value either, as Exists() tells of each quantity of

@@ -61,6 +61,10 @@ TableScorer::TableScorer(const ScoreModel& model, const ModelDescription& descri
         if (column.quantity == ResultQuantity::LinearPredictorError) {
             one_.WantLinearPredictorError();
         }
+        if (column.quantity == ResultQuantity::ProbabilityError) {
+            one_.WantProbabilityErrors();
+            road_.reset();  // blocks have none
+        }
     }
 }
 
@@ -222,6 +226,7 @@ BatchResults TableScorer::PlacesIn(ResultBlock& results)
                 places.probabilities = probabilities_.data();
                 break;
             }
+            case ResultQuantity::ProbabilityError:
             case ResultQuantity::Status:
             case ResultQuantity::StatusField: break;
         }

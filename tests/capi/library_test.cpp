@@ -202,9 +202,9 @@ TEST(Curves, AreThoseOfTheCommandWithoutAnEndTime)
 // Every family's, with rows that have no score among them.
 TEST(Explanations, AreThoseOfTheCommand)
 {
-    for (const char* name : {"lm-swiss", "mlr-housing-factors", "cox-lung-centred", "clr-infert",
-                             "ordinal-logit-housing", "glz-poisson-offset-insurance",
-                             "missing-lm-no-replacement"}) {
+    for (const char* name :
+         {"lm-swiss", "mlr-housing-factors", "cox-lung-centred", "clr-infert",
+          "ordinal-logit-housing", "glz-poisson-offset-insurance", "missing-lm-no-replacement"}) {
         SCOPED_TRACE(name);
         const std::string folder = DataFile(std::string("cases/") + name + "/");
         const auto input = ParseCsv(ReadFile(folder + "input.csv"));

@@ -40,7 +40,8 @@ inline constexpr double kTurns[] = {
     0.5,   709.0,  745.2,       20.0,        -708.5, 1e10,    50.5,      -2.0,      710.0,  1e154,
     1e-10, -100.0, 1.0 + 5e-13, 1.0 + 5e-12, kNaN,   kSysmis, kInfinity, -kInfinity};
 inline constexpr size_t kBadTurns = 4;
-inline constexpr double kWholeTurns[] = {0.0, -0.0, 1.0, -1.0, 9007199254740992.0, 4503599627370497.0};
+inline constexpr double kWholeTurns[] = {
+    0.0, -0.0, 1.0, -1.0, 9007199254740992.0, 4503599627370497.0};
 
 // How the cells of a block are drawn: of a hundred cells so many are odd, or bad.
 struct Mixture {

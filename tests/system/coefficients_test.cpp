@@ -1,5 +1,5 @@
-// `velscore inspect --coefficients` against R: tests/data/coefficients has its values, and the script that
-// made them.
+// `velscore inspect --coefficients` against R: tests/data/coefficients has its values, and the
+// script that made them.
 
 #include <algorithm>
 #include <cmath>
@@ -50,8 +50,7 @@ TEST_P(Coefficients, AreThoseOfR)
     const Finished run = RunVelscore({"inspect", Model(GetParam()), "--coefficients", "--csv"});
     ASSERT_EQ(run.exitCode, 0) << run.err;
     const CsvText found = ParseCsv(run.out);
-    const CsvText expected =
-        ParseCsv(ReadFile(DataFile("coefficients/" + GetParam() + ".csv")));
+    const CsvText expected = ParseCsv(ReadFile(DataFile("coefficients/" + GetParam() + ".csv")));
     const Texts labels = found.Texts("label");
     for (const Texts& row : expected.rows) {
         SCOPED_TRACE(row[0]);
@@ -62,8 +61,7 @@ TEST_P(Coefficients, AreThoseOfR)
             if (column == "value") column = isLinear ? "t_value" : "z_value";
             const Texts texts = found.Texts(column);
             ASSERT_EQ(texts.size(), labels.size()) << column;
-            const double number =
-                NumberOf(texts[static_cast<size_t>(place - labels.begin())]);
+            const double number = NumberOf(texts[static_cast<size_t>(place - labels.begin())]);
             const double wanted = NumberOf(row[i]);
             EXPECT_LE(std::fabs(number - wanted), 1e-10 * std::fabs(wanted) + 1e-300)
                 << column << ": " << number << " for " << wanted;
@@ -109,11 +107,11 @@ TEST(InspectCoefficients, OddsAndHazardRatios)
             ParseCsv(RunVelscore({"inspect", Model(name), "--coefficients", "--csv"}).out);
         return std::pair(table, table.Texts(which));
     };
-    for (const auto& [name, ratio] : {std::pair("blr-birthwt-sum", "odds_ratio"),
-                                      std::pair("mlr-birthwt-race", "odds_ratio"),
-                                      std::pair("glz-logit-number-birthwt", "odds_ratio"),
-                                      std::pair("ordinal-logit-housing", "odds_ratio"),
-                                      std::pair("cox-lung-centred", "hazard_ratio")}) {
+    for (const auto& [name, ratio] :
+         {std::pair("blr-birthwt-sum", "odds_ratio"), std::pair("mlr-birthwt-race", "odds_ratio"),
+          std::pair("glz-logit-number-birthwt", "odds_ratio"),
+          std::pair("ordinal-logit-housing", "odds_ratio"),
+          std::pair("cox-lung-centred", "hazard_ratio")}) {
         SCOPED_TRACE(name);
         const auto [table, ratios] = column(name, ratio);
         ASSERT_EQ(ratios.size(), table.rows.size());

@@ -131,7 +131,8 @@ protected:
     const std::string model_ = folder_.Write("model.pmml", TestModel().Text());
 };
 
-// The limits are 2.306004 times 2, the quantile of t with 8 degrees of freedom, about the prediction.
+// The limits are 2.306004 times 2, the quantile of t with 8 degrees of freedom, about the
+// prediction.
 TEST_F(Explain, ShowsAlignedTerms)
 {
     const Finished run = Run({});
@@ -203,7 +204,8 @@ TEST_F(Explain, TopKeepsTheLargestAndTheSum)
               "2,,x,-30,-60\n2,,other terms,,11\n");
     EXPECT_EQ(Run({"--long", "--top", "0"}, "x,sex\n3,m\n").out,
               "row,equation,term,value,contribution\n1,,other terms,,17\n");
-    EXPECT_EQ(Run({"--long", "--top", "3"}, "x,sex\n3,m\n").out, Run({"--long"}, "x,sex\n3,m\n").out);
+    EXPECT_EQ(Run({"--long", "--top", "3"}, "x,sex\n3,m\n").out,
+              Run({"--long"}, "x,sex\n3,m\n").out);
 }
 
 TEST_F(Explain, BaselineGivesDifferences)
@@ -214,10 +216,11 @@ TEST_F(Explain, BaselineGivesDifferences)
               "1,,Intercept,1,0\n1,,x,3,4\n1,,[sex=m],1,5\n"
               "2,,Intercept,1,0\n2,,x,-1,-4\n2,,[sex=m],0,-5\n"
               "3,,,,\n4,,,,\n");
-    const std::string row2 = "row,equation,term,value,contribution\n"
-                             "1,,Intercept,1,0\n1,,x,3,8\n1,,[sex=m],1,10\n"
-                             "2,,Intercept,1,0\n2,,x,-1,0\n2,,[sex=m],0,0\n"
-                             "3,,,,\n4,,,,\n";
+    const std::string row2 =
+        "row,equation,term,value,contribution\n"
+        "1,,Intercept,1,0\n1,,x,3,8\n1,,[sex=m],1,10\n"
+        "2,,Intercept,1,0\n2,,x,-1,0\n2,,[sex=m],0,0\n"
+        "3,,,,\n4,,,,\n";
     EXPECT_EQ(Run({"--long", "--baseline", "2"}).out, row2);
     const std::string other = folder_.Write("other.csv", "sex,x\nm,9\nm,9\nf,-1\n");
     EXPECT_EQ(Run({"--long", "--baseline", "3@" + other}).out, row2);
@@ -289,7 +292,8 @@ TEST_F(Explain, FaultsOfTheTableEndItBehindTheRowsBefore)
 TEST_F(Explain, LongOutputDoesNotDependOnThreads)
 {
     std::string cases = "x,sex\n";
-    for (int i = 0; i < 60000; ++i) cases += std::to_string(i % 97) + (i % 3 == 0 ? ",m\n" : ",f\n");
+    for (int i = 0; i < 60000; ++i)
+        cases += std::to_string(i % 97) + (i % 3 == 0 ? ",m\n" : ",f\n");
     const Finished one = Run({"--long", "--threads", "1", "--quiet"}, cases);
     ASSERT_EQ(one.exitCode, 0) << one.err;
     EXPECT_EQ(std::count(one.out.begin(), one.out.end(), '\n'), 60000 * 3 + 1);
@@ -328,8 +332,7 @@ TEST_F(Explain, TakesTenThousandPredictors)
             "functionName='regression'><MiningSchema><MiningField name='y' usageType='target'/>" +
             mining + "</MiningSchema><ParameterList>" + parameters +
             "</ParameterList><CovariateList>" + covariates + "</CovariateList><PPMatrix>" + cells +
-            "</PPMatrix><ParamMatrix>" + betas +
-            "</ParamMatrix></GeneralRegressionModel></PMML>");
+            "</PPMatrix><ParamMatrix>" + betas + "</ParamMatrix></GeneralRegressionModel></PMML>");
     const std::string cases = folder_.Write("wide.csv", header + "\n" + row + "\n");
     const Finished run = RunVelscore({"explain", model, cases, "--long"});
     ASSERT_EQ(run.exitCode, 0) << run.err;
