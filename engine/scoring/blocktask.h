@@ -123,7 +123,7 @@ private:
     TableScorer scorer_;
     std::unique_ptr<OutputEvaluator> evaluator_;  ///< of the document's Output section, if wanted
     std::unique_ptr<ExplanationShaper> explanations_;  ///< if they are wanted
-    std::unique_ptr<BlockSplitter> splitter_;     ///< made with the first block
+    std::unique_ptr<BlockSplitter> splitter_;          ///< made with the first block
     TextRows textRows_;
     ResultBlock results_;
     size_t mostRows_;

@@ -79,8 +79,8 @@ TEST_P(ProbabilityErrors, AreThoseOfR)
     }
 }
 
-// A generalized linear model of two categories whose linear predictor is x, with an intercept of
-// the variance 4 alone: the error of both probabilities is 2 times the link's derivative at x.
+// A generalized linear model of two categories whose linear predictor is 0.25 + x, with an intercept
+// of the variance 4: the error of both probabilities is 2 times the link's derivative there.
 std::string BinaryModel(const std::string& link, const std::string& covariances)
 {
     return "<PMML xmlns='http://www.dmg.org/PMML-4_4' version='4.4'><Header/><DataDictionary>"
@@ -95,7 +95,7 @@ std::string BinaryModel(const std::string& link, const std::string& covariances)
            "</ParameterList><CovariateList><Predictor name='x'/></CovariateList><PPMatrix>"
            "<PPCell value='1' predictorName='x' parameterName='p1'/></PPMatrix>" +
            covariances +
-           "<ParamMatrix><PCell parameterName='p0' df='1' beta='0' targetCategory='yes'/>"
+           "<ParamMatrix><PCell parameterName='p0' df='1' beta='0.25' targetCategory='yes'/>"
            "<PCell parameterName='p1' df='1' beta='1' targetCategory='yes'/></ParamMatrix>"
            "</GeneralRegressionModel></PMML>";
 }
@@ -106,7 +106,7 @@ const std::string kVariance =
 TEST(ProbabilityErrorsOfLinks, AreTheLinksDerivative)
 {
     const ScratchFolder folder;
-    const std::string cases = folder.Write("cases.csv", "x\n0.3\n-1.25\n\n");
+    const std::string cases = folder.Write("cases.csv", "x\n0.05\n-1.5\n");
     const struct {
         const char* link;
         double (*derivative)(double x);
@@ -184,7 +184,7 @@ TEST(ProbabilityErrorsOfLinks, NeedCovariancesAndAScore)
     const std::string column = "std_err(probability(yes))";
     const std::string with = folder.Write("with.pmml", BinaryModel("logit", kVariance));
     const Finished empty =
-        RunVelscore({"score", with, "--columns", column + ",status"}, "x\nNA\n0\n");
+        RunVelscore({"score", with, "--columns", column + ",status"}, "x\nNA\n-0.25\n");
     EXPECT_EQ(empty.out, column + ",status\n,90029\n0.5,0\n");
     EXPECT_NE(RunVelscore({"inspect", with}).out.find(column), std::string::npos);
 
