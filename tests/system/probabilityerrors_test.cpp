@@ -79,8 +79,9 @@ TEST_P(ProbabilityErrors, AreThoseOfR)
     }
 }
 
-// A generalized linear model of two categories whose linear predictor is 0.25 + x, with an intercept
-// of the variance 4: the error of both probabilities is 2 times the link's derivative there.
+// A generalized linear model of two categories whose linear predictor is 0.25 + x, with an
+// intercept of the variance 4: the error of both probabilities is 2 times the link's derivative
+// there.
 std::string BinaryModel(const std::string& link, const std::string& covariances)
 {
     return "<PMML xmlns='http://www.dmg.org/PMML-4_4' version='4.4'><Header/><DataDictionary>"
