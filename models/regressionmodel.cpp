@@ -44,6 +44,9 @@ bool AnswersRole(ScoreModel::VarRole wanted, ScoreModel::VarRole role, bool deri
     }
 }
 
+// The older form gives every parameter a label of blanks.
+bool IsBlank(const std::string& label) { return label.find_first_not_of(' ') == label.npos; }
+
 // The code that a category's number is: a whole number its own, any other none.
 int32_t CodeOf(double number, bool nearly)
 {
@@ -342,7 +345,7 @@ void RegressionModel::OutlineParameters(const std::vector<double>& rowBetas, siz
     for (const std::string& label : paramLabels) ++labels[label];
     for (size_t p = first; p < names.size(); ++p) {
         const std::string& label = paramLabels[p];
-        const bool tells = !label.empty() && labels[label] == 1;
+        const bool tells = !IsBlank(label) && labels[label] == 1;
         equation.terms.push_back({.name = tells ? label : names[p], .beta = rowBetas[p]});
     }
 }
@@ -445,8 +448,9 @@ void RegressionModel::AddCoefficients(const std::string& category, int row, size
         }
         // A parameter that depends on others is in the document with zeros.
         if (variance == 0.0 && estimate == 0.0) variance = std::numeric_limits<double>::quiet_NaN();
-        description.coefficients.push_back(
-            {category, *names[p], paramLabels[p], estimate, std::sqrt(variance), IsConstant(p)});
+        description.coefficients.push_back({category, *names[p],
+                                            IsBlank(paramLabels[p]) ? "" : paramLabels[p], estimate,
+                                            std::sqrt(variance), IsConstant(p)});
     }
 }
 
