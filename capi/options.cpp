@@ -75,7 +75,7 @@ std::optional<double> LevelOf(const velscore_score_options& options, const Loade
     return level;
 }
 
-// What a curve heeds too.
+// What curves and explanations heed too.
 ArrowOptions TableOf(const velscore_score_options& options)
 {
     ArrowOptions scoring;
@@ -146,6 +146,17 @@ Request CurveRequestOf(const velscore_model& model, const velscore_score_options
         for (const std::string& name : loaded.Columns()) {
             if (std::find(read.begin(), read.end(), name) == read.end()) table.columnOf.erase(name);
         }
+    });
+    return request;
+}
+
+Request ExplainRequestOf(const velscore_model& model, const velscore_score_options* options)
+{
+    const velscore_score_options known = KnownOf(options);
+    Request request;
+    request.scoring = TableOf(known);
+    model.With({}, [&](const LoadedModel& loaded) {
+        request.settings.policy = PolicyOf(known.policy, loaded.Description());
     });
     return request;
 }

@@ -19,6 +19,8 @@ struct Request {
 Request RequestOf(const velscore_model& model, const velscore_score_options* options);
 /// The same for curves; throws kNoCurves for a model that has none.
 Request CurveRequestOf(const velscore_model& model, const velscore_score_options* options);
+/// The same for explanations.
+Request ExplainRequestOf(const velscore_model& model, const velscore_score_options* options);
 
 struct ScanRequest {
     Settings settings{};

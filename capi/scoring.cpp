@@ -4,6 +4,7 @@
 #include "capi/options.h"
 #include "capi/streams.h"
 #include "engine/scoring/arrowcurves.h"
+#include "engine/scoring/arrowexplanations.h"
 #include "engine/scoring/arrowresults.h"
 #include "engine/scoring/tablescan.h"
 #include "engine/tables/arrowschema.h"
@@ -77,6 +78,24 @@ private:
     }
 };
 
+class ExplanationStream final : public PartsOfTables<ArrowExplanations> {
+public:
+    using PartsOfTables::PartsOfTables;
+
+private:
+    ArrowOwner<ArrowArray> Take(ArrowExplanations& explanations, int64_t first,
+                                int64_t rows) override
+    {
+        return explanations.Explain(first, static_cast<size_t>(rows));
+    }
+};
+
+// So many rows that their lines, at most so many a row, stay of a size with a table of scores.
+int64_t RowsOfLines(size_t lines)
+{
+    return std::clamp<int64_t>(kMostRows / static_cast<int64_t>(lines), 1, TableScorer::kRows);
+}
+
 // So many rows that their curves stay of a size with a table of scores.
 int64_t RowsOfCurves(const ModelDescription& about)
 {
@@ -84,7 +103,7 @@ int64_t RowsOfCurves(const ModelDescription& about)
     for (const ModelDescription::Stratum& stratum : about.strata) {
         most = std::max(most, stratum.cells);
     }
-    return std::clamp<int64_t>(kMostRows / static_cast<int64_t>(most), 1, TableScorer::kRows);
+    return RowsOfLines(most);
 }
 
 class ScanStream final : public TableSourceStream {
@@ -152,6 +171,24 @@ int velscore_curve(const velscore_model* model, const velscore_score_options* op
         });
         ExportStream(std::make_unique<CurveStream>(std::move(given), std::move(curves), most),
                      made);
+    });
+}
+
+int velscore_explain(const velscore_model* model, const velscore_score_options* options,
+                     ArrowArrayStream* in, ArrowArrayStream* out, velscore_error* error)
+{
+    return Call(error, [&] {
+        GivenStream given(Given(in, "in"));
+        ArrowArrayStream& made = Given(out, "out");
+        const Request request = ExplainRequestOf(Given(model, "model"), options);
+        const ArrowOwner<ArrowSchema> schema = given.Schema();
+        auto explanations = model->With(request.settings, [&](const LoadedModel& loaded) {
+            return std::make_unique<ArrowExplanations>(loaded, *schema, request.scoring);
+        });
+        const int64_t most = RowsOfLines(explanations->MostLines());
+        ExportStream(
+            std::make_unique<ExplanationStream>(std::move(given), std::move(explanations), most),
+            made);
     });
 }
 

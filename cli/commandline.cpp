@@ -86,6 +86,8 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
     static constexpr std::pair<const char*, Run> kRuns[] = {
         {"score", [](const CommandSet& set, Console& out) { return RunScore(set.score, out); }},
         {"curve", [](const CommandSet& set, Console& out) { return RunCurve(set.curve, out); }},
+        {"explain",
+         [](const CommandSet& set, Console& out) { return RunExplain(set.explain, out); }},
         {"check", [](const CommandSet& set, Console& out) { return RunCheck(set.check, out); }},
         {"inspect", [](const CommandSet& set, Console&) { return RunInspect(set.inspect); }},
         {"verify", [](const CommandSet& set, Console& out) { return RunVerify(set.verify, out); }},

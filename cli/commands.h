@@ -45,7 +45,17 @@ struct ScoreArguments {
     bool strict = false;
     bool quiet = false;
     bool partial = false;
-    size_t threads = 0;  ///< 0: as many as the machine has for the command
+    size_t threads = 0;    ///< 0: as many as the machine has for the command
+    std::string explains;  ///< what `explain --long` asks for beside; empty for the others
+};
+
+struct ExplainArguments {
+    ScoreArguments table;
+    bool isLong = false;
+    bool json = false;
+    std::optional<int64_t> top;
+    std::optional<int64_t> mostCases;  ///< of the text
+    std::string baseline;              ///< empty: none
 };
 
 struct CheckArguments {
@@ -62,6 +72,9 @@ struct InspectArguments {
     DocumentArguments document;
     bool dump = false;
     bool json = false;
+    bool coefficients = false;
+    bool csv = false;
+    std::optional<std::string> level;  ///< of their limits
 };
 
 struct VerifyArguments {
@@ -100,6 +113,7 @@ public:
 int RunScore(const ScoreArguments& arguments, Console& console);
 /// Takes what `score` takes but for the output's columns.
 int RunCurve(const ScoreArguments& arguments, Console& console);
+int RunExplain(const ExplainArguments& arguments, Console& console);
 int RunCheck(const CheckArguments& arguments, Console& console);
 /// `check --fix`.
 int RunFix(const CheckArguments& arguments, Console& console);

@@ -179,9 +179,9 @@ void DefineColumns(CLI::App* command, ScoreArguments& score)
     AddRepeatable(
         command, "--columns", score.columns,
         "The result columns to write, in this order, separated by commas; probabilities "
-        "stands for every category's; linear_predictor, std_err(linear_predictor) and, of "
-        "a Cox model, risk, median_survival and survival@TIME are more; may be given "
-        "again",
+        "stands for every category's; linear_predictor, std_err(linear_predictor), "
+        "std_err(probability(CATEGORY)) and, of a Cox model, risk, median_survival and "
+        "survival@TIME are more; may be given again",
         "COLS");
     AddText(command, "--output", score.outputColumns,
             "The columns of the output: default, the same for each model of a family, or document, "
@@ -280,6 +280,39 @@ void DefineCurve(CLI::App* command, ScoreArguments& curve)
         "case, or for each of --times. The cases need no end time. Exit codes as those of score.");
 }
 
+void DefineExplain(CLI::App* command, ExplainArguments& explain)
+{
+    DefineInput(command, explain.table);
+    command->get_option("CASES")->description(
+        "The tables of cases, of the same columns: comma-separated values with a header, or JSON "
+        "Lines; plain or compressed by gzip or zstd; - is standard input");
+    DefineOutput(command, explain.table);
+    command->add_flag("--long", explain.isLong,
+                      "Write all cases as a table of one line a term: row, equation, term, value "
+                      "and contribution");
+    command->add_flag("--json", explain.json, "Write all cases as JSON");
+    AddText(command, "--limit", explain.mostCases,
+            "How many cases are shown as text; 10 without it", "N")
+        ->check(WholeNumber(1));
+    AddText(command, "--top", explain.top,
+            "Show so many terms of an equation, the largest contributions, and the others as one",
+            "N")
+        ->check(WholeNumber(0));
+    AddText(command, "--baseline", explain.baseline,
+            "Show how contributions differ from those of the mean case, or of a row: of the cases, "
+            "or of another table",
+            "mean|ROW[@TABLE]")
+        ->check(NotEmpty());
+    DefineScoring(command, explain.table);
+    DefineBadRows(command, explain.table);
+    DefineReports(command, explain.table);
+    command->footer(
+        "Examples:\n  velscore explain model.pmml cases.csv\n"
+        "  velscore explain model.pmml cases.csv --long -o contributions.csv\n\n"
+        "Shows how each case's linear predictors add up, term by term, and what the model makes\n"
+        "of them. Exit codes as those of score.");
+}
+
 void DefineCheck(CLI::App* command, CheckArguments& check)
 {
     command->add_option("MODEL", check.models, "Model documents; - is standard input")->required();
@@ -306,7 +339,16 @@ void DefineInspect(CLI::App* command, InspectArguments& inspect)
         ->required();
     command->add_flag("--dump", inspect.dump,
                       "Everything that the model holds, as the model shows it");
-    command->add_flag("--json", inspect.json, "The description as JSON");
+    command->add_flag("--json", inspect.json,
+                      "The description as JSON, or with --coefficients these alone");
+    command->add_flag("--coefficients", inspect.coefficients,
+                      "The estimates alone: standard errors, t or z values, p values, limits, and "
+                      "odds or hazard ratios");
+    command->add_flag("--csv", inspect.csv, "The coefficients as comma-separated values");
+    AddText(command, "--level", inspect.level,
+            "The confidence level of the coefficients' limits, above 0 and below 1; 0.95 without "
+            "it",
+            "P");
     AddDocumentOptions(command, inspect.document);
     command->footer("Example:\n  velscore inspect model.pmml");
 }
@@ -384,6 +426,8 @@ CommandSet::CommandSet()
     };
     DefineScore(add("score", "Score a table of cases with a model"), score);
     DefineCurve(add("curve", "Write the survival curve of each case of a table"), curve);
+    DefineExplain(add("explain", "Show how the score of each case of a table comes about"),
+                  explain);
     DefineCheck(add("check", "Read documents and tell their faults, and what was adapted"), check);
     DefineInspect(add("inspect", "Show what a model is"), inspect);
     DefineVerify(add("verify", "Score the records that a document carries, and compare"), verify);

@@ -29,6 +29,7 @@ public:
 
     ScoreArguments score;
     ScoreArguments curve;
+    ExplainArguments explain;
     CheckArguments check;
     InspectArguments inspect;
     VerifyArguments verify;

@@ -7,7 +7,9 @@
 
 #include <fmt/format.h>
 
+#include "cli/texttable.h"
 #include "engine/documents/loadedmodel.h"
+#include "engine/reports/coefficients.h"
 #include "engine/scoring/resultschema.h"
 
 namespace MCVelscore_850 {
@@ -131,7 +133,45 @@ void AddColumns(std::string& out, std::string_view heading, std::span<const Resu
     }
 }
 
+// What stands above the numbers of the coefficients.
+std::vector<std::string> CoefficientHeads(const CoefficientTable& table)
+{
+    const std::string level = fmt::format("{:.15g}%", 100.0 * table.level);
+    std::vector<std::string> heads{
+        "term",    "estimate",       "std. error",    table.isStudent ? "t value" : "z value",
+        "p value", "lower " + level, "upper " + level};
+    if (!table.ratio.empty()) {
+        for (const char* which : {"", " lower", " upper"}) heads.push_back(table.ratio + which);
+    }
+    return heads;
+}
+
 }  // namespace
+
+std::string CoefficientsText(const CoefficientTable& table)
+{
+    std::vector<std::vector<std::string>> rows{CoefficientHeads(table)};
+    std::set<size_t> filled{0};
+    for (const CoefficientRow& row : table.rows) {
+        const std::string& name = row.label.empty() ? row.parameter : row.label;
+        std::vector<std::string>& texts = rows.emplace_back();
+        texts.push_back(row.category.empty() ? name : fmt::format("{}: {}", row.category, name));
+        for (const double number : table.NumbersOf(row)) {
+            if (!std::isnan(number)) filled.insert(texts.size());
+            texts.push_back(std::isnan(number) ? "" : fmt::format("{:.6g}", number));
+        }
+    }
+    // A column without a number is left out.
+    for (size_t i = 0; i < rows.front().size(); ++i) {
+        if (!filled.contains(i)) rows.front()[i].clear();
+    }
+    const std::string head =
+        !table.hasCovariances
+            ? "the document has no covariances: no standard errors, tests and limits"
+        : table.isStudent ? fmt::format("t with {} degrees of freedom", table.degreesOfFreedom)
+                          : "z, the normal distribution";
+    return head + "\n" + AlignedText(rows);
+}
 
 std::string ModelText(const LoadedModel& model)
 {

@@ -41,6 +41,7 @@ Json TableJson(const std::string& path)
 Json OptionsJson(const ScoreArguments& of, bool curves)
 {
     Json options{{"curves", curves},
+                 {"explains", of.explains},
                  {"policy", of.policy},
                  {"keep", of.keep},
                  {"columns", of.columns},

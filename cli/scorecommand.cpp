@@ -13,6 +13,7 @@
 #include "cli/scoringarguments.h"
 #include "cli/scoringsummary.h"
 #include "cli/stopsignals.h"
+#include "cli/tablerun.h"
 #include "engine/scoring/scoringsession.h"
 #include "engine/tables/compression.h"
 #include "engine/tables/outputfile.h"
@@ -33,13 +34,13 @@ int ExitCodeOf(const ScoringReport& report, const Findings& found, bool strict)
     return strict && leavesDoubt ? kExitStrict : kExitDone;
 }
 
-// One run of `score` or `curve`: its outputs, and what is said of it.
+// One run of RunTable(): its outputs, and what is said of it.
 class TableRun {
 public:
     TableRun(const ScoreArguments& arguments, ScoringOptions options, Console& console)
         : arguments_(arguments), options_(std::move(options)), console_(console)
     {}
-    int Run();
+    int Run(const CompleteOptions& complete);
 
 private:
     void RefuseOutputs(const std::vector<std::string>& tables) const;
@@ -61,20 +62,17 @@ private:
     std::optional<OutputFile> summary_;
 };
 
-int TableRun::Run()
+int TableRun::Run(const CompleteOptions& complete)
 {
     const std::vector<std::string> tables = TablesOf(arguments_);
-    if (arguments_.model == "-" && std::find(tables.begin(), tables.end(), "-") != tables.end()) {
-        throw UsageError(
-            "the model and the cases can't both come from standard input; name a file "
-            "for one of them");
-    }
+    RefuseModelBeside(arguments_, tables);
     LoadOptions load = LoadOptionsOf(arguments_.document);
     if (arguments_.outputColumns == "document") load.output = OutputColumns::Document;
     const bool canResume = CanResume(tables);
     load.digest = canResume || !arguments_.summary.empty();
     model_.emplace(arguments_.model, std::make_shared<Plugin>(arguments_.document.plugin), load);
     PrepareModel(arguments_, *model_, options_);
+    if (complete) complete(*model_, options_);
 
     CatchStopSignals();
     RefuseOutputs(tables);
@@ -210,25 +208,26 @@ int TableRun::WriteSummary(int exitCode, const Failure* failure)
     return exitCode;
 }
 
-int RunTable(const ScoreArguments& arguments, bool curves, Console& console)
-{
-    ScoringOptions options = OptionsOf(arguments);
-    options.curves = curves;
-    options.wideCurves = arguments.wide;
-    if (arguments.progress) console.WantProgress();
-    return TableRun(arguments, std::move(options), console).Run();
-}
-
 }  // namespace
+
+int RunTable(const ScoreArguments& arguments, ScoringOptions options, Console& console,
+             const CompleteOptions& complete)
+{
+    if (arguments.progress) console.WantProgress();
+    return TableRun(arguments, std::move(options), console).Run(complete);
+}
 
 int RunScore(const ScoreArguments& arguments, Console& console)
 {
-    return RunTable(arguments, false, console);
+    return RunTable(arguments, OptionsOf(arguments), console);
 }
 
 int RunCurve(const ScoreArguments& arguments, Console& console)
 {
-    return RunTable(arguments, true, console);
+    ScoringOptions options = OptionsOf(arguments);
+    options.curves = true;
+    options.wideCurves = arguments.wide;
+    return RunTable(arguments, std::move(options), console);
 }
 
 }  // namespace MCVelscore_850

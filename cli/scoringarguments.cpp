@@ -181,23 +181,13 @@ OutputOptions OutputOf(const ScoreArguments& arguments)
 }
 
 // The level that --level asks for; nothing without it.
-std::optional<double> LevelOf(const ScoreArguments& arguments)
+std::optional<double> AskedLevel(const ScoreArguments& arguments)
 {
     if (!arguments.level) return std::nullopt;
     if (arguments.predictionOnly) {
         throw UsageError("--level has no meaning with --prediction-only, which leaves out limits");
     }
-    const std::string& text = *arguments.level;
-    double level = 0.0;
-    if (ReadNumber(text, level) == NumberText::Number && level > 0.0 && level < 1.0) return level;
-    std::string wrong =
-        fmt::format("--level is '{}'; expected is a number above 0 and below 1", text);
-    std::string_view number = text;
-    if (number.ends_with('%')) number.remove_suffix(1);
-    if (ReadNumber(number, level) == NumberText::Number && level > 1.0 && level < 100.0) {
-        wrong += fmt::format(". Did you mean {:.12g}?", level / 100.0);
-    }
-    throw UsageError(wrong);
+    return LevelOf(*arguments.level);
 }
 
 void SetLevel(LoadedModel& model, const std::optional<double>& level)
@@ -305,6 +295,20 @@ void RefuseColumnChoice(const ScoreArguments& arguments)
 
 }  // namespace
 
+double LevelOf(const std::string& text)
+{
+    double level = 0.0;
+    if (ReadNumber(text, level) == NumberText::Number && level > 0.0 && level < 1.0) return level;
+    std::string wrong =
+        fmt::format("--level is '{}'; expected is a number above 0 and below 1", text);
+    std::string_view number = text;
+    if (number.ends_with('%')) number.remove_suffix(1);
+    if (ReadNumber(number, level) == NumberText::Number && level > 1.0 && level < 100.0) {
+        wrong += fmt::format(". Did you mean {:.12g}?", level / 100.0);
+    }
+    throw UsageError(wrong);
+}
+
 std::vector<std::string> TablesOf(const ScoreArguments& arguments)
 {
     if (arguments.cases.empty()) return {"-"};
@@ -312,6 +316,15 @@ std::vector<std::string> TablesOf(const ScoreArguments& arguments)
         throw UsageError("standard input can be one of the tables once only");
     }
     return arguments.cases;
+}
+
+void RefuseModelBeside(const ScoreArguments& arguments, const std::vector<std::string>& tables)
+{
+    if (arguments.model != "-" || std::find(tables.begin(), tables.end(), "-") == tables.end()) {
+        return;
+    }
+    throw UsageError(
+        "the model and the cases can't both come from standard input; name a file for one of them");
 }
 
 ScoringOptions OptionsOf(const ScoreArguments& arguments)
@@ -349,7 +362,7 @@ void PrepareModel(const ScoreArguments& arguments, LoadedModel& model, ScoringOp
         options.results.survival.times = TimesOf(*arguments.times, model.Description());
     }
     SetPolicy(model, arguments.policy);
-    SetLevel(model, LevelOf(arguments));
+    SetLevel(model, AskedLevel(arguments));
     if (!options.output.columns.empty()) {
         options.results = OptionsFor(model.Description(), options.output.columns);
     }

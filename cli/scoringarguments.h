@@ -11,11 +11,17 @@ namespace MCVelscore_850 {
 class LoadedModel;
 struct ScoreArguments;
 
-// What was asked of `score` and `curve`, understood. All throw UsageError for what can't be, or
-// doesn't go together.
+// What was asked of `score`, `curve` and `explain`, understood. All throw UsageError for what can't
+// be, or doesn't go together.
 
 /// The tables to score: standard input where none is named.
 std::vector<std::string> TablesOf(const ScoreArguments& arguments);
+
+/// The model and one of the tables can't both be standard input.
+void RefuseModelBeside(const ScoreArguments& arguments, const std::vector<std::string>& tables);
+
+/// The number that --level asks for, above 0 and below 1.
+double LevelOf(const std::string& text);
 
 /// What doesn't depend on the model.
 ScoringOptions OptionsOf(const ScoreArguments& arguments);

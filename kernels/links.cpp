@@ -75,6 +75,39 @@ double Mean(Link link, double eta, double k)
     return kMeans[static_cast<int>(link)](eta, k);
 }
 
+double MeanDerivative(Link link, double eta, double k)
+{
+    constexpr double kTwoPi = 6.283185307179586;
+    const double mean = Mean(link, eta, k);
+    if (mean == kNone) return kNone;
+    const LinkGuards& guards = kLinkGuards[static_cast<int>(link)];
+    if (eta < guards.low || eta > guards.high) return 0.0;
+    const double small = std::exp(-std::fabs(eta));
+    const double logistic = small / ((1.0 + small) * (1.0 + small));
+    switch (link) {
+        case Link::Identity: return 1.0;
+        case Link::ComplementaryLogLog: return std::exp(eta - std::exp(eta));
+        case Link::Log: return std::exp(eta);
+        case Link::LogComplement: return -std::exp(eta);
+        case Link::Logit: return logistic;
+        case Link::NegativeBinomial: {
+            const double rest = -std::expm1(eta);
+            return std::exp(eta) / (k * rest * rest);
+        }
+        case Link::NegativeLogLog: return std::exp(-eta - std::exp(-eta));
+        case Link::OddsPower: {
+            if (k == 0.0) return logistic;
+            // With t = (1 + k eta)^(1/k) the mean is t / (1 + t), and dt = t / (1 + k eta).
+            return mean * (1.0 - mean) / (1.0 + k * eta);
+        }
+        case Link::Power:
+            if (k == 0.0) return mean;
+            return eta == 0.0 ? std::pow(eta, 1.0 / k - 1.0) / k : mean / (k * eta);
+        case Link::Probit: return std::exp(-0.5 * eta * eta) / std::sqrt(kTwoPi);
+    }
+    return kNone;
+}
+
 double ProbabilityOf(CumulativeLink link, double x)
 {
     constexpr double (*kProbabilities[kCumulativeLinks])(double) = {

@@ -74,6 +74,10 @@ double NormalProbability(double x);
 /// The mean of one linear predictor: MeanOf with a link that is known only now.
 double Mean(Link link, double eta, double k);
 
+/// The derivative of the mean by eta, as the link's formula has it within its guards; 0 where the
+/// mean stays the same beyond them, and kNone where there is no mean.
+double MeanDerivative(Link link, double eta, double k);
+
 inline namespace VELSCORE_LANES {
 
 /// The formula of a link between its guards; k is the link's parameter.

@@ -10,6 +10,7 @@
 #include "kernels/linearpredictor.h"
 #include "kernels/softmax.h"
 #include "models/caseroad.h"
+#include "models/explainedterms.h"
 
 namespace MCVelscore_850 {
 
@@ -125,6 +126,9 @@ MCStatus BLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* record, Sc
     // Under predictionOnly this is 0/0, which exceeds no cut-off: the category of the cut-off is
     // then never predicted. The cut-off has no branch for it, on purpose.
     const auto percent = [&](size_t c) { return (c < kCategories ? exponentials[c] : 0.0) / sum; };
+    if (state.wantsProbabilityErrors && HasCovariances() && betaRow < categoryBetas.size()) {
+        WriteBinaryErrors(state, percent(0) * percent(1), kCategories);
+    }
     if (!UsesCutoff()) {
         walk.WriteCategories(predicted, percent);
         return walk.Status();
@@ -239,6 +243,37 @@ const ScoreDictVar* BLRModel::FindFactorOutsideContrasts(const std::vector<doubl
     return nullptr;
 }
 
+void BLRModel::DescribeCoefficients(ModelDescription& description) const
+{
+    const auto found =
+        refTargetCategory ? categoryMap.find(refTargetCategory->GetString()) : categoryMap.end();
+    const int betaRow = found == categoryMap.end() ? 1 : found->second;
+    for (const auto& [name, row] : categoryMap) {
+        if (row == betaRow) AddCoefficients(name, row, 0, parameterMap.size(), 0, description);
+    }
+}
+
+// Both rows of betas: which of them a case uses FindBetaRow() says.
+void BLRModel::OutlineExplanations(ExplanationOutline& outline) const
+{
+    outline.equations.assign(categoryBetas.size(), {});
+    for (const auto& [name, row] : categoryMap) {
+        const auto c = static_cast<size_t>(row);
+        outline.equations[c].category = name;
+        OutlineParameters(categoryBetas[c], 0, outline.equations[c]);
+    }
+}
+
+void BLRModel::ExplainCase(const CaseState& state, CaseExplanation& explanation) const
+{
+    const auto betaRow = static_cast<size_t>(state.betaRow);
+    if (betaRow >= categoryBetas.size()) return;
+    CaseExplanation::Sum& sum = explanation.Begin(betaRow);
+    sum.linearPredictor = state.linearPredictor;
+    ExplainTerms<kernels::Ends::Alone, kernels::Adds::NonzeroTerms>(
+        plan.View(), categoryBetas[betaRow], 0, ExplainedCells(state), sum);
+}
+
 void BLRModel::Display(std::ostream& out) const
 {
     out << "Begin display of BLRModel" << std::endl;
@@ -252,6 +287,7 @@ void BLRModel::Describe(ModelDescription& description) const
     DescribeFamily(kBinary, description);
     description.link = "logit";
     DescribeCategories(description);
+    description.hasProbabilityErrors = HasCovariances();
     if (UsesCutoff()) {
         description.hasCutoff = true;
         description.cutoff = cutoff;

@@ -43,6 +43,7 @@ public:
     /// doesn't have two categories; the tables are made all the same.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    void OutlineExplanations(ExplanationOutline& outline) const override;
     std::unique_ptr<BatchScorer> MakeBlockScorer(
         const kernels::BlockKernels& kernels) const override;
 
@@ -64,6 +65,8 @@ private:
     friend class BLRBlocks;
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
+    void ExplainCase(const CaseState& state, CaseExplanation& explanation) const override;
+    void DescribeCoefficients(ModelDescription& description) const override;
     TermPlan PlanTerms() const override;
     /// The contrasts of a parameter's category by the row of the case's; kNoContrast for none.
     std::vector<double> ContrastColumn(size_t predictor, double category) const;

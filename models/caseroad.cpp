@@ -17,6 +17,7 @@ bool CaseWalk::Start()
     state_.failedVar = nullptr;
     state_.linearPredictor = NumericValue::GetSysmisValue();
     state_.linearPredictorError = NumericValue::GetSysmisValue();
+    state_.probabilityErrors.clear();
     if (record_ == nullptr) {
         status_ = MCStatus(MCScore::kCaseNotScorable, false);
         if (road_.tracesNullRecord) TraceStatus(road_.nullRecordLine);

@@ -8,6 +8,7 @@
 #include "kernels/softmax.h"
 #include "models/caseroad.h"
 #include "models/clrresult.h"
+#include "models/explainedterms.h"
 
 namespace MCVelscore_850 {
 
@@ -71,6 +72,30 @@ MCScore::MCStatus CLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* r
     const double total = kernels::Exponentials(lp, categories, largest, state.probabilities.data());
     walk.WritePrediction(state.probabilities[0] / total);
     return walk.Status();
+}
+
+// The second equation is the one that the first is compared with: 0 but for a document that gives
+// it betas.
+void CLRModel::OutlineExplanations(ExplanationOutline& outline) const
+{
+    outline.equations.assign(HasBetas(1) ? 2 : 1, {});
+    for (const auto& [name, row] : categoryMap) {
+        const auto c = static_cast<size_t>(row);
+        if (c >= outline.equations.size()) continue;
+        outline.equations[c].category = c == 0 ? name : "other";
+        OutlineParameters(categoryBetas[c], 0, outline.equations[c]);
+    }
+}
+
+void CLRModel::ExplainCase(const CaseState& state, CaseExplanation& explanation) const
+{
+    const ExplainedCells cells(state);
+    for (size_t c = 0; c < (HasBetas(1) ? 2 : 1); ++c) {
+        CaseExplanation::Sum& sum = explanation.Begin(c);
+        sum.linearPredictor = state.linearPredictors[c];
+        ExplainTerms<kernels::Ends::AtZeroProduct, kernels::Adds::NonzeroTerms>(
+            plan.View(), categoryBetas[c], 0, cells, sum);
+    }
 }
 
 void CLRModel::Display(std::ostream& out) const

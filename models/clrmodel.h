@@ -30,6 +30,7 @@ public:
     /// name, for no parameters, no predictors, and a predictor that is in no dictionary.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    void OutlineExplanations(ExplanationOutline& outline) const override;
     std::unique_ptr<BatchScorer> MakeBlockScorer(
         const kernels::BlockKernels& kernels) const override;
 
@@ -39,6 +40,7 @@ private:
     friend class CLRBlocks;
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
+    void ExplainCase(const CaseState& state, CaseExplanation& explanation) const override;
     std::string dummyCategory;
 };
 

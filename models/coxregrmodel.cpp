@@ -15,6 +15,7 @@
 #include "kernels/timegrid.h"
 #include "models/caseroad.h"
 #include "models/coxregresult.h"
+#include "models/explainedterms.h"
 
 namespace MCVelscore_850 {
 
@@ -426,6 +427,23 @@ MCStatus CoxRegModel::Fail(CaseWalk& walk, const ScoreDictVar* failed)
     walk.SetStatus(MCScore::kCaseNotScorable, failed);
     walk.TraceStatus();
     return walk.Status();
+}
+
+void CoxRegModel::OutlineExplanations(ExplanationOutline& outline) const
+{
+    outline.equations.assign(1, {});
+    ExplanationOutline::Equation& equation = outline.equations.front();
+    OutlineParameters(betas, 0, equation);
+    if (basePointTable.size() != betas.size()) return;
+    for (size_t p = 0; p < betas.size(); ++p) equation.terms[p].referencePoint = basePointTable[p];
+}
+
+void CoxRegModel::ExplainCase(const CaseState& state, CaseExplanation& explanation) const
+{
+    CaseExplanation::Sum& sum = explanation.Begin(0);
+    sum.linearPredictor = state.linearPredictor;
+    ExplainCentredTerms<kernels::Ends::AtZeroContrast>(plan.View(), betas, state.references,
+                                                       ExplainedCells(state), sum);
 }
 
 void CoxRegModel::Display(std::ostream& out) const

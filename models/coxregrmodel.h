@@ -63,6 +63,7 @@ public:
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
     void Tabulate(ModelTables& tables) const override;
+    void OutlineExplanations(ExplanationOutline& outline) const override;
     std::unique_ptr<BatchScorer> MakeBlockScorer(
         const kernels::BlockKernels& kernels) const override;
     /// Computes the reference terms once more when their table has come since.
@@ -119,6 +120,7 @@ private:
     friend class CoxBlocks;
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
+    void ExplainCase(const CaseState& state, CaseExplanation& explanation) const override;
     using OwnedCategories = std::vector<std::unique_ptr<ScoreValue>>;
     /// One of cumHazardTables as plain arrays, for the look-up of a case.
     struct Baseline {

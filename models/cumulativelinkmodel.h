@@ -44,6 +44,7 @@ public:
     /// False when a predictor is in no dictionary; the tables are made all the same.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    void OutlineExplanations(ExplanationOutline& outline) const override;
     std::unique_ptr<BatchScorer> MakeBlockScorer(
         const kernels::BlockKernels& kernels) const override;
 
@@ -73,6 +74,8 @@ public:
 protected:
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
+    void ExplainCase(const CaseState& state, CaseExplanation& explanation) const override;
+    void DescribeCoefficients(ModelDescription& description) const override;
     /// What the two families of this model do each its own way; OffsetOfCase is the rest.
     struct Ways {
         const CaseRoad& road;
@@ -105,6 +108,13 @@ private:
     {
         return categoryMap.size() < 2 ? 0 : categoryMap.size() - 2;
     }
+    /// There are betas that all boundaries share: the row of SharedBetas().
+    bool HasLocation() const { return betas.size() > 1 && categoryBetas.size() > 1; }
+    const std::vector<double>& SharedBetas() const
+    {
+        return categoryBetas[categoryBetas.size() - 2];
+    }
+    void WriteProbabilityErrors(CaseState& state) const;
     double LinearPredictor(CaseWalk& walk, CaseState& state) const;
     /// Fills the case's probabilities and answers the most probable category.
     size_t ComputeCategoryProbs(double linearPredictor, CaseState& state) const;

@@ -6,6 +6,7 @@
 #include "host/model/modelfamilies.h"
 #include "kernels/linearpredictor.h"
 #include "models/caseroad.h"
+#include "models/explainedterms.h"
 #include "models/limitquantile.h"
 #include "models/lrresult.h"
 #include "models/studentquantile.h"
@@ -104,6 +105,20 @@ double GLRModel::StandardError(CaseState& state) const
     return pcovMatrix == nullptr ? 0.0 : DesignStandardError(state);
 }
 
+void GLRModel::OutlineExplanations(ExplanationOutline& outline) const
+{
+    outline.equations.assign(1, {});
+    OutlineParameters(betas, 0, outline.equations.front());
+}
+
+void GLRModel::ExplainCase(const CaseState& state, CaseExplanation& explanation) const
+{
+    CaseExplanation::Sum& sum = explanation.Begin(0);
+    sum.linearPredictor = state.linearPredictor;
+    ExplainTerms<kernels::Ends::Alone, kernels::Adds::StandingTerms>(plan.View(), betas, 0,
+                                                                     ExplainedCells(state), sum);
+}
+
 void GLRModel::Display(std::ostream& out) const
 {
     out << "Begin display of GLRModel" << std::endl;
@@ -115,6 +130,7 @@ void GLRModel::Describe(ModelDescription& description) const
 {
     DescribeCommon(description);
     DescribeFamily(kGeneralLinear, description);
+    description.hasStudentEstimates = true;
     description.equations.push_back(DescribeEquation(0));
     const bool svm = IsLinearSVM();
     const bool fixedError = svm && !NumericValue::IsSystemMissingValue(sigmaValue);

@@ -37,6 +37,7 @@ public:
     /// False when a predictor is in no dictionary; no table is made then.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    void OutlineExplanations(ExplanationOutline& outline) const override;
     std::unique_ptr<BatchScorer> MakeBlockScorer(
         const kernels::BlockKernels& kernels) const override;
 
@@ -57,6 +58,7 @@ private:
     friend class GLRBlocks;
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
+    void ExplainCase(const CaseState& state, CaseExplanation& explanation) const override;
     bool IsLinearSVM() const;
     TermPlan PlanTerms() const override { return PlanNumberTerms(NumberTerms::RepeatedProducts); }
     double LimitQuantile() const override;

@@ -8,7 +8,9 @@
 #include "host/model/modelfamilies.h"
 #include "host/variables/valueset.h"
 #include "kernels/linearpredictor.h"
+#include "kernels/links.h"
 #include "models/caseroad.h"
+#include "models/explainedterms.h"
 #include "models/gzlrlinks.h"
 #include "models/limitquantile.h"
 #include "models/lrresult.h"
@@ -194,6 +196,13 @@ MCScore::MCStatus GZLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* 
         return walk.Status();
     }
     if (measured == nullptr) {
+        if (state.wantsProbabilityErrors && HasCovariances()) {
+            const double derivative = kernels::MeanDerivative(
+                static_cast<kernels::Link>(linkFunction), eta, linkParameter);
+            if (derivative != kNone) {
+                WriteBinaryErrors(state, TimesTrials(derivative, trials), categoryMap.size());
+            }
+        }
         WriteCategory(walk, GetMeanPred(eta, trials), state.predictionOnly);
     } else {
         walk.WritePrediction(GetMeanPred(eta, trials));
@@ -240,6 +249,34 @@ void GZLRModel::WriteCategory(CaseWalk& walk, double mean, bool categoryOnly) co
     // Without a mean too: the status says that they are none.
     walk.WritePercent(eventName, mean);
     if (otherCategory != nullptr) walk.WritePercent(otherName, 1.0 - mean);
+}
+
+void GZLRModel::DescribeCoefficients(ModelDescription& description) const
+{
+    AddCoefficients(binaryTarget ? eventName : "", RowOfEvent(), 0, parameterMap.size(), 0,
+                    description);
+}
+
+void GZLRModel::OutlineExplanations(ExplanationOutline& outline) const
+{
+    const auto row = static_cast<size_t>(RowOfEvent());
+    outline.equations.assign(1, {});
+    ExplanationOutline::Equation& equation = outline.equations.front();
+    if (binaryTarget) equation.category = eventName;
+    OutlineParameters(categoryBetas[row], 0, equation);
+    offset.Outline(equation);
+}
+
+void GZLRModel::ExplainCase(const CaseState& state, CaseExplanation& explanation) const
+{
+    CaseExplanation::Sum& sum = explanation.Begin(0);
+    sum.linearPredictor = state.linearPredictor;
+    ExplainTerms<kernels::Ends::AtZeroProduct, kernels::Adds::NonzeroTerms>(
+        plan.View(), categoryBetas[static_cast<size_t>(state.betaRow)], 0, ExplainedCells(state),
+        sum);
+    if (offset.kind == Offset::NONE) return;
+    const double added = offset.HasVariable() ? state.numbers[predictorCount] : offset.value;
+    sum.Add(added, added);
 }
 
 void GZLRModel::Display(std::ostream& out) const
@@ -332,6 +369,7 @@ std::string GZLRModel::DescribeMean(const GZLRLink& link) const
 void GZLRModel::DescribeClasses(ModelDescription& description) const
 {
     DescribeCategories(description);
+    description.hasProbabilityErrors = HasCovariances();
     ModelDescription::Equation equation = DescribeEquation(RowOfEvent());
     equation.category = eventName;
     description.equations.push_back(std::move(equation));

@@ -100,6 +100,32 @@ double LRModel::StandardError(const CaseState& state) const
         [y](size_t j) { return y[j]; }));
 }
 
+void LRModel::OutlineExplanations(ExplanationOutline& outline) const
+{
+    ExplanationOutline::Equation equation;
+    OutlineParameters(betas, 0, equation);
+    // The sum begins with the intercept, and takes no parameter behind it.
+    auto& terms = equation.terms;
+    const size_t n = predictorVars.size();
+    if (terms.size() > n) {
+        terms.resize(n + 1);
+        std::rotate(terms.begin(), terms.end() - 1, terms.end());
+    }
+    outline.equations.assign(1, std::move(equation));
+}
+
+void LRModel::ExplainCase(const CaseState& state, CaseExplanation& explanation) const
+{
+    const size_t n = predictorVars.size();
+    CaseExplanation::Sum& sum = explanation.Begin(0);
+    sum.linearPredictor = state.linearPredictor;
+    if (n < betas.size()) sum.Add(1.0, betas[n]);
+    for (size_t i = 0; i < std::min(n, betas.size()); ++i) {
+        const double x = state.numbers[i];
+        sum.Add(x, betas[i] != 0.0 && x != 0.0 ? betas[i] * x : 0.0);
+    }
+}
+
 void LRModel::Display(std::ostream& out) const
 {
     out << "Begin display of LRModel" << std::endl;
@@ -111,6 +137,7 @@ void LRModel::Describe(ModelDescription& description) const
 {
     DescribeCommon(description);
     DescribeFamily(kLinear, description);
+    description.hasStudentEstimates = true;
     // Slope i belongs to predictor i, whatever cells the document has.
     ModelDescription::Equation equation = DescribeEquation(0);
     for (size_t i = 0; i < equation.terms.size(); ++i) {

@@ -32,6 +32,7 @@ public:
     /// False when a predictor is in no dictionary; the tables are made all the same.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    void OutlineExplanations(ExplanationOutline& outline) const override;
     std::unique_ptr<BatchScorer> MakeBlockScorer(
         const kernels::BlockKernels& kernels) const override;
 
@@ -43,6 +44,8 @@ private:
     friend class LRBlocks;
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
+    void ExplainCase(const CaseState& state, CaseExplanation& explanation) const override;
+    bool IsConstant(size_t parameter) const override { return parameter >= predictorVars.size(); }
     TermPlan PlanTerms() const override { return EmptyPlan(Planned()); }
     double LimitQuantile() const override;
     /// The values' numbers: from their variables' origins, and plain.

@@ -31,6 +31,7 @@ public:
     /// False when a predictor is in no dictionary; the tables are made all the same.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    void OutlineExplanations(ExplanationOutline& outline) const override;
     std::unique_ptr<BatchScorer> MakeBlockScorer(
         const kernels::BlockKernels& kernels) const override;
 
@@ -50,6 +51,10 @@ private:
     friend class MLRBlocks;
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
+    void ExplainCase(const CaseState& state, CaseExplanation& explanation) const override;
+    void DescribeCoefficients(ModelDescription& description) const override;
+    /// The errors of the probabilities p, whose sum is 1.
+    void WriteProbabilityErrors(CaseState& state) const;
     TermPlan PlanTerms() const override { return PlanNumberTerms(NumberTerms::Powers); }
 
     Offset offset;

@@ -5,6 +5,7 @@
 #include "host/model/modelfamilies.h"
 #include "kernels/linearpredictor.h"
 #include "models/caseroad.h"
+#include "models/explainedterms.h"
 
 namespace MCVelscore_850 {
 
@@ -105,6 +106,48 @@ MCScore::MCStatus NormalizedModel::ScoreCase(CaseState& state, const ScoreCaseRe
     return walk.Status();
 }
 
+void NormalizedModel::DescribeCoefficients(ModelDescription& description) const
+{
+    std::vector<const std::string*> names(categoryMap.size());
+    for (const auto& [name, row] : categoryMap) names[static_cast<size_t>(row)] = &name;
+    const size_t parameters = parameterMap.size();
+    for (size_t c = 0; c < categoryBetas.size(); ++c) {
+        if (IsRemainder(c)) continue;
+        AddCoefficients(*names[c], static_cast<int>(c), 0, parameters, c * parameters, description);
+    }
+}
+
+// An equation each but for the remainder, whose linear predictor isn't looked at.
+void NormalizedModel::OutlineExplanations(ExplanationOutline& outline) const
+{
+    outline.equations.clear();
+    std::vector<const std::string*> names(categoryMap.size());
+    for (const auto& [name, row] : categoryMap) names[static_cast<size_t>(row)] = &name;
+    for (size_t c = 0; c < names.size(); ++c) {
+        if (IsRemainder(c)) continue;
+        ExplanationOutline::Equation& equation = outline.equations.emplace_back();
+        equation.category = *names[c];
+        equation.isCumulative = normalization.method == kernels::Normalization::Steps;
+        OutlineParameters(categoryBetas[c], 0, equation);
+    }
+}
+
+void NormalizedModel::ExplainCase(const CaseState& state, CaseExplanation& explanation) const
+{
+    const ExplainedCells cells(state);
+    size_t equation = 0;
+    for (size_t c = 0; c < categoryBetas.size(); ++c) {
+        if (IsRemainder(c)) continue;
+        CaseExplanation::Sum& sum = explanation.Begin(equation++);
+        // Scoring has put probabilities in their place.
+        sum.linearPredictor =
+            kernels::SumOfTerms<kernels::Ends::Alone, kernels::Adds::NonzeroTerms>(
+                0.0, plan.View(), categoryBetas[c].data(), 0, cells, [](size_t, double) {});
+        ExplainTerms<kernels::Ends::Alone, kernels::Adds::NonzeroTerms>(
+            plan.View(), categoryBetas[c], 0, cells, sum);
+    }
+}
+
 void NormalizedModel::Describe(ModelDescription& description) const
 {
     DescribeCommon(description);
@@ -114,8 +157,7 @@ void NormalizedModel::Describe(ModelDescription& description) const
     if (normalization.method == kernels::Normalization::Steps) description.link += ", cumulative";
     for (const std::string& category : description.targetCategories) {
         const int c = categoryMap.at(category);
-        if (normalization.method != kernels::Normalization::Quotients &&
-            static_cast<size_t>(c) == normalization.remainder) {
+        if (IsRemainder(static_cast<size_t>(c))) {
             description.referenceCategory = category;
             continue;
         }

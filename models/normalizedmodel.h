@@ -34,6 +34,7 @@ public:
     /// False when a predictor is in no dictionary; the tables are made all the same.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    void OutlineExplanations(ExplanationOutline& outline) const override;
     std::unique_ptr<BatchScorer> MakeBlockScorer(
         const kernels::BlockKernels& kernels) const override;
 
@@ -51,8 +52,17 @@ private:
     friend class NormalizedBlocks;
     MCScore::MCStatus ScoreCase(CaseState& state, const ScoreCaseRecord* record,
                                 ScoreResult*& result, bool derivedInRecord) const override;
+    void ExplainCase(const CaseState& state, CaseExplanation& explanation) const override;
+    void DescribeCoefficients(ModelDescription& description) const override;
     TermPlan PlanTerms() const override { return PlanNumberTerms(NumberTerms::Powers); }
     void FinishPlan() override;
+
+    /// True for the category whose linear predictor isn't looked at.
+    bool IsRemainder(size_t category) const
+    {
+        return normalization.method != kernels::Normalization::Quotients &&
+               category == normalization.remainder;
+    }
 
     std::string word;
     bool ordered = false;

@@ -4,6 +4,7 @@
 #include <ostream>
 #include <string>
 
+#include "host/model/caseexplanation.h"
 #include "host/values/numericvalue.h"
 #include "host/variables/scoredictvar.h"
 
@@ -35,6 +36,14 @@ struct Offset {
     {
         if (kind == VARIABLE) out << "Offset variable: " << Describe() << std::endl;
         if (kind == VALUE) out << "Offset value: " << value << std::endl;
+    }
+    /// The term that it is; none without an offset.
+    void Outline(ExplanationOutline::Equation& equation) const
+    {
+        if (kind == NONE) return;
+        equation.terms.push_back(
+            {.name = HasVariable() ? "offset(" + variable->GetName() + ")" : "offset",
+             .kind = ExplanationOutline::Term::Kind::Offset});
     }
     /// The variable's name or the constant; empty without an offset.
     std::string Describe() const

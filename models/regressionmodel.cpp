@@ -45,6 +45,9 @@ bool AnswersRole(ScoreModel::VarRole wanted, ScoreModel::VarRole role, bool deri
     }
 }
 
+// The older form gives every parameter a label of blanks.
+bool IsBlank(const std::string& label) { return label.find_first_not_of(' ') == label.npos; }
+
 // The code that a category's number is: a whole number its own, any other none.
 int32_t CodeOf(double number, bool nearly)
 {
@@ -191,6 +194,12 @@ double RegressionModel::BetaAt(int category, int parameter) const
     return cell == nullptr ? 0.0 : cell->GetBeta();
 }
 
+bool RegressionModel::HasBetas(size_t category) const
+{
+    const std::vector<double>& row = categoryBetas[category];
+    return std::any_of(row.begin(), row.end(), [](double beta) { return beta != 0.0; });
+}
+
 bool RegressionModel::FinishSetup()
 {
     numParameters = static_cast<int>(parameterMap.size());
@@ -316,6 +325,32 @@ MCScore::MCStatus RegressionModel::GetScore(const ScoreCaseRecord* record, Score
     return ScoreCase(ownState, record, result, derivedInRecord);
 }
 
+MCScore::MCStatus RegressionModel::ExplainRow(ScoringState& state, const ScoreCaseRecord* record,
+                                              ScoreResult*& result, bool derivedInRecord,
+                                              CaseExplanation& explanation) const
+{
+    explanation.Clear();
+    auto& own = static_cast<CaseState&>(state);
+    const MCScore::MCStatus status = ScoreCase(own, record, result, derivedInRecord);
+    if (status.IsOK()) ExplainCase(own, explanation);
+    return status;
+}
+
+// A term is called by its parameter's label, and by its name where that tells more.
+void RegressionModel::OutlineParameters(const std::vector<double>& rowBetas, size_t first,
+                                        ExplanationOutline::Equation& equation) const
+{
+    std::vector<std::string> names(parameterMap.size());
+    for (const auto& [name, index] : parameterMap) names[static_cast<size_t>(index)] = name;
+    std::map<std::string_view, int> labels;
+    for (const std::string& label : paramLabels) ++labels[label];
+    for (size_t p = first; p < names.size(); ++p) {
+        const std::string& label = paramLabels[p];
+        const bool tells = !IsBlank(label) && labels[label] == 1;
+        equation.terms.push_back({.name = tells ? label : names[p], .beta = rowBetas[p]});
+    }
+}
+
 void RegressionModel::EncodeNumbers(CaseState& state, bool nearly) const
 {
     for (size_t k = 0; k < plan.readings.size(); ++k) {
@@ -338,6 +373,12 @@ double RegressionModel::DesignStandardError(CaseState& state, size_t firstRow) c
     const double* const design = state.design.data();
     return kernels::StandardErrorOfSum<double>(pcovMatrix->GetRow(0), rows, state.met.data(), met,
                                                [=](size_t row) { return design[row - firstRow]; });
+}
+
+void RegressionModel::WriteBinaryErrors(CaseState& state, double derivative,
+                                        size_t categories) const
+{
+    state.probabilityErrors.assign(categories, std::fabs(derivative) * DesignStandardError(state));
 }
 
 void RegressionModel::SetUpDictVarIndex(const ScoreCaseRecord* record, bool derivedInRecord)
@@ -385,6 +426,38 @@ void RegressionModel::DescribeCommon(ModelDescription& description) const
         if (role == ROLE_COVARIATE) description.covariates.push_back(name);
         description.variables.push_back(name);
     }
+    DescribeCoefficients(description);
+}
+
+void RegressionModel::DescribeCoefficients(ModelDescription& description) const
+{
+    AddCoefficients("", 0, 0, parameterMap.size(), 0, description);
+}
+
+void RegressionModel::AddCoefficients(const std::string& category, int row, size_t first,
+                                      size_t end, size_t firstRow,
+                                      ModelDescription& description) const
+{
+    std::vector<const std::string*> names(parameterMap.size());
+    for (const auto& [name, index] : parameterMap) names[static_cast<size_t>(index)] = &name;
+    for (size_t p = first; p < std::min(end, names.size()); ++p) {
+        const double estimate = BetaAt(row, static_cast<int>(p));
+        const size_t covariance = firstRow + p;
+        double variance = std::numeric_limits<double>::quiet_NaN();
+        if (HasCovariances() && covariance < pcovMatrix->GetRows()) {
+            variance = pcovMatrix->GetRow(covariance)[covariance];
+        }
+        // A parameter that depends on others is in the document with zeros.
+        if (variance == 0.0 && estimate == 0.0) variance = std::numeric_limits<double>::quiet_NaN();
+        description.coefficients.push_back({category, *names[p],
+                                            IsBlank(paramLabels[p]) ? "" : paramLabels[p], estimate,
+                                            std::sqrt(variance), IsConstant(p)});
+    }
+}
+
+bool RegressionModel::IsConstant(size_t parameter) const
+{
+    return ppcMatrix && ppcMatrix->Row(static_cast<int>(parameter)).empty();
 }
 
 void RegressionModel::DescribeCategories(ModelDescription& description) const

@@ -10,10 +10,12 @@
 
 #include "host/model/basemodel.h"
 #include "host/model/batchscorer.h"
+#include "host/model/caseexplanation.h"
 #include "host/model/modeldescription.h"
 #include "host/values/numericvalue.h"
 #include "kernels/instructionset.h"
 #include "models/casestate.h"
+#include "models/offset.h"
 #include "models/paramtable.h"
 #include "models/pcovmatrix.h"
 #include "models/ppcmatrix.h"
@@ -57,6 +59,10 @@ public:
         return ScoreCase(static_cast<CaseState&>(state), record, result, derivedInRecord);
     }
     void Tabulate(ModelTables& tables) const override;
+    /// The family's ExplainCase() of what ScoreRow() left in the state.
+    MCScore::MCStatus ExplainRow(ScoringState& state, const ScoreCaseRecord* record,
+                                 ScoreResult*& result, bool derivedInRecord,
+                                 CaseExplanation& explanation) const final;
     std::unique_ptr<BatchScorer> MakeBatchScorer() const final
     {
         return MakeBlockScorer(kernels::ChosenKernels());
@@ -131,6 +137,8 @@ protected:
     void RegisterTargetCategories();
     /// numericPPMatrix by parameters and predictors, every cell system-missing: no dependence.
     void SizeNumericPPMatrix();
+    /// False for a category all of whose betas are 0: a reference category's.
+    bool HasBetas(size_t category) const;
     /// The beta of a cell, 0.0 for one that the table doesn't have.
     double BetaAt(int category, int parameter) const;
     /// The family's own steps of a case.
@@ -141,6 +149,12 @@ protected:
     virtual double LimitQuantile() const { return NumericValue::GetSysmisValue(); }
     /// The confidence level as a description tells it: "95%".
     std::string LevelText() const;
+    /// The linear predictors of a case that was scored, from what scoring left in the state, with
+    /// the terms of OutlineExplanations() and in the family's own order of operations.
+    virtual void ExplainCase(const CaseState&, CaseExplanation&) const {}
+    /// The parameters from `first` on, with a row of the beta table.
+    void OutlineParameters(const std::vector<double>& rowBetas, size_t first,
+                           ExplanationOutline::Equation& equation) const;
     /// The last step of FinishSetup(): what the family makes for its cases beside the terms.
     virtual void FinishPlan() {}
     /// The terms of the family's parameters, from the cells as they stand.
@@ -163,6 +177,9 @@ protected:
     /// kernels::StandardErrorOfSum for the case's design values and the covariances, whose matrix
     /// has to be there. `firstRow` is the row of parameter 0.
     double DesignStandardError(CaseState& state, size_t firstRow = 0) const;
+    /// Both categories' probabilities have the same error: that of the linear predictor times the
+    /// size of a probability's derivative by it.
+    void WriteBinaryErrors(CaseState& state, double derivative, size_t categories) const;
     /// Writes the state's linearPredictorError from the case's design values, where it is asked for
     /// and there are covariances.
     void WriteLinearPredictorError(CaseState& state, size_t firstRow = 0) const
@@ -170,6 +187,14 @@ protected:
         if (!state.wantsLinearPredictorError || !HasCovariances()) return;
         state.linearPredictorError = DesignStandardError(state, firstRow);
     }
+    /// The document's estimates; those of row 0 of the beta table.
+    virtual void DescribeCoefficients(ModelDescription& description) const;
+    /// The parameters from `first` to before `end` in a row of the beta table, of which parameter 0
+    /// has, as it were, `firstRow` of the covariances.
+    void AddCoefficients(const std::string& category, int row, size_t first, size_t end,
+                         size_t firstRow, ModelDescription& description) const;
+    /// True for a parameter without predictors.
+    virtual bool IsConstant(size_t parameter) const;
     /// What every family tells: target, predictors, degrees of freedom, variables to read.
     void DescribeCommon(ModelDescription& description) const;
     /// The target's categories in dictionary order, and the columns of a family that predicts one.

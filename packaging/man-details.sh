@@ -33,6 +33,7 @@ write() {
 
 write score '## The table of cases' '## The output'
 write curve '## curve'
+write explain '## explain'
 write check '## check'
 write inspect '## inspect'
 write verify '## verify'

@@ -40,6 +40,7 @@ stage_equality() {
     local preset ended=0
     for preset in release clang; do
         VELSCORE_TEST_ROWS=10000000 run_tests "$preset" models_tests '*BlockScorerOf*' || ended=1
+        VELSCORE_TEST_ROWS=100000 run_tests "$preset" models_tests '*ExplanationsOf*' || ended=1
         VELSCORE_TEST_VALUES=1000000000 run_tests "$preset" kernels_tests '*ExpHas*' || ended=1
     done
     return $ended

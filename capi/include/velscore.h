@@ -188,6 +188,17 @@ VELSCORE_API int velscore_curve(const struct velscore_model* model,
                                 struct ArrowArrayStream* in, struct ArrowArrayStream* out,
                                 struct velscore_error* error);
 
+/** How the linear predictors of the rows of a stream add up: columns row (int64, from 1), equation
+ * and term (dictionaries of utf8), value and contribution (float64), a line for each term of each
+ * equation of each row. The contributions of an equation, added up in their order by one addition
+ * of doubles each, are its linear predictor to the last bit, the sign of a zero apart. The equation
+ * is null where the model has one alone; a row without a score has one line of nulls. Of the
+ * options missing, map, nan, policy and strict have a meaning. All else as velscore_score. */
+VELSCORE_API int velscore_explain(const struct velscore_model* model,
+                                  const struct velscore_score_options* options,
+                                  struct ArrowArrayStream* in, struct ArrowArrayStream* out,
+                                  struct velscore_error* error);
+
 /** How files of tables are scanned, beside the options of scores. Begin with
  * VELSCORE_CSV_OPTIONS_INIT. */
 struct velscore_csv_options {

@@ -307,6 +307,11 @@ public:
     {
         return Stream(velscore_curve, in, options);
     }
+    /// How the linear predictors of the rows add up, a line for each term of each row.
+    ArrowArrayStream Explain(ArrowArrayStream& in, const ScoreOptions& options = {}) const
+    {
+        return Stream(velscore_explain, in, options);
+    }
     /// The same of the table of a file. `threads` 0: as many as the process may use.
     ArrowArrayStream ScanCsv(const std::string& path, const ScoreOptions& options = {},
                              size_t threads = 0) const

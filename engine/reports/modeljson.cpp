@@ -3,8 +3,10 @@
 #include <nlohmann/json.hpp>
 
 #include "engine/documents/loadedmodel.h"
+#include "engine/reports/coefficients.h"
 #include "engine/reports/jsontext.h"
 #include "engine/scoring/resultschema.h"
+#include "host/model/scoremodel.h"
 
 namespace MCVelscore_850 {
 
@@ -71,6 +73,8 @@ std::string ModelJson(const LoadedModel& model)
         equations.push_back(EquationJson(equation));
     }
     json["equations"] = std::move(equations);
+    json["coefficients"] =
+        CoefficientsJson(CoefficientsOf(about, ScoreModel::kDefaultConfidenceLevel));
     Json contrasts = Json::array();
     for (const ModelDescription::Contrast& contrast : about.contrasts) {
         contrasts.push_back({{"predictor", contrast.predictor},

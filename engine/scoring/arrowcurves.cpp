@@ -1,7 +1,5 @@
 #include "engine/scoring/arrowcurves.h"
 
-#include <cmath>
-#include <cstring>
 #include <limits>
 
 #include "engine/documents/loadedmodel.h"
@@ -19,30 +17,6 @@ constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 double NumberOrNone(double number)
 {
     return NumericValue::IsSystemMissingValue(number) ? kNone : number;
-}
-
-template <class T>
-ArrowBytes CopyOf(const std::vector<T>& values)
-{
-    ArrowBytes bytes = MakeArrowBytes(values.size() * sizeof(T));
-    if (!values.empty()) std::memcpy(bytes.get(), values.data(), values.size() * sizeof(T));
-    return bytes;
-}
-
-// NaN is no value.
-ArrowColumnParts NumbersOf(const std::vector<double>& numbers)
-{
-    ArrowColumnParts parts{.validity = MakeArrowZeros((numbers.size() + 7) / 8),
-                           .values = CopyOf(numbers)};
-    for (size_t i = 0; i < numbers.size(); ++i) {
-        if (std::isnan(numbers[i])) {
-            ++parts.nullCount;
-        } else {
-            parts.validity[i / 8] |= static_cast<std::byte>(1U << (i % 8));
-        }
-    }
-    if (parts.nullCount == 0) parts.validity = nullptr;
-    return parts;
 }
 
 }  // namespace
@@ -90,9 +64,11 @@ ArrowOwner<ArrowArray> ArrowCurves::Draw(int64_t first, size_t rows)
                         });
     std::vector<ArrowOwner<ArrowArray>> columns;
     const auto count = static_cast<int64_t>(rows_.size());
-    columns.push_back(MakeArrowArray(count, {.validity = nullptr, .values = CopyOf(rows_)}));
+    columns.push_back(MakeArrowArray(
+        count, {.validity = nullptr,
+                .values = CopyArrowBytes(rows_.data(), rows_.size() * sizeof(int64_t))}));
     for (const auto* numbers : {&times_, &survivals_, &hazards_}) {
-        columns.push_back(MakeArrowArray(count, NumbersOf(*numbers)));
+        columns.push_back(MakeArrowArray(count, ArrowNumbers(*numbers)));
     }
     return MakeArrowTable(count, std::move(columns));
 }

@@ -17,6 +17,7 @@ constexpr size_t kMostFields = size_t{1} << 16;  // split at once, of wide table
 
 const std::vector<std::string>& BlockPlan::OutputColumns() const
 {
+    if (explanations) return ExplanationShaper::Columns();
     return table.curves ? curves.Columns() : shaper.Columns();
 }
 
@@ -33,6 +34,9 @@ BlockTask::BlockTask(const BlockPlan& plan)
                      ? nullptr
                      : std::make_unique<OutputEvaluator>(*plan.model.Output(), plan.model.Model(),
                                                          plan.model.Description())),
+      explanations_(plan.explanations ? std::make_unique<ExplanationShaper>(plan.model.Model(),
+                                                                            *plan.explanations)
+                                      : nullptr),
       textRows_(columns_, true),
       results_(scorer_.Schema()),
       mostRows_(std::clamp(kMostFields / columns_, size_t{1}, TableScorer::kRows)),
@@ -115,7 +119,16 @@ void BlockTask::ScoreRows(std::span<const std::string_view> fields)
 {
     const ColumnBlock block = textRows_.Block(fields);
     jsonValues_ = splitter_->JsonValues();
-    if (plan_.table.curves) {
+    if (explanations_ != nullptr) {
+        const int64_t firstRow = records_.rowsBefore + splitter_->Raw(0).number;
+        scorer_.VisitExplanations(
+            block, nullptr,
+            [&](size_t row, const CaseStatus& status, const CaseExplanation& explanation) {
+                EndRow(row, status);
+                explanations_->WriteCase(rows_, firstRow + static_cast<int64_t>(row), explanation);
+                return true;
+            });
+    } else if (plan_.table.curves) {
         const int64_t firstRow = records_.rowsBefore + splitter_->Raw(0).number;
         scorer_.VisitCurves(block, [&](size_t row, const CaseStatus& status, const auto& curve) {
             EndRow(row, status);
@@ -162,7 +175,9 @@ void BlockTask::Reject(const TornRow& torn)
     CountReject(torn.raw);
     RejectTable::WriteTorn(rejects_, TableName(), torn, columns_);
     report_.Note(kCaseNotReadable, {}, {records_.table, torn.raw.number});
-    if (plan_.table.curves) {
+    if (explanations_ != nullptr) {
+        ExplanationShaper::WriteNoCase(rows_, records_.rowsBefore + torn.raw.number);
+    } else if (plan_.table.curves) {
         plan_.curves.WriteTorn(rows_, TableName(), records_.rowsBefore + torn.raw.number);
     } else {
         plan_.shaper.WriteTorn(rows_, TableName(), kCaseNotReadable);

@@ -6,11 +6,13 @@
 #include <exception>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "engine/scoring/explanationshaper.h"
 #include "engine/scoring/outputevaluator.h"
 #include "engine/scoring/outputshaper.h"
 #include "engine/scoring/rejects.h"
@@ -46,6 +48,8 @@ struct BlockPlan {
     bool rejects = false;  ///< rows that can't be read are rejected; else the table ends there
     int64_t mostRejects = std::numeric_limits<int64_t>::max();
     const StopFlag* stop = nullptr;
+    /// Explanations in place of scores.
+    std::optional<ExplanationOptions> explanations{};
 };
 
 /// The middle of a run: takes one block of records at a time from bytes to rows of text, and counts
@@ -122,7 +126,8 @@ private:
     Turn turn_;
     TableScorer scorer_;
     std::unique_ptr<OutputEvaluator> evaluator_;  ///< of the document's Output section, if wanted
-    std::unique_ptr<BlockSplitter> splitter_;     ///< made with the first block
+    std::unique_ptr<ExplanationShaper> explanations_;  ///< if they are wanted
+    std::unique_ptr<BlockSplitter> splitter_;          ///< made with the first block
     TextRows textRows_;
     ResultBlock results_;
     size_t mostRows_;

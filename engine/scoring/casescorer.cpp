@@ -25,13 +25,29 @@ CaseScorer::~CaseScorer() = default;
 
 CaseStatus CaseScorer::Score(const ColumnBlock& block, size_t row)
 {
+    return ScorePrepared(block, row, [this](ScoreResult*& result) {
+        return model_.ScoreRow(*state_, &Record(), result, true);
+    });
+}
+
+CaseStatus CaseScorer::Explain(const ColumnBlock& block, size_t row)
+{
+    explained_.Clear();
+    return ScorePrepared(block, row, [this](ScoreResult*& result) {
+        return model_.ExplainRow(*state_, &Record(), result, true, explained_);
+    });
+}
+
+template <class ScoreCase>
+CaseStatus CaseScorer::ScorePrepared(const ColumnBlock& block, size_t row, ScoreCase scoreCase)
+{
     const CaseStatus prepared = Prepare(block, row);
     if (!prepared.IsOK()) return prepared;
     // The model may replace the result by one of its own making.
     ScoreResult* result = result_.release();
     MCScore::MCStatus status;
     try {
-        status = model_.ScoreRow(*state_, &Record(), result, true);
+        status = scoreCase(result);
     } catch (...) {
         result_.reset(result);
         throw;
@@ -55,6 +71,7 @@ void CaseScorer::SettleAs(const CaseScorer& other) { state_->SettleAs(*other.sta
 void CaseScorer::WantLinearPredictorError() { state_->wantsLinearPredictorError = true; }
 
 void CaseScorer::Ask(const SurvivalQuestions& questions) { state_->survivalAsked = questions; }
+void CaseScorer::WantProbabilityErrors() { state_->wantsProbabilityErrors = true; }
 
 CaseStatus CaseScorer::Prepare(const ColumnBlock& block, size_t row)
 {

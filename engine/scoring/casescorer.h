@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "engine/scoring/casepreparer.h"
+#include "host/model/caseexplanation.h"
 #include "host/model/mcstatus.h"
 #include "host/model/survivalpoint.h"
 
@@ -33,6 +34,8 @@ public:
 
     /// Result() is the row's when this answers OK.
     CaseStatus Score(const ColumnBlock& block, size_t row);
+    /// Score(), and Explained() is the row's when this answers OK.
+    CaseStatus Explain(const ColumnBlock& block, size_t row);
     /// Curve() is the row's when this answers OK.
     CaseStatus DrawCurve(const ColumnBlock& block, size_t row);
 
@@ -44,14 +47,20 @@ public:
     const ScoringState& State() const { return *state_; }
     /// Asks for ScoringState::linearPredictorError of the rows to come.
     void WantLinearPredictorError();
+    /// The same of ScoringState::probabilityErrors.
+    void WantProbabilityErrors();
     /// Asks for ScoringState::survival of the rows to come, and of a curve for its times.
     void Ask(const SurvivalQuestions& questions);
     const std::vector<SurvivalPoint>& Curve() const { return curve_; }
+    const CaseExplanation& Explained() const { return explained_; }
     const CaseRecord& Record() const { return preparer_.Record(); }
     CasePreparer& Preparer() { return preparer_; }
     const CasePreparer& Preparer() const { return preparer_; }
 
 private:
+    /// Prepares a row, and takes what scoreCase(result) makes of it.
+    template <class ScoreCase>
+    CaseStatus ScorePrepared(const ColumnBlock& block, size_t row, ScoreCase scoreCase);
     CaseStatus Prepare(const ColumnBlock& block, size_t row);
     /// What the model answered, as the row's status.
     CaseStatus StatusOf(const MCScore::MCStatus& status, const ColumnBlock& block, size_t row);
@@ -63,6 +72,7 @@ private:
     int offsetPosition_ = -1;  ///< in the record
     std::unique_ptr<ScoreResult> result_;
     std::vector<SurvivalPoint> curve_;
+    CaseExplanation explained_;
 };
 
 }  // namespace MCVelscore_850

@@ -97,6 +97,10 @@ void ResultReader::Read(const ScoreResult& result, const ScoringState& state, si
             case ResultQuantity::SurvivalAt:
                 SetNumber(i, state.survival.survivals[column.time], row, results);
                 break;
+            case ResultQuantity::ProbabilityError:
+                if (column.category >= state.probabilityErrors.size()) break;
+                SetNumber(i, state.probabilityErrors[column.category], row, results);
+                break;
             case ResultQuantity::Status:
             case ResultQuantity::StatusField: break;
         }

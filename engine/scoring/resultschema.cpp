@@ -127,6 +127,8 @@ constexpr Quantity kQuantities[] = {
      "smallest time of the baseline with a survival of 0.5 or less"},
     {ResultQuantity::SurvivalAt, ResultKind::Number, kSurvivalAt, ScoreResult::COXREG_RESULT, true,
      Bits<LacksNumber>, "probability to survive that time"},
+    {ResultQuantity::ProbabilityError, ResultKind::Number, "std_err(probability",
+     ScoreResult::MLR_RESULT, false, Bits<LacksError>, "standard error of the probability"},
     {ResultQuantity::Status, ResultKind::Status, "status", kAnyResult, true, nullptr,
      "0, or the code of the reason why there is no score"},
     {ResultQuantity::StatusField, ResultKind::FieldName, "status_field", kAnyResult, true, nullptr,
@@ -148,6 +150,9 @@ bool IsWanted(const Quantity& quantity, const ModelDescription& description,
         case ResultQuantity::LinearPredictor: return options.linearPredictor && hasOneEquation;
         case ResultQuantity::LinearPredictorError:
             return options.linearPredictorError && hasOneEquation && description.hasCovariances;
+        case ResultQuantity::ProbabilityError:
+            return options.probabilityErrors && !options.predictionOnly &&
+                   description.hasProbabilityErrors;
         default: return quantity.ofPredictionOnly || !options.predictionOnly;
     }
 }
@@ -225,7 +230,8 @@ std::optional<Named> NamedBy(std::span<const std::string> names, const ResultSch
 ResultOptions OptionsFor(const ModelDescription& description, std::span<const std::string> names)
 {
     const bool isCox = description.resultType == ScoreResult::COXREG_RESULT;
-    ResultOptions options{.linearPredictor = true, .linearPredictorError = true};
+    ResultOptions options{
+        .linearPredictor = true, .linearPredictorError = true, .probabilityErrors = true};
     options.survival.risk = isCox;
     options.survival.median = isCox;
     if (isCox) AskForSurvivals(names, options);
@@ -235,6 +241,7 @@ ResultOptions OptionsFor(const ModelDescription& description, std::span<const st
         return (*named)[static_cast<size_t>(quantity)];
     };
     options.linearPredictorError = isNamed(ResultQuantity::LinearPredictorError);
+    options.probabilityErrors = isNamed(ResultQuantity::ProbabilityError);
     options.survival.risk = isNamed(ResultQuantity::Risk);
     options.survival.median = isNamed(ResultQuantity::MedianSurvival);
     if (!isCox) return options;
@@ -261,13 +268,14 @@ ResultSchema::ResultSchema(const ModelDescription& description, const ResultOpti
             }
             continue;
         }
-        if (quantity.quantity != ResultQuantity::Probability) {
+        const bool isError = quantity.quantity == ResultQuantity::ProbabilityError;
+        if (quantity.quantity != ResultQuantity::Probability && !isError) {
             columns_.push_back(ColumnOf(quantity, std::string(quantity.name), told));
             continue;
         }
         for (size_t i = 0; i < categories_.size(); ++i) {
             std::string name(quantity.name);
-            name.append("(").append(categories_[i]).append(")");
+            name.append("(").append(categories_[i]).append(isError ? "))" : ")");
             columns_.push_back(ColumnOf(quantity, std::move(name), told));
             columns_.back().category = i;
         }
@@ -287,7 +295,8 @@ uint64_t ResultSchema::ExistingBits(ResultQuantity quantity, const double* numbe
 
 std::vector<ResultColumn> ColumnsOnRequest(const ModelDescription& description)
 {
-    ResultOptions all{.linearPredictor = true, .linearPredictorError = true};
+    ResultOptions all{
+        .linearPredictor = true, .linearPredictorError = true, .probabilityErrors = true};
     all.survival = {.risk = true, .median = true};
     all.survivalColumns = {SurvivalPlaceholder()};
     // Behind those that are there without being asked for.

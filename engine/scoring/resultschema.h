@@ -27,6 +27,7 @@ enum class ResultQuantity {
     Risk,
     MedianSurvival,
     SurvivalAt,
+    ProbabilityError,
     Status,
     StatusField
 };
@@ -62,6 +63,9 @@ struct ResultOptions {
     bool linearPredictor = false;
     /// Of those among them whose document has covariances. It costs time on its own.
     bool linearPredictorError = false;
+    /// Of models whose description has them. They cost time on their own too: every row then goes
+    /// through the model alone.
+    bool probabilityErrors = false;
     /// Of Cox models.
     SurvivalQuestions survival{};
     /// The columns of survival.times, each called as it was asked for; fewer are of no column.
@@ -87,9 +91,9 @@ ResultOptions OptionsFor(const ModelDescription& description, std::span<const st
 ///              MLRResult     prediction, probability(CATEGORY) for each target category
 ///              CLRResult     prediction
 ///              CoxRegResult  prediction, cum_hazard
-///          then linear_predictor, std_err(linear_predictor) and, of Cox models, risk,
-///          median_survival and survival@TIME where they are asked for, status and status_field.
-///          Without end times prediction and cum_hazard are left out.
+///          then linear_predictor, std_err(linear_predictor), std_err(probability(CATEGORY)) and,
+///          of Cox models, risk, median_survival and survival@TIME where they are asked for, status
+///          and status_field. Without end times prediction and cum_hazard are left out.
 /// Empty    A case whose status isn't 0 has no value but status and, where one is at fault, field.
 /// A
 ///          number that doesn't exist is no value either, as Exists() tells of each quantity of

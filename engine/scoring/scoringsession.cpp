@@ -32,7 +32,12 @@ BlockReader::BlockSize BlockSizeOf(const LoadedModel& model, const ScoringOption
 {
     const ModelDescription& about = model.Description();
     int64_t numbers = 8;
-    if (options.curves) {
+    if (options.explanations) {
+        const ExplanationOutline outline = OutlineOf(model.Model());
+        const size_t columns = ExplanationShaper::Columns().size();
+        numbers += static_cast<int64_t>(
+            columns * ExplanationLines::MostLines(outline, *options.explanations));
+    } else if (options.curves) {
         size_t times = options.results.survival.times.size();
         for (const ModelDescription::Stratum& stratum : about.strata) {
             if (options.results.survival.times.empty()) times = std::max(times, stratum.cells);
@@ -103,7 +108,8 @@ ScoringSession::ScoringSession(const LoadedModel& model, std::vector<std::string
             .delimiter = options.dialect.delimiter,
             .rejects = options.rejects,
             .mostRejects = options.mostRejects,
-            .stop = stop},
+            .stop = stop,
+            .explanations = options.explanations},
       // What the table lacks is refused before what the output names.
       tasks_(),
       schema_((tasks_.emplace_back(plan_), model.Description()), options.results),

@@ -50,6 +50,9 @@ struct ScoringOptions {
     /// output.columns, and the table needs no end time.
     bool curves = false;
     bool wideCurves = false;  ///< CurveForm::wide, which is of such times
+    /// Explanations in place of scores, in long form; nothing of `output` and `results` is heeded
+    /// then.
+    std::optional<ExplanationOptions> explanations{};
     bool ReadsEndTime() const { return !curves && results.survival.endTime; }
     /// Rows that can't be read, or have no score, go to a table of their own (RejectTable); without
     /// it a row that can't be read ends the run.

@@ -77,6 +77,10 @@ TableScorer::TableScorer(const ScoreModel& model, const ModelDescription& descri
         if (column.quantity == ResultQuantity::LinearPredictorError) {
             one_.WantLinearPredictorError();
         }
+        if (column.quantity == ResultQuantity::ProbabilityError) {
+            one_.WantProbabilityErrors();
+            road_.reset();  // blocks have none
+        }
     }
 }
 
@@ -140,9 +144,30 @@ void TableScorer::VisitCurves(const ColumnBlock& block, const CurveVisitor& visi
     }
 }
 
+void TableScorer::VisitExplanations(const ColumnBlock& block, ResultBlock* results,
+                                    const ExplanationVisitor& visitor)
+{
+    one_.Preparer().BeginBlock();
+    if (results != nullptr) results->Begin(block.rows);
+    for (size_t row = 0; row < block.rows; ++row) {
+        const CaseStatus status = Settle(one_.Explain(block, row));
+        if (results != nullptr && status.IsOK()) {
+            ReadResult(row, *results);
+            results->categories = reader_.Categories();
+        } else if (results != nullptr) {
+            results->SetFault(row, status);
+        }
+        if (!visitor(row, status, one_.Explained())) return;
+    }
+}
+
 CaseStatus TableScorer::ScoreAlone(const ColumnBlock& block, size_t row)
 {
-    const CaseStatus status = one_.Score(block, row);
+    return Settle(one_.Score(block, row));
+}
+
+CaseStatus TableScorer::Settle(const CaseStatus& status)
+{
     if (!status.IsOK()) return status;
     if (one_.Result().GetScoreResultType() != schema_.ResultType()) {
         throw std::logic_error("the model's result isn't of the kind that its description tells");
@@ -224,6 +249,7 @@ BatchResults TableScorer::PlacesIn(ResultBlock& results)
                 places.probabilities = probabilities_.data();
                 break;
             }
+            case ResultQuantity::ProbabilityError:
             case ResultQuantity::Status:
             case ResultQuantity::StatusField: break;
         }

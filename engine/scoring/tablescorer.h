@@ -88,7 +88,17 @@ public:
                                             const std::vector<SurvivalPoint>& curve)>;
     void VisitCurves(const ColumnBlock& block, const CurveVisitor& visitor);
 
+    /// The same with how each case's linear predictors came about: nothing of one that isn't
+    /// scored. `results`, made with Schema(), gets the rows' results before the visitor is told;
+    /// null where nobody reads them.
+    using ExplanationVisitor = std::function<bool(size_t row, const CaseStatus& status,
+                                                  const CaseExplanation& explanation)>;
+    void VisitExplanations(const ColumnBlock& block, ResultBlock* results,
+                           const ExplanationVisitor& visitor);
+
 private:
+    /// What `status` says of a row that went alone.
+    CaseStatus Settle(const CaseStatus& status);
     CaseStatus ScoreAlone(const ColumnBlock& block, size_t row);
     void ScoreInto(const ColumnBlock& block, size_t row, ResultBlock& results);
     void ReadResult(size_t row, ResultBlock& results);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 #include <limits>
 
@@ -29,6 +30,24 @@ void ReleaseMade(ArrowArray* array)
 {
     delete static_cast<Made*>(array->private_data);
     array->release = nullptr;
+}
+
+// A column of copies of values, those apart of which isNone(value) holds.
+template <class T, class IsNone>
+ArrowColumnParts PartsOf(const std::vector<T>& values, IsNone isNone)
+{
+    ArrowColumnParts parts{.validity = MakeArrowZeros((values.size() + 7) / 8),
+                           .values = CopyArrowBytes(values.data(), values.size() * sizeof(T))};
+    for (size_t i = 0; i < values.size(); ++i) {
+        if (isNone(values[i])) {
+            ++parts.nullCount;
+        } else {
+            parts.validity[static_cast<std::ptrdiff_t>(i / 8)] |=
+                static_cast<std::byte>(1U << (i % 8));
+        }
+    }
+    if (parts.nullCount == 0) parts.validity = nullptr;
+    return parts;
 }
 
 // What a table, or a view of somebody else's array, points to.
@@ -134,6 +153,25 @@ ArrowTextBytes MakeArrowTexts(std::span<const std::string_view> texts)
         *++offset = static_cast<int32_t>(end - made.bytes.get());
     }
     return made;
+}
+
+ArrowBytes CopyArrowBytes(const void* bytes, size_t size)
+{
+    ArrowBytes copy = MakeArrowBytes(size);
+    if (size > 0) std::memcpy(copy.get(), bytes, size);
+    return copy;
+}
+
+ArrowColumnParts ArrowNumbers(const std::vector<double>& numbers)
+{
+    return PartsOf(numbers, [](double number) { return std::isnan(number); });
+}
+
+ArrowColumnParts ArrowCodes(const std::vector<int32_t>& codes, const ArrowTextBytes& dictionary)
+{
+    ArrowColumnParts parts = PartsOf(codes, [](int32_t code) { return code < 0; });
+    parts.dictionary = dictionary;
+    return parts;
 }
 
 ArrowOwner<ArrowArray> MakeArrowArray(int64_t rows, ArrowColumnParts parts)

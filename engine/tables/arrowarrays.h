@@ -19,6 +19,9 @@ ArrowBytes MakeArrowBytes(size_t size);
 /// The same, all of them 0.
 ArrowBytes MakeArrowZeros(size_t size);
 
+/// A copy of bytes.
+ArrowBytes CopyArrowBytes(const void* bytes, size_t size);
+
 /// Texts that go into arrays: one behind the other.
 struct ArrowTextBytes {
     ArrowBytes offsets;  ///< of 32 bits, one more than there are texts
@@ -35,6 +38,11 @@ struct ArrowColumnParts {
     int64_t nullCount = 0;
     ArrowTextBytes dictionary{};  ///< that values are indexes into, where it has offsets
 };
+
+/// A column of copies of numbers, of which NaN is no value.
+ArrowColumnParts ArrowNumbers(const std::vector<double>& numbers);
+/// A column of indexes into a dictionary, of which one below 0 is no value.
+ArrowColumnParts ArrowCodes(const std::vector<int32_t>& codes, const ArrowTextBytes& dictionary);
 
 /// Each array owns a share of what it holds, so that it may be moved out of its table and outlive
 /// it, as the standard wants it.

@@ -1,6 +1,7 @@
 #include "host/model/basemodel.h"
 
 #include "host/model/batchscorer.h"
+#include "host/model/caseexplanation.h"
 #include "host/model/modeltables.h"
 #include "host/model/scoringstate.h"
 #include "host/model/versioninfo.h"
@@ -100,6 +101,19 @@ MCScore::MCStatus BaseModel::CurveRow(ScoringState&, const ScoreCaseRecord*, boo
 }
 
 void BaseModel::Tabulate(ModelTables& tables) const { tables = {}; }
+
+void BaseModel::OutlineExplanations(ExplanationOutline& outline) const
+{
+    outline.equations.clear();
+}
+
+MCScore::MCStatus BaseModel::ExplainRow(ScoringState& state, const ScoreCaseRecord* record,
+                                        ScoreResult*& result, bool derivedInRecord,
+                                        CaseExplanation& explanation) const
+{
+    explanation.Clear();
+    return ScoreRow(state, record, result, derivedInRecord);
+}
 
 BaseModel::FUNCNAME_TYPE BaseModel::MiningFunctionFromString(const std::string& text)
 {

@@ -56,6 +56,10 @@ public:
                                std::vector<SurvivalPoint>& curve) const override;
     void Tabulate(ModelTables& tables) const override;
     std::unique_ptr<BatchScorer> MakeBatchScorer() const override;
+    void OutlineExplanations(ExplanationOutline& outline) const override;
+    MCScore::MCStatus ExplainRow(ScoringState& state, const ScoreCaseRecord* record,
+                                 ScoreResult*& result, bool derivedInRecord,
+                                 CaseExplanation& explanation) const override;
     void SetConfidenceLevel(double level) override { confidenceLevel = level; }
     double GetConfidenceLevel() const override { return confidenceLevel; }
 

@@ -37,6 +37,17 @@ struct ModelDescription {
         bool isCumulative = false;
         std::vector<Term> terms;
     };
+    /// One estimate of the document, as it gives it.
+    struct Coefficient {
+        std::string category;  ///< of the equation; empty where the model has one alone
+        std::string parameter;
+        std::string label;
+        double estimate = 0.0;
+        /// From the covariances; NaN where the document has none, and of a parameter that it has
+        /// without an estimate.
+        double standardError = 0.0;
+        bool isConstant = false;  ///< an intercept or a threshold
+    };
     struct Contrast {
         std::string predictor;
         std::vector<std::string> categories;
@@ -78,11 +89,17 @@ struct ModelDescription {
     std::string trials;  ///< the variable's name or the number
     double degreesOfFreedom = 0.0;
     bool hasCovariances = false;
+    /// ScoringState::probabilityErrors can be asked for.
+    bool hasProbabilityErrors = false;
     /// ci_lower and ci_upper are limits of ScoreModel::GetConfidenceLevel().
     bool hasConfidenceLevel = false;
     std::vector<std::string> factors;     ///< names, in the order of the predictors
     std::vector<std::string> covariates;  ///< names, in the order of the predictors
     std::vector<Equation> equations;
+    std::vector<Coefficient> coefficients;
+    /// Estimates are judged by Student's t with the degrees of freedom, else by the normal
+    /// distribution.
+    bool hasStudentEstimates = false;
     std::vector<Contrast> contrasts;
     std::string stratumVariable;
     std::string endTimeVariable;

@@ -14,6 +14,7 @@ namespace MCVelscore_850 {
 
 class BaseDictionary;
 class BatchScorer;
+class CaseExplanation;
 class ScoreCaseRecord;
 class ScoreDictVar;
 class ScoreDictionary;
@@ -21,6 +22,7 @@ class ScoreResult;
 class ScoreVersionInfo;
 class ScoringState;
 class TransformationDictionary;
+struct ExplanationOutline;
 struct ModelDescription;
 struct ModelTables;
 
@@ -131,6 +133,13 @@ public:
     /// afterwards, of models whose description has ModelDescription::hasConfidenceLevel.
     virtual void SetConfidenceLevel(double level) = 0;
     virtual double GetConfidenceLevel() const = 0;
+    /// What ExplainRow() lists: no equation of a model that can't explain its cases.
+    virtual void OutlineExplanations(ExplanationOutline& outline) const = 0;
+    /// ScoreRow(), and how the case's linear predictors came about. A case that isn't scored has
+    /// none.
+    virtual MCScore::MCStatus ExplainRow(ScoringState& state, const ScoreCaseRecord* record,
+                                         ScoreResult*& result, bool derivedInRecord,
+                                         CaseExplanation& explanation) const = 0;
 };
 
 }  // namespace MCVelscore_850

@@ -1,6 +1,8 @@
 #ifndef VELSCORE_HOST_MODEL_SCORINGSTATE_H
 #define VELSCORE_HOST_MODEL_SCORINGSTATE_H
 
+#include <vector>
+
 #include "host/model/scoremodel.h"
 #include "host/model/survivalpoint.h"
 #include "host/values/numericvalue.h"
@@ -32,6 +34,12 @@ public:
     /// values x that its betas multiply, V being the covariances of the document. The
     /// system-missing number where that has none, and wherever there is no linearPredictor.
     double linearPredictorError = NumericValue::GetSysmisValue();
+    /// Asks for probabilityErrors, of models whose description has them.
+    bool wantsProbabilityErrors = false;
+    /// Where they are asked for, the standard errors of the probabilities of the last case that was
+    /// scored, in the order of the description's categories: sqrt(g' V g), g being the derivatives
+    /// of a probability by the estimates and V the covariances of the document.
+    std::vector<double> probabilityErrors{};
     /// Of a model that has survival curves; others answer nothing.
     SurvivalQuestions survivalAsked;
     /// Of the last case that was scored.

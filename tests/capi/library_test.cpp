@@ -199,6 +199,72 @@ TEST(Curves, AreThoseOfTheCommandWithoutAnEndTime)
     EXPECT_EQ(alive, 0);
 }
 
+// Every family's, with rows that have no score among them.
+TEST(Explanations, AreThoseOfTheCommand)
+{
+    for (const char* name :
+         {"lm-swiss", "mlr-housing-factors", "cox-lung-centred", "clr-infert",
+          "ordinal-logit-housing", "glz-poisson-offset-insurance", "missing-lm-no-replacement"}) {
+        SCOPED_TRACE(name);
+        const std::string folder = DataFile(std::string("cases/") + name + "/");
+        const auto input = ParseCsv(ReadFile(folder + "input.csv"));
+        const auto expected = ParseCsv(
+            RunVelscore({"explain", folder + "model.pmml", folder + "input.csv", "--long"}).out);
+        const auto model = velscore::Model::Open(folder + "model.pmml");
+        std::vector<MadeArray> columns;
+        for (const std::string& column : input.header) {
+            const auto texts = input.Texts(column);
+            columns.push_back(Texts(column, {texts.begin(), texts.end()}));
+        }
+        ArrowArrayStream in = StreamOf(Table(columns));
+        ArrowArrayStream out = model.Explain(in);
+        const ReadTables lines = ReadAll(out);
+        ASSERT_EQ(lines.names, expected.header);
+        ASSERT_EQ(lines.rows, expected.rows.size());
+        ASSERT_GT(lines.rows, input.rows.size());
+        for (const std::string& column : lines.names) {
+            const auto texts = expected.Texts(column);
+            const bool isText = column == "equation" || column == "term";
+            for (size_t row = 0; row < lines.rows; ++row) {
+                const Value& value = lines.Named(column)[row];
+                if (isText) {
+                    ASSERT_EQ(value.text.value_or(""), texts[row]) << column << row;
+                    continue;
+                }
+                ASSERT_EQ(value.number.has_value(), !texts[row].empty()) << column << row;
+                if (value.number) {
+                    ASSERT_EQ(*value.number, std::strtod(texts[row].c_str(), nullptr))
+                        << column << row;
+                }
+            }
+        }
+        EXPECT_EQ(alive, 0);
+    }
+}
+
+TEST(Explanations, OfRowsWithoutScoresAreNullsOrWithStrictAnEnd)
+{
+    const auto model = velscore::Model::FromText(TestModel().Text());
+    const auto table = [] {
+        return StreamOf(Table({Numbers("x", {1.0, std::nullopt}), Texts("sex", {"m", "f"})}));
+    };
+    ArrowArrayStream in = table();
+    ArrowArrayStream out = model.Explain(in);
+    const ReadTables lines = ReadAll(out);
+    ASSERT_GT(lines.rows, 2U);
+    EXPECT_EQ(lines.Named("row").back().number, 2.0);
+    for (const char* name : {"equation", "term", "value", "contribution"}) {
+        EXPECT_FALSE(lines.Named(name).back().number.has_value()) << name;
+        EXPECT_FALSE(lines.Named(name).back().text.has_value()) << name;
+    }
+    in = table();
+    out = model.Explain(in, {.strict = true});
+    std::string error;
+    ReadAll(out, &error);
+    EXPECT_NE(error.find("row 2 has no score"), std::string::npos) << error;
+    EXPECT_EQ(alive, 0);
+}
+
 TEST(Curves, OfAnotherFamilyAreRefused)
 {
     const auto model = velscore::Model::FromText(TestModel().Text());

@@ -242,6 +242,7 @@ TEST(NullArguments, AreCodesEverywhere)
     EXPECT_EQ(velscore_result_schema(model.Get(), nullptr, nullptr, nullptr), kCode);
     EXPECT_EQ(velscore_score(model.Get(), nullptr, nullptr, &stream, nullptr), kCode);
     EXPECT_EQ(velscore_curve(model.Get(), nullptr, nullptr, &stream, nullptr), kCode);
+    EXPECT_EQ(velscore_explain(model.Get(), nullptr, nullptr, &stream, nullptr), kCode);
     ArrowArrayStream in = StreamOf(OneRow());
     EXPECT_EQ(velscore_score(model.Get(), nullptr, &in, nullptr, nullptr), kCode);
     in = StreamOf(OneRow());

@@ -56,7 +56,7 @@ TEST(Documentation, HasARowForEachOption)
 {
     const std::string page = ReadFile("docs/command.md");
     const std::regex option(R"(\n +(?:-\w,)?(--[\w-]+))");
-    for (const char* command : {"score", "curve"}) {
+    for (const char* command : {"score", "curve", "explain"}) {
         const std::string help = RunVelscore({command, "--help"}).out;
         int count = 0;
         for (std::sregex_iterator each(help.begin(), help.end(), option), end; each != end;
