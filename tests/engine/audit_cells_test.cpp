@@ -442,7 +442,8 @@ std::vector<SoundRow> SoundRows()
                   "parameterName='p1' beta='0'")},
         {"the reference level of a factor as a parameter without beta",
          After(After(general, "<Parameter name='p4'/>", "<Parameter name='p5'/>"),
-               "value='green'/>", "<PPCell parameterName='p5' predictorName='f' value='blue'/>")},
+               "predictorName='f' value='green'/>",
+               "<PPCell parameterName='p5' predictorName='f' value='blue'/>")},
         {"a parameter that is aliased for a category",
          Replaced(
              Replaced(multinomial, "<PCell targetCategory='c' parameterName='p3' beta='1'/>", ""),
@@ -586,7 +587,8 @@ TEST(CellFindings, ShowNamesWithoutWhatATerminalObeys)
     const Audited audited(Replaced(General().Text(), "pRow='p3' pCol='p0'",
                                    "pRow='p3&#x9;&#x9B;31m\xC3\xA9' pCol='p0'"));
     const std::string text = audited.Of("unknown-parameter").text;
-    EXPECT_TRUE(text.starts_with("PCovCell pRow \"p3??31m\xC3\xA9\" is no parameter")) << text;
+    EXPECT_TRUE(text.starts_with("PCovCell pRow \"p3\\u0009\\u009B31m\xC3\xA9\" is no parameter"))
+        << text;
 }
 
 TEST(CellFindings, OfACategoryThatIsntThereAskForNoBetasOfIt)

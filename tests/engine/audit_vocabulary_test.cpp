@@ -312,7 +312,8 @@ constexpr FaultRow kFaults[] = {
      "GeneralRegressionModel has no element \"Colour\", which is passed over"},
     {"ElementInTheWrongPlace", "</GeneralRegressionModel>", "</GeneralRegressionModel>\n<Targets/>",
      "misplaced-element", kFault, 30, "Targets", "", "",
-     "Targets isn't read in PMML: it belongs in \"GeneralRegressionModel\""},
+     "Targets isn't read in PMML: it belongs in \"GeneralRegressionModel\", "
+     "\"RegressionModel\""},
     {"WordInAnotherCase", "\"poisson\"", "\"Poisson\"", "unknown-word", kFault, 8,
      "GeneralRegressionModel", "distribution", "Poisson",
      "distribution of GeneralRegressionModel is \"Poisson\", which is none of its words; did you "
@@ -349,8 +350,8 @@ constexpr FaultRow kFaults[] = {
      "Parameter", "name", "p0",
      "Parameter stands a second time in ParameterList with name \"p0\", and the first counts"},
     {"SecondModel", "</GeneralRegressionModel>",
-     "</GeneralRegressionModel>\n<RegressionModel anything=\"goes\"/>", "second-model", kFault, 30,
-     "RegressionModel", "", "", "RegressionModel is a second model beside GeneralRegressionModel"},
+     "</GeneralRegressionModel>\n<TreeModel anything=\"goes\"/>", "second-model", kFault, 30,
+     "TreeModel", "", "", "TreeModel is a second model beside GeneralRegressionModel"},
     {"NotScorable", "offsetVariable", "isScorable=\"0\" offsetVariable", "not-scorable", kFault, 8,
      "GeneralRegressionModel", "isScorable", "0",
      "isScorable of GeneralRegressionModel is \"0\": the model isn't meant to be scored"},
@@ -400,8 +401,9 @@ struct SoundRow {
 constexpr SoundRow kSoundChanges[] = {
     {"Nothing", "</PMML>", "</PMML>"},
     {"NoNamespace", " xmlns=\"http://www.dmg.org/PMML-4_4\"", ""},
-    {"NamespaceOfAnotherVersion", "http://www.dmg.org/PMML-4_4", "http://www.dmg.org/PMML-3_0"},
-    {"FirstVersion", "version=\"4.4\"", "version=\"3.0\""},
+    {"NamespaceOfNoVersion", "http://www.dmg.org/PMML-4_4", "http://www.dmg.org/PMML"},
+    {"FirstVersion", "version=\"4.4\" xmlns=\"http://www.dmg.org/PMML-4_4\"",
+     "version=\"3.0\" xmlns=\"http://www.dmg.org/PMML-3_0\""},
     {"AttributesOfAnother", "<MiningField name=\"a\"",
      "<MiningField name=\"a\" x-colour=\"red\" v:colour=\"red\" xmlns:v=\"urn:v\""},
     {"PlaceOfTheSchema", "<PMML", "<PMML schemaLocation=\"a b\""},
