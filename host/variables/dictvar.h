@@ -107,8 +107,8 @@ public:
     Limits OutlierLimits() const;
     /// Numbers from low to high, both included, are missing; several ranges add up.
     void DeclareMissingRange(double low, double high);
-    /// Finds what SurelyAccepts() is sure of, in one look at all that was declared: each declaration
-    /// by itself leaves it sure of nothing.
+    /// Finds what SurelyAccepts() is sure of, in one look at all that was declared: each
+    /// declaration by itself leaves it sure of nothing.
     void EndDeclarations();
     void SetAcceptsUnlisted(bool accepts) { acceptsUnlisted_ = accepts; }
     /// A text that stands for a missing value and is none of the variable's type: "." in a field of

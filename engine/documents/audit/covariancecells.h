@@ -13,7 +13,8 @@ namespace MCVelscore_850 {
 /// them waits for memory more than for anything: who walks over the tree for another reason reads
 /// them on the way, before it is known which parameters there are.
 ///
-/// Order   Watch(), then Read() of each child of List() in order; or ReadAll(). Then TakeCells() and
+/// Order   Watch(), then Read() of each child of List() in order; or ReadAll(). Then TakeCells()
+/// and
 ///         TakeCategories(). Forget() when the tree has changed since.
 class CovarianceCells {
 public:
