@@ -68,7 +68,10 @@ Checked CheckDocument(const std::string& file, const std::shared_ptr<const Plugi
 
 std::string LastLine(const Checked& checked)
 {
-    const std::string counts = CountsText(checked.Found());
+    std::string counts = CountsText(checked.Found());
+    if (const size_t fixable = checked.Found().FixableCount(); fixable > 0) {
+        counts += fmt::format("; --fix puts {} of them right", fixable);
+    }
     const std::string more = counts.empty() ? "" : (checked.model ? "; " : ": ") + counts;
     const std::string name = InputFile::NameOf(checked.file);
     if (!checked.model) return fmt::format("{}: refused{}\n", name, more);

@@ -9,6 +9,7 @@
 
 #include "cli/findingtext.h"
 #include "engine/documents/loadedmodel.h"
+#include "engine/messages/visibletext.h"
 #include "engine/tables/outputfile.h"
 #include "host/messages/messages.h"
 
@@ -38,14 +39,17 @@ Console::~Console() { ClearProgress(); }
 void Console::Say(std::string_view text)
 {
     ClearProgress();
-    Put(fmt::format("velscore: {}\n", text));
+    Put(fmt::format("velscore: {}\n", VisibleText(text, LineBreaks::Kept)));
 }
 
 void Console::SayError(std::string_view text, std::string_view remedy)
 {
     ClearProgress();
-    Put(fmt::format("velscore: {}error:{} {}\n", colour_ ? kRed : "", colour_ ? kPlain : "", text));
-    if (!remedy.empty()) Put(fmt::format("  what to do: {}\n", remedy));
+    Put(fmt::format("velscore: {}error:{} {}\n", colour_ ? kRed : "", colour_ ? kPlain : "",
+                    VisibleText(text, LineBreaks::Kept)));
+    if (!remedy.empty()) {
+        Put(fmt::format("  what to do: {}\n", VisibleText(remedy, LineBreaks::Kept)));
+    }
 }
 
 void Console::SayFailure(const Failure& failure)

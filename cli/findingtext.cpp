@@ -7,6 +7,7 @@
 
 #include "cli/sourcelines.h"
 #include "engine/documents/loadedmodel.h"
+#include "engine/messages/visibletext.h"
 
 namespace MCVelscore_850 {
 
@@ -52,6 +53,7 @@ struct FindingText::Told {
     std::string_view remedy{};
 };
 
+// What the document says may hold what a terminal would obey.
 std::string FindingText::Written(const Told& told) const
 {
     const auto painted = [this](std::string_view colour, std::string_view text) {
@@ -59,22 +61,22 @@ std::string FindingText::Written(const Told& told) const
     };
     std::string out = fmt::format(
         "{}: {} {} [{}]\n", painted(kBold, PlaceText(told.file, told.line, told.column)),
-        painted(ColourOf(told.answer), fmt::format("{}:", WordOf(told.answer))), told.text,
-        told.name);
+        painted(ColourOf(told.answer), fmt::format("{}:", WordOf(told.answer))),
+        VisibleText(told.text), told.name);
     const SourceLines::Excerpt excerpt = lines_.At(told.line, told.column, told.attribute);
     if (!excerpt.line.empty()) {
         out += fmt::format("{:>6} | {}\n{:>6} | {}\n", told.line, excerpt.line, "",
                            painted(kMark, excerpt.marks));
     }
-    if (!told.path.empty()) out += fmt::format("  at {}\n", told.path);
+    if (!told.path.empty()) out += fmt::format("  at {}\n", VisibleText(told.path));
     // Many a text or remedy says it already.
     const auto says = [&](std::string_view text) {
         return text.find(told.expected) != std::string_view::npos;
     };
     if (!says(told.text) && !says(told.remedy)) {
-        out += fmt::format("  expected: {}\n", told.expected);
+        out += fmt::format("  expected: {}\n", VisibleText(told.expected));
     }
-    if (!told.remedy.empty()) out += fmt::format("  what to do: {}\n", told.remedy);
+    if (!told.remedy.empty()) out += fmt::format("  what to do: {}\n", VisibleText(told.remedy));
     return out;
 }
 

@@ -8,19 +8,20 @@
 #include "cli/exitcode.h"
 #include "engine/documents/documentrules.h"
 #include "engine/messages/explanation.h"
+#include "engine/messages/suggestions.h"
 
 namespace MCVelscore_850 {
 
 namespace {
 
-// What a rule tells, with the names of what differs in capitals.
-std::string Pattern(std::string_view text)
+// A remedy as it goes for any finding of its rule.
+std::string RemedyText(std::string_view remedy)
 {
-    if (text == "{what}") return "velscore check tells what was found, and where";
-    return fmt::format(fmt::runtime(text), fmt::arg("element", "ELEMENT"),
-                       fmt::arg("attribute", "ATTRIBUTE"), fmt::arg("found", "FOUND"),
-                       fmt::arg("expected", "EXPECTED"), fmt::arg("near", "NEAR"),
-                       fmt::arg("meant", ""), fmt::arg("what", "WHAT"));
+    return fmt::format(fmt::runtime(remedy), fmt::arg("element", "the element"),
+                       fmt::arg("attribute", "the attribute"), fmt::arg("found", "what was found"),
+                       fmt::arg("expected", "those that check tells"),
+                       fmt::arg("near", "the name that check tells"), fmt::arg("meant", ""),
+                       fmt::arg("note", ""), fmt::arg("what", "what check tells"));
 }
 
 // False where no rule has that name.
@@ -31,9 +32,18 @@ bool ExplainRule(const std::string& name)
                                     [&](const Rule* rule) { return rule->name == name; });
     if (found == rules.end()) return false;
     const Rule& rule = **found;
-    PrintOut(fmt::format("{}  {}: {}\n", rule.name, WordOf(rule.answer), Pattern(rule.text)));
-    if (!rule.remedy.empty()) PrintOut(fmt::format("what to do: {}\n", Pattern(rule.remedy)));
+    PrintOut(fmt::format("{}  {}: {}\n", rule.name, WordOf(rule.answer), rule.about));
+    if (!rule.remedy.empty()) PrintOut(fmt::format("what to do: {}\n", RemedyText(rule.remedy)));
     return true;
+}
+
+// ". Did you mean ...?"; empty where no rule's name is near.
+std::string NearRule(const std::string& name)
+{
+    std::vector<std::string> names;
+    for (const Rule* rule : AllRules()) names.emplace_back(rule->name);
+    const std::string meant = SuggestWord(name, names);
+    return meant.empty() ? meant : ". " + meant;
 }
 
 }  // namespace
@@ -51,9 +61,9 @@ int RunHelp(const HelpArguments& arguments)
     const char* end = arguments.code.data() + arguments.code.size();
     const auto read = std::from_chars(arguments.code.data(), end, code);
     if (read.ec != std::errc() || read.ptr != end) {
-        throw UsageError(
-            fmt::format("'{}' is neither a code, such as 260115, nor a rule, such as short-version",
-                        arguments.code));
+        throw UsageError(fmt::format(
+            "'{}' is neither a code, such as 260115, nor a rule, such as short-version{}",
+            arguments.code, NearRule(arguments.code)));
     }
     const auto explanation = Explain(code);
     if (!explanation) {

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "engine/messages/visibletext.h"
+
 namespace MCVelscore_850 {
 
 namespace {
@@ -17,17 +19,9 @@ bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
 bool BeginsCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }
 
-// Where the character behind the one at `at` begins.
-size_t Next(std::string_view line, size_t at)
-{
-    do ++at;
-    while (at < line.size() && !BeginsCharacter(line[at]));
-    return at;
-}
-
 size_t Skip(std::string_view line, size_t at, size_t characters)
 {
-    for (; characters > 0 && at < line.size(); --characters) at = Next(line, at);
+    for (; characters > 0 && at < line.size(); --characters) at = NextCharacter(line, at);
     return at;
 }
 
@@ -40,15 +34,9 @@ size_t SkipBack(std::string_view line, size_t at, size_t characters)
     return at;
 }
 
-// A character that takes one place and moves nothing.
-std::string_view Shown(std::string_view character)
+std::string Shown(std::string_view character)
 {
-    if (character == "\t") return " ";
-    const auto first = static_cast<unsigned char>(character.front());
-    const bool isControl =
-        first < 0x20 || first == 0x7F ||
-        (first == 0xC2 && character.size() == 2 && static_cast<unsigned char>(character[1]) < 0xA0);
-    return isControl ? "?" : character;
+    return character == "\t" ? " " : VisibleCharacter(character);
 }
 
 struct Range {
@@ -111,24 +99,30 @@ SourceLines::Excerpt SourceLines::At(size_t number, size_t column, std::string_v
     const size_t place = column == 0 ? line.size() : Skip(line, 0, column - 1);
     if (place >= line.size()) return {};
 
-    // The window begins a little before the place, so that the attribute is seen behind it.
-    const bool fits = Skip(line, 0, kShown) == line.size();
-    const size_t first = fits ? 0 : SkipBack(line, place, kBefore);
-    const size_t last = Skip(line, first, kShown);
     Range marked;
     if (!attribute.empty()) {
-        const Range inTag = AttributeIn(line.substr(place, last - place), attribute);
+        const Range inTag = AttributeIn(line.substr(place), attribute);
         marked = {place + inTag.begin, place + inTag.end};
     }
+    // The window begins a little before the place, so that the attribute is seen behind it; or
+    // before the attribute, where it stands too far behind.
+    const bool fits = Skip(line, 0, kShown) == line.size();
+    size_t first = fits ? 0 : SkipBack(line, place, kBefore);
+    if (marked.begin != marked.end && Skip(line, first, kShown) < marked.end) {
+        first = SkipBack(line, marked.begin, kBefore);
+    }
+    const size_t last = Skip(line, first, kShown);
     Excerpt excerpt;
     if (first > 0) {
         excerpt.line = kCut;
         excerpt.marks.assign(kCut.size(), ' ');
     }
     for (size_t at = first, next = at; at < last; at = next) {
-        next = Next(line, at);
-        excerpt.line += Shown(line.substr(at, next - at));
-        excerpt.marks += at == place ? '^' : at >= marked.begin && at < marked.end ? '~' : ' ';
+        next = NextCharacter(line, at);
+        const std::string shown = Shown(line.substr(at, next - at));
+        excerpt.line += shown;
+        const char mark = at == place ? '^' : at >= marked.begin && at < marked.end ? '~' : ' ';
+        excerpt.marks.append(next - at == shown.size() ? 1 : shown.size(), mark);
     }
     if (last < line.size()) excerpt.line += kCut;
     excerpt.marks.erase(excerpt.marks.find_last_not_of(' ') + 1);

@@ -129,6 +129,13 @@ std::optional<Change> MakeUnorderedRegressionGeneralLinear(Element root);
 /// default, 0: the reader wants all or none.
 std::optional<Change> CompleteReferencePoints(Element root);
 
+// RegressionModel documents, before they are translated (adapterrules_regression.cpp).
+
+/// Changes nothing, but says that the algorithm's name speaks of a link where the model has none.
+std::optional<Change> NoteMissingNormalization(Element root);
+/// Changes nothing, but says that a table has a term twice.
+std::optional<Change> NoteRepeatedTerms(Element root);
+
 }  // namespace MCVelscore_850
 
 #endif

@@ -71,21 +71,6 @@ bool IsNumeral(std::string_view text)
     return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-// "4.4" of ".../PMML-4_4"; empty for anything else.
-std::string VersionInNamespace(std::string_view uri)
-{
-    if (!uri.starts_with(kPmmlNamespace)) return {};
-    uri.remove_prefix(kPmmlNamespace.size());
-    if (!uri.starts_with('-')) return {};
-    uri.remove_prefix(1);
-    const size_t bar = uri.find('_');
-    if (bar == std::string_view::npos) return {};
-    const std::string_view major = uri.substr(0, bar);
-    const std::string_view minor = uri.substr(bar + 1);
-    if (!IsNumeral(major) || !IsNumeral(minor)) return {};
-    return std::string(major) + "." + std::string(minor);
-}
-
 }  // namespace
 
 std::optional<Change> DropNamespacePrefix(Element root)

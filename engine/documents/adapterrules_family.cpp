@@ -56,9 +56,10 @@ std::optional<Change> SelectGeneralizedLinear(Element root)
     if (IsSelector(Tags::XML_VAL_MT_GDLIN, selector)) return std::nullopt;
     const std::string before = model.Text(Tags::XML_ATT_MODELALGO);
     model.SetText(Tags::XML_ATT_MODELALGO, Tags::XML_VAL_MN_GZLM);
-    return Change{model.Place(), "generalizedLinear with algorithmName \"" + before +
-                                     "\" is read as algorithmName \"" + Tags::XML_VAL_MN_GZLM +
-                                     "\""};
+    const std::string found =
+        before.empty() ? "without algorithmName" : "with algorithmName \"" + before + "\"";
+    return Change{model.Place(), "generalizedLinear " + found + " is read as algorithmName \"" +
+                                     Tags::XML_VAL_MN_GZLM + "\""};
 }
 
 std::optional<Change> TakeLinkFromCumulativeLink(Element root)

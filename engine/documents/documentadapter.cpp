@@ -24,7 +24,7 @@ constexpr bool kDoubt = true;
 // The change itself is told by the rule that made it.
 constexpr Rule Row(std::string_view name, bool doubt, Answer answer = Answer::Adapted)
 {
-    return {name, answer, doubt, "{what}", ""};
+    return {name, answer, doubt, "velscore check tells what was found, and where", "{what}", ""};
 }
 
 // How many of the rules put right what elements are called, the version, and what stands twice
@@ -39,6 +39,8 @@ constexpr RuleRow kRules[] = {
     {Row("version-from-namespace", kNoDoubt), TakeVersionFromNamespace},
     {Row("short-version", kNoDoubt), ShortenVersion},
     {Row("repeated-mining-field", kNoDoubt), DropRepeatedMiningFields},
+    {Row("missing-normalization", kDoubt, Answer::Notice), NoteMissingNormalization},
+    {Row("repeated-term", kDoubt, Answer::Notice), NoteRepeatedTerms},
     {Row("regression-model", kNoDoubt), TranslateRegressionModel},
     {Row("generalized-linear", kNoDoubt), SelectGeneralizedLinear},
     {Row("foreign-extension", kDoubt), TakeOutForeignExtensions},

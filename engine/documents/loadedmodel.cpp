@@ -141,7 +141,9 @@ void LoadedModel::Read(Document& document, const LoadOptions& options)
         if (!options.asIs) {
             note(AdaptNames(document));
             audit.LookAtNames();
-            note(AdaptDocument(document));
+            std::vector<Adaptation> adaptations = AdaptDocument(document);
+            if (!adaptations.empty()) audit.TreeChanged();
+            note(std::move(adaptations));
             audit.LookAtTree();
             RefuseFaults(findings_, file_);
         }

@@ -1,7 +1,12 @@
 #include "engine/documents/modelreading.h"
 
+#include <map>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "engine/documents/documenttree.h"
 #include "engine/documents/element.h"
@@ -39,6 +44,30 @@ constexpr std::string_view kOtherModels[] = {
     "TreeModel",
 };
 
+// The models that the segments of a MiningModel hold, as a message goes on: " of 3 RegressionModel
+// and 1 TreeModel segments".
+std::string SegmentsText(Element model)
+{
+    std::map<std::string, size_t> counts;
+    size_t all = 0;
+    for (const Element child : model.Children()) {
+        if (LocalNameOf(child.Tag()) != "Segmentation") continue;
+        for (const Element segment : child.Children()) {
+            for (const Element part : segment.Children()) {
+                const std::string tag = part.Tag();
+                const std::string name(LocalNameOf(tag));
+                if (name != PMMLModelTags::XML_ELE_REGRESSMODEL && !IsOtherModel(name)) continue;
+                ++counts[name];
+                ++all;
+            }
+        }
+    }
+    if (counts.empty()) return {};
+    std::vector<std::string> parts;
+    for (const auto& [name, count] : counts) parts.push_back(fmt::format("{} {}", count, name));
+    return fmt::format(" of {} {}", fmt::join(parts, " and "), all == 1 ? "segment" : "segments");
+}
+
 // The reader would say only that its own element is missing.
 void ExpectNoOtherModel(Element root)
 {
@@ -49,7 +78,10 @@ void ExpectNoOtherModel(Element root)
         if (LocalNameOf(tag) == PMMLModelTags::XML_ELE_REGRESSMODEL) return;
         if (!other && IsOneOf(LocalNameOf(tag), kOtherModels)) other = child;
     }
-    if (other) RefuseAt(other, kOtherModel, std::string(LocalNameOf(other.Tag())).c_str());
+    if (!other) return;
+    const std::string tag = other.Tag();
+    RefuseAt(other, kOtherModel, std::string(LocalNameOf(tag)).c_str(),
+             SegmentsText(other).c_str());
 }
 
 // Extensions hold what they like, and the columns of a table are names of the document's own.

@@ -2,6 +2,7 @@
 #define VELSCORE_ENGINE_DOCUMENTS_VOCABULARY_H
 
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -17,6 +18,8 @@ enum class Effect {
 /// The first version of the standard whose documents are read, and the last one.
 inline constexpr double kFirstVersion = 3.0;
 inline constexpr double kLastVersion = 4.4;
+/// The one of the older form, before any point.
+inline constexpr std::string_view kOlderVersion = "1";
 
 /// An attribute of an element.
 struct AttributeWord {
@@ -62,6 +65,8 @@ struct ElementWord {
 /// and of the model.
 std::span<const ElementWord> FieldVocabulary();
 std::span<const ElementWord> ModelVocabulary();
+/// A RegressionModel and what it alone has.
+std::span<const ElementWord> RegressionVocabulary();
 /// The elements of the older form (root "zelt-ml").
 std::span<const ElementWord> OlderVocabulary();
 
@@ -74,6 +79,9 @@ std::span<const std::string_view> WordsOf(std::string_view element, std::string_
 
 /// True for a version of the standard that is read; versions are numbers.
 bool IsKnownVersion(double version);
+/// The version that a namespace of the standard names: "4.4" of ".../PMML-4_4"; empty for any
+/// other.
+std::string VersionInNamespace(std::string_view uri);
 /// True for a namespace of the standard, of whatever version.
 bool IsPmmlNamespace(std::string_view uri);
 

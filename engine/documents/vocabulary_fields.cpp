@@ -126,7 +126,6 @@ constexpr ElementWord kElements[] = {
     {"NaiveBayesModel", Score, {}, {}, kOpen},
     {"NearestNeighborModel", Score, {}, {}, kOpen, 4.1},
     {"NeuralNetwork", Score, {}, {}, kOpen},
-    {"RegressionModel", Score, {}, {}, kOpen},
     {"RuleSetModel", Score, {}, {}, kOpen},
     {"Scorecard", Score, {}, {}, kOpen, 4.1},
     {"SequenceModel", Score, {}, {}, kOpen},

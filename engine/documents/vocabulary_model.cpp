@@ -13,9 +13,8 @@ using enum ChildWord::Count;
 constexpr std::string_view kModelTypes[] = {
     "regression",         "generalLinear",     "logLinear",    "multinomialLogistic",
     "ordinalMultinomial", "generalizedLinear", "CoxRegression"};
-constexpr std::string_view kFunctions[] = {
-    "associationRules", "sequences",  "classification", "regression",
-    "clustering",       "timeSeries", "mixed"};
+// Of the standard's functions those that a regression can have.
+constexpr std::string_view kFunctions[] = {"regression", "classification"};
 constexpr std::string_view kCumulativeLinks[] = {"logit", "probit", "cloglog", "loglog", "cauchit"};
 // Of an ordinal model the reader takes its cumulative links here, so cauchit is among them.
 constexpr std::string_view kLinks[] = {"cloglog", "identity", "log",    "logc",

@@ -6,10 +6,12 @@
 #include <string>
 #include <string_view>
 
+#include "engine/messages/visibletext.h"
+
 namespace MCVelscore_850 {
 
-/// A text of the table as a message shows it: its beginning, on one line, without the bytes that a
-/// terminal would obey.
+/// A text of a table or document as a message shows it: its beginning, on one line, with what a
+/// terminal would obey or hide made visible.
 inline std::string ShortText(std::string_view text)
 {
     constexpr size_t kShown = 60;
@@ -19,15 +21,7 @@ inline std::string ShortText(std::string_view text)
         // not within a character of UTF-8
         while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80) --size;
     }
-    const auto byteAt = [text](size_t i) { return static_cast<unsigned char>(text[i]); };
-    std::string shown;
-    for (size_t i = 0; i < size; ++i) {
-        const bool isControl = byteAt(i) < 0x20 || byteAt(i) == 0x7F;
-        // U+0080 to U+009F, two bytes each
-        const bool isSecondControl = byteAt(i) == 0xC2 && i + 1 < size && byteAt(i + 1) < 0xA0;
-        if (isSecondControl) ++i;
-        shown += isControl || isSecondControl ? '?' : text[i];
-    }
+    std::string shown = VisibleText(text.substr(0, size));
     if (size < text.size()) shown += "...";
     return shown;
 }

@@ -28,11 +28,12 @@ Json FindingsJson(const Findings& findings)
                        {"path", TextOrNull(finding.place.path)},
                        {"element", TextOrNull(finding.element)},
                        {"attribute", TextOrNull(finding.attribute)},
-                       {"found", finding.element.empty() ? Json() : Json(finding.found)},
+                       {"found", finding.hasFound ? Json(finding.found) : Json()},
                        {"expected", TextOrNull(finding.expected)},
                        {"near", TextOrNull(finding.nearWord)},
                        {"message", finding.text},
-                       {"remedy", TextOrNull(finding.remedy)}});
+                       {"remedy", TextOrNull(finding.remedy)},
+                       {"fixable", finding.canBeFixed}});
     }
     return all;
 }
@@ -54,7 +55,8 @@ Json RefusalJson(const Failure& failure)
             {"expected", nullptr},
             {"near", nullptr},
             {"message", failure.what()},
-            {"remedy", TextOrNull(failure.Remedy())}};
+            {"remedy", TextOrNull(failure.Remedy())},
+            {"fixable", false}};
 }
 
 // How many of each rule are left out, by the rule's name.

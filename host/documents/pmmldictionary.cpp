@@ -125,6 +125,7 @@ void PMMLTranslator::ReadDeclaredValues(DOMElement* element, DictVar& var)
             var.SetAcceptsUnlisted(true);
         }
     }
+    var.EndDeclarations();
 }
 
 DictVar::Interval PMMLTranslator::ReadInterval(DOMElement* element, ScoreDictVar::DateTimeType type,

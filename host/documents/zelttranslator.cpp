@@ -118,6 +118,7 @@ void ZELTTranslator::ReadVariable(DOMElement* element, DictVar& var)
             ExpectElement(child, Tags::kFormatSpec, Tags::kVariable);  // how values are printed
         }
     }
+    var.EndDeclarations();
 }
 
 void ZELTTranslator::ReadCategories(DOMElement* element, DictVar& var)

@@ -43,7 +43,7 @@ constexpr Message kCatalogue[] = {
      "Give the field a highValue, or another outlier treatment."},
     {260120, "ss", "{0} is missing in {1}: a Cox model needs its end-time variable",
      "Name the end-time variable in the model."},
-    {260121, "sss", "{0} is missing, as {1} too, in {2}: a Cox model needs its baseline hazard",
+    {260121, "sss", "BaseCumHazardTables is missing in {2}: a Cox model needs its baseline hazard",
      "Export the model with its baseline cumulative hazard."},
     {260124, "ss", "{0} is not in the {1}", "Declare the variable in the dictionary."},
     {260125, "sss", "{0} is neither in the {1} nor in the {2}",
@@ -106,7 +106,7 @@ constexpr Message kCatalogue[] = {
     {260281, "ss", "{0} in the {1} says that the model is not to be scored",
      "Use a document of a model that is meant for scoring."},
     {260283, "s", "the {0} is empty", "Export the model with its parameters."},
-    {260292, "ss", "row {0} of a contrast matrix lies beyond the values of {1}", kMendMatrix},
+    {260292, "ss", "a contrast matrix has a row {0}, and {1} has fewer values", kMendMatrix},
     {260302, "ss", "{0} stands in a model of type {1}, which takes no contrasts",
      "Remove the contrast matrix, or export the model with plain factors."},
     {260304, "", "the model can't be set up from its predictors, factors and categories",
@@ -320,10 +320,13 @@ constexpr Message kCatalogue[] = {
      "Export the model as multinomialLogistic, or give the parameter one beta."},
     {kContrastsTooLarge, "sd", "the contrast matrix of {0} has more than {1} numbers",
      "Export the model with indicator variables."},
-    {kOtherModel, "s",
-     "the document holds a {0}; velscore reads GeneralRegressionModel, and RegressionModel without "
+    {kOtherModel, "ss",
+     "the document holds a {0}{1}; velscore reads GeneralRegressionModel, and RegressionModel "
+     "without "
      "--as-is",
-     "Export the model as one of these, where its program can."},
+     "Export the model as one of these, where its program can; of a model made of several, each in "
+     "a "
+     "document of its own."},
 
     {kDocumentFault, "ss", "{0} [{1}]",
      "velscore check shows every fault of the document; --allow with a rule's name scores it all "
@@ -483,18 +486,32 @@ const Message* Messages::Find(int code)
     return row != std::end(kCatalogue) && row->code == code ? row : nullptr;
 }
 
+namespace {
+
+// Between quotes nothing would be seen: an empty argument is told as a word without them.
+void DropQuotes(std::string& text, size_t argument)
+{
+    const std::string quoted = fmt::format("'{{{}}}'", argument);
+    const size_t at = text.find(quoted);
+    if (at != std::string::npos) text.replace(at, quoted.size(), quoted, 1, quoted.size() - 2);
+}
+
+}  // namespace
+
 std::string Messages::Format(int code, const std::vector<std::string>& arguments)
 {
     const Message* row = Find(code);
     if (row == nullptr) return fmt::format("no message has the code {}", code);
-    fmt::dynamic_format_arg_store<fmt::format_context> store;
+    std::string text(row->text);
     for (size_t i = 0; i < arguments.size(); ++i) {
-        store.push_back(Shown(arguments[i], row->text, i));
+        if (arguments[i].empty()) DropQuotes(text, i);
     }
+    fmt::dynamic_format_arg_store<fmt::format_context> store;
+    for (size_t i = 0; i < arguments.size(); ++i) store.push_back(Shown(arguments[i], text, i));
     // A caller that gives too few arguments sees empty places, not an exception.
     const size_t expected = std::string_view(row->arguments).size();
     for (size_t i = arguments.size(); i < expected; ++i) store.push_back("");
-    return fmt::vformat(row->text, store);
+    return fmt::vformat(text, store);
 }
 
 std::vector<std::string> Messages::ReadArguments(int code, va_list arguments)

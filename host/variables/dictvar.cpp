@@ -114,7 +114,7 @@ bool DictVar::Listing::Add(std::unique_ptr<ScoreValue> value)
 DictVar::DictVar(DictVarType type)
     : type_(std::move(type)), whole_(type_.level == CONTINUOUS && DataTypeOf(type_).whole)
 {
-    UpdateSureRange();
+    FindSureRange();
 }
 
 DictVar::DictVar(const DictVar& other)
@@ -171,9 +171,9 @@ struct GoodRange {
 
 }  // namespace
 
-void DictVar::UpdateSureRange()
+void DictVar::FindSureRange()
 {
-    SetSureRange(1.0, 0.0);
+    ForgetSureRange();
     const bool listsAlone = !categories_.values.empty() && intervals_.empty();
     if (type_.level != CONTINUOUS || type_.valueType != NUMERIC || listsAlone ||
         outlierTreatment_ == AS_MISSING) {
@@ -198,20 +198,22 @@ void DictVar::UpdateSureRange()
 void DictVar::SetOutlierTreatment(int treatment)
 {
     outlierTreatment_ = treatment;
-    UpdateSureRange();
+    FindSureRange();
 }
+
+void DictVar::EndDeclarations() { FindSureRange(); }
 
 void DictVar::DeclareInterval(const Interval& interval)
 {
     intervals_.push_back(interval);
-    UpdateSureRange();
+    ForgetSureRange();
 }
 
 void DictVar::DeclareMissingValue(std::unique_ptr<ScoreValue> value)
 {
     if (IsDeclared(*value)) return;
     missing_.Add(std::move(value));
-    UpdateSureRange();
+    ForgetSureRange();
 }
 
 void DictVar::DeclareMissingRange(double low, double high)
@@ -227,7 +229,7 @@ void DictVar::DeclareMissingRange(double low, double high)
         range = missingRanges_.erase(range);
     }
     missingRanges_.emplace(low, high);
-    UpdateSureRange();
+    ForgetSureRange();
 }
 
 DictVar::~DictVar() = default;
@@ -417,7 +419,7 @@ void DictVar::DeclareValue(std::unique_ptr<ScoreValue> value, const std::string&
             }
             break;
     }
-    UpdateSureRange();
+    ForgetSureRange();
 }
 
 void DictVar::SetUpCatEncoder()

@@ -80,7 +80,7 @@ public:
     int FindCategory(const ScoreValue& value) const;
     int FindCategoryText(std::string_view text) const;
 
-    // Declarations, made while the dictionary is read.
+    // Declarations, made while the dictionary is read; EndDeclarations() follows the last one.
 
     enum class Property { Valid, Invalid, Missing };
     /// One value of the declaration. A second one of the same value is dropped, whatever its
@@ -107,6 +107,9 @@ public:
     Limits OutlierLimits() const;
     /// Numbers from low to high, both included, are missing; several ranges add up.
     void DeclareMissingRange(double low, double high);
+    /// Finds what SurelyAccepts() is sure of, in one look at all that was declared: each
+    /// declaration by itself leaves it sure of nothing.
+    void EndDeclarations();
     void SetAcceptsUnlisted(bool accepts) { acceptsUnlisted_ = accepts; }
     /// A text that stands for a missing value and is none of the variable's type: "." in a field of
     /// numbers. No value of a case can be it; who reads texts asks IsMissingWord().
@@ -154,7 +157,8 @@ private:
     bool RefusesFraction(double number) const;
     /// What is sure: of a continuous variable the numbers between what is declared, the widest
     /// interval alone where there are several.
-    void UpdateSureRange();
+    void FindSureRange();
+    void ForgetSureRange() { SetSureRange(1.0, 0.0); }
 
     DictVarType type_;
     bool whole_;  // a continuous variable of whole numbers

@@ -33,8 +33,10 @@ TEST(SourceLines, MarkThePlaceAndTheAttribute)
          " ^  ~~~~~"},
         {"columns are characters, not bytes", "\xC3\xA9\xE2\x82\xAC<b d='\xC3\xA9'/>", 1, 3, "d",
          "\xC3\xA9\xE2\x82\xAC<b d='\xC3\xA9'/>", "  ^  ~~~~~"},
-        {"what a terminal would obey is hidden", "\x1B[31m<b/>\xC2\x9B", 1, 6, "", "?[31m<b/>?",
-         "     ^"},
+        {"what a terminal would obey is written out", "\x1B[31m<b/>\xC2\x9B", 1, 6, "",
+         "\\u001B[31m<b/>\\u009B", "          ^"},
+        {"what turns the line's direction too", "<b d='\xE2\x80\xAE' c=''/>", 1, 1, "c",
+         "<b d='\\u202E' c=''/>", "^              ~~~~"},
         {"all three line ends", "1\r\n2\r3\n<b/>\r\n", 4, 1, "", "<b/>", "^"},
         {"a byte-order mark is no character", "\xEF\xBB\xBF<b/>", 1, 1, "", "<b/>", "^"},
         {"no such line", "<b/>", 2, 1, "", "", ""},
@@ -65,6 +67,12 @@ TEST(SourceLines, CutLongLinesAroundThePlace)
 
     const SourceLines::Excerpt last = SourceLines(text).At(1, 1010, "");
     EXPECT_EQ(last.line, "..." + std::string(31, 'y'));
+
+    // An attribute too far behind the place is shown with 30 characters before it.
+    const std::string wide = "<b long='" + std::string(200, 'z') + "' d='1'/>";
+    const SourceLines::Excerpt far = SourceLines(wide).At(1, 1, "d");
+    EXPECT_EQ(far.line, "..." + std::string(28, 'z') + "' d='1'/>");
+    EXPECT_EQ(far.marks, std::string(33, ' ') + "~~~~~");
 
     const std::string fits(100, 'x');
     EXPECT_EQ(SourceLines(fits).At(1, 90, "").line, fits);

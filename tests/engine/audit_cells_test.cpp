@@ -337,6 +337,9 @@ std::vector<FaultRow> FaultRows()
         {"a parameter that lacks the beta of a category",
          Replaced(multinomial, "<PCell targetCategory='c' parameterName='p1' beta='1'/>", ""),
          "parameter-without-beta", "ParameterList/Parameter[2]", "name", "p1", "", Answer::Notice},
+        {"a second level of a factor that lacks its beta, beside the reference",
+         Replaced(general, "<PCell parameterName='p2' beta='3'/>", ""), "parameter-without-beta",
+         "ParameterList/Parameter[3]", "name", "p2", "", Answer::Notice},
         {"a threshold without beta",
          Replaced(ordinal, "<PCell targetCategory='b' parameterName='p0' beta='1'/>", ""),
          "threshold-without-beta", "ParamMatrix", "", "p0", ""},
@@ -437,8 +440,10 @@ std::vector<SoundRow> SoundRows()
         {"a parameter with a beta of 0 and no cell",
          Replaced(Replaced(general, kLevel, ""), "parameterName='p1' beta='2'",
                   "parameterName='p1' beta='0'")},
-        {"another level of a factor without beta",
-         Replaced(general, "<PCell parameterName='p1' beta='2'/>", "")},
+        {"the reference level of a factor as a parameter without beta",
+         After(After(general, "<Parameter name='p4'/>", "<Parameter name='p5'/>"),
+               "predictorName='f' value='green'/>",
+               "<PPCell parameterName='p5' predictorName='f' value='blue'/>")},
         {"a parameter that is aliased for a category",
          Replaced(
              Replaced(multinomial, "<PCell targetCategory='c' parameterName='p3' beta='1'/>", ""),
@@ -490,6 +495,27 @@ std::string WithPredictor(const std::string& field, const std::string& parameter
         parts.betas += "<PCell parameterN" + written.substr(1) + " beta='0.5'/>";
     }
     return parts.Text();
+}
+
+// The document names no reference category, which could tell it.
+TEST(StrayBeta, IsTheOnlyOneOfACategoryAndMissedElsewhere)
+{
+    const std::string text = Replaced(Multinomial().Text(), " targetReferenceCategory='a'", "");
+    const auto moved = [&](const std::string& parameter) {
+        return Audited(Replaced(text, "<PCell targetCategory='c' parameterName='" + parameter,
+                                "<PCell targetCategory='a' parameterName='" + parameter));
+    };
+    EXPECT_FALSE(Audited(text).Has("stray-beta"));
+    for (const std::string parameter : {"p0", "p1"}) {
+        const Finding finding = moved(parameter).Of("stray-beta");
+        ASSERT_NE(finding.rule, nullptr) << parameter;
+        EXPECT_EQ(finding.found, "a");
+        EXPECT_EQ(finding.attribute, "targetCategory");
+    }
+    // A category may have its constant alone, betas of 0 being left out.
+    EXPECT_FALSE(Audited(After(text, "<PCell targetCategory='c' parameterName='p4' beta='1'/>",
+                               "<PCell targetCategory='a' parameterName='p0' beta='1'/>"))
+                     .Has("stray-beta"));
 }
 
 TEST(UnusedPredictor, IsAFaultWhereItSaysOffset)
@@ -561,7 +587,8 @@ TEST(CellFindings, ShowNamesWithoutWhatATerminalObeys)
     const Audited audited(Replaced(General().Text(), "pRow='p3' pCol='p0'",
                                    "pRow='p3&#x9;&#x9B;31m\xC3\xA9' pCol='p0'"));
     const std::string text = audited.Of("unknown-parameter").text;
-    EXPECT_TRUE(text.starts_with("PCovCell pRow \"p3??31m\xC3\xA9\" is no parameter")) << text;
+    EXPECT_TRUE(text.starts_with("PCovCell pRow \"p3\\u0009\\u009B31m\xC3\xA9\" is no parameter"))
+        << text;
 }
 
 TEST(CellFindings, OfACategoryThatIsntThereAskForNoBetasOfIt)

@@ -22,7 +22,9 @@ struct Audited {
         DocumentAudit audit(document, allowed, findings);
         Note(AdaptNames(document));
         audit.LookAtNames();
-        Note(AdaptDocument(document));
+        const std::vector<Adaptation> adaptations = AdaptDocument(document);
+        if (!adaptations.empty()) audit.TreeChanged();
+        Note(adaptations);
         audit.LookAtTree();
         findings.Sort();
     }

@@ -24,10 +24,14 @@ TEST(Audited, TellsFindingsByPlace)
     EXPECT_EQ(audited.Of("no-estimates").rule, nullptr);
 }
 
-constexpr Rule kFault{"odd-thing", Answer::Fault, true,
+constexpr Rule kFault{"odd-thing",
+                      Answer::Fault,
+                      true,
+                      "odd things",
                       "{element} has {attribute} {found}{meant} ({expected})",
                       "Write {near} for {what}."};
-constexpr Rule kNotice{"quiet-thing", Answer::Notice, false, "{element} is unused", ""};
+constexpr Rule kNotice{"quiet-thing",  Answer::Notice,        false,
+                       "quiet things", "{element} is unused", ""};
 
 struct Tree {
     explicit Tree(const std::string& text) : document(LoadDocumentText(text, "m.pmml")) {}
@@ -53,9 +57,10 @@ TEST(Findings, FillTheirTextAndRemedy)
                   .nearWord = "thee",
                   .what = "it"});
     const Finding& finding = findings.Kept().front();
-    EXPECT_EQ(finding.ToString(),
-              "line 2, column 2: Header has copyright \"me?\"; did you mean \"thee\"? (a name) "
-              "[odd-thing]");
+    EXPECT_EQ(
+        finding.ToString(),
+        "line 2, column 2: Header has copyright \"me\\u001B\"; did you mean \"thee\"? (a name) "
+        "[odd-thing]");
     EXPECT_EQ(finding.remedy, "Write thee for it.");
     EXPECT_EQ(finding.place.path, "PMML/Header");
 }

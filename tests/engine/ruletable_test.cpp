@@ -47,20 +47,22 @@ Texts RowsOf(const std::string& heading)
 struct Row {
     std::string answer;
     std::string strict;
+    std::string told;
     std::string example;
 };
 
 // | `rule` | fault | counts | what it tells | `wrong` for `right` |
 std::map<std::string, Row> ToldRules()
 {
-    const std::regex form(R"(\| `([a-z-]+)` \| (\w+) \| (counts)? ?\| ?[^|]+ \| (.*?) ?\|)");
+    const std::regex form(R"(\| `([a-z-]+)` \| (\w+) \| (counts)? ?\| ?([^|]+) \| (.*?) ?\|)");
     std::map<std::string, Row> rules;
     for (const std::string& line : RowsOf("What is told")) {
         if (!line.starts_with("| `")) continue;
         std::smatch parts;
         EXPECT_TRUE(std::regex_match(line, parts, form)) << "no row of a rule: " << line;
         if (parts.empty()) continue;
-        EXPECT_TRUE(rules.emplace(parts[1], Row{parts[2], parts[3], parts[4]}).second) << line;
+        EXPECT_TRUE(rules.emplace(parts[1], Row{parts[2], parts[3], parts[4], parts[5]}).second)
+            << line;
     }
     return rules;
 }
@@ -69,7 +71,7 @@ std::string RowFor(const Rule& rule)
 {
     return "| `" + std::string(rule.name) + "` | " + std::string(WordOf(rule.answer)) + " | " +
            (rule.strict && rule.answer != Answer::Fault ? "counts " : "") + "| " +
-           std::string(rule.text) + " | `wrong` for `right` |";
+           std::string(rule.about) + " | `wrong` for `right` |";
 }
 
 TEST(Rules, HaveNamesOfTheirOwn)
@@ -96,6 +98,7 @@ TEST(RulePage, HasARowForEachRuleOfTheAuditAndForNoOther)
             continue;
         }
         EXPECT_EQ(row->second.answer, WordOf(rule.answer)) << rule.name;
+        EXPECT_EQ(row->second.told, rule.about) << rule.name;
         EXPECT_EQ(row->second.strict == "counts", rule.strict && rule.answer != Answer::Fault)
             << RowFor(rule);
     }

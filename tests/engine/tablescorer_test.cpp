@@ -353,6 +353,7 @@ TEST_F(TableScorerTest, BothRoadsTellTheSameOfAnyTable)
     SetLimits(x, -50.0, 50.0);
     DictVar& z = model_.AddNumber("z");
     z.DeclareMissingValue(std::make_unique<NumericValue>(-9.0));
+    z.EndDeclarations();
     model_.AddText("f", {"a", "b", "c"}).SetAcceptsUnlisted(true);
     model_.AddText("g", {"u", "v"});
     DictVarType flag = TextType("t");
@@ -637,7 +638,9 @@ TEST_F(TableScorerTest, NumbersGoAsTheyAreWhereTheyHaveTheRoomThatKernelsRead)
 
 TEST_F(TableScorerTest, TextsOfRefusedNumbersStandTogether)
 {
-    model_.AddNumber("x").DeclareInterval({0.0, 1.0, true, true});
+    DictVar& x = model_.AddNumber("x");
+    x.DeclareInterval({0.0, 1.0, true, true});
+    x.EndDeclarations();
     Bind({"x"});
     Settle({"1"});
     std::vector<double> numbers;

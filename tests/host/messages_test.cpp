@@ -130,7 +130,8 @@ TEST(Messages, ANameThatCantBeSeenIsShownAsAWord)
 {
     EXPECT_EQ(Messages::Format(260204, {""}), "(empty) is a second target");
     EXPECT_EQ(Messages::Format(260204, {" \t"}), "(blanks) is a second target");
-    EXPECT_EQ(Messages::Format(kNotANumber, {"", "beta"}), "the beta '' is not a number");
+    EXPECT_EQ(Messages::Format(kNotANumber, {"", "beta"}), "the beta (empty) is not a number");
+    EXPECT_EQ(Messages::Format(kNotANumber, {"two", "beta"}), "the beta 'two' is not a number");
 }
 
 TEST(Messages, ACategoryThatAModelMadeUpIsNotShown)

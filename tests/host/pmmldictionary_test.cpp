@@ -204,6 +204,7 @@ TEST(ParseDictionary, IntervalsHaveTheirClosure)
         const NumericValue high(2.0);
         EXPECT_EQ(d->GetVar("v")->IsValid(&low), row.atLow) << row.closure;
         EXPECT_EQ(d->GetVar("v")->IsValid(&high), row.atHigh) << row.closure;
+        EXPECT_TRUE(d->GetVar("v")->SurelyAccepts(1.5)) << row.closure;
     }
 }
 

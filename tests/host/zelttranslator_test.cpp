@@ -156,6 +156,7 @@ TEST(ZeltDictionary, MissingValuesAloneCloseNoVariable)
 
     const Dictionary numbers = Read(Variable(kNumber, Missing("<value value='9'/>")));
     EXPECT_FALSE(numbers->GetVar("v")->SurelyAccepts(9.0));
+    EXPECT_TRUE(numbers->GetVar("v")->SurelyAccepts(8.0));
     EXPECT_FALSE(Accepts(*numbers->GetVar("v"), 9.0));
 
     // A list closes it, also one that says nothing new.

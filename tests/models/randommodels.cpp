@@ -249,6 +249,7 @@ private:
         auto var = Continuous(name);
         var->DeclareInterval({-3.0, 100.0, true, false});
         if (draw.Once(2)) var->DeclareMissingRange(50.0, 60.0);
+        var->EndDeclarations();
         AddNumber(std::move(var), DrawnColumn::Any);
     }
     void AddDate(const std::string& name)

@@ -106,7 +106,7 @@ std::vector<BadDocument> BadDocuments()
         {"NoBeta", Without(" beta=\"10\""), "beta"},
         {"NoPredictorName", Without("predictorName=\"x\" "), "predictorName"},
         {"BetaIsNoNumber", WithBeta("two"), "two"},
-        {"BetaIsEmpty", WithBeta(""), "the beta '' is not a number"},
+        {"BetaIsEmpty", WithBeta(""), "the beta (empty) is not a number"},
         {"BetaIsTooLarge", WithBeta("1e999"), "1e999"},
         {"BetaIsInfinite", WithBeta("INF"), "INF"},
         {"DfIsNoNumber",

@@ -69,13 +69,15 @@ TEST_F(Check, ListsFindingsWithTheirLineAndAMarkBelow)
     const std::string file = Write(ShortVersion());
     const Finished run = RunVelscore({"check", file});
     EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(run.out,
-              file +
-                  ":2:1: adapted: version \"4.4.1\" is read as \"4.4\" [short-version]\n"
-                  "     2 | <PMML xmlns=\"http://www.dmg.org/PMML-4_4\" version=\"4.4.1\">\n"
-                  "       | ^\n"
-                  "  at PMML\n" +
-                  file + ": OK, general linear model, target y; 1 adaptation\n");
+    EXPECT_EQ(
+        run.out,
+        file +
+            ":2:1: adapted: version \"4.4.1\" is read as \"4.4\" [short-version]\n"
+            "     2 | <PMML xmlns=\"http://www.dmg.org/PMML-4_4\" version=\"4.4.1\">\n"
+            "       | ^\n"
+            "  at PMML\n" +
+            file +
+            ": OK, general linear model, target y; 1 adaptation; --fix puts 1 of them right\n");
     EXPECT_EQ(RunVelscore({"check", Write(kSound)}).out,
               file + ": OK, general linear model, target y\n");
 }
@@ -164,11 +166,11 @@ TEST_F(Check, TellsMachinesEachFinding)
     const Json expected = Json::parse(R"({
         "rule": "misspelt-attribute", "code": null, "severity": "fault", "strict": false,
         "line": 34, "column": 7, "path": "PMML/GeneralRegressionModel/ParamMatrix/PCell[2]",
-        "element": "PCell", "attribute": "Beta", "near": "beta"})");
+        "element": "PCell", "attribute": "Beta", "near": "beta", "fixable": true})");
     for (const auto& item : expected.items()) EXPECT_EQ(findings[0][item.key()], item.value());
     // Every key is told in the documentation, and the other way round there are no more.
     const std::string page = ReadFile("docs/command.md");
-    EXPECT_EQ(findings[0].size(), 14u);
+    EXPECT_EQ(findings[0].size(), 15u);
     for (const auto& item : findings[0].items()) {
         EXPECT_TRUE(Has(page, "`" + item.key() + "`")) << item.key();
     }

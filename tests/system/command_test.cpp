@@ -192,6 +192,8 @@ TEST_F(Command, HelpExplainsACode)
     EXPECT_TRUE(Has(run.out, "what to do: ")) << run.out;
     EXPECT_EQ(RunVelscore({"help", "7"}).exitCode, 1);
     EXPECT_EQ(RunVelscore({"help", "seven"}).exitCode, 1);
+    EXPECT_TRUE(
+        Has(RunVelscore({"help", "unknown-paramter"}).err, "Did you mean 'unknown-parameter'?"));
     EXPECT_TRUE(Has(RunVelscore({"help"}).out, "269301"));
 }
 

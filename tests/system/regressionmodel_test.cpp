@@ -85,7 +85,9 @@ TEST(RegressionModel, WithinAMiningModelIsRefusedByTheMiningModelsName)
         "<PMML version='4.4'><Header/>\n<MiningModel><Segmentation><Segment><RegressionModel/>"
         "</Segment></Segmentation></MiningModel></PMML>");
     EXPECT_EQ(run.exitCode, 2);
-    EXPECT_TRUE(Has(run.out, "standard input:2:1: fault: the document holds a MiningModel;"))
+    EXPECT_TRUE(Has(run.out,
+                    "standard input:2:1: fault: the document holds a MiningModel of 1 "
+                    "RegressionModel segment;"))
         << run.out;
 }
 

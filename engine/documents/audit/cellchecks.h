@@ -38,6 +38,8 @@ void FindParametersWithoutCell(const DocumentFacts& facts, RuleReport& report);
 void FindOffsetsAsCovariates(const DocumentFacts& facts, RuleReport& report);
 void FindUnusedPredictors(const DocumentFacts& facts, RuleReport& report);
 void FindParametersWithoutBeta(const DocumentFacts& facts, RuleReport& report);
+/// The only beta of a category, which most likely belongs to another.
+void FindStrayBetas(const DocumentFacts& facts, RuleReport& report);
 void FindThresholdsWithoutBeta(const DocumentFacts& facts, RuleReport& report);
 
 }  // namespace MCVelscore_850

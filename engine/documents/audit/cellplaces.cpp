@@ -29,14 +29,17 @@ const std::string& NameOf(const NameIndex& names, uint32_t number)
 struct Spoken {
     std::string place;
     const std::string& attribute;
+    std::string advice{};  // beside that of the rule
 };
 
 Spoken SpokenDesign(const DocumentFacts& facts, uint32_t number)
 {
     const DocumentFacts::Design& cell = facts.designs[number];
+    const bool isFactor = facts.predictors[cell.predictor].isFactor;
     return {"parameter " + Quoted(facts.parameterNames.NameAt(cell.parameter)) + " and predictor " +
                 Quoted(facts.predictorNames.NameAt(cell.predictor)),
-            Tags::XML_ATT_PPC_VALUE};
+            Tags::XML_ATT_PPC_VALUE,
+            isFactor ? "" : " A square of a covariate is one cell with the value 2."};
 }
 
 Spoken SpokenEstimate(const DocumentFacts& facts, uint32_t number)
@@ -94,6 +97,7 @@ void TellRepeated(const DocumentFacts& facts, const Section& section, bool agree
             detail.found = detail.element.Text(spoken.attribute);
             detail.expected = Quoted(section.element(facts, cell.first).Text(spoken.attribute));
             detail.what = spoken.place;
+            detail.note = spoken.advice;
         }
         report(detail);
     }

@@ -6,7 +6,10 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include <fmt/format.h>
+
 #include "engine/documents/audit/documentaudit.h"
+#include "engine/documents/audit/nearnames.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/values/numbertext.h"
 
@@ -168,6 +171,53 @@ void RaggedMatrix(const DocumentFacts& facts, RuleReport& report)
     });
 }
 
+// The reader believes nbRows and takes each Array for a row, whatever the kind says.
+void MatrixOfOtherShape(const DocumentFacts& facts, RuleReport& report)
+{
+    ForEachFactor(facts, [&](const Contrasts& contrasts) {
+        if (!contrasts.matrix || contrasts.labelsRows) return;
+        const size_t rows = Entries(contrasts.matrix).size();
+        const auto declared = contrasts.matrix.Number(Tags::XML_ELE_MATRIX_NBROWS);
+        // Too few are told as the categories that have none.
+        const bool isWhole = rows >= CategoriesOfRows(contrasts).size();
+        if (declared && isWhole && *declared != static_cast<double>(rows)) {
+            report({.element = contrasts.matrix,
+                    .attribute = Tags::XML_ELE_MATRIX_NBROWS,
+                    .found = contrasts.matrix.Text(Tags::XML_ELE_MATRIX_NBROWS),
+                    .expected = fmt::format("{}", rows),
+                    .what = contrasts.predictor->name,
+                    .note = fmt::format("has {} rows", rows)});
+        }
+        const std::string kind = contrasts.matrix.Text("kind");
+        if (kind != "diagonal" && kind != "symmetric") return;
+        report({.element = contrasts.matrix,
+                .attribute = "kind",
+                .found = kind,
+                .expected = "any",
+                .what = contrasts.predictor->name,
+                .note = "is read row by row"});
+    });
+}
+
+// A category that the matrix lists and its closed field doesn't have.
+void UnknownContrastCategory(const DocumentFacts& facts, RuleReport& report)
+{
+    ForEachFactor(facts, [&](const Contrasts& contrasts) {
+        if (contrasts.field == nullptr || !contrasts.field->IsClosed()) return;
+        NearNames names(report);
+        for (const Element entry :
+             Entries(contrasts.labelsRows ? contrasts.matrix : contrasts.list)) {
+            const std::string category = entry.Text(Tags::XML_ATT_VALUE);
+            if (contrasts.field->HasCategory(category)) continue;
+            names.Tell({.element = entry,
+                        .attribute = Tags::XML_ATT_VALUE,
+                        .found = category,
+                        .what = contrasts.predictor->name},
+                       contrasts.field->categories);
+        }
+    });
+}
+
 // A binary model wants contrasts of every factor, a Cox model of every one or of none.
 void FactorWithoutContrasts(const DocumentFacts& facts, RuleReport& report)
 {
@@ -187,6 +237,16 @@ void FactorWithoutContrasts(const DocumentFacts& facts, RuleReport& report)
     }
 }
 
+bool ListsUnknownCategory(const Contrasts& contrasts)
+{
+    if (contrasts.field == nullptr || !contrasts.field->IsClosed()) return false;
+    const std::vector<Element> entries =
+        Entries(contrasts.labelsRows ? contrasts.matrix : contrasts.list);
+    return std::any_of(entries.begin(), entries.end(), [&](Element entry) {
+        return !contrasts.field->HasCategory(entry.Text(Tags::XML_ATT_VALUE));
+    });
+}
+
 // Counted by the reader are the rows that the matrix declares, not those that it has.
 void CategoryWithoutRow(const DocumentFacts& facts, RuleReport& report)
 {
@@ -203,6 +263,8 @@ void CategoryWithoutRow(const DocumentFacts& facts, RuleReport& report)
         }
         for (const std::string& category : categories) {
             if (!keys.insert(KeyOf(contrasts.field, category)).second) continue;
+            // It is most likely the one that is misspelt, which is told there.
+            if (ListsUnknownCategory(contrasts)) continue;
             report({.element = contrasts.matrix,
                     .found = category,
                     .what = contrasts.predictor->name});
@@ -274,33 +336,51 @@ constexpr bool kStrict = true;
 
 constexpr AuditRule kRules[] = {
     {{"contrast-type-without-matrix", Answer::Fault, kStrict,
+      "the type of a contrast matrix without the matrix",
       "factor {what} has {attribute} {found} and no Matrix",
       "Write the factor's contrast matrix, a row for each of its categories, or take {attribute} "
       "out."},
      TypeWithoutMatrix},
     {{"contrast-matrix-without-type", Answer::Fault, kStrict,
+      "a contrast matrix without its type, which would be passed over",
       "factor {what} has a contrast matrix and no {attribute}: the matrix would be passed over",
       "Write {attribute}, with the name of the contrasts."},
      MatrixWithoutType},
     {{"contrast-extension-not-read", Answer::Fault, kStrict,
+      "an extension of a contrast that isn't read in the family",
       "{element} {found} of factor {what} isn't read in a model that is read as {expected}",
       "Write the matrix in the published form, as Categories and Matrix with a "
       "contrastMatrixType."},
      ExtensionNotRead},
     {{"ragged-contrast-matrix", Answer::Fault, kStrict,
+      "a row of a contrast matrix that isn't as long as the others",
       "{element} {found} of factor {what} isn't a row of {expected} numbers",
       "Write as many numbers in each row as nbCols says."},
      RaggedMatrix},
+    {{"contrast-matrix-shape", Answer::Fault, kStrict,
+      "a contrast matrix of other rows than it declares, or of a kind that isn't read",
+      "{attribute} of the contrast matrix of factor {what} is {found}, and the matrix {note}",
+      "Write {attribute}=\"{expected}\", or correct the rows."},
+     MatrixOfOtherShape},
+    {{"unknown-contrast-category", Answer::Fault, kStrict,
+      "a category of a contrast matrix that the factor doesn't have",
+      "{element} {found} of the contrast matrix is no category of factor {what}, which has "
+      "{expected}{meant}",
+      "Write the category as the field lists it."},
+     UnknownContrastCategory},
     {{"factor-without-contrasts", Answer::Fault, kStrict,
+      "a factor without a contrast matrix where each has one",
       "factor {what} has no contrast matrix, which the model wants of each of its factors",
       "Write the factor's contrast matrix, for dummy variables one of 0 and 1; or, where no factor "
       "needs one, choose a family without contrasts."},
      FactorWithoutContrasts},
     {{"category-without-contrast-row", Answer::Fault, kStrict,
+      "a category without a row in its contrast matrix",
       "category {found} of factor {what} has no row in its contrast matrix",
       "Give the matrix a row for each category, in their order."},
      CategoryWithoutRow},
     {{"category-without-contrast-column", Answer::Fault, kStrict,
+      "a cell of a category to which no column belongs",
       "{element} names category {found} of factor {what}, which is none of the first {expected}, "
       "to "
       "which the columns of its contrast matrix belong",

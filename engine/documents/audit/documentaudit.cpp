@@ -40,15 +40,23 @@ DocumentAudit::DocumentAudit(const Document& document, std::span<const std::stri
 void DocumentAudit::LookAtNames()
 {
     sawNames_ = true;
-    LookAtVocabulary(document_.Root(), [this](const Rule& rule, const Detail& detail) {
-        findings_.Add(rule, AnswerOf(rule), detail);
-    });
+    const auto tell = [this](const Rule& rule, const Detail& detail) {
+        const Answer answer = AnswerOf(rule);
+        findings_.Add(rule, answer, detail);
+        if (answer == Answer::Fault && IsMisspeltName(rule) && !detail.attribute.empty()) {
+            misspelt_.emplace_back(detail.element, detail.nearWord);
+        }
+    };
+    LookAtVocabulary(document_.Root(), tell, &cells_);
 }
 
 void DocumentAudit::LookAtTree()
 {
     if (!sawNames_) LookAtNames();
-    facts_ = GatherFacts(document_);
+    facts_ = GatherFacts(document_, cells_);
+    for (const auto& [element, meant] : misspelt_) {
+        if (element == facts_.model) facts_.misspeltOptions.push_back(meant);
+    }
     for (const AuditRule* rule : AllAuditRules()) {
         if (rule->tree == nullptr) continue;
         RuleReport report(rule->rule, AnswerOf(rule->rule, rule->noticeInOlderForm), findings_);

@@ -5,8 +5,10 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "engine/documents/audit/covariancecells.h"
 #include "engine/documents/audit/documentfacts.h"
 #include "engine/documents/audit/finding.h"
 
@@ -39,9 +41,10 @@ std::span<const AuditRule> TransformationRules();
 std::span<const AuditRule> ExtensionRules();
 
 /// Walks over a document of either form and tells what isn't its vocabulary, under the rules of
-/// VocabularyRules() that have no check of their own.
+/// VocabularyRules() that have no check of their own. `cells`, if any, are read on the way.
 void LookAtVocabulary(Element root,
-                      const std::function<void(const Rule& rule, const Detail& detail)>& tell);
+                      const std::function<void(const Rule& rule, const Detail& detail)>& tell,
+                      CovarianceCells* cells = nullptr);
 
 /// True for the rules of names that are another one's misspelling.
 bool IsMisspeltName(const Rule& rule);
@@ -54,7 +57,8 @@ const Rule* FindAuditRule(std::string_view name);
 /// Looks for what a document may not pass over in silence: in its tree, and in the finished model.
 /// Takes time and memory that grow with the document's size alone.
 ///
-/// Order   LookAtNames(), which may be left out, LookAtTree(), LookAtModel().
+/// Order   LookAtNames(), which may be left out, LookAtTree(), LookAtModel(). TreeChanged() between
+///         the first two where anything but what elements and attributes are called was rewritten.
 /// Threads one thread at a time.
 class DocumentAudit {
 public:
@@ -65,6 +69,7 @@ public:
     /// The names of the tree, before the adapter adds what a misspelt one seems to leave out;
     /// prefixes and version are put right by then.
     void LookAtNames();
+    void TreeChanged() { cells_.Forget(); }
     /// All the rest of the tree once the adapter is done, and the names unless that was before.
     void LookAtTree();
     void LookAtModel(const ModelDescription& model);
@@ -76,6 +81,9 @@ private:
     std::vector<std::string> allowed_;
     Findings& findings_;
     DocumentFacts facts_;
+    CovarianceCells cells_;
+    /// Elements with a misspelt attribute, and the name that is meant.
+    std::vector<std::pair<Element, std::string>> misspelt_;
     bool sawNames_ = false;
 };
 

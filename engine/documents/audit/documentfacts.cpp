@@ -1,8 +1,9 @@
 #include "engine/documents/audit/documentfacts.h"
 
 #include <algorithm>
-#include <array>
 
+#include "engine/documents/audit/cellattributes.h"
+#include "engine/documents/audit/covariancecells.h"
 #include "engine/documents/audit/familyfacts.h"
 #include "engine/documents/documentloader.h"
 #include "engine/documents/treefields.h"
@@ -23,6 +24,7 @@ uint32_t NameIndex::Add(Element::RawText name)
     const auto number = static_cast<uint32_t>(names_.size());
     const auto place = numbers_.emplace(std::basic_string<XMLCh>(name), number).first;
     names_.push_back(Utf8FromXml(place->first.c_str()));
+    rawNames_.push_back(&place->first);
     return number;
 }
 
@@ -39,33 +41,6 @@ namespace {
 // The parameter that a linear regression appends where none is listed.
 const std::string kConstant = "(Constant)";
 
-// The names of some attributes as the tree holds them. All of a cell are found in one walk over
-// what it has: a document may have hundreds of thousands of cells.
-template <size_t N>
-class AttributeNames {
-public:
-    template <class... Names>
-    explicit AttributeNames(const Names&... names) : names_{XmlFromUtf8(names)...}
-    {}
-
-    // Their texts, in the order of the names; absent ones are empty.
-    std::array<Element::RawText, N> Of(Element element) const
-    {
-        std::array<Element::RawText, N> texts;
-        element.ForEachAttribute([&](Element::RawText name, Element::RawText text) {
-            for (size_t i = 0; i < N; ++i) {
-                if (name == names_[i]) texts[i] = text;
-            }
-        });
-        return texts;
-    }
-
-private:
-    std::array<std::basic_string<XMLCh>, N> names_;
-};
-template <class... Names>
-AttributeNames(const Names&...) -> AttributeNames<sizeof...(Names)>;
-
 std::string Utf8Of(Element::RawText text)
 {
     std::string narrow(text.size(), '\0');
@@ -74,22 +49,6 @@ std::string Utf8Of(Element::RawText text)
         narrow[i] = static_cast<char>(text[i]);
     }
     return narrow;
-}
-
-std::optional<double> NumberIn(Element::RawText text)
-{
-    std::array<char, 64> room;
-    double number = 0.0;
-    if (text.size() > room.size()) {
-        return ReadNumber(Utf8Of(text), number) == NumberText::Number ? std::optional(number)
-                                                                      : std::nullopt;
-    }
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] >= 0x80) return std::nullopt;
-        room[i] = static_cast<char>(text[i]);
-    }
-    const std::string_view narrow(room.data(), text.size());
-    return ReadNumber(narrow, number) == NumberText::Number ? std::optional(number) : std::nullopt;
 }
 
 // What the sections of a model are called.
@@ -103,11 +62,9 @@ struct Words {
     Section covariates;
     Section designs;
     Section estimates;
-    Section covariances;
-    AttributeNames<2> parameter;   // name, label
-    AttributeNames<4> design;      // parameter, predictor, value, target category
-    AttributeNames<4> estimate;    // parameter, target category, beta, df
-    AttributeNames<5> covariance;  // row, column, their categories, value
+    AttributeNames<2> parameter;  // name, label
+    AttributeNames<4> design;     // parameter, predictor, value, target category
+    AttributeNames<4> estimate;   // parameter, target category, beta, df
 };
 
 const Words& PublishedWords()
@@ -118,14 +75,11 @@ const Words& PublishedWords()
         {Tags::XML_ELE_COV_LIST, Tags::XML_ELE_PREDICTOR},
         {Tags::XML_ELE_PP_MATRIX, Tags::XML_ELE_PP_CELL},
         {Tags::XML_ELE_PARAM_MATRIX, Tags::XML_ELE_PCELL},
-        {Tags::XML_ELE_PCOV_MATRIX, Tags::XML_ELE_PCOV_CELL},
         AttributeNames(Tags::XML_ATT_PARAM_NAME, Tags::XML_ATT_PARAM_LABEL),
         AttributeNames(Tags::XML_ATT_PPC_PARAMNAME, Tags::XML_ATT_PPC_PREDNAME,
                        Tags::XML_ATT_PPC_VALUE, Tags::XML_ATT_PC_TARGET_CAT),
         AttributeNames(Tags::XML_ATT_PC_PARAMNAME, Tags::XML_ATT_PC_TARGET_CAT,
-                       Tags::XML_ATT_PC_BETA, Tags::XML_ATT_PC_DF),
-        AttributeNames(Tags::XML_ATT_PCC_PROW, Tags::XML_ATT_PCC_PCOL, Tags::XML_ATT_PCC_TROW,
-                       Tags::XML_ATT_PCC_TCol, Tags::XML_ATT_PCC_VALUE)};
+                       Tags::XML_ATT_PC_BETA, Tags::XML_ATT_PC_DF)};
     return kWords;
 }
 
@@ -140,14 +94,11 @@ const Words& OlderWords()
         {Old::XML_ELE_COV_LIST, Old::XML_ELE_PREDICTOR},
         {Old::XML_ELE_PP_MATRIX, Old::XML_ELE_PP_CELL},
         {Old::XML_ELE_P_TABLE, Old::XML_ELE_P_CELL},
-        {Old::XML_ELE_PCOV_MATRIX, Old::XML_ELE_PCOV_CELL},
         AttributeNames(Old::XML_ATT_NAME, kNone),
         AttributeNames(Old::XML_ATT_PARAMETER_NAME, Old::XML_ATT_PP_PREDICTOR, Old::XML_ATT_VALUE,
                        kNone),
         AttributeNames(Old::XML_ATT_PARAMETER_NAME, Old::XML_ATT_PC_TARGET_CAT,
-                       Old::XML_ATT_PC_BETA, Old::XML_ATT_PC_DF),
-        AttributeNames(Old::XML_ATT_PCOV_P_ROW, Old::XML_ATT_PCOV_P_COL, kNone, kNone,
-                       Old::XML_ATT_VALUE)};
+                       Old::XML_ATT_PC_BETA, Old::XML_ATT_PC_DF)};
     return kWords;
 }
 
@@ -179,7 +130,7 @@ public:
         facts_.version = root.Number(Tags::XML_ATT_VERSION).value_or(0.0);
     }
 
-    DocumentFacts Gather() &&
+    DocumentFacts Gather(CovarianceCells& cells) &&
     {
         facts_.older ? GatherOlderHead() : GatherHead();
         if (!facts_.model) return std::move(facts_);
@@ -188,7 +139,7 @@ public:
         GatherPredictors(words_.covariates, false);
         GatherDesigns();
         GatherEstimates();
-        GatherCovariances();
+        GatherCovariances(cells);
         facts_.repeatedDesigns = RepeatedDesigns(facts_);
         facts_.repeatedEstimates = RepeatedEstimates(facts_);
         facts_.repeatedCovariances = RepeatedCovariances(facts_);
@@ -280,8 +231,9 @@ private:
 
     void GatherParameters()
     {
+        AttributeReader reader(words_.parameter);
         for (const Element element : Of(words_.parameters)) {
-            const auto [name, label] = words_.parameter.Of(element);
+            const auto [name, label] = reader.Of(element);
             if (facts_.parameterNames.Add(name) < facts_.parameters.size()) continue;
             facts_.parameters.push_back({element, Utf8Of(name), Utf8Of(label)});
         }
@@ -309,8 +261,9 @@ private:
     void GatherDesigns()
     {
         facts_.hasDesign.assign(facts_.parameters.size(), false);
+        AttributeReader reader(words_.design);
         for (const Element element : Of(words_.designs)) {
-            const auto [parameter, predictor, value, category] = words_.design.Of(element);
+            const auto [parameter, predictor, value, category] = reader.Of(element);
             facts_.designs.push_back({element, facts_.parameterNames.Find(parameter),
                                       facts_.predictorNames.Find(predictor), Utf8Of(value),
                                       Utf8Of(category)});
@@ -321,25 +274,19 @@ private:
 
     void GatherEstimates()
     {
+        AttributeReader reader(words_.estimate);
         for (const Element element : Of(words_.estimates)) {
-            const auto [parameter, category, beta, df] = words_.estimate.Of(element);
+            const auto [parameter, category, beta, df] = reader.Of(element);
             facts_.estimates.push_back({element, facts_.parameterNames.Find(parameter),
                                         Utf8Of(category), NumberIn(beta), NumberIn(df)});
         }
     }
 
-    void GatherCovariances()
+    void GatherCovariances(CovarianceCells& cells)
     {
-        const auto category = [this](Element::RawText text) {
-            return text.empty() ? NameIndex::kNone : facts_.covarianceCategories.Add(text);
-        };
-        for (const Element element : Of(words_.covariances)) {
-            const auto [row, column, rowCategory, columnCategory, value] =
-                words_.covariance.Of(element);
-            facts_.covariances.push_back({element, facts_.parameterNames.Find(row),
-                                          facts_.parameterNames.Find(column), category(rowCategory),
-                                          category(columnCategory), NumberIn(value)});
-        }
+        if (!cells.AreRead()) cells.ReadAll(facts_.root);
+        facts_.covariances = cells.TakeCells(facts_.parameterNames);
+        facts_.covarianceCategories = cells.TakeCategories();
     }
 
     ElementRange Of(const Section& section) const
@@ -383,6 +330,9 @@ std::string DocumentFacts::OptionText(std::string_view name) const
     return {};
 }
 
-DocumentFacts GatherFacts(const Document& document) { return Gatherer(document.Root()).Gather(); }
+DocumentFacts GatherFacts(const Document& document, CovarianceCells& cells)
+{
+    return Gatherer(document.Root()).Gather(cells);
+}
 
 }  // namespace MCVelscore_850

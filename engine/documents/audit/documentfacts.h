@@ -15,6 +15,7 @@
 
 namespace MCVelscore_850 {
 
+class CovarianceCells;
 class Document;
 
 /// A list of names, each with its number from 0. A name that comes again keeps its first number.
@@ -23,12 +24,17 @@ class NameIndex {
 public:
     static constexpr uint32_t kNone = UINT32_MAX;
 
+    NameIndex() = default;
+    NameIndex(NameIndex&&) = default;
+    NameIndex& operator=(NameIndex&&) = default;
+
     /// The name's number, a new one when it wasn't there.
     uint32_t Add(Element::RawText name);
     uint32_t Find(Element::RawText name) const;
     uint32_t Find(std::string_view name) const;
     bool Has(std::string_view name) const { return Find(name) != kNone; }
     const std::string& NameAt(uint32_t number) const { return names_[number]; }
+    Element::RawText RawNameAt(uint32_t number) const { return *rawNames_[number]; }
     const std::vector<std::string>& Names() const { return names_; }
     size_t Size() const { return names_.size(); }
 
@@ -41,6 +47,7 @@ private:
         }
     };
     std::unordered_map<std::basic_string<XMLCh>, uint32_t, HashOfText, std::equal_to<>> numbers_;
+    std::vector<const std::basic_string<XMLCh>*> rawNames_;  // the keys of numbers_
     std::vector<std::string> names_;
 };
 
@@ -161,6 +168,8 @@ struct DocumentFacts {
     std::vector<Estimate> estimates;
     std::vector<Covariance> covariances;
     NameIndex covarianceCategories;
+    /// Attributes of the model whose names were told as misspelt, by the name that is meant.
+    std::vector<std::string> misspeltOptions;
     std::vector<Option> options;      ///< extensions, then attributes, in order
     std::vector<Baseline> baselines;  ///< of a Cox model, in the order in which they are read
     std::vector<BasePoint>
@@ -194,8 +203,9 @@ struct DocumentFacts {
 /// A key under which equal categories of the field meet; without a field the text itself.
 std::string KeyOf(const DocumentFacts::Field* field, const std::string& category);
 
-/// Reads the facts of a document's tree.
-DocumentFacts GatherFacts(const Document& document);
+/// Reads the facts of a document's tree. Its covariance cells are taken from `cells`, which reads
+/// them unless it has.
+DocumentFacts GatherFacts(const Document& document, CovarianceCells& cells);
 
 }  // namespace MCVelscore_850
 

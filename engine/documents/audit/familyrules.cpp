@@ -197,6 +197,11 @@ std::optional<Options> UnreadLinks(const DocumentFacts& facts)
 
 void ReportUnreadLink(const DocumentFacts& facts, RuleReport& report)
 {
+    // It is there, as the misspelt attribute that was told.
+    if (Among(facts.misspeltOptions, Tags::XML_ATT_LINKFUNCTION) ||
+        Among(facts.misspeltOptions, Tags::XML_ATT_RM_NAME_CUMULATIVELINK)) {
+        return;
+    }
     // An ordinal model of either family may say cumulativeLink: the adapter carries it over.
     report({.element = facts.model,
             .attribute = facts.IsAmong(kOrdinalFamilies) ? Tags::XML_ATT_RM_NAME_CUMULATIVELINK
@@ -346,7 +351,7 @@ void ReportUncounted(const DocumentFacts& facts, const Options& options, RuleRep
     for (const Option* option : options) {
         if (IsRead(facts, *option) || IsNeutral(*option)) continue;
         Detail detail = At(*option);
-        detail.expected = "it is read as " + FamilyName(facts);
+        detail.note = "it is read as " + FamilyName(facts);
         report(detail);
     }
 }
@@ -368,9 +373,9 @@ void TrialsNotCounted(const DocumentFacts& facts, RuleReport& report)
     for (const Option* option : trials) {
         Detail detail = At(*option);
         if (Classifies(facts)) {
-            detail.expected = "it predicts one of two categories";
+            detail.note = "it predicts one of two categories";
         } else if (isOther) {
-            detail.expected = "its distribution is \"" + distribution->value + "\"";
+            detail.note = "its distribution is \"" + distribution->value + "\"";
         } else {
             continue;
         }
@@ -409,8 +414,9 @@ void VariableWithoutNumbers(const DocumentFacts& facts, RuleReport& report)
         const uint32_t number = facts.fieldNames.Find(Word(option->value));
         if (number == NameIndex::kNone) continue;
         Detail detail = At(*option);
-        detail.expected = WhyNoNumbers(facts, facts.fields[number]);
-        if (!detail.expected.empty()) report(detail);
+        detail.expected = "a field of numbers";
+        detail.note = WhyNoNumbers(facts, facts.fields[number]);
+        if (!detail.note.empty()) report(detail);
     }
 }
 
@@ -465,8 +471,8 @@ void UnusedLinkParameter(const DocumentFacts& facts, RuleReport& report)
     if (isGeneralized && TakesParameter(link, DistributionOf(facts))) return;
     for (const Option* option : Written(facts, {"linkParameter"})) {
         Detail detail = At(*option);
-        detail.expected = isGeneralized ? "the link \"" + link->value + "\" has none"
-                                        : "the model is read as " + FamilyName(facts);
+        detail.note = isGeneralized ? "the link \"" + link->value + "\" has none"
+                                    : "the model is read as " + FamilyName(facts);
         report(detail);
     }
 }
@@ -598,103 +604,119 @@ void EmptyOptions(const DocumentFacts& facts, RuleReport& report)
 
 constexpr AuditRule kRules[] = {
     {{"missing-link", Answer::Fault, kStrict,
+      "a generalized linear model without its link, or an ordinal one whose link stands where it "
+      "isn't read",
       "{element} has no {attribute}, and nothing else tells the link of the {what}",
       "Write the {attribute} that the model was fitted with: {expected}."},
      MissingLink},
     {{"unnamed-link", Answer::Notice, kStrict,
+      "an ordinal model that names no link: it is read with logit",
       "{element} has no {attribute}: {what} without one is read with the link \"logit\"",
       "Write the {attribute} that the model was fitted with: {expected}."},
      UnnamedLink},
     {{"link-of-another-family", Answer::Fault, kStrict,
+      "a link that the family, as which the model is read, doesn't have",
       "{attribute} {found} isn't one of {what}, as which the model is read; its links: {expected}",
       "Correct the link; or, if it is right, modelType and algorithmName, which choose how the "
       "model is read."},
      LinkOfAnotherFamily},
-    {{"contradicting-links", Answer::Fault, kStrict,
+    {{"contradicting-links", Answer::Fault, kStrict, "two links that contradict each other",
       "{what} {found} contradicts {expected}, which is the one that counts",
       "Leave the link that the model was fitted with, and take the other out."},
      ContradictingLinks},
     {{"link-against-distribution", Answer::Fault, kStrict,
+      "a link that doesn't go with the distribution",
       "the link {found} doesn't go with the distribution \"{what}\"",
       "Correct the link or the distribution: links of probabilities go with binomial, "
       "the link negbin with negbin alone."},
      LinkAgainstDistribution},
     {{"missing-distribution", Answer::Fault, kStrict,
+      "no distribution where trials or categories depend on it",
       "{element} has no {attribute}, on which {what} depends",
       "Write distribution=\"binomial\", if that is what the model was fitted with."},
      MissingDistribution},
     {{"distribution-of-another-family", Answer::Fault, kStrict,
+      "a distribution that the family doesn't have",
       "the distribution {found} isn't one of {what}, as which the model is read; its "
       "distributions: {expected}",
       "Correct the distribution; or, if it is right, modelType and algorithmName, which choose "
       "how the model is read."},
      DistributionOfAnotherFamily},
     {{"distribution-of-categories", Answer::Fault, kStrict,
+      "a distribution of numbers where one of two categories is predicted",
       "the distribution {found} is one of numbers, and the model predicts one of two categories",
       "Write distribution=\"binomial\", or functionName=\"regression\" for a target of numbers."},
      DistributionOfCategories},
-    {{"offset-not-counted", Answer::Fault, kStrict,
-      "{what} is {found}, and the model doesn't count it: {expected}",
+    {{"offset-not-counted", Answer::Fault, kStrict, "an offset in a family that doesn't count it",
+      "{what} is {found}, and the model doesn't count it: {note}",
       "Make the offset a covariate with a beta of 1, or correct what chooses how the model is "
       "read."},
      OffsetNotCounted},
-    {{"trials-not-counted", Answer::Fault, kStrict,
-      "{what} is {found}, and the model doesn't count trials: {expected}",
+    {{"trials-not-counted", Answer::Fault, kStrict, "trials where they don't count",
+      "{what} is {found}, and the model doesn't count trials: {note}",
       "Trials belong to a generalized linear model of numbers with distribution=\"binomial\"; "
       "take them out, or correct what says otherwise."},
      TrialsNotCounted},
-    {{"trials-below-one", Answer::Fault, kStrict, "{what} is {found}, and trials are 1 or more",
+    {{"trials-below-one", Answer::Fault, kStrict, "trials below 1",
+      "{what} is {found}, and trials are 1 or more",
       "Write the number of trials behind each prediction, a whole number."},
      TrialsBelowOne},
     {{"text-variable", Answer::Fault, kStrict,
-      "{what} {found} is {expected}, and has to be a variable of numbers",
+      "an offset, trials or end time of a field that holds no numbers",
+      "{what} {found} is {note}, and has to be a variable of numbers",
       "Name the field that holds the number, or correct how the field is declared."},
      VariableWithoutNumbers},
     {{"contradicting-options", Answer::Fault, kStrict,
+      "two ways to tell one option, of which one alone can count",
       "{what} {found} stands beside {expected}, and one of them alone can count",
       "Leave the one that the model was fitted with, and take the other out."},
      ContradictingOptions},
     {{"empty-option", Answer::Notice, kStrict,
+      "an offset, trials or a reference category whose name is empty; it counts as absent",
       "{attribute} of {element} is empty, which counts as absent",
       "Name the field or the category, or take the attribute out."},
      EmptyOptions},
-    {{"unused-link-parameter", Answer::Notice, kStrict, "{what} {found} isn't used: {expected}",
-      "Take it out, or correct the link that it belongs to."},
+    {{"unused-link-parameter", Answer::Notice, kStrict, "a parameter for a link that has none",
+      "{what} {found} isn't used: {note}", "Take it out, or correct the link that it belongs to."},
      UnusedLinkParameter},
     {{"unknown-reference-category", Answer::Fault, kStrict,
+      "a reference category that the target doesn't have",
       "{attribute} {found} is none of the categories of {what}: {expected}{meant}",
       "Name one of the target's categories as it is written there."},
      UnknownReferenceCategory},
-    {{"cutoff-out-of-range", Answer::Fault, kStrict,
+    {{"cutoff-out-of-range", Answer::Fault, kStrict, "a cut-off that is no probability",
       "the cut-off {found} is no probability above 0 and up to 1",
       "Write the probability that the category of targetReferenceCategory has to exceed."},
      CutoffOutOfRange},
-    {{"cutoff-not-counted", Answer::Fault, kStrict,
-      "{what} is {found}, and the model doesn't count it: {expected}",
+    {{"cutoff-not-counted", Answer::Fault, kStrict, "a cut-off in a family that has none",
+      "{what} is {found}, and the model doesn't count it: {note}",
       "Take the cut-off out and apply it to the probabilities; contrastLogistic models alone "
       "have one."},
      CutoffNotCounted},
-    {{"cutoff-without-category", Answer::Fault, kStrict,
+    {{"cutoff-without-category", Answer::Fault, kStrict, "a cut-off for no category",
       "the cut-off {found} is for no category: there is no targetReferenceCategory, or it is older "
       "than version 4.0",
       "Name the category in targetReferenceCategory, in a document of version 4.0 or later."},
      CutoffWithoutCategory},
     {{"cutoff-category-spelling", Answer::Fault, kStrict,
+      "a cut-off for a category that the target spells otherwise",
       "the cut-off {found} is for a category that the target spells otherwise: {expected}",
       "Write targetReferenceCategory as the target's category is written."},
      nullptr,
      CutoffOfOtherSpelling},
     {{"falling-thresholds", Answer::Fault, kStrict,
+      "thresholds of an ordinal model that don't ascend",
       "the threshold {found} of category \"{what}\" isn't above that of the category before, "
       "\"{expected}\"",
       "Correct the thresholds, which rise from category to category, or the order of the "
       "target's values."},
      nullptr,
      FallingThresholds},
-    {{"negative-degrees-of-freedom", Answer::Fault, kStrict, "{what} is {found}, below 0",
-      "Write the degrees of freedom of the fit."},
+    {{"negative-degrees-of-freedom", Answer::Fault, kStrict, "degrees of freedom below 0",
+      "{what} is {found}, below 0", "Write the degrees of freedom of the fit."},
      NegativeDegreesOfFreedom},
     {{"missing-degrees-of-freedom", Answer::Notice, kNotStrict,
+      "covariances of a linear model without modelDF: there are no confidence limits",
       "{element} has covariances and no {attribute}: its predictions have no confidence limits",
       "Write the residual degrees of freedom as {attribute}, if limits are wanted."},
      MissingDegreesOfFreedom},

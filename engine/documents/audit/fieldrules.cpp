@@ -9,6 +9,7 @@
 #include "engine/documents/audit/documentaudit.h"
 #include "engine/documents/audit/fieldvalues.h"
 #include "engine/documents/names.h"
+#include "engine/documents/vocabulary.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/documents/zeltmodeltags.h"
 #include "host/values/numbertext.h"
@@ -82,12 +83,11 @@ void CheckProperties(const DocumentFacts& facts, RuleReport& report)
             const std::string property = PropertyOf(value);
             const auto [first, isNew] = properties.emplace(ValueKey(field, text), property);
             if (isNew || first->second == property) continue;
-            report({value,
-                    Tags::XML_ATT_VALUE,
-                    text,
-                    property + " and, before, " + first->second,
-                    {},
-                    field.name});
+            report({.element = value,
+                    .attribute = Tags::XML_ATT_VALUE,
+                    .found = text,
+                    .what = field.name,
+                    .note = property + " and, before, " + first->second});
         }
     }
 }
@@ -155,14 +155,24 @@ bool TreatsOutliers(Element field)
            outliers == Tags::XML_VAL_MININGFIELD_OUTLIERS_ASEXTREME;
 }
 
-void CheckTurnedLimits(const DocumentFacts& facts, RuleReport& report)
+void TellTurnedLimits(const DocumentFacts& facts, bool areUsed, RuleReport& report)
 {
     for (const Element field : MiningFields(facts)) {
         const auto low = field.Number(kLow);
         const auto high = field.Number(kHigh);
-        if (!TreatsOutliers(field) || !low || !high || *low <= *high) continue;
+        if (TreatsOutliers(field) != areUsed || !low || !high || *low <= *high) continue;
         report({field, kLow, field.Text(kLow), field.Text(kHigh), {}, NameOf(field)});
     }
+}
+
+void CheckTurnedLimits(const DocumentFacts& facts, RuleReport& report)
+{
+    TellTurnedLimits(facts, true, report);
+}
+
+void CheckUnusedLimits(const DocumentFacts& facts, RuleReport& report)
+{
+    TellTurnedLimits(facts, false, report);
 }
 
 void CheckMissingLimits(const DocumentFacts& facts, RuleReport& report)
@@ -213,6 +223,8 @@ void CheckUsage(const DocumentFacts& facts, RuleReport& report)
     for (const Element field : MiningFields(facts)) {
         const std::string usage = field.Text(Tags::XML_ATT_MININGFIELD_USAGETYPE);
         if (usage.empty() || usage == Tags::XML_ATT_MF_FUT_ACTIVE) continue;
+        // Another word than the standard's is told as such.
+        if (!IsOneOf(usage, WordsOf(field.Tag(), Tags::XML_ATT_MININGFIELD_USAGETYPE))) continue;
         if (facts.predictorNames.Find(field.Raw(Tags::XML_ATT_MININGFIELD_NAME)) ==
             NameIndex::kNone) {
             continue;
@@ -242,54 +254,65 @@ void CheckRepeatedFields(const DocumentFacts& facts, RuleReport& report)
 constexpr bool kStrict = true;
 
 constexpr AuditRule kRules[] = {
-    {{"repeated-value", Answer::Fault, kStrict,
+    {{"repeated-value", Answer::Fault, kStrict, "a Value that stands twice in its field",
       "{element} {found} of the field \"{what}\" stands twice",
       "Remove one of the two, or correct it to the value that was meant."},
      CheckRepeatedValues},
-    {{"value-of-two-properties", Answer::Fault, kStrict,
-      "Value {found} of the field \"{what}\" is {expected}",
+    {{"value-of-two-properties", Answer::Fault, kStrict, "a Value that is valid and is not",
+      "Value {found} of the field \"{what}\" is {note}",
       "Keep the Value whose property is meant, and remove the other."},
      CheckProperties},
     {{"boolean-value", Answer::Fault, kStrict,
+      "a Value of a boolean field that is neither true nor false",
       "Value {found} of the boolean field \"{what}\" is neither true nor false",
       "Write true or false (also T or F, 1 or 0), or give the field the dataType string."},
      CheckTruths},
-    {{"empty-interval", Answer::Fault, kStrict,
+    {{"empty-interval", Answer::Fault, kStrict, "an Interval that holds no value",
       "Interval {found} of the field \"{what}\" holds no value",
       "Swap leftMargin and rightMargin, or correct them."},
      CheckEmptyIntervals},
-    {{"overlapping-intervals", Answer::Fault, kStrict,
+    {{"overlapping-intervals", Answer::Fault, kStrict, "Intervals that overlap",
       "Interval {found} of the field \"{what}\" overlaps with {expected}",
       "Correct the margins, or make one Interval of the two."},
      CheckOverlaps},
-    {{"repeated-field", Answer::Fault, kStrict,
+    {{"repeated-field", Answer::Fault, kStrict, "a MiningField that stands twice and differs",
       "MiningField {found} stands twice, with different attributes",
       "Keep the MiningField that is meant, and remove the other."},
      CheckRepeatedFields},
     {{"inactive-predictor", Answer::Fault, kStrict,
+      "a predictor whose usageType says that it is none",
       "{attribute} {found} of the field \"{what}\" says that it is no predictor, and the model "
       "has it as one",
       "Write usageType=\"{expected}\", or take the predictor out of the model."},
      CheckUsage},
-    {{"turned-limits", Answer::Fault, kStrict,
+    {{"turned-limits", Answer::Fault, kStrict, "a lowValue above the highValue",
       "lowValue {found} of the field \"{what}\" lies above its highValue \"{expected}\"",
       "Swap the two limits, or correct them."},
      CheckTurnedLimits},
+    {{"unused-turned-limits", Answer::Notice, kStrict,
+      "a lowValue above the highValue where no outliers are treated",
+      "lowValue {found} of the field \"{what}\" lies above its highValue \"{expected}\"; neither "
+      "counts, since no outliers are treated",
+      "Swap the two limits or remove them."},
+     CheckUnusedLimits},
     {{"outliers-without-limits", Answer::Notice, kStrict,
+      "outliers are treated, and no limit says what is one",
       "outliers {found} of the field \"{what}\" has neither lowValue nor highValue: no value is an "
       "outlier",
       "Give the field its limits, or remove the attribute."},
      CheckMissingLimits},
-    {{"no-invalid-replacement", Answer::Fault, kStrict,
+    {{"no-invalid-replacement", Answer::Fault, kStrict, "asValue without its value",
       "invalidValueTreatment \"asValue\" of the field \"{what}\" has no invalidValueReplacement",
       "Give the field an invalidValueReplacement, or another invalidValueTreatment."},
      CheckReplacements},
     {{"unused-replacement", Answer::Notice, kStrict,
+      "a value for invalid ones where asValue isn't there",
       "invalidValueReplacement {found} of the field \"{what}\" is of no use: its "
       "invalidValueTreatment isn't \"asValue\"",
       "Write invalidValueTreatment=\"asValue\", or remove the replacement."},
      CheckUnusedReplacements},
     {{"no-missing-replacement", Answer::Notice, !kStrict,
+      "a treatment of missing values without a replacement",
       "missingValueTreatment {found} of the field \"{what}\" has no missingValueReplacement: "
       "missing values stay missing",
       "Give the field the missingValueReplacement that the treatment found."},

@@ -22,14 +22,14 @@ std::string Meant(const std::string& nearWord)
                             : fmt::format("; did you mean \"{}\"?", ShortText(nearWord));
 }
 
-std::string Filled(std::string_view pattern, const Finding& finding, const std::string& what)
+std::string Filled(std::string_view pattern, const Finding& finding, const Detail& detail)
 {
-    return fmt::format(fmt::runtime(pattern), fmt::arg("element", finding.element),
-                       fmt::arg("attribute", ShortText(finding.attribute)),
-                       fmt::arg("found", Quoted(finding.found)),
-                       fmt::arg("expected", finding.expected),
-                       fmt::arg("near", ShortText(finding.nearWord)),
-                       fmt::arg("meant", Meant(finding.nearWord)), fmt::arg("what", what));
+    return fmt::format(
+        fmt::runtime(pattern), fmt::arg("element", finding.element),
+        fmt::arg("attribute", ShortText(finding.attribute)),
+        fmt::arg("found", Quoted(finding.found)), fmt::arg("expected", finding.expected),
+        fmt::arg("near", ShortText(finding.nearWord)), fmt::arg("meant", Meant(finding.nearWord)),
+        fmt::arg("what", detail.what), fmt::arg("note", detail.note));
 }
 
 }  // namespace
@@ -65,10 +65,12 @@ void Findings::Add(const Rule& rule, Answer answer, const Detail& detail)
     finding.element = detail.element.Tag();
     finding.attribute = detail.attribute;
     finding.found = detail.found;
+    finding.hasFound = !detail.found.empty() || detail.element.Has(detail.attribute);
     finding.expected = detail.expected;
     finding.nearWord = detail.nearWord;
-    finding.text = Filled(rule.text, finding, detail.what);
-    finding.remedy = Filled(rule.remedy, finding, detail.what);
+    finding.text = Filled(rule.text, finding, detail);
+    finding.remedy = Filled(rule.remedy, finding, detail);
+    finding.canBeFixed = detail.mend.action != Mend::Action::None;
     kept_.push_back(std::move(finding));
 }
 
@@ -82,6 +84,7 @@ void Findings::AddAdapted(const Rule& rule, const DocumentPlace& place, const st
     finding.place = place;
     finding.text = change;
     finding.remedy = rule.remedy;
+    finding.canBeFixed = rule.answer == Answer::Adapted;
     kept_.push_back(std::move(finding));
 }
 
@@ -106,6 +109,12 @@ size_t Findings::CountOf(Answer answer) const
         if (count.answer == answer) number += count.number;
     }
     return number;
+}
+
+size_t Findings::FixableCount() const
+{
+    return static_cast<size_t>(std::count_if(
+        kept_.begin(), kept_.end(), [](const Finding& finding) { return finding.canBeFixed; }));
 }
 
 std::vector<Findings::Unkept> Findings::NotKept() const

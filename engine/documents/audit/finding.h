@@ -27,9 +27,12 @@ struct Rule {
     Answer answer;
     /// Whether a notice or an adaptation of this rule counts where strictness is asked for.
     bool strict;
+    /// What is told by it, for who asks for the rule itself.
+    std::string_view about;
     /// The finding in one line without its place. {element}, {attribute}, {found} (quoted, or the
     /// word "empty"), {expected}, {near} and {what} stand for what the check tells; {meant} for
-    /// '; did you mean "near"?', or nothing where no word is near.
+    /// '; did you mean "near"?', or nothing where no word is near; {note} for what is said of this
+    /// finding alone, a reason or a part of the remedy.
     std::string_view text;
     /// What to do, in whole sentences, with the same words in braces.
     std::string_view remedy;
@@ -57,6 +60,7 @@ struct Detail {
     std::string expected{};
     std::string nearWord{};
     std::string what{};
+    std::string note{};
     Mend mend{};
 };
 
@@ -76,10 +80,12 @@ struct Finding {
     std::string element;  ///< its tag
     std::string attribute;
     std::string found;
+    bool hasFound = false;  ///< an attribute or a content is there, though it may be empty
     std::string expected;
     std::string nearWord;
     std::string text;
     std::string remedy;
+    bool canBeFixed = false;  ///< check --fix writes the document put right
 
     bool CountsWhenStrict() const { return rule->strict; }
     /// 'line 2, column 1: version "4.4.1" is read as "4.4" [short-version]'
@@ -104,6 +110,8 @@ public:
     size_t CountOf(std::string_view rule) const;
     /// Of an answer, those that weren't kept among them.
     size_t CountOf(Answer answer) const;
+    /// Of those that are kept.
+    size_t FixableCount() const;
     /// Notices and adaptations that count where strictness is asked for.
     size_t StrictCount() const;
     /// How many findings of a rule weren't kept, for each rule of which there are such.

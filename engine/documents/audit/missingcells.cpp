@@ -1,6 +1,7 @@
 // What no cell says: parameters and predictors that are listed and nowhere used.
 
 #include <algorithm>
+#include <map>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -275,6 +276,48 @@ std::vector<bool> EstimatedFactors(const DocumentFacts& facts,
     return estimated;
 }
 
+// The levels of a factor that have no beta of their own: one is the reference, of several some beta
+// is missing.
+class ReferenceLevels {
+public:
+    ReferenceLevels(const DocumentFacts& facts, const std::vector<Estimated>& estimates)
+        : factorOf_(facts.parameters.size(), kNone), without_(facts.predictors.size(), 0)
+    {
+        std::vector<size_t> cells(facts.parameters.size(), 0);
+        for (const DocumentFacts::Design& cell : facts.designs) {
+            if (cell.parameter == kNone || cell.predictor == kNone) continue;
+            const bool isOnlyOne = ++cells[cell.parameter] == 1;
+            const bool isLevel = isOnlyOne && facts.predictors[cell.predictor].isFactor;
+            factorOf_[cell.parameter] = isLevel ? cell.predictor : kNone;
+        }
+        // Levels that the field lists and no parameter has count too.
+        for (size_t i = 0; i < without_.size(); ++i) {
+            const Field* field = facts.FieldOf(facts.predictors[i]);
+            if (field != nullptr) without_[i] = field->categories.size();
+        }
+        for (size_t p = 0; p < factorOf_.size(); ++p) {
+            if (factorOf_[p] == kNone) continue;
+            const Field* field = facts.FieldOf(facts.predictors[factorOf_[p]]);
+            size_t& without = without_[factorOf_[p]];
+            if (field == nullptr || !field->IsClosed()) {
+                if (estimates[p].cells == 0) ++without;
+            } else if (estimates[p].cells > 0 && without > 0) {
+                --without;
+            }
+        }
+    }
+
+    // True for a parameter of one level alone whose factor has several such levels.
+    bool AreSeveral(uint32_t parameter) const
+    {
+        return factorOf_[parameter] != kNone && without_[factorOf_[parameter]] > 1;
+    }
+
+private:
+    std::vector<uint32_t> factorOf_;  // of a parameter that is one level of one factor
+    std::vector<size_t> without_;     // by predictor
+};
+
 // In a multinomial model, the categories for which a parameter has no beta while it has one for
 // others; a category whose betas are all 0 is the reference.
 class Gaps {
@@ -435,7 +478,10 @@ void FindUnusedPredictors(const DocumentFacts& facts, RuleReport& report)
         report({.element = facts.predictors[i].element,
                 .attribute = Tags::XML_ATT_PRED_NAME,
                 .found = facts.predictors[i].name,
-                .what = KindOf(facts.predictors[i])});
+                .what = KindOf(facts.predictors[i]),
+                .note = facts.older ? ""
+                                    : " Should it be an offset, name it as offsetVariable of "
+                                      "the model."});
     }
 }
 
@@ -449,13 +495,15 @@ void FindParametersWithoutBeta(const DocumentFacts& facts, RuleReport& report)
         if (cell.parameter == kNone || cell.predictor == kNone) continue;
         if (factors[cell.predictor]) isLevel[cell.parameter] = true;
     }
+    const ReferenceLevels references(facts, estimates);
     const Gaps gaps(facts);
     size_t told = 0;
     for (uint32_t i = 0; i < facts.parameters.size(); ++i) {
         const Parameter& parameter = facts.parameters[i];
         if (parameter.implied || estimates[i].isAliased) continue;
         const bool hasNone = estimates[i].cells == 0;
-        if (hasNone ? isLevel[i] || facts.IsOrdinal() : !gaps.Has(i)) continue;
+        const bool mayLackIt = facts.IsOrdinal() || (isLevel[i] && !references.AreSeveral(i));
+        if (hasNone ? mayLackIt : !gaps.Has(i)) continue;
         Detail detail{.element = parameter.element,
                       .attribute = Tags::XML_ATT_PARAM_NAME,
                       .found = parameter.name};
@@ -463,6 +511,41 @@ void FindParametersWithoutBeta(const DocumentFacts& facts, RuleReport& report)
             detail.what = " for category " + Listed(gaps.Of(i));
         }
         report(detail);
+    }
+}
+
+// Betas of 0 may be left out, all but the constant's: a category with that one alone is as it
+// should be, unless another one lacks just it.
+void FindStrayBetas(const DocumentFacts& facts, RuleReport& report)
+{
+    // Where the reference category is named, its betas are told as such.
+    if (!facts.IsMultinomial() || facts.target == nullptr ||
+        !facts.OptionText(Tags::XML_ATT_TARGETREFCATEGORY).empty()) {
+        return;
+    }
+    std::map<std::string, std::vector<const DocumentFacts::Estimate*>> byCategory;
+    for (const DocumentFacts::Estimate& cell : facts.estimates) {
+        if (cell.parameter == kNone || !facts.target->HasCategory(cell.targetCategory)) continue;
+        byCategory[CategoryKey(facts.target->dataType, cell.targetCategory)].push_back(&cell);
+    }
+    size_t most = 0;
+    for (const auto& [category, cells] : byCategory) most = std::max(most, cells.size());
+    const auto lacks = [](const auto& cells, uint32_t parameter) {
+        return std::none_of(cells.begin(), cells.end(),
+                            [&](const auto* cell) { return cell->parameter == parameter; });
+    };
+    for (const auto& [category, cells] : byCategory) {
+        const DocumentFacts::Estimate& only = *cells.front();
+        if (cells.size() != 1 || most < 2 || !only.beta || *only.beta == 0.0) continue;
+        const bool isMissedElsewhere =
+            std::any_of(byCategory.begin(), byCategory.end(), [&](const auto& other) {
+                return other.second.size() > 1 && lacks(other.second, only.parameter);
+            });
+        if (!facts.HasDesign(only.parameter) && !isMissedElsewhere) continue;
+        report({.element = only.element,
+                .attribute = Tags::XML_ATT_PC_TARGET_CAT,
+                .found = only.targetCategory,
+                .what = Quoted(facts.parameters[only.parameter].name)});
     }
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <unordered_map>
 #include <utility>
 
@@ -56,6 +57,24 @@ std::vector<RepeatedCell> RepeatedAmong(std::vector<Place> places, Agree agree)
         repeated.begin(), repeated.end(),
         [](const RepeatedCell& one, const RepeatedCell& other) { return one.again < other.again; });
     return repeated;
+}
+
+// True where each place lies behind the one before, as in a triangle that is written row by row:
+// none comes again, and there is nothing to sort.
+template <class PlaceOf>
+bool AreInOrder(size_t count, PlaceOf placeOf)
+{
+    std::optional<Place> before;
+    for (size_t i = 0; i < count; ++i) {
+        const std::optional<Place> place = placeOf(i);
+        if (!place) continue;
+        if (before &&
+            std::tie(before->row, before->column) >= std::tie(place->row, place->column)) {
+            return false;
+        }
+        before = place;
+    }
+    return true;
 }
 
 // What is no number is told elsewhere.
@@ -116,15 +135,19 @@ std::vector<RepeatedCell> RepeatedCovariances(const DocumentFacts& facts)
 {
     const auto& cells = facts.covariances;
     const bool byCategory = facts.IsMultinomial() || facts.IsOrdinal();
+    const auto placeOf = [&](size_t number) -> std::optional<Place> {
+        const DocumentFacts::Covariance& cell = cells[number];
+        if (cell.row == kNone || cell.column == kNone) return std::nullopt;
+        const uint64_t row = Pair(cell.row, byCategory ? cell.rowCategory : kNone);
+        const uint64_t column = Pair(cell.column, byCategory ? cell.columnCategory : kNone);
+        return Place{std::max(row, column), std::min(row, column), static_cast<uint32_t>(number),
+                     row < column};
+    };
+    if (AreInOrder(cells.size(), placeOf)) return {};
     std::vector<Place> places;
     places.reserve(cells.size());
     for (size_t i = 0; i < cells.size(); ++i) {
-        const DocumentFacts::Covariance& cell = cells[i];
-        if (cell.row == kNone || cell.column == kNone) continue;
-        const uint64_t row = Pair(cell.row, byCategory ? cell.rowCategory : kNone);
-        const uint64_t column = Pair(cell.column, byCategory ? cell.columnCategory : kNone);
-        places.push_back(
-            {std::max(row, column), std::min(row, column), static_cast<uint32_t>(i), row < column});
+        if (const auto place = placeOf(i)) places.push_back(*place);
     }
     return RepeatedAmong(std::move(places), [&](uint32_t one, uint32_t other) {
         return Agree(cells[one].value, cells[other].value);

@@ -334,6 +334,25 @@ std::vector<FieldInterval> BinsOf(const Sources& sources, const Place& place)
     return bins;
 }
 
+// A text is in no bin and on no line, even one that spells a number.
+void CheckTextsAsNumbers(const DocumentFacts& facts, RuleReport& report)
+{
+    if (!HasExpressions(facts)) return;
+    const Sources sources(facts);
+    ForEachExpression(facts, [&](const Place& place) {
+        if (!place.element.Is("Discretize") && !place.element.Is("NormContinuous")) return;
+        const std::string field = place.element.Text(kField);
+        const std::string type = sources.TypeOf(place, field);
+        if (type != "string" && type != "boolean") return;
+        report({.element = place.element,
+                .attribute = kField,
+                .found = field,
+                .expected = "a field of numbers",
+                .what = place.owner,
+                .note = type});
+    });
+}
+
 void CheckEmptyBins(const DocumentFacts& facts, RuleReport& report)
 {
     if (!HasExpressions(facts)) return;
@@ -380,35 +399,45 @@ constexpr bool kStrict = true;
 
 constexpr AuditRule kRules[] = {
     {{"unlisted-value", Answer::Fault, kStrict,
+      "NormDiscrete, MapValues or the like of a value that the field never has",
       "{found} is looked for in the field \"{what}\", which never has it{meant}",
       "Write the value as the field has it ({expected}), or list it in the field."},
      CheckMisspeltValues},
     {{"constant-comparison", Answer::Notice, kStrict,
+      "a comparison with a value that the field never has",
       "the field \"{what}\" is compared with {found}, which it never has: the outcome is always "
       "the "
       "same",
       "Compare with a value that the field has ({expected}), or list the value in the field."},
      CheckConstants},
     {{"unused-value", Answer::Notice, !kStrict,
+      "a row of a table for a value that the field never has",
       "{found} is looked for in the field \"{what}\", which never has it",
       "Nothing needs to be done, unless the field should list the value."},
      CheckValuesOfNoUse},
     {{"cell-without-number", Answer::Fault, kStrict,
+      "a cell of a table that is no number, for a field of numbers",
       "a cell of MapValues holds {found}, and the field \"{what}\" holds numbers",
       "Write a number, or remove the row."},
      CheckCellTypes},
     {{"contradicting-rows", Answer::Fault, kStrict,
+      "two rows of a table for the same cells that differ",
       "row of {what} maps to {found}, and a row before it to {expected}",
       "Remove the row that isn't meant."},
      CheckRows},
-    {{"empty-bin", Answer::Fault, kStrict, "bin {found} of \"{what}\" holds no value",
+    {{"text-as-number", Answer::Fault, kStrict, "a field of texts in Discretize or NormContinuous",
+      "{element} of \"{what}\" reads the field {found} as a number; its dataType is {note}",
+      "Name a field of numbers, correct the field's dataType, or use MapValues."},
+     CheckTextsAsNumbers},
+    {{"empty-bin", Answer::Fault, kStrict, "a bin that holds no value",
+      "bin {found} of \"{what}\" holds no value",
       "Swap leftMargin and rightMargin, or correct them."},
      CheckEmptyBins},
-    {{"overlapping-bins", Answer::Fault, kStrict,
+    {{"overlapping-bins", Answer::Fault, kStrict, "bins that overlap and differ",
       "bin {found} of \"{what}\" overlaps with {expected}, and their values differ",
       "Correct the margins, so that every number falls into one bin."},
      CheckOverlappingBins},
-    {{"touching-bins", Answer::Notice, kStrict,
+    {{"touching-bins", Answer::Notice, kStrict, "bins that share the number between them",
       "bins {expected} and {found} of \"{what}\" share the number between them, which goes to the "
       "first of them in the document",
       "Make one of the two open at that end (closure)."},

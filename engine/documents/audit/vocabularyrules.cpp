@@ -39,60 +39,114 @@ constexpr bool kStrict = true;
 constexpr bool kLenient = false;
 
 constexpr Rule kForeignNamespace = {
-    "foreign-namespace", Answer::Fault, kStrict,
+    "foreign-namespace",
+    Answer::Fault,
+    kStrict,
+    "the root stands in a namespace that isn't PMML's",
     "the root stands in the namespace {found}, which isn't PMML's",
     "Declare the namespace of PMML on the root, such as \"http://www.dmg.org/PMML-4_4\", if the "
     "document is PMML."};
-constexpr Rule kUnknownVersion = {
-    "unknown-version", Answer::Fault, kStrict,
-    "version {found} of {element} is none of the standard's, {expected}",
-    "Write the version that the document follows."};
-constexpr Rule kMisspeltAttribute = {"misspelt-attribute", Answer::Fault, kStrict,
+constexpr Rule kUnknownVersion = {"unknown-version",
+                                  Answer::Fault,
+                                  kStrict,
+                                  "a version that isn't one of the standard's",
+                                  "version {found} of {element} is none that is read: {expected}",
+                                  "Write the version that the document follows."};
+constexpr Rule kOtherNamespaceVersion = {
+    "version-against-namespace",
+    Answer::Notice,
+    kStrict,
+    "a version that isn't that of the root's namespace",
+    "version {found} of {element} isn't that of its namespace, {expected}, and the version counts",
+    "Write the version that the document follows in both places."};
+constexpr Rule kMisspeltAttribute = {"misspelt-attribute",
+                                     Answer::Fault,
+                                     kStrict,
+                                     "an attribute that comes near to one on which scores depend",
                                      "{element} has no attribute \"{attribute}\"{meant}",
                                      "Write \"{near}\", or take the attribute out."};
-constexpr Rule kMisspeltElement = {"misspelt-element", Answer::Fault, kStrict,
+constexpr Rule kMisspeltElement = {"misspelt-element",
+                                   Answer::Fault,
+                                   kStrict,
+                                   "an element that comes near to one on which scores depend",
                                    "{what} has no element \"{element}\"{meant}",
                                    "Write \"{near}\", or take the element out."};
 constexpr Rule kUnknownAttribute = {
-    "unknown-attribute", Answer::Notice, kStrict,
+    "unknown-attribute",
+    Answer::Notice,
+    kStrict,
+    "any other attribute that its element doesn't have; it is passed over",
     "{element} has no attribute \"{attribute}\", which is passed over{meant}",
-    "Take it out, or write what is the exporter's own in an Extension."};
+    "Take it out{note}."};
 constexpr Rule kUnknownElement = {
-    "unknown-element", Answer::Notice, kStrict,
+    "unknown-element",
+    Answer::Notice,
+    kStrict,
+    "any other element that its parent doesn't have; it is passed over",
     "{what} has no element \"{element}\", which is passed over{meant}",
-    "Take it out, or write what is the exporter's own in an Extension."};
-constexpr Rule kMisplacedElement = {"misplaced-element", Answer::Fault, kStrict,
+    "Take it out{note}."};
+constexpr Rule kMisplacedElement = {"misplaced-element",
+                                    Answer::Fault,
+                                    kStrict,
+                                    "an element where it isn't read",
                                     "{element} isn't read in {what}: it belongs in {expected}",
                                     "Move the element to where it belongs, or take it out."};
 constexpr Rule kUnknownWord = {
-    "unknown-word", Answer::Fault, kStrict,
+    "unknown-word",
+    Answer::Fault,
+    kStrict,
+    "a word that isn't in its attribute's list, upper and lower case apart",
     "{attribute} of {element} is {found}, which is none of its words{meant}",
     "Write one of {expected}."};
-constexpr Rule kOddWord = {"odd-word", Answer::Notice, kLenient,
+constexpr Rule kOddWord = {"odd-word",
+                           Answer::Notice,
+                           kLenient,
+                           "the same in an attribute on which nothing depends",
                            "{attribute} of {element} is {found}, which is none of its words{meant}",
                            "Write one of {expected}, or take the attribute out."};
-constexpr Rule kEmptyWord = {"empty-word", Answer::Notice, kStrict,
+constexpr Rule kEmptyWord = {"empty-word",
+                             Answer::Notice,
+                             kStrict,
+                             "an empty word where a list has others; it counts as absent",
                              "{attribute} of {element} is empty, which counts as absent",
                              "Write one of {expected}, or take the attribute out."};
 constexpr Rule kFractionOfInteger = {
-    "fraction-of-integer", Answer::Fault, kStrict,
+    "fraction-of-integer",
+    Answer::Fault,
+    kStrict,
+    "a Constant of the dataType integer that is no whole number",
     "{element} has the dataType \"integer\" and is {found}, which is no whole number",
     "Write a whole number, or the dataType \"double\"."};
-constexpr Rule kRepeatedElement = {"repeated-element", Answer::Fault, kStrict,
+constexpr Rule kRepeatedElement = {"repeated-element",
+                                   Answer::Fault,
+                                   kStrict,
+                                   "an element that stands a second time where one is read",
                                    "{element} stands a second time in {what}",
                                    "Leave the one that is meant."};
-constexpr Rule kRepeatedName = {"repeated-name", Answer::Notice, kStrict,
+constexpr Rule kRepeatedName = {"repeated-name",
+                                Answer::Notice,
+                                kStrict,
+                                "a second element of that kind of which the first counts",
                                 "{element} stands a second time in {what}, and the first counts",
                                 "Leave the one that is meant."};
-constexpr Rule kSecondModel = {"second-model", Answer::Fault, kStrict,
+constexpr Rule kSecondModel = {"second-model",
+                               Answer::Fault,
+                               kStrict,
+                               "a second model beside the first",
                                "{element} is a second model beside {what}",
                                "Leave the model that is to be scored."};
-constexpr Rule kNotScorable = {"not-scorable", Answer::Fault, kStrict,
+constexpr Rule kNotScorable = {"not-scorable",
+                               Answer::Fault,
+                               kStrict,
+                               "isScorable says no as 0",
                                "{attribute} of {element} is {found}: the model isn't meant to be "
                                "scored",
                                "Ask for a document whose model is."};
 constexpr Rule kLaterVersion = {
-    "later-version", Answer::Notice, kLenient,
+    "later-version",
+    Answer::Notice,
+    kLenient,
+    "an element or attribute of a later version than the document's",
     "{what} came with version {expected} of the standard, and the document is of version {found}",
     "Write the version that the document follows."};
 
@@ -105,10 +159,23 @@ void CheckScorable(const DocumentFacts& facts, RuleReport& report)
 }
 
 constexpr AuditRule kRules[] = {
-    {kForeignNamespace}, {kUnknownVersion}, {kMisspeltAttribute},          {kMisspeltElement},
-    {kUnknownAttribute}, {kUnknownElement}, {kMisplacedElement},           {kUnknownWord},
-    {kOddWord},          {kEmptyWord},      {kFractionOfInteger},          {kRepeatedElement},
-    {kRepeatedName},     {kSecondModel},    {kNotScorable, CheckScorable}, {kLaterVersion},
+    {kForeignNamespace},
+    {kUnknownVersion},
+    {kOtherNamespaceVersion},
+    {kMisspeltAttribute},
+    {kMisspeltElement},
+    {kUnknownAttribute},
+    {kUnknownElement},
+    {kMisplacedElement},
+    {kUnknownWord},
+    {kOddWord},
+    {kEmptyWord},
+    {kFractionOfInteger},
+    {kRepeatedElement},
+    {kRepeatedName},
+    {kSecondModel},
+    {kNotScorable, CheckScorable},
+    {kLaterVersion},
 };
 
 // An attribute of a name that isn't the vocabulary's but may stand anywhere.
@@ -167,18 +234,23 @@ class VocabularyWalk {
 public:
     using Tell = std::function<void(const Rule& rule, const Detail& detail)>;
 
-    VocabularyWalk(Element root, bool older, const Tell& tell)
+    VocabularyWalk(Element root, bool older, const Tell& tell, CovarianceCells* cells)
         : root_(root),
           version_(root.Number(Tags::XML_ATT_VERSION).value_or(0.0)),
           isOlder_(older),
           hasVersion_(!older && IsKnownVersion(version_)),
           words_(Vocabulary(older)),
-          tell_(tell)
-    {}
+          tell_(tell),
+          cells_(cells)
+    {
+        if (cells_ == nullptr) return;
+        cells_->Watch(root);
+        watched_ = cells_->List();
+    }
 
     void LookAtRoot()
     {
-        if (!isOlder_) LookAtVersion();
+        isOlder_ ? LookAtOlderVersion() : LookAtVersion();
         LookAt(root_, KnownOf(*WordOf(root_.Tag())));
     }
 
@@ -237,12 +309,36 @@ private:
         const std::string text = root_.Text(Tags::XML_ATT_VERSION);
         double version = 0.0;
         // The reader refuses what is no number.
-        if (ReadNumber(text, version) != NumberText::Number || IsKnownVersion(version)) return;
+        if (ReadNumber(text, version) != NumberText::Number) return;
+        if (IsKnownVersion(version)) return LookAtNamespaceVersion(version, text);
         tell_(kUnknownVersion,
               {.element = root_,
                .attribute = Tags::XML_ATT_VERSION,
                .found = text,
                .expected = fmt::format("{:.1f} to {:.1f}", kFirstVersion, kLastVersion)});
+    }
+
+    void LookAtNamespaceVersion(double version, const std::string& text)
+    {
+        const std::string named = VersionInNamespace(root_.Text("xmlns"));
+        double number = 0.0;
+        // Exact: both are the nearest double of the same decimals.
+        if (ReadNumber(named, number) != NumberText::Number || number == version) return;
+        tell_(kOtherNamespaceVersion, {.element = root_,
+                                       .attribute = Tags::XML_ATT_VERSION,
+                                       .found = text,
+                                       .expected = named});
+    }
+
+    // It may be left out.
+    void LookAtOlderVersion()
+    {
+        const std::string text = root_.Text(Tags::XML_ATT_VERSION);
+        if (text.empty() || text.substr(0, text.find('.')) == kOlderVersion) return;
+        tell_(kUnknownVersion, {.element = root_,
+                                .attribute = Tags::XML_ATT_VERSION,
+                                .found = text,
+                                .expected = fmt::format("{0}.0, or another {0}.x", kOlderVersion)});
     }
 
     // The guard bounds the depth, and with it this recursion.
@@ -332,6 +428,7 @@ private:
                .attribute = std::move(name),
                .found = std::move(text),
                .nearWord = near == nullptr ? std::string() : std::string(near->name),
+               .note = OwnWords(),
                .mend = near == nullptr ? Mend() : meaning.mend});
     }
 
@@ -403,6 +500,7 @@ private:
             TellLater(child, {}, child.Tag(), meaning.known->word->since);
         }
         LookAt(child, *meaning.known);
+        if (parent == watched_) cells_->Read(child);
     }
 
     bool IsExtension(const ChildName& meaning) const
@@ -436,6 +534,7 @@ private:
               {.element = child,
                .nearWord = near == nullptr ? std::string() : std::string(near->tag),
                .what = parent.Tag(),
+               .note = OwnWords(),
                .mend = near == nullptr ? Mend() : meaning.mend});
     }
 
@@ -455,7 +554,16 @@ private:
             }
         }
         tell_(word.effect == Effect::None ? kUnknownElement : kMisplacedElement,
-              {.element = child, .expected = Listed(homes), .what = parent.Tag()});
+              {.element = child,
+               .expected = Listed(homes),
+               .what = parent.Tag(),
+               .note = OwnWords()});
+    }
+
+    // Where an exporter may write what is its own: the older form has no such place.
+    std::string OwnWords() const
+    {
+        return isOlder_ ? "" : ", or write what is the exporter's own in an Extension";
     }
 
     void Count(Element parent, Element child, const ChildWord& row, const ChildName& meaning,
@@ -512,6 +620,8 @@ private:
     const bool hasVersion_;
     const std::vector<const ElementWord*> words_;
     const Tell& tell_;
+    CovarianceCells* const cells_;
+    Element watched_;  // whose children are read on the way
     std::unordered_map<const ElementWord*, Known> known_;
 };
 
@@ -536,7 +646,8 @@ bool IsMisspeltName(const Rule& rule)
 }
 
 void LookAtVocabulary(Element root,
-                      const std::function<void(const Rule& rule, const Detail& detail)>& tell)
+                      const std::function<void(const Rule& rule, const Detail& detail)>& tell,
+                      CovarianceCells* cells)
 {
     const bool older = root.Is(ZELTModelTags::XML_ELE_ZELTML);
     if (!older && IsPmmlRoot(root)) {
@@ -545,7 +656,7 @@ void LookAtVocabulary(Element root,
         }
     }
     if (older || root.Is(Tags::XML_ELE_PMML)) {
-        VocabularyWalk(root, older, tell).LookAtRoot();
+        VocabularyWalk(root, older, tell, cells).LookAtRoot();
     }
 }
 

@@ -113,7 +113,7 @@ class Document:
         for tag in self.all("MiningField"):
             if tag["usageType"] in ("target", "predicted"):
                 return tag["name"]
-        return self.model["targetVariableName"]
+        return self.model["targetVariableName"] if self.model else None
 
     def has_extension(self):
         return bool(self.all("Extension"))
@@ -1005,12 +1005,141 @@ def older_two_betas(document):
 
 
 @kind(2)
+def older_version(document):
+    if not document.older:
+        return None
+    return fault(set_attribute(document.root, "version", "2.0"), "unknown-version", document.root)
+
+
+@kind(3)
+def version_of_another_namespace(document):
+    if document.older or document.root["version"] != "4.4" or not document.root["xmlns"].endswith("4_4"):
+        return None
+    return notice(set_attribute(document.root, "version", "4.3"), "version-against-namespace", document.root)
+
+
+@kind(3)
+def function_of_another_model(document):
+    if document.older or not document.model["functionName"]:
+        return None
+    return fault(set_attribute(document.model, "functionName", "clustering"), "unknown-word", document.model)
+
+
+@kind(3)
+def rows_of_a_contrast_matrix(document):
+    tag = middle([t for t in document.all("Matrix") if t["kind"]])
+    return tag and fault(set_attribute(tag, "kind", "symmetric"), "contrast-matrix-shape", tag)
+
+
+@kind(3)
+def category_of_a_contrast_matrix(document):
+    tag = middle([t for t in document.all("Category") if document.within(document.field(t.parent.parent["name"]), "Value")])
+    return tag and fault(set_attribute(tag, "value", tag["value"] + "s"), "unknown-contrast-category", tag)
+
+
+@kind(2)
 def older_cell_of_no_parameter(document):
     tag = middle(document.all("p-cell"))
     if not document.older or not tag:
         return None
     edits = insert_after(document, tag, '<p-cell parameter-name="of another model" beta="1"/>')
     return notice(edits, "unknown-parameter", At(edits[0], "<p-cell"))
+
+
+# --- RegressionModel documents ---
+
+MISSPELT_REGRESSION_ATTRIBUTES = [
+    ("RegressionModel", "normalizationMethod", "normalizationmethod"),
+    ("RegressionModel", "functionName", "functionname"), ("RegressionModel", "targetFieldName", "targetField_Name"),
+    ("RegressionTable", "intercept", "Intercept"), ("RegressionTable", "targetCategory", "targetcategory"),
+    ("NumericPredictor", "name", "Name"), ("NumericPredictor", "exponent", "exponnet"),
+    ("NumericPredictor", "coefficient", "coeficient"), ("CategoricalPredictor", "name", "nmae"),
+    ("CategoricalPredictor", "value", "Value"), ("CategoricalPredictor", "coefficient", "Coefficient"),
+    ("PredictorTerm", "coefficient", "coefficent"), ("FieldRef", "field", "feild"), ("MiningField", "usageType", "usagetype"),
+    ("DataField", "dataType", "datatype"), ("Value", "value", "valeu"),
+]
+MISSPELT_REGRESSION_ELEMENTS = [
+    ("RegressionTable", "Regressiontable"), ("NumericPredictor", "NumericPredicter"),
+    ("CategoricalPredictor", "CategoricPredictor"), ("PredictorTerm", "PredictorTerms"),
+    ("MiningSchema", "Miningschema"), ("MiningField", "MinigField"), ("LocalTransformations", "LocalTransformation"),
+]
+TERMS = ("NumericPredictor", "CategoricalPredictor", "PredictorTerm")
+# Codes of the translation: no finite number, a field that nothing declares, a table of no category, two
+# tables of one, an attribute that isn't there.
+NOT_FINITE, UNKNOWN_FIELD, UNKNOWN_CATEGORY, TABLE_TWICE, ABSENT = 269178, 269179, 269174, 269175, 260115
+
+
+def regression_faults():
+    for element, attribute, spelling in MISSPELT_REGRESSION_ATTRIBUTES:
+
+        def misspell(document, element=element, attribute=attribute, spelling=spelling):
+            tag = middle([t for t in document.all(element) if attribute in t.attributes])
+            return tag and fault(rename_attribute(tag, attribute, spelling), "misspelt-attribute", tag)
+
+        yield f"regression-attribute-{element}-{attribute}", 2, misspell
+    for element, spelling in MISSPELT_REGRESSION_ELEMENTS:
+
+        def rename(document, element=element, spelling=spelling):
+            tag = middle(document.all(element))
+            return tag and fault(rename_element(tag, spelling), "misspelt-element", tag)
+
+        yield f"regression-element-{element}", 2, rename
+    for attribute, word in (("normalizationMethod", "Softmax"), ("functionName", "clustering"), ("functionName", "Regression")):
+
+        def other_word(document, attribute=attribute, word=word):
+            tag = document.one("RegressionModel")
+            return fault(set_attribute(tag, attribute, word), "unknown-word", tag)
+
+        yield f"regression-word-{attribute}-{word}", 2, other_word
+
+    def of_term(make, *elements):
+        return lambda document: (tag := middle(document.all(*(elements or TERMS)))) and make(document, tag)
+
+    def second_term(document, tag):
+        terms = [(t.parent.begin, t["name"], t["value"], t["exponent"]) for t in document.all(*TERMS) if t["name"]]
+        if len(terms) != len(set(terms)):
+            return None  # the first one is told
+        edits = insert_after(document, tag, f'<NumericPredictor name="{tag["name"]}" '
+                             f'exponent="{tag["exponent"] or "1"}" coefficient="0"/>')
+        return notice(edits, "repeated-term", At(edits[0], "<NumericPredictor"))
+
+    def second_table(document, tag):
+        if not tag["targetCategory"]:
+            return None
+        edits = insert_after(document, tag, f'<RegressionTable intercept="1" targetCategory="{tag["targetCategory"]}"/>')
+        return refused(edits, TABLE_TWICE, At(edits[0], "<RegressionTable"))
+
+    def unlisted_table(document, tag):
+        if not tag["targetCategory"] or not document.all("Value"):
+            return None
+        target = document.field(document.target() or "")
+        if not target or not document.within(target, "Value"):
+            return None
+        return refused(set_attribute(tag, "targetCategory", "of another model"), UNKNOWN_CATEGORY, tag)
+
+    yield "regression-coefficient-no-number", 3, of_term(
+        lambda document, tag: refused(set_attribute(tag, "coefficient", "1,5"), NOT_FINITE, tag))
+    yield "regression-coefficient-infinite", 2, of_term(
+        lambda document, tag: refused(set_attribute(tag, "coefficient", "INF"), NOT_FINITE, tag))
+    yield "regression-coefficient-absent", 2, of_term(
+        lambda document, tag: refused(drop_attribute(tag, "coefficient"), ABSENT, tag))
+    yield "regression-exponent-no-number", 2, of_term(
+        lambda document, tag: refused(set_attribute(tag, "exponent", "two"), NOT_FINITE, tag), "NumericPredictor")
+    yield "regression-intercept-no-number", 2, of_term(
+        lambda document, tag: refused(set_attribute(tag, "intercept", "none"), NOT_FINITE, tag), "RegressionTable")
+    yield "regression-unknown-field", 3, of_term(
+        lambda document, tag: refused(set_attribute(tag, "name", "of another model"), UNKNOWN_FIELD, tag),
+        "NumericPredictor", "CategoricalPredictor")
+    yield "regression-table-twice", 2, of_term(second_table, "RegressionTable")
+    yield "regression-table-of-no-category", 2, of_term(unlisted_table, "RegressionTable")
+    yield "regression-repeated-term", 3, of_term(second_term, "NumericPredictor")
+    yield "regression-unknown-attribute", 3, of_term(
+        lambda document, tag: notice(set_attribute(tag, "weighting", "3"), "unknown-attribute", tag))
+    yield "regression-attribute-of-another-maker", 3, of_term(
+        lambda document, tag: sound(set_attribute(tag, "x-weight", "3")))
+    yield "regression-second-model", 2, of_term(
+        lambda document, tag: (edits := insert_after(document, tag, "<TreeModel/>")) and
+        fault(edits, "second-model", At(edits[0], "<TreeModel")), "RegressionModel")
 
 
 def place_of(text, offset):
@@ -1050,13 +1179,15 @@ def spread(items, most):
 def main():
     paths = sorted(DATA.glob("cases/*/model.pmml")) + sorted(DATA.glob("published/*.pmml"))
     documents = [document for path in paths if (document := Document(path)).model]  # prefixed ones apart
+    regressions = [Document(path) for path in sorted(DATA.glob("regression/*/model.pmml"))]
     kinds = [*KINDS]
     for more in (misspelt_attributes, misspelt_elements, unknown_words, foreign_extensions, repeated_elements,
                  unknown_names, older_attributes, older_elements):
         kinds.extend(more())
     lines = []
-    for name, most, make in kinds:
-        made = [(document, fault) for document in documents if (fault := make(document))]
+    kinds = [(documents, *each) for each in kinds] + [(regressions, *each) for each in regression_faults()]
+    for bases, name, most, make in kinds:
+        made = [(document, fault) for document in bases if (fault := make(document))]
         for document, each in spread(made, most):
             text, moved = edited(document.text, each.edits)
             row = {
