@@ -8,6 +8,7 @@
 #              ThreadSanitizer
 #   kills      200 runs ended by signals, full disks and closed pipes, at random moments, and gone on with
 #   tidy       clang-tidy over every source
+#   cases      the R models of tests/data/cases fitted and written anew, and compared with what is kept
 #   root       README.md's commands, ./test among them, on the committed tree in a new Debian root that
 #              debootstrap makes (needs root)
 #
@@ -58,6 +59,13 @@ stage_kills() {
 
 stage_tidy() { scripts/lint.sh --all; }
 
+stage_cases() (
+    scripts/ensure-packages.sh .ci/release-packages.txt || exit 1
+    made=$(mktemp -d)
+    trap 'rm -rf "$made"' EXIT
+    Rscript tests/data/generator/generate.R "$made" && tests/data/generator/compare.py "$made"
+)
+
 # The new root takes this machine's package sources, so it gets packages from where they come here.
 stage_root() (
     scripts/ensure-packages.sh .ci/release-packages.txt || exit 1
@@ -85,7 +93,7 @@ stage_root() (
             /opt/velscore/bin/velscore score "$examples/model.pmml" "$examples/cases.csv"'
 )
 
-stages=(clang equality threads kills tidy root)
+stages=(clang equality threads kills tidy cases root)
 [ $# -gt 0 ] || set -- "${stages[@]}"
 failed=()
 for stage in "$@"; do
