@@ -98,7 +98,8 @@ void Measure(const std::string& folder, Measured& measured)
             continue;  // a category, even when it is a number
         const std::vector<std::string> found = scores.Texts(column);
         const std::vector<std::string> wanted = expected.Texts(column);
-        if (found.size() != wanted.size()) throw std::runtime_error(folder + ": no " + column);
+        if (found.size() != wanted.size())
+            throw std::runtime_error((folder + ": no ").append(column));
         for (size_t row = 0; row < wanted.size(); ++row) {
             if (!IsNumber(wanted[row])) continue;  // there is no such number
             double& largest = measured.errors.try_emplace(column, 0.0).first->second;

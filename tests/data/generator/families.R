@@ -57,8 +57,8 @@ linear_expected <- function(fit, rows) {
 }
 
 # `scored` are the rows as the model sees them, where that differs from `rows`.
-linear_case <- function(fit, data, rows = rows_of(data, inputs), scored = with_replacements(rows, special), integers = character(), special = list(),
-                        general = FALSE, constant = "first", cells = TRUE, aliased = NULL,
+linear_case <- function(fit, data, rows = rows_of(data, inputs), scored = with_replacements(rows, special),
+                        integers = character(), special = list(), general = FALSE, constant = "first", cells = TRUE, aliased = NULL,
                         description = if (general) "General linear model" else "Linear regression") {
   inputs <- inputs_of(fit)
   target <- all.vars(formula(fit))[1]
@@ -113,8 +113,8 @@ binary_expected <- function(share, levels, cutoff = 0.5) {
 
 # `link` is what the document says of distribution and link; `options` are further attributes of the model.
 generalized_case <- function(fit, data, distribution, link, target = all.vars(formula(fit))[1], inputs = inputs_of(fit),
-                             rows = rows_of(data, inputs), scored = with_replacements(rows, special), integers = character(), special = list(),
-                             link_parameter = NULL, offset = NULL, trials = NULL, trials_value = NULL,
+                             rows = rows_of(data, inputs), scored = with_replacements(rows, special),
+                             integers = character(), special = list(), link_parameter = NULL, offset = NULL, trials = NULL, trials_value = NULL,
                              dist_parameter = NULL, selector = "modelName", type = "generalizedLinear", version = "4.4",
                              verification = NULL, classes = NULL, description = "Generalized linear model") {
   parameters <- counted(design_parameters(fit))
@@ -291,7 +291,8 @@ baseline_of <- function(fit, reference, events_alone) {
   # data, which the fit remembers; here only the curve at 0 counts.
   curve <- suppressWarnings(survfit(fit, se.fit = FALSE))
   zero <- suppressWarnings(basehaz(fit, centered = FALSE)$hazard)
-  stratum <- if (is.null(curve$strata)) rep("", length(curve$time)) else rep(sub("^.*=", "", names(curve$strata)), curve$strata)
+  stratum <- if (is.null(curve$strata)) rep("", length(curve$time)) else
+    rep(sub("^.*=", "", names(curve$strata)), curve$strata)
   table <- data.frame(stratum, time = curve$time, events = curve$n.event,
                       hazard = zero * exp(sum(reference * coef(fit))))
   lapply(split(table, factor(stratum, unique(stratum))), function(one) {
@@ -338,8 +339,8 @@ old_cox_extensions <- function(end, parameters, baseline) {
 # `centred` writes the means of the design's columns as reference points; `event_field` is the status as the document
 # calls it, `scoring` a fit of the same model in another coding.
 cox_case <- function(fit, data, times, event_field, centred = TRUE, coding = list(), strata = NULL, aliased = NULL,
-                     integers = character(), special = list(), rows = NULL, short = FALSE, events_alone = FALSE, version = "4.4",
-                     scoring = fit, description = "Cox regression") {
+                     integers = character(), special = list(), rows = NULL, short = FALSE, events_alone = FALSE,
+                     version = "4.4", scoring = fit, description = "Cox regression") {
   parameters <- design_parameters(fit, NULL, coding)
   own <- if (short) "b%d" else "P%07d"
   parameters <- with_names(parameters, sprintf(own, seq_along(parameters)))
@@ -379,5 +380,6 @@ cox_case <- function(fit, data, times, event_field, centred = TRUE, coding = lis
 # The document stays as it is kept: it is the exporter's. Its model is fitted here once more, and the expected numbers
 # are R's for that fit.
 published_case <- function(folder, rows, expected) {
-  list(document = readLines(file.path(kept, folder, "model.pmml"), encoding = "UTF-8"), table = rows, expected = expected)
+  list(document = readLines(file.path(kept, folder, "model.pmml"), encoding = "UTF-8"), table = rows,
+       expected = expected)
 }

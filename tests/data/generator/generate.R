@@ -12,7 +12,8 @@ suppressPackageStartupMessages({
   library(nnet)
   library(survival)
 })
-for (part in c("document", "design", "families", "data")) source(file.path(here, paste0(part, ".R")), encoding = "UTF-8")
+for (part in c("document", "design", "families", "data"))
+  source(file.path(here, paste0(part, ".R")), encoding = "UTF-8")
 
 # A model's description is a function that answers its three files; the fits of the others cost nothing until
 # they are asked for.

@@ -26,7 +26,8 @@ add_case("ordinal-cloglog-survey", function() {
   ordinal_case(fit_ordinal(Exer ~ Sex + Age + Pulse, data, "cloglog"), data, "cloglog")
 })
 
-ozone <- transform(na.omit(airquality), level = cut(Ozone, c(-Inf, 20, 50, Inf), c("low", "middle", "high"), ordered_result = TRUE))
+ozone <- transform(na.omit(airquality),
+                   level = cut(Ozone, c(-Inf, 20, 50, Inf), c("low", "middle", "high"), ordered_result = TRUE))
 add_case("ordinal-probit-airquality", function() {
   ordinal_case(fit_ordinal(level ~ Temp + Wind, ozone, "probit"), ozone, "probit")
 })

@@ -5,14 +5,16 @@ add_published <- function(folder, fit, data, inputs = inputs_of, classes = NULL,
     model <- fit(data)
     rows <- rows_of(data, columns(model), differ_in = inputs(model))
     means <- predict(model, rows, type = "response")
-    published_case(folder, rows, if (is.null(classes)) data.frame(prediction = means) else binary_expected(means, classes))
+    expected <- if (is.null(classes)) data.frame(prediction = means) else binary_expected(means, classes)
+    published_case(folder, rows, expected)
   })
 }
 
 add_published("glz-gamma-log-cars-public", function(data) glm(dist ~ speed, Gamma("log"), data), cars)
 add_published("glz-normal-identity-cats-public", function(data) glm(Hwt ~ Sex * Bwt, gaussian, data), MASS::cats)
 add_published("glz-poisson-warpbreaks-public", function(data) glm(breaks ~ wool * tension, poisson, data), warpbreaks)
-add_published("glz-poisson-sqrt-quine", function(data) glm(Days ~ Eth + Sex + Age + Lrn, poisson("sqrt"), data), MASS::quine)
+add_published("glz-poisson-sqrt-quine", function(data) glm(Days ~ Eth + Sex + Age + Lrn, poisson("sqrt"), data),
+              MASS::quine)
 add_published("glz-probit-pima", function(data) glm(type ~ npreg + glu + bmi + ped, binomial("probit"), data),
               MASS::Pima.tr, classes = c("No", "Yes"))
 
@@ -32,7 +34,8 @@ for (folder in c("xform-functions-mtcars", "xform-functions-mtcars-glm")) {
 
 for (folder in c("xform-zscore-minmax-iris", "xform-zscore-minmax-iris-glm")) {
   add_published(folder, function(data) {
-    glm(Petal.Length ~ standardised(Sepal.Length, iris$Sepal.Length) + I((Petal.Width - 0.1) / 2.4) + Species, gaussian, data)
+    glm(Petal.Length ~ standardised(Sepal.Length, iris$Sepal.Length) + I((Petal.Width - 0.1) / 2.4) + Species,
+        gaussian, data)
   }, iris, function(fit) c("Sepal.Length", "Petal.Width", "Species"))
 }
 
