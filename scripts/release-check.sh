@@ -11,6 +11,7 @@
 #   kills      200 runs ended by signals, full disks and closed pipes, at random moments, and gone on with
 #   reference  doxygen over the headers that are installed
 #   tidy       clang-tidy over every source
+#   cases      the R models of tests/data/cases fitted and written anew, and compared with what is kept
 #   packages   the Debian packages, installed in a new Debian root that debootstrap makes: README.md's
 #              examples by the command, examples/embed by the library (needs root)
 #   root       README.md's commands, ./test among them, on the committed tree in such a root
@@ -78,6 +79,13 @@ stage_kills() {
 
 stage_tidy() { scripts/lint.sh --all; }
 
+stage_cases() (
+    scripts/ensure-packages.sh .ci/release-packages.txt || exit 1
+    made=$(mktemp -d)
+    trap 'rm -rf "$made"' EXIT
+    Rscript tests/data/generator/generate.R "$made" && tests/data/generator/compare.py "$made"
+)
+
 # Makes a Debian root in $root, with a function to run commands inside, in its folder /velscore. It takes this
 # machine's package sources, so it gets packages from where they come here. For subshells: it is removed at
 # their end.
@@ -137,7 +145,7 @@ stage_root() (
             /opt/velscore/bin/velscore score "$examples/model.pmml" "$examples/cases.csv"'
 )
 
-stages=(clang equality threads leaks duckdb kills reference tidy packages root)
+stages=(clang equality threads leaks duckdb kills reference tidy cases packages root)
 [ $# -gt 0 ] || set -- "${stages[@]}"
 failed=()
 for stage in "$@"; do
