@@ -1,5 +1,5 @@
-// The documents under tests/data/cases and tests/data/regression by both roads of a TableScorer: rows together, where the
-// model has a block scorer, and rows alone.
+// The documents under tests/data/cases and tests/data/regression by both roads of a TableScorer:
+// rows together, where the model has a block scorer, and rows alone.
 #include <filesystem>
 #include <map>
 #include <set>

@@ -51,8 +51,9 @@ INSTANTIATE_TEST_SUITE_P(
                     FamilyRow{"r-polr-logit-housing", "ordinal regression"},
                     FamilyRow{"hand-three-simplemax", "multinomial regression"}));
 
-// Two categories have one equation, whatever becomes of its value: 2 + x / 4 + z / 8 of cauchit, 1 / 4 +
-// x / 2 - 5 z / 4 of the others. The first row goes through the model alone, the others together.
+// Two categories have one equation, whatever becomes of its value: 2 + x / 4 + z / 8 of cauchit, 1
+// / 4 + x / 2 - 5 z / 4 of the others. The first row goes through the model alone, the others
+// together.
 TEST(RegressionModel, OneEquationOfTwoCategoriesIsTheLinearPredictor)
 {
     const std::string others = "linear_predictor\n-8\n-8\n-1.75\n11.25\n";
