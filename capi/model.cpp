@@ -56,6 +56,25 @@ Source SourceOf(const char* path, const velscore_options* options)
     return source;
 }
 
+Source SourceOf(const char* bytes, size_t size, const velscore_options* options)
+{
+    Source source = SourceOf(options);
+    source.isText = true;
+    source.text.assign(&Given(bytes, "bytes"), size);
+    return source;
+}
+
+// A document that is refused is a report too.
+std::string ReportOf(const Source& source)
+{
+    try {
+        return JsonText(AcceptedJson(source.name, *source.Load({})));
+    } catch (const Failure& failure) {
+        if (failure.Kind() != FailureKind::Document) throw;
+        return JsonText(RefusedJson(source.name, failure));
+    }
+}
+
 }  // namespace
 
 std::unique_ptr<LoadedModel> Source::Load(LoadOptions options) const
@@ -117,10 +136,7 @@ int velscore_open_text(const char* bytes, size_t size, const velscore_options* o
 {
     return Call(error, [&] {
         velscore_model*& made = Given(out, "out");
-        Source source = SourceOf(options);
-        source.isText = true;
-        source.text.assign(&Given(bytes, "bytes"), size);
-        made = new velscore_model(std::move(source));
+        made = new velscore_model(SourceOf(bytes, size, options));
     });
 }
 
@@ -139,13 +155,16 @@ int velscore_check(const char* path, const velscore_options* options, char** jso
 {
     return Call(error, [&] {
         char*& text = Given(json, "json");
-        const Source source = SourceOf(path, options);
-        try {
-            text = NewText(JsonText(AcceptedJson(source.name, *source.Load({}))));
-        } catch (const Failure& failure) {
-            if (failure.Kind() != FailureKind::Document) throw;
-            text = NewText(JsonText(RefusedJson(source.name, failure)));
-        }
+        text = NewText(ReportOf(SourceOf(path, options)));
+    });
+}
+
+int velscore_check_text(const char* bytes, size_t size, const velscore_options* options,
+                        char** json, velscore_error* error)
+{
+    return Call(error, [&] {
+        char*& text = Given(json, "json");
+        text = NewText(ReportOf(SourceOf(bytes, size, options)));
     });
 }
 

@@ -91,6 +91,7 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
         {"verify", [](const CommandSet& set, Console& out) { return RunVerify(set.verify, out); }},
         {"convert",
          [](const CommandSet& set, Console& out) { return RunConvert(set.convert, out); }},
+        {"diff", [](const CommandSet& set, Console& out) { return RunDiff(set.diff, out); }},
         {"help", [](const CommandSet& set, Console&) { return RunHelp(set.help); }},
     };
 

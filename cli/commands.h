@@ -24,6 +24,8 @@ struct ScoreArguments {
     std::vector<std::string> columns;
     std::string outputColumns = "default";
     std::string nameColumn;                ///< empty: none
+    std::optional<std::string> times;      ///< of `curve`; those of the baselines without it
+    bool wide = false;                     ///< of `curve`
     std::optional<std::string> delimiter;  ///< a comma without it
     std::string outDelimiter;              ///< empty: as the input's
     std::string format;                    ///< empty: by the output's suffix
@@ -76,6 +78,14 @@ struct ConvertArguments {
     DocumentArguments document;
 };
 
+struct DiffArguments {
+    std::string first;
+    std::string second;
+    std::string cases;  ///< empty: the models alone
+    DocumentArguments document;
+    bool json = false;
+};
+
 struct HelpArguments {
     std::string code;  ///< empty: every code
 };
@@ -96,6 +106,7 @@ int RunFix(const CheckArguments& arguments, Console& console);
 int RunInspect(const InspectArguments& arguments);
 int RunVerify(const VerifyArguments& arguments, Console& console);
 int RunConvert(const ConvertArguments& arguments, Console& console);
+int RunDiff(const DiffArguments& arguments, Console& console);
 int RunHelp(const HelpArguments& arguments);
 
 }  // namespace MCVelscore_850

@@ -158,8 +158,8 @@ void DefineOutput(CLI::App* command, ScoreArguments& score)
         ->check(WholeNumber(1, 17));
 }
 
-// Which columns the scores have.
-void DefineColumns(CLI::App* command, ScoreArguments& score)
+// What of the input the output repeats.
+void DefineKept(CLI::App* command, ScoreArguments& score)
 {
     command->option_defaults()->group(kOutputGroup);
     AddRepeatable(
@@ -170,11 +170,19 @@ void DefineColumns(CLI::App* command, ScoreArguments& score)
     AddText(command, "--name-column", score.nameColumn,
             "The name of a first column that tells each row's table", "NAME")
         ->check(NotEmpty());
-    AddRepeatable(command, "--columns", score.columns,
-                  "The result columns to write, in this order, separated by commas; probabilities "
-                  "stands for every category's, linear_predictor and std_err(linear_predictor) are "
-                  "more; may be given again",
-                  "COLS");
+}
+
+// Which columns the scores have.
+void DefineColumns(CLI::App* command, ScoreArguments& score)
+{
+    command->option_defaults()->group(kOutputGroup);
+    AddRepeatable(
+        command, "--columns", score.columns,
+        "The result columns to write, in this order, separated by commas; probabilities "
+        "stands for every category's; linear_predictor, std_err(linear_predictor) and, of "
+        "a Cox model, risk, median_survival and survival@TIME are more; may be given "
+        "again",
+        "COLS");
     AddText(command, "--output", score.outputColumns,
             "The columns of the output: default, the same for each model of a family, or document, "
             "those of the document's own Output section",
@@ -231,6 +239,7 @@ void DefineScore(CLI::App* command, ScoreArguments& score)
 {
     DefineInput(command, score);
     DefineOutput(command, score);
+    DefineKept(command, score);
     DefineColumns(command, score);
     DefineScoring(command, score);
     AddText(command, "--level", score.level,
@@ -241,18 +250,34 @@ void DefineScore(CLI::App* command, ScoreArguments& score)
     command->footer(kScoreFooter);
 }
 
+// At which times, and how, curves are written.
+void DefineTimes(CLI::App* command, ScoreArguments& curve)
+{
+    AddText(
+        command, "--times", curve.times,
+        "The times of the curves, ascending, separated by commas; or 'every N' in quotes: 0, N, "
+        "2N and so on up to the last time of the model's baselines. Without it those of each "
+        "case's baseline",
+        "LIST|'every N'");
+    command->add_flag("--wide", curve.wide,
+                      "A row a case, with the survival at each of --times in a column of its own");
+}
+
 void DefineCurve(CLI::App* command, ScoreArguments& curve)
 {
     DefineInput(command, curve);
     DefineOutput(command, curve);
+    DefineKept(command, curve);
+    DefineTimes(command, curve);
     DefineScoring(command, curve);
     DefineBadRows(command, curve);
     DefineReports(command, curve);
     command->footer(
         "Example:\n"
-        "  velscore curve model.pmml cases.csv -o curves.csv\n\n"
+        "  velscore curve model.pmml cases.csv -o curves.csv\n"
+        "  velscore curve model.pmml cases.csv --times 30,90,365 --wide --keep id\n\n"
         "Writes row, time, survival and cum_hazard: a line for each time of the baseline of each\n"
-        "case. The cases need no end time. Exit codes as those of score.");
+        "case, or for each of --times. The cases need no end time. Exit codes as those of score.");
 }
 
 void DefineCheck(CLI::App* command, CheckArguments& check)
@@ -319,6 +344,21 @@ void DefineConvert(CLI::App* command, ConvertArguments& convert)
         "Ends with 2 when the document is refused, or says what PMML can't.");
 }
 
+void DefineDiff(CLI::App* command, DiffArguments& diff)
+{
+    command->add_option("A", diff.first, "A model document; - is standard input")->required();
+    command->add_option("B", diff.second, "The model document to compare it with")->required();
+    command->add_option("CASES", diff.cases,
+                        "A table of cases, whose scores by both models are compared too");
+    command->add_flag("--json", diff.json, "The report as JSON");
+    AddDocumentOptions(command, diff.document);
+    command->footer(
+        "Example:\n  velscore diff old.pmml new.pmml cases.csv\n\n"
+        "Compares the models, not the texts of their documents. Ends with 0 when they are the "
+        "same,\n"
+        "with 6 when something differs.");
+}
+
 void DefineHelp(CLI::App* command, HelpArguments& help)
 {
     command->add_option(
@@ -348,6 +388,7 @@ CommandSet::CommandSet()
     DefineInspect(add("inspect", "Show what a model is"), inspect);
     DefineVerify(add("verify", "Score the records that a document carries, and compare"), verify);
     DefineConvert(add("convert", "Write a document as a GeneralRegressionModel"), convert);
+    DefineDiff(add("diff", "Tell what two models, and their scores, differ in"), diff);
     DefineHelp(add("help", "Explain a code or a rule"), help);
 }
 

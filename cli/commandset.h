@@ -33,6 +33,7 @@ public:
     InspectArguments inspect;
     VerifyArguments verify;
     ConvertArguments convert;
+    DiffArguments diff;
     HelpArguments help;
 
 private:

@@ -11,7 +11,7 @@ enum ExitCode {
     kExitCases = 3,
     kExitOutput = 4,
     kExitStrict = 5,
-    kExitDifferences = 6,  ///< verify found values that differ
+    kExitDifferences = 6,  ///< verify or diff found what differs
     kExitPlugin = 7,
     kExitInternal = 70,  ///< a defect of the program itself, or no memory left
     kExitSignal = 128    ///< plus the signal's number: 130 for an interrupt

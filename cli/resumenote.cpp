@@ -59,6 +59,8 @@ Json OptionsJson(const ScoreArguments& of, bool curves)
                  {"predictionOnly", of.predictionOnly},
                  {"asIs", of.document.asIs}};
     options["level"] = of.level ? Json(*of.level) : Json();
+    options["times"] = of.times ? Json(*of.times) : Json();
+    options["wide"] = of.wide;
     return options;
 }
 

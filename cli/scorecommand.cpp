@@ -214,6 +214,7 @@ int RunTable(const ScoreArguments& arguments, bool curves, Console& console)
 {
     ScoringOptions options = OptionsOf(arguments);
     options.curves = curves;
+    options.wideCurves = arguments.wide;
     if (arguments.progress) console.WantProgress();
     return TableRun(arguments, std::move(options), console).Run();
 }

@@ -1,7 +1,9 @@
 #include "cli/scoringarguments.h"
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
+#include <limits>
 #include <map>
 #include <optional>
 #include <string_view>
@@ -11,6 +13,7 @@
 #include "cli/commands.h"
 #include "engine/scoring/curveshaper.h"
 #include "engine/tables/fileform.h"
+#include "host/messages/messages.h"
 #include "host/values/numbertext.h"
 
 namespace MCVelscore_850 {
@@ -225,6 +228,69 @@ void SetPolicy(LoadedModel& model, const std::string& policy)
     }
 }
 
+// 0, step, 2 step and so on, up to `last`. A step with few decimals gives times with as few: 0.3
+// behind 0.2, and no 0.30000000000000004.
+std::vector<double> TimesEvery(double step, double last)
+{
+    double scale = 1.0;
+    while (scale < 1e15 && std::round(step * scale) / scale != step) scale *= 10.0;  // exact
+    const double whole = std::round(step * scale);
+    const bool isDecimal = whole / scale == step && whole < 1e15;
+    // Written so that a NaN, of a model without times, leaves 0 alone.
+    const double steps = last >= step ? std::floor(last / step) : 0.0;
+    if (steps >= static_cast<double>(kMostCurveTimes)) {
+        throw Failure(
+            FailureKind::Usage, kTooManySurvivalTimes,
+            {"--times", fmt::format("{:.0f}", steps + 1.0), std::to_string(kMostCurveTimes)});
+    }
+    std::vector<double> times;
+    for (double i = 0.0; i <= steps + 1.0; ++i) {
+        const double time = isDecimal ? i * whole / scale : i * step;
+        if (i > 0.0 && !(time <= last)) break;  // the quotient may be off by one
+        times.push_back(time);
+    }
+    return times;
+}
+
+double LastTimeOf(const ModelDescription& about)
+{
+    double last = std::numeric_limits<double>::quiet_NaN();
+    for (const ModelDescription::Stratum& stratum : about.strata) {
+        last = std::fmax(last, stratum.maxTime);  // of a NaN and a number the number
+    }
+    return last;
+}
+
+// What --times asks for: 'every N', or a list.
+std::vector<double> TimesOf(const std::string& text, const ModelDescription& about)
+{
+    constexpr std::string_view kEvery = "every";
+    if (text.starts_with(kEvery)) {
+        const std::string step = text.substr(kEvery.size());
+        double number = 0.0;
+        if (ReadNumber(step, number) == NumberText::Number && number > 0.0) {
+            return TimesEvery(number, LastTimeOf(about));
+        }
+        throw UsageError(fmt::format(
+            "--times is '{}'; expected is 'every N' in quotes, N being a number above 0", text));
+    }
+    std::vector<double> times;
+    for (const std::string& each : SplitNames("--times", text)) {
+        const double time = SurvivalTimeOf("--times", each);
+        if (!times.empty() && !(time > times.back())) {
+            throw UsageError(fmt::format(
+                "--times has {} behind {}; give the times in ascending order, each once", time,
+                times.back()));
+        }
+        times.push_back(time);
+    }
+    if (times.size() > kMostCurveTimes) {
+        throw Failure(FailureKind::Usage, kTooManySurvivalTimes,
+                      {"--times", std::to_string(times.size()), std::to_string(kMostCurveTimes)});
+    }
+    return times;
+}
+
 void RefuseColumnChoice(const ScoreArguments& arguments)
 {
     const bool document = arguments.outputColumns == "document";
@@ -274,6 +340,13 @@ void PrepareModel(const ScoreArguments& arguments, LoadedModel& model, ScoringOp
         throw UsageError(fmt::format(
             "{} has no survival curves: its family is {}, and Cox models alone have them",
             model.File(), model.Description().family));
+    }
+    if (arguments.wide && !arguments.times) {
+        throw UsageError(
+            "--wide needs --times: the baselines of a model's strata have times of their own");
+    }
+    if (arguments.times) {
+        options.results.survival.times = TimesOf(*arguments.times, model.Description());
     }
     SetPolicy(model, arguments.policy);
     SetLevel(model, LevelOf(arguments));

@@ -1,4 +1,6 @@
 // The block scorer of Cox models.
+#include <algorithm>
+
 #include "models/blockscorer.h"
 #include "models/coxregrmodel.h"
 
@@ -38,7 +40,7 @@ public:
     }
 
 protected:
-    enum : size_t { kLp, kBaseline, kHazard, kSurvival, kDesign };
+    enum : size_t { kLp, kBaseline, kHazard, kSurvival, kTime, kDesign };
     size_t WorkColumns() const override
     {
         return kDesign + (covariances_.Exist() ? model_.betas.size() : 0);
@@ -62,9 +64,38 @@ protected:
         kernels_.baselines(strata_.data(), strata, block.Numbers(endTime_), baseline, block.rows);
         kernels_.survival(lp, baseline, block.Or(results.cumHazard, kHazard),
                           block.Or(results.prediction, kSurvival), block.rows);
+        GiveRisks(block, lp, strata);
+        GiveSurvivals(block, lp, strata);
     }
 
 private:
+    void GiveRisks(const Block& block, const double* lp, const int32_t* strata) const
+    {
+        const BatchResults& results = block.results;
+        if (results.risk == nullptr && results.medianSurvival == nullptr) return;
+        double* const ones = block.Work(kBaseline);
+        double* const risk = block.Or(results.risk, kHazard);
+        std::fill_n(ones, block.rows, 1.0);
+        kernels_.survival(lp, ones, risk, block.Work(kSurvival), block.rows);
+        if (results.medianSurvival == nullptr) return;
+        for (size_t row = 0; row < block.rows; ++row) {
+            results.medianSurvival[row] =
+                model_.MedianOf(static_cast<size_t>(strata[row]), risk[row]);
+        }
+    }
+
+    void GiveSurvivals(const Block& block, const double* lp, const int32_t* strata) const
+    {
+        const BatchResults& results = block.results;
+        double* const times = block.Work(kTime);
+        double* const baseline = block.Work(kBaseline);
+        for (size_t i = 0; i < results.survivalTimes.size(); ++i) {
+            std::fill_n(times, block.rows, results.survivalTimes[i]);
+            kernels_.baselines(strata_.data(), strata, times, baseline, block.rows);
+            kernels_.survival(lp, baseline, block.Work(kHazard), results.survivals[i], block.rows);
+        }
+    }
+
     void SumWithErrors(const Block& block, double* lp) const
     {
         double* const design = block.Work(kDesign);

@@ -7,6 +7,7 @@
 
 #include "host/expressions/transformvar.h"
 #include "host/model/modelfamilies.h"
+#include "host/model/modeltables.h"
 #include "host/values/stringvalue.h"
 #include "kernels/baseline.h"
 #include "kernels/linearpredictor.h"
@@ -95,6 +96,7 @@ void CoxRegModel::SetCumHazardTable(const std::vector<HazardTable>& tables,
         }
         baseline.grid = kernels::MakeTimeGrid(baseline.times.data(), table.size(), baseline.counts);
     }
+    FindFalls();
     stratumByText.clear();
     stratumByNumber.clear();
     for (size_t i = 0; i < stratumCategs.size(); ++i) {
@@ -110,6 +112,24 @@ void CoxRegModel::SetMinMaxTime(const std::vector<double>& min, const std::vecto
 {
     minTimes = min;
     maxTimes = max;
+    FindFalls();
+}
+
+void CoxRegModel::FindFalls()
+{
+    for (size_t i = 0; i < baselines.size(); ++i) {
+        Baseline& baseline = baselines[i];
+        baseline.fallTimes.clear();
+        baseline.fallHazards.clear();
+        double highest = 0.0;
+        for (const double t : baseline.times) {
+            const double hazard = BaselineAt(i, t);
+            if (!(hazard > highest)) continue;  // a missing one is below all
+            highest = hazard;
+            baseline.fallTimes.push_back(t);
+            baseline.fallHazards.push_back(hazard);
+        }
+    }
 }
 
 bool CoxRegModel::Setup()
@@ -163,8 +183,10 @@ MCStatus CoxRegModel::ScoreCase(CaseState& state, const ScoreCaseRecord* record,
         !FindOwnValue(state, *record, stratumVariable, stratumVariableName, stratumValue)) {
         return Fail(walk, stratumVariable);
     }
-    if (!FindOwnValue(state, *record, endTimeVariable, endTimeVariableName, endTimeValue) ||
-        endTimeVariable->IsMissing(endTimeValue)) {
+    const bool needsEndTime = state.survivalAsked.endTime;
+    if (needsEndTime &&
+        (!FindOwnValue(state, *record, endTimeVariable, endTimeVariableName, endTimeValue) ||
+         endTimeVariable->IsMissing(endTimeValue))) {
         return Fail(walk, endTimeVariable);
     }
     double lp = 0.0;
@@ -172,8 +194,10 @@ MCStatus CoxRegModel::ScoreCase(CaseState& state, const ScoreCaseRecord* record,
     const int stratum = StratumOf(stratumValue);
     if (stratum < 0) return Fail(walk, stratumVariable);
 
-    const double t = NumericReading(*endTimeValue, *endTimeVariable);
-    const SurvivalPoint point = PointAt(t, BaselineAt(static_cast<size_t>(stratum), t), lp);
+    const auto index = static_cast<size_t>(stratum);
+    AnswerSurvival(state, index, lp);
+    const double t = needsEndTime ? NumericReading(*endTimeValue, *endTimeVariable) : kNone;
+    const SurvivalPoint point = PointAt(t, needsEndTime ? BaselineAt(index, t) : kNone, lp);
     answer.SetCumHazardValue(point.cumHazard);
     walk.WritePrediction(point.survival);
     return walk.Status();
@@ -212,7 +236,8 @@ MCStatus CoxRegModel::CurveRow(ScoringState& run, const ScoreCaseRecord* record,
 
     const auto index = static_cast<size_t>(stratum);
     if (index >= baselines.size()) return walk.Status();
-    for (const double t : baselines[index].times) {
+    const std::vector<double>& asked = state.survivalAsked.times;
+    for (const double t : asked.empty() ? baselines[index].times : asked) {
         curve.push_back(PointAt(t, BaselineAt(index, t), lp));
     }
     return walk.Status();
@@ -363,6 +388,33 @@ kernels::Baseline CoxRegModel::BaselineOf(size_t stratum) const
     return baseline;
 }
 
+double CoxRegModel::MedianOf(size_t stratum, double risk) const
+{
+    if (stratum >= baselines.size()) return kNone;
+    const Baseline& baseline = baselines[stratum];
+    const auto survives = [risk](double hazard) {
+        return !(kernels::Survival(risk * hazard) <= 0.5);
+    };
+    const auto fall =
+        std::partition_point(baseline.fallHazards.begin(), baseline.fallHazards.end(), survives);
+    if (fall == baseline.fallHazards.end()) return kNone;
+    return baseline.fallTimes[static_cast<size_t>(fall - baseline.fallHazards.begin())];
+}
+
+void CoxRegModel::AnswerSurvival(CaseState& state, size_t stratum, double lp) const
+{
+    const SurvivalQuestions& asked = state.survivalAsked;
+    if (asked.risk || asked.median) {
+        state.survival.risk = kernels::CumulativeHazard(lp, 1.0);
+        if (asked.median) state.survival.median = MedianOf(stratum, state.survival.risk);
+    }
+    state.survival.survivals.resize(asked.times.size());
+    for (size_t i = 0; i < asked.times.size(); ++i) {
+        const double t = asked.times[i];
+        state.survival.survivals[i] = PointAt(t, BaselineAt(stratum, t), lp).survival;
+    }
+}
+
 SurvivalPoint CoxRegModel::PointAt(double t, double baseline, double lp)
 {
     const auto [hazard, survival] = kernels::SurvivalOf(lp, baseline);
@@ -404,6 +456,14 @@ void CoxRegModel::Display(std::ostream& out) const
         }
     }
     out << "End display of CoxRegModel" << endl;
+}
+
+void CoxRegModel::Tabulate(ModelTables& tables) const
+{
+    RegressionModel::Tabulate(tables);
+    for (const Baseline& baseline : baselines) {
+        tables.baselines.push_back({baseline.times, baseline.hazards});
+    }
 }
 
 void CoxRegModel::Describe(ModelDescription& description) const

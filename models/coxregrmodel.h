@@ -23,6 +23,12 @@ class CaseWalk;
 ///     H    = exp(lp) H0                         cum_hazard
 ///     S    = 1 / exp(H)                         prediction
 ///
+/// Where they are asked for (SurvivalQuestions):
+///
+///     exp(lp)                                                          risk
+///     S at a time T in the place of t                                  survivals
+///     the smallest time of the stratum's table with S <= 0.5 there     median
+///
 /// A parameter whose beta or d is 0, the latter without a base point, adds nothing. Where H0
 /// doesn't exist both results are system-missing and the status is OK.
 ///
@@ -56,6 +62,7 @@ public:
     /// dictionary stays null and is no failure here.
     bool Setup() override;
     void Describe(ModelDescription& description) const override;
+    void Tabulate(ModelTables& tables) const override;
     std::unique_ptr<BatchScorer> MakeBlockScorer(
         const kernels::BlockKernels& kernels) const override;
     /// Computes the reference terms once more when their table has come since.
@@ -119,6 +126,9 @@ private:
         std::vector<double> hazards;
         std::vector<double> counts;  ///< of the grid
         kernels::TimeGrid grid;
+        // The times at which H0 is larger than at all before it, and it: where survival falls.
+        std::vector<double> fallTimes;
+        std::vector<double> fallHazards;
     };
 
     bool EveryFactorHasContrasts() const;
@@ -141,6 +151,12 @@ private:
     /// The cumulative hazard of a stratum's baseline at t, system-missing where there is none.
     double BaselineAt(size_t stratum, double t) const;
     kernels::Baseline BaselineOf(size_t stratum) const;
+    /// Of each baseline; what SetCumHazardTable() and SetMinMaxTime() give decides together.
+    void FindFalls();
+    /// The smallest time of a stratum's table at which a case of that risk has a survival of 0.5 or
+    /// less; system-missing where there is none.
+    double MedianOf(size_t stratum, double risk) const;
+    void AnswerSurvival(CaseState& state, size_t stratum, double lp) const;
     static SurvivalPoint PointAt(double t, double baseline, double lp);
     static MCScore::MCStatus Fail(CaseWalk& walk, const ScoreDictVar* failed);
 

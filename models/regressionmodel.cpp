@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "host/expressions/transformvar.h"
+#include "host/model/modeltables.h"
 #include "host/variables/scorecaserecord.h"
 #include "host/variables/valueset.h"
 #include "host/variables/varstats.h"
@@ -418,6 +419,12 @@ ModelDescription::Equation RegressionModel::DescribeEquation(int category) const
         }
     }
     return equation;
+}
+
+void RegressionModel::Tabulate(ModelTables& tables) const
+{
+    tables = {};
+    if (HasCovariances()) tables.covariances = pcovMatrix->GetCells();
 }
 
 }  // namespace MCVelscore_850

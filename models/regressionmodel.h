@@ -56,6 +56,7 @@ public:
     {
         return ScoreCase(static_cast<CaseState&>(state), record, result, derivedInRecord);
     }
+    void Tabulate(ModelTables& tables) const override;
     std::unique_ptr<BatchScorer> MakeBatchScorer() const final
     {
         return MakeBlockScorer(kernels::ChosenKernels());

@@ -11,6 +11,19 @@ long AllocationCount();
 /// How many objects of operator new it holds now.
 long LiveAllocations();
 
+/// While it stands memory runs out, for all threads: operator new throws once it was called so many
+/// times, from then on or that one time.
+class MemoryRunsOut {
+public:
+    enum class For { One, All };
+    MemoryRunsOut(long after, For which);
+    MemoryRunsOut(const MemoryRunsOut&) = delete;
+    MemoryRunsOut& operator=(const MemoryRunsOut&) = delete;
+    ~MemoryRunsOut();
+    /// Whether that came about.
+    bool HasHappened() const;
+};
+
 }  // namespace MCVelscore_850
 
 #endif

@@ -119,6 +119,11 @@ VELSCORE_API int velscore_describe(const struct velscore_model* model, char** js
 VELSCORE_API int velscore_check(const char* path, const struct velscore_options* options,
                                 char** json, struct velscore_error* error);
 
+/** The same of bytes; the report calls the document by the name of `options`. Any thread. */
+VELSCORE_API int velscore_check_text(const char* bytes, size_t size,
+                                     const struct velscore_options* options, char** json,
+                                     struct velscore_error* error);
+
 /** Scores the records that the document carries and compares, as `velscore verify --json` says it.
  * The document is read again. Any thread. */
 VELSCORE_API int velscore_verify(const struct velscore_model* model, char** json,

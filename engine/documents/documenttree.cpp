@@ -2,12 +2,12 @@
 
 #include <mutex>
 #include <new>
+#include <utility>
 
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
-#include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
@@ -59,7 +59,8 @@ private:
 // elements in the same order. The parser's own place is where a tag ends, and asking it costs more.
 class PlacingParser final : public xercesc::XercesDOMParser {
 public:
-    PlacingParser(const std::vector<ElementPlace>& places, bool comments) : places_(places)
+    PlacingParser(const std::vector<ElementPlace>& places, bool comments, TreeMemory& memory)
+        : XercesDOMParser(nullptr, &memory), places_(places)
     {
         // Well-formedness alone, and the fastest. This scanner has no DTD, no schema and no entity
         // of a document's own to begin with: should the guard and it ever read the same bytes in
@@ -95,6 +96,13 @@ private:
 XercesSession::XercesSession()
 {
     const std::lock_guard<std::mutex> guard(SessionLock());
+    // The first stays for the process: the library can't be set up again where memory ran out at
+    // that, so it isn't set up for each document.
+    static bool stays = false;
+    if (!stays) {
+        xercesc::XMLPlatformUtils::Initialize();
+        stays = true;
+    }
     xercesc::XMLPlatformUtils::Initialize();
 }
 
@@ -104,14 +112,41 @@ XercesSession::~XercesSession()
     xercesc::XMLPlatformUtils::Terminate();
 }
 
+TreeMemory::~TreeMemory()
+{
+    for (Piece* piece = pieces_.after; piece != &pieces_;) {
+        ::operator delete(std::exchange(piece, piece->after));
+    }
+}
+
+void* TreeMemory::allocate(XMLSize_t size)
+{
+    auto* piece = static_cast<Piece*>(::operator new(sizeof(Piece) + size, std::nothrow));
+    if (piece == nullptr) throw xercesc::OutOfMemoryException();
+    *piece = {&pieces_, pieces_.after};
+    pieces_.after->before = piece;
+    pieces_.after = piece;
+    return piece + 1;
+}
+
+void TreeMemory::deallocate(void* memory)
+{
+    if (memory == nullptr) return;
+    Piece* piece = static_cast<Piece*>(memory) - 1;
+    piece->before->after = piece->after;
+    piece->after->before = piece->before;
+    ::operator delete(piece);
+}
+
 OwnedTree BuildTree(std::string_view bytes, const std::string& file,
                     const std::vector<ElementPlace>& places, bool comments)
 {
     Complaints complaints(file);
-    PlacingParser parser(places, comments);
+    auto memory = std::make_shared<TreeMemory>();
+    PlacingParser parser(places, comments, *memory);
     parser.setErrorHandler(&complaints);
     const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()),
-                                            bytes.size(), "document");
+                                            bytes.size(), "document", false, memory.get());
     // Caught here and not above: these objects live off the session.
     try {
         parser.parse(source);
@@ -120,9 +155,11 @@ OwnedTree BuildTree(std::string_view bytes, const std::string& file,
     } catch (const xercesc::DOMException& e) {  // a version of XML other than 1.0 and 1.1
         RefuseFirstLine(file, e.getMessage());
     } catch (const xercesc::OutOfMemoryException&) {
+        // Else the parser releases what there is of it, which takes memory too.
+        static_cast<void>(parser.adoptDocument());
         throw std::bad_alloc();
     }
-    return OwnedTree(parser.adoptDocument());
+    return OwnedTree(parser.adoptDocument(), {std::move(memory)});
 }
 
 }  // namespace MCVelscore_850

@@ -1,12 +1,16 @@
 #ifndef VELSCORE_ENGINE_DOCUMENTS_DOCUMENTTREE_H
 #define VELSCORE_ENGINE_DOCUMENTS_DOCUMENTTREE_H
 
+#include <cstddef>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <xercesc/dom/DOM.hpp>
+#include <xercesc/framework/MemoryManager.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 
 #include "engine/documents/documentloader.h"
 
@@ -22,8 +26,45 @@ public:
     ~XercesSession();
 };
 
+/// Runs a function that works with trees. Where the XML library has no memory left it throws what
+/// is no std::exception; here that becomes std::bad_alloc.
+template <class Function>
+void WithinMemory(Function function)
+{
+    try {
+        function();
+    } catch (const xercesc::OutOfMemoryException&) {
+        throw std::bad_alloc();
+    }
+}
+
+/// Memory of the XML library's for one tree. What the library lost track of, as its parser does
+/// where memory runs out while it is made, is freed with the rest.
+class TreeMemory final : public xercesc::MemoryManager {
+public:
+    TreeMemory() = default;
+    ~TreeMemory() override;
+
+    xercesc::MemoryManager* getExceptionMemoryManager() override { return this; }
+    void* allocate(XMLSize_t size) override;
+    void deallocate(void* memory) override;
+
+private:
+    // In front of each piece that is in use.
+    struct alignas(std::max_align_t) Piece {
+        Piece* before;
+        Piece* after;
+    };
+    Piece pieces_{&pieces_, &pieces_};  ///< a ring, of which this is the one that isn't in use
+};
+
+/// A tree in memory of its own goes with that: its release() would take memory, to tell each node.
 struct ReleaseTree {
-    void operator()(xercesc::DOMDocument* tree) const { tree->release(); }
+    void operator()(xercesc::DOMDocument* tree) const
+    {
+        if (memory == nullptr) tree->release();
+    }
+    std::shared_ptr<TreeMemory> memory{};  ///< that the tree lies in, where it is its own
 };
 using OwnedTree = std::unique_ptr<xercesc::DOMDocument, ReleaseTree>;
 

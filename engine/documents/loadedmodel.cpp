@@ -8,6 +8,7 @@
 #include "engine/documents/audit/documentaudit.h"
 #include "engine/documents/documentadapter.h"
 #include "engine/documents/documentloader.h"
+#include "engine/documents/documenttree.h"
 #include "engine/documents/miningtreatments.h"
 #include "engine/documents/modelreading.h"
 #include "engine/documents/outputsection.h"
@@ -96,23 +97,28 @@ LoadedModel::LoadedModel(const std::string& path, std::shared_ptr<const Plugin> 
                          const LoadOptions& options)
     : plugin_(std::move(plugin))
 {
-    Document document = LoadDocument(path, {}, KeepingOf(options, sha256_));
-    Read(document, options);
+    WithinMemory([&] {
+        Document document = LoadDocument(path, {}, KeepingOf(options, sha256_));
+        Read(document, options);
+    });
 }
 
 LoadedModel::LoadedModel(const DocumentText& text, std::shared_ptr<const Plugin> plugin,
                          const LoadOptions& options)
     : plugin_(std::move(plugin))
 {
-    Document document = LoadDocumentText(text.bytes, text.name, {}, KeepingOf(options, sha256_));
-    Read(document, options);
+    WithinMemory([&] {
+        Document document =
+            LoadDocumentText(text.bytes, text.name, {}, KeepingOf(options, sha256_));
+        Read(document, options);
+    });
 }
 
 LoadedModel::LoadedModel(Document& document, std::shared_ptr<const Plugin> plugin,
                          const LoadOptions& options)
     : plugin_(std::move(plugin))
 {
-    Read(document, options);
+    WithinMemory([&] { Read(document, options); });
 }
 
 LoadedModel::~LoadedModel() = default;

@@ -58,7 +58,7 @@ ArrowCurves::ArrowCurves(const LoadedModel& model, const ArrowSchema& schema,
 
 ArrowOwner<ArrowSchema> ArrowCurves::Schema()
 {
-    const std::vector<std::string>& names = CurveShaper::Columns();
+    const std::vector<std::string>& names = CurveShaper::LongColumns();
     std::vector<ArrowOwner<ArrowSchema>> columns;
     columns.push_back(MakeArrowSchema("l", names[0], false));
     for (size_t i = 1; i < names.size(); ++i)

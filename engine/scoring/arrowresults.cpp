@@ -94,7 +94,7 @@ void ArrowResults::Begin(int64_t most)
         if (!HasValues(i)) continue;
         const bool isCode = wanted_[i].kind == ResultKind::Category;
         columns_[i].values = MakeArrowBytes(most_ * (isCode ? sizeof(int32_t) : sizeof(double)));
-        columns_[i].validity = MakeArrowBytes(BitBytes(most_));
+        columns_[i].validity = nullptr;
         columns_[i].presentCount = 0;
     }
     if (most_ > zeroRows_ || zeros_ == nullptr) {
@@ -132,8 +132,14 @@ void ArrowResults::AddColumn(size_t wanted, const ResultBlock& block)
     } else {
         copy(from.codes);
     }
+    const size_t count = CountOf(from.present);
+    to.presentCount += count;
+    if (count == block.rows && to.validity == nullptr) return;
+    if (to.validity == nullptr) {  // the first null: the rows before it have values
+        to.validity = MakeArrowBytes(BitBytes(most_));
+        std::memset(to.validity.get(), 0xff, (done_ + 7) / 8);
+    }
     WriteBits(to.validity.get(), done_, from.present, block.rows);
-    to.presentCount += CountOf(from.present);
 }
 
 // From the first fault of a table on both columns are its own.
@@ -189,7 +195,7 @@ ArrowColumnParts ArrowResults::ValuesOf(size_t wanted)
         Values& values = columns_[wanted];
         parts.values = std::move(values.values);
         parts.nullCount = NullsOf(values);
-        parts.validity = parts.nullCount == 0 ? nullptr : std::move(values.validity);
+        parts.validity = std::move(values.validity);
     }
     if (wanted_[wanted].kind == ResultKind::Category) parts.dictionary = categories_;
     return parts;

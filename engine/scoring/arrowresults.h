@@ -39,7 +39,7 @@ public:
 private:
     struct Values {
         ArrowBytes values;
-        ArrowBytes validity;
+        ArrowBytes validity;  ///< none while every row has a value
         size_t presentCount = 0;
     };
     bool HasValues(size_t wanted) const;

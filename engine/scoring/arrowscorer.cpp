@@ -70,6 +70,7 @@ ArrowOwner<ArrowArray> ArrowScorer::Score(int64_t first, int64_t rows)
         done += count;
     }
     std::vector<ArrowOwner<ArrowArray>> columns;
+    columns.reserve(shaper_.Columns().size());
     for (size_t i = 0; i < kept_.size(); ++i) {
         const ArrowArray& kept = *(**table_).children[shaper_.Kept()[i]];
         columns.push_back(

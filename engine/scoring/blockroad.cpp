@@ -54,10 +54,12 @@ bool BlockRoad::FindInputs(const std::vector<std::string>& modelReads)
         Input& input = inputs_.emplace_back();
         input.var = var;
         input.position = preparer_.Record().GetVarIndex(name);
-        if (input.position < 0) return false;
+        const bool isRead =
+            std::find(modelReads.begin(), modelReads.end(), name) != modelReads.end();
+        if (input.IsRead() != isRead) return false;
         // In the record the fields come first.
         const auto position = static_cast<size_t>(input.position);
-        if (position < fields.size()) input.field = &fields[position];
+        if (isRead && position < fields.size()) input.field = &fields[position];
         if (input.IsText()) {
             input.codes.assign(BatchScorer::kRows, -1);
         } else {
@@ -109,6 +111,7 @@ void BlockRoad::FillFromTable(const ColumnBlock& block, RowBits& unsure)
 {
     for (size_t i = 0; i < inputs_.size(); ++i) {
         Input& input = inputs_[i];
+        if (!input.IsRead()) continue;
         const TableColumn& column = block.columns[input.field->Column()];
         if (input.IsText()) {
             FillCodes(input, block, unsure);
@@ -229,6 +232,7 @@ bool BlockRoad::ReadCase(size_t row)
         if (!judged.var->Accepts(record.GetValue(judged.position))) return false;
     }
     for (Input& input : inputs_) {
+        if (!input.IsRead()) continue;
         const ScoreValue* value = record.GetValue(input.position);
         if (value == nullptr || (value->Kind() == ScoreValue::STRING) != input.IsText()) {
             return false;

@@ -34,7 +34,8 @@ public:
     static constexpr size_t kMostTextBytes = size_t{1} << 18;
 
     /// Null where the model has no block scorer, or one that wants a variable that the preparer
-    /// hasn't. `modelReads` are the variables of a case. Model and preparer outlive the road.
+    /// hasn't. `modelReads` are the variables of a case; of another one, on which nothing depends
+    /// that is wanted, the scorer gets zeros. Model and preparer outlive the road.
     static std::unique_ptr<BlockRoad> Make(const ScoreModel& model,
                                            const std::vector<std::string>& modelReads,
                                            CasePreparer& preparer);
@@ -62,8 +63,8 @@ private:
     /// One column of the block scorer.
     struct Input {
         const ScoreDictVar* var = nullptr;
-        CaseField* field = nullptr;  ///< null of a derived variable
-        int position = -1;           ///< in the record
+        CaseField* field = nullptr;  ///< null of a derived variable, and of one that isn't read
+        int position = -1;           ///< in the record; -1 of a variable that isn't read
         std::vector<double> numbers{};
         std::vector<int32_t> codes{};
         std::unordered_map<std::string, Meaning, TextHash, std::equal_to<>> meanings{};
@@ -72,6 +73,7 @@ private:
         size_t textBytes = 0;
         size_t boundTexts = 0;  ///< that the scorer knows
 
+        bool IsRead() const { return position >= 0; }
         bool IsText() const { return var->GetValueType() == ScoreDictVar::STRING; }
     };
     /// A variable that the model reads and the block scorer has no column for.

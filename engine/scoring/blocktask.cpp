@@ -17,7 +17,12 @@ constexpr size_t kMostFields = size_t{1} << 16;  // split at once, of wide table
 
 const std::vector<std::string>& BlockPlan::OutputColumns() const
 {
-    return table.curves ? CurveShaper::Columns() : shaper.Columns();
+    return table.curves ? curves.Columns() : shaper.Columns();
+}
+
+std::span<const size_t> BlockPlan::Kept() const
+{
+    return table.curves ? curves.Kept() : shaper.Kept();
 }
 
 BlockTask::BlockTask(const BlockPlan& plan)
@@ -76,7 +81,7 @@ void BlockTask::MakeSplitter()
         use.isUsed = true;
         use.isNumber = use.isNumber || field.ValueKind() == CaseField::Kind::Number;
     }
-    for (const size_t column : plan_.shaper.Kept()) plan.uses[column].isUsed = true;
+    for (const size_t column : plan_.Kept()) plan.uses[column].isUsed = true;
     splitter_ = MakeBlockSplitter(plan);
     rows_.SetColumns(plan_.OutputColumns());
 }
@@ -114,7 +119,7 @@ void BlockTask::ScoreRows(std::span<const std::string_view> fields)
         const int64_t firstRow = records_.rowsBefore + splitter_->Raw(0).number;
         scorer_.VisitCurves(block, [&](size_t row, const CaseStatus& status, const auto& curve) {
             EndRow(row, status);
-            CurveShaper::WriteCurve(rows_, firstRow + static_cast<int64_t>(row), curve);
+            plan_.curves.WriteCurve(rows_, Input(row), firstRow + static_cast<int64_t>(row), curve);
             return true;
         });
     } else if (evaluator_ != nullptr) {
@@ -158,7 +163,7 @@ void BlockTask::Reject(const TornRow& torn)
     RejectTable::WriteTorn(rejects_, TableName(), torn, columns_);
     report_.Note(kCaseNotReadable, {}, {records_.table, torn.raw.number});
     if (plan_.table.curves) {
-        CurveShaper::WriteNoCurve(rows_, records_.rowsBefore + torn.raw.number);
+        plan_.curves.WriteTorn(rows_, TableName(), records_.rowsBefore + torn.raw.number);
     } else {
         plan_.shaper.WriteTorn(rows_, TableName(), kCaseNotReadable);
     }

@@ -26,15 +26,19 @@
 
 namespace MCVelscore_850 {
 
+class CurveShaper;
 class LoadedModel;
 
 /// What all blocks of a run share.
 struct BlockPlan {
     const std::vector<std::string>& OutputColumns() const;
+    /// The positions in the input of the columns that the output repeats.
+    std::span<const size_t> Kept() const;
 
     const LoadedModel& model;
     const TableReader& reader;
     const OutputShaper& shaper;
+    const CurveShaper& curves;  ///< in the place of the other one where table.curves says so
     TableOptions table;
     RowForm form;
     Compression compression = Compression::None;  ///< of the rows of text

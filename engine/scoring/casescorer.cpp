@@ -54,6 +54,8 @@ void CaseScorer::SettleAs(const CaseScorer& other) { state_->SettleAs(*other.sta
 
 void CaseScorer::WantLinearPredictorError() { state_->wantsLinearPredictorError = true; }
 
+void CaseScorer::Ask(const SurvivalQuestions& questions) { state_->survivalAsked = questions; }
+
 CaseStatus CaseScorer::Prepare(const ColumnBlock& block, size_t row)
 {
     const CaseStatus prepared = preparer_.Prepare(block, row);

@@ -44,6 +44,8 @@ public:
     const ScoringState& State() const { return *state_; }
     /// Asks for ScoringState::linearPredictorError of the rows to come.
     void WantLinearPredictorError();
+    /// Asks for ScoringState::survival of the rows to come, and of a curve for its times.
+    void Ask(const SurvivalQuestions& questions);
     const std::vector<SurvivalPoint>& Curve() const { return curve_; }
     const CaseRecord& Record() const { return preparer_.Record(); }
     CasePreparer& Preparer() { return preparer_; }

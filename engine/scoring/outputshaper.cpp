@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <string>
-#include <unordered_map>
-#include <unordered_set>
 
 #include "engine/messages/failure.h"
 #include "engine/messages/shorttext.h"
 #include "engine/messages/suggestions.h"
 #include "engine/tables/rowtext.h"
 #include "host/messages/messages.h"
+#include "host/model/scoreresult.h"
 
 namespace MCVelscore_850 {
 
@@ -58,22 +57,15 @@ void WriteCell(RowText& rows, const OutputCell& cell)
     }
 }
 
-// A kept value that was JSON; `field` is its text, but for the decimal mark of a number.
-void WriteJson(RowText& rows, std::string_view value, std::string_view field)
-{
-    if (value.empty()) {
-        rows.AddEmpty();
-    } else if (rows.Form() == TableForm::JsonLines) {
-        rows.AddJson(value);
-    } else {
-        rows.AddText(field.empty() || value.front() == '"' ? field : value);
-    }
-}
-
 [[noreturn]] void RefuseColumn(const std::string& name, const ResultSchema& schema)
 {
     std::vector<std::string> known;
-    for (const ResultColumn& column : schema.Columns()) known.push_back(column.name);
+    for (const ResultColumn& column : schema.ValueColumns()) {
+        if (column.quantity != ResultQuantity::SurvivalAt) known.push_back(column.name);
+    }
+    if (schema.ResultType() == ScoreResult::COXREG_RESULT) known.push_back(SurvivalPlaceholder());
+    for (const ResultColumn& column : std::span(schema.Columns()).last(2))
+        known.push_back(column.name);
     throw Failure(FailureKind::Usage, kUnknownResultColumn, {name, JoinNames(known, ", ")},
                   SuggestWord(name, known));
 }
@@ -107,7 +99,6 @@ std::vector<size_t> PositionsOf(const std::vector<std::string>& names, const Res
 OutputShaper::OutputShaper(const ResultSchema& schema, std::span<const std::string> header,
                            const std::string& tableName, const OutputOptions& options,
                            const OutputSection* document)
-    : tellsTable_(!options.tableColumn.empty())
 {
     if (document != nullptr) {  // its fields stand in place of the schema's values
         results_ = {schema.ValueCount(), schema.ValueCount() + 1};
@@ -124,45 +115,15 @@ OutputShaper::OutputShaper(const ResultSchema& schema, std::span<const std::stri
         kinds_.push_back(schema.Columns()[position].kind);
         results.push_back(schema.Columns()[position].name);
     }
-    std::vector<std::string> keep = options.keep;
-    if (options.keepAll) keep.assign(header.begin(), header.end());
-    std::unordered_map<std::string_view, size_t> positions;
-    std::unordered_set<std::string_view> twice;
-    for (size_t i = 0; i < header.size(); ++i) {
-        if (!positions.emplace(header[i], i).second) twice.insert(header[i]);
-    }
-    const std::unordered_set<std::string_view> wanted(keep.begin(), keep.end());
-    std::unordered_set<std::string> given(results.begin(), results.end());
-    if (tellsTable_) {
-        if (!given.insert(options.tableColumn).second) {
-            throw Failure(FailureKind::Usage, kTableColumnTaken, {options.tableColumn});
-        }
-        columns_.push_back(options.tableColumn);
-    }
-    for (const std::string& name : keep) {
-        const auto found = positions.find(name);
-        if (found == positions.end()) {
-            throw Failure(FailureKind::Usage, kUnknownKeptColumn, {name, tableName},
-                          SuggestWord(name, header));
-        }
-        if (twice.contains(name)) {
-            throw Failure(FailureKind::Cases, kDuplicateColumn, {tableName, name});
-        }
-        kept_.push_back(found->second);
-        std::string column = name;
-        while (given.contains(column) || (column != name && wanted.contains(column))) {
-            column.insert(0, "input.");
-        }
-        given.insert(column);
-        columns_.push_back(std::move(column));
-    }
+    kept_.emplace(options, header, tableName, results);
+    columns_ = kept_->Names();
     columns_.insert(columns_.end(), results.begin(), results.end());
 }
 
 void OutputShaper::WriteRow(RowText& rows, const InputRow& input, const ResultBlock& results,
                             size_t row) const
 {
-    WriteKept(rows, input);
+    kept_->Write(rows, input);
     for (size_t i = 0; i < results_.size(); ++i) {
         switch (kinds_[i]) {
             case ResultKind::Status: rows.AddWhole(results.status[row]); break;
@@ -179,7 +140,7 @@ void OutputShaper::WriteRow(RowText& rows, const InputRow& input, const ResultBl
 void OutputShaper::WriteRow(RowText& rows, const InputRow& input, std::span<const OutputCell> cells,
                             const CaseStatus& status) const
 {
-    WriteKept(rows, input);
+    kept_->Write(rows, input);
     for (const OutputCell& cell : cells) WriteCell(rows, cell);
     WriteStatus(rows, status);
     WriteStatusField(rows, status);
@@ -189,9 +150,10 @@ void OutputShaper::WriteRow(RowText& rows, const InputRow& input, std::span<cons
 void OutputShaper::WriteTorn(RowText& rows, std::string_view table, long code) const
 {
     const CaseStatus status{code};
-    if (tellsTable_) rows.AddText(table);
-    const size_t first = tellsTable_ ? 1 : 0;
-    for (size_t i = first; i + results_.size() < columns_.size(); ++i) rows.AddEmpty();
+    kept_->WriteTorn(rows, table);
+    for (size_t i = kept_->Names().size(); i + results_.size() < columns_.size(); ++i) {
+        rows.AddEmpty();
+    }
     for (const ResultKind kind : kinds_) {
         if (kind == ResultKind::Status) {
             WriteStatus(rows, status);
@@ -200,18 +162,6 @@ void OutputShaper::WriteTorn(RowText& rows, std::string_view table, long code) c
         }
     }
     rows.EndRow();
-}
-
-void OutputShaper::WriteKept(RowText& rows, const InputRow& input) const
-{
-    if (tellsTable_) rows.AddText(input.table);
-    for (const size_t position : kept_) {
-        if (input.jsonValues.empty()) {
-            rows.AddText(input.fields[position]);
-        } else {
-            WriteJson(rows, input.jsonValues[position], input.fields[position]);
-        }
-    }
 }
 
 }  // namespace MCVelscore_850

@@ -90,6 +90,13 @@ void ResultReader::Read(const ScoreResult& result, const ScoringState& state, si
             case ResultQuantity::LinearPredictorError:
                 SetNumber(i, state.linearPredictorError, row, results);
                 break;
+            case ResultQuantity::Risk: SetNumber(i, state.survival.risk, row, results); break;
+            case ResultQuantity::MedianSurvival:
+                SetNumber(i, state.survival.median, row, results);
+                break;
+            case ResultQuantity::SurvivalAt:
+                SetNumber(i, state.survival.survivals[column.time], row, results);
+                break;
             case ResultQuantity::Status:
             case ResultQuantity::StatusField: break;
         }

@@ -1,14 +1,20 @@
 #include "engine/scoring/resultschema.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <optional>
 #include <string_view>
 #include <unordered_map>
 
 #include <fmt/format.h>
 
+#include "engine/messages/failure.h"
+#include "engine/messages/shorttext.h"
+#include "host/messages/messages.h"
 #include "host/model/modeldescription.h"
 #include "host/model/scoreresult.h"
+#include "host/values/numbertext.h"
 #include "host/values/numericvalue.h"
 
 namespace MCVelscore_850 {
@@ -114,6 +120,13 @@ constexpr Quantity kQuantities[] = {
      Bits<LacksNumber>, "linear predictor"},
     {ResultQuantity::LinearPredictorError, ResultKind::Number, "std_err(linear_predictor)",
      kAnyResult, true, Bits<LacksError>, "standard error of the linear predictor"},
+    {ResultQuantity::Risk, ResultKind::Number, "risk", ScoreResult::COXREG_RESULT, true,
+     Bits<LacksNumber>, "exp of the linear predictor: the hazard, relative to the baseline's"},
+    {ResultQuantity::MedianSurvival, ResultKind::Number, "median_survival",
+     ScoreResult::COXREG_RESULT, true, Bits<LacksNumber>,
+     "smallest time of the baseline with a survival of 0.5 or less"},
+    {ResultQuantity::SurvivalAt, ResultKind::Number, kSurvivalAt, ScoreResult::COXREG_RESULT, true,
+     Bits<LacksNumber>, "probability to survive that time"},
     {ResultQuantity::Status, ResultKind::Status, "status", kAnyResult, true, nullptr,
      "0, or the code of the reason why there is no score"},
     {ResultQuantity::StatusField, ResultKind::FieldName, "status_field", kAnyResult, true, nullptr,
@@ -128,6 +141,10 @@ bool IsWanted(const Quantity& quantity, const ModelDescription& description,
     }
     const bool hasOneEquation = description.equations.size() == 1;
     switch (quantity.quantity) {
+        case ResultQuantity::Prediction: return options.survival.endTime;
+        case ResultQuantity::CumHazard: return options.survival.endTime && !options.predictionOnly;
+        case ResultQuantity::Risk: return options.survival.risk;
+        case ResultQuantity::MedianSurvival: return options.survival.median;
         case ResultQuantity::LinearPredictor: return options.linearPredictor && hasOneEquation;
         case ResultQuantity::LinearPredictorError:
             return options.linearPredictorError && hasOneEquation && description.hasCovariances;
@@ -155,16 +172,77 @@ ResultColumn ColumnOf(const Quantity& quantity, std::string name, const Told& to
 
 }  // namespace
 
+double SurvivalTimeOf(const std::string& where, std::string_view text)
+{
+    double time = 0.0;
+    if (ReadNumber(text, time) == NumberText::Number && time >= 0.0) return time;
+    throw Failure(FailureKind::Usage, kSurvivalTime, {where, ShortText(text)});
+}
+
+namespace {
+
+// The survivals among the names.
+void AskForSurvivals(std::span<const std::string> names, ResultOptions& options)
+{
+    std::vector<std::string>& columns = options.survivalColumns;
+    for (const std::string& name : names) {
+        if (name.starts_with(kSurvivalAt)) columns.push_back(name);
+    }
+    if (columns.size() > kMostSurvivalColumns) {
+        throw Failure(
+            FailureKind::Usage, kTooManySurvivalTimes,
+            {"--columns", std::to_string(columns.size()), std::to_string(kMostSurvivalColumns)});
+    }
+    // A column that is named twice is for whoever orders them to refuse.
+    std::sort(columns.begin(), columns.end());
+    columns.erase(std::unique(columns.begin(), columns.end()), columns.end());
+    for (const std::string& name : columns) {
+        options.survival.times.push_back(
+            SurvivalTimeOf("--columns", std::string_view(name).substr(kSurvivalAt.size())));
+    }
+}
+
+// Of each quantity whether a column of it is named. Nothing where a name is of no column.
+using Named = std::array<bool, std::size(kQuantities)>;
+std::optional<Named> NamedBy(std::span<const std::string> names, const ResultSchema& schema)
+{
+    std::unordered_map<std::string_view, ResultQuantity> quantityOf;
+    for (const ResultColumn& column : schema.Columns()) {
+        quantityOf.emplace(column.name, column.quantity);
+    }
+    Named named{};
+    for (const std::string& name : names) {
+        if (name == kAllProbabilities) continue;
+        const auto found = quantityOf.find(name);
+        if (found == quantityOf.end()) return std::nullopt;
+        named[static_cast<size_t>(found->second)] = true;
+    }
+    return named;
+}
+
+}  // namespace
+
 ResultOptions OptionsFor(const ModelDescription& description, std::span<const std::string> names)
 {
-    ResultOptions options{.linearPredictor = true};
-    const ResultSchema schema(description, options);
-    options.linearPredictorError =
-        !std::all_of(names.begin(), names.end(), [&](const std::string& name) {
-            return name == kAllProbabilities ||
-                   std::any_of(schema.Columns().begin(), schema.Columns().end(),
-                               [&](const ResultColumn& column) { return column.name == name; });
-        });
+    const bool isCox = description.resultType == ScoreResult::COXREG_RESULT;
+    ResultOptions options{.linearPredictor = true, .linearPredictorError = true};
+    options.survival.risk = isCox;
+    options.survival.median = isCox;
+    if (isCox) AskForSurvivals(names, options);
+    const std::optional<Named> named = NamedBy(names, ResultSchema(description, options));
+    if (!named) return options;
+    const auto isNamed = [&](ResultQuantity quantity) {
+        return (*named)[static_cast<size_t>(quantity)];
+    };
+    options.linearPredictorError = isNamed(ResultQuantity::LinearPredictorError);
+    options.survival.risk = isNamed(ResultQuantity::Risk);
+    options.survival.median = isNamed(ResultQuantity::MedianSurvival);
+    if (!isCox) return options;
+    const bool namesTimeless = isNamed(ResultQuantity::LinearPredictor) ||
+                               options.linearPredictorError || options.survival.risk ||
+                               options.survival.median || !options.survival.times.empty();
+    options.survival.endTime =
+        !namesTimeless || isNamed(ResultQuantity::Prediction) || isNamed(ResultQuantity::CumHazard);
     return options;
 }
 
@@ -176,6 +254,13 @@ ResultSchema::ResultSchema(const ModelDescription& description, const ResultOpti
     for (const auto& each : description.quantities) told.emplace(each.column, &each);
     for (const Quantity& quantity : kQuantities) {
         if (!IsWanted(quantity, description, options)) continue;
+        if (quantity.quantity == ResultQuantity::SurvivalAt) {
+            for (size_t i = 0; i < options.survivalColumns.size(); ++i) {
+                columns_.push_back(ColumnOf(quantity, options.survivalColumns[i], told));
+                columns_.back().time = i;
+            }
+            continue;
+        }
         if (quantity.quantity != ResultQuantity::Probability) {
             columns_.push_back(ColumnOf(quantity, std::string(quantity.name), told));
             continue;
@@ -202,15 +287,13 @@ uint64_t ResultSchema::ExistingBits(ResultQuantity quantity, const double* numbe
 
 std::vector<ResultColumn> ColumnsOnRequest(const ModelDescription& description)
 {
-    const ResultSchema schema(description, {.linearPredictor = true, .linearPredictorError = true});
-    std::vector<ResultColumn> columns;
-    for (const ResultColumn& column : schema.ValueColumns()) {
-        if (column.quantity == ResultQuantity::LinearPredictor ||
-            column.quantity == ResultQuantity::LinearPredictorError) {
-            columns.push_back(column);
-        }
-    }
-    return columns;
+    ResultOptions all{.linearPredictor = true, .linearPredictorError = true};
+    all.survival = {.risk = true, .median = true};
+    all.survivalColumns = {SurvivalPlaceholder()};
+    // Behind those that are there without being asked for.
+    const ResultSchema schema(description, all);
+    const auto columns = schema.ValueColumns().subspan(ResultSchema(description).ValueCount());
+    return {columns.begin(), columns.end()};
 }
 
 std::string WhyNoLevel(const ModelDescription& about)

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "host/model/survivalpoint.h"
+
 namespace MCVelscore_850 {
 
 struct ModelDescription;
@@ -22,6 +24,9 @@ enum class ResultQuantity {
     CumHazard,
     LinearPredictor,
     LinearPredictorError,
+    Risk,
+    MedianSurvival,
+    SurvivalAt,
     Status,
     StatusField
 };
@@ -38,10 +43,17 @@ struct ResultColumn {
     /// No case has a value: the document has no covariances to compute it from.
     bool lacksCovariances = false;
     size_t category = 0;  ///< of a probability: its place among the target's categories
+    size_t time = 0;      ///< of a survival at a time: its place among those that are asked for
 };
 
 /// The name that stands for the columns of all probabilities.
 inline constexpr std::string_view kAllProbabilities = "probabilities";
+/// What the column of a survival at a time is called, before the time.
+inline constexpr std::string_view kSurvivalAt = "survival@";
+/// What stands for all of them where columns are listed.
+inline std::string SurvivalPlaceholder() { return std::string(kSurvivalAt) + "TIME"; }
+/// The most such columns.
+inline constexpr size_t kMostSurvivalColumns = 1000;
 
 /// Which columns are wanted beside those that every table of results has.
 struct ResultOptions {
@@ -50,11 +62,21 @@ struct ResultOptions {
     bool linearPredictor = false;
     /// Of those among them whose document has covariances. It costs time on its own.
     bool linearPredictorError = false;
+    /// Of Cox models.
+    SurvivalQuestions survival{};
+    /// The columns of survival.times, each called as it was asked for; fewer are of no column.
+    std::vector<std::string> survivalColumns{};
 };
+
+/// A time as an option or a column's name tells it: a number of 0 or more. Throws Failure
+/// (kSurvivalTime, usage) for any other text, which `where` has.
+double SurvivalTimeOf(const std::string& where, std::string_view text);
 
 /// The options that give the columns of these names, as far as the model has them, and none that
 /// costs time and isn't named. A name that the model has no column for gives all there are, for
-/// whoever tells them.
+/// whoever tells them. Where a Cox model's columns are named and none of them is for a case's own
+/// end time, that isn't asked for. Throws Failure (usage): what SurvivalTimeOf() refuses,
+/// kTooManySurvivalTimes.
 ResultOptions OptionsFor(const ModelDescription& description, std::span<const std::string> names);
 
 /// The columns of a model's results, in their order: what they are called, hold and mean, whoever
@@ -65,8 +87,9 @@ ResultOptions OptionsFor(const ModelDescription& description, std::span<const st
 ///              MLRResult     prediction, probability(CATEGORY) for each target category
 ///              CLRResult     prediction
 ///              CoxRegResult  prediction, cum_hazard
-///          then linear_predictor and std_err(linear_predictor) where they are asked for, status
-///          and status_field.
+///          then linear_predictor, std_err(linear_predictor) and, of Cox models, risk,
+///          median_survival and survival@TIME where they are asked for, status and status_field.
+///          Without end times prediction and cum_hazard are left out.
 /// Empty    A case whose status isn't 0 has no value but status and, where one is at fault, field.
 /// A
 ///          number that doesn't exist is no value either, as Exists() tells of each quantity of

@@ -12,7 +12,6 @@
 #include <oneapi/tbb/task_arena.h>
 
 #include "engine/messages/shorttext.h"
-#include "engine/scoring/curveshaper.h"
 #include "host/messages/messages.h"
 #include "host/model/scoremodel.h"
 
@@ -34,11 +33,14 @@ BlockReader::BlockSize BlockSizeOf(const LoadedModel& model, const ScoringOption
     const ModelDescription& about = model.Description();
     int64_t numbers = 8;
     if (options.curves) {
+        size_t times = options.results.survival.times.size();
         for (const ModelDescription::Stratum& stratum : about.strata) {
-            numbers = std::max(numbers, 4 * static_cast<int64_t>(stratum.cells));
+            if (options.results.survival.times.empty()) times = std::max(times, stratum.cells);
         }
+        numbers = std::max(numbers, 4 * static_cast<int64_t>(times));
     } else {
-        numbers += static_cast<int64_t>(about.targetCategories.size());
+        numbers += static_cast<int64_t>(about.targetCategories.size() +
+                                        options.results.survivalColumns.size());
     }
     return {options.blockBytes, std::max<int64_t>(1, kBlockOutput / (kNumberOutput * numbers))};
 }
@@ -47,17 +49,7 @@ std::map<std::string, std::string> ColumnsOf(const LoadedModel& model, const Tab
                                              const ScoringOptions& options)
 {
     const bool inOrder = !options.dialect.hasHeader && options.columnOf.empty();
-    const std::vector<std::string> all = model.Columns();
-    if (!options.curves) return inOrder ? ColumnsInOrder(reader, all) : options.columnOf;
-    // A table for scores serves curves too: what is told of its end time isn't heeded.
-    const std::vector<std::string> read = model.ColumnsOf(CurveShaper::Needs(model.Description()));
-    const bool hasAll = reader.Header().size() == all.size();
-    std::map<std::string, std::string> columnOf =
-        inOrder ? ColumnsInOrder(reader, hasAll ? all : read) : options.columnOf;
-    for (const std::string& name : all) {
-        if (std::find(read.begin(), read.end(), name) == read.end()) columnOf.erase(name);
-    }
-    return columnOf;
+    return inOrder ? ColumnsInOrder(reader, model, options.ReadsEndTime()) : options.columnOf;
 }
 
 // A document may give its output fields any name, that of the status among them.
@@ -73,8 +65,12 @@ void RefuseKeysTwice(const std::vector<std::string>& columns)
 }  // namespace
 
 std::map<std::string, std::string> ColumnsInOrder(const TableReader& reader,
-                                                  const std::vector<std::string>& names)
+                                                  const LoadedModel& model, bool readsEndTime)
 {
+    std::vector<std::string> names = model.Columns();
+    if (!readsEndTime && reader.Header().size() != names.size()) {
+        names = model.ColumnsOf(CurveShaper::Needs(model.Description()));
+    }
     if (names.size() != reader.Header().size()) {
         throw Failure(FailureKind::Cases, kColumnsWithoutHeader,
                       {reader.NameOf(0), std::to_string(reader.Header().size()),
@@ -99,6 +95,7 @@ ScoringSession::ScoringSession(const LoadedModel& model, std::vector<std::string
       plan_{.model = model,
             .reader = reader_,
             .shaper = shaper_,
+            .curves = curves_,
             .table = {options.dialect.decimal, options.missingTexts, options.results,
                       options.curves, ColumnsOf(model, reader_, options), reader_.HeaderRemedy()},
             .form = options.form,
@@ -110,7 +107,11 @@ ScoringSession::ScoringSession(const LoadedModel& model, std::vector<std::string
       // What the table lacks is refused before what the output names.
       tasks_(),
       schema_((tasks_.emplace_back(plan_), model.Description()), options.results),
-      shaper_(schema_, reader_.Header(), reader_.NameOf(0), options.output, model.Output()),
+      shaper_(schema_, reader_.Header(), reader_.NameOf(0),
+              options.curves ? OutputOptions() : options.output, model.Output()),
+      curves_({options.wideCurves, options.results.survival.times},
+              options.curves ? options.output : OutputOptions(), reader_.Header(),
+              reader_.NameOf(0)),
       stop_(stop),
       threads_(std::max<size_t>(1, options.threads))
 {

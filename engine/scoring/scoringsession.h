@@ -16,6 +16,7 @@
 
 #include "engine/documents/loadedmodel.h"
 #include "engine/scoring/blocktask.h"
+#include "engine/scoring/curveshaper.h"
 #include "engine/scoring/outputshaper.h"
 #include "engine/scoring/scoringreport.h"
 #include "engine/scoring/tablescorer.h"
@@ -44,9 +45,12 @@ struct ScoringOptions {
     std::map<std::string, std::string> columnOf;  ///< as CaseOptions::columnOf
     OutputOptions output;
     ResultOptions results;
-    /// Survival curves in place of scores, of a model that has them (CurveShaper::Suits); nothing
-    /// of `output` and `results` is heeded then, and the table needs no end time.
+    /// Survival curves in place of scores, of a model that has them (CurveShaper::Suits), at the
+    /// times of results.survival, if any; nothing else of `results` is heeded then, no
+    /// output.columns, and the table needs no end time.
     bool curves = false;
+    bool wideCurves = false;  ///< CurveForm::wide, which is of such times
+    bool ReadsEndTime() const { return !curves && results.survival.endTime; }
     /// Rows that can't be read, or have no score, go to a table of their own (RejectTable); without
     /// it a row that can't be read ends the run.
     bool rejects = false;
@@ -72,10 +76,11 @@ struct RunPosition {
     std::vector<UnlistedValues> unlisted{};  ///< by the field's place
 };
 
-/// The columns of a table without a header, unless they are told: the model's in their order.
-/// Throws Failure (kColumnsWithoutHeader) where it has another number of them.
+/// The columns of a table without a header, unless they are told: the model's in their order, with
+/// an end time that isn't read or without it. Throws Failure (kColumnsWithoutHeader) where it has
+/// another number of them.
 std::map<std::string, std::string> ColumnsInOrder(const TableReader& reader,
-                                                  const std::vector<std::string>& names);
+                                                  const LoadedModel& model, bool readsEndTime);
 
 /// The processors that this process may use.
 size_t ProcessorCount();
@@ -139,6 +144,7 @@ private:
     std::deque<BlockTask> tasks_;
     ResultSchema schema_;
     OutputShaper shaper_;
+    CurveShaper curves_;
     const StopFlag* stop_;
     size_t threads_;
 

@@ -182,7 +182,7 @@ TableOptions TableOptionsOf(const LoadedModel& model, const TableReader& reader,
     table.decimal = options.dialect.decimal;
     table.headerRemedy = reader.HeaderRemedy();
     if (!options.dialect.hasHeader && table.columnOf.empty()) {
-        table.columnOf = ColumnsInOrder(reader, model.Columns());
+        table.columnOf = ColumnsInOrder(reader, model, table.ReadsEndTime());
     }
     return table;
 }

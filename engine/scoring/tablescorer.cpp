@@ -15,6 +15,19 @@ namespace MCVelscore_850 {
 
 namespace {
 
+// Without those of fields that aren't read.
+std::map<std::string, std::string> ColumnsOfRead(const LoadedModel& model,
+                                                 const TableOptions& options)
+{
+    std::map<std::string, std::string> columnOf = options.columnOf;
+    if (options.ReadsEndTime()) return columnOf;
+    const std::vector<std::string> read = model.ColumnsOf(CurveShaper::Needs(model.Description()));
+    for (const std::string& name : model.Columns()) {
+        if (std::find(read.begin(), read.end(), name) == read.end()) columnOf.erase(name);
+    }
+    return columnOf;
+}
+
 CaseOptions CaseOptionsOf(const LoadedModel& model, const TableOptions& options)
 {
     return {options.decimal,
@@ -22,7 +35,7 @@ CaseOptions CaseOptionsOf(const LoadedModel& model, const TableOptions& options)
             options.missingTexts,
             model.Output() == nullptr ? std::vector<std::string>() : model.Output()->inputs,
             model.ListedByCells(),
-            options.columnOf,
+            ColumnsOfRead(model, options),
             options.headerRemedy};
 }
 
@@ -41,10 +54,10 @@ RowBits FirstRows(size_t count)
 
 TableScorer::TableScorer(const LoadedModel& model, std::span<const std::string> header,
                          const std::string& tableName, const TableOptions& options)
-    : TableScorer(model.Model(),
-                  options.curves ? CurveShaper::Needs(model.Description()) : model.Description(),
-                  model.Treatments(), header, tableName, CaseOptionsOf(model, options),
-                  options.results)
+    : TableScorer(
+          model.Model(),
+          options.ReadsEndTime() ? model.Description() : CurveShaper::Needs(model.Description()),
+          model.Treatments(), header, tableName, CaseOptionsOf(model, options), options.results)
 {}
 
 TableScorer::TableScorer(const ScoreModel& model, const ModelDescription& description,
@@ -54,8 +67,11 @@ TableScorer::TableScorer(const ScoreModel& model, const ModelDescription& descri
     : schema_(description, results),
       one_(model, description, treatments, header, tableName, std::move(options)),
       reader_(schema_, model.GetTargetVar()),
-      road_(BlockRoad::Make(model, description.variables, one_.Preparer()))
+      road_(BlockRoad::Make(model, description.variables, one_.Preparer())),
+      survivalAsked_(results.survival),
+      survivals_(results.survivalColumns.size())
 {
+    one_.Ask(survivalAsked_);
     if (road_ != nullptr && !BindCategories(road_->Scorer().Categories())) road_.reset();
     for (const ResultColumn& column : schema_.Columns()) {
         if (column.quantity == ResultQuantity::LinearPredictorError) {
@@ -191,6 +207,13 @@ BatchResults TableScorer::PlacesIn(ResultBlock& results)
             case ResultQuantity::CumHazard: places.cumHazard = numbers; break;
             case ResultQuantity::LinearPredictor: places.linearPredictor = numbers; break;
             case ResultQuantity::LinearPredictorError: places.linearPredictorError = numbers; break;
+            case ResultQuantity::Risk: places.risk = numbers; break;
+            case ResultQuantity::MedianSurvival: places.medianSurvival = numbers; break;
+            case ResultQuantity::SurvivalAt:
+                survivals_[column.time] = numbers;
+                places.survivals = survivals_.data();
+                places.survivalTimes = survivalAsked_.times;
+                break;
             case ResultQuantity::Probability: {
                 if (column.category > 0) break;
                 // The columns of the others follow.

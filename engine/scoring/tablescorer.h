@@ -24,9 +24,13 @@ struct TableOptions {
     char decimal = '.';
     std::vector<std::string> missingTexts{};
     ResultOptions results{};
-    /// Only curves are asked for; the table needs no end time then.
+    /// Only curves are asked for, at the times of results.survival or those of the baseline; the
+    /// table needs no end time then.
     bool curves = false;
-    std::map<std::string, std::string> columnOf{};  ///< as CaseOptions::columnOf
+    bool ReadsEndTime() const { return !curves && results.survival.endTime; }
+    /// As CaseOptions::columnOf. What it tells of an end time that isn't read isn't heeded: a table
+    /// for scores serves curves too.
+    std::map<std::string, std::string> columnOf{};
     std::string headerRemedy{};                     ///< as CaseOptions::headerRemedy
 };
 
@@ -99,6 +103,8 @@ private:
     ResultReader reader_;
     std::unique_ptr<BlockRoad> road_;
     bool settled_ = false;                   ///< a row was scored alone
+    SurvivalQuestions survivalAsked_;
+    std::vector<double*> survivals_;         ///< by time
     std::vector<double*> probabilities_;     ///< by the block scorer's categories
     std::vector<int32_t> categoryOfScorer_;  ///< the schema's category of the block scorer's one
     const std::vector<SurvivalPoint> noCurve_;

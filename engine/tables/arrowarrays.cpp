@@ -41,6 +41,7 @@ struct Holder {
 
     void PointTo(ArrowArray& array)
     {
+        pointers.reserve(children.size());
         for (ArrowOwner<ArrowArray>& child : children) pointers.push_back(child.Get());
         array.n_children = static_cast<int64_t>(pointers.size());
         array.children = pointers.empty() ? nullptr : pointers.data();

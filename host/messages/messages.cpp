@@ -400,6 +400,10 @@ constexpr Message kCatalogue[] = {
     {kOtherRun, "ss", "{0} is of another run: its {1} differs",
      "Give the run's own model, tables and options, or leave --resume out to begin anew."},
 
+    {kSurvivalTime, "ss", "{0} has the time '{1}'; expected is a number of 0 or more",
+     "Give times in the unit of the model's end time: 365, or 0.5."},
+    {kTooManySurvivalTimes, "sss", "{0} asks for {1} times; {2} are the most",
+     "Ask for fewer times, or for some of them in each of several runs."},
     {kNoJsonObject, "sds", "{0}: row {1} isn't a JSON object on a line of its own: {2}",
      "Mend the table and score it again; an object over several lines has to be written in one."},
     {kNestedValue, "sds",

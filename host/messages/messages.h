@@ -185,6 +185,8 @@ inline constexpr int kUnknownMappedName = 269327;     // name, the model's field
 inline constexpr int kColumnsWithoutHeader = 269328;  // file, columns, columns needed, their names
 inline constexpr int kTableColumnTaken = 269329;      // column
 inline constexpr int kOtherRun = 269330;              // note, what differs
+inline constexpr int kSurvivalTime = 269331;          // option, text
+inline constexpr int kTooManySurvivalTimes = 269332;  // option, times, limit
 
 // Of them those of JSON Lines.
 inline constexpr int kNoJsonObject = 269340;    // file, row, why

@@ -1,6 +1,7 @@
 #include "host/model/basemodel.h"
 
 #include "host/model/batchscorer.h"
+#include "host/model/modeltables.h"
 #include "host/model/scoringstate.h"
 #include "host/model/versioninfo.h"
 
@@ -97,6 +98,8 @@ MCScore::MCStatus BaseModel::CurveRow(ScoringState&, const ScoreCaseRecord*, boo
     curve.clear();
     return MCScore::MCStatus(MCScore::kCaseNotScorable, false);
 }
+
+void BaseModel::Tabulate(ModelTables& tables) const { tables = {}; }
 
 BaseModel::FUNCNAME_TYPE BaseModel::MiningFunctionFromString(const std::string& text)
 {

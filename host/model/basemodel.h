@@ -54,6 +54,7 @@ public:
     MCScore::MCStatus CurveRow(ScoringState& state, const ScoreCaseRecord* record,
                                bool derivedInRecord,
                                std::vector<SurvivalPoint>& curve) const override;
+    void Tabulate(ModelTables& tables) const override;
     std::unique_ptr<BatchScorer> MakeBatchScorer() const override;
     void SetConfidenceLevel(double level) override { confidenceLevel = level; }
     double GetConfidenceLevel() const override { return confidenceLevel; }

@@ -39,6 +39,10 @@ struct BatchResults {
     double* ciLower = nullptr;
     double* ciUpper = nullptr;
     double* cumHazard = nullptr;
+    double* risk = nullptr;  ///< as SurvivalAnswers, of a model that has survival curves
+    double* medianSurvival = nullptr;
+    double* const* survivals = nullptr;  ///< by time of survivalTimes
+    std::span<const double> survivalTimes{};
     double* const* probabilities = nullptr;  ///< by category of Categories()
 };
 

@@ -22,6 +22,7 @@ class ScoreVersionInfo;
 class ScoringState;
 class TransformationDictionary;
 struct ModelDescription;
+struct ModelTables;
 
 /// A fitted model that scores one case at a time.
 ///
@@ -107,6 +108,8 @@ public:
 
     /// What the model is, in plain data.
     virtual void Describe(ModelDescription& description) const = 0;
+    /// The covariances and baselines that the description leaves out.
+    virtual void Tabulate(ModelTables& tables) const = 0;
     /// What one run of cases changes, with the policy, the prediction-only mark and the confidence
     /// level of the model.
     virtual std::unique_ptr<ScoringState> MakeState() const = 0;
@@ -114,9 +117,10 @@ public:
     /// and, where a policy substitutes, the record.
     virtual MCScore::MCStatus ScoreRow(ScoringState& state, const ScoreCaseRecord* record,
                                        ScoreResult*& result, bool derivedInRecord) const = 0;
-    /// The case's survival at every time of its baseline, ascending, into `curve`, which keeps its
-    /// memory from case to case. The case's own time isn't read. Only a model whose description
-    /// has strata answers OK; any other fails every case with 90029.
+    /// The case's survival at every time of its baseline, ascending, or at the times that the state
+    /// asks for, into `curve`, which keeps its memory from case to case. The case's own time isn't
+    /// read. Only a model whose description has strata answers OK; any other fails every case with
+    /// 90029.
     virtual MCScore::MCStatus CurveRow(ScoringState& state, const ScoreCaseRecord* record,
                                        bool derivedInRecord,
                                        std::vector<SurvivalPoint>& curve) const = 0;

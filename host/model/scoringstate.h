@@ -2,6 +2,7 @@
 #define VELSCORE_HOST_MODEL_SCORINGSTATE_H
 
 #include "host/model/scoremodel.h"
+#include "host/model/survivalpoint.h"
 #include "host/values/numericvalue.h"
 
 namespace MCVelscore_850 {
@@ -31,6 +32,10 @@ public:
     /// values x that its betas multiply, V being the covariances of the document. The
     /// system-missing number where that has none, and wherever there is no linearPredictor.
     double linearPredictorError = NumericValue::GetSysmisValue();
+    /// Of a model that has survival curves; others answer nothing.
+    SurvivalQuestions survivalAsked;
+    /// Of the last case that was scored.
+    SurvivalAnswers survival;
 };
 
 }  // namespace MCVelscore_850

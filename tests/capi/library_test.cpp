@@ -213,6 +213,22 @@ TEST(Curves, OfAnotherFamilyAreRefused)
     EXPECT_EQ(alive, 0);
 }
 
+// Results get bits of what is null with the first of these alone.
+TEST(Arrow, RowsBeforeTheFirstNullHaveValues)
+{
+    for (const size_t null : {0U, 700U, 701U, 999U}) {
+        std::vector<std::optional<double>> x(1000, 3.0);
+        x[null].reset();
+        const ReadTables scores =
+            ScoresOf(TestModel().Text(), Table({Numbers("x", x), Same("sex", "m", 1000)}));
+        const std::vector<double> predictions = NumbersOf(scores, "prediction");
+        ASSERT_EQ(predictions.size(), 1000U);
+        for (size_t row = 0; row < 1000; ++row) {
+            ASSERT_EQ(predictions[row], row == null ? kNull : 17.0) << row;  // 1 + 2 * 3 + 10
+        }
+    }
+}
+
 std::string ManyRows(size_t rows)
 {
     std::string table = "id,x,sex\n";
@@ -364,6 +380,27 @@ TEST(PlainColumns, CategoriesAreCodesWithTheirTexts)
     }
     EXPECT_EQ(binding.Category(-1), nullptr);
     EXPECT_EQ(binding.Category(99), nullptr);
+}
+
+// A case of R's, whose numbers stand beside it in tests/data/survival/lung-efron.
+TEST(PlainColumns, OfACoxModelAreThoseThatAreNamed)
+{
+    const auto model = velscore::Model::Open("tests/data/survival/lung-efron/model.pmml");
+    velscore::Binding binding =
+        model.Bind({"age", "ph.karno", "sex"},
+                   {.columns = {"survival@365", "median_survival", "risk", "survival@1500"}});
+    const std::vector<double> age{74.0};
+    const std::vector<double> karno{90.0};
+    const char* const sexes[] = {"male", "female"};
+    const std::vector<int32_t> sex{0};
+    const velscore::Column columns[] = {{age}, {karno}, {sex, sexes}};
+    const velscore::Scores scores = binding.Score(columns);
+    EXPECT_NEAR(scores.Named("survival@365").numbers[0], 0.32713094379560925, 1e-12);
+    EXPECT_EQ(scores.Named("median_survival").numbers[0], 283.0);
+    EXPECT_NEAR(scores.Named("risk").numbers[0], 1.0361871642727902, 1e-12);
+    EXPECT_TRUE(std::isnan(scores.Named("survival@1500").numbers[0]));
+    EXPECT_THROW(model.Bind({"age", "ph.karno", "sex"}, {.columns = {"survival@-1"}}),
+                 velscore::Error);
 }
 
 TEST(PlainColumns, AreRefusedWhereTheyDontFit)

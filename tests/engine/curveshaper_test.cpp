@@ -49,18 +49,36 @@ TEST(CurveShaper, SuitsModelsThatHaveABaseline)
     EXPECT_TRUE(CurveShaper::Suits(description));
 }
 
+constexpr double kMissing = NumericValue::GetSysmisValue();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
 TEST(CurveShaper, WritesALineForEachTimeAndOneForACaseWithoutACurve)
 {
     RowText rows;
-    constexpr double kMissing = NumericValue::GetSysmisValue();
-    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-    rows.AddHeader(CurveShaper::Columns());
-    CurveShaper::WriteCurve(rows, 1, {{0.5, 1.0, 0.0}, {2.0, 0.75, 0.25}});
-    CurveShaper::WriteNoCurve(rows, 2);
-    CurveShaper::WriteCurve(rows, 3, {{9.0, kMissing, kNaN}});
-    CurveShaper::WriteCurve(rows, 4, {});
+    const CurveShaper shaper({}, {}, {}, "t");
+    rows.AddHeader(shaper.Columns());
+    shaper.WriteCurve(rows, {}, 1, {{0.5, 1.0, 0.0}, {2.0, 0.75, 0.25}});
+    shaper.WriteTorn(rows, "t", 2);
+    shaper.WriteCurve(rows, {}, 3, {{9.0, kMissing, kNaN}});
+    shaper.WriteCurve(rows, {}, 4, {});
     EXPECT_EQ(rows.Text(),
               "row,time,survival,cum_hazard\n1,0.5,1,0\n1,2,0.75,0.25\n2,,,\n3,9,,\n4,,,\n");
+}
+
+TEST(CurveShaper, WritesALineForEachCaseInTheWideForm)
+{
+    RowText rows;
+    const Names header{"id", "row"};
+    const CurveShaper shaper({.wide = true, .times = {0.5, 2.0}},
+                             {.keep = {"row", "id"}, .tableColumn = "table"}, header, "t");
+    rows.AddHeader(shaper.Columns());
+    const std::vector<std::string_view> fields{"a", "7"};
+    shaper.WriteCurve(rows, {fields, "t"}, 1, {{0.5, 1.0, 0.0}, {2.0, kMissing, kNaN}});
+    shaper.WriteCurve(rows, {fields, "t"}, 2, {});
+    shaper.WriteTorn(rows, "t", 3);
+    EXPECT_EQ(rows.Text(),
+              "table,input.row,id,row,survival@0.5,survival@2\n"
+              "t,7,a,1,1,\nt,7,a,2,,\nt,,,3,,\n");
 }
 
 }  // namespace

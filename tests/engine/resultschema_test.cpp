@@ -95,6 +95,29 @@ TEST(ResultSchema, OptionsForNamesTakeWhatCostsTimeOnlyWhereItIsNamed)
     EXPECT_TRUE(asksForErrors({"std_err"}));  // to be refused with all that there are
 }
 
+TEST(ResultSchema, OptionsForACoxModelAskForSurvivalAsItIsNamed)
+{
+    ModelDescription description;
+    description.resultType = ScoreResult::COXREG_RESULT;
+    description.equations.resize(1);
+    const auto asked = [&](const Names& names) { return OptionsFor(description, names); };
+    const ResultOptions all = asked({"survival@9.5", "risk", "median_survival", "survival@1e1"});
+    EXPECT_TRUE(all.survival.risk && all.survival.median);
+    EXPECT_FALSE(all.survival.endTime);
+    EXPECT_EQ(NamesOf(ResultSchema(description, all)),
+              (Names{"linear_predictor", "risk", "median_survival", "survival@1e1", "survival@9.5",
+                     "status", "status_field"}));
+    EXPECT_EQ(all.survival.times, (std::vector<double>{10.0, 9.5}));
+    const ResultOptions risk = asked({"risk", "cum_hazard"});
+    EXPECT_TRUE(risk.survival.risk && risk.survival.endTime);
+    EXPECT_FALSE(risk.survival.median);
+    EXPECT_FALSE(asked({"linear_predictor", "status"}).survival.endTime);
+    EXPECT_TRUE(asked({"status"}).survival.endTime);
+    // To be refused with all that there are.
+    const ResultOptions unknown = asked({"rsk"});
+    EXPECT_TRUE(unknown.survival.risk && unknown.survival.median && unknown.survival.endTime);
+}
+
 TEST(ResultSchema, PredictionsAreNumbersOrCategories)
 {
     ModelDescription description;
@@ -134,7 +157,8 @@ TEST(ResultSchema, NumbersThatStandForNoneDoNotExist)
     for (const auto quantity :
          {ResultQuantity::Prediction, ResultQuantity::StdDev, ResultQuantity::CILower,
           ResultQuantity::CIUpper, ResultQuantity::Probability, ResultQuantity::CumHazard,
-          ResultQuantity::LinearPredictor, ResultQuantity::LinearPredictorError}) {
+          ResultQuantity::LinearPredictor, ResultQuantity::LinearPredictorError,
+          ResultQuantity::Risk, ResultQuantity::MedianSurvival, ResultQuantity::SurvivalAt}) {
         EXPECT_TRUE(ResultSchema::Exists(quantity, 0.0));
         EXPECT_TRUE(ResultSchema::Exists(quantity, 1e300));
         EXPECT_FALSE(ResultSchema::Exists(quantity, kMissing));

@@ -44,8 +44,10 @@ struct CaseTable {
 inline std::vector<std::string> ScoreTable(const LoadedModel& model, const CaseTable& table,
                                            size_t times)
 {
-    TableScorer scorer(model, table.header, "input.csv",
-                       {.results = {.linearPredictor = true, .linearPredictorError = true}});
+    ResultOptions options{.linearPredictor = true, .linearPredictorError = true};
+    options.survival = {.risk = true, .median = true, .times = {0.0, 5.0, 100.5, 400.0, 1e6}};
+    options.survivalColumns = {"at 0", "at 5", "at 100.5", "at 400", "at 1e6"};
+    TableScorer scorer(model, table.header, "input.csv", {.results = options});
     ResultBlock results(scorer.Schema());
     const size_t columns = table.header.size();
     TextRows rows(columns);

@@ -1,0 +1,296 @@
+"""Models: loading them, and what is asked of them."""
+
+from __future__ import annotations
+
+import json
+import os
+import warnings
+
+from . import _velscore
+from ._errors import DocumentWarning, OptionError
+from ._kinds import Run, kind_of
+from ._options import score_options
+
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from collections.abc import Iterable, Mapping, Sequence
+    from typing import IO, Any, Union
+
+    from typing_extensions import TypeAlias, Unpack
+
+    from ._typing import Options
+
+    Document: TypeAlias = Union[str, os.PathLike[str], bytes, bytearray, memoryview, IO[bytes]]
+
+
+def _text_of(document: Document) -> tuple[bytes, str]:
+    """The bytes of a document, and how messages call it."""
+    if isinstance(document, (bytes, bytearray, memoryview)):
+        return bytes(document), "document"
+    if isinstance(document, (str, os.PathLike)):
+        path = os.fspath(document)
+        if isinstance(path, str) and path.lstrip().startswith("<"):
+            raise TypeError("a document is bytes, a path or an open file; its text isn't a path")
+        with open(path, "rb") as file:
+            return file.read(), os.fsdecode(path)
+    if not hasattr(document, "read"):
+        raise TypeError(
+            f"{type(document).__name__} is no document; expected is a path, bytes or an open file"
+        )
+    text = document.read()
+    name = getattr(document, "name", "document")
+    if not isinstance(text, bytes):
+        raise TypeError("the file gives text; open it in binary mode: a document says its encoding")
+    return text, name if isinstance(name, str) else "document"
+
+
+def load(
+    document: Document, *, as_is: bool = False, allow: Iterable[str] = (), name: str | None = None
+) -> Model:
+    """Reads the model of a document: a path, bytes, or a file that is open in binary mode.
+
+    A document with a fault raises `DocumentError`; `allow` names rules whose faults are taken for
+    notices instead, as `check` tells them, and `as_is` reads a document without looking for faults
+    and without adapting what other programs write. Notices are warned of, as `DocumentWarning`.
+    `name` is what messages call the document.
+
+    >>> load("examples/motor-cars/model.pmml")
+    <velscore.Model: general linear model of mpg by cyl, am, wt, hp>
+    """
+    text, own_name = _text_of(document)
+    model = _made(text, own_name if name is None else name, as_is, tuple(allow))
+    for notice in model.inspect()["notices"]:
+        warnings.warn(notice, DocumentWarning, stacklevel=2)
+    return model
+
+
+def _made(text: bytes, name: str, as_is: bool, allow: tuple[str, ...]) -> Model:
+    """A model without warnings, as a pickled one is read again."""
+    return Model(_velscore.Model(text, name, as_is, allow), text, name, as_is, allow)
+
+
+def check(
+    document: Document, *, as_is: bool = False, allow: Iterable[str] = ()
+) -> dict[str, Any]:
+    """Whether a document can be read, and what was found and adapted in it.
+
+    The report is the one of ``velscore check --json``. A document that can't be used is no error.
+
+    >>> check("examples/motor-cars/model.pmml")["ok"]
+    True
+    """
+    text, name = _text_of(document)
+    return _check(text, name, as_is, tuple(allow))
+
+
+def _check(text: bytes, name: str, as_is: bool, allow: tuple[str, ...]) -> dict[str, Any]:
+    report: dict[str, Any] = json.loads(_velscore.check(text, name, as_is, allow))
+    return report
+
+
+class Model:
+    """A regression model that was read from a document. Made by `load`.
+
+    It takes tables of many kinds, and answers in the same kind: data frames of pandas (the index is
+    kept) and Polars (lazy ones are scored when they are collected), tables, batches and readers of
+    pyarrow, relations of DuckDB, arrays of NumPy (records, or two dimensions), dicts of columns,
+    lists of dicts. Whatever else speaks Arrow's C streams gets a `Table`, which does too.
+
+    Any number of threads may use one model at once; Python's lock is released while it scores. It is
+    pickled and copied by the text of its document.
+    """
+
+    __slots__ = ("_allow", "_as_is", "_core", "_described", "_name", "_text")
+
+    def __init__(
+        self, core: _velscore.Model, text: bytes, name: str, as_is: bool, allow: tuple[str, ...]
+    ) -> None:
+        self._core = core
+        self._text = text
+        self._name = name
+        self._as_is = as_is
+        self._allow = allow
+        self._described: dict[str, Any] | None = None
+
+    def __reduce__(self) -> Any:
+        return _made, (self._text, self._name, self._as_is, self._allow)
+
+    # ---- What it is ----
+
+    def _about(self) -> dict[str, Any]:
+        if self._described is None:
+            self._described = json.loads(self._core.describe())
+        return self._described
+
+    def inspect(self) -> dict[str, Any]:
+        """What the model is, as ``velscore inspect --json`` tells it.
+
+        >>> load("examples/motor-cars/model.pmml").inspect()["target"]
+        'mpg'
+        """
+        about: dict[str, Any] = json.loads(self._core.describe())
+        return about
+
+    @property
+    def feature_names_in_(self) -> list[str]:
+        """The columns that a table needs.
+
+        >>> load("examples/motor-cars/model.pmml").feature_names_in_
+        ['cyl', 'am', 'wt', 'hp']
+        """
+        return list(self._about()["reads"])
+
+    @property
+    def classes_(self) -> list[str]:
+        """The categories of the target, in the order of their probabilities; none of a number.
+
+        >>> load("examples/birth-weight/model.pmml").classes_
+        ['normal', 'low']
+        """
+        return list(self._about()["targetCategories"])
+
+    def check(self) -> dict[str, Any]:
+        """The report of the document, as `velscore.check` gives it."""
+        return _check(self._text, self._name, self._as_is, self._allow)
+
+    def verify(self) -> dict[str, Any]:
+        """Scores the records that the document carries, and compares.
+
+        The report is the one of ``velscore verify --json``; a document without records raises
+        `DocumentError`.
+        """
+        report: dict[str, Any] = json.loads(self._core.verify())
+        return report
+
+    def __repr__(self) -> str:
+        about = self._about()
+        reads = ", ".join(about["reads"][:8]) + (", ..." if len(about["reads"]) > 8 else "")
+        target = f" of {about['target']}" if about["target"] else ""
+        return f"<velscore.Model: {about['family']}{target} by {reads}>"
+
+    def _repr_html_(self) -> str:
+        from ._html import model_html
+
+        return model_html(self._about())
+
+    # ---- Scoring ----
+
+    def _run(
+        self, options: dict[str, Any], names: Sequence[str] | None, reads: Sequence[str] | None = None
+    ) -> Run:
+        called = options["map"] or {}
+        fields = self.feature_names_in_ if reads is None else reads
+        return Run(self._core, options, [called.get(name, name) for name in fields], names)
+
+    def score(
+        self,
+        table: Any,
+        *,
+        keep: str | Iterable[str] | bool | None = None,
+        columns: str | Iterable[str] | None = None,
+        names: Sequence[str] | None = None,
+        **options: Unpack[Options],
+    ) -> Any:
+        """All results of the rows of a table: prediction, errors, limits, probabilities, status.
+
+        A row that can't be scored has no values; its status, 0 elsewhere, says why, and status_field
+        which column was at fault.
+
+        keep      columns of the table to repeat in front of the results; True for all of them
+        columns   the results that are wanted, by name; "probabilities" stands for all of these
+        names     the names of the columns of an array of two dimensions
+        nan       "missing", the default, or "invalid": what a NaN is
+        policy    "substitute", "sysmis" or "status": what becomes of missing values
+        level     of confidence limits, 0.95 by default
+        strict    whether a row that can't be scored raises `TableError`
+        missing   texts that mean missing, beside the empty one and NA
+        map       the model's fields whose columns are called otherwise: {field: column}
+
+        >>> model = load("examples/swiss-fertility/model.pmml")
+        >>> model.score({"Agriculture": [17.0], "Examination": [15], "Education": [12],
+        ...              "Catholic": [9.96], "Infant.Mortality": [22.2]}, columns="prediction")
+        {'prediction': [74.61529723771785]}
+        """
+        run = self._run(score_options(keep, columns, **options), names)
+        return kind_of(table).score(table, run)
+
+    def predict(
+        self, table: Any, *, names: Sequence[str] | None = None, **options: Unpack[Options]
+    ) -> Any:
+        """The prediction of each row: a mean, a category, a probability to survive.
+
+        A column of the table's kind: a Series, a ChunkedArray, an array, a list; of what is scored
+        later a table of one column. What `score` takes, but for keep and columns.
+        """
+        run = self._run(score_options(None, "prediction", **options), names)
+        return kind_of(table).predict(table, run)
+
+    def predict_proba(
+        self, table: Any, *, names: Sequence[str] | None = None, **options: Unpack[Options]
+    ) -> Any:
+        """The probabilities of the categories, in columns that are called like `classes_`.
+
+        Of an array of NumPy two dimensions. A model without categories raises `OptionError`.
+        """
+        if not any(c["column"].startswith("probability(") for c in self._about()["columns"]):
+            raise OptionError(f"{self._about()['family']} has no probabilities of categories")
+        run = self._run(score_options(None, "probabilities", **options), names)
+        return kind_of(table).probabilities(table, run, self.classes_)
+
+    def curve(
+        self, table: Any, *, names: Sequence[str] | None = None, **options: Unpack[Options]
+    ) -> Any:
+        """Survival curves of the rows, of Cox models alone: time, survival and cum_hazard.
+
+        A line for each time of each row, which the column row counts from 1; frames of pandas have
+        the index of their row instead. The table needs no end time.
+        """
+        if options.get("level") is not None:
+            raise OptionError("level isn't an option of curves")
+        about = self._about()
+        reads = [name for name in about["reads"] if name != about["endTime"]]
+        run = self._run(score_options(**options), names, reads)
+        return kind_of(table).curve(table, run)
+
+    def bind(
+        self,
+        columns: Sequence[str],
+        *,
+        results: str | Iterable[str] | None = "prediction",
+        **options: Unpack[Options],
+    ) -> _velscore.Scorer:
+        """Finds the columns once, for programs that score a row at a time.
+
+        >>> model = load("examples/motor-cars/model.pmml")
+        >>> score = model.bind(["wt", "hp", "cyl", "am"])
+        >>> score(2.62, 110, 6, "manual")
+        {'prediction': 22.189600083829404}
+        """
+        return _velscore.Scorer(self._core, columns, score_options(None, results, **options))
+
+
+def scan_csv(
+    path: str | os.PathLike[str],
+    model: Model,
+    *,
+    keep: str | Iterable[str] | bool | None = None,
+    columns: str | Iterable[str] | None = None,
+    delimiter: str | None = None,
+    decimal: str | None = None,
+    header: bool = True,
+    threads: int = 0,
+    **options: Unpack[Options],
+) -> _velscore.Stream:
+    """Scores a file, CSV or JSON Lines, compressed or not, as its results are asked for.
+
+    On `threads` threads, by default as many as the process may use. The stream is read once: by
+    whatever reads Arrow's C streams, or as an iterator over `Table`s.
+
+    >>> model = load("examples/motor-cars/model.pmml")
+    >>> scan_csv("examples/motor-cars/cases.csv", model).read().values(0)[0]
+    22.189600083829404
+    """
+    options_of_scores = score_options(keep, columns, **options)
+    return _velscore.scan(
+        model._core, os.fsencode(path), options_of_scores, delimiter, decimal, header, threads
+    )

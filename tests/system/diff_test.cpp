@@ -1,0 +1,204 @@
+// diff through the command: what two models, and their scores, differ in.
+
+#include <filesystem>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/system/csvtext.h"
+#include "tests/system/runcommand.h"
+#include "tests/system/testmodel.h"
+
+namespace MCVelscore_850 {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+std::string Case(const std::string& name) { return DataFile("cases/" + name + "/model.pmml"); }
+
+std::string Replaced(std::string text, const std::string& from, const std::string& to)
+{
+    const size_t at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    return at == std::string::npos ? text : text.replace(at, from.size(), to);
+}
+
+TEST(Diff, ADocumentIsTheSameAsItself)
+{
+    for (const auto& folder : std::filesystem::directory_iterator(DataFile("cases"))) {
+        const std::string model = folder.path() / "model.pmml";
+        if (!std::filesystem::exists(model)) continue;
+        const Finished run = RunVelscore({"diff", model, model, folder.path() / "input.csv"});
+        EXPECT_EQ(run.exitCode, 0) << model << "\n" << run.out << run.err;
+        EXPECT_EQ(run.out, "");
+    }
+}
+
+TEST(Diff, AConvertedDocumentIsTheSame)
+{
+    const ScratchFolder folder;
+    int converted = 0;
+    Texts documents;
+    for (const auto& each : std::filesystem::directory_iterator(DataFile("regression"))) {
+        if (each.is_directory()) documents.push_back(each.path() / "model.pmml");
+    }
+    for (const char* name : {"legacy-lm-stackloss", "legacy-mlr-birthwt"}) {
+        for (const auto& each : std::filesystem::directory_iterator(DataFile("cases/") + name)) {
+            const std::string path = each.path();
+            if (path.ends_with(".xml") || path.ends_with(".pmml")) documents.push_back(path);
+        }
+    }
+    for (const std::string& document : documents) {
+        const Finished made = RunVelscore({"convert", document, "-o", folder.Path("new.pmml")});
+        if (made.exitCode != 0) continue;  // not of a form that is converted
+        ++converted;
+        const Finished run = RunVelscore({"diff", document, folder.Path("new.pmml")});
+        EXPECT_EQ(run.exitCode, 0) << document << "\n" << run.out << run.err;
+        EXPECT_EQ(run.err, "velscore: the models are the same\n");
+    }
+    EXPECT_GE(converted, 10);
+}
+
+struct Changed {
+    const char* name;
+    std::string from;
+    std::string to;
+    std::string says;
+};
+void PrintTo(const Changed& changed, std::ostream* out) { *out << changed.name; }
+
+class DiffOfModels : public testing::TestWithParam<Changed> {};
+INSTANTIATE_TEST_SUITE_P(
+    Each, DiffOfModels,
+    testing::Values(Changed{"Beta", "beta=\"2\"", "beta=\"2.5\"", "beta x: 2 -> 2.5 (by 0.5)\n"},
+                    Changed{"Df", "modelDF=\"8\"", "modelDF=\"9\"", "model df: 8 -> 9 (by 1)\n"},
+                    Changed{"Covariance", "pCol=\"p0\" value=\"4\"", "pCol=\"p0\" value=\"6\"",
+                            "covariances 1 of 9 cells, the most row 1, column 1: 4 -> 6 (by 2)\n"},
+                    Changed{"Exponent", "value=\"1\" predictorName=\"x\"",
+                            "value=\"2\" predictorName=\"x\"",
+                            "beta x: 2 -> none\nbeta x^2: none -> 2\n"},
+                    Changed{"Category", "<Value value=\"m\"/>",
+                            "<Value value=\"m\"/><Value value=\"z\"/>",
+                            "field sex: text, categorical: f, m -> text, categorical: f, m, z\n"},
+                    Changed{"Replacement", "name=\"x\" usageType=\"active\"",
+                            "name=\"x\" usageType=\"active\" missingValueReplacement=\"3\"",
+                            "missing value of x: none -> 3\n"}),
+    [](const auto& each) { return std::string(each.param.name); });
+
+TEST_P(DiffOfModels, IsToldAndEndsWithSix)
+{
+    const ScratchFolder folder;
+    const std::string text = TestModel().Text();
+    const std::string first = folder.Write("a.pmml", text);
+    const std::string second =
+        folder.Write("b.pmml", Replaced(text, GetParam().from, GetParam().to));
+    const Finished run = RunVelscore({"diff", first, second});
+    EXPECT_EQ(run.exitCode, 6) << run.err;
+    EXPECT_EQ(run.out, GetParam().says);
+}
+
+TEST(Diff, NamesOfParametersAreNoDifference)
+{
+    const ScratchFolder folder;
+    std::string text = TestModel().Text();
+    const std::string first = folder.Write("a.pmml", text);
+    for (size_t at = 0; (at = text.find("\"p2\"", at)) != std::string::npos;) {
+        text.replace(at, 4, "\"other\"");
+    }
+    EXPECT_EQ(RunVelscore({"diff", first, folder.Write("b.pmml", text)}).exitCode, 0);
+}
+
+TEST(Diff, BaselinesAreComparedByStratum)
+{
+    const ScratchFolder folder;
+    const std::string text = ReadFile(DataFile("survival/veteran-strata-efron/model.pmml"));
+    const size_t cell = text.find("<BaselineCell", text.find("value=\"adeno\" maxTime"));
+    const size_t begin = text.find("cumHazard=\"", cell) + 11;
+    std::string changed = text;
+    changed.replace(begin, text.find('"', begin) - begin, "0");
+    const Finished run =
+        RunVelscore({"diff", folder.Write("a.pmml", text), folder.Write("b.pmml", changed)});
+    EXPECT_EQ(run.exitCode, 6) << run.err;
+    EXPECT_EQ(run.out.substr(0, 27), "baseline adeno: 1 of 26 haz") << run.out;
+    const Finished ties = RunVelscore({"diff", DataFile("survival/lung-efron/model.pmml"),
+                                       DataFile("survival/lung-breslow/model.pmml")});
+    EXPECT_NE(ties.out.find("beta age: "), std::string::npos) << ties.out;
+    EXPECT_NE(ties.out.find(" hazards, the most at "), std::string::npos) << ties.out;
+}
+
+TEST(Diff, ScoresAreComparedRowByRow)
+{
+    const ScratchFolder folder;
+    const std::string text = TestModel().Text();
+    const std::string first = folder.Write("a.pmml", text);
+    // 1 + 2 x + 10 [sex = m] and 1 + 2.5 x + 10 [sex = m], x = 3 where it is missing
+    const std::string second = folder.Write(
+        "b.pmml",
+        Replaced(Replaced(text, "beta=\"2\"", "beta=\"2.5\""), "name=\"x\" usageType=\"active\"",
+                 "name=\"x\" usageType=\"active\" missingValueReplacement=\"3\""));
+    const std::string cases = "x,sex\n0,f\n2,m\n-6,f\n,m\ny,f\n";
+    const Finished run = RunVelscore({"diff", first, second, "-"}, cases);
+    EXPECT_EQ(run.exitCode, 6);
+    EXPECT_NE(run.out.find("rows scored by the second alone: 1\n"), std::string::npos) << run.out;
+    // 0, 1 and 3 apart over three rows
+    EXPECT_NE(run.out.find("prediction: 2 of 3 rows differ, by 3 at most (row 3: -11 -> -14), by "
+                           "1.3333333333333333 in the mean\n"),
+              std::string::npos)
+        << run.out;
+    EXPECT_NE(run.err.find("3 of 5 cases scored by both, with differences"), std::string::npos)
+        << run.err;
+    const auto report =
+        nlohmann::json::parse(RunVelscore({"diff", "--json", first, second, "-"}, cases).out);
+    EXPECT_EQ(report.at("same"), false);
+    EXPECT_EQ(report.at("differences").size(), 2U);
+    EXPECT_EQ(report.at("differences")[1].at("size"), 0.5);
+    const auto& scores = report.at("scores");
+    EXPECT_EQ(scores.at("secondAlone"), 1);
+    EXPECT_EQ(scores.at("columns")[0].at("row"), 3);
+    EXPECT_EQ(scores.at("columns")[0].at("largest"), 3.0);
+}
+
+TEST(Diff, ChangedCategoriesAreCounted)
+{
+    const ScratchFolder folder;
+    const std::string text = ReadFile(Case("mlr-birthwt-race"));
+    const size_t begin = text.find("beta=\"") + 6;
+    std::string changed = text;
+    changed.replace(begin, text.find('"', begin) - begin, "40");
+    const Finished run =
+        RunVelscore({"diff", Case("mlr-birthwt-race"), folder.Write("b.pmml", changed),
+                     DataFile("cases/mlr-birthwt-race/input.csv")});
+    EXPECT_EQ(run.exitCode, 6);
+    EXPECT_NE(run.out.find(" rows differ, first row "), std::string::npos) << run.out;
+}
+
+struct Trouble {
+    const char* name;
+    Texts arguments;
+    int exitCode;
+};
+void PrintTo(const Trouble& trouble, std::ostream* out) { *out << trouble.name; }
+
+class DiffInTrouble : public testing::TestWithParam<Trouble> {};
+INSTANTIATE_TEST_SUITE_P(
+    Each, DiffInTrouble,
+    testing::Values(
+        Trouble{"OneDocument", {Case("lm-swiss")}, 1}, Trouble{"StandardInputTwice", {"-", "-"}, 1},
+        Trouble{"NoDocument", {Case("lm-swiss"), "/nowhere/b.pmml"}, 2},
+        Trouble{"NoTable", {Case("lm-swiss"), Case("lm-swiss"), "/nowhere/c.csv"}, 3},
+        Trouble{"TableOfAnother",
+                {Case("lm-swiss"), Case("lm-swiss"), DataFile("cases/clr-infert/input.csv")},
+                3}),
+    [](const auto& each) { return std::string(each.param.name); });
+
+TEST_P(DiffInTrouble, EndsAsOtherCommandsDo)
+{
+    Texts arguments{"diff"};
+    arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());
+    const Finished run = RunVelscore(arguments, "");
+    EXPECT_EQ(run.exitCode, GetParam().exitCode) << run.err;
+    EXPECT_EQ(run.out, "");
+}
+
+}  // namespace
+}  // namespace MCVelscore_850
