@@ -67,6 +67,7 @@ protected:
         double* const lp = block.Work(kLp);
         kernels_.equations(block.columns, start, model_.plan.View(), model_.betasByParameter.data(),
                            categories, lp);
+        if (categories == 1) Give(lp, block.results.linearPredictor, block.rows);
         if (block.results.probabilities == nullptr) {
             kernels_.largest(lp, categories, block.Work(kIndex), block.rows);
         } else {
@@ -108,6 +109,10 @@ protected:
         double* const y = block.Work(kY);
         kernels_.equations(block.columns, block.Work(kStart), model_.plan.View(),
                            model_.betasByParameter.data(), categories, y);
+        if (model_.soleEquation) {
+            Give(y + *model_.soleEquation * kernels::kBlockRows, block.results.linearPredictor,
+                 block.rows);
+        }
         for (size_t row = 0; row < block.rows; ++row) {
             const int predicted =
                 kernels::Normalize(model_.normalization, y + row, categories, kernels::kBlockRows);

@@ -59,6 +59,7 @@ MCScore::MCStatus MLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* r
     // probabilities and only shifts what the guards against overflow look at, on purpose.
     kernels::SumsOfTerms<kernels::Ends::Alone>(state.offset, plan.View(), betasByParameter.data(),
                                                categories, cells, lp, 1);
+    if (categories == 1) state.linearPredictor = lp[0];
     const auto largest = kernels::LargestOf(lp, categories);
     double sum = 0.0;
     if (!state.predictionOnly) {

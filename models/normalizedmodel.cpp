@@ -71,13 +71,18 @@ bool NormalizedModel::Setup()
 void NormalizedModel::FinishPlan()
 {
     if (categoryMap.empty()) return;
-    normalization.remainder = categoryMap.size() - 1;
-    if (normalization.method == kernels::Normalization::Quotients) return;
+    const size_t categories = categoryMap.size();
+    normalization.remainder = categories - 1;
+    if (normalization.method == kernels::Normalization::Quotients) {
+        if (categories == 1) soleEquation = 0;
+        return;
+    }
     if (ordered) {
         normalization.method = kernels::Normalization::Steps;
     } else if (const auto found = categoryMap.find(remainder); found != categoryMap.end()) {
         normalization.remainder = static_cast<size_t>(found->second);
     }
+    if (categories == 2) soleEquation = 1 - normalization.remainder;
 }
 
 MCScore::MCStatus NormalizedModel::ScoreCase(CaseState& state, const ScoreCaseRecord* record,
@@ -96,6 +101,7 @@ MCScore::MCStatus NormalizedModel::ScoreCase(CaseState& state, const ScoreCaseRe
     const kernels::CaseCells cells{state.numbers.data(), state.codes.data()};
     kernels::SumsOfTerms<kernels::Ends::Alone>(0.0, plan.View(), betasByParameter.data(),
                                                categories, cells, y, 1);
+    if (soleEquation) state.linearPredictor = y[*soleEquation];
     const int predicted = kernels::Normalize(normalization, y, categories, 1);
     if (predicted < 0) {
         walk.WriteMissingPrediction();

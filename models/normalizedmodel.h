@@ -1,6 +1,8 @@
 #ifndef VELSCORE_MODELS_NORMALIZEDMODEL_H
 #define VELSCORE_MODELS_NORMALIZEDMODEL_H
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -68,6 +70,8 @@ private:
     bool ordered = false;
     std::string remainder;
     kernels::Normalization normalization;
+    /// The category of the equation, where there is just one: its y is the linear predictor.
+    std::optional<size_t> soleEquation;
 };
 
 }  // namespace MCVelscore_850

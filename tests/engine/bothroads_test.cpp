@@ -1,5 +1,5 @@
-// The documents under tests/data/cases by both roads of a TableScorer: rows together, where the
-// model has a block scorer, and rows alone.
+// The documents under tests/data/cases and tests/data/regression by both roads of a TableScorer:
+// rows together, where the model has a block scorer, and rows alone.
 #include <filesystem>
 #include <map>
 #include <set>
@@ -21,9 +21,11 @@ const std::map<std::string, std::string> kWithoutBlocks{};
 std::vector<std::string> CaseFolders()
 {
     std::vector<std::string> folders;
-    for (const auto& entry : std::filesystem::directory_iterator("tests/data/cases")) {
-        if (std::filesystem::exists(entry.path() / "model.pmml")) {
-            folders.push_back(entry.path().filename().string());
+    for (const char* const room : {"tests/data/cases", "tests/data/regression"}) {
+        for (const auto& entry : std::filesystem::directory_iterator(room)) {
+            if (std::filesystem::exists(entry.path() / "model.pmml")) {
+                folders.push_back(entry.path().string());
+            }
         }
     }
     std::sort(folders.begin(), folders.end());
@@ -32,8 +34,8 @@ std::vector<std::string> CaseFolders()
 
 // A case folder: its model, and its table.
 struct CaseFolder {
-    explicit CaseFolder(const std::string& name)
-        : path("tests/data/cases/" + name + "/"),
+    explicit CaseFolder(const std::string& folder)
+        : path(folder + "/"),
           model(path + "model.pmml", std::make_shared<Plugin>(VELSCORE_PLUGIN)),
           table(path + "input.csv")
     {}
@@ -63,7 +65,7 @@ std::vector<std::string> ScoreAlone(const CaseFolder& folder, size_t times)
 class BothRoads : public testing::TestWithParam<std::string> {};
 INSTANTIATE_TEST_SUITE_P(Cases, BothRoads, testing::ValuesIn(CaseFolders()),
                          [](const auto& folder) {
-                             std::string name = folder.param;
+                             auto name = std::filesystem::path(folder.param).filename().string();
                              for (char& c : name) {
                                  if (std::isalnum(static_cast<unsigned char>(c)) == 0) c = '_';
                              }

@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "engine/documents/loadedmodel.h"
@@ -16,17 +17,23 @@
 
 namespace MCVelscore_850 {
 
-// A file of cases, whole in memory.
+// A table of cases, whole in memory: of a file, of another source, or made.
 struct CaseTable {
-    explicit CaseTable(const std::string& path)
+    explicit CaseTable(const std::string& path) : CaseTable(InputFile(path)) {}
+    explicit CaseTable(ByteSource&& source)
     {
-        InputFile source(path);
         RowReader reader(source);
         header = reader.Header();
         std::span<const std::string_view> fields;
         while (reader.Next(fields)) texts.insert(texts.end(), fields.begin(), fields.end());
         views.assign(texts.begin(), texts.end());
     }
+    // `cells` has a text for each column of each row.
+    CaseTable(std::vector<std::string> columns, std::vector<std::string> cells)
+        : header(std::move(columns)), texts(std::move(cells)), views(texts.begin(), texts.end())
+    {}
+    CaseTable(const CaseTable&) = delete;  // the views are of its own texts
+    CaseTable& operator=(const CaseTable&) = delete;
 
     std::vector<std::string> header;
     std::vector<std::string> texts;

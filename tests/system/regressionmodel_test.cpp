@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "tests/scratchfolder.h"
 #include "tests/system/runcommand.h"
 
 namespace MCVelscore_850 {
@@ -49,6 +50,26 @@ INSTANTIATE_TEST_SUITE_P(
                     FamilyRow{"sk-multinomial-iris", "multinomial logistic regression"},
                     FamilyRow{"r-polr-logit-housing", "ordinal regression"},
                     FamilyRow{"hand-three-simplemax", "multinomial regression"}));
+
+// Two categories have one equation, whatever becomes of its value: 2 + x / 4 + z / 8 of cauchit, 1
+// / 4 + x / 2 - 5 z / 4 of the others. The first row goes through the model alone, the others
+// together.
+TEST(RegressionModel, OneEquationOfTwoCategoriesIsTheLinearPredictor)
+{
+    const std::string others = "linear_predictor\n-8\n-8\n-1.75\n11.25\n";
+    const std::pair<const char*, std::string> rows[] = {
+        {"hand-two-cauchit", "linear_predictor\n3.125\n3.125\n1\n1.5\n"},
+        {"hand-two-cloglog", others},
+        {"hand-two-loglog", others},
+        {"hand-two-probit", others}};
+    const ScratchFolder folder;
+    const std::string cases = folder.Write("cases.csv", "x,z\n1,7\n1,7\n-4,0\n2,-8\n");
+    for (const auto& [document, expected] : rows) {
+        const Finished run =
+            RunVelscore({"score", Model(document), cases, "--columns", "linear_predictor"});
+        EXPECT_EQ(run.out, expected) << document;
+    }
+}
 
 TEST(RegressionModel, ItsOwnRecordsAgree)
 {

@@ -1,0 +1,17 @@
+#ifndef VELSCORE_TESTS_FUZZ_STRUCTUREMUTATOR_H
+#define VELSCORE_TESTS_FUZZ_STRUCTUREMUTATOR_H
+
+#include <string>
+#include <string_view>
+
+namespace MCVelscore_850::fuzz {
+
+/// Changes a document in one to four places, as an exporter or a hand might: attributes get other
+/// names, words, numbers or values that stand elsewhere; elements are left out, doubled, moved, and
+/// put where the vocabulary lets them stand. Tags stay paired where they were. The same seed makes
+/// the same of a document.
+std::string MutateStructure(std::string_view document, unsigned seed);
+
+}  // namespace MCVelscore_850::fuzz
+
+#endif
