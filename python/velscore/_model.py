@@ -13,7 +13,7 @@ from ._options import score_options
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from collections.abc import Iterable, Mapping, Sequence
+    from collections.abc import Iterable, Sequence
     from typing import IO, Any, Union
 
     from typing_extensions import TypeAlias, Unpack
@@ -213,6 +213,11 @@ class Model:
         """
         run = self._run(score_options(keep, columns, **options), names)
         return kind_of(table).score(table, run)
+
+    def _stream(self, table: Any, options: dict[str, Any]) -> _velscore.Stream:
+        """The scores of what speaks Arrow, as they are asked for."""
+        run = self._run(score_options(**options), None)
+        return run.stream(table.__arrow_c_stream__())
 
     def predict(
         self, table: Any, *, names: Sequence[str] | None = None, **options: Unpack[Options]

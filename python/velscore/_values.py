@@ -26,10 +26,10 @@ def plain(value: Any, column: str, row: int) -> None | bool | int | float | str:
     if isinstance(value, decimal.Decimal):
         return str(value)
     if kind.__module__.partition(".")[0] == "numpy" and hasattr(value, "item"):
-        item = value.item()
+        item: object = value.item()
         if isinstance(item, (datetime.date, datetime.datetime)):
             return item.isoformat()
-        if item is None or isinstance(item, (bool, int, float, str)):
+        if isinstance(item, (bool, int, float, str)):
             return item
     raise TypeError(
         f'column "{column}" holds {value!r} in row {row + 1}, a {kind.__name__}; expected are None, '
