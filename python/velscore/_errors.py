@@ -65,7 +65,6 @@ _TABLE = 3
 
 # A stream tells a failure as one text.
 _STREAM_TEXT = re.compile(r"(?P<text>.*) \[(?P<code>\d+)\](?: (?P<remedy>.*))?", re.DOTALL)
-_ROW_NOT_SCORED = re.compile(r"row (\d+)\b")
 
 
 def _make(
@@ -77,12 +76,22 @@ def _make(
     element: str | None = None,
     line: int | None = None,
     column: int | None = None,
+    field: str | None = None,
+    row: int | None = None,
 ) -> Error:
     """The exception of what the library told."""
     if code == 0 and (told := _STREAM_TEXT.fullmatch(text)):
         text, code, remedy = told["text"], int(told["code"]), told["remedy"]
     return _CLASSES.get(fault, Error)(
-        text, code, remedy, file=file, element=element, line=line, column=column
+        text,
+        code,
+        remedy,
+        file=file,
+        element=element,
+        line=line,
+        column=column,
+        row=row,
+        field=field,
     )
 
 

@@ -4,12 +4,41 @@ from __future__ import annotations
 
 import datetime
 import decimal
+from array import array
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
     from typing import Any
 
 _MISSING = {"NAType", "NaTType", "MaskedConstant"}  # of pandas and NumPy
+
+
+_EPOCH = datetime.datetime(1970, 1, 1)
+
+
+def times(values: list[Any]) -> Any:
+    """A column of Arrow's of moments, in microseconds of UTC; None where a value is none."""
+    moments = array("q", bytes(8 * len(values)))
+    there = array("B", bytes(len(values) // 8 + 1))
+    for row, value in enumerate(values):
+        if value is None or type(value).__name__ in _MISSING or value != value:
+            continue
+        if not isinstance(value, datetime.datetime):
+            return None
+        if value.tzinfo is not None:
+            value = value.astimezone(datetime.timezone.utc).replace(tzinfo=None)
+        moments[row] = (value - _EPOCH) // datetime.timedelta(microseconds=1)
+        there[row // 8] |= 1 << row % 8
+    return ("tsu:", moments.buffer_info()[0], (moments, there), there.buffer_info()[0])
+
+
+def column(values: Any) -> Any:
+    """A column of a list as the library's tables take it: of moments, else as it is."""
+    if isinstance(values, list):
+        first = next((value for value in values if value is not None), None)
+        if isinstance(first, datetime.datetime):
+            return times(values) or values
+    return values
 
 
 def plain(value: Any, column: str, row: int) -> None | bool | int | float | str:
