@@ -8,8 +8,9 @@
 #              ThreadSanitizer
 #   kills      200 runs ended by signals, full disks and closed pipes, at random moments, and gone on with
 #   tidy       clang-tidy over every source
-#   root       README.md's commands, ./test among them, on the committed tree in a new Debian root that
-#              debootstrap makes (needs root)
+#   packages   the Debian packages, installed in a new Debian root that debootstrap makes: README.md's
+#              examples by the command, examples/embed by the library (needs root)
+#   root       README.md's commands, ./test among them, on the committed tree in such a root
 #
 # scripts/release-check.sh runs them all, scripts/release-check.sh STAGE... those. Every stage runs,
 # the end says which failed.
@@ -58,9 +59,11 @@ stage_kills() {
 
 stage_tidy() { scripts/lint.sh --all; }
 
-# The new root takes this machine's package sources, so it gets packages from where they come here.
-stage_root() (
-    scripts/ensure-packages.sh .ci/release-packages.txt || exit 1
+# Makes a Debian root in $root, with a function to run commands inside, in its folder /velscore. It takes this
+# machine's package sources, so it gets packages from where they come here. For subshells: it is removed at
+# their end.
+new_root() {
+    scripts/ensure-packages.sh .ci/release-packages.txt || return 1
     root=$(mktemp -d)
     trap 'rm -rf "$root" "$root.log"' EXIT
     suite=$(sed -n 's|^VERSION_CODENAME=||p' /etc/os-release)
@@ -68,24 +71,54 @@ stage_root() (
         'Origin: Debian' | head -n 1)
     # With a /proc of its own, as a machine has it; it goes with the last process inside.
     inside() { unshare --mount --pid --fork --root="$root" --mount-proc bash -ec "cd /velscore; $1"; }
-
     debootstrap --variant=minbase --include=ca-certificates "$suite" "$root" "$mirror" >"$root.log" || {
         tail -n 20 "$root.log" >&2
-        exit 1
+        return 1
     }
     cp -a /etc/apt/. "$root/etc/apt/" && cp -a /usr/share/keyrings/. "$root/usr/share/keyrings/" &&
-        cp /etc/resolv.conf "$root/etc/" &&
-        git clone --quiet . "$root/velscore" &&
-        sed -n 's/^\$ \(\.\/velscore .*\)/\1/p' "$root/velscore/README.md" >"$root/velscore/readme-commands" &&
-        inside 'while read -r line; do
-            echo "\$ $line"; bash -c "$line" </dev/null; done <readme-commands' &&
+        cp /etc/resolv.conf "$root/etc/"
+}
+
+# The commands that README.md shows, a line each.
+readme_commands() { sed -n 's/^\$ \(\.\/velscore .*\)/\1/p' README.md; }
+
+# What README.md shows is compared by the tests; here it has to run.
+run_readme_commands='while read -r line; do
+    echo "\$ $line"; bash -c "$line" </dev/null; done <readme-commands'
+
+stage_packages() (
+    scripts/ensure-packages.sh packages.txt tests/packages.txt && cmake --preset release >/dev/null &&
+        cmake --build --preset release --target velscore velregression libvelscore velstatistics \
+            velscore_manual && new_root && mkdir "$root/velscore" &&
+        cpack --config build/release/CPackConfig.cmake -B "$root/velscore" >/dev/null &&
+        readme_commands | sed 's|^\./||' >"$root/velscore/readme-commands" || exit 1
+    inside 'export DEBIAN_FRONTEND=noninteractive
+        { apt-get update && apt-get install -y --no-install-recommends ./velscore_*.deb; } >/dev/null
+        mv readme-commands /usr/share/doc/velscore; cd /usr/share/doc/velscore' &&
+        inside "cd /usr/share/doc/velscore; $run_readme_commands" &&
+        inside 'apt-get install -y --no-install-recommends ./velscore-dev_*.deb g++ cmake make pkg-config \
+            >/dev/null
+        cp -r /usr/share/doc/velscore/examples .; cd examples/embed
+        cmake -S . -B build; cmake --build build
+        cc -std=c99 cars.c -o cars $(pkg-config --cflags --libs velscore)
+        c++ -std=c++20 births.cpp -o births $(pkg-config --cflags --libs velscore)
+        for folder in build .; do
+            $folder/cars ../motor-cars/model.pmml
+            $folder/births ../birth-weight/model.pmml
+        done'
+)
+
+stage_root() (
+    new_root && git clone --quiet . "$root/velscore" &&
+        readme_commands >"$root/velscore/readme-commands" &&
+        inside "$run_readme_commands" &&
         inside ./test &&
         inside 'cmake --install build/release --prefix /opt/velscore
             examples=$PWD/examples/motor-cars; cd /
             /opt/velscore/bin/velscore score "$examples/model.pmml" "$examples/cases.csv"'
 )
 
-stages=(clang equality threads kills tidy root)
+stages=(clang equality threads kills tidy packages root)
 [ $# -gt 0 ] || set -- "${stages[@]}"
 failed=()
 for stage in "$@"; do

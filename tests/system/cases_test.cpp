@@ -2,7 +2,6 @@
 // tables, the numbers of the programs that fitted them.
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 
@@ -23,14 +22,6 @@ std::vector<std::string> CaseNames(const std::string& folder)
     }
     std::sort(names.begin(), names.end());
     return names;
-}
-
-// The rule of the cases' README.
-bool Agrees(double found, double expected, double tolerance)
-{
-    const double difference = std::fabs(found - expected);
-    return difference <= tolerance * std::max(std::fabs(expected), 1e-12) ||
-           difference <= tolerance / 1000.0;
 }
 
 class Cases : public testing::TestWithParam<std::string> {};

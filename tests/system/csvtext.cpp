@@ -1,6 +1,7 @@
 #include "tests/system/csvtext.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace MCVelscore_850 {
 
@@ -50,6 +51,13 @@ CsvText ParseCsv(const std::string& text, char delimiter)
     table.header = lines.front();
     table.rows.assign(lines.begin() + 1, lines.end());
     return table;
+}
+
+bool Agrees(double found, double expected, double tolerance)
+{
+    const double difference = std::fabs(found - expected);
+    return difference <= tolerance * std::max(std::fabs(expected), 1e-12) ||
+           difference <= tolerance / 1000.0;
 }
 
 }  // namespace MCVelscore_850

@@ -20,6 +20,9 @@ struct CsvText {
 
 CsvText ParseCsv(const std::string& text, char delimiter = ',');
 
+/// The rule of tests/data/cases/README.md.
+bool Agrees(double found, double expected, double tolerance);
+
 }  // namespace MCVelscore_850
 
 #endif

@@ -1,30 +1,18 @@
 // An installed tree is whole and runs from wherever it lies.
 
 #include <filesystem>
+#include <regex>
 
 #include <gtest/gtest.h>
 
-#include "tests/system/runcommand.h"
+#include "tests/system/installedtree.h"
 
 namespace MCVelscore_850 {
 namespace {
 
-// The build, installed and then moved.
-std::string InstalledTree(const ScratchFolder& folder)
-{
-    const std::string installed = folder.Path("installed");
-    const Finished install =
-        RunProgram({VELSCORE_CMAKE, "--install", VELSCORE_BUILD, "--prefix", installed});
-    EXPECT_EQ(install.exitCode, 0) << install.err;
-    std::string moved = folder.Path("moved");
-    std::filesystem::rename(installed, moved);
-    return moved;
-}
-
 TEST(Install, TreeRunsAfterItWasMoved)
 {
-    const ScratchFolder folder;
-    const std::string moved = InstalledTree(folder);
+    const std::string moved = InstalledTree();
     const std::string model = DataFile("cases/lm-swiss/model.pmml");
     const std::string cases = DataFile("cases/lm-swiss/input.csv");
     const Finished run = RunProgram({moved + "/bin/velscore", "score", model, cases});
@@ -34,8 +22,7 @@ TEST(Install, TreeRunsAfterItWasMoved)
 
 TEST(Install, TreeHasAManualPageForEachCommand)
 {
-    const ScratchFolder folder;
-    const std::filesystem::path pages = InstalledTree(folder) + "/share/man/man1";
+    const std::filesystem::path pages = InstalledTree() + "/share/man/man1";
     for (const char* page :
          {"velscore.1", "velscore-score.1", "velscore-curve.1", "velscore-check.1",
           "velscore-inspect.1", "velscore-verify.1", "velscore-convert.1", "velscore-help.1"}) {
@@ -50,9 +37,7 @@ TEST(Install, TreeHasAManualPageForEachCommand)
 
 TEST(Install, BashCompletesCommandsOptionsAndTheirWords)
 {
-    const ScratchFolder folder;
-    const std::string script =
-        InstalledTree(folder) + "/share/bash-completion/completions/velscore";
+    const std::string script = InstalledTree() + "/share/bash-completion/completions/velscore";
     const auto complete = [&](const std::string& words, const std::string& at) {
         return RunProgram({"/bin/bash", "-c",
                            "source " + script + "; COMP_WORDS=(velscore " + words +
@@ -69,7 +54,6 @@ TEST(Install, BashCompletesCommandsOptionsAndTheirWords)
 TEST(Install, AStrangersProjectFindsTheStatistics)
 {
     const ScratchFolder folder;
-    const std::string tree = InstalledTree(folder);
     folder.Write("CMakeLists.txt",
                  "cmake_minimum_required(VERSION 3.20)\n"
                  "project(stranger CXX)\n"
@@ -81,15 +65,48 @@ TEST(Install, AStrangersProjectFindsTheStatistics)
         "#include <cstdio>\n"
         "#include <stats/mcdistfun.h>\n"
         "int main() { std::printf(\"%.4f\\n\", MCMath_850::MCDistFun::IdfT(0.975, 18)); }\n");
-    const std::string build = folder.Path("build");
-    const Finished configured =
-        RunProgram({VELSCORE_CMAKE, "-S", folder.Path(), "-B", build, "-DCMAKE_PREFIX_PATH=" + tree,
-                    "-DCMAKE_CXX_COMPILER=" VELSCORE_CXX, "-DCMAKE_CXX_FLAGS=" VELSCORE_CXX_FLAGS});
-    ASSERT_EQ(configured.exitCode, 0) << configured.out << configured.err;
-    const Finished built = RunProgram({VELSCORE_CMAKE, "--build", build});
-    ASSERT_EQ(built.exitCode, 0) << built.out << built.err;
+    const Finished run = FollowSteps(
+        "{ cmake -S . -B build && cmake --build build; } >log || { cat log; exit 1; }\n"
+        "build/stranger",
+        folder.Path());
+    EXPECT_EQ(run.exitCode, 0) << run.err;
     // Student's t, two-sided 5 per cent, 18 degrees of freedom, as tables have it
-    EXPECT_EQ(RunProgram({build + "/stranger"}).out, "2.1009\n");
+    EXPECT_EQ(run.out, "2.1009\n");
+}
+
+std::string Version()
+{
+    // its one place
+    std::smatch found;
+    const std::string text = ReadFile("CMakeLists.txt");
+    EXPECT_TRUE(std::regex_search(text, found, std::regex(R"(VERSION (\d+\.\d+\.\d+) )")));
+    return found.str(1);
+}
+
+TEST(Version, IsTheSameWhereverItIsSaid)
+{
+    const std::string version = Version();
+    const std::string tree = InstalledTree();
+    EXPECT_EQ(RunProgram({tree + "/bin/velscore", "--version"}).out, "velscore " + version + "\n");
+    EXPECT_TRUE(std::filesystem::exists(tree + "/lib/libvelscore.so." + version));
+    const ScratchFolder folder;
+    folder.Write("version.c",
+                 "#include <stdio.h>\n#include <velscore.h>\n"
+                 "int main(void) { return puts(velscore_version()) < 0; }\n");
+    folder.Write("CMakeLists.txt",
+                 "cmake_minimum_required(VERSION 3.20)\nproject(stranger CXX)\n"
+                 "find_package(velscore " +
+                     version + " EXACT REQUIRED)\n");
+    const Finished told = FollowSteps(
+        "pkg-config --modversion velscore velscore-stats\n"
+        "cc version.c -o version $(pkg-config --cflags --libs velscore)\n./version\n"
+        "cmake -S . -B build >log",
+        folder.Path());
+    EXPECT_EQ(told.exitCode, 0) << told.err;
+    EXPECT_EQ(told.out, version + "\n" + version + "\n" + version + "\n");
+    const std::string changes = ReadFile(tree + "/share/doc/velscore/CHANGELOG.md");
+    const size_t newest = changes.find("\n## ");
+    EXPECT_EQ(changes.substr(newest, version.size() + 5), "\n## " + version + "\n");
 }
 
 }  // namespace
