@@ -51,7 +51,8 @@ check clang-format clang-format --dry-run --Werror "${code[@]}"
 check shellcheck shellcheck --severity=warning "${scripts[@]}"
 if [ ${#changed[@]} -gt 0 ]; then
     # Another folder than that of ./test: its compile commands are all that is wanted.
-    cmake --preset clang -B build/lint -DVELSCORE_TESTS=OFF -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >/dev/null || exit 2
+    cmake --preset clang -B build/lint -DVELSCORE_TESTS=OFF -DVELSCORE_PYTHON=ON \
+        -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >/dev/null || exit 2
     # One file a process: of several, clang 14's analyzer takes a va_list of a later one for uninitialized.
     check "clang-tidy (${#changed[@]} files)" \
         xargs -a <(printf '%s\n' "${changed[@]}") -P "$(nproc)" -n 1 \

@@ -2,8 +2,6 @@
 
 from __future__ import annotations
 
-import re
-
 from . import _velscore
 
 
@@ -64,7 +62,7 @@ _CLASSES: dict[int, type[Error]] = {1: OptionError, 2: DocumentError, 3: TableEr
 _TABLE = 3
 
 # A stream tells a failure as one text.
-_STREAM_TEXT = re.compile(r"(?P<text>.*) \[(?P<code>\d+)\](?: (?P<remedy>.*))?", re.DOTALL)
+_STREAM_TEXT = r"(?s)(?P<text>.*) \[(?P<code>\d+)\](?: (?P<remedy>.*))?"
 
 
 def _make(
@@ -80,8 +78,11 @@ def _make(
     row: int | None = None,
 ) -> Error:
     """The exception of what the library told."""
-    if code == 0 and (told := _STREAM_TEXT.fullmatch(text)):
-        text, code, remedy = told["text"], int(told["code"]), told["remedy"]
+    if code == 0:
+        import re
+
+        if told := re.fullmatch(_STREAM_TEXT, text):
+            text, code, remedy = told["text"], int(told["code"]), told["remedy"]
     return _CLASSES.get(fault, Error)(
         text,
         code,

@@ -181,5 +181,5 @@ def _with_polars(scores: _velscore.Stream, ending: str, partial: str) -> int:
 def _parquet_with_duckdb(scores: _velscore.Stream, partial: str) -> int:
     connection = importlib.import_module("duckdb").connect()
     name = partial.replace("'", "''")
-    relation = connection.sql(f"COPY (SELECT * FROM scores) TO '{name}' (FORMAT parquet)")
-    return int((relation or connection).fetchone()[0])
+    copied = connection.execute(f"COPY (SELECT * FROM scores) TO '{name}' (FORMAT parquet)")
+    return int(copied.fetchall()[0][0])

@@ -9,7 +9,6 @@ from __future__ import annotations
 import importlib
 
 from . import _velscore
-from ._values import column, plain
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
@@ -100,6 +99,8 @@ class Kind:
 
 def made(names: Sequence[Any], columns: list[Any], rows: int) -> _velscore.Table:
     """A Table of columns of Python."""
+    from ._values import column, plain
+
     return _velscore.table(
         [str(name) for name in names], [column(each) for each in columns], rows, plain
     )

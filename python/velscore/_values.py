@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import datetime
-import decimal
 from array import array
 
 TYPE_CHECKING = False
@@ -49,15 +48,15 @@ def plain(value: Any, column: str, row: int) -> None | bool | int | float | str:
     if isinstance(value, datetime.datetime):
         if value.tzinfo is not None:
             value = value.astimezone(datetime.timezone.utc).replace(tzinfo=None)
-        return value.isoformat()
+        return str(value.isoformat())
     if isinstance(value, (datetime.date, datetime.time)):
-        return value.isoformat()
-    if isinstance(value, decimal.Decimal):
+        return str(value.isoformat())
+    if (kind.__module__, kind.__name__) == ("decimal", "Decimal"):
         return str(value)
     if kind.__module__.partition(".")[0] == "numpy" and hasattr(value, "item"):
         item: object = value.item()
         if isinstance(item, (datetime.date, datetime.datetime)):
-            return item.isoformat()
+            return str(item.isoformat())
         if isinstance(item, (bool, int, float, str)):
             return item
     raise TypeError(
