@@ -48,6 +48,28 @@ void SetText(char*& text, const std::string& to) noexcept { SetText(text, to.c_s
 constexpr int kWithPlace[] = {kNotWellFormed, kDoctype,         kTooDeep,     kTooManyAttributes,
                               kTokenTooLong,  kTooManyElements, kTextTooLong, kTooManyNames};
 
+// Which arguments of a table's failures are its row and its column, counted from 0; kNone is none.
+constexpr size_t kNone = static_cast<size_t>(-1);
+struct TablePlace {
+    int code;
+    size_t row;
+    size_t field;
+};
+constexpr TablePlace kTablePlaces[] = {{kRowNotScored, 0, 2},        {kMissingColumn, kNone, 1},
+                                       {kDuplicateColumn, kNone, 1}, {kUnknownKeptColumn, kNone, 0},
+                                       {kArrowType, kNone, 0},       {kRowLength, 1, kNone},
+                                       {kUnclosedQuote, 1, kNone},   {kNulByte, 1, kNone},
+                                       {kStrayQuote, 1, kNone},      {kFieldTooLong, 1, kNone},
+                                       {kTableCut, 1, kNone},        {kRowTooLong, 1, kNone},
+                                       {kRowEncoding, 1, kNone},     {kNoJsonObject, 1, kNone},
+                                       {kNestedValue, 1, 2},         {kKeyTwice, 1, 2}};
+
+// An error structure of a program that was built with an older header ends before these.
+bool HasTablePlace(const velscore_error& error)
+{
+    return error.size >= VELSCORE_SIZE_TO(velscore_error, row);
+}
+
 unsigned long NumberOf(const std::string& text)
 {
     unsigned long number = 0;
@@ -55,8 +77,20 @@ unsigned long NumberOf(const std::string& text)
     return number;
 }
 
+void TellTablePlace(const Failure& failure, velscore_error& error)
+{
+    const auto* const found =
+        std::find_if(std::begin(kTablePlaces), std::end(kTablePlaces),
+                     [&](const TablePlace& each) { return each.code == failure.Code(); });
+    if (found == std::end(kTablePlaces) || !HasTablePlace(error)) return;
+    const auto& arguments = failure.Arguments();
+    if (found->row < arguments.size()) error.row = NumberOf(arguments[found->row]);
+    if (found->field < arguments.size()) SetText(error.field, arguments[found->field]);
+}
+
 void TellPlace(const Failure& failure, const Place& place, velscore_error& error)
 {
+    TellTablePlace(failure, error);
     if (const auto* refusal = dynamic_cast<const DocumentFailure*>(&failure)) {
         SetText(error.file, refusal->File());
         SetText(error.element, refusal->ElementPath());
@@ -200,6 +234,10 @@ void velscore_error_clear(velscore_error* error)
     error->fault = VELSCORE_FAULT_NONE;
     error->line = 0;
     error->column = 0;
+    if (!MCVelscore_850::capi::HasTablePlace(*error)) return;
+    std::free(error->field);
+    error->field = nullptr;
+    error->row = 0;
 }
 
 void velscore_free(char* text) { std::free(text); }

@@ -64,6 +64,12 @@ Source SourceOf(const char* bytes, size_t size, const velscore_options* options)
     return source;
 }
 
+// How messages call a document of bytes; what is wrong with the options is told elsewhere.
+const char* NameOf(const velscore_options* options)
+{
+    return options == nullptr || options->size < kOptionsSize ? nullptr : options->name;
+}
+
 // A document that is refused is a report too.
 std::string ReportOf(const Source& source)
 {
@@ -134,7 +140,7 @@ int velscore_open(const char* path, const velscore_options* options, velscore_mo
 int velscore_open_text(const char* bytes, size_t size, const velscore_options* options,
                        velscore_model** out, velscore_error* error)
 {
-    return Call(error, [&] {
+    return Call(error, {.document = NameOf(options)}, [&] {
         velscore_model*& made = Given(out, "out");
         made = new velscore_model(SourceOf(bytes, size, options));
     });

@@ -52,7 +52,8 @@ check shellcheck shellcheck --severity=warning "${scripts[@]}"
 if [ ${#changed[@]} -gt 0 ]; then
     # Another folder than that of ./test: its compile commands are all that is wanted.
     cmake --preset clang -B build/lint -DVELSCORE_TESTS=OFF -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON \
-        -DVELSCORE_DUCKDB=ON -DVELSCORE_DUCKDB_HEADERS="$PWD/build/duckdb-headers" >/dev/null || exit 2
+        -DVELSCORE_PYTHON=ON -DVELSCORE_DUCKDB=ON \
+        -DVELSCORE_DUCKDB_HEADERS="$PWD/build/duckdb-headers" >/dev/null || exit 2
     # One file a process: of several, clang 14's analyzer takes a va_list of a later one for uninitialized.
     check "clang-tidy (${#changed[@]} files)" \
         xargs -a <(printf '%s\n' "${changed[@]}") -P "$(nproc)" -n 1 \

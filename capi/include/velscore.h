@@ -61,11 +61,13 @@ struct velscore_error {
     char* element;        /**< the path of the document's element; null where it isn't known */
     unsigned long line;   /**< from 1; 0 where it isn't known */
     unsigned long column; /**< the same */
+    char* field;          /**< the column of the table; null where none is to blame */
+    unsigned long row;    /**< of the table, from 1; 0 where none is to blame */
 };
 /** Sets the size of a velscore_error, and all else to 0 and null. */
-#define VELSCORE_ERROR_INIT                                               \
-    {                                                                     \
-        sizeof(struct velscore_error), 0, 0, NULL, NULL, NULL, NULL, 0, 0 \
+#define VELSCORE_ERROR_INIT                                                        \
+    {                                                                              \
+        sizeof(struct velscore_error), 0, 0, NULL, NULL, NULL, NULL, 0, 0, NULL, 0 \
     }
 
 /** Frees the texts and leaves the structure empty, to be used again. Null is let be. */

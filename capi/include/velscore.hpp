@@ -28,7 +28,9 @@ public:
           file_(TextOf(error.file)),
           element_(TextOf(error.element)),
           line_(error.line),
-          column_(error.column)
+          column_(error.column),
+          field_(TextOf(error.field)),
+          row_(error.row)
     {}
 
     int Code() const { return code_; }
@@ -40,6 +42,8 @@ public:
     const std::string& Element() const { return element_; }
     unsigned long Line() const { return line_; }
     unsigned long Column() const { return column_; }
+    const std::string& Field() const { return field_; }
+    unsigned long Row() const { return row_; }
 
 private:
     static const char* TextOf(const char* text) { return text == nullptr ? "" : text; }
@@ -51,6 +55,8 @@ private:
     std::string element_;
     unsigned long line_;
     unsigned long column_;
+    std::string field_;
+    unsigned long row_;
 };
 
 namespace detail {

@@ -87,8 +87,8 @@ void ArrowValues::CheckBuffers(const ArrowArray& array) const
 {
     const int64_t expected = type_.BufferCount();
     // Views have one for each text beside them; some producers give validity bits of the null type.
-    const bool mayHaveMore =
-        type_.kind == ArrowKind::TextView || (type_.kind == ArrowKind::Null && array.n_buffers == 1);
+    const bool mayHaveMore = type_.kind == ArrowKind::TextView ||
+                             (type_.kind == ArrowKind::Null && array.n_buffers == 1);
     if (array.n_buffers != expected && !(mayHaveMore && array.n_buffers > expected)) {
         RefuseArrow(what_, fmt::format("the array has {} buffers, and its type {}", array.n_buffers,
                                        expected));

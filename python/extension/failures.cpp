@@ -52,6 +52,8 @@ void Raise(const velscore_error& error)
     Set(details, "element", NewText(error.element));
     Set(details, "line", NumberOrNone(error.line));
     Set(details, "column", NumberOrNone(error.column));
+    Set(details, "field", NewText(error.field));
+    Set(details, "row", NumberOrNone(error.row));
     RaiseOf(details);
 }
 

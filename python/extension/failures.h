@@ -22,7 +22,8 @@ private:
     velscore_error error_ = VELSCORE_ERROR_INIT;
 };
 
-/// What makes an exception of the keywords text, code, fault, remedy, file, element, line, column.
+/// What makes an exception of the keywords text, code, fault, remedy, file, element, line, column,
+/// field, row.
 /// Null until the package has set it.
 void SetErrorMaker(PyObject* maker);
 

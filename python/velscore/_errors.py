@@ -2,8 +2,6 @@
 
 from __future__ import annotations
 
-import re
-
 from . import _velscore
 
 
@@ -64,8 +62,7 @@ _CLASSES: dict[int, type[Error]] = {1: OptionError, 2: DocumentError, 3: TableEr
 _TABLE = 3
 
 # A stream tells a failure as one text.
-_STREAM_TEXT = re.compile(r"(?P<text>.*) \[(?P<code>\d+)\](?: (?P<remedy>.*))?", re.DOTALL)
-_ROW_NOT_SCORED = re.compile(r"row (\d+)\b")
+_STREAM_TEXT = r"(?s)(?P<text>.*) \[(?P<code>\d+)\](?: (?P<remedy>.*))?"
 
 
 def _make(
@@ -77,12 +74,25 @@ def _make(
     element: str | None = None,
     line: int | None = None,
     column: int | None = None,
+    field: str | None = None,
+    row: int | None = None,
 ) -> Error:
     """The exception of what the library told."""
-    if code == 0 and (told := _STREAM_TEXT.fullmatch(text)):
-        text, code, remedy = told["text"], int(told["code"]), told["remedy"]
+    if code == 0:
+        import re
+
+        if told := re.fullmatch(_STREAM_TEXT, text):
+            text, code, remedy = told["text"], int(told["code"]), told["remedy"]
     return _CLASSES.get(fault, Error)(
-        text, code, remedy, file=file, element=element, line=line, column=column
+        text,
+        code,
+        remedy,
+        file=file,
+        element=element,
+        line=line,
+        column=column,
+        row=row,
+        field=field,
     )
 
 

@@ -9,7 +9,6 @@ from __future__ import annotations
 import importlib
 
 from . import _velscore
-from ._values import plain
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
@@ -100,7 +99,11 @@ class Kind:
 
 def made(names: Sequence[Any], columns: list[Any], rows: int) -> _velscore.Table:
     """A Table of columns of Python."""
-    return _velscore.table([str(name) for name in names], columns, rows, plain)
+    from ._values import column, plain
+
+    return _velscore.table(
+        [str(name) for name in names], [column(each) for each in columns], rows, plain
+    )
 
 
 # Package and name of a type: the module and the class of its kind.

@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import json
 import os
 import warnings
 
@@ -13,7 +12,7 @@ from ._options import score_options
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from collections.abc import Iterable, Mapping, Sequence
+    from collections.abc import Iterable, Sequence
     from typing import IO, Any, Union
 
     from typing_extensions import TypeAlias, Unpack
@@ -84,7 +83,13 @@ def check(
 
 
 def _check(text: bytes, name: str, as_is: bool, allow: tuple[str, ...]) -> dict[str, Any]:
-    report: dict[str, Any] = json.loads(_velscore.check(text, name, as_is, allow))
+    return _report(_velscore.check(text, name, as_is, allow))
+
+
+def _report(text: str) -> dict[str, Any]:
+    import json  # which takes longer to import than all else here
+
+    report: dict[str, Any] = json.loads(text)
     return report
 
 
@@ -119,7 +124,7 @@ class Model:
 
     def _about(self) -> dict[str, Any]:
         if self._described is None:
-            self._described = json.loads(self._core.describe())
+            self._described = _report(self._core.describe())
         return self._described
 
     def inspect(self) -> dict[str, Any]:
@@ -128,8 +133,7 @@ class Model:
         >>> load("examples/motor-cars/model.pmml").inspect()["target"]
         'mpg'
         """
-        about: dict[str, Any] = json.loads(self._core.describe())
-        return about
+        return _report(self._core.describe())
 
     @property
     def feature_names_in_(self) -> list[str]:
@@ -159,8 +163,7 @@ class Model:
         The report is the one of ``velscore verify --json``; a document without records raises
         `DocumentError`.
         """
-        report: dict[str, Any] = json.loads(self._core.verify())
-        return report
+        return _report(self._core.verify())
 
     def __repr__(self) -> str:
         about = self._about()
@@ -213,6 +216,11 @@ class Model:
         """
         run = self._run(score_options(keep, columns, **options), names)
         return kind_of(table).score(table, run)
+
+    def _stream(self, table: Any, options: dict[str, Any]) -> _velscore.Stream:
+        """The scores of what speaks Arrow, as they are asked for."""
+        run = self._run(score_options(**options), None)
+        return run.stream(table.__arrow_c_stream__())
 
     def predict(
         self, table: Any, *, names: Sequence[str] | None = None, **options: Unpack[Options]

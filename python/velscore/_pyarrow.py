@@ -18,7 +18,7 @@ class Tables(Kind):
     def source(self, table: Any, run: Run) -> Any:
         return table.__arrow_c_stream__()
 
-    def frame(self, result: Table, table: Any, run: Run | None) -> Any:
+    def frame(self, result: Table, table: Any, run: Run) -> Any:
         return sys.modules["pyarrow"].table(result)
 
     def column(self, result: Table, table: Any) -> Any:
@@ -40,7 +40,7 @@ class Batches(Tables):
         return _one(super().frame(result, table, run))
 
     def column(self, result: Table, table: Any) -> Any:
-        return _one(super().frame(result, table, None)).column(0)
+        return _one(sys.modules["pyarrow"].table(result)).column(0)
 
     def matrix(self, result: Table, table: Any, names: Sequence[str]) -> Any:
         return _one(super().matrix(result, table, names))

@@ -50,6 +50,14 @@ MadeArray Nulls(const std::string& name, int64_t rows)
     return made;
 }
 
+// As some producers have them.
+MadeArray NullsWithBits(const std::string& name, int64_t rows)
+{
+    MadeArray made = Nulls(name, rows);
+    made.buffers = {BytesOf(std::vector<uint8_t>{0})};
+    return made;
+}
+
 // Views: short texts within, long ones in a buffer of their own.
 MadeArray Views(const std::string& name, const std::vector<std::string>& texts)
 {
@@ -101,6 +109,7 @@ std::vector<TypeCase> NumberCases()
         {"large_utf8", Texts<int64_t>("x", {"1.5", {}}), {4, kNull}},
         {"utf8_view", Views("x", {"1.5", "0.000000000000000000001"}), {4, 1}},
         {"null", Nulls("x", 2), {kNull, kNull}},
+        {"null_with_validity_bits", NullsWithBits("x", 2), {kNull, kNull}},
         {"decimal128", Decimals("x", "d:10,2", 16, {150, -25}), {4, 0.5}},
         {"decimal128_of_negative_scale", Decimals("x", "d:10,-2", 16, {3}), {601}},
         {"decimal256", Decimals("x", "d:40,1,256", 32, {15, -5}), {4, 0}},

@@ -118,6 +118,21 @@ std::string Checked(const std::string& path, const velscore_options* options)
     return text;
 }
 
+TEST(Reports, ACheckOfATextSaysTheSame)
+{
+    const ScratchFolder folder;
+    for (const std::string& document : {TestModel().Text(), std::string("<x/>")}) {
+        const std::string path = folder.Write("model.pmml", document);
+        velscore_options options = VELSCORE_OPTIONS_INIT;
+        options.name = path.c_str();
+        char* json = nullptr;
+        EXPECT_EQ(velscore_check_text(document.data(), document.size(), &options, &json, nullptr),
+                  0);
+        EXPECT_EQ(json, Checked(path, nullptr));
+        velscore_free(json);
+    }
+}
+
 TEST(Reports, ACheckSaysWhatTheCommandSaysOfOneDocument)
 {
     const ScratchFolder folder;

@@ -1,5 +1,8 @@
 // Options, their effects beside the command's and what is said of those that can't be.
 
+#include <cstddef>
+#include <limits>
+
 #include <gtest/gtest.h>
 
 #include "tests/capi/scored.h"
@@ -272,6 +275,43 @@ TEST(Errors, OneWithoutItsSizeStopsTheCall)
     velscore_model* made = nullptr;
     EXPECT_EQ(velscore_open("nowhere.pmml", nullptr, &made, &error), 269402);
     EXPECT_EQ(error.text, nullptr);
+}
+
+TEST(Errors, TellTheRowAndTheColumnOfATable)
+{
+    const std::string text = TestModel().Text();
+    velscore_error error = VELSCORE_ERROR_INIT;
+    velscore_model* model = nullptr;
+    ASSERT_EQ(velscore_open_text(text.data(), text.size(), nullptr, &model, &error), 0);
+    const char* const names[] = {"x", "sex"};
+    velscore_binding* binding = nullptr;
+    EXPECT_EQ(velscore_bind_names(model, nullptr, names, 1, &binding, &error), 269303);
+    EXPECT_STREQ(error.field, "sex");
+    EXPECT_EQ(error.row, 0U);
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const std::vector<double> x{1.0, nan};
+    const char* const texts[] = {"f", "f"};
+    const velscore_column columns[] = {{x.data(), nullptr, nullptr, nullptr, 0, nullptr},
+                                       {nullptr, texts, nullptr, nullptr, 0, nullptr}};
+    velscore_score_options options = VELSCORE_SCORE_OPTIONS_INIT;
+    options.strict = 1;
+    ASSERT_EQ(velscore_bind_names(model, &options, names, 2, &binding, &error), 0);
+    const velscore_results results = VELSCORE_RESULTS_INIT;
+    EXPECT_NE(velscore_score_columns(binding, columns, 2, 2, &results, &error), 0);
+    EXPECT_EQ(error.row, 2U);
+    EXPECT_STREQ(error.field, "x");
+    // A program that was built before there were these: nothing is written behind its structure.
+    velscore_error_clear(&error);
+    velscore_error older = VELSCORE_ERROR_INIT;
+    older.size = offsetof(velscore_error, field);
+    older.row = 77;
+    EXPECT_NE(velscore_score_columns(binding, columns, 2, 2, &results, &older), 0);
+    EXPECT_EQ(older.field, nullptr);
+    EXPECT_EQ(older.row, 77U);
+    velscore_error_clear(&older);
+    EXPECT_EQ(older.row, 77U);
+    velscore_unbind(binding);
+    velscore_close(model);
 }
 
 TEST(Errors, TellWhereADocumentIsWrong)
