@@ -102,7 +102,8 @@ std::string_view ReasonOfUnbounded(Element root, Element model)
     if (model.Text(Tags::XML_ATT_MODELALGO) != Tags::XML_VAL_MN_NORMALIZED) return {};
     const std::string method = OptionOf(model, Tags::XML_ATT_RM_EXT_NAME_NORMALIZATION);
     if (method == "none") return kAsTheyAre;
-    if (method == "simplemax") return "the equations' numbers, of either sign, by their sum";
+    if (method == "simplemax")
+        return "the equations' numbers, of either sign, are divided by their sum";
     if (!OptionOf(model, Tags::XML_ATT_RM_EXT_NAME_ORDERED).empty()) {
         return "a category has the step from the one before it, which may fall";
     }

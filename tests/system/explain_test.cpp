@@ -80,7 +80,7 @@ TEST_P(ExplainedCases, AddUpToTheLinearPredictorsOfScore)
     ASSERT_EQ(told.at("cases").size(), scores.rows.size());
     size_t sumCount = 0;
     for (size_t row = 0; row < scores.rows.size(); ++row) {
-        const json& each = told["cases"][row];
+        const json& each = told.at("cases").at(row);
         ASSERT_EQ(each.at("row"), row + 1);
         ASSERT_EQ(std::to_string(each.at("status").get<int>()), scores.Texts("status")[row]);
         for (const json& equation : each.at("equations")) {
@@ -105,7 +105,7 @@ TEST_P(ExplainedCases, AddUpToTheLinearPredictorsOfScore)
     const Finished asked = RunVelscore({"score", model, cases, "--columns", "linear_predictor"});
     if (asked.exitCode != 0) return;  // of several equations
     const Texts predictors = ParseCsv(asked.out).Texts("linear_predictor");
-    const std::string category = told["cases"][0]["equations"][0].value("category", "");
+    const std::string category = told.at("cases").at(0).at("equations").at(0).value("category", "");
     size_t compared = 0;
     for (size_t row = 0; row < predictors.size(); ++row) {
         const auto found = sums.find({row + 1, category});
