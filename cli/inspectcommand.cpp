@@ -6,6 +6,7 @@
 #include "cli/modeltext.h"
 #include "cli/scoringarguments.h"
 #include "engine/documents/loadedmodel.h"
+#include "engine/messages/visibletext.h"
 #include "engine/reports/coefficients.h"
 #include "engine/reports/jsontext.h"
 #include "engine/reports/modeljson.h"
@@ -53,7 +54,7 @@ int RunInspect(const InspectArguments& arguments)
     } else if (arguments.dump) {
         std::ostringstream text;
         model.Display(text);
-        PrintOut(text.str());
+        PrintOut(VisibleText(text.str(), LineBreaks::Kept));
     } else if (arguments.json) {
         PrintOut(ModelJson(model));
     } else {

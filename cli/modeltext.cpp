@@ -9,6 +9,7 @@
 
 #include "cli/texttable.h"
 #include "engine/documents/loadedmodel.h"
+#include "engine/messages/visibletext.h"
 #include "engine/reports/coefficients.h"
 #include "engine/scoring/resultschema.h"
 
@@ -33,7 +34,7 @@ std::string Joined(const std::vector<std::string>& names)
 // A line "label         text", left out when there is nothing to say.
 void AddLine(std::string& out, std::string_view label, const std::string& text)
 {
-    if (!text.empty()) out += fmt::format("{:<{}}{}\n", label, kLabelWidth, text);
+    if (!text.empty()) out += fmt::format("{:<{}}{}\n", label, kLabelWidth, VisibleText(text));
 }
 
 // The factors that enter a term by their contrast, not as 0 or 1.
@@ -43,10 +44,11 @@ std::string FactorText(const ModelDescription::Factor& factor, const Contrasted&
 {
     if (factor.isCategory) {
         return fmt::format("{}[{} = {}]", contrasted.contains(factor.predictor) ? "contrast" : "",
-                           factor.predictor, factor.category);
+                           VisibleText(factor.predictor), VisibleText(factor.category));
     }
-    if (factor.exponent == 1.0) return factor.predictor;  // exact: as the document writes it
-    return fmt::format("{}^{}", factor.predictor, Number(factor.exponent));
+    if (factor.exponent == 1.0)
+        return VisibleText(factor.predictor);  // exact: as the document writes it
+    return fmt::format("{}^{}", VisibleText(factor.predictor), Number(factor.exponent));
 }
 
 std::string TermText(const ModelDescription::Term& term, const Contrasted& contrasted)
@@ -66,7 +68,7 @@ void AddBasePoint(std::string& out, const ModelDescription::Equation& equation)
     out += "base point, taken off before each beta multiplies\n";
     for (const ModelDescription::Term& term : terms) {
         const std::string& name = term.label.empty() ? term.parameter : term.label;
-        out += fmt::format("  {:<{}} {}\n", name, kLabelWidth - 3,
+        out += fmt::format("  {:<{}} {}\n", VisibleText(name), kLabelWidth - 3,
                            Number(term.referencePoint.value_or(0.0)));
     }
 }
@@ -77,7 +79,7 @@ void AddEquation(std::string& out, const ModelDescription::Equation& equation,
     if (equation.category.empty()) {
         out += "equation\n";
     } else {
-        out += fmt::format("equation for {}{}\n", equation.category,
+        out += fmt::format("equation for {}{}\n", VisibleText(equation.category),
                            equation.isCumulative ? " and below" : "");
     }
     out += "  linear predictor =\n";
@@ -91,11 +93,12 @@ void AddEquation(std::string& out, const ModelDescription::Equation& equation,
 
 void AddContrast(std::string& out, const ModelDescription::Contrast& contrast)
 {
-    out += fmt::format("contrasts of {}\n", contrast.predictor);
+    out += fmt::format("contrasts of {}\n", VisibleText(contrast.predictor));
     for (size_t row = 0; row < contrast.rows.size(); ++row) {
-        out += fmt::format("  {:<{}}",
-                           row < contrast.categories.size() ? contrast.categories[row] : "",
-                           kLabelWidth - 2);
+        out += fmt::format(
+            "  {:<{}}",
+            row < contrast.categories.size() ? VisibleText(contrast.categories[row]) : "",
+            kLabelWidth - 2);
         for (const double value : contrast.rows[row]) out += fmt::format(" {}", value);
         out += '\n';
     }
@@ -125,11 +128,12 @@ void AddColumns(std::string& out, std::string_view heading, std::span<const Resu
     if (columns.empty()) return;
     out += fmt::format("{}\n", heading);
     size_t width = kLabelWidth - 2;
-    for (const ResultColumn& column : columns) width = std::max(width, column.name.size() + 2);
+    for (const ResultColumn& column : columns)
+        width = std::max(width, VisibleText(column.name).size() + 2);
     for (const ResultColumn& column : columns) {
-        out += fmt::format(
-            "  {:<{}}{}\n", column.name, width,
-            column.lacksCovariances ? "empty: the document has no covariances" : column.meaning);
+        out += fmt::format("  {:<{}}{}\n", VisibleText(column.name), width,
+                           column.lacksCovariances ? "empty: the document has no covariances"
+                                                   : VisibleText(column.meaning));
     }
 }
 
@@ -155,7 +159,8 @@ std::string CoefficientsText(const CoefficientTable& table)
     for (const CoefficientRow& row : table.rows) {
         const std::string& name = row.label.empty() ? row.parameter : row.label;
         std::vector<std::string>& texts = rows.emplace_back();
-        texts.push_back(row.category.empty() ? name : fmt::format("{}: {}", row.category, name));
+        texts.push_back(
+            VisibleText(row.category.empty() ? name : fmt::format("{}: {}", row.category, name)));
         for (const double number : table.NumbersOf(row)) {
             if (!std::isnan(number)) filled.insert(texts.size());
             texts.push_back(std::isnan(number) ? "" : fmt::format("{:.6g}", number));

@@ -129,12 +129,18 @@ std::optional<Change> MakeUnorderedRegressionGeneralLinear(Element root);
 /// default, 0: the reader wants all or none.
 std::optional<Change> CompleteReferencePoints(Element root);
 
-// RegressionModel documents, before they are translated (adapterrules_regression.cpp).
+// RegressionModel documents (adapterrules_regression.cpp), all but the last before they are
+// translated.
 
 /// Changes nothing, but says that the algorithm's name speaks of a link where the model has none.
 std::optional<Change> NoteMissingNormalization(Element root);
 /// Changes nothing, but says that a table has a term twice.
 std::optional<Change> NoteRepeatedTerms(Element root);
+/// Changes nothing, but says what a regression of one table predicts whose method gives
+/// probabilities and whose target is categorical: exporters write quasi-binomial models so.
+std::optional<Change> NoteRegressionOfCategories(Element root);
+/// Changes nothing, but says that nothing keeps a model's probabilities between 0 and 1, and why.
+std::optional<Change> NoteUnboundedProbabilities(Element root);
 
 }  // namespace MCVelscore_850
 

@@ -10,6 +10,7 @@
 #include "engine/documents/adapterrules.h"
 #include "engine/documents/modelelement.h"
 #include "engine/documents/names.h"
+#include "engine/documents/treefields.h"
 #include "host/documents/pmmlmodeltags.h"
 
 namespace MCVelscore_850 {
@@ -48,7 +49,96 @@ std::string KeyOfTerm(Element term)
     return fmt::format("{}\n={}", term.Text(Tags::XML_ATT_NAME), term.Text(Tags::XML_ATT_VALUE));
 }
 
+// The methods that make a number between 0 and 1 of an equation.
+constexpr std::string_view kProbabilityMethods[] = {"logit",  "probit",  "cloglog",
+                                                    "loglog", "cauchit", "softmax"};
+constexpr std::string_view kCategoryOptypes[] = {"categorical", "ordinal"};
+
+// The optype of a RegressionModel's target: the mining field's, else the data field's.
+std::string TargetOptype(Element root, Element model)
+{
+    std::string name = model.Text("targetFieldName");
+    const ElementRange fields =
+        model.Child(Tags::XML_ELE_MININGSCHEMA).Children(Tags::XML_ELE_MININGFIELD);
+    for (const Element field : fields) {
+        const std::string usage = field.Text(Tags::XML_ATT_MININGFIELD_USAGETYPE);
+        if (usage != Tags::XML_ATT_MF_FUT_TARGET && usage != Tags::XML_ATT_MF_FUT_PREDICTED) {
+            continue;
+        }
+        if (field.Has(Tags::XML_ATT_DATAFIELD_OPTYPE)) {
+            return field.Text(Tags::XML_ATT_DATAFIELD_OPTYPE);
+        }
+        name = field.Text(Tags::XML_ATT_MININGFIELD_NAME);
+        break;
+    }
+    for (const Element field : DataFields(root)) {
+        if (field.Text(Tags::XML_ATT_NAME) == name) {
+            return field.Text(Tags::XML_ATT_DATAFIELD_OPTYPE);
+        }
+    }
+    return {};
+}
+
+// An option that the translation of a RegressionModel leaves; empty without it.
+std::string OptionOf(Element model, const std::string& name)
+{
+    for (const Element extension : model.Children(Tags::XML_ELE_EXTENSION)) {
+        if (extension.Text(Tags::XML_ATT_EXT_NAME) == name) {
+            return extension.Text(Tags::XML_ATT_EXT_VALUE);
+        }
+    }
+    return {};
+}
+
+// Why the probabilities of a general form's model have no bounds; empty where they have.
+std::string_view ReasonOfUnbounded(Element root, Element model)
+{
+    constexpr std::string_view kAsTheyAre = "the equations give them as they are";
+    if (model.Text(Tags::XML_ATT_RM_FUNC_NAME) != Tags::XML_VAL_RM_FUNC_NAME_C) return {};
+    if (model.Text(Tags::XML_ATT_RM_MODEL_TYPE) == Tags::XML_VAL_MT_GDLIN) {
+        return model.Text(Tags::XML_ATT_LINKFUNCTION) == "identity" ? kAsTheyAre
+                                                                    : std::string_view();
+    }
+    if (model.Text(Tags::XML_ATT_MODELALGO) != Tags::XML_VAL_MN_NORMALIZED) return {};
+    const std::string method = OptionOf(model, Tags::XML_ATT_RM_EXT_NAME_NORMALIZATION);
+    if (method == "none") return kAsTheyAre;
+    if (method == "simplemax")
+        return "the equations' numbers, of either sign, are divided by their sum";
+    if (!OptionOf(model, Tags::XML_ATT_RM_EXT_NAME_ORDERED).empty()) {
+        return "a category has the step from the one before it, which may fall";
+    }
+    if (ValidValues(TargetDataField(root)).size() <= 2) return {};  // p, and 1 - p
+    return "one category has what the others leave of 1";
+}
+
 }  // namespace
+
+std::optional<Change> NoteRegressionOfCategories(Element root)
+{
+    const Element model = RegressionModelOf(root);
+    const std::string method = model.Text(kNormalizationMethod);
+    if (model.Text(Tags::XML_ATT_FUNCTIONNAME) != Tags::XML_VAL_MT_REGRESS ||
+        !IsOneOf(method, kProbabilityMethods) ||
+        model.Children("RegressionTable").List().size() != 1 ||
+        !IsOneOf(TargetOptype(root, model), kCategoryOptypes)) {
+        return std::nullopt;
+    }
+    return Change{model.Place(),
+                  fmt::format("functionName \"regression\" with normalizationMethod \"{}\" of a "
+                              "categorical target, as of a quasi-binomial model: the prediction is "
+                              "the mean of the target as a number, for 0 and 1 the probability of "
+                              "1, and no category",
+                              method)};
+}
+
+std::optional<Change> NoteUnboundedProbabilities(Element root)
+{
+    const Element model = ModelElement(root);
+    const std::string_view reason = ReasonOfUnbounded(root, model);
+    if (reason.empty()) return std::nullopt;
+    return Change{model.Place(),
+                  fmt::format("probabilities may lie below 0 or above 1: {}", reason)};
+}
 
 std::optional<Change> NoteMissingNormalization(Element root)
 {

@@ -25,16 +25,9 @@ const std::string kFalse = "false";
 
 bool IsWholePower(double exponent) { return exponent >= 1.0 && std::trunc(exponent) == exponent; }
 
-Element Add(Element parent, const std::string& tag, Element source)
-{
-    const Element added = parent.Append(tag);
-    CopyPlace(source.Dom(), added.Dom());
-    return added;
-}
-
 void AddFieldRef(Element parent, const std::string& field, Element source)
 {
-    Add(parent, "FieldRef", source).SetText("field", field);
+    AppendFor(parent, "FieldRef", source).SetText("field", field);
 }
 
 }  // namespace
@@ -101,7 +94,7 @@ RegressionPredictors::Field& RegressionPredictors::FieldOf(const std::string& na
 {
     const auto found = fields_.find(name);
     if (found == fields_.end()) {
-        RefuseAt(element.Dom(), kUnknownTermField, name.c_str(), element.Tag().c_str());
+        RefuseAt(element, kUnknownTermField, name.c_str(), element.Tag().c_str());
     }
     return found->second;
 }
@@ -155,7 +148,8 @@ std::optional<RegressionPredictors::Cell> RegressionPredictors::CategoryCell(
         if (const auto listed = field.Listed(category)) {
             value = *listed;
         } else if (field.takenAsIs) {
-            Add(field.element, Tags::XML_ELE_VALUE, element).SetText(Tags::XML_ATT_VALUE, category);
+            AppendFor(field.element, Tags::XML_ELE_VALUE, element)
+                .SetText(Tags::XML_ATT_VALUE, category);
             field.categories.emplace(CategoryKeyOf(field.element, category), category);
         } else {
             neverMet_.push_back(fmt::format("{} \"{}\"", name, category));
@@ -170,7 +164,7 @@ std::optional<RegressionPredictors::Cell> RegressionPredictors::CategoryCell(
     }
     const std::string indicator =
         Derived(fmt::format("{}[{}]", name, value), element, [&](Element derived) {
-            const Element norm = Add(derived, "NormDiscrete", element);
+            const Element norm = AppendFor(derived, "NormDiscrete", element);
             norm.SetText("field", name);
             norm.SetText(Tags::XML_ATT_VALUE, value);
             norm.SetText("mapMissingTo", "0");
@@ -185,18 +179,18 @@ std::string RegressionPredictors::NumberPredictor(const TermFactor& factor, Elem
     std::string name = factor.field;
     if (field.dataType == kBoolean) {
         name = Derived(fmt::format("number({})", name), element, [&](Element derived) {
-            const Element norm = Add(derived, "NormDiscrete", element);
+            const Element norm = AppendFor(derived, "NormDiscrete", element);
             norm.SetText("field", factor.field);
             norm.SetText(Tags::XML_ATT_VALUE, field.Listed(kTrue).value_or(kTrue));
             if (factor.mapMissingTo) norm.SetText("mapMissingTo", *factor.mapMissingTo);
         });
     } else if (field.dataType == kString) {
-        RefuseAt(element.Dom(), kTextInEquation, name.c_str(), field.dataType.c_str(),
+        RefuseAt(element, kTextInEquation, name.c_str(), field.dataType.c_str(),
                  element.Tag().c_str());
     } else if (factor.mapMissingTo) {
         name = Derived(fmt::format("{} or {}", name, *factor.mapMissingTo), element,
                        [&](Element derived) {
-                           const Element reference = Add(derived, "FieldRef", element);
+                           const Element reference = AppendFor(derived, "FieldRef", element);
                            reference.SetText("field", factor.field);
                            reference.SetText("mapMissingTo", *factor.mapMissingTo);
                        });
@@ -206,10 +200,10 @@ std::string RegressionPredictors::NumberPredictor(const TermFactor& factor, Elem
     if (!IsWholePower(factor.exponent)) {
         const std::string base = name;
         name = Derived(fmt::format("{}^{}", base, factor.exponent), element, [&](Element derived) {
-            const Element apply = Add(derived, "Apply", element);
+            const Element apply = AppendFor(derived, "Apply", element);
             apply.SetText("function", "pow");
             AddFieldRef(apply, base, element);
-            const Element exponent = Add(apply, "Constant", element);
+            const Element exponent = AppendFor(apply, "Constant", element);
             exponent.SetText(kDataType, "double");
             exponent.SetContent(fmt::format("{}", factor.exponent));
         });
@@ -231,8 +225,8 @@ std::string RegressionPredictors::Derived(const std::string& wanted, Element ele
     std::string name = wanted;
     while (fields_.contains(name)) name += "'";
     Element section = model_.Child(Tags::XML_ELE_LOCALTRANSFORMATIONS);
-    if (!section) section = Add(model_, Tags::XML_ELE_LOCALTRANSFORMATIONS, element);
-    const Element derived = Add(section, "DerivedField", element);
+    if (!section) section = AppendFor(model_, Tags::XML_ELE_LOCALTRANSFORMATIONS, element);
+    const Element derived = AppendFor(section, "DerivedField", element);
     derived.SetText(Tags::XML_ATT_NAME, name);
     derived.SetText(Tags::XML_ATT_DATAFIELD_OPTYPE, Tags::XML_VAL_OT_CONTINUOUS);
     derived.SetText(kDataType, "double");

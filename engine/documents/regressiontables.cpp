@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <span>
 #include <string_view>
 
-#include "host/documents/documentplace.h"
+#include "engine/documents/vocabulary.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/documents/veltranscoder.h"
 #include "host/messages/messages.h"
@@ -20,37 +19,23 @@ using Tags = PMMLModelTags;
 const std::string kTable = "RegressionTable";
 const std::string kMapMissingTo = "mapMissingTo";
 
-// What the standard lets each element have.
-struct Attributes {
-    std::string_view tag;
-    std::vector<std::string> names;
-};
-
-const Attributes kAttributes[] = {
-    {"RegressionModel",
-     {"modelName", "functionName", "algorithmName", "modelType", "targetFieldName",
-      "normalizationMethod", "isScorable"}},
-    {kTable, {"intercept", "targetCategory"}},
-    {"NumericPredictor", {"name", "exponent", "coefficient"}},
-    {"CategoricalPredictor", {"name", "value", "coefficient"}},
-    {"PredictorTerm", {"name", "coefficient"}},
-    {"FieldRef", {"field", kMapMissingTo}},
-};
-
 // A misspelt attribute would count as one that is left out. Others' own are passed over.
 void ExpectKnownAttributes(Element element)
 {
-    const auto* known = std::find_if(std::begin(kAttributes), std::end(kAttributes),
-                                     [&](const Attributes& row) { return element.Is(row.tag); });
-    if (known == std::end(kAttributes)) return;
+    const ElementWord* word = FindElementWord(element.Tag());
+    if (word == nullptr) return;
+    const auto isKnown = [&](std::string_view name) {
+        return std::any_of(word->attributes.begin(), word->attributes.end(),
+                           [&](const AttributeWord& row) { return row.name == name; });
+    };
     element.ForEachAttribute([&](Element::RawText raw, Element::RawText) {
         const std::string name = Utf8FromXml(raw.data());
-        const auto& names = known->names;
-        if (std::find(names.begin(), names.end(), name) != names.end()) return;
-        const std::string meant = NearWord(name, names);
+        if (isKnown(name)) return;
+        std::vector<std::string> known;
+        for (const AttributeWord& row : word->attributes) known.emplace_back(row.name);
+        const std::string meant = NearWord(name, known);
         if (meant.empty()) return;
-        RefuseAt(element.Dom(), kMisspeltAttribute, name.c_str(), element.Tag().c_str(),
-                 meant.c_str());
+        RefuseAt(element, kMisspeltAttribute, name.c_str(), element.Tag().c_str(), meant.c_str());
     });
 }
 
@@ -58,7 +43,7 @@ std::string Required(Element element, const std::string& attribute)
 {
     ExpectKnownAttributes(element);
     if (!element.Has(attribute)) {
-        RefuseAt(element.Dom(), kAbsent, attribute.c_str(), element.Tag().c_str());
+        RefuseAt(element, kAbsent, attribute.c_str(), element.Tag().c_str());
     }
     return element.Text(attribute);
 }
@@ -67,7 +52,7 @@ double FiniteNumber(Element element, const std::string& attribute)
 {
     const std::optional<double> number = element.Number(attribute);
     if (!number || !std::isfinite(*number)) {
-        RefuseAt(element.Dom(), kNotFinite, element.Text(attribute).c_str(), attribute.c_str(),
+        RefuseAt(element, kNotFinite, element.Text(attribute).c_str(), attribute.c_str(),
                  element.Tag().c_str());
     }
     return *number;
@@ -101,8 +86,7 @@ RegressionTerm ReadProduct(Element element)
     for (const Element child : element.Children()) {
         if (child.Is(Tags::XML_ELE_EXTENSION)) continue;
         if (!child.Is("FieldRef")) {
-            RefuseAt(child.Dom(), kUnexpectedTableElement, child.Tag().c_str(),
-                     element.Tag().c_str());
+            RefuseAt(child, kUnexpectedTableElement, child.Tag().c_str(), element.Tag().c_str());
         }
         TermFactor factor{.field = Required(child, "field")};
         if (child.Has(kMapMissingTo)) {
@@ -112,7 +96,7 @@ RegressionTerm ReadProduct(Element element)
         term.factors.push_back(std::move(factor));
     }
     if (term.factors.empty()) {
-        RefuseAt(element.Dom(), kAbsent, "FieldRef", element.Tag().c_str());
+        RefuseAt(element, kAbsent, "FieldRef", element.Tag().c_str());
     }
     return term;
 }
@@ -141,7 +125,7 @@ RegressionTable ReadTable(Element element)
         const auto* reader = std::find_if(std::begin(kTermReaders), std::end(kTermReaders),
                                           [&](const TermReader& row) { return child.Is(row.tag); });
         if (reader == std::end(kTermReaders)) {
-            RefuseAt(child.Dom(), kUnexpectedTableElement, child.Tag().c_str(), kTable.c_str());
+            RefuseAt(child, kUnexpectedTableElement, child.Tag().c_str(), kTable.c_str());
         }
         table.terms.push_back(reader->read(child));
     }
@@ -160,7 +144,7 @@ std::vector<RegressionTable> ReadRegressionTables(Element model)
     ExpectKnownAttributes(model);
     std::vector<RegressionTable> tables;
     for (const Element child : model.Children(kTable)) tables.push_back(ReadTable(child));
-    if (tables.empty()) RefuseAt(model.Dom(), kAbsent, kTable.c_str(), model.Tag().c_str());
+    if (tables.empty()) RefuseAt(model, kAbsent, kTable.c_str(), model.Tag().c_str());
     return tables;
 }
 

@@ -101,6 +101,13 @@ std::string CategoryKey(const std::string& dataType, const std::string& text)
 
 bool IsNumericType(std::string_view dataType) { return IsOneOf(dataType, kNumericTypes); }
 
+Element AppendFor(Element parent, std::string_view tag, Element source)
+{
+    const Element added = parent.Append(tag);
+    CopyPlace(source.Dom(), added.Dom());
+    return added;
+}
+
 void AcceptUnlisted(Element field)
 {
     const Element extension = field.Append(Tags::XML_ELE_EXTENSION);

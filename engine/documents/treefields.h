@@ -31,6 +31,8 @@ std::string CategoryKey(Element field, const std::string& text);
 std::string CategoryKey(const std::string& dataType, const std::string& text);
 /// True for the data types whose values are numbers.
 bool IsNumericType(std::string_view dataType);
+/// A new last child of `parent`, which messages place where `source` stands.
+Element AppendFor(Element parent, std::string_view tag, Element source);
 /// Adds the dictionary's own extension by which a field takes values that it doesn't list.
 void AcceptUnlisted(Element field);
 /// True where the field has that extension.

@@ -30,6 +30,16 @@ std::vector<const ElementWord*> Vocabulary(bool older)
     return words;
 }
 
+const ElementWord* FindElementWord(std::string_view tag)
+{
+    for (const auto table : {FieldVocabulary(), ModelVocabulary(), RegressionVocabulary()}) {
+        for (const ElementWord& word : table) {
+            if (word.tag == tag) return &word;
+        }
+    }
+    return nullptr;
+}
+
 std::span<const std::string_view> WordsOf(std::string_view element, std::string_view attribute)
 {
     for (const auto table :

@@ -73,6 +73,9 @@ std::span<const ElementWord> OlderVocabulary();
 /// The elements of one form.
 std::vector<const ElementWord*> Vocabulary(bool older);
 
+/// The element of the published form with that tag; null for none.
+const ElementWord* FindElementWord(std::string_view tag);
+
 /// The words that an attribute of an element, of either form, may have; none where any text will
 /// do, and for what the vocabulary doesn't have.
 std::span<const std::string_view> WordsOf(std::string_view element, std::string_view attribute);

@@ -70,4 +70,25 @@ std::string VisibleText(std::string_view text, LineBreaks breaks)
     return visible;
 }
 
+std::string EscapedJson(std::string_view json)
+{
+    std::string escaped;
+    for (size_t at = 0; at < json.size();) {
+        const size_t next = NextCharacter(json, at);
+        const std::string_view character = json.substr(at, next - at);
+        const char32_t code = CodeOf(character);
+        at = next;
+        if (character == "\n" || !IsHidden(code)) {
+            escaped += character;
+        } else if (code < 0x10000) {
+            escaped += fmt::format("\\u{:04x}", static_cast<unsigned>(code));
+        } else {  // a pair of surrogates
+            const auto above = static_cast<unsigned>(code - 0x10000);
+            escaped +=
+                fmt::format("\\u{:04x}\\u{:04x}", 0xD800 + (above >> 10), 0xDC00 + (above & 0x3FF));
+        }
+    }
+    return escaped;
+}
+
 }  // namespace MCVelscore_850

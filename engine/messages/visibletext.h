@@ -18,6 +18,10 @@ std::string VisibleCharacter(std::string_view character);
 enum class LineBreaks { Escaped, Kept };
 std::string VisibleText(std::string_view text, LineBreaks breaks = LineBreaks::Escaped);
 
+/// A JSON text with such characters in its strings as JSON's own escapes; what it says stays the
+/// same. Line breaks between its parts are kept.
+std::string EscapedJson(std::string_view json);
+
 }  // namespace MCVelscore_850
 
 #endif

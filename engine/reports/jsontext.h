@@ -5,13 +5,16 @@
 
 #include <nlohmann/json.hpp>
 
+#include "engine/messages/visibletext.h"
+
 namespace MCVelscore_850 {
 
 /// A report as it is written: indented by two, with a line end. Bytes of texts that aren't UTF-8
-/// are replaced.
+/// are replaced; characters that a terminal would obey or hide are escaped.
 inline std::string JsonText(const nlohmann::ordered_json& json)
 {
-    return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    using Json = nlohmann::ordered_json;
+    return EscapedJson(json.dump(2, ' ', false, Json::error_handler_t::replace)) + "\n";
 }
 
 }  // namespace MCVelscore_850

@@ -164,7 +164,6 @@ TEST(RulePage, ShowsExamplesThatItsRulesFind)
     for (const auto& entry : ToldRules()) {
         const std::string& rule = entry.first;
         const auto& row = entry.second;
-        if (row.example.empty()) continue;
         std::smatch parts;
         ASSERT_TRUE(std::regex_match(row.example, parts, form)) << rule << ": " << row.example;
         const std::string wrong = parts[1];

@@ -141,11 +141,11 @@ TEST_F(Check, TellsTheReadersRefusalInTheSameForm)
                                     "    34 |       <PCell parameterName=\"p1\" beta=\"two\" "))
         << run.out;
     const Json report = Json::parse(RunVelscore({"check", "--json", file}).out).at(0);
-    ASSERT_EQ(report["findings"].size(), 2u);
-    EXPECT_EQ(report["findings"][1]["rule"], nullptr);
-    EXPECT_EQ(report["findings"][1]["code"], 269001);
-    EXPECT_EQ(report["findings"][1]["severity"], "fault");
-    EXPECT_EQ(report["findings"][1]["line"], 34);
+    ASSERT_EQ(report.at("findings").size(), 2u);
+    EXPECT_EQ(report.at("findings").at(1).at("rule"), nullptr);
+    EXPECT_EQ(report.at("findings").at(1).at("code"), 269001);
+    EXPECT_EQ(report.at("findings").at(1).at("severity"), "fault");
+    EXPECT_EQ(report.at("findings").at(1).at("line"), 34);
 }
 
 TEST_F(Check, HasNoColoursOutsideATerminal)
@@ -158,30 +158,31 @@ TEST_F(Check, TellsMachinesEachFinding)
 {
     const std::string file = Write(Faulty());
     const Json report = Json::parse(RunVelscore({"check", "--json", file}).out).at(0);
-    EXPECT_EQ(report["ok"], false);
-    EXPECT_EQ(report["line"], 34);
-    EXPECT_EQ(report["leftOut"], Json::object());
-    const Json& findings = report["findings"];
+    EXPECT_EQ(report.at("ok"), false);
+    EXPECT_EQ(report.at("line"), 34);
+    EXPECT_EQ(report.at("leftOut"), Json::object());
+    const Json& findings = report.at("findings");
     ASSERT_EQ(findings.size(), 2u);
     const Json expected = Json::parse(R"({
         "rule": "misspelt-attribute", "code": null, "severity": "fault", "strict": false,
         "line": 34, "column": 7, "path": "PMML/GeneralRegressionModel/ParamMatrix/PCell[2]",
         "element": "PCell", "attribute": "Beta", "near": "beta", "fixable": true})");
-    for (const auto& item : expected.items()) EXPECT_EQ(findings[0][item.key()], item.value());
+    for (const auto& item : expected.items())
+        EXPECT_EQ(findings.at(0).at(item.key()), item.value());
     // Every key is told in the documentation, and the other way round there are no more.
     const std::string page = ReadFile("docs/command.md");
-    EXPECT_EQ(findings[0].size(), 15u);
-    for (const auto& item : findings[0].items()) {
+    EXPECT_EQ(findings.at(0).size(), 15u);
+    for (const auto& item : findings.at(0).items()) {
         EXPECT_TRUE(Has(page, "`" + item.key() + "`")) << item.key();
     }
 
     const Json adapted =
         Json::parse(RunVelscore({"check", "--json", Write(ShortVersion())}).out)[0];
-    EXPECT_EQ(adapted["ok"], true);
-    EXPECT_EQ(adapted["adapted"].size(), 1u);
-    EXPECT_EQ(adapted["findings"][0]["severity"], "adapted");
-    EXPECT_EQ(adapted["findings"][0]["rule"], "short-version");
-    EXPECT_EQ(adapted["findings"][0]["found"], nullptr);
+    EXPECT_EQ(adapted.at("ok"), true);
+    EXPECT_EQ(adapted.at("adapted").size(), 1u);
+    EXPECT_EQ(adapted.at("findings").at(0).at("severity"), "adapted");
+    EXPECT_EQ(adapted.at("findings").at(0).at("rule"), "short-version");
+    EXPECT_EQ(adapted.at("findings").at(0).at("found"), nullptr);
 }
 
 TEST_F(Check, CountsWhatItDoesNotList)
@@ -190,8 +191,8 @@ TEST_F(Check, CountsWhatItDoesNotList)
     for (int i = 0; i < 150; ++i) values += "<Extra/>";
     const std::string file = Write(Replaced(kSound, "<Header/>", "<Header/>" + values));
     const Json report = Json::parse(RunVelscore({"check", "--json", file}).out)[0];
-    ASSERT_EQ(report["findings"].size(), 100u);
-    EXPECT_EQ(report["leftOut"], Json({{"unknown-element", 50}}));
+    ASSERT_EQ(report.at("findings").size(), 100u);
+    EXPECT_EQ(report.at("leftOut"), Json({{"unknown-element", 50}}));
     const Finished run = RunVelscore({"check", file});
     EXPECT_TRUE(Has(run.out, file + ": and 50 more [unknown-element]\n")) << run.out;
     EXPECT_TRUE(Has(run.out, "; 150 notices\n")) << run.out;
@@ -308,9 +309,9 @@ TEST_F(Check, ScoreTellsNoticesAndAdaptationsAtItsEnd)
                                   " was adapted (short-version); velscore check tells how\n"))
         << run.err;
     const Json summary = Json::parse(ReadFile(folder_.Path("run.json")));
-    ASSERT_EQ(summary["notices"].size(), 1u);
-    EXPECT_TRUE(Has(summary["notices"][0], "[replacement-unlisted]"));
-    EXPECT_EQ(summary["adapted"].size(), 1u);
+    ASSERT_EQ(summary.at("notices").size(), 1u);
+    EXPECT_TRUE(Has(summary.at("notices").at(0), "[replacement-unlisted]"));
+    EXPECT_EQ(summary.at("adapted").size(), 1u);
 
     arguments.push_back("--quiet");
     EXPECT_EQ(RunVelscore(arguments).err, "");
@@ -419,7 +420,7 @@ TEST_F(Fix, MakesThePublishedDocumentsNeedNoAdaptation)
         EXPECT_EQ(run.exitCode, 0) << file << run.err;
         adapted += Has(run.err, "nothing to put right") ? 0 : 1;
         for (const Json& finding : Findings(fixed_)) {
-            EXPECT_NE(finding["severity"], "adapted") << file << finding;
+            EXPECT_NE(finding.at("severity"), "adapted") << file << finding;
         }
         EXPECT_EQ(model(fixed_), model(file)) << file;
     }

@@ -137,13 +137,13 @@ TEST_F(Command, CheckTellsMachinesTheSame)
     EXPECT_EQ(run.exitCode, 2);
     const Json report = Json::parse(run.out);
     ASSERT_EQ(report.size(), 3u);
-    EXPECT_EQ(report[0]["ok"], true);
-    EXPECT_EQ(report[0]["target"], "y");
-    EXPECT_EQ(report[1]["ok"], false);
-    EXPECT_EQ(report[1]["document"], bad);
-    EXPECT_EQ(report[1]["line"], LineOf(wrong.Text(), "beta=\"two\""));
-    EXPECT_EQ(report[1]["code"], 269001);
-    EXPECT_EQ(report[2]["code"], 269101);
+    EXPECT_EQ(report.at(0).at("ok"), true);
+    EXPECT_EQ(report.at(0).at("target"), "y");
+    EXPECT_EQ(report.at(1).at("ok"), false);
+    EXPECT_EQ(report.at(1).at("document"), bad);
+    EXPECT_EQ(report.at(1).at("line"), LineOf(wrong.Text(), "beta=\"two\""));
+    EXPECT_EQ(report.at(1).at("code"), 269001);
+    EXPECT_EQ(report.at(2).at("code"), 269101);
 }
 
 TEST_F(Command, CheckReadsStandardInputOnce)
@@ -163,17 +163,44 @@ TEST_F(Command, InspectShowsFamilyTargetPredictorsAndEquation)
     }
 }
 
+TEST_F(Command, InspectShowsNoCharacterThatATerminalObeys)
+{
+    std::string text = TestModel().Text();
+    // The covariate's name turns the direction of its line, and goes on in another one.
+    const std::string name = "x\xE2\x80\xAE\nfamily none";
+    for (const char* attribute : {"name=\"x\"", "predictorName=\"x\""}) {
+        const std::string written = attribute;
+        const std::string key = written.substr(0, written.find('"'));
+        for (size_t at = text.find(" " + written); at != std::string::npos;
+             at = text.find(" " + written, at + 1)) {
+            text.replace(at, written.size() + 1, " " + key + "\"x\xE2\x80\xAE&#10;family none\"");
+        }
+    }
+    const std::string model = folder_.Write("hidden.pmml", text);
+    for (const char* form : {"", "--dump", "--coefficients", "--json"}) {
+        std::vector<std::string> arguments{"inspect", model};
+        if (*form != '\0') arguments.emplace_back(form);
+        const Finished run = RunVelscore(arguments);
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+        EXPECT_FALSE(Has(run.out, "\xE2\x80\xAE")) << form << run.out;
+    }
+    const Finished plain = RunVelscore({"inspect", model});
+    EXPECT_TRUE(Has(plain.out, "covariates    x\\u202E\\u000Afamily none\n")) << plain.out;
+    const Json json = Json::parse(RunVelscore({"inspect", "--json", model}).out);
+    EXPECT_EQ(json.at("covariates").at(0), name);
+}
+
 TEST_F(Command, InspectTellsMachinesTheSame)
 {
     const Json model = Json::parse(RunVelscore({"inspect", "--json", model_}).out);
-    EXPECT_EQ(model["target"], "y");
-    EXPECT_EQ(model["df"], 8);
-    EXPECT_EQ(model["factors"], Json::array({"sex"}));
-    EXPECT_EQ(model["reads"].size(), 2u);
-    const Json& terms = model["equations"][0]["terms"];
+    EXPECT_EQ(model.at("target"), "y");
+    EXPECT_EQ(model.at("df"), 8);
+    EXPECT_EQ(model.at("factors"), Json::array({"sex"}));
+    EXPECT_EQ(model.at("reads").size(), 2u);
+    const Json& terms = model.at("equations").at(0).at("terms");
     ASSERT_EQ(terms.size(), 3u);
-    EXPECT_EQ(terms[2]["beta"], 10);
-    EXPECT_EQ(terms[2]["factors"][0]["category"], "m");
+    EXPECT_EQ(terms.at(2).at("beta"), 10);
+    EXPECT_EQ(terms.at(2).at("factors").at(0).at("category"), "m");
 }
 
 TEST_F(Command, InspectDumpsAllThatTheModelHolds)

@@ -80,7 +80,7 @@ TEST_P(ExplainedCases, AddUpToTheLinearPredictorsOfScore)
     ASSERT_EQ(told.at("cases").size(), scores.rows.size());
     size_t sumCount = 0;
     for (size_t row = 0; row < scores.rows.size(); ++row) {
-        const json& each = told["cases"][row];
+        const json& each = told.at("cases").at(row);
         ASSERT_EQ(each.at("row"), row + 1);
         ASSERT_EQ(std::to_string(each.at("status").get<int>()), scores.Texts("status")[row]);
         for (const json& equation : each.at("equations")) {
@@ -110,11 +110,12 @@ TEST_P(ExplainedCases, AddUpToTheLinearPredictorsOfScore)
     size_t compared = 0;
     for (size_t row = 0; row < predictors.size(); ++row) {
         const auto found = sums.find({row + 1, category});
+        EXPECT_EQ(found == sums.end(), predictors[row].empty()) << row;
         if (found == sums.end()) continue;
         EXPECT_TRUE(SameNumber(found->second, NumberOf(predictors[row]))) << row;
         ++compared;
     }
-    EXPECT_GT(compared, predictors.size() / 2);
+    EXPECT_GT(compared, 0U);
 }
 
 // y = 1 + 2 x + 10 [sex = m]

@@ -133,12 +133,12 @@ TEST_F(Generalized, InspectTellsLinkDistributionOffsetTrialsAndTheMean)
         EXPECT_TRUE(Has(text, line)) << line << text;
     }
     const Json json = Json::parse(RunVelscore({"inspect", "--json", model}).out);
-    EXPECT_EQ(json["link"], "Power");
-    EXPECT_EQ(json["linkParameter"], -0.5);
-    EXPECT_EQ(json["distribution"], "Binomial");
-    EXPECT_EQ(json["offset"], "1.5");
-    EXPECT_EQ(json["trials"], "20");
-    EXPECT_EQ(json["mean"], "20 * eta^(1/k), eta = linear predictor + 1.5, k = -0.5");
+    EXPECT_EQ(json.at("link"), "Power");
+    EXPECT_EQ(json.at("linkParameter"), -0.5);
+    EXPECT_EQ(json.at("distribution"), "Binomial");
+    EXPECT_EQ(json.at("offset"), "1.5");
+    EXPECT_EQ(json.at("trials"), "20");
+    EXPECT_EQ(json.at("mean"), "20 * eta^(1/k), eta = linear predictor + 1.5, k = -0.5");
     const std::string dump = RunVelscore({"inspect", "--dump", model}).out;
     EXPECT_TRUE(Has(dump,
                     "Link parameter: -0.5\nDistribution: Binomial, events and trials: 20\n"

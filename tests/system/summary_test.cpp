@@ -60,45 +60,47 @@ TEST_F(Summary, TellsAllOfARun)
     for (const std::string& key : KeysOf(report)) {
         EXPECT_NE(page.find("`" + key + "`"), std::string::npos) << key;
     }
-    EXPECT_EQ("velscore " + report["velscore"].get<std::string>() + "\n",
+    EXPECT_EQ("velscore " + report.at("velscore").get<std::string>() + "\n",
               RunVelscore({"--version"}).out);
-    EXPECT_EQ(report["document"], model_);
-    EXPECT_EQ(report["documentVersion"], "4.4");
+    EXPECT_EQ(report.at("document"), model_);
+    EXPECT_EQ(report.at("documentVersion"), "4.4");
     const Finished digest = RunProgram({"/usr/bin/sha256sum", model_});
-    EXPECT_EQ(report["documentSha256"], digest.out.substr(0, 64));
-    EXPECT_EQ(report["family"], "general linear model");
-    ASSERT_EQ(report["adapted"].size(), 1u);
-    EXPECT_NE(report["adapted"][0].get<std::string>().find("[short-version]"), std::string::npos);
-    EXPECT_EQ(report["notices"], Json::array());
-    EXPECT_EQ(report["tables"], Json({one, two}));
-    EXPECT_EQ(report["rows"], 6);
-    EXPECT_EQ(report["scored"], 2);
-    EXPECT_EQ(report["notScored"], Json::parse(R"([{"status": 90029, "field": "sex", "count": 1,
+    EXPECT_EQ(report.at("documentSha256"), digest.out.substr(0, 64));
+    EXPECT_EQ(report.at("family"), "general linear model");
+    ASSERT_EQ(report.at("adapted").size(), 1u);
+    EXPECT_NE(report.at("adapted").at(0).get<std::string>().find("[short-version]"),
+              std::string::npos);
+    EXPECT_EQ(report.at("notices"), Json::array());
+    EXPECT_EQ(report.at("tables"), Json({one, two}));
+    EXPECT_EQ(report.at("rows"), 6);
+    EXPECT_EQ(report.at("scored"), 2);
+    EXPECT_EQ(report.at("notScored"), Json::parse(R"([{"status": 90029, "field": "sex", "count": 1,
                                "first": [{"table": "ONE", "row": 3, "text": "q"}]},
                               {"status": 90029, "field": "x", "count": 2,
                                "first": [{"table": "ONE", "row": 2, "text": ""},
                                          {"table": "TWO", "row": 2, "text": ""}]},
                               {"status": 269053, "field": null, "count": 1,
                                "first": [{"table": "ONE", "row": 4, "text": null}]}])",
-                                               [&](int, Json::parse_event_t, Json& parsed) {
-                                                   if (parsed == "ONE") parsed = one;
-                                                   if (parsed == "TWO") parsed = two;
-                                                   return true;
-                                               }));
-    EXPECT_EQ(report["rejected"], 4);
-    EXPECT_EQ(report["unlisted"], Json::array());
-    EXPECT_EQ(report["rowsWritten"], 6);
+                                                  [&](int, Json::parse_event_t, Json& parsed) {
+                                                      if (parsed == "ONE") parsed = one;
+                                                      if (parsed == "TWO") parsed = two;
+                                                      return true;
+                                                  }));
+    EXPECT_EQ(report.at("rejected"), 4);
+    EXPECT_EQ(report.at("unlisted"), Json::array());
+    EXPECT_EQ(report.at("rowsWritten"), 6);
     EXPECT_EQ(ParseCsv(run_.out).rows.size(), 6u);
     EXPECT_EQ(ParseCsv(ReadFile(folder_.Path("rejects.csv"))).rows.size(), 4u);
-    EXPECT_EQ(report["exitCode"], 5);
-    EXPECT_EQ(report["error"], nullptr);
-    EXPECT_EQ(report["interrupted"], false);
-    EXPECT_EQ(report["threads"], 2);
-    const Json& seconds = report["seconds"];
+    EXPECT_EQ(report.at("exitCode"), 5);
+    EXPECT_EQ(report.at("error"), nullptr);
+    EXPECT_EQ(report.at("interrupted"), false);
+    EXPECT_EQ(report.at("threads"), 2);
+    const Json& seconds = report.at("seconds");
     EXPECT_EQ(KeysOf(seconds), (Texts{"total", "reading", "scoring", "writing"}));
     for (const auto& part : seconds) EXPECT_GE(part.get<double>(), 0.0);
-    EXPECT_DOUBLE_EQ(report["rowsPerSecond"].get<double>() * seconds["total"].get<double>(), 6.0);
-    EXPECT_GT(report["peakMemoryBytes"].get<int64_t>(), int64_t{1} << 20);
+    EXPECT_DOUBLE_EQ(report.at("rowsPerSecond").get<double>() * seconds.at("total").get<double>(),
+                     6.0);
+    EXPECT_GT(report.at("peakMemoryBytes").get<int64_t>(), int64_t{1} << 20);
 }
 
 TEST_F(Summary, TellsTheFirstFiveCasesOfAReason)
@@ -107,10 +109,10 @@ TEST_F(Summary, TellsTheFirstFiveCasesOfAReason)
         folder_.Write("cases.csv", "x,sex\na,f\nb,f\nc,f\n1,f\nd,f\ne,f\nf,f\n");
     const Json reasons = Report({cases}, 0)["notScored"];
     ASSERT_EQ(reasons.size(), 1u);
-    EXPECT_EQ(reasons[0]["count"], 6);
+    EXPECT_EQ(reasons.at(0).at("count"), 6);
     std::string texts;
-    for (const Json& first : reasons[0]["first"]) {
-        texts += first["text"].get<std::string>() + std::to_string(first["row"].get<int>());
+    for (const Json& first : reasons.at(0).at("first")) {
+        texts += first.at("text").get<std::string>() + std::to_string(first.at("row").get<int>());
     }
     EXPECT_EQ(texts, "a1b2c3d5e6");
 }
@@ -130,11 +132,11 @@ TEST_F(Summary, TellsWhatEndedTheRun)
 {
     const std::string cases = folder_.Write("cases.csv", "x,sex\n1,f\n1\n");
     const Json report = Report({cases}, 3);
-    EXPECT_EQ(report["exitCode"], 3);
-    EXPECT_EQ(report["rowsWritten"], 1);
-    EXPECT_EQ(report["error"]["code"], 269304);
-    EXPECT_EQ(report["error"]["message"], cases + ": row 2 has 1 fields, the header 2");
-    EXPECT_EQ(report["error"]["remedy"], "Mend the table and score it again.");
+    EXPECT_EQ(report.at("exitCode"), 3);
+    EXPECT_EQ(report.at("rowsWritten"), 1);
+    EXPECT_EQ(report.at("error").at("code"), 269304);
+    EXPECT_EQ(report.at("error").at("message"), cases + ": row 2 has 1 fields, the header 2");
+    EXPECT_EQ(report.at("error").at("remedy"), "Mend the table and score it again.");
 }
 
 TEST_F(Summary, OfFewRejectsAllowedCountsThoseThatWereWritten)
@@ -142,10 +144,10 @@ TEST_F(Summary, OfFewRejectsAllowedCountsThoseThatWereWritten)
     const std::string cases = folder_.Write("cases.csv", "x,sex\n1,f\n1\na,f\nb,f\n");
     const Json report =
         Report({cases, "--rejects", folder_.Path("rejects.csv"), "--max-rejects", "2"}, 3);
-    EXPECT_EQ(report["error"]["code"], 269326);
-    EXPECT_EQ(report["rejected"], 2);
-    EXPECT_EQ(report["rows"], 3);
-    EXPECT_EQ(report["rowsWritten"], 3);
+    EXPECT_EQ(report.at("error").at("code"), 269326);
+    EXPECT_EQ(report.at("rejected"), 2);
+    EXPECT_EQ(report.at("rows"), 3);
+    EXPECT_EQ(report.at("rowsWritten"), 3);
 }
 
 // The names and texts of tables may be in any encoding, the report is in UTF-8.
@@ -153,8 +155,8 @@ TEST_F(Summary, IsJsonWhateverTheTableHolds)
 {
     const std::string cases = folder_.Write("caf\xE9.csv", "x,sex\n1,\xE9\n");
     const Json report = Report({cases}, 0);
-    EXPECT_EQ(report["notScored"][0]["first"][0]["text"], "\xEF\xBF\xBD");
-    EXPECT_EQ(report["tables"][0], folder_.Path("caf\xEF\xBF\xBD.csv"));
+    EXPECT_EQ(report.at("notScored").at(0).at("first").at(0).at("text"), "\xEF\xBF\xBD");
+    EXPECT_EQ(report.at("tables").at(0), folder_.Path("caf\xEF\xBF\xBD.csv"));
     const std::string rejects = folder_.Path("rejects.csv");
     Report({cases, "--rejects", rejects}, 0);
     EXPECT_EQ(ParseCsv(ReadFile(rejects)).Texts("file"), Texts{folder_.Path("caf\\xE9.csv")});
@@ -184,9 +186,9 @@ TEST_F(Summary, ComesOfCurvesToo)
     const Finished run = RunVelscore(
         {"curve", DataFile("cases/cox-veteran-strata/model.pmml"), cases, "--summary", file});
     const Json report = Json::parse(ReadFile(file));
-    EXPECT_EQ(report["rows"], 2);
-    EXPECT_EQ(report["scored"], 1);
-    EXPECT_EQ(report["rowsWritten"], ParseCsv(run.out).rows.size());
+    EXPECT_EQ(report.at("rows"), 2);
+    EXPECT_EQ(report.at("scored"), 1);
+    EXPECT_EQ(report.at("rowsWritten"), ParseCsv(run.out).rows.size());
 }
 
 }  // namespace

@@ -158,7 +158,7 @@ INSTANTIATE_TEST_SUITE_P(
     Each, RefusedSurvival,
     testing::Values(
         Refused{"NoNumber", {"score", "--columns", "survival@soon"}, {"the time 'soon'", "269331"}},
-        Refused{"NoTime", {"score", "--columns", "survival@"}, {"the time ''", "269331"}},
+        Refused{"NoTime", {"score", "--columns", "survival@"}, {"the time (empty)", "269331"}},
         Refused{"Negative", {"score", "--columns", "survival@-1"}, {"the time '-1'", "0 or more"}},
         Refused{"Twice", {"score", "--columns", "survival@3,survival@3"}, {"twice", "269318"}},
         Refused{
@@ -166,7 +166,7 @@ INSTANTIATE_TEST_SUITE_P(
             {"score", "--columns", "median_survial"},
             {"Did you mean 'median_survival'?", "risk, median_survival, survival@TIME, status"}},
         Refused{"TimesNoNumber", {"curve", "--times", "1,x"}, {"the time 'x'", "269331"}},
-        Refused{"TimesEmpty", {"curve", "--times", ""}, {"the time ''"}},
+        Refused{"TimesEmpty", {"curve", "--times", ""}, {"the time (empty)"}},
         Refused{"TimesNegative", {"curve", "--times=-1,2"}, {"the time '-1'"}},
         Refused{"TimesUnsorted", {"curve", "--times", "30,20"}, {"20 behind 30", "ascending"}},
         Refused{"TimesTwice", {"curve", "--times", "30,30"}, {"30 behind 30"}},
