@@ -49,7 +49,7 @@ void ExplainTables(const LoadedModel& model, const std::vector<std::string>& tab
                        .columnOf = options.columnOf,
                        .headerRemedy = reader.HeaderRemedy()};
     if (!dialect.hasHeader && table.columnOf.empty()) {
-        table.columnOf = ColumnsInOrder(reader, model.Columns());
+        table.columnOf = ColumnsInOrder(reader, model, true);
     }
     TableScorer scorer(model, reader.Header(), reader.NameOf(0), table);
     const std::unique_ptr<BlockSplitter> splitter = SplitterOf(reader, scorer, dialect);
