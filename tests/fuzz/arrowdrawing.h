@@ -1,8 +1,8 @@
 #ifndef VELSCORE_TESTS_FUZZ_ARROWDRAWING_H
 #define VELSCORE_TESTS_FUZZ_ARROWDRAWING_H
 
+#include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <vector>
 
 #include "tests/capi/madetables.h"
