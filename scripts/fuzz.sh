@@ -8,7 +8,7 @@
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 declare -A seeds=([document]=documents [structure]=documents [pair]=pairs [table]=tables
-    [expression]=bytes [stats]=bytes)
+    [expression]=bytes [stats]=bytes [arrow]=arrow)
 if [ $# -ne 2 ] || [ -z "${seeds[$1]:-}" ]; then
     echo "usage: scripts/fuzz.sh TARGET SECONDS; the targets are: ${!seeds[*]}" >&2
     exit 1

@@ -289,6 +289,8 @@ public:
     static double FindNCParamF(double f, double df1, double df2, double p, double tolerance);
     /// The v, of either sign, with NonCentralCdfT(t, df, v) = p.
     ///     Domain  t >= 0, df > 0, 0 <= p <= 1, tolerance >= 0 (so no NaN), outside missing.
+    ///             Missing too where v lies beyond 60,000 times the larger of t and 1, as it seems
+    ///             to for a huge t: there the distribution function stays 1.
     ///     Error   as FindNCParamChi.
     static double FindNCParamT(double t, double df, double p, double tolerance);
 

@@ -5,6 +5,7 @@
 #include "stats/mcmissingvalue.h"
 #include "stats/mcpower.h"
 #include "stats/numerics.h"
+#include "stats/poissonsum.h"
 
 // Searches for the non-centrality v with F(v) = p, F being a non-central distribution function at a
 // fixed point. F falls as v grows. A missing F at any point of a search makes its answer missing.
@@ -28,13 +29,14 @@ struct Bracket {
 
 Bracket Answer(double v) { return {v, v, true}; }
 
-// Widens from `inner` by `next` until F - p changes its sign. Each step's predecessor is the other
-// end.
+// Widens from `from` by `next` until F - p changes its sign. Each step's predecessor is the other
+// end. Missing where the sign stands after all rounds: from a t of some 1e8 on t^2 / (df + t^2)
+// rounds to 1, and F stays 1 far beyond t.
 template <class F, class Next>
 Bracket Widen(const F& difference, double from, bool upwards, Next next)
 {
     double last = from;
-    for (;;) {
+    for (int round = 0; round < kMostRounds; ++round) {
         const double v = next(last);
         if (v == last) return Answer(MCMV::Missing());  // an infinite v: there is no next one
         const double d = difference(v);
@@ -43,6 +45,7 @@ Bracket Widen(const F& difference, double from, bool upwards, Next next)
         if ((d > 0.0) != upwards) return upwards ? Bracket{last, v} : Bracket{v, last};
         last = v;
     }
+    return Answer(MCMV::Missing());
 }
 
 // Halves the bracket. The ends differ in sign of F - p, so it narrows to one point.

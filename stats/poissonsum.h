@@ -8,7 +8,7 @@
 
 namespace MCMath_850 {
 
-inline constexpr int kMostRounds = 60000;       // of every sum over the mixture
+inline constexpr int kMostRounds = 60000;       // of every sum over the mixture and every search
 inline constexpr double kSumTolerance = 1e-12;  // of the sums without a tolerance of their own
 
 // Where a sum over Poisson weights of mean c starts: far enough below the mean that what is left

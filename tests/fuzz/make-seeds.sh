@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # The seed corpora of the fuzz targets, made of the test data:
 #
-#   make-seeds.sh OUT    OUT/documents, OUT/tables, OUT/pairs, OUT/bytes
+#   make-seeds.sh OUT    OUT/documents, OUT/tables, OUT/pairs, OUT/bytes, OUT/arrow
 set -euo pipefail
 out=$1
 data=$(cd "$(dirname "${BASH_SOURCE[0]}")/../data" && pwd)
 rm -rf "$out"
-mkdir -p "$out"/{documents,tables,pairs,bytes}
+mkdir -p "$out"/{documents,tables,pairs,bytes,arrow}
 
 # The name of a file as that of a seed: its path with dashes.
 seed_name() { printf '%s' "${1#"$data"/}" | tr '/' '-'; }
@@ -40,4 +40,10 @@ done
 for first in $(seq 0 2 255); do
     { printf '%b' "$(printf '\\0%03o' "$first")" &&
         head -c "$((first * 7 + 96))" "$data/links/links.csv" | tail -c 90; } >"$out/bytes/$first"
+done
+
+# What Arrow tables are drawn from takes more, and all bytes alike: compressed data.
+for part in $(seq 1 64); do
+    tail -c "+$((part * 64))" "$data/links/links.csv" | gzip -n | tail -c "+$((10 + part))" \
+        >"$out/arrow/$part"
 done

@@ -139,6 +139,21 @@ TEST(FindNonCentrality, NaNAndInfinitePointsEnd)
     EXPECT_EQ(D::FindNCParamT(kInf, 5.0, 1.0, 1e-6), 0.0);
 }
 
+// For such a t the distribution function is 1 at every multiple that a step reaches.
+TEST(FindNonCentralityT, GivesUpWhereTheDistributionDoesNotFall)
+{
+    for (const double t : {1e20, 1e69, 1e120}) {
+        EXPECT_EQ(D::NonCentralCdfT(t, 100.0, 1e6 * t), 1.0);
+        EXPECT_EQ(D::FindNCParamT(t, 100.0, 1e-307, 1e-6), Missing()) << t;
+    }
+}
+
+TEST(FindNonCentralityT, WalksThousandsOfStepsWhereTheAnswerIsFar)
+{
+    const double p = D::NonCentralCdfT(1.0, 1e-6, 2000.0);
+    EXPECT_EQ(D::FindNCParamT(1.0, 1e-6, p, 0.0), 2000.0);  // the end of a step hits
+}
+
 TEST(FindNonCentralityT, RunsOverBothSigns)
 {
     EXPECT_LT(D::FindNCParamT(1.0, 5.0, 0.99, 1e-9), 0.0);
