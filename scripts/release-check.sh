@@ -7,6 +7,8 @@
 #   threads    the tests that score one model in several threads, those of whole runs, and those of the
 #              library, under ThreadSanitizer
 #   leaks      100,000 models that eight threads open, score and close, under AddressSanitizer
+#   wheel      the portable wheel, and one from the source distribution, installed in environments of their
+#              own: tests/python, which compare with the command, and the time to the first score
 #   duckdb     the extension for DuckDB, eight queries at once over 10,000,000 rows each
 #   kills      200 runs ended by signals, full disks and closed pipes, at random moments, and gone on with
 #   reference  doxygen over the headers that are installed
@@ -69,6 +71,57 @@ stage_reference() {
     scripts/ensure-packages.sh packages.txt .ci/release-packages.txt &&
         cmake --preset release >/dev/null && doxygen build/release/packaging/Doxyfile
 }
+
+# The Pythons at hand that the package serves: the system's, and pyenv's if there is one.
+pythons() {
+    local python
+    for python in /usr/bin/python3 "${PYENV_ROOT:-$HOME/.pyenv}"/versions/*/bin/python3; do
+        [ ! -x "$python" ] || ! "$python" -c 'import sys; sys.exit(sys.version_info < (3, 9))' ||
+            echo "$python"
+    done
+}
+
+# From nothing to the first score of a wheel, by a Python, in an environment that is made for it. The score is
+# that of the command.
+first_score() {
+    local wheel=$1 python=$2 environment=$3 begin=$EPOCHREALTIME model=examples/motor-cars/model.pmml
+    local cases='{"wt": [2.62], "hp": [110], "cyl": [6], "am": ["manual"]}' score
+    "$python" -m venv "$environment" &&
+        "$environment/bin/pip" install --quiet --disable-pip-version-check --no-index "$wheel" &&
+        score=$("$environment/bin/python" -c \
+            "import velscore; print(velscore.load('$model').predict($cases)[0])") &&
+        awk -v python="$("$python" --version)" -v begin="$begin" -v end="$EPOCHREALTIME" \
+            'BEGIN { printf "%s: first score after %.1f s\n", python, end - begin }' &&
+        [ "$score" = "$(build/release/bin/velscore score $model examples/motor-cars/cases.csv \
+            --columns prediction --quiet | sed -n 2p)" ]
+}
+
+# tests/python with a wheel, in the environment that has it. The tests are written for 3.10 and newer.
+test_installed() {
+    ! "$1/bin/python" -c 'import sys; sys.exit(sys.version_info >= (3, 10))' || return 0
+    "$1/bin/pip" install --quiet --disable-pip-version-check --requirement tests/python/requirements.txt &&
+        "$1/bin/python" -m pytest --quiet tests/python
+}
+
+stage_wheel() (
+    scripts/ensure-packages.sh packages.txt tests/packages.txt .ci/release-packages.txt &&
+        cmake --preset release >/dev/null && cmake --build --preset release --target velscore &&
+        portable=$(scripts/portable-wheel.sh) && made=$(mktemp -d) || exit 1
+    trap 'rm -rf "$made"' EXIT
+    ended=0
+    while read -r python; do
+        environment=$made/$("$python" -c 'import sys; print("%d.%d.%d" % sys.version_info[:3])')
+        { first_score "$portable" "$python" "$environment" && test_installed "$environment"; } || ended=1
+    done < <(pythons)
+    /usr/bin/python3 -m venv "$made/sdist" &&
+        "$made/sdist/bin/pip" install --quiet --disable-pip-version-check build &&
+        "$made/sdist/bin/python" -m build --sdist --outdir "$made" . &&
+        "$made/sdist/bin/pip" wheel --quiet --disable-pip-version-check --no-deps --wheel-dir "$made" \
+            "$made"/velscore-*.tar.gz &&
+        first_score "$(echo "$made"/velscore-*.whl)" /usr/bin/python3 "$made/own" &&
+        test_installed "$made/own" || ended=1
+    exit $ended
+)
 
 stage_duckdb() { VELSCORE_TEST_ROWS=10000000 scripts/test-duckdb.sh; }
 
@@ -145,7 +198,7 @@ stage_root() (
             /opt/velscore/bin/velscore score "$examples/model.pmml" "$examples/cases.csv"'
 )
 
-stages=(clang equality threads leaks duckdb kills reference tidy cases packages root)
+stages=(clang equality threads leaks wheel duckdb kills reference tidy cases packages root)
 [ $# -gt 0 ] || set -- "${stages[@]}"
 failed=()
 for stage in "$@"; do
