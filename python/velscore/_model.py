@@ -153,6 +153,20 @@ class Model:
         """
         return list(self._about()["targetCategories"])
 
+    def coefficients(self) -> list[dict[str, Any]]:
+        """The estimates of the document, a dict a parameter, as `velscore inspect --coefficients`.
+
+        What the document has no covariances for is None: standard errors, t or z values, p values
+        and the 95% limits. Odds ratios (logit links) and hazard ratios (Cox models) follow, with
+        limits. `pandas.DataFrame(model.coefficients())` makes a frame of them.
+
+        >>> rows = load("examples/swiss-fertility/model.pmml").coefficients()
+        >>> rows[0]["label"], rows[0]["estimate"], round(rows[0]["std_err"], 7)
+        ('Agriculture', -0.1721139709414554, 0.0703039)
+        """
+        rows: list[dict[str, Any]] = _report(self._core.describe())["coefficients"]["rows"]
+        return rows
+
     def check(self) -> dict[str, Any]:
         """The report of the document, as `velscore.check` gives it."""
         return _check(self._text, self._name, self._as_is, self._allow)
@@ -259,6 +273,33 @@ class Model:
         reads = [name for name in about["reads"] if name != about["endTime"]]
         run = self._run(score_options(**options), names, reads)
         return kind_of(table).curve(table, run)
+
+    def explain(
+        self, table: Any, *, names: Sequence[str] | None = None, **options: Unpack[Options]
+    ) -> Any:
+        """How the scores of the rows come about: equation, term, value and contribution.
+
+        A line for each term of each equation of each row, which the column row counts from 1;
+        frames of pandas have the index of their row instead. The contributions of an equation,
+        added up in their order, are its linear predictor. The equation has no value where the
+        model has one alone; a row without a score has one line without values. What `score` takes,
+        but for keep, columns and level.
+
+        >>> model = load("examples/motor-cars/model.pmml")
+        >>> case = {"wt": [2.62], "hp": [110], "cyl": [6], "am": ["automatic"]}
+        >>> terms = model.explain(case)
+        >>> terms["term"][:3], terms["value"][:3]
+        (['Intercept', 'cyl6', 'cyl8'], [1.0, 1.0, 0.0])
+        >>> total = 0.0
+        >>> for contribution in terms["contribution"]:  # sum() of newer Pythons corrects as it adds
+        ...     total += contribution
+        >>> model.predict(case) == [total]
+        True
+        """
+        if options.get("level") is not None:
+            raise OptionError("level isn't an option of explanations")
+        run = self._run(score_options(**options), names)
+        return kind_of(table).explain(table, run)
 
     def bind(
         self,
