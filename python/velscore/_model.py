@@ -12,11 +12,13 @@ from ._options import score_options
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from collections.abc import Iterable, Sequence
+    from collections.abc import Iterable, Mapping, Sequence
     from typing import IO, Any, Union
 
+    from matplotlib.axes import Axes
     from typing_extensions import TypeAlias, Unpack
 
+    from ._fields import Field
     from ._typing import Options
 
     Document: TypeAlias = Union[str, os.PathLike[str], bytes, bytearray, memoryview, IO[bytes]]
@@ -105,7 +107,7 @@ class Model:
     pickled and copied by the text of its document.
     """
 
-    __slots__ = ("_allow", "_as_is", "_core", "_described", "_name", "_text")
+    __slots__ = ("_allow", "_as_is", "_core", "_described", "_fields", "_name", "_text")
 
     def __init__(
         self, core: _velscore.Model, text: bytes, name: str, as_is: bool, allow: tuple[str, ...]
@@ -116,6 +118,7 @@ class Model:
         self._as_is = as_is
         self._allow = allow
         self._described: dict[str, Any] | None = None
+        self._fields: dict[str, Field] | None = None
 
     def __reduce__(self) -> Any:
         return _made, (self._text, self._name, self._as_is, self._allow)
@@ -316,6 +319,97 @@ class Model:
         {'prediction': 22.189600083829404}
         """
         return _velscore.Scorer(self._core, columns, score_options(None, results, **options))
+
+    # ---- Pictures ----
+
+    def plot_effect(
+        self,
+        name: str,
+        table: Any = None,
+        *,
+        by: str | None = None,
+        values: Sequence[Any] | None = None,
+        at: Mapping[str, Any] | None = None,
+        level: float | None = None,
+        ax: Axes | None = None,
+    ) -> Axes:
+        """Draws how the score goes with one column, the others held still; with limits.
+
+        The mean, the probabilities of categories, of Cox models the relative hazard. Others are held
+        at the table's mean or most frequent value; without a table at the model's own reference, or
+        0. A number is drawn over its range in the table.
+
+        by      a second column: a line for each of its categories, or for each quartile
+        values  what the picture is over, instead of the table's
+        at      values to hold others at: {column: value}
+        ax      where to draw; else a new figure
+
+        >>> model = load("examples/motor-cars/model.pmml")
+        >>> model.plot_effect("am", at={"wt": 3, "hp": 120}).get_xlabel()
+        'am'
+        """
+        drawn: Axes = _plots().plot_effect(self, name, table, by, values, at, level, ax)
+        return drawn
+
+    def plot_coefficients(
+        self, *, most: int = 50, intercept: bool = False, ax: Axes | None = None
+    ) -> Axes:
+        """Draws estimates with their 95% limits: those of the `most` largest t or z values.
+
+        Of a document without covariances the largest estimates, without limits.
+        """
+        drawn: Axes = _plots().plot_coefficients(self, most, intercept, ax)
+        return drawn
+
+    def plot_survival(
+        self, table: Any, *, by: str | None = None, ax: Axes | None = None
+    ) -> Axes:
+        """Draws survival curves of the rows of a table, of more than twelve their mean.
+
+        With `by` the mean curve of each value of a column, as far as all of its rows go.
+        """
+        drawn: Axes = _plots().plot_survival(self, table, by, ax)
+        return drawn
+
+    def plot_calibration(
+        self, table: Any, observed: str | Sequence[Any], *, bins: int = 10, ax: Axes | None = None
+    ) -> Axes:
+        """Draws what was observed over what was scored, by quantiles of the scores.
+
+        `observed` is a column of the table or a sequence. The bars are 95% limits of the observed
+        share or mean; on the dotted line both are alike.
+        """
+        drawn: Axes = _plots().plot_calibration(self, table, observed, bins, ax)
+        return drawn
+
+    def plot_roc(
+        self, table: Any, observed: str | Sequence[Any], *, ax: Axes | None = None
+    ) -> Axes:
+        """Draws the receiver operating characteristic of each category, with its area."""
+        drawn: Axes = _plots().plot_roc(self, table, observed, ax)
+        return drawn
+
+    def plot_scores(self, table: Any, *, ax: Axes | None = None) -> Axes:
+        """Draws the distribution of the scores of a table."""
+        drawn: Axes = _plots().plot_scores(self, table, ax)
+        return drawn
+
+
+def _plots() -> Any:
+    """The module that draws. Raises ImportError where matplotlib isn't installed."""
+    return needing("matplotlib", "pictures", "._plots")
+
+
+def needing(package: str, what: str, module: str) -> Any:
+    """A module of this package that needs another one. Raises ImportError that tells what to install."""
+    import importlib
+    import importlib.util
+
+    if importlib.util.find_spec(package) is None:
+        raise ImportError(
+            f"{what} are drawn by {package}, which isn't installed; pip install 'velscore[report]'"
+        )
+    return importlib.import_module(module, __package__)
 
 
 def scan_csv(
