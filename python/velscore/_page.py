@@ -86,12 +86,16 @@ def page_of(model: Model, table: Any, observed: str | Sequence[Any] | None) -> s
         lstrip_blocks=True,
     )
     return environment.get_template("report.html.jinja").render(
-        title=f"{model._about()['family']} of {model._about()['target'] or 'an unnamed target'}",
+        title=f"{_capital(model._about()['family'])} of {model._about()['target'] or 'an unnamed target'}",
         facts=_facts(model, columns),
         sections=sections,
         version=version,
         date=datetime.date.today().isoformat(),
     )
+
+
+def _capital(text: str) -> str:
+    return text[:1].upper() + text[1:]
 
 
 def _facts(model: Model, columns: Columns | None) -> list[tuple[str, str]]:
@@ -194,12 +198,20 @@ def _equation(model: Model, columns: Columns | None, drawer: _Drawer) -> Section
         for i in shown:
             term = equation["terms"][i]
             sign = "-" if term["beta"] < 0 else "+"
-            times = f" × {term['label'] or term['parameter']}" if term["factors"] else ""
-            section.lines.append(f"  {sign} {_number(abs(term['beta']))}{times}")
+            section.lines.append(f"  {sign} {_number(abs(term['beta']))}{_times(term)}")
         left -= len(shown)
     if terms > _MOST_ROWS:
         section.notes.append(f"The largest {_MOST_ROWS} of {terms:,} terms are shown.")
     return section
+
+
+def _times(term: dict[str, Any]) -> str:
+    """What a beta is multiplied by; nothing of a constant."""
+    if not term["factors"]:
+        return ""
+    name = term["label"] or term["parameter"]
+    point = term.get("referencePoint")
+    return f" × {name}" if point is None else f" × ({name} - {_number(point)})"
 
 
 _COEFFICIENTS = [
@@ -237,7 +249,7 @@ def _coefficients(model: Model, columns: Columns | None, drawer: _Drawer) -> Sec
     _attempt(
         section,
         lambda: drawer.draw(
-            "Coefficients and their 95% limits, constants left out",
+            "Coefficients, constants left out",
             lambda ax: _plots.plot_coefficients(model, _MOST_ROWS, False, ax),
             height,
         ),

@@ -193,7 +193,7 @@ def plot_coefficients(model: Model, most: int, intercept: bool, ax: Axes | None)
     target.set_ylim(-0.7, len(shown) - 0.3)
     if len(shown) < len(rows):
         target.set_title(f"the largest {len(shown)} of {len(rows)}", fontsize="small")
-    return _tidy(target, "estimate, 95% limits" if has_limits else "estimate (no covariances: no limits)", "")
+    return _tidy(target, "estimate, 95% limits" if has_limits else "estimate, without limits", "")
 
 
 # ---- Scores ----
@@ -294,5 +294,6 @@ def draw_scores(model: Model, columns: Columns, ax: Axes) -> Axes:
             values, bins=edges.tolist(), histtype="stepfilled" if len(scores) == 1 else "step",
             edgecolor=colour, facecolor=colour + "33", linestyle=dashes, label=label(result.label),
         )  # fmt: skip
+    ax.yaxis.get_major_locator().set_params(integer=True)
     _legend(ax, len(scores))
     return _tidy(ax, drawn.axis, "cases")
