@@ -411,7 +411,7 @@ def _against_observed(
 
 def _values(model: Model, columns: Columns) -> Section:
     section = _new("Missing and unlisted values")
-    scored = model.score(_plotdata._read_of(model, columns), columns=["status", "status_field"])
+    scored = model.score(_plotdata.read_of(model, columns), columns=["status", "status_field"])
     without = [field for field, status in zip(scored["status_field"], scored["status"]) if status != 0]
     section.notes.append(f"{len(without):,} of {len(scored['status']):,} rows have no score.")
     rows = []
@@ -446,7 +446,7 @@ def _values(model: Model, columns: Columns) -> Section:
 def _extremes(model: Model, columns: Columns) -> Section:
     section = _new("The most extreme cases")
     drawn = _plotdata.drawn_of(model)
-    read = _plotdata._read_of(model, columns)
+    read = _plotdata.read_of(model, columns)
     scores = _plotdata.scores_of(model, read, drawn.results[:1])[0].values
     order = [int(row) for row in np.argsort(scores, kind="stable") if np.isfinite(scores[row])]
     if not order:

@@ -153,7 +153,7 @@ def scores_of(
     """Results of the rows of some columns, with the limits that the model gives."""
     wanted = {name for r in results for name in (r.column, r.lower, r.upper, r.error) if name}
     options: dict[str, Any] = {} if level is None else {"level": level}
-    scored = model.score(_read_of(model, columns), columns=sorted(wanted), **options)
+    scored = model.score(read_of(model, columns), columns=sorted(wanted), **options)
     bands = []
     for result in results:
         values = numbers_of(scored[result.column])
@@ -169,9 +169,9 @@ def scores_of(
     return bands
 
 
-def _read_of(model: Model, columns: Columns) -> Columns:
+def read_of(model: Model, columns: Columns) -> Columns:
     """Those columns that the model reads."""
-    reads = model.feature_names_in_
+    reads = set(model.feature_names_in_)
     return {name: values for name, values in columns.items() if name in reads}
 
 
@@ -436,7 +436,7 @@ def survival_of(model: Model, columns: Columns, by: str | None = None) -> list[S
 
 def _curves(model: Model, columns: Columns) -> dict[int, tuple[Numbers, Numbers]]:
     """Times and survival of each row that has a curve."""
-    found = model.curve(_read_of(model, columns))
+    found = model.curve(read_of(model, columns))
     rows = np.array(found["row"], dtype=int) - 1
     times, survival = numbers_of(found["time"]), numbers_of(found["survival"])
     curves = {}
