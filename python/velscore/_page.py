@@ -35,7 +35,7 @@ _MOST_EFFECTS = 12
 _MOST_CONTRASTS = 20
 _EXTREMES = 10
 _MOST_TERMS = 6  # of an explained case
-_WIDTH, _HEIGHT = 6.0, 3.4  # inches of a picture
+_WIDTH, _HEIGHT = 5.2, 3.2  # inches of a picture
 
 
 class Table(NamedTuple):
