@@ -11,6 +11,7 @@ from itertools import cycle
 from typing import Any
 
 import numpy as np
+from matplotlib.ticker import MaxNLocator
 
 from . import _plotdata
 from ._errors import OptionError
@@ -294,6 +295,6 @@ def draw_scores(model: Model, columns: Columns, ax: Axes) -> Axes:
             values, bins=edges.tolist(), histtype="stepfilled" if len(scores) == 1 else "step",
             edgecolor=colour, facecolor=colour + "33", linestyle=dashes, label=label(result.label),
         )  # fmt: skip
-    ax.yaxis.get_major_locator().set_params(integer=True)
+    ax.yaxis.set_major_locator(MaxNLocator(integer=True))
     _legend(ax, len(scores))
     return _tidy(ax, drawn.axis, "cases")
