@@ -159,7 +159,7 @@ void GeneralRegressionTranslator::HandleContrastMatrixEx(
          child = GetNextSiblingElt(child), ++row) {
         // The rows carry no category: they follow the variable's own order.
         if (row >= entries.size()) {
-            Refuse(kContrastRowBeyondValues, std::to_string(row + 1).c_str(),
+            Refuse(kContrastRowBeyondValues, std::to_string(row).c_str(),
                    variable->GetName().c_str());
         }
         contrastValues[row] = entries[row].GetEntryValue()->Clone();

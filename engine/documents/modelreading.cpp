@@ -80,8 +80,7 @@ void ExpectNoOtherModel(Element root)
     }
     if (!other) return;
     const std::string tag = other.Tag();
-    RefuseAt(other, kOtherModel, std::string(LocalNameOf(tag)).c_str(),
-             SegmentsText(other).c_str());
+    RefuseAt(other, kOtherModel, (std::string(LocalNameOf(tag)) + SegmentsText(other)).c_str());
 }
 
 // Extensions hold what they like, and the columns of a table are names of the document's own.

@@ -30,14 +30,14 @@ bool NumberOf(const ScoreValue& value, const ScoreDictVar& var, double& number)
 
 std::unique_ptr<BlockRoad> BlockRoad::Make(const ScoreModel& model,
                                            const std::vector<std::string>& modelReads,
-                                           CasePreparer& preparer)
+                                           std::string_view notRead, CasePreparer& preparer)
 {
     // A trace has its lines for each case.
     if (ScoringLog::GetInstance()->IsOn(1)) return nullptr;
     std::unique_ptr<BatchScorer> scorer = model.MakeBatchScorer();
     if (scorer == nullptr) return nullptr;
     std::unique_ptr<BlockRoad> road(new BlockRoad(std::move(scorer), preparer));
-    return road->FindInputs(modelReads) ? std::move(road) : nullptr;
+    return road->FindInputs(modelReads, notRead) ? std::move(road) : nullptr;
 }
 
 BlockRoad::BlockRoad(std::unique_ptr<BatchScorer> scorer, CasePreparer& preparer)
@@ -46,7 +46,7 @@ BlockRoad::BlockRoad(std::unique_ptr<BatchScorer> scorer, CasePreparer& preparer
 
 BlockRoad::~BlockRoad() = default;
 
-bool BlockRoad::FindInputs(const std::vector<std::string>& modelReads)
+bool BlockRoad::FindInputs(const std::vector<std::string>& modelReads, std::string_view notRead)
 {
     const std::span<CaseField> fields = preparer_.Fields();
     for (const ScoreDictVar* var : scorer_->Inputs()) {
@@ -54,12 +54,10 @@ bool BlockRoad::FindInputs(const std::vector<std::string>& modelReads)
         Input& input = inputs_.emplace_back();
         input.var = var;
         input.position = preparer_.Record().GetVarIndex(name);
-        const bool isRead =
-            std::find(modelReads.begin(), modelReads.end(), name) != modelReads.end();
-        if (input.IsRead() != isRead) return false;
+        if (input.IsRead() != (name != notRead)) return false;
         // In the record the fields come first.
         const auto position = static_cast<size_t>(input.position);
-        if (isRead && position < fields.size()) input.field = &fields[position];
+        if (input.IsRead() && position < fields.size()) input.field = &fields[position];
         if (input.IsText()) {
             input.codes.assign(BatchScorer::kRows, -1);
         } else {

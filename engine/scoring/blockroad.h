@@ -34,11 +34,11 @@ public:
     static constexpr size_t kMostTextBytes = size_t{1} << 18;
 
     /// Null where the model has no block scorer, or one that wants a variable that the preparer
-    /// hasn't. `modelReads` are the variables of a case; of another one, on which nothing depends
-    /// that is wanted, the scorer gets zeros. Model and preparer outlive the road.
+    /// hasn't. `modelReads` are the variables of a case; of `notRead`, on which nothing depends that
+    /// is wanted, the scorer gets zeros (empty for none). Model and preparer outlive the road.
     static std::unique_ptr<BlockRoad> Make(const ScoreModel& model,
                                            const std::vector<std::string>& modelReads,
-                                           CasePreparer& preparer);
+                                           std::string_view notRead, CasePreparer& preparer);
     ~BlockRoad();
 
     const BatchScorer& Scorer() const { return *scorer_; }
@@ -83,7 +83,7 @@ private:
     };
 
     BlockRoad(std::unique_ptr<BatchScorer> scorer, CasePreparer& preparer);
-    bool FindInputs(const std::vector<std::string>& modelReads);
+    bool FindInputs(const std::vector<std::string>& modelReads, std::string_view notRead);
 
     void FillFromTable(const ColumnBlock& block, RowBits& unsure);
     void FillNumbers(Input& input, const ColumnBlock& block, RowBits& unsure);

@@ -67,7 +67,10 @@ TableScorer::TableScorer(const ScoreModel& model, const ModelDescription& descri
     : schema_(description, results),
       one_(model, description, treatments, header, tableName, std::move(options)),
       reader_(schema_, model.GetTargetVar()),
-      road_(BlockRoad::Make(model, description.variables, one_.Preparer())),
+      road_(BlockRoad::Make(
+          model, description.variables,
+          results.survival.endTime ? std::string_view() : description.endTimeVariable,
+          one_.Preparer())),
       survivalAsked_(results.survival),
       survivals_(results.survivalColumns.size())
 {

@@ -43,7 +43,7 @@ constexpr Message kCatalogue[] = {
      "Give the field a highValue, or another outlier treatment."},
     {260120, "ss", "{0} is missing in {1}: a Cox model needs its end-time variable",
      "Name the end-time variable in the model."},
-    {260121, "sss", "BaseCumHazardTables is missing in {2}: a Cox model needs its baseline hazard",
+    {260121, "sss", "{2} has no BaseCumHazardTables, nor an {1} {0}: a Cox model needs its baseline hazard",
      "Export the model with its baseline cumulative hazard."},
     {260124, "ss", "{0} is not in the {1}", "Declare the variable in the dictionary."},
     {260125, "sss", "{0} is neither in the {1} nor in the {2}",
@@ -320,13 +320,11 @@ constexpr Message kCatalogue[] = {
      "Export the model as multinomialLogistic, or give the parameter one beta."},
     {kContrastsTooLarge, "sd", "the contrast matrix of {0} has more than {1} numbers",
      "Export the model with indicator variables."},
-    {kOtherModel, "ss",
-     "the document holds a {0}{1}; velscore reads GeneralRegressionModel, and RegressionModel "
-     "without "
+    {kOtherModel, "s",
+     "the document holds a {0}; velscore reads GeneralRegressionModel, and RegressionModel without "
      "--as-is",
      "Export the model as one of these, where its program can; of a model made of several, each in "
-     "a "
-     "document of its own."},
+     "a document of its own."},
 
     {kDocumentFault, "ss", "{0} [{1}]",
      "velscore check shows every fault of the document; --allow with a rule's name scores it all "

@@ -145,7 +145,7 @@ inline constexpr int kTooManyRecords = 269195;     // file, limit
 // Codes of the engine: what no adaptation can put right.
 inline constexpr int kSeveralSlopes = 269196;      // parameter
 inline constexpr int kContrastsTooLarge = 269197;  // factor, limit
-inline constexpr int kOtherModel = 269198;         // element, what it holds
+inline constexpr int kOtherModel = 269198;         // what the document holds
 
 // Codes of the engine: the audit.
 inline constexpr int kDocumentFault = 269199;  // what is wrong, rule

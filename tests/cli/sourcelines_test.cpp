@@ -36,7 +36,7 @@ TEST(SourceLines, MarkThePlaceAndTheAttribute)
         {"what a terminal would obey is written out", "\x1B[31m<b/>\xC2\x9B", 1, 6, "",
          "\\u001B[31m<b/>\\u009B", "          ^"},
         {"what turns the line's direction too", "<b d='\xE2\x80\xAE' c=''/>", 1, 1, "c",
-         "<b d='\\u202E' c=''/>", "^              ~~~~"},
+         "<b d='\\u202E' c=''/>", "^             ~~~~"},
         {"all three line ends", "1\r\n2\r3\n<b/>\r\n", 4, 1, "", "<b/>", "^"},
         {"a byte-order mark is no character", "\xEF\xBB\xBF<b/>", 1, 1, "", "<b/>", "^"},
         {"no such line", "<b/>", 2, 1, "", "", ""},

@@ -256,9 +256,9 @@ TEST(FallingThresholds, AreAFaultOfBothOrdinalFamilies)
         const char* found;  // empty where they rise
     };
     constexpr Row kRows[] = {
-        {kOrdinal, "9.5444730780801237", "7.67", ""},
-        {kOrdinal, "9.5444730780801237", "7.6681991458457492", "7.6681991458457492"},
-        {kOrdinal, "9.5444730780801237", "-9.5", "-9.5"},
+        {kOrdinal, "9.5437599133603523", "7.67", ""},
+        {kOrdinal, "9.5437599133603523", "7.66689453188831", "7.66689453188831"},
+        {kOrdinal, "9.5437599133603523", "-9.5", "-9.5"},
         {kGeneralizedOrdinal, "0.593838794915112", "-0.46", ""},
         {kGeneralizedOrdinal, "0.593838794915112", "-0.593838794915112", "-0.593838794915112"},
     };

@@ -151,7 +151,8 @@ TEST(Diff, ScoresAreComparedRowByRow)
         nlohmann::json::parse(RunVelscore({"diff", "--json", first, second, "-"}, cases).out);
     EXPECT_EQ(report.at("same"), false);
     EXPECT_EQ(report.at("differences").size(), 2U);
-    EXPECT_EQ(report.at("differences")[1].at("size"), 0.5);
+    EXPECT_EQ(report.at("differences")[0].at("size"), 0.5);
+    EXPECT_EQ(report.at("differences")[1].at("second"), "3");
     const auto& scores = report.at("scores");
     EXPECT_EQ(scores.at("secondAlone"), 1);
     EXPECT_EQ(scores.at("columns")[0].at("row"), 3);
