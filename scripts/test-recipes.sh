@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Runs the tests of the recipes under examples/python: Spark, Dask, Ray, DuckDB and a service, in a
-# virtual environment of their own under build/recipes that has the package's wheel.
+# Runs the tests of the recipes under examples/python: Spark, Dask, Ray, DuckDB and a service, and of the
+# pages of reports in Chromium, in a virtual environment of their own under build/recipes that has the
+# package's wheel.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 environment=$PWD/build/recipes/venv

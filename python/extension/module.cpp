@@ -73,6 +73,11 @@ PyObject* CurveStream(PyObject*, PyObject* arguments)
     return StreamThrough(arguments, velscore_curve);
 }
 
+PyObject* ExplainStream(PyObject*, PyObject* arguments)
+{
+    return StreamThrough(arguments, velscore_explain);
+}
+
 PyObject* ScanFile(PyObject*, PyObject* arguments)
 {
     return Guarded([&] {
@@ -151,6 +156,8 @@ PyMethodDef functions[] = {
      "stream(model, source, options)\n--\n\nThe same as it is asked for."},
     {"curve", CurveStream, METH_VARARGS,
      "curve(model, source, options)\n--\n\nSurvival curves of the rows."},
+    {"explain", ExplainStream, METH_VARARGS,
+     "explain(model, source, options)\n--\n\nHow the linear predictors of the rows add up."},
     {"scan", ScanFile, METH_VARARGS,
      "scan(model, path, options, delimiter, decimal, header, threads)\n--\n\nScores a file."},
     {"check", CheckDocument, METH_VARARGS,

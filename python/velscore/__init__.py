@@ -8,6 +8,7 @@
 
 from ._errors import DocumentError, DocumentWarning, Error, OptionError, TableError
 from ._model import Model, check, load, scan_csv
+from ._report import report
 from ._velscore import Scorer, Stream, Table
 from ._velscore import version as __version__
 
@@ -23,6 +24,7 @@ __all__ = [
     "TableError",
     "check",
     "load",
+    "report",
     "scan_csv",
     "__version__",
 ]

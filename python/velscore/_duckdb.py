@@ -45,5 +45,9 @@ class Relations(Kind):
         aliases = (f"{_quoted(f)} AS {_quoted(n)}" for f, n in zip(result.names, names))
         return _relation(table, result).project(", ".join(aliases))
 
-    def curves(self, result: Table, table: Any) -> Any:
+    def long(self, result: Table, table: Any) -> Any:
         return _relation(table, result)
+
+    def columns(self, table: Any) -> dict[str, list[Any]]:
+        rows = table.fetchall()
+        return {name: [row[i] for row in rows] for i, name in enumerate(table.columns)}

@@ -183,3 +183,67 @@ def _parquet_with_duckdb(scores: _velscore.Stream, partial: str) -> int:
     name = partial.replace("'", "''")
     copied = connection.execute(f"COPY (SELECT * FROM scores) TO '{name}' (FORMAT parquet)")
     return int(copied.fetchall()[0][0])
+
+
+# ---- Whole tables ----
+
+
+def columns_of_file(path: str) -> dict[str, list[Any]]:
+    """The columns of a file; those of CSV are texts, as the library reads them.
+
+    Raises `CannotRead` where a package is wanting or a row doesn't fit.
+    """
+    ending = _ending(path)
+    if ending in _PARQUET or ending in _ARROW:
+        return _columns_by_package(path, ending)
+    with _opened(path) as file:
+        if _ending(path.removesuffix(".gz")) in (".jsonl", ".ndjson"):
+            import json
+
+            rows = [json.loads(line) for line in file if line.strip()]
+            names = dict.fromkeys(name for row in rows for name in row)
+            return {name: [row.get(name) for row in rows] for name in names}
+        return _columns_of_csv(file, path, "\t" if ending == ".tsv" else ",")
+
+
+def _opened(path: str) -> Any:
+    if not path.lower().endswith(".gz"):
+        return open(path, encoding="utf-8-sig", newline="")
+    import gzip
+
+    return gzip.open(path, "rt", encoding="utf-8-sig", newline="")
+
+
+def _columns_of_csv(file: Any, path: str, delimiter: str) -> dict[str, list[Any]]:
+    import csv
+
+    reader = csv.reader(file, delimiter=delimiter)
+    names = next(reader, [])
+    columns: dict[str, list[Any]] = {name: [] for name in names}
+    if len(columns) < len(names):
+        raise CannotRead(f"{path} has two columns of one name; expected is one of each")
+    for row in reader:
+        if not row:
+            continue
+        if len(row) != len(names):
+            raise CannotRead(
+                f"{path}, line {reader.line_num}: {len(row)} fields; expected are {len(names)}, as "
+                "in the header"
+            )
+        for name, text in zip(names, row):
+            columns[name].append(text)
+    return columns
+
+
+def _columns_by_package(path: str, ending: str) -> dict[str, list[Any]]:
+    from ._kinds import kind_of
+
+    package = _package("pyarrow", "polars")
+    if package == "polars":
+        pl = importlib.import_module("polars")
+        table = pl.read_parquet(path) if ending in _PARQUET else pl.read_ipc(path)
+    elif ending in _PARQUET:
+        table = importlib.import_module("pyarrow.parquet").read_table(path)
+    else:
+        table = _arrow_source(path).read_all()
+    return kind_of(table).columns(table)

@@ -47,6 +47,10 @@ class Run:
         """The curves of a source."""
         return _velscore.curve(self.core, source, self.options).read()
 
+    def terms(self, source: Any) -> _velscore.Table:
+        """How the linear predictors of a source add up."""
+        return _velscore.explain(self.core, source, self.options).read()
+
     def kept(self, names: Sequence[str]) -> list[int]:
         """Where the kept columns stand among the names of a table."""
         if self.options.get("keep_all"):
@@ -90,11 +94,23 @@ class Kind:
 
     def curve(self, table: Any, run: Run) -> Any:
         """Survival curves of the rows."""
-        return self.curves(run.curves(self.source(table, run)), table)
+        return self.long(run.curves(self.source(table, run)), table)
 
-    def curves(self, result: _velscore.Table, table: Any) -> Any:
-        """Curves, whose first column counts the rows of the table from 1."""
+    def explain(self, table: Any, run: Run) -> Any:
+        """How the linear predictors of the rows add up."""
+        return self.long(run.terms(self.source(table, run)), table)
+
+    def long(self, result: _velscore.Table, table: Any) -> Any:
+        """Several lines a row, whose first column counts the rows of the table from 1."""
         raise NotImplementedError
+
+    def columns(self, table: Any) -> dict[str, list[Any]]:
+        """The columns of a table as lists, for what is drawn of it."""
+        raise TypeError(
+            f"pictures and reports aren't made of {type(table).__qualname__}; expected is a data "
+            "frame of pandas or Polars, a table of pyarrow, a relation of DuckDB, records of NumPy, "
+            "a dict of columns or a list of dicts"
+        )
 
 
 def made(names: Sequence[Any], columns: list[Any], rows: int) -> _velscore.Table:

@@ -12,11 +12,13 @@ from ._options import score_options
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from collections.abc import Iterable, Sequence
+    from collections.abc import Iterable, Mapping, Sequence
     from typing import IO, Any, Union
 
+    from matplotlib.axes import Axes
     from typing_extensions import TypeAlias, Unpack
 
+    from ._fields import Field
     from ._typing import Options
 
     Document: TypeAlias = Union[str, os.PathLike[str], bytes, bytearray, memoryview, IO[bytes]]
@@ -105,7 +107,7 @@ class Model:
     pickled and copied by the text of its document.
     """
 
-    __slots__ = ("_allow", "_as_is", "_core", "_described", "_name", "_text")
+    __slots__ = ("_allow", "_as_is", "_core", "_described", "_fields", "_name", "_text")
 
     def __init__(
         self, core: _velscore.Model, text: bytes, name: str, as_is: bool, allow: tuple[str, ...]
@@ -116,6 +118,7 @@ class Model:
         self._as_is = as_is
         self._allow = allow
         self._described: dict[str, Any] | None = None
+        self._fields: dict[str, Field] | None = None
 
     def __reduce__(self) -> Any:
         return _made, (self._text, self._name, self._as_is, self._allow)
@@ -152,6 +155,20 @@ class Model:
         ['normal', 'low']
         """
         return list(self._about()["targetCategories"])
+
+    def coefficients(self) -> list[dict[str, Any]]:
+        """The estimates of the document, a dict a parameter, as `velscore inspect --coefficients`.
+
+        What the document has no covariances for is None: standard errors, t or z values, p values
+        and the 95% limits. Odds ratios (logit links) and hazard ratios (Cox models) follow, with
+        limits. `pandas.DataFrame(model.coefficients())` makes a frame of them.
+
+        >>> rows = load("examples/swiss-fertility/model.pmml").coefficients()
+        >>> rows[0]["label"], rows[0]["estimate"], round(rows[0]["std_err"], 7)
+        ('Agriculture', -0.1721139709414554, 0.0703039)
+        """
+        rows: list[dict[str, Any]] = _report(self._core.describe())["coefficients"]["rows"]
+        return rows
 
     def check(self) -> dict[str, Any]:
         """The report of the document, as `velscore.check` gives it."""
@@ -260,6 +277,33 @@ class Model:
         run = self._run(score_options(**options), names, reads)
         return kind_of(table).curve(table, run)
 
+    def explain(
+        self, table: Any, *, names: Sequence[str] | None = None, **options: Unpack[Options]
+    ) -> Any:
+        """How the scores of the rows come about: equation, term, value and contribution.
+
+        A line for each term of each equation of each row, which the column row counts from 1;
+        frames of pandas have the index of their row instead. The contributions of an equation,
+        added up in their order, are its linear predictor. The equation has no value where the
+        model has one alone; a row without a score has one line without values. What `score` takes,
+        but for keep, columns and level.
+
+        >>> model = load("examples/motor-cars/model.pmml")
+        >>> case = {"wt": [2.62], "hp": [110], "cyl": [6], "am": ["automatic"]}
+        >>> terms = model.explain(case)
+        >>> terms["term"][:3], terms["value"][:3]
+        (['Intercept', 'cyl6', 'cyl8'], [1.0, 1.0, 0.0])
+        >>> total = 0.0
+        >>> for contribution in terms["contribution"]:  # sum() of newer Pythons corrects as it adds
+        ...     total += contribution
+        >>> model.predict(case) == [total]
+        True
+        """
+        if options.get("level") is not None:
+            raise OptionError("level isn't an option of explanations")
+        run = self._run(score_options(**options), names)
+        return kind_of(table).explain(table, run)
+
     def bind(
         self,
         columns: Sequence[str],
@@ -275,6 +319,97 @@ class Model:
         {'prediction': 22.189600083829404}
         """
         return _velscore.Scorer(self._core, columns, score_options(None, results, **options))
+
+    # ---- Pictures ----
+
+    def plot_effect(
+        self,
+        name: str,
+        table: Any = None,
+        *,
+        by: str | None = None,
+        values: Sequence[Any] | None = None,
+        at: Mapping[str, Any] | None = None,
+        level: float | None = None,
+        ax: Axes | None = None,
+    ) -> Axes:
+        """Draws how the score goes with one column, the others held still; with limits.
+
+        The mean, the probabilities of categories, of Cox models the relative hazard. Others are held
+        at the table's mean or most frequent value; without a table at the model's own reference, or
+        0. A number is drawn over its range in the table.
+
+        by      a second column: a line for each of its categories, or for each quartile
+        values  what the picture is over, instead of the table's
+        at      values to hold others at: {column: value}
+        ax      where to draw; else a new figure
+
+        >>> model = load("examples/motor-cars/model.pmml")
+        >>> model.plot_effect("am", at={"wt": 3, "hp": 120}).get_xlabel()
+        'am'
+        """
+        drawn: Axes = _plots().plot_effect(self, name, table, by, values, at, level, ax)
+        return drawn
+
+    def plot_coefficients(
+        self, *, most: int = 50, intercept: bool = False, ax: Axes | None = None
+    ) -> Axes:
+        """Draws estimates with their 95% limits: those of the `most` largest t or z values.
+
+        Of a document without covariances the largest estimates, without limits.
+        """
+        drawn: Axes = _plots().plot_coefficients(self, most, intercept, ax)
+        return drawn
+
+    def plot_survival(
+        self, table: Any, *, by: str | None = None, ax: Axes | None = None
+    ) -> Axes:
+        """Draws survival curves of the rows of a table, of more than twelve their mean.
+
+        With `by` the mean curve of each value of a column, as far as all of its rows go.
+        """
+        drawn: Axes = _plots().plot_survival(self, table, by, ax)
+        return drawn
+
+    def plot_calibration(
+        self, table: Any, observed: str | Sequence[Any], *, bins: int = 10, ax: Axes | None = None
+    ) -> Axes:
+        """Draws what was observed over what was scored, by quantiles of the scores.
+
+        `observed` is a column of the table or a sequence. The bars are 95% limits of the observed
+        share or mean; on the dotted line both are alike.
+        """
+        drawn: Axes = _plots().plot_calibration(self, table, observed, bins, ax)
+        return drawn
+
+    def plot_roc(
+        self, table: Any, observed: str | Sequence[Any], *, ax: Axes | None = None
+    ) -> Axes:
+        """Draws the receiver operating characteristic of each category, with its area."""
+        drawn: Axes = _plots().plot_roc(self, table, observed, ax)
+        return drawn
+
+    def plot_scores(self, table: Any, *, ax: Axes | None = None) -> Axes:
+        """Draws the distribution of the scores of a table."""
+        drawn: Axes = _plots().plot_scores(self, table, ax)
+        return drawn
+
+
+def _plots() -> Any:
+    """The module that draws. Raises ImportError where matplotlib isn't installed."""
+    return needing("matplotlib", "pictures", "._plots")
+
+
+def needing(package: str, what: str, module: str) -> Any:
+    """A module of this package that needs another one. Raises ImportError that tells what to install."""
+    import importlib
+    import importlib.util
+
+    if importlib.util.find_spec(package) is None:
+        raise ImportError(
+            f"{what} are drawn by {package}, which isn't installed; pip install 'velscore[report]'"
+        )
+    return importlib.import_module(module, __package__)
 
 
 def scan_csv(

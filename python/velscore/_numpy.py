@@ -190,8 +190,14 @@ class Arrays(Kind):
         columns = [numbers(np, result_table, i) for i in range(len(names))]
         return np.column_stack(columns)
 
-    def curves(self, result_table: Table, table: Any) -> Any:
+    def long(self, result_table: Table, table: Any) -> Any:
         np = _numpy()
-        columns = [numbers(np, result_table, i) for i in range(len(result_table.names))]
+        columns = [result(np, result_table, i) for i in range(len(result_table.names))]
         rows = len(columns[0])
         return self._records(np, result_table.names, columns, rows, table)
+
+    def columns(self, table: Any) -> dict[str, list[Any]]:
+        if table.dtype.names is None:
+            return super().columns(table)
+        flat = table.reshape(-1)
+        return {name: flat[name].tolist() for name in table.dtype.names}

@@ -90,11 +90,15 @@ class Frames(Kind):
         frame.columns = list(names)
         return frame
 
-    def curves(self, result: Table, table: Any) -> Any:
+    def long(self, result: Table, table: Any) -> Any:
         np, pd = sys.modules["numpy"], sys.modules["pandas"]
-        row, *values = [_numpy.numbers(np, result, i) for i in range(len(result.names))]
-        columns = dict(zip(result.names[1:], values))
-        return pd.DataFrame(columns, index=table.index[row.astype("i8") - 1])
+        row = _numpy.numbers(np, result, 0).astype("i8")
+        index = table.index[row - 1]
+        columns = {n: _result(np, pd, result, i) for i, n in enumerate(result.names) if i > 0}
+        return pd.DataFrame(columns, index=index)
+
+    def columns(self, table: Any) -> dict[str, list[Any]]:
+        return {str(name): table.iloc[:, i].tolist() for i, name in enumerate(table.columns)}
 
 
 def _result(np: Any, pd: Any, result: Table, index: int) -> Any:

@@ -70,8 +70,15 @@ class Columns(Kind):
     def matrix(self, result: Table, table: dict[str, Any], names: Sequence[str]) -> Any:
         return {name: self._result(result, i, table) for i, name in enumerate(names)}
 
-    def curves(self, result: Table, table: dict[str, Any]) -> Any:
+    def long(self, result: Table, table: dict[str, Any]) -> Any:
         return {name: self._result(result, i, table) for i, name in enumerate(result.names)}
+
+    def columns(self, table: dict[str, Any]) -> dict[str, list[Any]]:
+        self._rows(table)
+        return {
+            str(name): values.tolist() if hasattr(values, "tolist") else list(values)
+            for name, values in table.items()
+        }
 
 
 def _column(values: Any, name: str) -> Any:
@@ -129,8 +136,11 @@ class Rows(Kind):
     ) -> Any:
         return self._dicts(result, names)
 
-    def curves(self, result: Table, table: list[dict[str, Any]]) -> Any:
+    def long(self, result: Table, table: list[dict[str, Any]]) -> Any:
         return self._dicts(result, result.names)
+
+    def columns(self, table: list[dict[str, Any]]) -> dict[str, list[Any]]:
+        return {name: [row.get(name) for row in table] for name in self._names(table)}
 
 
 class Capsules(Kind):
@@ -152,5 +162,5 @@ class Capsules(Kind):
     def matrix(self, result: Table, table: Any, names: Sequence[str]) -> Table:
         return result
 
-    def curves(self, result: Table, table: Any) -> Table:
+    def long(self, result: Table, table: Any) -> Table:
         return result

@@ -33,8 +33,11 @@ class Frames(Kind):
         frame.columns = list(names)
         return frame
 
-    def curves(self, result: Table, table: Any) -> Any:
+    def long(self, result: Table, table: Any) -> Any:
         return sys.modules["polars"].DataFrame(result)
+
+    def columns(self, table: Any) -> dict[str, list[Any]]:
+        return dict(table.to_dict(as_series=False))
 
 
 class LazyFrames(Kind):
@@ -70,6 +73,12 @@ class LazyFrames(Kind):
 
     def curve(self, table: Any, run: Run) -> Any:
         return Frames().curve(table.collect(), run).lazy()
+
+    def explain(self, table: Any, run: Run) -> Any:
+        return Frames().explain(table.collect(), run).lazy()
+
+    def columns(self, table: Any) -> dict[str, list[Any]]:
+        return Frames().columns(table.collect())
 
 
 def _batches(table: Any, size: int | None) -> Iterator[Any]:

@@ -28,8 +28,11 @@ class Tables(Kind):
         found = sys.modules["pyarrow"].table(result)
         return found.select(list(range(len(names)))).rename_columns(list(names))
 
-    def curves(self, result: Table, table: Any) -> Any:
+    def long(self, result: Table, table: Any) -> Any:
         return sys.modules["pyarrow"].table(result)
+
+    def columns(self, table: Any) -> dict[str, list[Any]]:
+        return dict(table.to_pydict())
 
 
 class Batches(Tables):
@@ -72,5 +75,8 @@ class Readers(Kind):
         batches = (b.select(places).rename_columns(list(names)) for b in scored)
         return pa.RecordBatchReader.from_batches(schema, batches)
 
-    def curves(self, result: Table, table: Any) -> Any:
+    def long(self, result: Table, table: Any) -> Any:
         return sys.modules["pyarrow"].table(result).to_reader()
+
+    def columns(self, table: Any) -> dict[str, list[Any]]:
+        return dict(table.read_all().to_pydict())

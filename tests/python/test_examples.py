@@ -9,7 +9,7 @@ import pytest
 from conftest import ROOT
 
 
-@pytest.mark.parametrize("module", ["velscore", "velscore._model", "velscore.sklearn"])
+@pytest.mark.parametrize("module", ["velscore", "velscore._model", "velscore._report", "velscore.sklearn"])
 def test_docstrings(module):
     found = doctest.testmod(importlib.import_module(module))
     assert found.attempted > 0

@@ -13,6 +13,8 @@ import pyarrow as pa
 import pytest
 
 import velscore
+from conftest import ROOT, columns_of_csv, command
+from kinds import plain
 from test_tables import DOCUMENT, GOOD
 from velscore._kinds import Run, kind_of
 
@@ -173,6 +175,46 @@ def test_curves():
     assert model.curve(pl.from_pandas(frame)).columns == ["row", "time", "survival", "cum_hazard"]
     with pytest.raises(velscore.OptionError):
         velscore.load(PATH).curve(frame)
+
+
+@pytest.mark.parametrize("name", ["motor-cars", "birth-weight", "veteran-lung-cancer"])
+def test_explanations_are_the_commands(name):
+    folder = ROOT / "examples" / name
+    said = columns_of_csv(command("explain", folder / "model.pmml", folder / "cases.csv", "--long"))
+    model = velscore.load(folder / "model.pmml")
+    frame = pd.read_csv(folder / "cases.csv")
+    for kind in (pd.DataFrame, pl.DataFrame, pa.table, lambda c: pd.DataFrame(c).to_records(index=False)):
+        columns = plain(model.explain(kind(frame.to_dict("list"))))
+        for column in columns:
+            found = ["" if v is None or v != v else v for v in columns[column]]
+            texts = [t if isinstance(v, str) else float(t) for v, t in zip(found, said[column], strict=True)]
+            assert found == texts, column
+    terms = model.explain(pl.from_pandas(frame).lazy()).collect()
+    assert terms["term"].to_list() == said["term"]
+
+
+def test_a_frames_explanations_have_the_index_of_their_rows():
+    model = velscore.load(DOCUMENT)
+    frame = pd.DataFrame({"x": [3.0, None, 4.0], "sex": ["m", "f", "f"]}, index=list("abc"))
+    terms = model.explain(frame)
+    assert list(dict.fromkeys(terms.index)) == list("abc")
+    assert list(terms.columns) == ["equation", "term", "value", "contribution"]
+    assert terms["contribution"].groupby(level=0).sum().to_dict() == {"a": 17.0, "b": 0.0, "c": 9.0}
+    assert terms.loc["b"].isna().all()
+    with pytest.raises(velscore.OptionError, match="level"):
+        model.explain(frame, level=0.9)
+
+
+@pytest.mark.parametrize("name", ["motor-cars", "birth-weight", "veteran-lung-cancer"])
+def test_coefficients_are_the_commands(name):
+    path = f"examples/{name}/model.pmml"
+    said = columns_of_csv(command("inspect", path, "--coefficients", "--csv"))
+    rows = velscore.load(path).coefficients()
+    assert list(rows[0]) == list(said)
+    for column, texts in said.items():
+        for row, text in zip(rows, texts, strict=True):
+            value = row[column]
+            assert (value or "") == text if not isinstance(value, float) else value == float(text)
 
 
 def test_probabilities_are_of_models_with_categories():
