@@ -176,13 +176,12 @@ void DefineKept(CLI::App* command, ScoreArguments& score)
 void DefineColumns(CLI::App* command, ScoreArguments& score)
 {
     command->option_defaults()->group(kOutputGroup);
-    AddRepeatable(
-        command, "--columns", score.columns,
-        "The result columns to write, in this order, separated by commas; probabilities "
-        "stands for every category's; linear_predictor, std_err(linear_predictor), "
-        "std_err(probability(CATEGORY)) and, of a Cox model, risk, median_survival and "
-        "survival@TIME are more; may be given again",
-        "COLS");
+    AddRepeatable(command, "--columns", score.columns,
+                  "The result columns to write, in this order, separated by commas; probabilities "
+                  "stands for every category's; linear_predictor, std_err(linear_predictor), "
+                  "std_err(probability(CATEGORY)) and, of a Cox model, risk, median_survival and "
+                  "survival@TIME are more; may be given again",
+                  "COLS");
     AddText(command, "--output", score.outputColumns,
             "The columns of the output: default, the same for each model of a family, or document, "
             "those of the document's own Output section",

@@ -34,8 +34,8 @@ public:
     static constexpr size_t kMostTextBytes = size_t{1} << 18;
 
     /// Null where the model has no block scorer, or one that wants a variable that the preparer
-    /// hasn't. `modelReads` are the variables of a case; of `notRead`, on which nothing depends that
-    /// is wanted, the scorer gets zeros (empty for none). Model and preparer outlive the road.
+    /// hasn't. `modelReads` are the variables of a case; of `notRead`, on which nothing depends
+    /// that is wanted, the scorer gets zeros (empty for none). Model and preparer outlive the road.
     static std::unique_ptr<BlockRoad> Make(const ScoreModel& model,
                                            const std::vector<std::string>& modelReads,
                                            std::string_view notRead, CasePreparer& preparer);

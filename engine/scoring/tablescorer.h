@@ -31,7 +31,7 @@ struct TableOptions {
     /// As CaseOptions::columnOf. What it tells of an end time that isn't read isn't heeded: a table
     /// for scores serves curves too.
     std::map<std::string, std::string> columnOf{};
-    std::string headerRemedy{};                     ///< as CaseOptions::headerRemedy
+    std::string headerRemedy{};  ///< as CaseOptions::headerRemedy
 };
 
 /// Takes the rows of one table through a model: blocks of columns in, blocks of results out.
@@ -112,7 +112,7 @@ private:
     CaseScorer one_;
     ResultReader reader_;
     std::unique_ptr<BlockRoad> road_;
-    bool settled_ = false;                   ///< a row was scored alone
+    bool settled_ = false;  ///< a row was scored alone
     SurvivalQuestions survivalAsked_;
     std::vector<double*> survivals_;         ///< by time
     std::vector<double*> probabilities_;     ///< by the block scorer's categories

@@ -96,7 +96,8 @@ TEST_F(Check, ListsEveryFaultWithItsAttributeMarked)
                             "  what to do: "))
         << run.out;
     EXPECT_TRUE(Has(run.out, file + ":35:7: fault: ")) << run.out;
-    EXPECT_TRUE(Has(run.out, file + ": refused: 2 faults; --fix puts 2 of them right\n")) << run.out;
+    EXPECT_TRUE(Has(run.out, file + ": refused: 2 faults; --fix puts 2 of them right\n"))
+        << run.out;
     EXPECT_TRUE(Has(run.err, "refused 1 of 1 documents")) << run.err;
 }
 
@@ -127,7 +128,8 @@ TEST_F(Check, ReadsStandardInputWithItsLines)
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_TRUE(Has(run.out, "standard input:34:7: fault: ")) << run.out;
     EXPECT_TRUE(Has(run.out, "    34 |       <PCell")) << run.out;
-    EXPECT_TRUE(Has(run.out, "standard input: refused: 2 faults; --fix puts 2 of them right\n")) << run.out;
+    EXPECT_TRUE(Has(run.out, "standard input: refused: 2 faults; --fix puts 2 of them right\n"))
+        << run.out;
 }
 
 // What the reader itself refuses has the same form, behind what was found before.

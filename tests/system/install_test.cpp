@@ -23,10 +23,9 @@ TEST(Install, TreeRunsAfterItWasMoved)
 TEST(Install, TreeHasAManualPageForEachCommand)
 {
     const std::filesystem::path pages = InstalledTree() + "/share/man/man1";
-    for (const char* page :
-         {"velscore.1", "velscore-score.1", "velscore-curve.1", "velscore-check.1",
-          "velscore-inspect.1", "velscore-verify.1", "velscore-convert.1", "velscore-diff.1",
-          "velscore-help.1"}) {
+    for (const char* page : {"velscore.1", "velscore-score.1", "velscore-curve.1",
+                             "velscore-check.1", "velscore-inspect.1", "velscore-verify.1",
+                             "velscore-convert.1", "velscore-diff.1", "velscore-help.1"}) {
         EXPECT_TRUE(std::filesystem::exists(pages / page)) << page;
     }
     const std::string text =

@@ -219,8 +219,7 @@ TEST(SurvivalColumns, AMillionTimesAreRefused)
     EXPECT_EQ(many.exitCode, 1);
     EXPECT_NE(many.err.find("asks for 1001 times; 1000 are the most"), std::string::npos)
         << many.err;
-    const Finished curve =
-        RunVelscore({"curve", kStrata, "--times", "every 0.0005"}, kStrataCases);
+    const Finished curve = RunVelscore({"curve", kStrata, "--times", "every 0.0005"}, kStrataCases);
     EXPECT_EQ(curve.exitCode, 1);
     EXPECT_NE(curve.err.find("asks for 1998001 times; 100000 are the most"), std::string::npos)
         << curve.err;
