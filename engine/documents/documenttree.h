@@ -58,11 +58,15 @@ private:
     Piece pieces_{&pieces_, &pieces_};  ///< a ring, of which this is the one that isn't in use
 };
 
-/// A tree in memory of its own goes with that: its release() would take memory, to tell each node.
+/// Lists of a tree's elements lie outside its own memory, so it is released; that takes memory, to
+/// tell each node, and where there is none the tree goes with its own.
 struct ReleaseTree {
     void operator()(xercesc::DOMDocument* tree) const
     {
-        if (memory == nullptr) tree->release();
+        try {
+            tree->release();
+        } catch (const xercesc::OutOfMemoryException&) {
+        }
     }
     std::shared_ptr<TreeMemory> memory{};  ///< that the tree lies in, where it is its own
 };
