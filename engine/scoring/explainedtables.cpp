@@ -44,10 +44,11 @@ void ExplainTables(const LoadedModel& model, const std::vector<std::string>& tab
                         .hasHeader = dialect.hasHeader,
                         .tellsDelimiter = dialect.tellsDelimiter},
                        {.bytes = options.blockBytes});
-    TableOptions table{.decimal = dialect.decimal,
-                       .missingTexts = options.missingTexts,
-                       .columnOf = options.columnOf,
-                       .headerRemedy = reader.HeaderRemedy()};
+    TableOptions table;
+    table.decimal = dialect.decimal;
+    table.missingTexts = options.missingTexts;
+    table.columnOf = options.columnOf;
+    table.headerRemedy = reader.HeaderRemedy();
     if (!dialect.hasHeader && table.columnOf.empty()) {
         table.columnOf = ColumnsInOrder(reader, model, true);
     }
