@@ -48,12 +48,17 @@ std::vector<std::string> BlocksOf(const std::string& page, const std::string& la
 Finished FollowSteps(const std::string& steps, const std::string& folder)
 {
     // The compilers of the build, with its flags: a library that was built with a sanitizer needs
-    // them. Their short names are functions, which bash takes for any name.
+    // them, and in a program in C that sanitizer's part for C++ too. Their short names are
+    // functions, which bash takes for any name.
+    const std::string flags = VELSCORE_CXX_FLAGS;
+    const bool isSanitized = flags.find("-fsanitize") != std::string::npos;
+    const std::string flagsOfC =
+        flags + (isSanitized ? " -fsanitize-link-c++-runtime -lstdc++" : "");
     const std::string preamble =
         "set -eu; cd '" + folder +
         "'\n"
-        "export CC='" VELSCORE_CC "' CXX='" VELSCORE_CXX "' CFLAGS='" VELSCORE_CXX_FLAGS
-        "' CXXFLAGS='" VELSCORE_CXX_FLAGS
+        "export CC='" VELSCORE_CC "' CXX='" VELSCORE_CXX "' CFLAGS='" +
+        flagsOfC + "' CXXFLAGS='" + flags +
         "'\n"
         "cc() { \"$CC\" $CFLAGS \"$@\"; }; c++() { \"$CXX\" $CXXFLAGS \"$@\"; }\n";
     const std::string tree = InstalledTree();
