@@ -214,6 +214,7 @@ Those of [tests/data/regression](../tests/data/regression/README.md).
     page += Table(regression, "Expected numbers",
                   {{"r", "R's predictions"},
                    {"sk", "scikit-learn's predictions"},
+                   {"ny", "scikit-learn's predictions, Nyoka's documents"},
                    {"sm", "statsmodels' predictions"},
                    {"hand", "the standard's formulas at 50 digits"}},
                   {kPredictions, kProbabilities});
