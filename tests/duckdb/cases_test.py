@@ -25,7 +25,8 @@ def expected(model, table):
     rows = scores(model, table)
     lp = [{}] * len(rows)
     if "linear_predictor" in on_request:
-        lp = scores(model, table, "--columns", "linear_predictor")
+        # Beside the prediction: alone, that of a Cox model needs no end time.
+        lp = scores(model, table, "--columns", "prediction,linear_predictor")
     structs = []
     for row, more in zip(rows, lp):
         row = dict(row)

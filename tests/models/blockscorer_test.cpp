@@ -428,8 +428,11 @@ TEST_P(BlockScorerOfFamily, GivesTheBitsOfScoreRow)
     // A probability that is no finite number is no score of a normalized model; a distribution
     // function makes a finite one of an infinite linear predictor, the sums alone don't.
     const std::string_view name = GetParam().name;
-    const bool hasOddResults = name != "NormalizedSimplemax" && name != "NormalizedNone";
-    EXPECT_EQ(seen.odd > seen.rows / 1000, hasOddResults) << seen.odd;
+    if (name == "NormalizedSimplemax" || name == "NormalizedNone") {
+        EXPECT_LE(seen.odd, seen.rows / 1000);
+    } else if (!name.starts_with("Normalized")) {
+        EXPECT_GT(seen.odd, seen.rows / 1000);
+    }
     EXPECT_LT(seen.withoutBlocks, seen.models / 4 + 1);
 }
 
