@@ -11,6 +11,8 @@
 #              own: tests/python, which compare with the command, and the time to the first score
 #   duckdb     the extension for DuckDB, eight queries at once over 10,000,000 rows each
 #   kills      200 runs ended by signals, full disks and closed pipes, at random moments, and gone on with
+#   coverage   the lines and branches that the tests reach (scripts/coverage.sh)
+#   mutants    1,200 small faults put into the sources, and whether a test notices (scripts/mutate.sh)
 #   reference  doxygen over the headers that are installed
 #   tidy       clang-tidy over every source
 #   cases      the R models of tests/data/cases fitted and written anew, and compared with what is kept
@@ -130,6 +132,10 @@ stage_kills() {
         VELSCORE_TEST_TRIALS=200 run_tests release system_tests 'Resume.After*:Resume.APipe*'
 }
 
+stage_coverage() { scripts/coverage.sh; }
+
+stage_mutants() { scripts/mutate.sh --jobs "$(nproc)"; }
+
 stage_tidy() { scripts/lint.sh --all; }
 
 stage_cases() (
@@ -198,7 +204,7 @@ stage_root() (
             /opt/velscore/bin/velscore score "$examples/model.pmml" "$examples/cases.csv"'
 )
 
-stages=(clang equality threads leaks wheel duckdb kills reference tidy cases packages root)
+stages=(clang equality threads leaks wheel duckdb kills coverage mutants reference tidy cases packages root)
 [ $# -gt 0 ] || set -- "${stages[@]}"
 failed=()
 for stage in "$@"; do
