@@ -62,8 +62,8 @@ TEST_P(Coefficients, AreThoseOfR)
     ASSERT_EQ(run.exitCode, 0) << run.err;
     const CsvText found = ParseCsv(run.out);
     const CsvText expected = ParseCsv(ReadFile(DataFile("coefficients/" + GetParam() + ".csv")));
-    // More than R's are the parameter's name, and where betas are 0 for good an aliased parameter and
-    // the constant that a linear regression always has.
+    // More than R's are the parameter's name, and where betas are 0 for good an aliased parameter
+    // and the constant that a linear regression always has.
     EXPECT_EQ(found.header.size(), expected.header.size() + 1);
     const bool hasZero =
         GetParam() == "glm-toothgrowth-aliased" || GetParam() == "lm-stackloss-no-constant";

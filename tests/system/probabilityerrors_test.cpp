@@ -1,6 +1,6 @@
-// Standard errors of probabilities and of linear predictors, `score --columns 'std_err(probability(yes))'`,
-// against R: tests/data/probability-errors and tests/data/predictor-errors have its values, and the scripts
-// that made them.
+// Standard errors of probabilities and of linear predictors, `score --columns
+// 'std_err(probability(yes))'`, against R: tests/data/probability-errors and
+// tests/data/predictor-errors have its values, and the scripts that made them.
 
 #include <algorithm>
 #include <cmath>
@@ -99,9 +99,8 @@ INSTANTIATE_TEST_SUITE_P(OfR, PredictorErrors,
 TEST_P(PredictorErrors, AreThoseOfR)
 {
     const std::string folder = DataFile("cases/" + std::string(GetParam()) + "/");
-    const Finished run =
-        RunVelscore({"score", folder + "model.pmml", folder + "input.csv", "--columns",
-                     "linear_predictor,std_err(linear_predictor)"});
+    const Finished run = RunVelscore({"score", folder + "model.pmml", folder + "input.csv",
+                                      "--columns", "linear_predictor,std_err(linear_predictor)"});
     ASSERT_EQ(run.exitCode, 0) << run.err;
     const CsvText found = ParseCsv(run.out);
     const CsvText expected =
