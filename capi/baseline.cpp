@@ -56,7 +56,8 @@ std::shared_ptr<const ExplanationBaseline> GivenBaseline::Read(const velscore_mo
                                                                const Request& request)
 {
     if (!isAsked_) return nullptr;
-    if (row_ < 0) RefuseRowOfBaseline(row_, "the number of a row, from 1, or 0 for the mean of all");
+    if (row_ < 0)
+        RefuseRowOfBaseline(row_, "the number of a row, from 1, or 0 for the mean of all");
     GivenStream given(*tables_.Get());
     const ArrowOwner<ArrowSchema> schema = given.Schema();
     auto cases = model.With(request.settings, [&](const LoadedModel& loaded) {
@@ -68,8 +69,8 @@ std::shared_ptr<const ExplanationBaseline> GivenBaseline::Read(const velscore_mo
     if (auto baseline = builder.Make()) return baseline;
     if (row_ == 0) RefuseRowOfBaseline(row_, "a table with a case that has a score");
     if (builder.Status() == 0) RefuseRowOfBaseline(row_, "a row of the baseline's table");
-    RefuseRowOfBaseline(row_, fmt::format("a row that has a score; this one has the status {}",
-                                          builder.Status()));
+    RefuseRowOfBaseline(
+        row_, fmt::format("a row that has a score; this one has the status {}", builder.Status()));
 }
 
 }  // namespace MCVelscore_850::capi

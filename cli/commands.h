@@ -32,13 +32,13 @@ struct ScoreArguments : TableArguments {
     std::vector<std::string> keep;
     std::vector<std::string> columns;
     std::string outputColumns = "default";
-    std::string nameColumn;                ///< empty: none
-    std::optional<std::string> times;      ///< of `curve`; those of the baselines without it
-    bool wide = false;                     ///< of `curve`
-    std::string outDelimiter;              ///< empty: as the input's
-    std::string format;                    ///< empty: by the output's suffix
-    std::string compress;                  ///< empty: by the output's suffix
-    std::string rejects;  ///< empty: none
+    std::string nameColumn;            ///< empty: none
+    std::optional<std::string> times;  ///< of `curve`; those of the baselines without it
+    bool wide = false;                 ///< of `curve`
+    std::string outDelimiter;          ///< empty: as the input's
+    std::string format;                ///< empty: by the output's suffix
+    std::string compress;              ///< empty: by the output's suffix
+    std::string rejects;               ///< empty: none
     std::optional<int64_t> mostRejects;
     std::string summary;  ///< empty: none
     int digits = 0;       ///< 0: all

@@ -139,9 +139,10 @@ velscore::ScoreOptions RowOptionsOf(duckdb_value value, std::span<const RowOptio
     if (value == nullptr || duckdb_is_null_value(value)) return options;
     const duckdb_logical_type type = duckdb_get_value_type(value);
     if (duckdb_get_type_id(type) != DUCKDB_TYPE_STRUCT) {
-        throw SqlError("the options of " + function + "() are " +
-                       Taken(duckdb_value_to_string(value)) +
-                       "; expected is a struct, {'option': value, ...}, of " + NamesOf(known));
+        std::string text = "the options of ";
+        text.append(function).append("() are ").append(Taken(duckdb_value_to_string(value)));
+        text.append("; expected is a struct, {'option': value, ...}, of ").append(NamesOf(known));
+        throw SqlError(text);
     }
     for (idx_t i = 0; i < duckdb_struct_type_child_count(type); ++i) {
         const std::string name = Taken(duckdb_struct_type_child_name(type, i));
