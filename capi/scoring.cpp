@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "capi/baseline.h"
 #include "capi/calls.h"
 #include "capi/options.h"
 #include "capi/streams.h"
@@ -178,12 +179,15 @@ int velscore_explain(const velscore_model* model, const velscore_score_options* 
                      ArrowArrayStream* in, ArrowArrayStream* out, velscore_error* error)
 {
     return Call(error, [&] {
+        GivenBaseline baseline(options);
         GivenStream given(Given(in, "in"));
         ArrowArrayStream& made = Given(out, "out");
-        const Request request = ExplainRequestOf(Given(model, "model"), options);
+        Request request = ExplainRequestOf(Given(model, "model"), options);
+        request.explanations.baseline = baseline.Read(*model, request);
         const ArrowOwner<ArrowSchema> schema = given.Schema();
         auto explanations = model->With(request.settings, [&](const LoadedModel& loaded) {
-            return std::make_unique<ArrowExplanations>(loaded, *schema, request.scoring);
+            return std::make_unique<ArrowExplanations>(loaded, *schema, request.scoring,
+                                                       request.explanations);
         });
         const int64_t most = RowsOfLines(explanations->MostLines());
         ExportStream(

@@ -14,6 +14,7 @@
 #include "cli/tablerun.h"
 #include "engine/documents/loadedmodel.h"
 #include "engine/reports/explanationjson.h"
+#include "engine/scoring/baselinebuilder.h"
 #include "engine/scoring/explainedtables.h"
 #include "engine/scoring/explanationshaper.h"
 #include "engine/tables/outputfile.h"
@@ -63,26 +64,19 @@ std::shared_ptr<const ExplanationBaseline> BaselineOf(const LoadedModel& model,
                                                       const std::vector<std::string>& cases,
                                                       const ScoringOptions& options)
 {
-    auto baseline = std::make_shared<ExplanationBaseline>();
     const std::vector<std::string> tables =
         choice.table.empty() ? cases : std::vector{choice.table};
-    long status = 0;
+    BaselineBuilder builder(choice.row);
     ExplainTables(model, tables, options, [&](const ExplainedCase& each) {
-        if (choice.row != 0 && each.row != choice.row) return true;
-        status = each.status.code;
-        if (each.status.IsOK()) baseline->Add(each.explanation);
-        return choice.row == 0;
+        return builder.Take(each.row, each.status, each.explanation);
     });
-    if (baseline->cases == 0 && choice.row != 0 && status != 0) {
+    if (auto baseline = builder.Make()) return baseline;
+    if (builder.Status() != 0) {
         throw UsageError(fmt::format("--baseline: {} has no score (status {}); name another row",
-                                     choice.Text(), status));
+                                     choice.Text(), builder.Status()));
     }
-    if (baseline->cases == 0) {
-        throw UsageError(fmt::format("--baseline: there is no {}",
-                                     choice.row == 0 ? "case that has a score" : choice.Text()));
-    }
-    baseline->Finish();
-    return baseline;
+    throw UsageError(fmt::format("--baseline: there is no {}",
+                                 choice.row == 0 ? "case that has a score" : choice.Text()));
 }
 
 // What has a meaning for the rows of --long alone, by its name.

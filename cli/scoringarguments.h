@@ -10,9 +10,10 @@ namespace MCVelscore_850 {
 
 class LoadedModel;
 struct ScoreArguments;
+struct TableArguments;
 
-// What was asked of `score`, `curve` and `explain`, understood. All throw UsageError for what can't
-// be, or doesn't go together.
+// What was asked of `score`, `curve`, `explain` and `diff`, understood. All throw UsageError for
+// what can't be, or doesn't go together.
 
 /// The tables to score: standard input where none is named.
 std::vector<std::string> TablesOf(const ScoreArguments& arguments);
@@ -22,6 +23,9 @@ void RefuseModelBeside(const ScoreArguments& arguments, const std::vector<std::s
 
 /// The number that --level asks for, above 0 and below 1.
 double LevelOf(const std::string& text);
+
+/// How tables are read, and nothing else.
+ScoringOptions OptionsOf(const TableArguments& arguments);
 
 /// What doesn't depend on the model.
 ScoringOptions OptionsOf(const ScoreArguments& arguments);

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import os
 import warnings
+from numbers import Integral
 
 from . import _velscore
 from ._errors import DocumentWarning, OptionError
@@ -21,6 +22,8 @@ if TYPE_CHECKING:
     from ._fields import Field
     from ._typing import Options
 
+    # "mean" or a row, and the table where it isn't the one that is explained.
+    Baseline: TypeAlias = Union[str, int, tuple[Union[str, int], Any]]
     Document: TypeAlias = Union[str, os.PathLike[str], bytes, bytearray, memoryview, IO[bytes]]
 
 
@@ -43,6 +46,14 @@ def _text_of(document: Document) -> tuple[bytes, str]:
     if not isinstance(text, bytes):
         raise TypeError("the file gives text; open it in binary mode: a document says its encoding")
     return text, name if isinstance(name, str) else "document"
+
+
+def _count(number: Any, least: int, option: str) -> int:
+    """A whole number that an option is."""
+    if isinstance(number, bool) or not isinstance(number, Integral) or number < least:
+        words = "'mean' or the number of a row, from 1" if least else "a whole number of 0 or more"
+        raise OptionError(f"{option} is {number!r}; expected is {words}")
+    return int(number)
 
 
 def load(
@@ -278,7 +289,13 @@ class Model:
         return kind_of(table).curve(table, run)
 
     def explain(
-        self, table: Any, *, names: Sequence[str] | None = None, **options: Unpack[Options]
+        self,
+        table: Any,
+        *,
+        top: int | None = None,
+        baseline: Baseline | None = None,
+        names: Sequence[str] | None = None,
+        **options: Unpack[Options],
     ) -> Any:
         """How the scores of the rows come about: equation, term, value and contribution.
 
@@ -286,7 +303,12 @@ class Model:
         frames of pandas have the index of their row instead. The contributions of an equation,
         added up in their order, are its linear predictor. The equation has no value where the
         model has one alone; a row without a score has one line without values. What `score` takes,
-        but for keep, columns and level.
+        but for keep, columns and level, and
+
+        top       so many terms of each equation, those of the largest contributions first, and the
+                  others as one line, "other terms"
+        baseline  what contributions are differences from: "mean", the mean of all rows that have a
+                  score, or the number of a row, from 1; of another table as ("mean", table)
 
         >>> model = load("examples/motor-cars/model.pmml")
         >>> case = {"wt": [2.62], "hp": [110], "cyl": [6], "am": ["automatic"]}
@@ -302,6 +324,12 @@ class Model:
         if options.get("level") is not None:
             raise OptionError("level isn't an option of explanations")
         run = self._run(score_options(**options), names)
+        if top is not None:
+            run.options["top"] = _count(top, 0, "top")
+        if baseline is not None:
+            which, run.baseline = baseline if isinstance(baseline, tuple) else (baseline, None)
+            run.has_baseline = True
+            run.options["baseline_row"] = 0 if which == "mean" else _count(which, 1, "baseline")
         return kind_of(table).explain(table, run)
 
     def bind(

@@ -153,6 +153,10 @@ class Capsules(Kind):
             return table.__arrow_c_stream__()
         return table.__arrow_c_array__()
 
+    def is_read_once(self, table: Any) -> bool:
+        # Of others nothing is known.
+        return not isinstance(table, _velscore.Table) and hasattr(table, "__arrow_c_stream__")
+
     def frame(self, result: Table, table: Any, run: Run) -> Table:
         return result
 

@@ -214,47 +214,167 @@ TEST(Curves, AreThoseOfTheCommandWithoutAnEndTime)
     EXPECT_EQ(alive, 0);
 }
 
-// Every family's, with rows that have no score among them.
-TEST(Explanations, AreThoseOfTheCommand)
+// A table of the texts of a file, as a stream.
+ArrowArrayStream TextsOf(const MCVelscore_850::CsvText& table)
 {
-    for (const char* name :
-         {"lm-swiss", "mlr-housing-factors", "cox-lung-centred", "clr-infert",
-          "ordinal-logit-housing", "glz-poisson-offset-insurance", "missing-lm-no-replacement"}) {
-        SCOPED_TRACE(name);
-        const std::string folder = DataFile(std::string("cases/") + name + "/");
-        const auto input = ParseCsv(ReadFile(folder + "input.csv"));
-        const auto expected = ParseCsv(
-            RunVelscore({"explain", folder + "model.pmml", folder + "input.csv", "--long"}).out);
-        const auto model = velscore::Model::Open(folder + "model.pmml");
-        std::vector<MadeArray> columns;
-        for (const std::string& column : input.header) {
-            const auto texts = input.Texts(column);
-            columns.push_back(Texts(column, {texts.begin(), texts.end()}));
-        }
-        ArrowArrayStream in = StreamOf(Table(columns));
-        ArrowArrayStream out = model.Explain(in);
-        const ReadTables lines = ReadAll(out);
-        ASSERT_EQ(lines.names, expected.header);
-        ASSERT_EQ(lines.rows, expected.rows.size());
-        ASSERT_GT(lines.rows, input.rows.size());
-        for (const std::string& column : lines.names) {
-            const auto texts = expected.Texts(column);
-            const bool isText = column == "equation" || column == "term";
-            for (size_t row = 0; row < lines.rows; ++row) {
-                const Value& value = lines.Named(column)[row];
-                if (isText) {
-                    ASSERT_EQ(value.text.value_or(""), texts[row]) << column << row;
-                    continue;
-                }
-                ASSERT_EQ(value.number.has_value(), !texts[row].empty()) << column << row;
-                if (value.number) {
-                    ASSERT_EQ(*value.number, std::strtod(texts[row].c_str(), nullptr))
-                        << column << row;
-                }
+    std::vector<MadeArray> columns;
+    for (const std::string& column : table.header) {
+        const auto texts = table.Texts(column);
+        columns.push_back(Texts(column, {texts.begin(), texts.end()}));
+    }
+    return StreamOf(Table(columns));
+}
+
+// The lines are the command's: numbers by their bits.
+void ExpectLines(const ReadTables& lines, const MCVelscore_850::CsvText& expected)
+{
+    ASSERT_EQ(lines.names, expected.header);
+    ASSERT_EQ(lines.rows, expected.rows.size());
+    for (const std::string& column : lines.names) {
+        const auto texts = expected.Texts(column);
+        const bool isText = column == "equation" || column == "term";
+        for (size_t row = 0; row < lines.rows; ++row) {
+            const Value& value = lines.Named(column)[row];
+            if (isText) {
+                ASSERT_EQ(value.text.value_or(""), texts[row]) << column << row;
+                continue;
+            }
+            ASSERT_EQ(value.number.has_value(), !texts[row].empty()) << column << row;
+            if (value.number) {
+                ASSERT_EQ(*value.number, std::strtod(texts[row].c_str(), nullptr)) << column << row;
             }
         }
-        EXPECT_EQ(alive, 0);
     }
+}
+
+// Every family's, with rows that have no score among them.
+constexpr const char* kExplained[] = {"lm-swiss",
+                                      "mlr-housing-factors",
+                                      "cox-lung-centred",
+                                      "clr-infert",
+                                      "ordinal-logit-housing",
+                                      "glz-poisson-offset-insurance",
+                                      "missing-lm-no-replacement"};
+
+// What the command is asked, and the library for the same.
+struct Asked {
+    std::vector<std::string> words;
+    std::optional<size_t> top{};
+    std::optional<int64_t> baselineRow{};
+};
+
+TEST(Explanations, AreThoseOfTheCommand)
+{
+    const Asked kAsked[] = {{{}},
+                            {{"--top", "2"}, 2},
+                            {{"--top", "0"}, 0},
+                            {{"--baseline", "mean"}, std::nullopt, 0},
+                            {{"--baseline", "2"}, std::nullopt, 2},
+                            {{"--top", "1", "--baseline", "mean"}, 1, 0}};
+    for (const char* name : kExplained) {
+        const std::string folder = DataFile(std::string("cases/") + name + "/");
+        const auto input = ParseCsv(ReadFile(folder + "input.csv"));
+        const auto model = velscore::Model::Open(folder + "model.pmml");
+        for (const Asked& asked : kAsked) {
+            SCOPED_TRACE(testing::Message() << name << testing::PrintToString(asked.words));
+            std::vector<std::string> words{"explain", folder + "model.pmml", folder + "input.csv",
+                                           "--long"};
+            words.insert(words.end(), asked.words.begin(), asked.words.end());
+            const auto expected = ParseCsv(RunVelscore(words).out);
+            ASSERT_GE(expected.rows.size(), input.rows.size());
+            ArrowArrayStream in = TextsOf(input);
+            ArrowArrayStream baseline = TextsOf(input);
+            velscore::ScoreOptions options{.top = asked.top};
+            if (asked.baselineRow) {
+                options.baseline = &baseline;
+                options.baselineRow = *asked.baselineRow;
+            }
+            ArrowArrayStream out = model.Explain(in, options);
+            if (!asked.baselineRow) baseline.release(&baseline);
+            ExpectLines(ReadAll(out), expected);
+            EXPECT_EQ(alive, 0);
+        }
+    }
+}
+
+// y = 1 + 2 x + 10 [sex = m]
+TEST(Explanations, ABaselineMayBeARowOfALaterTable)
+{
+    const auto model = velscore::Model::FromText(TestModel().Text());
+    const auto table = [](std::vector<std::optional<double>> x) {
+        const size_t rows = x.size();
+        return Table({Numbers("x", x), Same("sex", "f", rows)});
+    };
+    ArrowArrayStream in = StreamOf(table({3.0}));
+    ArrowArrayStream baseline =
+        StreamOf(std::vector{table({1.0, std::nullopt}), table({5.0, 9.0})});
+    ArrowArrayStream out = model.Explain(in, {.baseline = &baseline, .baselineRow = 4});
+    EXPECT_EQ(baseline.release, nullptr);
+    // 2 * (3 - 9)
+    EXPECT_EQ(NumbersOf(ReadAll(out), "contribution"), (std::vector{0.0, -12.0, 0.0}));
+    in = StreamOf(table({3.0}));
+    baseline = StreamOf(std::vector{table({1.0, std::nullopt}), table({5.0, 9.0})});
+    out = model.Explain(in, {.baseline = &baseline});
+    // 2 * (3 - 5): the mean of 1, 5 and 9
+    EXPECT_EQ(NumbersOf(ReadAll(out), "contribution"), (std::vector{0.0, -4.0, 0.0}));
+    EXPECT_EQ(alive, 0);
+}
+
+struct BaselineRefusal {
+    const char* name;
+    int64_t row;
+    std::vector<std::optional<double>> x;
+    const char* text;
+};
+void PrintTo(const BaselineRefusal& each, std::ostream* out) { *out << each.name; }
+
+class BaselineRefusals : public testing::TestWithParam<BaselineRefusal> {};
+INSTANTIATE_TEST_SUITE_P(
+    Each, BaselineRefusals,
+    testing::Values(
+        BaselineRefusal{"NoScore",
+                        2,
+                        {1.0, std::nullopt},
+                        "'2'; expected is a row that has a "
+                        "score; this one has the status 90029"},
+        BaselineRefusal{"NoRow", 3, {1.0, 2.0}, "'3'; expected is a row of the baseline's table"},
+        BaselineRefusal{"NoCase", 0, {std::nullopt}, "'0'; expected is a table with a case"},
+        BaselineRefusal{"Negative", -1, {1.0}, "'-1'; expected is the number of a row"}),
+    [](const auto& each) { return std::string(each.param.name); });
+
+TEST_P(BaselineRefusals, AreToldAtOnceAndReleaseBothStreams)
+{
+    const auto model = velscore::Model::FromText(TestModel().Text());
+    const auto& x = GetParam().x;
+    ArrowArrayStream in = StreamOf(Table({Numbers("x", {1.0}), Texts("sex", {"m"})}));
+    ArrowArrayStream baseline = StreamOf(Table({Numbers("x", x), Same("sex", "m", x.size())}));
+    try {
+        ArrowArrayStream out =
+            model.Explain(in, {.baseline = &baseline, .baselineRow = GetParam().row});
+        out.release(&out);
+        FAIL() << "a baseline that there isn't";
+    } catch (const velscore::Error& error) {
+        EXPECT_EQ(error.Code(), 269403);
+        EXPECT_EQ(error.Fault(), VELSCORE_FAULT_CALL);
+        EXPECT_NE(std::string(error.what()).find(GetParam().text), std::string::npos)
+            << error.what();
+    }
+    EXPECT_EQ(alive, 0);
+}
+
+TEST(Explanations, AFaultOfTheBaselineIsTold)
+{
+    const auto model = velscore::Model::FromText(TestModel().Text());
+    ArrowArrayStream in = StreamOf(Table({Numbers("x", {1.0}), Texts("sex", {"m"})}));
+    ArrowArrayStream baseline = StreamOf(Table({Numbers("x", {1.0})}));
+    try {
+        ArrowArrayStream out = model.Explain(in, {.baseline = &baseline});
+        out.release(&out);
+        FAIL() << "a baseline without a column";
+    } catch (const velscore::Error& error) {
+        EXPECT_EQ(error.Code(), 269303) << error.what();
+    }
+    EXPECT_EQ(alive, 0);
 }
 
 TEST(Explanations, OfRowsWithoutScoresAreNullsOrWithStrictAnEnd)
