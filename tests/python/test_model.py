@@ -236,6 +236,26 @@ def test_numbers_of_pandas_and_numpy_are_read_where_they_lie():
     assert _address({"x": array, "sex": ["m", "f"]}) == array.ctypes.data
 
 
+class Given:
+    """What the library is handed of a table, for others to read."""
+
+    def __init__(self, table):
+        model = velscore.load(DOCUMENT)
+        self._capsule = kind_of(table).source(table, Run(model._core, {}, model.feature_names_in_))
+
+    def __arrow_c_stream__(self, requested_schema=None):
+        return self._capsule
+
+
+@pytest.mark.parametrize("kind", [pl.DataFrame, pa.table], ids=["Polars", "pyarrow"])
+def test_numbers_of_polars_and_pyarrow_are_handed_on_where_they_lie(kind):
+    table = kind(GOOD)
+    (batch,) = pa.RecordBatchReader.from_stream(Given(table))
+    column = table["x"]
+    address = _lies_at(column) if kind is pl.DataFrame else column.chunk(0).buffers()[1].address
+    assert batch.column("x").buffers()[1].address == address
+
+
 def _lies_at(series):
     return series.to_numpy(allow_copy=False).ctypes.data
 
