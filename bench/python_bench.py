@@ -53,6 +53,8 @@ def main() -> None:
     row = [float(a[0]) for a in arrays.values()]
     one = tables["Polars"].head(1)
     print(f"bound, one row   {seconds(lambda: score(*row), time.perf_counter, 5000) * 1e6:6.1f} us")
+    named = [dict(zip(NAMES, row))]
+    print(f"dict, one row    {seconds(lambda: model.predict(named), time.perf_counter, 5000) * 1e6:6.1f} us")
     print(f"Polars, one row  {seconds(lambda: model.predict(one), time.perf_counter, 2000) * 1e6:6.1f} us")
 
     program = "import time; t = time.process_time(); import velscore; print(time.process_time() - t)"

@@ -1,6 +1,6 @@
 """Spark: rows per second of scoring, beside a mapInArrow that hands its batches on as they are.
 
-    scripts/test-recipes.sh, then
+    scripts/test-recipes.sh  # whose environment has Spark
     PYSPARK_PYTHON=build/recipes/venv/bin/python build/recipes/venv/bin/python bench/spark_bench.py [ROWS [TIMES]]
 
 Questions: what share of the identity's rate a linear model of ten numbers has over ROWS rows of an id and these
