@@ -96,7 +96,7 @@ def _report(text: str) -> dict[str, Any]:
     return report
 
 
-# Tables of one row, by their columns, whose places a model keeps: programs have few.
+# Tables of one row, by their columns, whose places a model keeps, each in some 200 KiB: programs have few.
 _MOST_ROWS_BOUND = 8
 
 
