@@ -10,6 +10,7 @@
 #   wheel      the portable wheel, and one from the source distribution, installed in environments of their
 #              own: tests/python, which compare with the command, and the time to the first score
 #   duckdb     the extension for DuckDB, eight queries at once over 10,000,000 rows each
+#   recipes    scripts/test-recipes.sh, its largest Spark table of 10,000,000 rows
 #   kills      200 runs ended by signals, full disks and closed pipes, at random moments, and gone on with
 #   reference  doxygen over the headers that are installed
 #   tidy       clang-tidy over every source
@@ -125,6 +126,8 @@ stage_wheel() (
 
 stage_duckdb() { VELSCORE_TEST_ROWS=10000000 scripts/test-duckdb.sh; }
 
+stage_recipes() { VELSCORE_TEST_ROWS=10000000 scripts/test-recipes.sh; }
+
 stage_kills() {
     scripts/ensure-packages.sh packages.txt tests/packages.txt &&
         VELSCORE_TEST_TRIALS=200 run_tests release system_tests 'Resume.After*:Resume.APipe*'
@@ -198,7 +201,7 @@ stage_root() (
             /opt/velscore/bin/velscore score "$examples/model.pmml" "$examples/cases.csv"'
 )
 
-stages=(clang equality threads leaks wheel duckdb kills reference tidy cases packages root)
+stages=(clang equality threads leaks wheel duckdb recipes kills reference tidy cases packages root)
 [ $# -gt 0 ] || set -- "${stages[@]}"
 failed=()
 for stage in "$@"; do

@@ -258,6 +258,10 @@ VELSCORE_API int velscore_bind_names(const struct velscore_model* model,
 /** Ends a binding. Null is let be. */
 VELSCORE_API void velscore_unbind(struct velscore_binding* binding);
 
+/** Makes a binding as it was when it was made, for another table: the next scored row settles for a
+ * model what a first row does, and rows count from 1 again. Null is let be. */
+VELSCORE_API void velscore_begin_table(struct velscore_binding* binding);
+
 /** The schema of what velscore_score_batch gives, kept columns too. */
 VELSCORE_API int velscore_binding_schema(const struct velscore_binding* binding,
                                          struct ArrowSchema* out, struct velscore_error* error);

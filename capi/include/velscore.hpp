@@ -249,6 +249,9 @@ class Binding {
 public:
     explicit Binding(velscore_binding* own) : own_(own) {}
 
+    /// The next row is the first of another table: it settles for a model what a first row does.
+    void BeginTable() { velscore_begin_table(own_.get()); }
+
     /// Scores rows. Throws Error, and std::invalid_argument for columns of several lengths.
     Scores Score(std::span<const Column> columns)
     {

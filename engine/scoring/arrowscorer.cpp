@@ -86,6 +86,12 @@ void ArrowScorer::End()
     table_.reset();
 }
 
+void ArrowScorer::BeginAnew()
+{
+    scorer_.BeginTable();
+    rowsBefore_ = 0;
+}
+
 void ArrowScorer::ScoreBlock(int64_t first, size_t rows)
 {
     scorer_.Score(columns_.Block(first, rows), block_);

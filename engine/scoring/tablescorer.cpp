@@ -127,6 +127,12 @@ void TableScorer::SettleAs(const TableScorer& other)
     settled_ = other.settled_;
 }
 
+void TableScorer::BeginTable()
+{
+    one_.Unsettle();
+    settled_ = false;
+}
+
 void TableScorer::VisitCases(const ColumnBlock& block, const CaseVisitor& visitor)
 {
     one_.Preparer().BeginBlock();

@@ -68,6 +68,9 @@ public:
     bool IsSettled() const { return settled_; }
     /// Goes on as the other does, a scorer of the same model and table: on another thread, say.
     void SettleAs(const TableScorer& other);
+    /// Begins another table of the same columns: its first row settles the model anew. Throws
+    /// nothing.
+    void BeginTable();
 
     /// Scores a block of at most kRows rows. `results` is made with Schema(); its texts of faults
     /// view the block's.

@@ -76,6 +76,17 @@ class Kind:
         """The one result that the run asks for, as a column of that kind."""
         return self.column(run.table(self.source(table, run)), table)
 
+    def one_row(self, table: Any, reads: Sequence[str]) -> Any:
+        """A table of one row as a list of one dict or a dict of lists of one value; None of others.
+
+        `reads` names the columns of a table without names.
+        """
+        return None
+
+    def one_value(self, answer: list[Any]) -> Any:
+        """The prediction of such a table as a column, None where the kind's own way has to tell."""
+        return answer
+
     def probabilities(self, table: Any, run: Run, names: Sequence[str]) -> Any:
         """The results that the run asks for, under other names."""
         return self.matrix(run.table(self.source(table, run)), table, names)

@@ -7,7 +7,7 @@ import warnings
 from numbers import Integral
 
 from . import _velscore
-from ._errors import DocumentWarning, OptionError
+from ._errors import DocumentWarning, Error, OptionError
 from ._kinds import Run, kind_of
 from ._options import score_options
 
@@ -20,6 +20,7 @@ if TYPE_CHECKING:
     from typing_extensions import TypeAlias, Unpack
 
     from ._fields import Field
+    from ._kinds import Kind
     from ._typing import Options
 
     # "mean" or a row, and the table where it isn't the one that is explained.
@@ -106,6 +107,10 @@ def _report(text: str) -> dict[str, Any]:
     return report
 
 
+# Tables of one row, by their columns, whose places a model keeps, each in some 200 KiB: programs have few.
+_MOST_ROWS_BOUND = 8
+
+
 class Model:
     """A regression model that was read from a document. Made by `load`.
 
@@ -118,7 +123,7 @@ class Model:
     pickled and copied by the text of its document.
     """
 
-    __slots__ = ("_allow", "_as_is", "_core", "_described", "_fields", "_name", "_text")
+    __slots__ = ("_allow", "_as_is", "_core", "_described", "_fields", "_name", "_rows", "_text")
 
     def __init__(
         self, core: _velscore.Model, text: bytes, name: str, as_is: bool, allow: tuple[str, ...]
@@ -130,6 +135,7 @@ class Model:
         self._allow = allow
         self._described: dict[str, Any] | None = None
         self._fields: dict[str, Field] | None = None
+        self._rows: dict[frozenset[str], _velscore.Scorer] = {}
 
     def __reduce__(self) -> Any:
         return _made, (self._text, self._name, self._as_is, self._allow)
@@ -258,8 +264,41 @@ class Model:
         A column of the table's kind: a Series, a ChunkedArray, an array, a list; of what is scored
         later a table of one column. What `score` takes, but for keep and columns.
         """
+        kind = kind_of(table)
+        if names is None and not options:
+            answer = self._predict_row(kind, table)
+            if answer is not None:
+                return answer
         run = self._run(score_options(None, "prediction", **options), names)
-        return kind_of(table).predict(table, run)
+        return kind.predict(table, run)
+
+    def _predict_row(self, kind: Kind, table: Any) -> Any:
+        """The prediction of one row of plain values, whose columns were found before.
+
+        None where the road of all tables has to answer, or to refuse: it tells what is wrong.
+        """
+        plain = kind.one_row(table, self._about()["reads"])
+        if plain is None:
+            return None
+        row = plain[0] if type(plain) is list else plain
+        if type(row) is not dict:
+            return None
+        columns = frozenset(row)
+        scorer = self._rows.get(columns) or self._bind_row(columns)
+        answer = None if scorer is None else scorer.predict(plain)
+        return None if answer is None else kind.one_value(answer)
+
+    def _bind_row(self, columns: frozenset[str]) -> _velscore.Scorer | None:
+        if not all(type(name) is str for name in columns):
+            return None
+        try:
+            scorer = _velscore.Scorer(self._core, columns, score_options(None, "prediction"))
+        except (Error, ValueError):
+            return None
+        if len(self._rows) >= _MOST_ROWS_BOUND:
+            self._rows.clear()
+        self._rows[columns] = scorer
+        return scorer
 
     def predict_proba(
         self, table: Any, *, names: Sequence[str] | None = None, **options: Unpack[Options]

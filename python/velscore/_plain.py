@@ -39,6 +39,10 @@ class Columns(Kind):
             rows = len(values)
         return max(rows, 0)
 
+    def one_row(self, table: dict[str, Any], reads: Sequence[str]) -> Any:
+        first = next(iter(table.values()), None)
+        return table if type(first) is list and len(first) == 1 else None
+
     def source(self, table: dict[str, Any], run: Run) -> Any:
         rows = self._rows(table)
         reads = set(run.reads)
@@ -107,6 +111,9 @@ class Rows(Kind):
                 )
             names.update(dict.fromkeys(row))
         return list(names)
+
+    def one_row(self, table: list[dict[str, Any]], reads: Sequence[str]) -> Any:
+        return table if len(table) == 1 else None
 
     def source(self, table: list[dict[str, Any]], run: Run) -> Any:
         names = self._names(table) or list(run.reads)

@@ -673,6 +673,64 @@ TEST(Bindings, TellTheSchemaOfTheirTablesAndScoreOneAfterTheOther)
     EXPECT_EQ(alive, 0);
 }
 
+// As it stands, this document has its betas in the row of the first case alone: the cases after it
+// get two equal probabilities.
+TEST(Bindings, BeginAnotherTableAsIfTheyWereNew)
+{
+    std::string text = ReadFile("examples/birth-weight/model.pmml");
+    text = Replaced(text, "targetReferenceCategory=\"low\"",
+                    "targetReferenceCategory=\"normal\" algorithmName=\"contrastLogistic\"");
+    const std::string from = " targetCategory=\"low\"";
+    while (text.find(from) != std::string::npos) {
+        text = Replaced(text, from, " targetCategory=\"normal\"");
+    }
+    const auto model = velscore::Model::FromText(text, "document", {.asIs = true});
+    velscore::Binding binding = model.Bind({"race", "ht", "age"});
+    const std::vector<double> age{40.0};
+    const char* const races[] = {"white"};
+    const char* const hts[] = {"yes"};
+    const std::vector<int32_t> first{0};
+    const velscore::Column columns[] = {{first, races}, {first, hts}, {age}};
+    const auto score = [&] { return binding.Score(columns).Named("probability(low)").numbers[0]; };
+    const double alone = score();
+    EXPECT_NE(alone, 0.5);
+    EXPECT_EQ(score(), 0.5);
+    binding.BeginTable();
+    EXPECT_EQ(score(), alone);
+    EXPECT_EQ(score(), 0.5);
+    velscore_begin_table(nullptr);
+}
+
+TEST(Bindings, CountTheRowsOfEachTableFromOne)
+{
+    const auto model = velscore::Model::FromText(TestModel().Text());
+    const MadeArray good = Table({Numbers("x", {1.0, 1.0}), Same("sex", "m", 2)});
+    const MadeArray bad = Table({Numbers("x", {1.0}), Same("sex", "nobody", 1)});
+    ArrowSchema given = ExportSchema(good);
+    velscore_binding* binding = nullptr;
+    velscore_score_options options = VELSCORE_SCORE_OPTIONS_INIT;
+    options.strict = 1;
+    ASSERT_EQ(velscore_bind(model.Get(), &options, &given, &binding, nullptr), 0);
+    given.release(&given);
+    const auto rowOfBad = [&] {
+        ArrowArray in = ExportArray(good);
+        ArrowArray out{};
+        EXPECT_EQ(velscore_score_batch(binding, &in, &out, nullptr), 0);
+        out.release(&out);
+        velscore_error error = VELSCORE_ERROR_INIT;
+        in = ExportArray(bad);
+        EXPECT_NE(velscore_score_batch(binding, &in, &out, &error), 0);
+        const unsigned long row = error.row;
+        velscore_error_clear(&error);
+        return row;
+    };
+    EXPECT_EQ(rowOfBad(), 3U);
+    velscore_begin_table(binding);
+    EXPECT_EQ(rowOfBad(), 3U);
+    velscore_unbind(binding);
+    EXPECT_EQ(alive, 0);
+}
+
 // Each thread with a policy and a level of its own, while others describe, bind and score.
 TEST(Threads, EightShareOneModelWithOptionsOfTheirOwn)
 {

@@ -14,7 +14,7 @@ import pyarrow as pa
 import pytest
 
 import velscore
-from conftest import ROOT, columns_of_csv, command
+from conftest import ROOT, columns_of_csv, command, paired
 from kinds import plain
 from test_tables import DOCUMENT, GOOD
 from velscore._kinds import Run, kind_of
@@ -188,7 +188,7 @@ def test_explanations_are_the_commands(name):
         columns = plain(model.explain(kind(frame.to_dict("list"))))
         for column in columns:
             found = ["" if v is None or v != v else v for v in columns[column]]
-            texts = [t if isinstance(v, str) else float(t) for v, t in zip(found, said[column], strict=True)]
+            texts = [t if isinstance(v, str) else float(t) for v, t in paired(found, said[column])]
             assert found == texts, column
     terms = model.explain(pl.from_pandas(frame).lazy()).collect()
     assert terms["term"].to_list() == said["term"]
@@ -270,7 +270,7 @@ def test_coefficients_are_the_commands(name):
     rows = velscore.load(path).coefficients()
     assert list(rows[0]) == list(said)
     for column, texts in said.items():
-        for row, text in zip(rows, texts, strict=True):
+        for row, text in paired(rows, texts):
             value = row[column]
             assert (value or "") == text if not isinstance(value, float) else value == float(text)
 
@@ -292,6 +292,26 @@ def test_numbers_of_pandas_and_numpy_are_read_where_they_lie():
     assert _address(numbers) == numbers["x"].to_numpy().ctypes.data
     array = numbers["x"].to_numpy()
     assert _address({"x": array, "sex": ["m", "f"]}) == array.ctypes.data
+
+
+class Given:
+    """What the library is handed of a table, for others to read."""
+
+    def __init__(self, table):
+        model = velscore.load(DOCUMENT)
+        self._capsule = kind_of(table).source(table, Run(model._core, {}, model.feature_names_in_))
+
+    def __arrow_c_stream__(self, requested_schema=None):
+        return self._capsule
+
+
+@pytest.mark.parametrize("kind", [pl.DataFrame, pa.table], ids=["Polars", "pyarrow"])
+def test_numbers_of_polars_and_pyarrow_are_handed_on_where_they_lie(kind):
+    table = kind(GOOD)
+    (batch,) = pa.RecordBatchReader.from_stream(Given(table))
+    column = table["x"]
+    address = _lies_at(column) if kind is pl.DataFrame else column.chunk(0).buffers()[1].address
+    assert batch.column("x").buffers()[1].address == address
 
 
 def _lies_at(series):
