@@ -1,5 +1,7 @@
 """What the tests share: documents, the command beside them, tables of every kind."""
 
+from __future__ import annotations
+
 import csv
 import io
 import pathlib
@@ -21,6 +23,12 @@ def command(*arguments: object) -> str:
 def columns_of_csv(text: str) -> dict[str, list[str]]:
     header, *rows = csv.reader(io.StringIO(text))
     return {name: [row[i] for row in rows] for i, name in enumerate(header)}
+
+
+def together(*columns):
+    """Their values row by row, of columns that have as many (zip(strict=True) of Python 3.10)."""
+    assert len({len(column) for column in columns}) == 1
+    return zip(*columns)
 
 
 def number(text: str) -> float | None:

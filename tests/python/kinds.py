@@ -42,9 +42,8 @@ def arrow(columns: Columns) -> pa.Table:
 
 
 def relation(columns: Columns) -> Any:
-    connection = duckdb.connect()
-    connection.register("cases", pa.table(columns))
-    return connection.table("cases")
+    """On the connection that is always open: a relation keeps none open by itself."""
+    return duckdb.from_arrow(pa.table(columns))
 
 
 def pandas_categories(columns: Columns) -> pd.DataFrame:

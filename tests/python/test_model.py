@@ -13,7 +13,7 @@ import pyarrow as pa
 import pytest
 
 import velscore
-from conftest import ROOT, columns_of_csv, command
+from conftest import ROOT, columns_of_csv, command, together
 from kinds import plain
 from test_tables import DOCUMENT, GOOD
 from velscore._kinds import Run, kind_of
@@ -187,7 +187,7 @@ def test_explanations_are_the_commands(name):
         columns = plain(model.explain(kind(frame.to_dict("list"))))
         for column in columns:
             found = ["" if v is None or v != v else v for v in columns[column]]
-            texts = [t if isinstance(v, str) else float(t) for v, t in zip(found, said[column], strict=True)]
+            texts = [t if isinstance(v, str) else float(t) for v, t in together(found, said[column])]
             assert found == texts, column
     terms = model.explain(pl.from_pandas(frame).lazy()).collect()
     assert terms["term"].to_list() == said["term"]
@@ -212,7 +212,7 @@ def test_coefficients_are_the_commands(name):
     rows = velscore.load(path).coefficients()
     assert list(rows[0]) == list(said)
     for column, texts in said.items():
-        for row, text in zip(rows, texts, strict=True):
+        for row, text in together(rows, texts):
             value = row[column]
             assert (value or "") == text if not isinstance(value, float) else value == float(text)
 
