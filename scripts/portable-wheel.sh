@@ -200,6 +200,7 @@ pack() {
 }
 
 check_wheel() {
+    local names library tag
     case $1 in
         *-cp39-abi3-manylinux_*) ;;
         *)
@@ -211,8 +212,35 @@ check_wheel() {
         echo "The wheel should have $largest bytes at most; it has $(stat -c %s "$1")"
         return 1
     }
-    # Whether the tag is true.
-    "$tools/bin/auditwheel" show "$1" | tee /dev/stderr | grep -q 'tag: "manylinux_'
+    names=$("$tools/bin/python" -m zipfile --list "$1")
+    for library in "${linked[@]}" "${unpacked[@]}" ziglang; do
+        [[ $names == *.dist-info/licenses/$library/* ]] || {
+            echo "The wheel should have the copyright texts of $library; they are missing"
+            return 1
+        }
+    done
+    "$tools/bin/python" - "$1" <<'END'
+import email, pathlib, re, sys, zipfile
+
+wheel = zipfile.ZipFile(sys.argv[1])
+(name,) = [name for name in wheel.namelist() if name.endswith(".dist-info/METADATA")]
+told = email.message_from_bytes(wheel.read(name))
+version = re.search(r"project\(velscore VERSION ([0-9.]+)", pathlib.Path("CMakeLists.txt").read_text())[1]
+readme = pathlib.Path("README.md").read_text()
+for what, found, expected in [
+    ("version", told["Version"], version),
+    ("description", told.get_payload(decode=True).decode().strip(), readme.strip()),
+]:
+    if found != expected:
+        sys.exit(f"The wheel's {what} should be {expected!r}; it is {found!r}")
+END
+    # Whether the tag is true: the one that it deserves is no newer.
+    tag=$("$tools/bin/auditwheel" show "$1" | tee /dev/stderr | tr '\n' ' ' |
+        sed -n 's/.*tag: *"manylinux_\([0-9]*\)_\([0-9]*\)_x86_64".*/\1.\2/p')
+    [ -n "$tag" ] && [ "$(printf '%s\n' "$tag" "$glibc" | sort -V | tail -n 1)" = "$glibc" ] || {
+        echo "The wheel should deserve the tag of C library $glibc; it deserves that of ${tag:-none}"
+        return 1
+    }
 }
 
 main() {
@@ -224,12 +252,11 @@ main() {
     for library in "${linked[@]}"; do
         step "$library" build_linked "$library"
     done
-    rm -f "$at/done/module" "$at/done/wheel" "$at/done/check"
+    rm -f "$at"/done/{module,wheel,check-module,check-wheel}
     step module build_module
-    step check check_module "$module"
+    step check-module check_module "$module"
     step wheel pack "$module"
-    rm -f "$at/done/check"
-    step check check_wheel "$at"/wheel/velscore-*.whl
+    step check-wheel check_wheel "$at"/wheel/velscore-*.whl
     echo "$at"/wheel/velscore-*.whl
 }
 
