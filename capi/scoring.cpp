@@ -15,9 +15,11 @@ using namespace MCVelscore_850::capi;
 
 namespace {
 
-// Rows that a table of results has at most: its columns stay in the cache of a processor, and their
-// memory is used again.
-constexpr int64_t kMostRows = int64_t{1} << 16;
+// Rows that a table of scores has at most: its columns stay in the cache of one processor, and
+// their memory is used again.
+constexpr int64_t kMostRows = int64_t{1} << 14;
+// The same of the lines of curves and explanations, of which a row has many.
+constexpr int64_t kMostLines = int64_t{1} << 16;
 
 // A stream of tables through whatever takes one after the other in parts.
 template <class Taker>
@@ -91,13 +93,13 @@ private:
     }
 };
 
-// So many rows that their lines, at most so many a row, stay of a size with a table of scores.
+// Rows that have kMostLines lines, at most so many a row.
 int64_t RowsOfLines(size_t lines)
 {
-    return std::clamp<int64_t>(kMostRows / static_cast<int64_t>(lines), 1, TableScorer::kRows);
+    return std::clamp<int64_t>(kMostLines / static_cast<int64_t>(lines), 1, TableScorer::kRows);
 }
 
-// So many rows that their curves stay of a size with a table of scores.
+// Rows whose curves have so many.
 int64_t RowsOfCurves(const ModelDescription& about)
 {
     size_t most = 1;

@@ -98,7 +98,7 @@ std::string ReportText(const Checked& checked)
     return text + LastLine(checked);
 }
 
-nlohmann::ordered_json ReportJson(const Checked& checked)
+JsonValue ReportJson(const Checked& checked)
 {
     return checked.model ? AcceptedJson(checked.file, *checked.model)
                          : RefusedJson(checked.file, *checked.failure);
@@ -115,7 +115,7 @@ int RunCheck(const CheckArguments& arguments, Console& console)
     }
     const LoadOptions options = LoadOptionsOf(arguments.document);
     const auto plugin = std::make_shared<const Plugin>(arguments.document.plugin);
-    nlohmann::ordered_json report = nlohmann::ordered_json::array();
+    JsonValue report = JsonValue::Array();
     size_t refused = 0;
     size_t doubtful = 0;
     for (const std::string& file : arguments.models) {
@@ -123,7 +123,7 @@ int RunCheck(const CheckArguments& arguments, Console& console)
         refused += checked.model ? 0 : 1;
         doubtful += checked.model && checked.Found().StrictCount() > 0 ? 1 : 0;
         if (arguments.json) {
-            report.push_back(ReportJson(checked));
+            report.Add(ReportJson(checked));
         } else {
             PrintOut(ReportText(checked));
         }

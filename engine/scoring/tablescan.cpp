@@ -144,6 +144,7 @@ private:
     void ScoreRows(std::span<const std::string_view> fields, size_t columns)
     {
         const ColumnBlock block = textRows_.Block(fields);
+        results_.Place(block_);
         scorer_.Score(block, block_);
         if (options_.scoring.strict) {
             for (size_t row = 0; row < block.rows; ++row) {

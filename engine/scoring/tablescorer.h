@@ -108,7 +108,7 @@ private:
     bool BindCategories(std::span<const std::string> categories);
     void ScoreTogether(const ColumnBlock& block, size_t first, ResultBlock& results);
     BatchResults PlacesIn(ResultBlock& results);
-    void FinishColumn(const ResultColumn& column, const RowBits& scored,
+    void FinishColumn(const ResultColumn& column, const RowBits& scored, size_t whole,
                       ResultBlock::Column& values) const;
 
     ResultSchema schema_;

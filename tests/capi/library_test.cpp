@@ -183,21 +183,25 @@ TEST(Reports, FaultsThatAreAllowedAreNotices)
               RunVelscore({"inspect", "--json", path, "--allow", "misspelt-attribute"}).out);
 }
 
-TEST(Curves, AreThoseOfTheCommandWithoutAnEndTime)
+// The curves of a case's table, without the column of end times, are those of the command.
+void ExpectCurvesOfTheCommand(const std::string& folder, const std::string& endTime,
+                              const std::string& policy = {})
 {
-    const std::string folder = DataFile("cases/cox-veteran-strata/");
+    SCOPED_TRACE(folder + policy);
+    const std::string document = folder + "model.pmml";
+    std::vector<std::string> command{"curve", document, folder + "input.csv"};
+    if (!policy.empty()) command.insert(command.end(), {"--policy", policy});
     const auto input = ParseCsv(ReadFile(folder + "input.csv"));
-    const auto expected =
-        ParseCsv(RunVelscore({"curve", folder + "model.pmml", folder + "input.csv"}).out);
-    const auto model = velscore::Model::Open(folder + "model.pmml");
+    const auto expected = ParseCsv(RunVelscore(command).out);
+    const auto model = velscore::Model::Open(document);
     std::vector<MadeArray> columns;
     for (const std::string& name : input.header) {
-        if (name == "time") continue;
+        if (name == endTime) continue;
         const auto texts = input.Texts(name);
         columns.push_back(Texts(name, {texts.begin(), texts.end()}));
     }
     ArrowArrayStream in = StreamOf(Table(columns));
-    ArrowArrayStream out = model.Curve(in);
+    ArrowArrayStream out = model.Curve(in, {.policy = policy});
     const ReadTables curves = ReadAll(out);
     ASSERT_EQ(curves.names, expected.header);
     ASSERT_EQ(curves.rows, expected.rows.size());
@@ -210,6 +214,38 @@ TEST(Curves, AreThoseOfTheCommandWithoutAnEndTime)
                 ASSERT_EQ(*value.number, std::strtod(texts[row].c_str(), nullptr)) << name << row;
             }
         }
+    }
+    EXPECT_EQ(alive, 0);
+}
+
+TEST(Curves, AreThoseOfTheCommandWithoutAnEndTime)
+{
+    ExpectCurvesOfTheCommand(DataFile("cases/cox-veteran-strata/"), "time");
+}
+
+// A missing value has a replacement, which one policy takes and the others don't.
+TEST(Curves, HeedThePolicyAsTheCommandDoes)
+{
+    const std::string folder = DataFile("cases/missing-cox-replacement/");
+    for (const char* policy : {"substitute", "sysmis", "status"}) {
+        ExpectCurvesOfTheCommand(folder, "time", policy);
+    }
+    EXPECT_NE(
+        RunVelscore({"curve", folder + "model.pmml", folder + "input.csv"}).out,
+        RunVelscore({"curve", folder + "model.pmml", folder + "input.csv", "--policy", "sysmis"})
+            .out);
+}
+
+TEST(Curves, RefuseAPolicyThatIsNone)
+{
+    const auto model = velscore::Model::Open(DataFile("cases/cox-veteran-strata/model.pmml"));
+    ArrowArrayStream in = StreamOf(Table({Numbers("age", {1.0})}));
+    try {
+        ArrowArrayStream out = model.Curve(in, {.policy = "guess"});
+        out.release(&out);
+        FAIL() << "there is no such policy";
+    } catch (const velscore::Error& error) {
+        EXPECT_EQ(error.Code(), 269403);
     }
     EXPECT_EQ(alive, 0);
 }
@@ -428,6 +464,25 @@ TEST(Arrow, RowsBeforeTheFirstNullHaveValues)
             ASSERT_EQ(predictions[row], row == null ? kNull : 17.0) << row;  // 1 + 2 * 3 + 10
         }
     }
+}
+
+// Others' programs may read there, and nothing of this one's memory is theirs.
+TEST(Arrow, BehindANullStandsZero)
+{
+    std::vector<std::optional<double>> x(1000, 3.0);
+    for (const size_t null : {0U, 511U, 700U, 999U}) x[null].reset();
+    const auto model = velscore::Model::FromText(TestModel().Text());
+    ArrowArrayStream in = StreamOf(Table({Numbers("x", x), Same("sex", "m", 1000)}));
+    ArrowArrayStream out = model.Score(in);
+    ArrowArray scored{};
+    ASSERT_EQ(out.get_next(&out, &scored), 0);
+    const auto* prediction = static_cast<const double*>(scored.children[0]->buffers[1]);
+    for (size_t row = 0; row < 1000; ++row) {
+        ASSERT_EQ(prediction[row], x[row] ? 17.0 : 0.0) << row;  // 1 + 2 * 3 + 10
+    }
+    scored.release(&scored);
+    out.release(&out);
+    EXPECT_EQ(alive, 0);
 }
 
 std::string ManyRows(size_t rows)
