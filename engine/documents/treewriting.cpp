@@ -68,7 +68,8 @@ std::string TreeText(const xercesc::DOMDocument& tree, TreeForm form)
         implementation.createLSSerializer(&memory));
     serializer->getDomConfig()->setParameter(xercesc::XMLUni::fgDOMWRTFormatPrettyPrint,
                                              form == TreeForm::Indented);
-    const std::unique_ptr<xercesc::DOMLSOutput, Release> output(implementation.createLSOutput(&memory));
+    const std::unique_ptr<xercesc::DOMLSOutput, Release> output(
+        implementation.createLSOutput(&memory));
     xercesc::MemBufFormatTarget target(kBufferBytes, &memory);
     output->setByteStream(&target);
     output->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
