@@ -15,6 +15,7 @@
 #include "cli/stopsignals.h"
 #include "cli/tablerun.h"
 #include "engine/scoring/scoringsession.h"
+#include "engine/tables/bytesource.h"
 #include "engine/tables/compression.h"
 #include "engine/tables/outputfile.h"
 
@@ -121,6 +122,8 @@ void TableRun::RefuseOutputs(const std::vector<std::string>& tables) const
 // An output that gets its name when it is whole, from tables that can be read again.
 bool TableRun::CanResume(const std::vector<std::string>& tables) const
 {
+    // A table that isn't there is told as that.
+    if (arguments_.resume) std::for_each(tables.begin(), tables.end(), RefuseUnreadable);
     uint64_t size = 0;
     const bool areFiles = std::all_of(tables.begin(), tables.end(), [&](const auto& table) {
         return table != "-" && IsRegularFile(table, size);
