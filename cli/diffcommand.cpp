@@ -5,6 +5,7 @@
 #include <fmt/ranges.h>
 
 #include "cli/commands.h"
+#include "cli/confinement.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "engine/comparison/comparisonjson.h"
@@ -76,7 +77,8 @@ void RefuseStandardInputTwice(const DiffArguments& arguments)
 int RunDiff(const DiffArguments& arguments, Console& console)
 {
     RefuseStandardInputTwice(arguments);
-    const auto plugin = std::make_shared<Plugin>(arguments.document.plugin);
+    const auto plugin = ConfinedPlugin(arguments.document,
+                                       {{arguments.first, arguments.second, arguments.cases}, {}});
     const LoadOptions options = LoadOptionsOf(arguments.document);
     const LoadedModel first(arguments.first, plugin, options);
     const LoadedModel second(arguments.second, plugin, options);
