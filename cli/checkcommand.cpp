@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "cli/commands.h"
+#include "cli/confinement.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/findingtext.h"
@@ -114,7 +115,7 @@ int RunCheck(const CheckArguments& arguments, Console& console)
         throw UsageError("standard input (-) can be read once only");
     }
     const LoadOptions options = LoadOptionsOf(arguments.document);
-    const auto plugin = std::make_shared<const Plugin>(arguments.document.plugin);
+    const auto plugin = ConfinedPlugin(arguments.document, {arguments.models, {}});
     JsonValue report = JsonValue::Array();
     size_t refused = 0;
     size_t doubtful = 0;

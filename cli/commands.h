@@ -51,6 +51,7 @@ struct ScoreArguments : TableArguments {
     bool partial = false;
     size_t threads = 0;    ///< 0: as many as the machine has for the command
     std::string explains;  ///< what `explain --long` asks for beside; empty for the others
+    std::string baselineTable;  ///< of `explain`; empty: the cases
 };
 
 struct ExplainArguments {

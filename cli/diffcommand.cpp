@@ -6,6 +6,7 @@
 #include <fmt/ranges.h>
 
 #include "cli/commands.h"
+#include "cli/confinement.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/scoringarguments.h"
@@ -95,7 +96,8 @@ int RunDiff(const DiffArguments& arguments, Console& console)
     RefuseStandardInputTwice(arguments);
     const ScoringOptions table = OptionsOf(arguments.table);
     RefuseWithoutCases(arguments);
-    const auto plugin = std::make_shared<Plugin>(arguments.document.plugin);
+    const auto plugin = ConfinedPlugin(arguments.document,
+                                       {{arguments.first, arguments.second, arguments.cases}, {}});
     const LoadOptions options = LoadOptionsOf(arguments.document);
     const LoadedModel first(arguments.first, plugin, options);
     const LoadedModel second(arguments.second, plugin, options);

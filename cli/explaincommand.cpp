@@ -6,6 +6,7 @@
 #include <fmt/ranges.h>
 
 #include "cli/commands.h"
+#include "cli/confinement.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/explanationtext.h"
@@ -122,7 +123,10 @@ public:
     int Run()
     {
         RefuseTogether(arguments_);
-        if (!arguments_.baseline.empty()) choice_ = ChoiceOf(arguments_.baseline);
+        if (!arguments_.baseline.empty()) {
+            choice_ = ChoiceOf(arguments_.baseline);
+            table_.baselineTable = choice_->table;
+        }
         if (table_.cases.empty()) RefuseWithoutCases();
         RefuseSecondReading();
         return arguments_.isLong ? RunLong() : RunOneByOne();
@@ -149,7 +153,7 @@ private:
     }
     LoadedModel Loaded() const
     {
-        return {table_.model, std::make_shared<Plugin>(table_.document.plugin),
+        return {table_.model, ConfinedPlugin(table_.document, FilesOf(table_)),
                 LoadOptionsOf(table_.document)};
     }
     ExplanationOptions OptionsFor(const LoadedModel& model, const ScoringOptions& options) const
@@ -162,11 +166,10 @@ private:
 
     int RunLong()
     {
-        ScoreArguments table = table_;
-        table.explains =
+        table_.explains =
             fmt::format("top {}, baseline {}", arguments_.top.value_or(-1), arguments_.baseline);
-        ScoringOptions options = OptionsOf(table);
-        return RunTable(table, std::move(options), console_,
+        ScoringOptions options = OptionsOf(table_);
+        return RunTable(table_, std::move(options), console_,
                         [this](const LoadedModel& model, ScoringOptions& completed) {
                             completed.explanations = OptionsFor(model, completed);
                         });
@@ -221,7 +224,7 @@ private:
     int Digits() const { return table_.digits == 0 ? kDigitsOfText : table_.digits; }
 
     const ExplainArguments& arguments_;
-    const ScoreArguments& table_;
+    ScoreArguments table_;
     Console& console_;
     std::optional<BaselineChoice> choice_;
     int64_t cases_ = 0;

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
+#include "cli/confinement.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/outputguard.h"
@@ -71,7 +72,8 @@ int TableRun::Run(const CompleteOptions& complete)
     if (arguments_.outputColumns == "document") load.output = OutputColumns::Document;
     const bool canResume = CanResume(tables);
     load.digest = canResume || !arguments_.summary.empty();
-    model_.emplace(arguments_.model, std::make_shared<Plugin>(arguments_.document.plugin), load);
+    const auto plugin = ConfinedPlugin(arguments_.document, FilesOf(arguments_));
+    model_.emplace(arguments_.model, plugin, load);
     PrepareModel(arguments_, *model_, options_);
     if (complete) complete(*model_, options_);
 

@@ -322,6 +322,16 @@ std::vector<std::string> TablesOf(const ScoreArguments& arguments)
     return arguments.cases;
 }
 
+NeededFiles FilesOf(const ScoreArguments& arguments)
+{
+    NeededFiles files{{arguments.model, arguments.baselineTable}, {arguments.output}};
+    files.read.insert(files.read.end(), arguments.cases.begin(), arguments.cases.end());
+    for (const std::string& file : {arguments.rejects, arguments.summary}) {
+        if (!file.empty()) files.written.push_back(file);
+    }
+    return files;
+}
+
 void RefuseModelBeside(const ScoreArguments& arguments, const std::vector<std::string>& tables)
 {
     if (arguments.model != "-" || std::find(tables.begin(), tables.end(), "-") == tables.end()) {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/confinement.h"
 #include "engine/scoring/scoringsession.h"
 
 namespace MCVelscore_850 {
@@ -20,6 +21,9 @@ std::vector<std::string> TablesOf(const ScoreArguments& arguments);
 
 /// The model and one of the tables can't both be standard input.
 void RefuseModelBeside(const ScoreArguments& arguments, const std::vector<std::string>& tables);
+
+/// What the run reads and writes.
+NeededFiles FilesOf(const ScoreArguments& arguments);
 
 /// The number that --level asks for, above 0 and below 1.
 double LevelOf(const std::string& text);
