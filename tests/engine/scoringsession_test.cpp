@@ -116,10 +116,12 @@ protected:
             if (options.rejects) rejects.emplace(rejected);
             RowWriter* const second = rejects ? &*rejects : nullptr;
             try {
-                // Blocks so small are done before further threads wake, unless the writing waits.
+                // Blocks so small are done before further threads wake, unless the writing waits: longer on
+                // a busy machine, until there was a second thread.
                 const auto wait = [&](uint64_t, int64_t) {
                     writers_.insert(std::this_thread::get_id());
-                    std::this_thread::sleep_for(std::chrono::microseconds(100));
+                    std::this_thread::sleep_for(
+                        std::chrono::microseconds(writers_.size() > 1 ? 100 : 20000));
                 };
                 if (options.threads > 1) session->OnProgress(wait);
                 session->Run(writer, second);
