@@ -116,8 +116,8 @@ protected:
             if (options.rejects) rejects.emplace(rejected);
             RowWriter* const second = rejects ? &*rejects : nullptr;
             try {
-                // Blocks so small are done before further threads wake, unless the writing waits: longer on
-                // a busy machine, until there was a second thread.
+                // Blocks so small are done before further threads wake, unless the writing waits:
+                // longer on a busy machine, until there was a second thread.
                 const auto wait = [&](uint64_t, int64_t) {
                     writers_.insert(std::this_thread::get_id());
                     std::this_thread::sleep_for(
