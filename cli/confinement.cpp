@@ -129,7 +129,9 @@ void ConfineFiles(const NeededFiles& files)
     const FileRules rules;
     if (!rules.Exist()) return;
     for (const char* path : kSystemFiles) rules.Allow(path, kRead);
-    for (const std::string& path : files.read) rules.Allow(path, kRead);
+    for (const std::string& path : files.read) {
+        if (!path.empty()) rules.Allow(path, kRead);
+    }
     for (const std::string& path : files.written) {
         if (path != "-") AllowOutput(rules, path);
     }

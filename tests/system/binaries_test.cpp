@@ -1,4 +1,5 @@
-// How the command and the libraries are compiled and linked: what a defect of memory could make use of.
+// How the command and the libraries are compiled and linked: what a defect of memory could make use
+// of.
 
 #include <sstream>
 
@@ -59,10 +60,17 @@ TEST_P(Binaries, EndWhereTheStackWasWrittenOver)
     EXPECT_NE(Lines("--dyn-syms", "__stack_chk_fail"), "");
 }
 
-TEST_P(Binaries, CallTheCheckedFunctionsOfTheCLibrary)
+// The plug-in's libraries have no call with a buffer to check.
+class BinariesWithBuffers : public Binaries {};
+
+TEST_P(BinariesWithBuffers, CallTheCheckedFunctionsOfTheCLibrary)
 {
     EXPECT_NE(Lines("--dyn-syms", "_chk@GLIBC"), "");
 }
+
+INSTANTIATE_TEST_SUITE_P(Of, BinariesWithBuffers,
+                         testing::Values("bin/velscore", "lib/libvelscore.so"),
+                         [](const auto& each) { return "Number" + std::to_string(each.index); });
 
 #ifdef __x86_64__
 // The instruction that a jump has to land on.

@@ -99,19 +99,23 @@ bool IsRegarded(const char* path)
     return length > 0 && std::strncmp(path, folder, length) == 0 && path[length] == '/';
 }
 
-// By the kernel alone, since open() and write() are ours here.
-void Log(Call call, const char* path, bool fails)
+// The log, or a negative number. By the kernel alone, since open() and write() are ours here; and
+// as the program begins, since it soon opens its own files alone.
+long OpenLog()
 {
     const char* log = std::getenv("VELSCORE_FAULTS_LOG");
-    if (log == nullptr) return;
+    if (log == nullptr) return -1;
+    return ::syscall(SYS_openat, AT_FDCWD, log, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+}
+const long logFile = OpenLog();
+
+void Log(Call call, const char* path, bool fails)
+{
+    if (logFile < 0) return;
     char line[PATH_MAX + 64];
     const int size =
         std::snprintf(line, sizeof line, "%s %s%s\n", kNames[call], path, fails ? " FAILED" : "");
-    const long file =
-        ::syscall(SYS_openat, AT_FDCWD, log, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
-    if (file < 0) return;
-    ::syscall(SYS_write, file, line, size);
-    ::syscall(SYS_close, file);
+    ::syscall(SYS_write, logFile, line, size);
 }
 
 // What the call that fails answers; 0 for a short count.
@@ -225,16 +229,17 @@ MOVING(pwrite, kWrite, (int file, const void* buffer, size_t size, off_t place),
 MOVING(pwrite64, kWrite, (int file, const void* buffer, size_t size, off64_t place), place)
 
 // The mode stands there only where a file may be made; nobody else looks at it.
-#define OPENING(name)                                        \
-    extern "C" int name(const char* path, int flags, ...)    \
-    {                                                        \
-        static auto* const next = Next<OpenFunction>(#name); \
-        va_list rest;                                        \
-        va_start(rest, flags);                               \
-        const auto mode = va_arg(rest, mode_t);              \
-        va_end(rest);                                        \
-        if (PathFails(kOpen, path)) return FailedCall();     \
-        return next(path, flags, mode);                      \
+#define OPENING(name)                                                             \
+    extern "C" int name(const char* path, int flags, ...)                         \
+    {                                                                             \
+        static auto* const next = Next<OpenFunction>(#name);                      \
+        va_list rest;                                                             \
+        va_start(rest, flags);                                                    \
+        const auto mode = va_arg(rest, mode_t);                                   \
+        va_end(rest);                                                             \
+        /* What only names a file asks nothing of it. */                          \
+        if ((flags & O_PATH) == 0 && PathFails(kOpen, path)) return FailedCall(); \
+        return next(path, flags, mode);                                           \
     }
 using OpenFunction = int(const char*, int, ...);
 OPENING(open)
