@@ -8,11 +8,14 @@
 
 namespace MCVelscore_850 {
 
-void CallStack::Take() { count_ = ::backtrace(frames_.data(), static_cast<int>(frames_.size())); }
+void CallStack::Take()
+{
+    count_ = static_cast<size_t>(::backtrace(frames_.data(), static_cast<int>(frames_.size())));
+}
 
 bool CallStack::Has(const char* function) const
 {
-    for (int frame = 0; frame < count_; ++frame) {
+    for (size_t frame = 0; frame < count_; ++frame) {
         Dl_info place{};
         if (::dladdr(frames_[frame], &place) != 0 && place.dli_sname != nullptr &&
             std::strstr(place.dli_sname, function) != nullptr) {
@@ -24,7 +27,7 @@ bool CallStack::Has(const char* function) const
 
 void CallStack::Print() const
 {
-    for (int frame = 0; frame < count_; ++frame) {
+    for (size_t frame = 0; frame < count_; ++frame) {
         Dl_info place{};
         if (::dladdr(frames_[frame], &place) == 0 || place.dli_fname == nullptr) continue;
         const auto offset =

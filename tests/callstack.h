@@ -2,6 +2,7 @@
 #define VELSCORE_TESTS_CALLSTACK_H
 
 #include <array>
+#include <cstddef>
 
 namespace MCVelscore_850 {
 
@@ -17,7 +18,7 @@ public:
 
 private:
     std::array<void*, 32> frames_{};
-    int count_ = 0;
+    size_t count_ = 0;
 };
 
 }  // namespace MCVelscore_850
