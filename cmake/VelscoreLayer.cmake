@@ -35,11 +35,6 @@ function(velscore_show name scope)
     file(MAKE_DIRECTORY ${root}/${above})
     file(CREATE_LINK ${PROJECT_SOURCE_DIR}/${path} ${root}/${path} SYMBOLIC)
     target_include_directories(${name} ${scope} $<BUILD_INTERFACE:${root}>)
-    # Coverage counts a line for its file, by whatever link that was found.
-    if(CMAKE_CXX_FLAGS MATCHES "--coverage")
-      target_compile_options(${name} ${scope}
-        $<BUILD_INTERFACE:-fprofile-prefix-map=${root}/=${PROJECT_SOURCE_DIR}/>)
-    endif()
   endforeach()
 endfunction()
 

@@ -16,6 +16,8 @@
 #   soak       1,000,000,000 rows (VELSCORE_SOAK_ROWS) for a slow reader, and 1,000 openings of each case
 #              document, in bounded memory
 #   kills      200 runs ended by signals, full disks and closed pipes, at random moments, and gone on with
+#   coverage   the lines and branches that the tests reach (scripts/coverage.sh)
+#   mutants    1,200 small faults put into the sources, and whether a test notices (scripts/mutate.sh)
 #   reference  doxygen over the headers that are installed
 #   tidy       clang-tidy over every source
 #   cases      the R models of tests/data/cases fitted and written anew, and compared with what is kept
@@ -154,6 +156,10 @@ stage_soak() {
     return $ended
 }
 
+stage_coverage() { scripts/coverage.sh; }
+
+stage_mutants() { scripts/mutate.sh --jobs "$(nproc)"; }
+
 stage_tidy() { scripts/lint.sh --all; }
 
 stage_cases() (
@@ -222,7 +228,7 @@ stage_root() (
             /opt/velscore/bin/velscore score "$examples/model.pmml" "$examples/cases.csv"'
 )
 
-stages=(clang equality threads leaks wheel duckdb recipes faults soak kills reference tidy cases packages root)
+stages=(clang equality threads leaks wheel duckdb recipes faults soak kills coverage mutants reference tidy cases packages root)
 [ $# -gt 0 ] || set -- "${stages[@]}"
 failed=()
 for stage in "$@"; do

@@ -246,6 +246,7 @@ TEST(CLRModelSetup, TakesTheFirstCategoryAndAMadeUpOne)
     EXPECT_EQ(built.model.GetModelType(), 2);
     EXPECT_EQ(built.model.GetCategoryVector(),
               (RegressionModel::NameVector{{"CLRdummy", 1}, {"e", 0}}));
+    EXPECT_EQ(built.model.GetDummyCategory(), "CLRdummy");
     EXPECT_NE(built.model.GetPCovMatrix(), nullptr);
     EXPECT_TRUE(built.model.GetNumericPPMatrix().empty());
 }

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "host/messages/scoringlog.h"
+#include "host/model/modeltables.h"
 #include "host/values/datetimevalue.h"
 #include "models/coxregresult.h"
 #include "models/lrresult.h"
@@ -422,6 +423,23 @@ TEST(CoxRegModel, NumericStratumIsComparedAsANumberWithTheFirstThatReadsSo)
     EXPECT_EQ(baselineOf(3.0), -1.0);
     EXPECT_EQ(baselineOf(kNaN), -1.0);
     EXPECT_EQ(baselineOf(kSysmis), -1.0);  // a missing number is no stratum without a number
+}
+
+// A date's text is its plain number.
+TEST(CoxRegModel, StratumThatIsADateIsFoundByItsText)
+{
+    Small small(true);
+    DictVarType type;
+    type.name = "d";
+    type.valueType = ScoreDictVar::DATETIME;
+    small.Plain(std::make_unique<DictVar>(type));
+    small.model.SetCumHazardTable({{{1.0, 0.5}}, {{1.0, 0.6}}}, {"10", "11"}, "d");
+    small.model.SetMinMaxTime({1, 1}, {9, 9});
+    Slot slot;
+    Case c = Row("a", 2.0, 3.0);
+    c.With("d", std::unique_ptr<ScoreValue>(std::make_unique<DateTimeValue>(11.0)));
+    ASSERT_TRUE(small.Ready().GetScore(&c.Record(), slot.result, true).IsOK());
+    ExpectScore(slot, 1.0, 0.6, "the second");
 }
 
 TEST(CoxRegModel, OfTwoStrataOfOneTextTheFirstCounts)
@@ -1054,6 +1072,33 @@ TEST(CoxRegModel, CurveFailsAsAScoreDoes)
     EXPECT_EQ(model.CurveRow(*model.MakeState(), &unknown.Record(), true, curve).GetErrorCode(),
               90029);
     EXPECT_TRUE(curve.empty());
+    Small lost(true);
+    lost.model.SetCumHazardTable({Small::kTable}, {"north"}, "nowhere");
+    Case c;
+    c.With("f", "b").With("x", 2.0).With("nowhere", "north");
+    EXPECT_EQ(
+        lost.Ready().CurveRow(*lost.model.MakeState(), &c.Record(), true, curve).GetErrorCode(),
+        90029);
+    EXPECT_TRUE(curve.empty());
+}
+
+TEST(CoxRegModel, TabulatesBaselinesByStratumAndCovariances)
+{
+    Small small(true);
+    CoxRegModel& model = small.Ready();
+    ModelTables tables;
+    model.Tabulate(tables);
+    ASSERT_EQ(tables.baselines.size(), 2U);
+    EXPECT_EQ(tables.baselines[0].times, (std::vector<double>{1, 4, 9}));
+    EXPECT_EQ(tables.baselines[0].hazards, (std::vector<double>{0.1, 0.3, 0.7}));
+    EXPECT_EQ(tables.baselines[1].times, std::vector<double>{2.0});
+    EXPECT_TRUE(tables.covariances.empty());
+    PCovMatrix& v = *model.CreatePCovMatrix();
+    v.SetCell("pf", "px", 0.5);
+    v.SetCell("px", "px", 2.0);
+    model.Tabulate(tables);
+    EXPECT_EQ(tables.baselines.size(), 2U);
+    EXPECT_EQ(tables.covariances, (std::vector<std::vector<double>>{{0.0, 0.5}, {0.5, 2.0}}));
 }
 
 TEST(CoxRegModel, CurveHasNoNumberBeyondTheLargestTime)
@@ -1171,6 +1216,65 @@ TEST(CoxRegModel, ErrorOfTheLinearPredictorIsTakenFromTheBasePoint)
     // d - r = (0.5, 3): 0.25 * 4 + 9 + 2 * 1.5 * 0.5; and (-0.5, 8): 1 + 64 - 2 * 4 * 0.5
     EXPECT_EQ(LinearPredictorError(model, Row("b", 2.0, 5)), std::sqrt(11.5));
     EXPECT_EQ(LinearPredictorError(model, Row("a", 3.0, 5)), std::sqrt(61.0));
+}
+
+// exp(lp) is the risk; half of the cases survive until the cumulative hazard reaches log 2 = 0.693.
+TEST(CoxRegModel, AnswersRiskMedianAndSurvivalAtTheTimesThatAreAsked)
+{
+    struct Question {
+        const char* f;
+        double x;
+        double lp;
+        double median;
+    };
+    // Hazards 0.1, 0.3, 0.7 at 1, 4, 9: 0.7 alone is enough, 0.3 exp(1.5) = 1.34 too.
+    const Question rows[] = {{"a", 0.0, 0.0, 9.0}, {"b", 2.0, 1.5, 4.0}, {"a", 4.0, 4.0, 1.0}};
+    Small small;
+    const CoxRegModel& model = small.Ready();
+    for (const Question& row : rows) {
+        const auto state = model.MakeState();
+        state->survivalAsked = {.risk = true, .median = true, .times = {0.5, 4.0, 13.0}};
+        Slot slot;
+        Case c = Row(row.f, row.x, 5);
+        ASSERT_TRUE(model.ScoreRow(*state, &c.Record(), slot.result, true).IsOK());
+        EXPECT_EQ(state->survival.risk, std::exp(row.lp));
+        EXPECT_EQ(state->survival.median, row.median) << row.lp;
+        ASSERT_EQ(state->survival.survivals.size(), 3U);
+        EXPECT_EQ(state->survival.survivals[0], 1.0);
+        EXPECT_EQ(state->survival.survivals[1], 1.0 / std::exp(std::exp(row.lp) * 0.3));
+        EXPECT_EQ(state->survival.survivals[2], kSysmis);  // beyond the largest time
+        ExpectScore(slot, row.lp, 0.3, row.f);
+    }
+}
+
+TEST(CoxRegModel, MoreThanHalfMayOutliveTheBaseline)
+{
+    Small small;
+    const CoxRegModel& model = small.Ready();
+    small.model.SetBasePointTable({1.0, 0.0});
+    const auto state = model.MakeState();
+    state->survivalAsked = {.median = true};
+    Slot slot;
+    // exp(-0.5) 0.7 = 0.42 at the end
+    ASSERT_TRUE(model.ScoreRow(*state, &Row("a", 0.0, 5).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(state->survival.median, kSysmis);
+}
+
+// Without the end time's result a case needs no end time.
+TEST(CoxRegModel, AnswersWithoutAnEndTimeWhereNobodyWantsItsResult)
+{
+    Small small(true);
+    const CoxRegModel& model = small.Ready();
+    const auto state = model.MakeState();
+    state->survivalAsked = {.median = true, .times = {2.5}, .endTime = false};
+    Slot slot;
+    Case c;
+    c.With("f", "b").With("x", 2.0).With("s", "south");
+    ASSERT_TRUE(model.ScoreRow(*state, &c.Record(), slot.result, true).IsOK());
+    EXPECT_EQ(state->survival.median, 2.0);  // the only time of the south, with a hazard of 1
+    EXPECT_EQ(state->survival.survivals, std::vector<double>{1.0 / std::exp(std::exp(1.5))});
+    EXPECT_EQ(slot.Number(), kSysmis);
+    EXPECT_EQ(slot.As<CoxRegResult>().GetCumHazardValue(), kSysmis);
 }
 
 }  // namespace

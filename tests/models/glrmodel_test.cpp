@@ -75,6 +75,14 @@ TEST(GLRModel, StandardErrorTakesTheDesignRow)
     EXPECT_EQ(r.GetStdDev(), std::sqrt(5.0));
 }
 
+// Two-sided 95% quantiles of Student's t, to the digits in which they are published.
+TEST(GLRModel, T05IsTheQuantileOfStudentsT)
+{
+    EXPECT_EQ(GLRModel::t05(5.0), 2.570581835615);
+    EXPECT_NEAR(GLRModel::t05(30.0), 2.0422724563, 1e-6);
+    EXPECT_EQ(GLRModel::t05(0.0), kSysmis);
+}
+
 TEST(GLRModel, CovarianceOfZeroAddsNothingToTheVarianceOfAnInfiniteDesignValue)
 {
     Small small;

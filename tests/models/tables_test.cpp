@@ -37,6 +37,19 @@ TEST_F(Tables, ParamCellIsWrittenByNamesAndReadByIndexes)
     EXPECT_EQ(Params().GetCell(0, 1)->GetBeta(), 2.5);
 }
 
+// Whoever only looks at a model has the same tables.
+TEST_F(Tables, AreTheSameOfAModelThatIsOnlyRead)
+{
+    built.Cell("a", "x", "2");
+    const GLRModel& model = built.model;
+    EXPECT_EQ(model.GetPPCMatrix(), &Cells());
+    ASSERT_EQ(model.GetNumericPPMatrix().size(), 2U);
+    EXPECT_EQ(model.GetNumericPPMatrix().at(1), std::vector<double>{2.0});
+    EXPECT_EQ(model.GetPCovMatrix(), nullptr);
+    const PCovMatrix* covariances = built.model.CreatePCovMatrix();
+    EXPECT_EQ(model.GetPCovMatrix(), covariances);
+}
+
 TEST_F(Tables, UnknownNamesWriteNothing)
 {
     EXPECT_FALSE(Params().SetCell("GLRdummy", "c", ParamTableCell(1.0, 1)));

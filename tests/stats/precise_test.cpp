@@ -81,12 +81,16 @@ TEST(Precise, BinomialQuantileIsTheUsualOne)
     EXPECT_EQ(P::IdfBin(0.5, 5.0, 0.5), 2.0);  // P(X <= 2) is exactly one half
     EXPECT_EQ(P::IdfBin(0.0, 5.0, 0.5), 0.0);
     EXPECT_EQ(P::IdfBin(1.0, 5.0, 0.5), 5.0);
+    EXPECT_EQ(P::IdfBin(0.5, 5.0, 0.0), 0.0);
+    EXPECT_EQ(P::IdfBin(0.5, 5.0, 1.0), 5.0);
 }
 
 TEST(Precise, ProbabilitiesOutsideTheSupportAreZero)
 {
     EXPECT_EQ(P::PdfHyper(-1.0, 20.0, 7.0, 3.0), 0.0);
     EXPECT_EQ(P::PdfHyper(4.0, 20.0, 7.0, 3.0), 0.0);
+    EXPECT_EQ(P::PdfHyper(1.5, 20.0, 7.0, 3.0), 0.0);
+    EXPECT_EQ(P::PdfHyper(4.0, 20.0, 17.0, 8.0), 0.0);  // 3 of 20 fail, so 5 succeed at least
     EXPECT_EQ(P::PdfBin(6.0, 5.0, 0.5), 0.0);
     EXPECT_EQ(P::CDFHyper(-0.5, 20.0, 7.0, 3.0), 0.0);
     EXPECT_EQ(P::CDFHyper(3.0, 20.0, 7.0, 3.0), 1.0);
@@ -141,8 +145,17 @@ TEST(Precise, ArgumentsOutsideTheDomainGiveNaNAndDoNotThrow)
     EXPECT_TRUE(std::isnan(P::LogBinomial(3.0, 5.0)));
     EXPECT_TRUE(std::isnan(P::CdfBin(1.0, 5.5, 0.5)));
     EXPECT_TRUE(std::isnan(P::PdfBin(1.0, 5.0, 1.5)));
+    EXPECT_TRUE(std::isnan(P::CdfBin(1.0, kInf, 0.5)));
+    EXPECT_TRUE(std::isnan(P::CdfBin(1.0, 5.0, 1.5)));
     EXPECT_TRUE(std::isnan(P::IdfBin(0.5, 5.5, 0.5)));
+    EXPECT_TRUE(std::isnan(P::IdfBin(0.5, 5.0, -0.5)));
+    EXPECT_TRUE(std::isnan(P::IdfBin(0.5, 5.0, 1.5)));
+    EXPECT_TRUE(std::isnan(P::IdfBin(-0.5, 5.0, 0.5)));
+    EXPECT_TRUE(std::isnan(P::IdfBin(1.5, 5.0, 0.5)));
     EXPECT_TRUE(std::isnan(P::CDFHyper(1.0, 20.0, 7.5, 3.0)));
+    EXPECT_TRUE(std::isnan(P::CDFHyper(1.0, 20.0, 21.0, 3.0)));
+    EXPECT_TRUE(std::isnan(P::CDFHyper(1.0, 20.0, 7.0, 21.0)));
+    EXPECT_TRUE(std::isnan(P::CDFHyper(1.0, 20.0, 7.0, 0.0)));
     EXPECT_TRUE(std::isnan(P::CDFHyper(1.0, 1e10, 7.0, 3.0)));  // Boost counts in 32 bits
     EXPECT_TRUE(std::isnan(P::NonCentralCdfBeta(0.5, 2.0, 3.0, -1.0)));
     EXPECT_TRUE(std::isnan(P::NonCentralCdfF(0.5, 2.0, 3.0, -1.0)));
@@ -150,6 +163,10 @@ TEST(Precise, ArgumentsOutsideTheDomainGiveNaNAndDoNotThrow)
     EXPECT_TRUE(std::isnan(P::NonCentralCdfT(0.5, -2.0, 1.0)));
     EXPECT_TRUE(std::isnan(P::FindNCParamChi(4.0, 3.0, 1.5)));
     EXPECT_TRUE(std::isnan(P::FindNCParamT(-1.0, 5.0, 0.5)));
+    EXPECT_TRUE(std::isnan(P::FindNCParamT(kInf, 5.0, 0.5)));
+    EXPECT_TRUE(std::isnan(P::FindNCParamT(1.0, 0.0, 0.5)));
+    EXPECT_TRUE(std::isnan(P::FindNCParamT(1.0, 5.0, 0.0)));
+    EXPECT_TRUE(std::isnan(P::FindNCParamT(1.0, 5.0, 1.0)));
 }
 
 TEST(Precise, InfinitiesAreTakenWhereTheyHaveALimit)

@@ -1,13 +1,15 @@
-"""Means of the generalized linear model's links, for tests/models/gzlrlinks_test.cpp.
+"""Means of the generalized linear model's links and their derivatives by eta, for
+tests/models/gzlrlinks_test.cpp and tests/kernels/links_test.cpp.
 
     python3 links.py > links.csv
 
 Every mean comes from the link's own definition by mpmath with 50 digits, at numbers that are
 doubles exactly, and is written with 17 digits. Only points with a mean in the link's range are
-written.
+written. The derivative is mpmath's own, of differences; it takes
+800 digits, since a mean may lie by some e-304 below 1.
 """
 
-from mpmath import mp, mpf, exp, ncdf, power
+from mpmath import mp, mpf, diff, exp, ncdf, power, workdps
 
 mp.dps = 50
 
@@ -50,7 +52,9 @@ LINKS = [
     (9, 0, [-30, -12, -5, -2.5, -1, -0.375, 0, 0.375, 1, 2.5, 5, 8], lambda eta, k: ncdf(eta)),
 ]
 
-print("link,k,eta,mean")
+print("link,k,eta,mean,derivative")
 for link, k, points, mean in LINKS:
     for eta in points:
-        print(f"{link},{k},{eta},{mp.nstr(mean(mpf(eta), mpf(k)), 17)}")
+        with workdps(800):
+            slope = diff(lambda x: mean(x, mpf(k)), mpf(eta))
+        print(f"{link},{k},{eta},{mp.nstr(mean(mpf(eta), mpf(k)), 17)},{mp.nstr(slope, 17)}")
