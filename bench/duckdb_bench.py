@@ -8,9 +8,9 @@
 
     bench/duckdb_bench.py build/release/lib/velscore.duckdb_extension [ROWS]
 
-Runs with any Python that has duckdb, build/duckdb-tests/2.0.0/bin/python of scripts/test-duckdb.sh among
-them. Rounds of all queries alternate, and medians are told, since neighbours use the machine. Of a machine that others use, CPU time is the figure to
-keep: what both threads would reach if they had a processor each.
+Runs with any Python that has duckdb; scripts/test-duckdb.sh makes one, build/duckdb-tests/2.0.0/bin/python.
+Rounds of all queries alternate, and medians are told by the clock and by CPU time: what both threads would
+reach if they had a processor each, which is the figure to keep of a machine that others use.
 """
 import os
 import pathlib

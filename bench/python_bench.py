@@ -15,28 +15,11 @@ import numpy as np
 import pandas as pd
 import polars as pl
 import pyarrow as pa
+from linear_model import NAMES, document
 
 import velscore
 
-NAMES = [f"x{i}" for i in range(10)]
 ROWS = 1_000_000
-
-
-def document() -> bytes:
-    def each(form: str) -> str:
-        return "".join(form.format(i=i) for i in range(10))
-
-    return f"""<PMML version="4.4"><Header/><DataDictionary>
-      {each('<DataField name="x{i}" optype="continuous" dataType="double"/>')}
-      <DataField name="y" optype="continuous" dataType="double"/></DataDictionary>
-    <GeneralRegressionModel modelType="regression" functionName="regression" modelDF="100"><MiningSchema>
-      {each('<MiningField name="x{i}"/>')}<MiningField name="y" usageType="target"/></MiningSchema>
-      <ParameterList>{each('<Parameter name="p{i}"/>')}<Parameter name="p10"/></ParameterList>
-      <FactorList/><CovariateList>{each('<Predictor name="x{i}"/>')}</CovariateList>
-      <PPMatrix>{each('<PPCell value="1" predictorName="x{i}" parameterName="p{i}"/>')}</PPMatrix>
-      <ParamMatrix>{each('<PCell parameterName="p{i}" beta="{i}.5" df="1"/>')}
-        <PCell parameterName="p10" beta="1" df="1"/></ParamMatrix>
-    </GeneralRegressionModel></PMML>""".encode()
 
 
 def seconds(function, clock, times: int) -> float:
@@ -70,6 +53,8 @@ def main() -> None:
     row = [float(a[0]) for a in arrays.values()]
     one = tables["Polars"].head(1)
     print(f"bound, one row   {seconds(lambda: score(*row), time.perf_counter, 5000) * 1e6:6.1f} us")
+    named = [dict(zip(NAMES, row))]
+    print(f"dict, one row    {seconds(lambda: model.predict(named), time.perf_counter, 5000) * 1e6:6.1f} us")
     print(f"Polars, one row  {seconds(lambda: model.predict(one), time.perf_counter, 2000) * 1e6:6.1f} us")
 
     program = "import time; t = time.process_time(); import velscore; print(time.process_time() - t)"

@@ -42,6 +42,8 @@ public:
         }
     }
 
+    void BeginTable() { scorer_.BeginTable(); }
+
     size_t ColumnCount() const { return names_.size(); }
     size_t ResultCount() const { return positions_.size(); }
     const char* ResultName(size_t index) const
@@ -235,6 +237,13 @@ int velscore_bind_names(const velscore_model* model, const velscore_score_option
 }
 
 void velscore_unbind(velscore_binding* binding) { delete binding; }
+
+void velscore_begin_table(velscore_binding* binding)
+{
+    if (binding == nullptr) return;
+    if (binding->arrow != nullptr) binding->arrow->BeginAnew();
+    if (binding->named != nullptr) binding->named->BeginTable();
+}
 
 int velscore_binding_schema(const velscore_binding* binding, ArrowSchema* out,
                             velscore_error* error)

@@ -168,8 +168,7 @@ void CopyKnown(const void* given, size_t size, const char* name, size_t first, s
         throw Failure(FailureKind::Usage, kStructSize,
                       {name, std::to_string(size), std::to_string(known)});
     };
-    constexpr size_t kMost = 4096;  // no structure comes near
-    if (size < first || size > kMost) refuse();
+    if (size < first || size > kMostStructSize) refuse();
     if (size > known && std::any_of(bytes + known, bytes + size, [](auto b) { return b != 0; })) {
         refuse();
     }

@@ -34,6 +34,9 @@ T& Given(T* argument, const char* name)
 /// Throws Failure (kNullArgument).
 std::vector<std::string> TextsOf(const char* const* texts, size_t count, const char* name);
 
+/// No structure comes near that size.
+inline constexpr size_t kMostStructSize = 4096;
+
 /// What a structure that begins with its size holds, as this library knows it: the defaults where
 /// it is null, and for what an older one lacks. Throws Failure (kStructSize) for a size below that
 /// of the first version, and for members that only a newer library knows.

@@ -132,8 +132,9 @@ Request RequestOf(const velscore_model& model, const velscore_score_options* opt
 
 Request CurveRequestOf(const velscore_model& model, const velscore_score_options* options)
 {
+    const velscore_score_options known = KnownOf(options);
     Request request;
-    request.scoring = TableOf(KnownOf(options));
+    request.scoring = TableOf(known);
     TableOptions& table = request.scoring.table;
     table.curves = true;
     model.With({}, [&](const LoadedModel& loaded) {
@@ -141,6 +142,7 @@ Request CurveRequestOf(const velscore_model& model, const velscore_score_options
         if (!CurveShaper::Suits(about)) {
             throw Failure(FailureKind::Usage, kNoCurves, {loaded.File(), about.family});
         }
+        request.settings.policy = PolicyOf(known.policy, about);
         // What is told of the end time isn't heeded: a table for scores serves curves too.
         const auto read = loaded.ColumnsOf(CurveShaper::Needs(about));
         for (const std::string& name : loaded.Columns()) {
@@ -155,6 +157,7 @@ Request ExplainRequestOf(const velscore_model& model, const velscore_score_optio
     const velscore_score_options known = KnownOf(options);
     Request request;
     request.scoring = TableOf(known);
+    if (known.top != nullptr) request.explanations.top = *known.top;
     model.With({}, [&](const LoadedModel& loaded) {
         request.settings.policy = PolicyOf(known.policy, loaded.Description());
     });

@@ -4,6 +4,7 @@
 #include "capi/include/velscore.h"
 #include "capi/model.h"
 #include "engine/scoring/arrowscorer.h"
+#include "engine/scoring/explanationlines.h"
 #include "engine/scoring/tablescan.h"
 
 namespace MCVelscore_850::capi {
@@ -12,6 +13,7 @@ namespace MCVelscore_850::capi {
 struct Request {
     Settings settings{};
     ArrowOptions scoring{};
+    ExplanationOptions explanations{};  ///< without a baseline
 };
 
 /// Throws Failure of kind Usage: kStructSize, kNullArgument, kOptionValue for what can't be or
@@ -19,7 +21,7 @@ struct Request {
 Request RequestOf(const velscore_model& model, const velscore_score_options* options);
 /// The same for curves; throws kNoCurves for a model that has none.
 Request CurveRequestOf(const velscore_model& model, const velscore_score_options* options);
-/// The same for explanations.
+/// The same for explanations; the baseline is GivenBaseline's.
 Request ExplainRequestOf(const velscore_model& model, const velscore_score_options* options);
 
 struct ScanRequest {

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "capi/baseline.h"
 #include "capi/calls.h"
 #include "capi/options.h"
 #include "capi/streams.h"
@@ -14,9 +15,11 @@ using namespace MCVelscore_850::capi;
 
 namespace {
 
-// Rows that a table of results has at most: its columns stay in the cache of a processor, and their
-// memory is used again.
-constexpr int64_t kMostRows = int64_t{1} << 16;
+// Rows that a table of scores has at most: its columns stay in the cache of one processor, and
+// their memory is used again.
+constexpr int64_t kMostRows = int64_t{1} << 14;
+// The same of the lines of curves and explanations, of which a row has many.
+constexpr int64_t kMostLines = int64_t{1} << 16;
 
 // A stream of tables through whatever takes one after the other in parts.
 template <class Taker>
@@ -90,13 +93,13 @@ private:
     }
 };
 
-// So many rows that their lines, at most so many a row, stay of a size with a table of scores.
+// Rows that have kMostLines lines, at most so many a row.
 int64_t RowsOfLines(size_t lines)
 {
-    return std::clamp<int64_t>(kMostRows / static_cast<int64_t>(lines), 1, TableScorer::kRows);
+    return std::clamp<int64_t>(kMostLines / static_cast<int64_t>(lines), 1, TableScorer::kRows);
 }
 
-// So many rows that their curves stay of a size with a table of scores.
+// Rows whose curves have so many.
 int64_t RowsOfCurves(const ModelDescription& about)
 {
     size_t most = 1;
@@ -178,12 +181,15 @@ int velscore_explain(const velscore_model* model, const velscore_score_options* 
                      ArrowArrayStream* in, ArrowArrayStream* out, velscore_error* error)
 {
     return Call(error, [&] {
+        GivenBaseline baseline(options);
         GivenStream given(Given(in, "in"));
         ArrowArrayStream& made = Given(out, "out");
-        const Request request = ExplainRequestOf(Given(model, "model"), options);
+        Request request = ExplainRequestOf(Given(model, "model"), options);
+        request.explanations.baseline = baseline.Read(*model, request);
         const ArrowOwner<ArrowSchema> schema = given.Schema();
         auto explanations = model->With(request.settings, [&](const LoadedModel& loaded) {
-            return std::make_unique<ArrowExplanations>(loaded, *schema, request.scoring);
+            return std::make_unique<ArrowExplanations>(loaded, *schema, request.scoring,
+                                                       request.explanations);
         });
         const int64_t most = RowsOfLines(explanations->MostLines());
         ExportStream(

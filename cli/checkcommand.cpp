@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "cli/commands.h"
+#include "cli/confinement.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/findingtext.h"
@@ -98,7 +99,7 @@ std::string ReportText(const Checked& checked)
     return text + LastLine(checked);
 }
 
-nlohmann::ordered_json ReportJson(const Checked& checked)
+JsonValue ReportJson(const Checked& checked)
 {
     return checked.model ? AcceptedJson(checked.file, *checked.model)
                          : RefusedJson(checked.file, *checked.failure);
@@ -114,8 +115,8 @@ int RunCheck(const CheckArguments& arguments, Console& console)
         throw UsageError("standard input (-) can be read once only");
     }
     const LoadOptions options = LoadOptionsOf(arguments.document);
-    const auto plugin = std::make_shared<const Plugin>(arguments.document.plugin);
-    nlohmann::ordered_json report = nlohmann::ordered_json::array();
+    const auto plugin = ConfinedPlugin(arguments.document, {arguments.models, {}});
+    JsonValue report = JsonValue::Array();
     size_t refused = 0;
     size_t doubtful = 0;
     for (const std::string& file : arguments.models) {
@@ -123,7 +124,7 @@ int RunCheck(const CheckArguments& arguments, Console& console)
         refused += checked.model ? 0 : 1;
         doubtful += checked.model && checked.Found().StrictCount() > 0 ? 1 : 0;
         if (arguments.json) {
-            report.push_back(ReportJson(checked));
+            report.Add(ReportJson(checked));
         } else {
             PrintOut(ReportText(checked));
         }

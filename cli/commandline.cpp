@@ -21,9 +21,19 @@ namespace MCVelscore_850 {
 
 namespace {
 
+// What is no command here, though elsewhere: the words, and where what they ask for is.
+constexpr std::pair<const char*, const char*> kElsewhere[] = {
+    {"report",
+     "reports are made by the package for Python. In a clone of velscore: pip install "
+     "'.[report]', then python -m velscore report MODEL [CASES] -o report.html"},
+};
+
 // Throws when the first argument that should name a command doesn't.
 void RefuseUnknownCommand(const CLI::App& app, const std::string& given)
 {
+    for (const auto& [word, where] : kElsewhere) {
+        if (given == word) throw UsageError(where);
+    }
     std::vector<std::string> names;
     for (const CLI::App* command : app.get_subcommands(nullptr)) {
         if (command->get_name() == given) return;

@@ -13,8 +13,17 @@ namespace MCVelscore_850 {
 
 class Console;
 
-/// What was asked of `score`, as text where it still has to be understood.
-struct ScoreArguments {
+/// How tables are written, as text where it still has to be understood.
+struct TableArguments {
+    std::optional<std::string> delimiter;  ///< a comma without it
+    std::string decimal = ".";
+    std::vector<std::string> missingTexts;
+    std::vector<std::string> mappings;
+    bool noHeader = false;
+};
+
+/// What was asked of `score`, likewise.
+struct ScoreArguments : TableArguments {
     std::string model;
     std::vector<std::string> cases;  ///< empty: standard input
     std::string output = "-";
@@ -23,23 +32,18 @@ struct ScoreArguments {
     std::vector<std::string> keep;
     std::vector<std::string> columns;
     std::string outputColumns = "default";
-    std::string nameColumn;                ///< empty: none
-    std::optional<std::string> times;      ///< of `curve`; those of the baselines without it
-    bool wide = false;                     ///< of `curve`
-    std::optional<std::string> delimiter;  ///< a comma without it
-    std::string outDelimiter;              ///< empty: as the input's
-    std::string format;                    ///< empty: by the output's suffix
-    std::string decimal = ".";
-    std::string compress;  ///< empty: by the output's suffix
-    std::vector<std::string> mappings;
-    std::string rejects;  ///< empty: none
+    std::string nameColumn;            ///< empty: none
+    std::optional<std::string> times;  ///< of `curve`; those of the baselines without it
+    bool wide = false;                 ///< of `curve`
+    std::string outDelimiter;          ///< empty: as the input's
+    std::string format;                ///< empty: by the output's suffix
+    std::string compress;              ///< empty: by the output's suffix
+    std::string rejects;               ///< empty: none
     std::optional<int64_t> mostRejects;
     std::string summary;  ///< empty: none
     int digits = 0;       ///< 0: all
-    bool noHeader = false;
     bool progress = false;
     bool resume = false;
-    std::vector<std::string> missingTexts;
     DocumentArguments document;
     bool predictionOnly = false;
     bool strict = false;
@@ -47,6 +51,7 @@ struct ScoreArguments {
     bool partial = false;
     size_t threads = 0;    ///< 0: as many as the machine has for the command
     std::string explains;  ///< what `explain --long` asks for beside; empty for the others
+    std::string baselineTable;  ///< of `explain`; empty: the cases
 };
 
 struct ExplainArguments {
@@ -95,6 +100,7 @@ struct DiffArguments {
     std::string first;
     std::string second;
     std::string cases;  ///< empty: the models alone
+    TableArguments table;
     DocumentArguments document;
     bool json = false;
 };

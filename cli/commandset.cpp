@@ -99,6 +99,26 @@ constexpr const char* kScoringGroup = "Scoring";
 constexpr const char* kBadRowsGroup = "Bad rows";
 constexpr const char* kReportsGroup = "Reports";
 
+// How tables are written; `where` tells what the marks are of.
+void DefineTable(CLI::App* command, TableArguments& table, const std::string& where)
+{
+    AddText(command, "--delimiter", table.delimiter,
+            fmt::format("The character between fields, {}; without it a comma; tab for a tabulator",
+                        where),
+            "C");
+    AddText(command, "--decimal", table.decimal, fmt::format("The decimal mark, {}", where), "C");
+    AddRepeatable(command, "--na", table.missingTexts,
+                  "A text that means missing, beside the empty field and NA; may be given again",
+                  "TEXT");
+    AddRepeatable(command, "--map", table.mappings,
+                  "The column of a field that the tables call otherwise: the model's name first; "
+                  "may be given again, @FILE has one a line",
+                  "NAME=COLUMN|@FILE");
+    command->add_flag("--no-header", table.noHeader,
+                      "The tables have no header: their columns are the model's in the order that "
+                      "inspect lists, or told by number, from 1, with --map");
+}
+
 void DefineInput(CLI::App* command, ScoreArguments& score)
 {
     command->option_defaults()->group(kInputGroup);
@@ -108,22 +128,7 @@ void DefineInput(CLI::App* command, ScoreArguments& score)
                         "The tables of cases, of the same columns: comma-separated values with a "
                         "header, or JSON Lines; plain or compressed by gzip or zstd; - or nothing "
                         "is standard input");
-    AddText(command, "--delimiter", score.delimiter,
-            "The character between fields, in the cases and in the output; without it a comma; tab "
-            "for a tabulator",
-            "C");
-    AddText(command, "--decimal", score.decimal, "The decimal mark, in the cases and in the output",
-            "C");
-    AddRepeatable(command, "--na", score.missingTexts,
-                  "A text that means missing, beside the empty field and NA; may be given again",
-                  "TEXT");
-    AddRepeatable(command, "--map", score.mappings,
-                  "The column of a field that the tables call otherwise: the model's name first; "
-                  "may be given again, @FILE has one a line",
-                  "NAME=COLUMN|@FILE");
-    command->add_flag("--no-header", score.noHeader,
-                      "The tables have no header: their columns are the model's in the order that "
-                      "inspect lists, or told by number, from 1, with --map");
+    DefineTable(command, score, "in the cases and in the output");
 }
 
 void DefineOutput(CLI::App* command, ScoreArguments& score)
@@ -392,6 +397,11 @@ void DefineDiff(CLI::App* command, DiffArguments& diff)
     command->add_option("CASES", diff.cases,
                         "A table of cases, whose scores by both models are compared too");
     command->add_flag("--json", diff.json, "The report as JSON");
+    DefineTable(command, diff.table, "in the cases");
+    command->get_option("--no-header")
+        ->description(
+            "The table has no header: its columns are those of model A in the order that inspect "
+            "lists, or told by number, from 1, with --map");
     AddDocumentOptions(command, diff.document);
     command->footer(
         "Example:\n  velscore diff old.pmml new.pmml cases.csv\n\n"

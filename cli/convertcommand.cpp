@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include "cli/commands.h"
+#include "cli/confinement.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/outputguard.h"
@@ -15,14 +16,14 @@ int RunConvert(const ConvertArguments& arguments, Console& console)
 {
     RefuseOutputOntoDocument(arguments.output, arguments.model);
     const LoadOptions options = LoadOptionsOf(arguments.document);
-    const auto plugin = std::make_shared<const Plugin>(arguments.document.plugin);
+    const auto plugin = ConfinedPlugin(arguments.document, {{arguments.model}, {arguments.output}});
     Document document = LoadDocument(arguments.model);
     const PublishedForm published = ConvertDocument(document, *plugin);
     // Neither the document nor what becomes of it may have a fault.
-    LoadedModel(document, plugin, options);
+    const LoadedModel before(document, plugin, options);
     Document converted =
         LoadDocumentText(published.text, fmt::format("the PMML form of {}", published.file));
-    LoadedModel(converted, plugin, options);
+    const LoadedModel after(converted, plugin, options);
     for (const std::string& note : published.notes) {
         console.Say(fmt::format("{}: {}", published.file, note));
     }

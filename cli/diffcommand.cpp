@@ -1,15 +1,17 @@
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
 #include "cli/commands.h"
+#include "cli/confinement.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
+#include "cli/scoringarguments.h"
 #include "engine/comparison/comparisonjson.h"
 #include "engine/documents/loadedmodel.h"
-#include "engine/tables/tablesource.h"
 
 namespace MCVelscore_850 {
 
@@ -71,19 +73,38 @@ void RefuseStandardInputTwice(const DiffArguments& arguments)
     if (count > 1) throw UsageError("only one input can come from standard input; name the others");
 }
 
+// What says how a table is read, without one.
+void RefuseWithoutCases(const DiffArguments& arguments)
+{
+    if (!arguments.cases.empty()) return;
+    const TableArguments& table = arguments.table;
+    const std::pair<const char*, bool> given[] = {{"--delimiter", table.delimiter.has_value()},
+                                                  {"--decimal", table.decimal != "."},
+                                                  {"--na", !table.missingTexts.empty()},
+                                                  {"--map", !table.mappings.empty()},
+                                                  {"--no-header", table.noHeader}};
+    for (const auto& [name, isGiven] : given) {
+        if (!isGiven) continue;
+        throw UsageError(fmt::format("{} has a meaning with a table of cases alone", name));
+    }
+}
+
 }  // namespace
 
 int RunDiff(const DiffArguments& arguments, Console& console)
 {
     RefuseStandardInputTwice(arguments);
-    const auto plugin = std::make_shared<Plugin>(arguments.document.plugin);
+    const ScoringOptions table = OptionsOf(arguments.table);
+    RefuseWithoutCases(arguments);
+    const auto plugin = ConfinedPlugin(arguments.document,
+                                       {{arguments.first, arguments.second, arguments.cases}, {}});
     const LoadOptions options = LoadOptionsOf(arguments.document);
     const LoadedModel first(arguments.first, plugin, options);
     const LoadedModel second(arguments.second, plugin, options);
     const std::vector<ModelDifference> differences = CompareModels(first, second);
     std::optional<ScoreComparison> scores;
     if (!arguments.cases.empty()) {
-        scores = CompareScores(first, second, *OpenTable(arguments.cases));
+        scores = CompareScores(first, second, arguments.cases, table);
     }
     if (arguments.json) {
         PrintOut(ComparisonJson(first, second, differences, scores));

@@ -6,6 +6,7 @@
 #include <fmt/ranges.h>
 
 #include "cli/commands.h"
+#include "cli/confinement.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/explanationtext.h"
@@ -14,6 +15,7 @@
 #include "cli/tablerun.h"
 #include "engine/documents/loadedmodel.h"
 #include "engine/reports/explanationjson.h"
+#include "engine/scoring/baselinebuilder.h"
 #include "engine/scoring/explainedtables.h"
 #include "engine/scoring/explanationshaper.h"
 #include "engine/tables/outputfile.h"
@@ -63,26 +65,19 @@ std::shared_ptr<const ExplanationBaseline> BaselineOf(const LoadedModel& model,
                                                       const std::vector<std::string>& cases,
                                                       const ScoringOptions& options)
 {
-    auto baseline = std::make_shared<ExplanationBaseline>();
     const std::vector<std::string> tables =
         choice.table.empty() ? cases : std::vector{choice.table};
-    long status = 0;
+    BaselineBuilder builder(choice.row);
     ExplainTables(model, tables, options, [&](const ExplainedCase& each) {
-        if (choice.row != 0 && each.row != choice.row) return true;
-        status = each.status.code;
-        if (each.status.IsOK()) baseline->Add(each.explanation);
-        return choice.row == 0;
+        return builder.Take(each.row, each.status, each.explanation);
     });
-    if (baseline->cases == 0 && choice.row != 0 && status != 0) {
+    if (auto baseline = builder.Make()) return baseline;
+    if (builder.Status() != 0) {
         throw UsageError(fmt::format("--baseline: {} has no score (status {}); name another row",
-                                     choice.Text(), status));
+                                     choice.Text(), builder.Status()));
     }
-    if (baseline->cases == 0) {
-        throw UsageError(fmt::format("--baseline: there is no {}",
-                                     choice.row == 0 ? "case that has a score" : choice.Text()));
-    }
-    baseline->Finish();
-    return baseline;
+    throw UsageError(fmt::format("--baseline: there is no {}",
+                                 choice.row == 0 ? "case that has a score" : choice.Text()));
 }
 
 // What has a meaning for the rows of --long alone, by its name.
@@ -128,7 +123,10 @@ public:
     int Run()
     {
         RefuseTogether(arguments_);
-        if (!arguments_.baseline.empty()) choice_ = ChoiceOf(arguments_.baseline);
+        if (!arguments_.baseline.empty()) {
+            choice_ = ChoiceOf(arguments_.baseline);
+            table_.baselineTable = choice_->table;
+        }
         if (table_.cases.empty()) RefuseWithoutCases();
         RefuseSecondReading();
         return arguments_.isLong ? RunLong() : RunOneByOne();
@@ -155,7 +153,7 @@ private:
     }
     LoadedModel Loaded() const
     {
-        return {table_.model, std::make_shared<Plugin>(table_.document.plugin),
+        return {table_.model, ConfinedPlugin(table_.document, FilesOf(table_)),
                 LoadOptionsOf(table_.document)};
     }
     ExplanationOptions OptionsFor(const LoadedModel& model, const ScoringOptions& options) const
@@ -168,11 +166,10 @@ private:
 
     int RunLong()
     {
-        ScoreArguments table = table_;
-        table.explains =
+        table_.explains =
             fmt::format("top {}, baseline {}", arguments_.top.value_or(-1), arguments_.baseline);
-        ScoringOptions options = OptionsOf(table);
-        return RunTable(table, std::move(options), console_,
+        ScoringOptions options = OptionsOf(table_);
+        return RunTable(table_, std::move(options), console_,
                         [this](const LoadedModel& model, ScoringOptions& completed) {
                             completed.explanations = OptionsFor(model, completed);
                         });
@@ -227,7 +224,7 @@ private:
     int Digits() const { return table_.digits == 0 ? kDigitsOfText : table_.digits; }
 
     const ExplainArguments& arguments_;
-    const ScoreArguments& table_;
+    ScoreArguments table_;
     Console& console_;
     std::optional<BaselineChoice> choice_;
     int64_t cases_ = 0;

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include "cli/commands.h"
+#include "cli/confinement.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/outputguard.h"
@@ -39,11 +40,11 @@ int RunFix(const CheckArguments& arguments, Console& console)
 {
     RefuseUsage(arguments);
     const LoadOptions options = LoadOptionsOf(arguments.document);
-    const auto plugin = std::make_shared<const Plugin>(arguments.document.plugin);
+    const auto plugin = ConfinedPlugin(arguments.document, {arguments.models, {arguments.output}});
     Document document = LoadDocument(arguments.models.front(), {}, {.comments = true});
     const FixedDocument fixed = FixDocument(document);
     // The tree still knows the places of what stands in the file: a fault is told there.
-    LoadedModel(document, plugin, options);
+    const LoadedModel asFound(document, plugin, options);
     const std::string name = arguments.output == "-" ? "standard output" : arguments.output;
     Document reread = LoadDocumentText(fixed.text, name);
     const LoadedModel written(reread, plugin, options);

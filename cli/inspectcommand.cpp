@@ -1,6 +1,7 @@
 #include <sstream>
 
 #include "cli/commands.h"
+#include "cli/confinement.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/modeltext.h"
@@ -47,7 +48,8 @@ void PrintCoefficients(const InspectArguments& arguments, const LoadedModel& mod
 int RunInspect(const InspectArguments& arguments)
 {
     RefuseTogether(arguments);
-    const LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.document.plugin),
+    const LoadedModel model(arguments.model,
+                            ConfinedPlugin(arguments.document, {{arguments.model}, {}}),
                             LoadOptionsOf(arguments.document));
     if (arguments.coefficients) {
         PrintCoefficients(arguments, model);

@@ -1,7 +1,8 @@
 #include "cli/resumenote.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdint>
-#include <fstream>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -21,20 +22,31 @@ using Json = nlohmann::ordered_json;
 
 constexpr uint64_t kHashedBytes = uint64_t{1} << 16;
 
+// The next bytes of a file, fewer at its end.
+std::string NextBytes(InputFile& file, uint64_t size)
+{
+    std::string bytes(static_cast<size_t>(size), '\0');
+    size_t filled = 0;
+    for (size_t read = 1; read > 0 && filled < bytes.size(); filled += read) {
+        read = file.Read(bytes.data() + filled, bytes.size() - filled);
+    }
+    bytes.resize(filled);
+    return bytes;
+}
+
 // What tells a table from another one without reading it whole.
 Json TableJson(const std::string& path)
 {
-    const InputFile file(path);
-    std::ifstream in(path, std::ios::binary);
-    std::string bytes(static_cast<size_t>(std::min(file.Size(), kHashedBytes)), '\0');
-    in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    std::string sums = Sha256Of(bytes);
-    if (file.Size() > kHashedBytes) {
-        in.seekg(-static_cast<std::streamoff>(kHashedBytes), std::ios::end);
-        in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        sums += Sha256Of(bytes);
-    }
-    return {{"file", path}, {"bytes", file.Size()}, {"sha256", sums}};
+    const uint64_t size = InputFile(path).Size();
+    const uint64_t hashed = std::min(size, kHashedBytes);
+    const auto sumFrom = [&](uint64_t place) {
+        InputFile file(path);
+        file.Skip(place);
+        return Sha256Of(NextBytes(file, hashed));
+    };
+    std::string sums = sumFrom(0);
+    if (size > hashed) sums += sumFrom(size - hashed);
+    return {{"file", path}, {"bytes", size}, {"sha256", sums}};
 }
 
 // What the output depends on beside document and tables.
@@ -212,11 +224,14 @@ ResumeNote::~ResumeNote()
 
 bool ResumeNote::Load(RunPosition& position) const
 {
-    std::ifstream file(path_, std::ios::binary);
-    std::string line;
-    if (!file || !std::getline(file, line) || file.eof()) return false;
+    if (::access(path_.c_str(), F_OK) != 0 && errno == ENOENT) return false;
+    // One that is there and can't be read is hours of work that would be done again.
+    InputFile file(path_);
+    const std::string text = NextBytes(file, file.Size());
+    const size_t end = text.find('\n');
+    if (end == std::string::npos) return false;
     try {
-        const Json note = Json::parse(line);
+        const Json note = Json::parse(text.substr(0, end));
         const std::string difference = DifferenceOf(note.at("run"), run_);
         if (!difference.empty()) {
             throw Failure(FailureKind::Usage, kOtherRun, {path_, difference});

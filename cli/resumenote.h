@@ -22,6 +22,7 @@ struct ScoreArguments;
 /// Whole     A note is written over in one piece, so that a killed run leaves one that can be read.
 class ResumeNote {
 public:
+    /// Throws Failure of kind Cases for a table that can't be read.
     ResumeNote(const ScoreArguments& arguments, const std::vector<std::string>& tables, bool curves,
                const LoadedModel& model);
     ResumeNote(const ResumeNote&) = delete;
@@ -29,7 +30,8 @@ public:
     ~ResumeNote();
 
     /// True where there is a note, and what it was written for is under `position`. Throws Failure
-    /// of kind Usage (kOtherRun) for a note of another run.
+    /// of kind Usage (kOtherRun) for a note of another run, and of kind Cases for one that can't be
+    /// read.
     bool Load(RunPosition& position) const;
     /// Writes how far the run is. A note that can't be written is let go: it is the next run's
     /// loss.

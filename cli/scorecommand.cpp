@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
+#include "cli/confinement.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/outputguard.h"
@@ -15,6 +16,7 @@
 #include "cli/stopsignals.h"
 #include "cli/tablerun.h"
 #include "engine/scoring/scoringsession.h"
+#include "engine/tables/bytesource.h"
 #include "engine/tables/compression.h"
 #include "engine/tables/outputfile.h"
 
@@ -70,7 +72,8 @@ int TableRun::Run(const CompleteOptions& complete)
     if (arguments_.outputColumns == "document") load.output = OutputColumns::Document;
     const bool canResume = CanResume(tables);
     load.digest = canResume || !arguments_.summary.empty();
-    model_.emplace(arguments_.model, std::make_shared<Plugin>(arguments_.document.plugin), load);
+    const auto plugin = ConfinedPlugin(arguments_.document, FilesOf(arguments_));
+    model_.emplace(arguments_.model, plugin, load);
     PrepareModel(arguments_, *model_, options_);
     if (complete) complete(*model_, options_);
 
@@ -121,6 +124,8 @@ void TableRun::RefuseOutputs(const std::vector<std::string>& tables) const
 // An output that gets its name when it is whole, from tables that can be read again.
 bool TableRun::CanResume(const std::vector<std::string>& tables) const
 {
+    // A table that isn't there is told as that.
+    if (arguments_.resume) std::for_each(tables.begin(), tables.end(), RefuseUnreadable);
     uint64_t size = 0;
     const bool areFiles = std::all_of(tables.begin(), tables.end(), [&](const auto& table) {
         return table != "-" && IsRegularFile(table, size);

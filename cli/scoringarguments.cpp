@@ -66,9 +66,8 @@ TableForm FormOf(std::string_view path)
     return isJson ? TableForm::JsonLines : TableForm::Csv;
 }
 
-void SetDialect(const ScoreArguments& arguments, ScoringOptions& options)
+void SetDialect(const TableArguments& arguments, TableDialect& dialect)
 {
-    TableDialect& dialect = options.dialect;
     if (arguments.delimiter) {
         dialect.tellsDelimiter = true;
         dialect.delimiter = DelimiterOf("--delimiter", *arguments.delimiter);
@@ -79,6 +78,11 @@ void SetDialect(const ScoreArguments& arguments, ScoringOptions& options)
     if (arguments.delimiter) {
         RefuseDelimiterAsDecimal("--delimiter", dialect.delimiter, dialect.decimal);
     }
+}
+
+void SetForm(const ScoreArguments& arguments, ScoringOptions& options)
+{
+    const TableDialect& dialect = options.dialect;
     const TableForm format = arguments.format.empty()      ? FormOf(arguments.output)
                              : arguments.format == "jsonl" ? TableForm::JsonLines
                                                            : TableForm::Csv;
@@ -318,6 +322,16 @@ std::vector<std::string> TablesOf(const ScoreArguments& arguments)
     return arguments.cases;
 }
 
+NeededFiles FilesOf(const ScoreArguments& arguments)
+{
+    NeededFiles files{{arguments.model, arguments.baselineTable}, {arguments.output}};
+    files.read.insert(files.read.end(), arguments.cases.begin(), arguments.cases.end());
+    for (const std::string& file : {arguments.rejects, arguments.summary}) {
+        if (!file.empty()) files.written.push_back(file);
+    }
+    return files;
+}
+
 void RefuseModelBeside(const ScoreArguments& arguments, const std::vector<std::string>& tables)
 {
     if (arguments.model != "-" || std::find(tables.begin(), tables.end(), "-") == tables.end()) {
@@ -327,15 +341,22 @@ void RefuseModelBeside(const ScoreArguments& arguments, const std::vector<std::s
         "the model and the cases can't both come from standard input; name a file for one of them");
 }
 
+ScoringOptions OptionsOf(const TableArguments& arguments)
+{
+    ScoringOptions options;
+    SetDialect(arguments, options.dialect);
+    options.missingTexts = arguments.missingTexts;
+    options.columnOf = MappingOf(arguments.mappings);
+    return options;
+}
+
 ScoringOptions OptionsOf(const ScoreArguments& arguments)
 {
     RefuseColumnChoice(arguments);
-    ScoringOptions options;
-    SetDialect(arguments, options);
+    ScoringOptions options = OptionsOf(static_cast<const TableArguments&>(arguments));
+    SetForm(arguments, options);
     options.compression = arguments.compress.empty() ? CompressionOf(arguments.output)
                                                      : *CompressionNamed(arguments.compress);
-    options.missingTexts = arguments.missingTexts;
-    options.columnOf = MappingOf(arguments.mappings);
     options.output = OutputOf(arguments);
     options.results.predictionOnly = arguments.predictionOnly;
     options.rejects = !arguments.rejects.empty();

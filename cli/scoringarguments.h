@@ -4,15 +4,17 @@
 #include <string>
 #include <vector>
 
+#include "cli/confinement.h"
 #include "engine/scoring/scoringsession.h"
 
 namespace MCVelscore_850 {
 
 class LoadedModel;
 struct ScoreArguments;
+struct TableArguments;
 
-// What was asked of `score`, `curve` and `explain`, understood. All throw UsageError for what can't
-// be, or doesn't go together.
+// What was asked of `score`, `curve`, `explain` and `diff`, understood. All throw UsageError for
+// what can't be, or doesn't go together.
 
 /// The tables to score: standard input where none is named.
 std::vector<std::string> TablesOf(const ScoreArguments& arguments);
@@ -20,8 +22,14 @@ std::vector<std::string> TablesOf(const ScoreArguments& arguments);
 /// The model and one of the tables can't both be standard input.
 void RefuseModelBeside(const ScoreArguments& arguments, const std::vector<std::string>& tables);
 
+/// What the run reads and writes.
+NeededFiles FilesOf(const ScoreArguments& arguments);
+
 /// The number that --level asks for, above 0 and below 1.
 double LevelOf(const std::string& text);
+
+/// How tables are read, and nothing else.
+ScoringOptions OptionsOf(const TableArguments& arguments);
 
 /// What doesn't depend on the model.
 ScoringOptions OptionsOf(const ScoreArguments& arguments);

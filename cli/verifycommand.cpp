@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include "cli/commands.h"
+#include "cli/confinement.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
 #include "cli/outputguard.h"
@@ -42,8 +43,9 @@ int Emit(const VerifyArguments& arguments, LoadOptions options, Console& console
     }
     if (arguments.json) throw UsageError("--emit has no report to write as JSON");
     RefuseOutputOntoDocument(arguments.output, arguments.model);
-    LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.document.plugin),
-                      options);
+    const auto plugin =
+        ConfinedPlugin(arguments.document, {{arguments.model, arguments.emit}, {arguments.output}});
+    LoadedModel model(arguments.model, plugin, options);
     const std::unique_ptr<ByteSource> cases = OpenTable(arguments.emit);
     RefuseOutputOntoTable(arguments.output, arguments.emit);
     const MadeVerification made = MakeVerification(model, *cases, {});
@@ -62,8 +64,8 @@ int RunVerify(const VerifyArguments& arguments, Console& console)
     if (!arguments.emit.empty()) return Emit(arguments, options, console);
     if (arguments.output != "-") throw UsageError("-o has a meaning with --emit alone");
     options.verification = true;
-    LoadedModel model(arguments.model, std::make_shared<Plugin>(arguments.document.plugin),
-                      options);
+    const auto plugin = ConfinedPlugin(arguments.document, {{arguments.model}, {}});
+    LoadedModel model(arguments.model, plugin, options);
     const VerificationReport report = Verify(model, *model.Verification());
     if (arguments.json) {
         PrintOut(VerificationJson(model, report));

@@ -62,13 +62,30 @@ function(velscore_precompile name)
 endfunction()
 
 # Warnings, and the order of floating-point operations, which is part of the behaviour: no contraction,
-# no fast-math.
+# no fast-math. What is released ends where its stack was written over, a buffer of the C library's
+# functions overflows, or a jump lands where none leads.
 function(velscore_flags name)
   target_compile_options(${name} PRIVATE -Wall -Wextra -Wconversion -Wshadow -ffp-contract=off
                                          # g++ 12 warns falsely about string + string
                                          $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
                                          $<$<BOOL:${VELSCORE_WERROR}>:-Werror>)
+  if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+    target_compile_options(${name} PRIVATE "$<$<CONFIG:Release>:${VELSCORE_HARDENING}>")
+  endif()
 endfunction()
+
+# Which of the hardening options the compiler knows: -fcf-protection is of x86 alone.
+include(CheckCXXCompilerFlag)
+set(VELSCORE_HARDENING)
+foreach(flag -fstack-protector-strong -fstack-clash-protection -fcf-protection=full)
+  string(MAKE_C_IDENTIFIER "VELSCORE_HAS${flag}" known)
+  check_cxx_compiler_flag(${flag} ${known})
+  if(${known})
+    list(APPEND VELSCORE_HARDENING ${flag})
+  endif()
+endforeach()
+# Some compilers define it themselves.
+list(APPEND VELSCORE_HARDENING -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
 
 # One test program for a room: velscore_tests(host SOURCES a_test.cpp SEES velhost). It is run in
 # SHARDS processes side by side (1 unless given), each of which takes its share of the tests.
@@ -78,7 +95,7 @@ function(velscore_tests room)
   velscore_flags(${room}_tests)
   velscore_show(${room}_tests PRIVATE tests)
   # A test's own code runs once: what counts is how long it compiles. What it tests is optimised.
-  target_compile_options(${room}_tests PRIVATE -O0)
+  target_compile_options(${room}_tests PRIVATE -O0 -U_FORTIFY_SOURCE)
   target_link_libraries(${room}_tests PRIVATE ${TESTS_SEES} GTest::gtest_main)
   velscore_precompile(${room}_tests ${TESTS_SEES} GTest::gtest_main)
   if(NOT TESTS_SHARDS)

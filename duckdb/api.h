@@ -21,6 +21,7 @@ inline void End(duckdb_file_open_options& handle) { duckdb_destroy_file_open_opt
 inline void End(duckdb_file_system& handle) { duckdb_destroy_file_system(&handle); }
 inline void End(duckdb_logical_type& handle) { duckdb_destroy_logical_type(&handle); }
 inline void End(duckdb_scalar_function& handle) { duckdb_destroy_scalar_function(&handle); }
+inline void End(duckdb_scalar_function_set& handle) { duckdb_destroy_scalar_function_set(&handle); }
 inline void End(duckdb_table_function& handle) { duckdb_destroy_table_function(&handle); }
 inline void End(duckdb_vector& handle) { duckdb_destroy_vector(&handle); }
 inline void End(duckdb_value& handle) { duckdb_destroy_value(&handle); }

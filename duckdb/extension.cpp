@@ -12,6 +12,7 @@ DUCKDB_EXTENSION_ENTRYPOINT(duckdb_connection connection, duckdb_extension_info 
         [&] {
             velscore::sql::RegisterScore(connection);
             velscore::sql::RegisterCurve(connection);
+            velscore::sql::RegisterExplain(connection);
             velscore::sql::RegisterReports(connection);
             isDone = true;
         },

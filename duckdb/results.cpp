@@ -4,6 +4,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "duckdb/arrowcolumn.h"
+
 namespace velscore::sql {
 
 namespace {
@@ -74,47 +76,12 @@ void SetAllNull(duckdb_vector out, idx_t rows)
     std::memset(duckdb_vector_get_validity(out), 0, WordsOf(rows) * sizeof(uint64_t));
 }
 
-const void* BitsOf(const ArrowArray& array)
-{
-    return array.null_count == 0 ? nullptr : array.buffers[0];
-}
-
-bool HasBit(const void* bits, idx_t row)
-{
-    return bits == nullptr || (static_cast<const uint8_t*>(bits)[row / 8] >> row % 8 & 1) != 0;
-}
-
-// Texts by code. The database makes each once, at the first row that has it; a further row's value
-// is that one's, which owns nothing.
-void WriteTexts(const ArrowArray& array, duckdb_vector out, idx_t rows)
-{
-    const auto* codes = static_cast<const int32_t*>(array.buffers[1]);
-    const ArrowArray& dictionary = *array.dictionary;
-    const auto* offsets = static_cast<const int32_t*>(dictionary.buffers[1]);
-    const auto* text = static_cast<const char*>(dictionary.buffers[2]);
-    const void* bits = BitsOf(array);
-    auto* values = static_cast<duckdb_string_t*>(duckdb_vector_get_data(out));
-    std::vector<const duckdb_string_t*> made(static_cast<size_t>(dictionary.length));
-    for (idx_t row = 0; row < rows; ++row) {
-        if (!HasBit(bits, row)) continue;
-        const auto code = static_cast<size_t>(codes[row]);
-        if (made[code] == nullptr) {
-            duckdb_unsafe_vector_assign_string_element_len(
-                out, row, text + offsets[code],
-                static_cast<idx_t>(offsets[code + 1] - offsets[code]));
-            made[code] = &values[row];
-        } else {
-            values[row] = *made[code];
-        }
-    }
-}
-
 void WriteColumn(const ArrowArray& array, Kind kind, const uint64_t* isThere, duckdb_vector out)
 {
     const auto rows = static_cast<idx_t>(array.length);
     if (array.null_count == array.length) return SetAllNull(out, rows);
     if (kind == Kind::Text) {
-        WriteTexts(array, out, rows);
+        WriteTexts(array, out);
     } else {
         const size_t size = kind == Kind::Number ? sizeof(double) : sizeof(int32_t);
         std::memcpy(duckdb_vector_get_data(out), array.buffers[1], rows * size);

@@ -15,6 +15,7 @@ namespace {
 // What the database keeps of a call from binding on. Any number of threads read it.
 struct Bound {
     std::shared_ptr<const Type> rowType;
+    velscore::ScoreOptions options;
     std::shared_ptr<const OpenModel> model;  ///< null where the path isn't known yet
 };
 
@@ -41,19 +42,41 @@ const RowFunction& FunctionOf(void* extra) { return *static_cast<const RowFuncti
                    "() is NULL; give that of a model's document");
 }
 
-// The value of the first argument; nothing where it is a parameter that has none yet.
-std::optional<std::string> PathOf(duckdb_bind_info info, duckdb_client_context context,
-                                  const RowFunction& function)
+// The value of an argument; nothing where it isn't a constant, or is a parameter that has none yet.
+std::optional<Owned<duckdb_value>> ConstantOf(duckdb_bind_info info, idx_t index,
+                                              duckdb_client_context context)
 {
-    const Owned<duckdb_expression> path(duckdb_scalar_function_bind_get_argument(info, 0));
-    if (!duckdb_expression_is_foldable(path.Get())) return std::nullopt;
+    const Owned<duckdb_expression> argument(duckdb_scalar_function_bind_get_argument(info, index));
+    if (!duckdb_expression_is_foldable(argument.Get())) return std::nullopt;
     Owned<duckdb_value> value;
-    const Owned<duckdb_error_data> error(duckdb_expression_fold(context, path.Get(), value.Out()));
+    const Owned<duckdb_error_data> error(
+        duckdb_expression_fold(context, argument.Get(), value.Out()));
     if (error.Get() != nullptr && duckdb_error_data_has_error(error.Get())) {
         throw SqlError(duckdb_error_data_message(error.Get()));
     }
-    if (value.Get() == nullptr || duckdb_is_null_value(value.Get())) RefuseNullPath(function);
-    return Taken(duckdb_get_varchar(value.Get()));
+    return value;
+}
+
+std::optional<std::string> PathOf(duckdb_bind_info info, duckdb_client_context context,
+                                  const RowFunction& function)
+{
+    const auto path = ConstantOf(info, 0, context);
+    if (!path) return std::nullopt;
+    if (path->Get() == nullptr || duckdb_is_null_value(path->Get())) RefuseNullPath(function);
+    return Taken(duckdb_get_varchar(path->Get()));
+}
+
+velscore::ScoreOptions OptionsOf(duckdb_bind_info info, duckdb_client_context context,
+                                 const RowFunction& function)
+{
+    constexpr idx_t kOptions = 2;
+    if (duckdb_scalar_function_bind_get_argument_count(info) <= kOptions) return {};
+    const auto options = ConstantOf(info, kOptions, context);
+    if (!options) {
+        throw SqlError(std::string("the options of ") + function.name +
+                       "() are the same for all rows; give a struct of constants");
+    }
+    return RowOptionsOf(options->Get(), function.options, function.name);
 }
 
 std::shared_ptr<const Type> RowTypeOf(duckdb_bind_info info, const RowFunction& function)
@@ -77,9 +100,11 @@ void Bind(duckdb_bind_info info)
             duckdb_scalar_function_get_client_context(info, context.Out());
             auto bound = std::make_unique<Bound>();
             bound->rowType = RowTypeOf(info, function);
+            bound->options = OptionsOf(info, context.Get(), function);
             if (const auto path = PathOf(info, context.Get(), function)) {
                 bound->model = ModelOf(context.Get(), *path);
-                function.make(bound->model, bound->rowType->Get());  // whether it can be
+                // Whether it can be.
+                function.make(bound->model, bound->rowType->Get(), bound->options);
             }
             duckdb_scalar_function_set_bind_data(info, bound.release(), Delete<Bound>);
             duckdb_scalar_function_set_bind_data_copy(info, CopyBound);
@@ -138,21 +163,22 @@ void Run(duckdb_function_info info, duckdb_data_chunk chunk, duckdb_vector out)
             if (state.answerer == nullptr) {
                 const auto model =
                     bound.model != nullptr ? bound.model : ModelOf(state.context.Get(), state.path);
-                state.answerer = function.make(model, bound.rowType->Get());
+                state.answerer = function.make(model, bound.rowType->Get(), bound.options);
             }
             state.answerer->Answer(duckdb_data_chunk_get_vector(chunk, 1), count, out);
         },
         tell);
 }
 
-}  // namespace
-
-void Register(duckdb_connection connection, const RowFunction& function)
+Owned<duckdb_scalar_function> MakeFunction(const RowFunction& function, bool takesOptions)
 {
-    const Owned<duckdb_scalar_function> made(duckdb_create_scalar_function());
+    Owned<duckdb_scalar_function> made(duckdb_create_scalar_function());
     duckdb_scalar_function_set_name(made.Get(), function.name);
     duckdb_scalar_function_add_parameter(made.Get(), TypeOf(DUCKDB_TYPE_VARCHAR).Get());
     duckdb_scalar_function_add_parameter(made.Get(), TypeOf(DUCKDB_TYPE_ANY).Get());
+    if (takesOptions) {
+        duckdb_scalar_function_add_parameter(made.Get(), TypeOf(DUCKDB_TYPE_ANY).Get());
+    }
     duckdb_scalar_function_set_return_type(made.Get(), function.resultType().Get());
     // A NULL path is an error; what a NULL row is answered is the answerer's business.
     duckdb_scalar_function_set_special_handling(made.Get());
@@ -161,7 +187,18 @@ void Register(duckdb_connection connection, const RowFunction& function)
     duckdb_scalar_function_set_bind(made.Get(), Bind);
     duckdb_scalar_function_set_init(made.Get(), Init);
     duckdb_scalar_function_set_function(made.Get(), Run);
-    if (duckdb_register_scalar_function(connection, made.Get()) == DuckDBSuccess) return;
+    return made;
+}
+
+}  // namespace
+
+void Register(duckdb_connection connection, const RowFunction& function)
+{
+    const Owned<duckdb_scalar_function_set> both(duckdb_create_scalar_function_set(function.name));
+    for (const bool takesOptions : {false, true}) {
+        duckdb_add_scalar_function_to_set(both.Get(), MakeFunction(function, takesOptions).Get());
+    }
+    if (duckdb_register_scalar_function_set(connection, both.Get()) == DuckDBSuccess) return;
     throw SqlError(std::string("the database doesn't take the function ") + function.name);
 }
 

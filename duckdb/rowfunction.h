@@ -2,9 +2,11 @@
 #define VELSCORE_DUCKDB_ROWFUNCTION_H
 
 #include <memory>
+#include <span>
 
 #include "duckdb/api.h"
 #include "duckdb/modelcache.h"
+#include "duckdb/rowoptions.h"
 
 namespace velscore::sql {
 
@@ -16,18 +18,20 @@ public:
     virtual void Answer(duckdb_vector rows, idx_t count, duckdb_vector out) = 0;
 };
 
-/// A scalar function NAME(path, row). The path is the same for all rows of a statement, a row is a
-/// struct.
+/// A scalar function NAME(path, row) or NAME(path, row, options). The path is the same for all rows
+/// of a statement, a row is a struct, the options are a constant one.
 ///
-/// The database binds a statement once: path, document, and columns are checked then. Each of its
-/// threads makes an answerer of its own. Only where the path is a parameter of a prepared statement
-/// they are checked when the first rows come.
+/// The database binds a statement once: path, document, options and columns are checked then. Each
+/// of its threads makes an answerer of its own. Only where the path is a parameter of a prepared
+/// statement they are checked when the first rows come.
 struct RowFunction {
     const char* name;
     Type (*resultType)();
-    /// Throws SqlError and velscore::Error where the row doesn't suit the model.
+    std::span<const RowOption* const> options;
+    /// Throws SqlError and velscore::Error where row or options don't suit the model.
     std::unique_ptr<RowAnswerer> (*make)(const std::shared_ptr<const OpenModel>& model,
-                                         duckdb_logical_type rowType);
+                                         duckdb_logical_type rowType,
+                                         const velscore::ScoreOptions& options);
 };
 
 /// Makes a function known, which stays where it is as long as the database. Throws SqlError.

@@ -10,10 +10,9 @@ namespace {
 
 using Binding = std::unique_ptr<velscore_binding, velscore::detail::End<velscore_unbind>>;
 
-Binding Bound(const OpenModel& model, const ArrowSchema* schema)
+Binding Bound(const OpenModel& model, const ArrowSchema* schema, velscore::ScoreOptions options)
 {
-    velscore::ScoreOptions options;
-    options.columns = model.results;
+    if (!options.predictionOnly) options.columns = model.results;
     const velscore::detail::Options plain(options);
     velscore_binding* made = nullptr;
     velscore::detail::Call([&](velscore_error* error) {
@@ -33,10 +32,11 @@ ResultWriter WriterOf(const velscore_binding* binding)
 
 class Scorer final : public RowAnswerer {
 public:
-    Scorer(std::shared_ptr<const OpenModel> model, duckdb_logical_type rowType)
+    Scorer(std::shared_ptr<const OpenModel> model, duckdb_logical_type rowType,
+           const velscore::ScoreOptions& options)
         : model_(std::move(model)),
-          table_(rowType, model_->reads),
-          binding_(Bound(*model_, table_.Schema())),
+          table_(rowType, MappedColumns(model_->reads, options)),
+          binding_(Bound(*model_, table_.Schema(), options)),
           writer_(WriterOf(binding_.get()))
     {}
 
@@ -57,11 +57,15 @@ private:
     ResultWriter writer_;
 };
 
-constexpr RowFunction kScore{"velscore", ResultType,
-                             [](const std::shared_ptr<const OpenModel>& model,
-                                duckdb_logical_type rowType) -> std::unique_ptr<RowAnswerer> {
-                                 return std::make_unique<Scorer>(model, rowType);
-                             }};
+constexpr const RowOption* kOptions[] = {&kLevelOption, &kPolicyOption, &kMissingOption,
+                                         &kNanOption,   &kMapOption,    &kPredictionOnlyOption};
+
+constexpr RowFunction kScore{
+    "velscore", ResultType, kOptions,
+    [](const std::shared_ptr<const OpenModel>& model, duckdb_logical_type rowType,
+       const velscore::ScoreOptions& options) -> std::unique_ptr<RowAnswerer> {
+        return std::make_unique<Scorer>(model, rowType, options);
+    }};
 
 }  // namespace
 

@@ -6,3 +6,9 @@
 CREATE OR REPLACE MACRO velscore_score(document, source) AS TABLE
     SELECT velscore_row.*, unnest(velscore(document, velscore_row))
     FROM query('FROM ' || source) AS velscore_row;
+
+-- velscore_terms(document, source): the same with how the linear predictors add up, a line for each term of
+-- each equation of each row; none of a row without a score.
+CREATE OR REPLACE MACRO velscore_terms(document, source) AS TABLE
+    SELECT velscore_row.*, unnest(velscore_explain(document, velscore_row), recursive := true)
+    FROM query('FROM ' || source) AS velscore_row;

@@ -55,6 +55,10 @@ public:
                    Scratch& scratch) const override;
     void Score(std::span<const BatchColumn> inputs, size_t rows, const BatchResults& results,
                uint64_t* unsure, Scratch& scratch) const override;
+    bool SurelyWithin(const double* numbers, size_t rows, double low, double high) const override
+    {
+        return kernels_.within(numbers, low, high, false, rows);
+    }
 
 protected:
     explicit BlockScorer(const kernels::BlockKernels& kernels) : kernels_(kernels) {}

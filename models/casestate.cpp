@@ -10,4 +10,6 @@ void CaseState::SettleAs(const ScoringState& other)
     hasReferences = settled.hasReferences;
 }
 
+void CaseState::Unsettle() { SettleAs(CaseState()); }
+
 }  // namespace MCVelscore_850

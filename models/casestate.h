@@ -13,6 +13,7 @@ namespace MCVelscore_850 {
 /// The state of a run of cases through any regression model.
 struct CaseState final : ScoringState {
     void SettleAs(const ScoringState& other) override;
+    void Unsettle() override;
 
     // By the first indexed record.
     bool isBound = false;

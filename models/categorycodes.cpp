@@ -1,5 +1,7 @@
 #include "models/categorycodes.h"
 
+#include <utility>
+
 #include "host/values/stringvalue.h"
 
 namespace MCVelscore_850 {
@@ -20,7 +22,9 @@ int32_t CodeIn(const Map& map, const Key& key)
 int32_t CategoryCodes::Append(const ScoreValue* category)
 {
     const auto code = static_cast<int32_t>(categories_.size());
-    categories_.emplace_back(category == nullptr ? nullptr : category->Clone());
+    // Held before the vector takes memory for itself.
+    std::unique_ptr<const ScoreValue> copy(category == nullptr ? nullptr : category->Clone());
+    categories_.push_back(std::move(copy));
     if (category != nullptr && category->Kind() == ScoreValue::STRING) {
         byText_.emplace(static_cast<const StringValue&>(*category).Text(), code);
     } else if (category != nullptr && category->Kind() == ScoreValue::NUMERIC) {

@@ -156,6 +156,20 @@ build_linked() {
     cp debian/copyright "$texts/$1/"
 }
 
+# The compiler's own library defines functions of the C library's too: its exp and log answer other bits, and
+# the linker takes them first. They are hidden in it, so that the C library's are called.
+prefer_c_library() {
+    local own c=$at/cache/o
+    nm -D --defined-only --format=just-symbols "$(find "$c" -name libc.so.6 | head -n 1)" \
+        "$(find "$c" -name libm.so.6 | head -n 1)" | sed 's/@.*//' | grep -x '[a-z].*' | sort -u >"$at/c-names"
+    while read -r own; do
+        ar p "$own" >"$own.o" # its one member is named by a whole path, which objcopy refuses
+        objcopy --localize-symbols="$at/c-names" "$own.o"
+        rm "$own"
+        ar rcs "$own" "$own.o"
+    done < <(find "$c" -name libcompiler_rt.a)
+}
+
 build_module() {
     # The system's pkg-config files would name its shared libraries.
     export PKG_CONFIG_LIBDIR=$root/usr/lib/pkgconfig
@@ -164,11 +178,15 @@ build_module() {
         -DCMAKE_MODULE_LINKER_FLAGS="-Wl,--gc-sections -s" -DCCACHE=OFF -DVELSCORE_TESTS=OFF \
         -DVELSCORE_PYTHON=ON -DPython_INCLUDE_DIR="$(echo "$root"/usr/include/python3.*)"
     ninja -C "$at/module" -j "$jobs" velpython
+    # The first link has made that library.
+    prefer_c_library
+    rm "$at/module/python/velscore/_velscore.abi3.so"
+    ninja -C "$at/module" velpython
 }
 
 # Refuses a module that wouldn't load elsewhere, or that would meet other libraries' symbols.
 check_module() {
-    local shown needed newest
+    local shown needed newest taken name
     shown=$(objdump -T "$1" | awk '/ g +D[FO]? / || / w +D[FO]? / { if (!/\*UND\*/) print $NF }')
     [ "$shown" = PyInit__velscore ] || {
         echo "The module should show PyInit__velscore alone; it shows: $shown"
@@ -180,6 +198,13 @@ check_module() {
         echo "The module should need the C library alone; it needs: $needed"
         return 1
     }
+    taken=$(objdump -T "$1" | awk '/\*UND\*/ { print $NF }')
+    for name in exp log pow sin cos tan expm1 log1p; do
+        grep -qx "$name" <<<"$taken" || {
+            echo "The module should take $name from the C library, for the command's bits; it has one of its own"
+            return 1
+        }
+    done
     newest=$(objdump -T "$1" | sed -n 's/.*GLIBC_\([0-9.]*\).*/\1/p' | sort -V | tail -n 1)
     [ "$(printf '%s\n' "$newest" "$glibc" | sort -V | tail -n 1)" = "$glibc" ] || {
         echo "The module should need no C library newer than $glibc; it needs $newest"
@@ -200,6 +225,7 @@ pack() {
 }
 
 check_wheel() {
+    local names library tag
     case $1 in
         *-cp39-abi3-manylinux_*) ;;
         *)
@@ -211,8 +237,35 @@ check_wheel() {
         echo "The wheel should have $largest bytes at most; it has $(stat -c %s "$1")"
         return 1
     }
-    # Whether the tag is true.
-    "$tools/bin/auditwheel" show "$1" | tee /dev/stderr | grep -q 'tag: "manylinux_'
+    names=$("$tools/bin/python" -m zipfile --list "$1")
+    for library in "${linked[@]}" "${unpacked[@]}" ziglang; do
+        [[ $names == *.dist-info/licenses/$library/* ]] || {
+            echo "The wheel should have the copyright texts of $library; they are missing"
+            return 1
+        }
+    done
+    "$tools/bin/python" - "$1" <<'END'
+import email, pathlib, re, sys, zipfile
+
+wheel = zipfile.ZipFile(sys.argv[1])
+(name,) = [name for name in wheel.namelist() if name.endswith(".dist-info/METADATA")]
+told = email.message_from_bytes(wheel.read(name))
+version = re.search(r"project\(velscore VERSION ([0-9.]+)", pathlib.Path("CMakeLists.txt").read_text())[1]
+readme = pathlib.Path("README.md").read_text()
+for what, found, expected in [
+    ("version", told["Version"], version),
+    ("description", told.get_payload(decode=True).decode().strip(), readme.strip()),
+]:
+    if found != expected:
+        sys.exit(f"The wheel's {what} should be {expected!r}; it is {found!r}")
+END
+    # Whether the tag is true: the one that it deserves is no newer.
+    tag=$("$tools/bin/auditwheel" show "$1" | tee /dev/stderr | tr '\n' ' ' |
+        sed -n 's/.*tag: *"manylinux_\([0-9]*\)_\([0-9]*\)_x86_64".*/\1.\2/p')
+    [ -n "$tag" ] && [ "$(printf '%s\n' "$tag" "$glibc" | sort -V | tail -n 1)" = "$glibc" ] || {
+        echo "The wheel should deserve the tag of C library $glibc; it deserves that of ${tag:-none}"
+        return 1
+    }
 }
 
 main() {
@@ -224,12 +277,11 @@ main() {
     for library in "${linked[@]}"; do
         step "$library" build_linked "$library"
     done
-    rm -f "$at/done/module" "$at/done/wheel" "$at/done/check"
+    rm -f "$at"/done/{module,wheel,check-module,check-wheel}
     step module build_module
-    step check check_module "$module"
+    step check-module check_module "$module"
     step wheel pack "$module"
-    rm -f "$at/done/check"
-    step check check_wheel "$at"/wheel/velscore-*.whl
+    step check-wheel check_wheel "$at"/wheel/velscore-*.whl
     echo "$at"/wheel/velscore-*.whl
 }
 

@@ -4,12 +4,17 @@
 #   clang      the release build and all its tests with clang++, warnings being errors
 #   equality   block scorers against single cases over 10,000,000 rows a family and link, and the
 #              kernels' exp against the C library's over 1,000,000,000 values, with both compilers
-#   threads    the tests that score one model in several threads, those of whole runs, and those of the
-#              library, under ThreadSanitizer
+#   threads    the tests that score one model in several threads, those of whole runs (CSV, JSON Lines,
+#              packed, with rejects, gone on with), and those of the library, under ThreadSanitizer
 #   leaks      100,000 models that eight threads open, score and close, under AddressSanitizer
 #   wheel      the portable wheel, and one from the source distribution, installed in environments of their
 #              own: tests/python, which compare with the command, and the time to the first score
 #   duckdb     the extension for DuckDB, eight queries at once over 10,000,000 rows each
+#   recipes    scripts/test-recipes.sh, its largest Spark table of 10,000,000 rows
+#   faults     every call of files of every command failed in turn, and every allocation of a load, a score, an
+#              explanation and a curve, by operator new and by malloc()
+#   soak       1,000,000,000 rows (VELSCORE_SOAK_ROWS) for a slow reader, and 1,000 openings of each case
+#              document, in bounded memory
 #   kills      200 runs ended by signals, full disks and closed pipes, at random moments, and gone on with
 #   reference  doxygen over the headers that are installed
 #   tidy       clang-tidy over every source
@@ -96,9 +101,8 @@ first_score() {
             --columns prediction --quiet | sed -n 2p)" ]
 }
 
-# tests/python with a wheel, in the environment that has it. The tests are written for 3.10 and newer.
+# tests/python with a wheel, in the environment that has it.
 test_installed() {
-    ! "$1/bin/python" -c 'import sys; sys.exit(sys.version_info >= (3, 10))' || return 0
     "$1/bin/pip" install --quiet --disable-pip-version-check --requirement tests/python/requirements.txt &&
         "$1/bin/python" -m pytest --quiet tests/python
 }
@@ -125,9 +129,29 @@ stage_wheel() (
 
 stage_duckdb() { VELSCORE_TEST_ROWS=10000000 scripts/test-duckdb.sh; }
 
+stage_recipes() { VELSCORE_TEST_ROWS=10000000 scripts/test-recipes.sh; }
+
 stage_kills() {
     scripts/ensure-packages.sh packages.txt tests/packages.txt &&
         VELSCORE_TEST_TRIALS=200 run_tests release system_tests 'Resume.After*:Resume.APipe*'
+}
+
+stage_faults() {
+    scripts/ensure-packages.sh packages.txt tests/packages.txt || return 1
+    local -x VELSCORE_TEST_FAULTS=all
+    local ended=0
+    run_tests release system_tests '*FileFaults.*' || ended=1
+    run_tests release engine_tests '*OutOfMemory.*' || ended=1
+    run_tests release malloc_tests '*OutOfMemory.*' || ended=1
+    return $ended
+}
+
+stage_soak() {
+    scripts/ensure-packages.sh packages.txt tests/packages.txt || return 1
+    local ended=0
+    VELSCORE_TEST_ROWS=${VELSCORE_SOAK_ROWS:-1000000000} run_tests release system_tests 'Soak.*' || ended=1
+    VELSCORE_TEST_ROUNDS=1000 run_tests release capi_tests 'Soak.*' || ended=1
+    return $ended
 }
 
 stage_tidy() { scripts/lint.sh --all; }
@@ -198,7 +222,7 @@ stage_root() (
             /opt/velscore/bin/velscore score "$examples/model.pmml" "$examples/cases.csv"'
 )
 
-stages=(clang equality threads leaks wheel duckdb kills reference tidy cases packages root)
+stages=(clang equality threads leaks wheel duckdb recipes faults soak kills reference tidy cases packages root)
 [ $# -gt 0 ] || set -- "${stages[@]}"
 failed=()
 for stage in "$@"; do

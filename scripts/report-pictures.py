@@ -17,6 +17,7 @@ import velscore
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 PICTURES = ROOT / "docs/pictures"
+OBSERVED = {"housing-satisfaction": "Sat"}  # the columns of what was observed, of examples with enough cases
 WIDTH, TALLEST, SCALE = 1200, 4000, 0.6
 COLOURS = 64  # which a page of text and lines hardly differs by
 MARGIN = 10
@@ -33,7 +34,7 @@ def photograph(example: pathlib.Path, folder: pathlib.Path) -> None:
     with open(example / "cases.csv", newline="") as file:
         cases = list(csv.DictReader(file))
     page, shot = folder / f"{example.name}.html", folder / f"{example.name}.png"
-    velscore.report(example.relative_to(ROOT) / "model.pmml", cases, path=page)
+    velscore.report(example.relative_to(ROOT) / "model.pmml", cases, OBSERVED.get(example.name), page)
     profile = folder / f"profile-{example.name}"
     subprocess.run(
         [*BROWSER, f"--user-data-dir={profile}", f"--screenshot={shot}", page.as_uri()],

@@ -153,12 +153,19 @@ struct velscore_score_options {
     const char* const* map_fields;  /**< the model's fields whose columns have another name */
     const char* const* map_columns; /**< the names of these columns in the table */
     size_t map_count;               /**< of these pairs */
+    /* What follows is of explanations alone. */
+    const size_t*
+        top; /**< list so many terms of an equation, the largest contributions; null: all */
+    /** Contributions are differences from a case of these tables; null: none. Taken over, whatever
+     * the answer, and read during the call. */
+    struct ArrowArrayStream* baseline;
+    int64_t baseline_row; /**< that case's row, from 1; 0: the mean of all that have a score */
 };
 /** Sets the size of a velscore_score_options, and all else to 0 and null. */
 #define VELSCORE_SCORE_OPTIONS_INIT                                                              \
     {                                                                                            \
         sizeof(struct velscore_score_options), NULL, 0, 0, NULL, 0, 0, NULL, NULL, 0.0, 0, NULL, \
-            0, NULL, NULL, 0                                                                     \
+            0, NULL, NULL, 0, NULL, NULL, 0                                                      \
     }
 
 /** The schema of the results without kept columns: a struct of numbers (float64), categories
@@ -194,8 +201,12 @@ VELSCORE_API int velscore_curve(const struct velscore_model* model,
  * and term (dictionaries of utf8), value and contribution (float64), a line for each term of each
  * equation of each row. The contributions of an equation, added up in their order by one addition
  * of doubles each, are its linear predictor to the last bit, the sign of a zero apart. The equation
- * is null where the model has one alone; a row without a score has one line of nulls. Of the
- * options missing, map, nan, policy and strict have a meaning. All else as velscore_score. */
+ * is null where the model has one alone; a row without a score has one line of nulls. With `top`
+ * the largest contributions come first, by size, and the others are one line, "other terms", which
+ * is what the linear predictor is beyond the listed ones. With `baseline` contributions are
+ * differences from that case's, or from the means of all cases, and so is what they add up to; the
+ * options that say how tables are read count for both. Of the options missing, map, nan, policy,
+ * strict, top, baseline and baseline_row have a meaning. All else as velscore_score. */
 VELSCORE_API int velscore_explain(const struct velscore_model* model,
                                   const struct velscore_score_options* options,
                                   struct ArrowArrayStream* in, struct ArrowArrayStream* out,
@@ -246,6 +257,10 @@ VELSCORE_API int velscore_bind_names(const struct velscore_model* model,
 
 /** Ends a binding. Null is let be. */
 VELSCORE_API void velscore_unbind(struct velscore_binding* binding);
+
+/** Makes a binding as it was when it was made, for another table: the next scored row settles for a
+ * model what a first row does, and rows count from 1 again. Null is let be. */
+VELSCORE_API void velscore_begin_table(struct velscore_binding* binding);
 
 /** The schema of what velscore_score_batch gives, kept columns too. */
 VELSCORE_API int velscore_binding_schema(const struct velscore_binding* binding,

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -117,6 +118,10 @@ struct ScoreOptions {
     std::vector<std::string> missing{};
     /// The model's field, then the table's column.
     std::vector<std::pair<std::string, std::string>> map{};
+    /// Of explanations alone. `baseline` is taken over.
+    std::optional<size_t> top{};
+    ArrowArrayStream* baseline = nullptr;
+    int64_t baselineRow = 0;
 };
 
 namespace detail {
@@ -147,7 +152,8 @@ public:
     explicit Options(const ScoreOptions& from)
         : keep_(Pointers(from.keep)),
           columns_(Pointers(from.columns)),
-          missing_(Pointers(from.missing))
+          missing_(Pointers(from.missing)),
+          top_(from.top)
     {
         for (const auto& [field, column] : from.map) {
             fields_.push_back(field.c_str());
@@ -168,6 +174,9 @@ public:
         own_.map_fields = fields_.data();
         own_.map_columns = mapped_.data();
         own_.map_count = fields_.size();
+        own_.top = top_ ? &*top_ : nullptr;
+        own_.baseline = from.baseline;
+        own_.baseline_row = from.baselineRow;
     }
     Options(const Options&) = delete;
     Options& operator=(const Options&) = delete;
@@ -179,6 +188,7 @@ private:
     std::vector<const char*> missing_;
     std::vector<const char*> fields_;
     std::vector<const char*> mapped_;
+    std::optional<size_t> top_;
     velscore_score_options own_ = VELSCORE_SCORE_OPTIONS_INIT;
 };
 
@@ -238,6 +248,9 @@ struct Scores {
 class Binding {
 public:
     explicit Binding(velscore_binding* own) : own_(own) {}
+
+    /// The next row is the first of another table: it settles for a model what a first row does.
+    void BeginTable() { velscore_begin_table(own_.get()); }
 
     /// Scores rows. Throws Error, and std::invalid_argument for columns of several lengths.
     Scores Score(std::span<const Column> columns)

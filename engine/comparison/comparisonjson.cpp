@@ -1,7 +1,5 @@
 #include "engine/comparison/comparisonjson.h"
 
-#include <nlohmann/json.hpp>
-
 #include "engine/documents/loadedmodel.h"
 #include "engine/reports/jsontext.h"
 
@@ -9,7 +7,7 @@ namespace MCVelscore_850 {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Json = JsonValue;
 
 template <class T>
 Json OrNull(const std::optional<T>& value)
@@ -19,7 +17,7 @@ Json OrNull(const std::optional<T>& value)
 
 Json ScoresJson(const ScoreComparison& scores)
 {
-    Json columns = Json::array();
+    Json columns = Json::Array();
     for (const ScoreComparison::Column& column : scores.columns) {
         Json json{{"column", column.name},
                   {"compared", column.compared},
@@ -30,7 +28,7 @@ Json ScoresJson(const ScoreComparison& scores)
         json["row"] = column.worstRow == 0 ? Json() : Json(column.worstRow);
         json["first"] = column.worstRow == 0 ? Json() : Json(column.first);
         json["second"] = column.worstRow == 0 ? Json() : Json(column.second);
-        columns.push_back(std::move(json));
+        columns.Add(std::move(json));
     }
     return {{"rows", scores.rows},
             {"both", scores.both},
@@ -47,13 +45,13 @@ std::string ComparisonJson(const LoadedModel& first, const LoadedModel& second,
                            const std::vector<ModelDifference>& differences,
                            const std::optional<ScoreComparison>& scores)
 {
-    Json list = Json::array();
+    Json list = Json::Array();
     for (const ModelDifference& each : differences) {
-        list.push_back({{"subject", each.subject},
-                        {"name", each.name},
-                        {"first", OrNull(each.first)},
-                        {"second", OrNull(each.second)},
-                        {"size", OrNull(each.size)}});
+        list.Add({{"subject", each.subject},
+                  {"name", each.name},
+                  {"first", OrNull(each.first)},
+                  {"second", OrNull(each.second)},
+                  {"size", OrNull(each.size)}});
     }
     return JsonText({{"first", first.File()},
                      {"second", second.File()},

@@ -2,24 +2,65 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
-#include <span>
+#include <map>
 #include <string_view>
 
+#include "engine/documents/loadedmodel.h"
+#include "engine/messages/failure.h"
+#include "engine/messages/shorttext.h"
+#include "engine/messages/suggestions.h"
+#include "engine/scoring/scoringsession.h"
 #include "engine/scoring/tablescorer.h"
-#include "engine/tables/bytesource.h"
-#include "engine/tables/columnblock.h"
-#include "engine/tables/rowreader.h"
+#include "engine/scoring/texttables.h"
+#include "host/messages/messages.h"
 #include "host/values/numbertext.h"
 
 namespace MCVelscore_850 {
 
 namespace {
 
+using Columns = std::map<std::string, std::string>;  // by the names of fields
+
+bool Reads(const std::vector<std::string>& names, const std::string& name)
+{
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// What is told of fields that the model reads.
+Columns OfModel(const LoadedModel& model, const Columns& columnOf)
+{
+    const std::vector<std::string> names = model.Columns();
+    Columns own;
+    for (const auto& each : columnOf) {
+        if (Reads(names, each.first)) own.insert(each);
+    }
+    return own;
+}
+
+Columns ColumnsOf(const LoadedModel& first, const LoadedModel& second, const TableReader& reader,
+                  const ScoringOptions& options)
+{
+    if (options.columnOf.empty() && !options.dialect.hasHeader) {
+        return ColumnsInOrder(reader, first, true);
+    }
+    std::vector<std::string> names = first.Columns();
+    for (std::string& name : second.Columns()) {
+        if (!Reads(names, name)) names.push_back(std::move(name));
+    }
+    for (const auto& [name, column] : options.columnOf) {
+        if (Reads(names, name)) continue;
+        throw Failure(FailureKind::Usage, kUnknownMappedName, {name, JoinNames(names, ", ")},
+                      SuggestWord(name, names));
+    }
+    return options.columnOf;
+}
+
 // One of the models, and its results of the block at hand.
 struct Side {
-    Side(const LoadedModel& model, const RowReader& reader, const std::string& table)
-        : scorer(model, reader.Header(), table), results(scorer.Schema())
+    Side(const LoadedModel& model, TextTables& tables, const Columns& columnOf)
+        : scorer(model, tables.Reader().Header(), tables.Reader().NameOf(0),
+                 tables.OptionsFor(OfModel(model, columnOf))),
+          results(scorer.Schema())
     {}
 
     std::string TextAt(size_t column, size_t row) const
@@ -67,6 +108,21 @@ void CompareValues(const Side& first, const Side& second, Pair pair, size_t row,
     column.second = second.TextAt(pair.second, row);
 }
 
+void CompareRow(const Side& first, const Side& second, const std::vector<Pair>& pairs, size_t row,
+                ScoreComparison& comparison)
+{
+    ++comparison.rows;
+    const bool isOfFirst = first.results.status[row] == 0;
+    const bool isOfSecond = second.results.status[row] == 0;
+    if (isOfFirst && !isOfSecond) ++comparison.firstAlone;
+    if (isOfSecond && !isOfFirst) ++comparison.secondAlone;
+    if (!isOfFirst || !isOfSecond) return;
+    ++comparison.both;
+    for (size_t i = 0; i < pairs.size(); ++i) {
+        CompareValues(first, second, pairs[i], row, comparison.rows, comparison.columns[i]);
+    }
+}
+
 std::vector<Pair> FindColumns(const ResultSchema& first, const ResultSchema& second,
                               ScoreComparison& comparison)
 {
@@ -106,33 +162,23 @@ bool ScoreComparison::Differ() const
 }
 
 ScoreComparison CompareScores(const LoadedModel& first, const LoadedModel& second,
-                              ByteSource& cases)
+                              const std::string& table, const ScoringOptions& options)
 {
-    RowReader reader(cases);
-    Side one(first, reader, cases.Name());
-    Side other(second, reader, cases.Name());
+    TextTables tables({table}, options);
+    const Columns columnOf = ColumnsOf(first, second, tables.Reader(), options);
+    Side one(first, tables, columnOf);
+    Side other(second, tables, columnOf);
     ScoreComparison comparison;
     const std::vector<Pair> pairs =
         FindColumns(one.scorer.Schema(), other.scorer.Schema(), comparison);
-    TextRows rows(reader.Header().size());
-    std::span<const std::string_view> fields;
-    while (reader.NextRows(TableScorer::kRows, fields) > 0) {
-        const ColumnBlock block = rows.Block(fields);
+    const TableScorer* const scorers[] = {&one.scorer, &other.scorer};
+    tables.Visit(scorers, [&](const ColumnBlock& block, int64_t) {
         one.scorer.Score(block, one.results);
         other.scorer.Score(block, other.results);
-        for (size_t row = 0; row < block.rows; ++row) {
-            ++comparison.rows;
-            const bool isOfFirst = one.results.status[row] == 0;
-            const bool isOfSecond = other.results.status[row] == 0;
-            if (isOfFirst && !isOfSecond) ++comparison.firstAlone;
-            if (isOfSecond && !isOfFirst) ++comparison.secondAlone;
-            if (!isOfFirst || !isOfSecond) continue;
-            ++comparison.both;
-            for (size_t i = 0; i < pairs.size(); ++i) {
-                CompareValues(one, other, pairs[i], row, comparison.rows, comparison.columns[i]);
-            }
-        }
-    }
+        for (size_t row = 0; row < block.rows; ++row)
+            CompareRow(one, other, pairs, row, comparison);
+        return true;
+    });
     return comparison;
 }
 

@@ -7,8 +7,8 @@
 
 namespace MCVelscore_850 {
 
-class ByteSource;
 class LoadedModel;
+struct ScoringOptions;
 
 /// What two models answer for the cases of a table.
 struct ScoreComparison {
@@ -41,11 +41,14 @@ struct ScoreComparison {
     bool Differ() const;
 };
 
-/// Scores the cases of a table with both models.
+/// Scores the cases of a table with both models. Of the options those that say how tables are read
+/// count: what they tell of a field that one model alone reads is told of that one. The columns of
+/// a table without a header are the first model's, in its order; the second reads its own by these
+/// names.
 ///
-/// Errors  Failure: what RowReader and CasePreparer refuse.
+/// Errors  Failure: what TextTables and CasePreparer refuse.
 ScoreComparison CompareScores(const LoadedModel& first, const LoadedModel& second,
-                              ByteSource& cases);
+                              const std::string& table, const ScoringOptions& options);
 
 }  // namespace MCVelscore_850
 

@@ -14,7 +14,9 @@
 
 namespace MCVelscore_850 {
 
-PublishedForm ConvertDocument(Document& document, const Plugin& plugin)
+namespace {
+
+PublishedForm ConvertWithinMemory(Document& document, const Plugin& plugin)
 {
     PublishedForm published{document.File(), {}, {}};
     bool translated = false;
@@ -31,6 +33,13 @@ PublishedForm ConvertDocument(Document& document, const Plugin& plugin)
     DropIndentation(document.Root());
     published.text = TreeText(*document.GetTree().dom);
     return published;
+}
+
+}  // namespace
+
+PublishedForm ConvertDocument(Document& document, const Plugin& plugin)
+{
+    return WithinMemory([&] { return ConvertWithinMemory(document, plugin); });
 }
 
 }  // namespace MCVelscore_850

@@ -105,7 +105,7 @@ private:
 FixedDocument FixDocument(Document& document)
 {
     try {
-        return Fixing(document).Run();
+        return WithinMemory([&] { return Fixing(document).Run(); });
     } catch (const VSException& refusal) {
         throw DocumentFailure(refusal, document.File());
     }

@@ -40,8 +40,8 @@ std::string TextOf(const Document& document, std::string_view bytes)
 }
 
 // What comes after the guard: the tree, a look at its root, and what is kept of the bytes.
-Document Build(std::string_view bytes, const std::string& file,
-               const std::vector<ElementPlace>& places, const Keeping& keeping)
+Document BuildUnguarded(std::string_view bytes, const std::string& file,
+                        const std::vector<ElementPlace>& places, const Keeping& keeping)
 {
     if (keeping.sha256 != nullptr) *keeping.sha256 = Sha256Of(bytes);
     auto tree = std::make_unique<Document::Tree>();
@@ -53,6 +53,12 @@ Document Build(std::string_view bytes, const std::string& file,
     }
     if (keeping.text != nullptr) *keeping.text = TextOf(document, bytes);
     return document;
+}
+
+Document Build(std::string_view bytes, const std::string& file,
+               const std::vector<ElementPlace>& places, const Keeping& keeping)
+{
+    return WithinMemory([&] { return BuildUnguarded(bytes, file, places, keeping); });
 }
 
 }  // namespace

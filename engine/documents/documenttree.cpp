@@ -20,6 +20,10 @@ namespace MCVelscore_850 {
 
 namespace {
 
+// Of the spare piece: the library lists the data of one node in it, of which there are three at
+// most.
+constexpr size_t kSpareBytes = 256;
+
 // The library counts its users without a lock.
 std::mutex& SessionLock()
 {
@@ -112,8 +116,12 @@ XercesSession::~XercesSession()
     xercesc::XMLPlatformUtils::Terminate();
 }
 
+TreeMemory::TreeMemory() : spare_(static_cast<Piece*>(::operator new(sizeof(Piece) + kSpareBytes)))
+{}
+
 TreeMemory::~TreeMemory()
 {
+    ::operator delete(spare_);
     for (Piece* piece = pieces_.after; piece != &pieces_;) {
         ::operator delete(std::exchange(piece, piece->after));
     }
@@ -122,6 +130,10 @@ TreeMemory::~TreeMemory()
 void* TreeMemory::allocate(XMLSize_t size)
 {
     auto* piece = static_cast<Piece*>(::operator new(sizeof(Piece) + size, std::nothrow));
+    if (piece == nullptr && lendsSpare_ && !isSpareLent_ && size <= kSpareBytes) {
+        isSpareLent_ = true;
+        return spare_ + 1;
+    }
     if (piece == nullptr) throw xercesc::OutOfMemoryException();
     *piece = {&pieces_, pieces_.after};
     pieces_.after->before = piece;
@@ -133,6 +145,10 @@ void TreeMemory::deallocate(void* memory)
 {
     if (memory == nullptr) return;
     Piece* piece = static_cast<Piece*>(memory) - 1;
+    if (piece == spare_) {
+        isSpareLent_ = false;
+        return;
+    }
     piece->before->after = piece->after;
     piece->after->before = piece->before;
     ::operator delete(piece);

@@ -29,10 +29,10 @@ public:
 /// Runs a function that works with trees. Where the XML library has no memory left it throws what
 /// is no std::exception; here that becomes std::bad_alloc.
 template <class Function>
-void WithinMemory(Function function)
+auto WithinMemory(Function function)
 {
     try {
-        function();
+        return function();
     } catch (const xercesc::OutOfMemoryException&) {
         throw std::bad_alloc();
     }
@@ -42,8 +42,11 @@ void WithinMemory(Function function)
 /// where memory runs out while it is made, is freed with the rest.
 class TreeMemory final : public xercesc::MemoryManager {
 public:
-    TreeMemory() = default;
+    TreeMemory();
     ~TreeMemory() override;
+
+    /// From now on there is memory for a small piece at a time, if none is left elsewhere.
+    void LendSpare() { lendsSpare_ = true; }
 
     xercesc::MemoryManager* getExceptionMemoryManager() override { return this; }
     void* allocate(XMLSize_t size) override;
@@ -56,13 +59,17 @@ private:
         Piece* after;
     };
     Piece pieces_{&pieces_, &pieces_};  ///< a ring, of which this is the one that isn't in use
+    Piece* const spare_;
+    bool lendsSpare_ = false;
+    bool isSpareLent_ = false;
 };
 
 /// Lists of a tree's elements lie outside its own memory, so it is released; that takes memory, to
-/// tell each node, and where there is none the tree goes with its own.
+/// tell each node, for which there is a spare piece.
 struct ReleaseTree {
     void operator()(xercesc::DOMDocument* tree) const
     {
+        if (memory != nullptr) memory->LendSpare();
         try {
             tree->release();
         } catch (const xercesc::OutOfMemoryException&) {

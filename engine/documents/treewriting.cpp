@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include <xercesc/framework/MemBufFormatTarget.hpp>
 #include <xercesc/util/XMLString.hpp>
@@ -12,6 +13,8 @@
 namespace MCVelscore_850 {
 
 namespace {
+
+constexpr XMLSize_t kBufferBytes = 1023;  // the library's usual one, which grows
 
 struct Release {
     template <class Object>
@@ -27,17 +30,20 @@ bool IsBlank(const XMLCh* text)
                        [](XMLCh c) { return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r'; });
 }
 
+// Asked by its features instead, the library would lose memory where there is little.
 xercesc::DOMImplementation& Implementation()
 {
-    return *xercesc::DOMImplementationRegistry::getDOMImplementation(XmlFromUtf8("LS").c_str());
+    return *xercesc::DOMImplementation::getImplementation();
 }
 
 }  // namespace
 
 OwnedTree NewTree(const std::string& nameSpace, const std::string& root)
 {
-    return OwnedTree(Implementation().createDocument(XmlFromUtf8(nameSpace).c_str(),
-                                                     XmlFromUtf8(root).c_str(), nullptr));
+    auto memory = std::make_shared<TreeMemory>();
+    xercesc::DOMDocument* const tree = Implementation().createDocument(
+        XmlFromUtf8(nameSpace).c_str(), XmlFromUtf8(root).c_str(), nullptr, memory.get());
+    return OwnedTree(tree, {std::move(memory)});
 }
 
 void DropIndentation(Element element)
@@ -57,12 +63,14 @@ void DropIndentation(Element element)
 std::string TreeText(const xercesc::DOMDocument& tree, TreeForm form)
 {
     xercesc::DOMImplementation& implementation = Implementation();
+    TreeMemory memory;
     const std::unique_ptr<xercesc::DOMLSSerializer, Release> serializer(
-        implementation.createLSSerializer());
+        implementation.createLSSerializer(&memory));
     serializer->getDomConfig()->setParameter(xercesc::XMLUni::fgDOMWRTFormatPrettyPrint,
                                              form == TreeForm::Indented);
-    const std::unique_ptr<xercesc::DOMLSOutput, Release> output(implementation.createLSOutput());
-    xercesc::MemBufFormatTarget target;
+    const std::unique_ptr<xercesc::DOMLSOutput, Release> output(
+        implementation.createLSOutput(&memory));
+    xercesc::MemBufFormatTarget target(kBufferBytes, &memory);
     output->setByteStream(&target);
     output->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
     serializer->write(&tree, output.get());

@@ -1,14 +1,12 @@
 #include "engine/reports/checkjson.h"
 
-#include <nlohmann/json.hpp>
-
 #include "engine/documents/loadedmodel.h"
 
 namespace MCVelscore_850 {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Json = JsonValue;
 
 Json NumberOrNull(unsigned long number) { return number == 0 ? Json() : Json(number); }
 
@@ -17,23 +15,23 @@ Json TextOrNull(const std::string& text) { return text.empty() ? Json() : Json(t
 // An array with an object for each finding, by place.
 Json FindingsJson(const Findings& findings)
 {
-    Json all = Json::array();
+    Json all = Json::Array();
     for (const Finding& finding : findings.Kept()) {
-        all.push_back({{"rule", finding.rule->name},
-                       {"code", nullptr},
-                       {"severity", WordOf(finding.answer)},
-                       {"strict", finding.answer != Answer::Fault && finding.CountsWhenStrict()},
-                       {"line", NumberOrNull(finding.place.line)},
-                       {"column", NumberOrNull(finding.place.column)},
-                       {"path", TextOrNull(finding.place.path)},
-                       {"element", TextOrNull(finding.element)},
-                       {"attribute", TextOrNull(finding.attribute)},
-                       {"found", finding.hasFound ? Json(finding.found) : Json()},
-                       {"expected", TextOrNull(finding.expected)},
-                       {"near", TextOrNull(finding.nearWord)},
-                       {"message", finding.text},
-                       {"remedy", TextOrNull(finding.remedy)},
-                       {"fixable", finding.canBeFixed}});
+        all.Add({{"rule", finding.rule->name},
+                 {"code", nullptr},
+                 {"severity", WordOf(finding.answer)},
+                 {"strict", finding.answer != Answer::Fault && finding.CountsWhenStrict()},
+                 {"line", NumberOrNull(finding.place.line)},
+                 {"column", NumberOrNull(finding.place.column)},
+                 {"path", TextOrNull(finding.place.path)},
+                 {"element", TextOrNull(finding.element)},
+                 {"attribute", TextOrNull(finding.attribute)},
+                 {"found", finding.hasFound ? Json(finding.found) : Json()},
+                 {"expected", TextOrNull(finding.expected)},
+                 {"near", TextOrNull(finding.nearWord)},
+                 {"message", finding.text},
+                 {"remedy", TextOrNull(finding.remedy)},
+                 {"fixable", finding.canBeFixed}});
     }
     return all;
 }
@@ -62,7 +60,7 @@ Json RefusalJson(const Failure& failure)
 // How many of each rule are left out, by the rule's name.
 Json LeftOutJson(const Findings& findings)
 {
-    Json leftOut = Json::object();
+    Json leftOut = Json::Object();
     for (const Findings::Unkept& more : findings.NotKept()) {
         leftOut[std::string(more.rule->name)] = more.number;
     }
@@ -105,7 +103,7 @@ Json RefusedJson(const std::string& file, const Failure& failure)
     AddFindings(refusal == nullptr ? Findings() : refusal->Found(), json);
     // Faults of the audit are findings already.
     if (dynamic_cast<const DocumentFaults*>(&failure) == nullptr) {
-        json["findings"].push_back(RefusalJson(failure));
+        json["findings"].Add(RefusalJson(failure));
     }
     return json;
 }

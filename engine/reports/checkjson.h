@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include <nlohmann/json_fwd.hpp>
+#include "engine/reports/jsontext.h"
 
 namespace MCVelscore_850 {
 
@@ -12,10 +12,10 @@ class LoadedModel;
 
 /// What `check` says of a document that can be read: its family, and what was found and adapted in
 /// it. `file` is the name that the caller knows it by.
-nlohmann::ordered_json AcceptedJson(const std::string& file, const LoadedModel& model);
+JsonValue AcceptedJson(const std::string& file, const LoadedModel& model);
 
 /// What it says of one that was refused: where, why, what to do, and all that was found.
-nlohmann::ordered_json RefusedJson(const std::string& file, const Failure& failure);
+JsonValue RefusedJson(const std::string& file, const Failure& failure);
 
 }  // namespace MCVelscore_850
 

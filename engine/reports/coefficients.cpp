@@ -4,8 +4,6 @@
 #include <limits>
 #include <string_view>
 
-#include <nlohmann/json.hpp>
-
 #include "engine/scoring/resultnumber.h"
 #include "engine/tables/rowtext.h"
 #include "host/model/modeldescription.h"
@@ -16,7 +14,7 @@ namespace MCVelscore_850 {
 namespace {
 
 namespace Precise = MCMath_850::Precise;
-using Json = nlohmann::ordered_json;
+using Json = JsonValue;
 
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 constexpr size_t kRatioColumns = 3;
@@ -136,12 +134,12 @@ std::string CoefficientsCsv(const CoefficientTable& table)
     return std::string(text.Text());
 }
 
-nlohmann::ordered_json CoefficientsJson(const CoefficientTable& table)
+JsonValue CoefficientsJson(const CoefficientTable& table)
 {
     Json json{{"level", table.level}, {"ratio", table.ratio}};
     json["df"] = table.isStudent ? Json(table.degreesOfFreedom) : Json();
     const std::vector<std::string> columns = table.Columns();
-    Json rows = Json::array();
+    Json rows = Json::Array();
     for (const CoefficientRow& row : table.rows) {
         Json entry{
             {columns[0], row.category}, {columns[1], row.parameter}, {columns[2], row.label}};
@@ -149,7 +147,7 @@ nlohmann::ordered_json CoefficientsJson(const CoefficientTable& table)
         for (size_t i = 0; i < numbers.size(); ++i) {
             entry[columns[columns.size() - numbers.size() + i]] = numbers[i];
         }
-        rows.push_back(std::move(entry));
+        rows.Add(std::move(entry));
     }
     json["rows"] = std::move(rows);
     return json;

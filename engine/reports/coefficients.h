@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include <nlohmann/json_fwd.hpp>
+#include "engine/reports/jsontext.h"
 
 namespace MCVelscore_850 {
 
@@ -54,7 +54,7 @@ CoefficientTable CoefficientsOf(const ModelDescription& description, double leve
 /// As comma-separated values, with a header.
 std::string CoefficientsCsv(const CoefficientTable& table);
 /// As part of a report: level, df of t, ratio and the rows. Numbers that don't exist are null.
-nlohmann::ordered_json CoefficientsJson(const CoefficientTable& table);
+JsonValue CoefficientsJson(const CoefficientTable& table);
 
 }  // namespace MCVelscore_850
 

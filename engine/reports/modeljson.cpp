@@ -1,7 +1,5 @@
 #include "engine/reports/modeljson.h"
 
-#include <nlohmann/json.hpp>
-
 #include "engine/documents/loadedmodel.h"
 #include "engine/reports/coefficients.h"
 #include "engine/reports/jsontext.h"
@@ -12,13 +10,13 @@ namespace MCVelscore_850 {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Json = JsonValue;
 
 Json EquationJson(const ModelDescription::Equation& equation)
 {
-    Json terms = Json::array();
+    Json terms = Json::Array();
     for (const ModelDescription::Term& term : equation.terms) {
-        Json factors = Json::array();
+        Json factors = Json::Array();
         for (const ModelDescription::Factor& factor : term.factors) {
             Json entry{{"predictor", factor.predictor}};
             if (factor.isCategory) {
@@ -26,14 +24,14 @@ Json EquationJson(const ModelDescription::Equation& equation)
             } else {
                 entry["exponent"] = factor.exponent;
             }
-            factors.push_back(std::move(entry));
+            factors.Add(std::move(entry));
         }
         Json entry{{"parameter", term.parameter}, {"label", term.label}, {"beta", term.beta}};
         if (term.referencePoint) entry["referencePoint"] = *term.referencePoint;
         entry["factors"] = std::move(factors);
-        terms.push_back(std::move(entry));
+        terms.Add(std::move(entry));
     }
-    Json json = Json::object();
+    Json json = Json::Object();
     if (!equation.category.empty()) json["category"] = equation.category;
     if (equation.isCumulative) json["cumulative"] = true;
     json["terms"] = std::move(terms);
@@ -68,39 +66,39 @@ std::string ModelJson(const LoadedModel& model)
     json["cutoffCategory"] = about.cutoffCategory;
     json["df"] = about.degreesOfFreedom;
     json["hasCovariances"] = about.hasCovariances;
-    Json equations = Json::array();
+    Json equations = Json::Array();
     for (const ModelDescription::Equation& equation : about.equations) {
-        equations.push_back(EquationJson(equation));
+        equations.Add(EquationJson(equation));
     }
     json["equations"] = std::move(equations);
     json["coefficients"] =
         CoefficientsJson(CoefficientsOf(about, ScoreModel::kDefaultConfidenceLevel));
-    Json contrasts = Json::array();
+    Json contrasts = Json::Array();
     for (const ModelDescription::Contrast& contrast : about.contrasts) {
-        contrasts.push_back({{"predictor", contrast.predictor},
-                             {"categories", contrast.categories},
-                             {"rows", contrast.rows}});
+        contrasts.Add({{"predictor", contrast.predictor},
+                       {"categories", contrast.categories},
+                       {"rows", contrast.rows}});
     }
     json["contrasts"] = std::move(contrasts);
-    Json strata = Json::array();
+    Json strata = Json::Array();
     for (const ModelDescription::Stratum& stratum : about.strata) {
-        strata.push_back({{"value", stratum.value},
-                          {"cells", stratum.cells},
-                          {"minTime", stratum.minTime},
-                          {"maxTime", stratum.maxTime}});
+        strata.Add({{"value", stratum.value},
+                    {"cells", stratum.cells},
+                    {"minTime", stratum.minTime},
+                    {"maxTime", stratum.maxTime}});
     }
     json["baseline"] = std::move(strata);
-    Json columns = Json::array();
+    Json columns = Json::Array();
     const ResultSchema schema(about);
     for (const ResultColumn& column : schema.ValueColumns()) {
-        columns.push_back({{"column", column.name},
-                           {"meaning", column.meaning},
-                           {"empty", column.lacksCovariances}});
+        columns.Add({{"column", column.name},
+                     {"meaning", column.meaning},
+                     {"empty", column.lacksCovariances}});
     }
     json["columns"] = std::move(columns);
-    Json onRequest = Json::array();
+    Json onRequest = Json::Array();
     for (const ResultColumn& column : ColumnsOnRequest(about)) {
-        onRequest.push_back({{"column", column.name}, {"meaning", column.meaning}});
+        onRequest.Add({{"column", column.name}, {"meaning", column.meaning}});
     }
     json["columnsOnRequest"] = std::move(onRequest);
     json["adapted"] = model.Adaptations();

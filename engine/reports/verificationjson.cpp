@@ -1,20 +1,18 @@
 #include "engine/reports/verificationjson.h"
 
-#include <nlohmann/json.hpp>
-
 #include "engine/documents/loadedmodel.h"
 #include "engine/reports/jsontext.h"
 #include "engine/scoring/verification.h"
 
 namespace MCVelscore_850 {
 
-using Json = nlohmann::ordered_json;
+using Json = JsonValue;
 
 std::string VerificationJson(const LoadedModel& model, const VerificationReport& report)
 {
-    Json differences = Json::array();
+    Json differences = Json::Array();
     for (const Difference& difference : report.differences) {
-        differences.push_back(
+        differences.Add(
             {{"record", difference.record},
              {"field", difference.field},
              {"expected", difference.expected},

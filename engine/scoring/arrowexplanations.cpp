@@ -4,6 +4,7 @@
 #include <limits>
 #include <map>
 #include <string_view>
+#include <utility>
 
 #include "engine/documents/loadedmodel.h"
 #include "engine/scoring/explanationshaper.h"
@@ -39,14 +40,48 @@ private:
 
 }  // namespace
 
-ArrowExplanations::ArrowExplanations(const LoadedModel& model, const ArrowSchema& schema,
-                                     const ArrowOptions& options)
-    : outline_(OutlineOf(model.Model())),
-      columns_(schema, options.nanIsMissing, TableScorer::kRows),
-      scorer_(model, columns_.Header(), kArrowTableName, options.table),
-      strict_(options.strict)
+ArrowExplainedCases::ArrowExplainedCases(const LoadedModel& model, const ArrowSchema& schema,
+                                         const ArrowOptions& options)
+    : columns_(schema, options.nanIsMissing, TableScorer::kRows),
+      scorer_(model, columns_.Header(), kArrowTableName, options.table)
 {
     UseColumnsOf(scorer_.Preparer().Fields(), columns_);
+}
+
+int64_t ArrowExplainedCases::Begin(ArrowOwner<ArrowArray> table)
+{
+    table_ = std::move(table);
+    columns_.Begin(*table_);
+    return columns_.Rows();
+}
+
+bool ArrowExplainedCases::Visit(int64_t first, size_t rows, const Visitor& visitor)
+{
+    const int64_t before = rowsBefore_ + first + 1;
+    bool goesOn = true;
+    scorer_.VisitExplanations(
+        columns_.Block(first, rows), nullptr,
+        [&](size_t row, const CaseStatus& status, const CaseExplanation& explanation) {
+            goesOn = visitor(before + static_cast<int64_t>(row), status, explanation);
+            return goesOn;
+        });
+    return goesOn;
+}
+
+void ArrowExplainedCases::End()
+{
+    rowsBefore_ += columns_.Rows();
+    table_ = {};
+}
+
+ArrowExplanations::ArrowExplanations(const LoadedModel& model, const ArrowSchema& schema,
+                                     const ArrowOptions& options, ExplanationOptions explanations)
+    : outline_(OutlineOf(model.Model())),
+      explanations_(std::move(explanations)),
+      lines_(outline_, explanations_),
+      cases_(model, schema, options),
+      strict_(options.strict)
+{
     MakeTexts();
 }
 
@@ -60,6 +95,7 @@ void ArrowExplanations::MakeTexts()
         std::vector<Code>& codes = termCodes_.emplace_back();
         for (const auto& term : equation.terms) codes.push_back(terms.CodeOf(term.name));
     }
+    if (explanations_.top) otherTerms_ = terms.CodeOf(ExplanationLines::kOtherTerms);
     equationTexts_ = equations.Make();
     termTexts_ = terms.Make();
 }
@@ -78,14 +114,12 @@ ArrowOwner<ArrowSchema> ArrowExplanations::Schema()
 
 size_t ArrowExplanations::MostLines() const
 {
-    return std::max<size_t>(1, ExplanationLines::MostLines(outline_, {}));
+    return std::max<size_t>(1, ExplanationLines::MostLines(outline_, explanations_));
 }
 
 int64_t ArrowExplanations::Begin(ArrowOwner<ArrowArray> table)
 {
-    table_ = std::move(table);
-    columns_.Begin(*table_);
-    return columns_.Rows();
+    return cases_.Begin(std::move(table));
 }
 
 ArrowOwner<ArrowArray> ArrowExplanations::Explain(int64_t first, size_t rows)
@@ -95,15 +129,12 @@ ArrowOwner<ArrowArray> ArrowExplanations::Explain(int64_t first, size_t rows)
     terms_.clear();
     values_.clear();
     contributions_.clear();
-    const int64_t before = rowsBefore_ + first + 1;
-    scorer_.VisitExplanations(
-        columns_.Block(first, rows), nullptr,
-        [&](size_t row, const CaseStatus& status, const CaseExplanation& explanation) {
-            const int64_t number = before + static_cast<int64_t>(row);
-            if (strict_ && !status.IsOK()) RefuseRow(number, status);
-            AddCase(number, explanation);
-            return true;
-        });
+    cases_.Visit(first, rows,
+                 [&](int64_t row, const CaseStatus& status, const CaseExplanation& explanation) {
+                     if (strict_ && !status.IsOK()) RefuseRow(row, status);
+                     AddCase(row, explanation);
+                     return true;
+                 });
     const auto count = static_cast<int64_t>(rows_.size());
     std::vector<ArrowOwner<ArrowArray>> columns;
     columns.push_back(MakeArrowArray(
@@ -116,19 +147,18 @@ ArrowOwner<ArrowArray> ArrowExplanations::Explain(int64_t first, size_t rows)
     return MakeArrowTable(count, std::move(columns));
 }
 
-void ArrowExplanations::End()
-{
-    rowsBefore_ += columns_.Rows();
-    table_ = {};
-}
+void ArrowExplanations::End() { cases_.End(); }
 
 void ArrowExplanations::AddCase(int64_t row, const CaseExplanation& explanation)
 {
     const size_t before = rows_.size();
     for (const CaseExplanation::Sum& sum : explanation.Sums()) {
-        for (size_t i = 0; i < sum.addends.size(); ++i) {
-            AddLine(row, equationCodes_[sum.equation], termCodes_[sum.equation][i],
-                    sum.addends[i].value, sum.addends[i].contribution);
+        const ExplanationOutline::Term* terms = outline_.equations[sum.equation].terms.data();
+        for (const ExplanationLine& line : lines_.Of(sum)) {
+            const Code term = line.outlined == nullptr
+                                  ? otherTerms_
+                                  : termCodes_[sum.equation][line.outlined - terms];
+            AddLine(row, equationCodes_[sum.equation], term, line.value, line.contribution);
         }
     }
     if (rows_.size() == before) AddLine(row, -1, -1, kNone, kNone);

@@ -16,6 +16,9 @@ constexpr size_t kBlock = ResultBlock::kRows;
 // The bytes of a bit a row: those of a block are written whole, wherever the rows before it end.
 size_t BitBytes(size_t rows) { return (rows + kBlock) / 8 + 1; }
 
+// Rows that values have room for: a block's end wherever the rows before it do.
+size_t RoomFor(size_t rows) { return rows + ResultBlock::kRowMultiple; }
+
 ArrowTextBytes TextsOf(std::span<const std::string> texts)
 {
     const std::vector<std::string_view> views(texts.begin(), texts.end());
@@ -38,6 +41,22 @@ size_t CountOf(const RowBits& bits)
     size_t count = 0;
     for (const uint64_t word : bits) count += static_cast<size_t>(std::popcount(word));
     return count;
+}
+
+// Zeros where rows of a block lack a value: nobody wrote there, and what is handed out tells
+// nothing of the memory before.
+void ClearAbsent(const ResultBlock::Column& column, const RowBits& all)
+{
+    for (size_t word = 0; word < all.size(); ++word) {
+        for (uint64_t left = all[word] & ~column.present[word]; left != 0; left &= left - 1) {
+            const size_t row = word * 64 + static_cast<size_t>(std::countr_zero(left));
+            if (column.codes.empty()) {
+                column.numbers[row] = 0.0;
+            } else {
+                column.codes[row] = 0;
+            }
+        }
+    }
 }
 
 // Writes a bit whatever stood there.
@@ -93,7 +112,8 @@ void ArrowResults::Begin(int64_t most)
     for (size_t i = 0; i < wanted_.size(); ++i) {
         if (!HasValues(i)) continue;
         const bool isCode = wanted_[i].kind == ResultKind::Category;
-        columns_[i].values = MakeArrowBytes(most_ * (isCode ? sizeof(int32_t) : sizeof(double)));
+        columns_[i].values =
+            MakeArrowBytes(RoomFor(most_) * (isCode ? sizeof(int32_t) : sizeof(double)));
         columns_[i].validity = nullptr;
         columns_[i].presentCount = 0;
     }
@@ -103,15 +123,28 @@ void ArrowResults::Begin(int64_t most)
     }
 }
 
+void ArrowResults::Place(ResultBlock& block)
+{
+    const size_t room = RoomFor(most_) - done_;
+    for (size_t i = 0; i < wanted_.size(); ++i) {
+        if (!HasValues(i)) continue;
+        ResultBlock::Column& column = block.columns[positions_[i]];
+        std::byte* const values = columns_[i].values.get();
+        if (wanted_[i].kind == ResultKind::Category) {
+            column.codes = {reinterpret_cast<int32_t*>(values) + done_, room};
+        } else {
+            column.numbers = {reinterpret_cast<double*>(values) + done_, room};
+        }
+    }
+}
+
 void ArrowResults::Add(const ResultBlock& block)
 {
+    const RowBits all = FirstRows(block.rows);
     for (size_t i = 0; i < wanted_.size(); ++i) {
-        if (HasValues(i)) AddColumn(i, block);
+        if (HasValues(i)) AddBits(i, block, all);
     }
-    const bool isSound = std::all_of(block.status.begin(),
-                                     block.status.begin() + static_cast<std::ptrdiff_t>(block.rows),
-                                     [](int32_t status) { return status == 0; });
-    if (!isSound) AddFaults(block);
+    if (block.hasFaults) AddFaults(block);
     if (block.categories.size() != categoryCount_) {
         categories_ = TextsOf(block.categories);
         categoryCount_ = block.categories.size();
@@ -119,22 +152,15 @@ void ArrowResults::Add(const ResultBlock& block)
     done_ += block.rows;
 }
 
-void ArrowResults::AddColumn(size_t wanted, const ResultBlock& block)
+// Which rows of a column have values; `all` are those of the block.
+void ArrowResults::AddBits(size_t wanted, const ResultBlock& block, const RowBits& all)
 {
     const ResultBlock::Column& from = block.columns[positions_[wanted]];
     Values& to = columns_[wanted];
-    const auto copy = [&](const auto& values) {
-        const size_t size = sizeof values[0];
-        std::memcpy(to.values.get() + done_ * size, values.data(), block.rows * size);
-    };
-    if (from.codes.empty()) {
-        copy(from.numbers);
-    } else {
-        copy(from.codes);
-    }
-    const size_t count = CountOf(from.present);
-    to.presentCount += count;
-    if (count == block.rows && to.validity == nullptr) return;
+    const bool isWhole = from.present == all;
+    to.presentCount += isWhole ? block.rows : CountOf(from.present);
+    if (isWhole && to.validity == nullptr) return;
+    ClearAbsent(from, all);
     if (to.validity == nullptr) {  // the first null: the rows before it have values
         to.validity = MakeArrowBytes(BitBytes(most_));
         std::memset(to.validity.get(), 0xff, (done_ + 7) / 8);

@@ -19,6 +19,7 @@ namespace MCVelscore_850 {
 ///
 /// Columns  numbers are float64, categories int32 indexes into a dictionary of texts, status int32,
 ///          status_field such a dictionary too. What has no value is null; status always has one.
+///          What stands behind a null is 0.
 /// Memory   a table's own; where every row has status 0 those of all tables share their zeros.
 class ArrowResults {
 public:
@@ -30,7 +31,10 @@ public:
 
     /// Begins a table of so many rows at most.
     void Begin(int64_t most);
-    /// Adds the rows of a block.
+    /// Has the next block written where its rows belong. It is Add()ed before the next call, and
+    /// what stood in its columns is gone.
+    void Place(ResultBlock& block);
+    /// Adds the rows of a block that was placed.
     void Add(const ResultBlock& block);
     int64_t Rows() const { return static_cast<int64_t>(done_); }
     /// Appends the columns that are wanted to others, and ends the table.
@@ -47,7 +51,7 @@ private:
     {
         return static_cast<int64_t>(done_ - values.presentCount);
     }
-    void AddColumn(size_t wanted, const ResultBlock& block);
+    void AddBits(size_t wanted, const ResultBlock& block, const RowBits& all);
     void AddFaults(const ResultBlock& block);
     int32_t IndexOf(std::string_view field);
     ArrowColumnParts ValuesOf(size_t wanted);

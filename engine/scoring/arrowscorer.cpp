@@ -86,11 +86,18 @@ void ArrowScorer::End()
     table_.reset();
 }
 
+void ArrowScorer::BeginAnew()
+{
+    scorer_.BeginTable();
+    rowsBefore_ = 0;
+}
+
 void ArrowScorer::ScoreBlock(int64_t first, size_t rows)
 {
+    results_.Place(block_);
     scorer_.Score(columns_.Block(first, rows), block_);
     results_.Add(block_);
-    if (!strict_) return;
+    if (!strict_ || !block_.hasFaults) return;
     for (size_t row = 0; row < rows; ++row) {
         const CaseStatus& status = block_.StatusOf(row);
         if (!status.IsOK()) {

@@ -57,6 +57,8 @@ public:
     ArrowOwner<ArrowArray> Score(int64_t first, int64_t rows);
     /// Lets the table go.
     void End();
+    /// The next table is a first one: it settles the model anew, and its rows count from 1.
+    void BeginAnew();
 
 private:
     void ScoreBlock(int64_t first, size_t rows);

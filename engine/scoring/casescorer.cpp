@@ -67,6 +67,7 @@ CaseStatus CaseScorer::DrawCurve(const ColumnBlock& block, size_t row)
 }
 
 void CaseScorer::SettleAs(const CaseScorer& other) { state_->SettleAs(*other.state_); }
+void CaseScorer::Unsettle() { state_->Unsettle(); }
 
 void CaseScorer::WantLinearPredictorError() { state_->wantsLinearPredictorError = true; }
 

@@ -41,6 +41,8 @@ public:
 
     /// Takes over what the other's first case settled.
     void SettleAs(const CaseScorer& other);
+    /// The next case is a first one again. Throws nothing.
+    void Unsettle();
 
     const ScoreResult& Result() const { return *result_; }
     /// What scoring writes from row to row, beside the results.

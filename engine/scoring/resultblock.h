@@ -37,41 +37,64 @@ using RowBits = std::array<uint64_t, BatchScorer::kRows / 64>;
 inline bool HasRow(const RowBits& bits, size_t row) { return (bits[row / 64] >> (row % 64)) & 1U; }
 inline void AddRow(RowBits& bits, size_t row) { bits[row / 64] |= uint64_t{1} << (row % 64); }
 
+/// The first rows of a block, as bits.
+inline RowBits FirstRows(size_t count)
+{
+    RowBits bits{};
+    for (size_t i = 0; i < bits.size() && i * 64 < count; ++i) {
+        const size_t rows = count - i * 64;
+        bits[i] = rows >= 64 ? ~uint64_t{0} : (uint64_t{1} << rows) - 1;
+    }
+    return bits;
+}
+
 /// The results of a block of rows by the columns of a ResultSchema; filled by a TableScorer, which
 /// writes over it block by block.
 struct ResultBlock {
     static constexpr size_t kRows = BatchScorer::kRows;
+    /// Columns have room for a multiple of so many rows, a word of bits.
+    static constexpr size_t kRowMultiple = 64;
 
     /// A column that holds values: numbers, or codes of categories. What stands where a row isn't
-    /// present means nothing.
+    /// present, and behind the rows, means nothing. They are written into the block's own memory,
+    /// or from the next block on wherever the column is made to point to.
     struct Column {
-        std::vector<double> numbers{};
-        std::vector<int32_t> codes{};
+        std::span<double> numbers{};
+        std::span<int32_t> codes{};
         RowBits present{};
     };
 
     /// Makes room for results of that schema.
     explicit ResultBlock(const ResultSchema& schema)
-        : columns(schema.ValueCount()), status(kRows), faults(kRows)
+        : columns(schema.ValueCount()), status(kRows), faults(kRows), numbers_(columns.size())
     {
         for (size_t i = 0; i < columns.size(); ++i) {
             if (schema.Columns()[i].kind == ResultKind::Category) {
-                columns[i].codes.resize(kRows);
+                codes_.resize(kRows);
+                columns[i].codes = codes_;
             } else {
-                columns[i].numbers.resize(kRows);
+                numbers_[i].resize(kRows);
+                columns[i].numbers = numbers_[i];
             }
         }
     }
+    ResultBlock(ResultBlock&&) = default;
+    ResultBlock& operator=(ResultBlock&&) = default;
+    ResultBlock(const ResultBlock&) = delete;
+    ResultBlock& operator=(const ResultBlock&) = delete;
+    ~ResultBlock() = default;
 
     /// Begins a block: every row has status 0 and no value.
     void Begin(size_t count)
     {
         rows = count;
-        std::fill_n(status.begin(), count, 0);
+        if (hasFaults) std::fill(status.begin(), status.end(), 0);
+        hasFaults = false;
         for (Column& column : columns) column.present = {};
     }
     void SetFault(size_t row, const CaseStatus& fault)
     {
+        hasFaults = true;
         status[row] = static_cast<int32_t>(fault.code);
         faults[row] = fault;
     }
@@ -84,9 +107,14 @@ struct ResultBlock {
 
     size_t rows = 0;
     std::vector<Column> columns;     ///< the schema's first ones, in their order
+    bool hasFaults = false;          ///< a row's status isn't 0
     std::vector<int32_t> status;     ///< 0, or the code that refuses the row
     std::vector<CaseStatus> faults;  ///< of rows whose status isn't 0; views the block's texts
     std::span<const ResultCategory> categories{};  ///< that codes stand for, the scorer's own
+
+private:
+    std::vector<std::vector<double>> numbers_;  // by column
+    std::vector<int32_t> codes_;                // of the predicted category
 };
 
 }  // namespace MCVelscore_850

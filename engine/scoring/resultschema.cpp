@@ -22,6 +22,9 @@ namespace MCVelscore_850 {
 namespace {
 
 constexpr double kMissing = NumericValue::GetSysmisValue();
+// Numbers up to this size exist: it lies below those that stand for none.
+constexpr double kSureSize = 1e300;
+static_assert(kSureSize < -kMissing);
 
 // Two numbers side by side, of which a comparison makes two masks.
 using Pair = double __attribute__((vector_size(16)));
@@ -42,6 +45,7 @@ bool Either(bool one, bool other) { return (int{one} | int{other}) != 0; }
 
 // What tells of a number, or of each of two, that it stands for none.
 struct LacksNumber {
+    static constexpr ResultSchema::Range kSure{-kSureSize, kSureSize};
     template <class X>
     static auto Of(X x)
     {
@@ -51,6 +55,7 @@ struct LacksNumber {
 
 // -1 is what a result holds that no standard error was written into.
 struct LacksError {
+    static constexpr ResultSchema::Range kSure{0.0, kSureSize};
     template <class X>
     static auto Of(X x)
     {
@@ -61,6 +66,7 @@ struct LacksError {
 // A limit without a mean may come multiplied by a number of trials, so whatever is as large as the
 // system-missing number is none.
 struct LacksLimit {
+    static constexpr ResultSchema::Range kSure{-kSureSize, kSureSize};
     template <class X>
     static auto Of(X x)
     {
@@ -90,6 +96,14 @@ uint64_t Bits(const double* numbers, size_t count)
     return bits;
 }
 
+// Which numbers exist: bit by bit, and where surely.
+struct Existence {
+    uint64_t (*bits)(const double* numbers, size_t count) = nullptr;
+    ResultSchema::Range sure{};
+};
+template <class Lacks>
+constexpr Existence kUnless{Bits<Lacks>, Lacks::kSure};
+
 constexpr int kAnyResult = -1;
 
 struct Quantity {
@@ -98,40 +112,50 @@ struct Quantity {
     std::string_view name;
     int resultType;         // that has it
     bool ofPredictionOnly;  // also where the prediction alone is wanted
-    uint64_t (*existing)(const double* numbers, size_t count);
+    Existence existence;
     std::string_view meaning;  // where the model tells none
 };
 
 // In the order of ResultQuantity.
 constexpr Quantity kQuantities[] = {
     {ResultQuantity::Prediction, ResultKind::Number, "prediction", kAnyResult, true,
-     Bits<LacksNumber>, ""},
+     kUnless<LacksNumber>, ""},
     {ResultQuantity::StdDev, ResultKind::Number, "std_dev", ScoreResult::LR_RESULT, false,
-     Bits<LacksError>, ""},
+     kUnless<LacksError>, ""},
     {ResultQuantity::CILower, ResultKind::Number, "ci_lower", ScoreResult::LR_RESULT, false,
-     Bits<LacksLimit>, ""},
+     kUnless<LacksLimit>, ""},
     {ResultQuantity::CIUpper, ResultKind::Number, "ci_upper", ScoreResult::LR_RESULT, false,
-     Bits<LacksLimit>, ""},
+     kUnless<LacksLimit>, ""},
     {ResultQuantity::Probability, ResultKind::Number, "probability", ScoreResult::MLR_RESULT, false,
-     Bits<LacksNumber>, ""},
+     kUnless<LacksNumber>, ""},
     {ResultQuantity::CumHazard, ResultKind::Number, "cum_hazard", ScoreResult::COXREG_RESULT, false,
-     Bits<LacksNumber>, ""},
+     kUnless<LacksNumber>, ""},
     {ResultQuantity::LinearPredictor, ResultKind::Number, "linear_predictor", kAnyResult, true,
-     Bits<LacksNumber>, "linear predictor"},
+     kUnless<LacksNumber>, "linear predictor"},
     {ResultQuantity::LinearPredictorError, ResultKind::Number, "std_err(linear_predictor)",
-     kAnyResult, true, Bits<LacksError>, "standard error of the linear predictor"},
+     kAnyResult, true, kUnless<LacksError>, "standard error of the linear predictor"},
     {ResultQuantity::Risk, ResultKind::Number, "risk", ScoreResult::COXREG_RESULT, true,
-     Bits<LacksNumber>, "exp of the linear predictor: the hazard, relative to the baseline's"},
+     kUnless<LacksNumber>, "exp of the linear predictor: the hazard, relative to the baseline's"},
     {ResultQuantity::MedianSurvival, ResultKind::Number, "median_survival",
-     ScoreResult::COXREG_RESULT, true, Bits<LacksNumber>,
+     ScoreResult::COXREG_RESULT, true, kUnless<LacksNumber>,
      "smallest time of the baseline with a survival of 0.5 or less"},
     {ResultQuantity::SurvivalAt, ResultKind::Number, kSurvivalAt, ScoreResult::COXREG_RESULT, true,
-     Bits<LacksNumber>, "probability to survive that time"},
+     kUnless<LacksNumber>, "probability to survive that time"},
     {ResultQuantity::ProbabilityError, ResultKind::Number, "std_err(probability",
-     ScoreResult::MLR_RESULT, false, Bits<LacksError>, "standard error of the probability"},
-    {ResultQuantity::Status, ResultKind::Status, "status", kAnyResult, true, nullptr,
+     ScoreResult::MLR_RESULT, false, kUnless<LacksError>, "standard error of the probability"},
+    {ResultQuantity::Status,
+     ResultKind::Status,
+     "status",
+     kAnyResult,
+     true,
+     {},
      "0, or the code of the reason why there is no score"},
-    {ResultQuantity::StatusField, ResultKind::FieldName, "status_field", kAnyResult, true, nullptr,
+    {ResultQuantity::StatusField,
+     ResultKind::FieldName,
+     "status_field",
+     kAnyResult,
+     true,
+     {},
      "the field at fault"},
 };
 
@@ -290,7 +314,12 @@ bool ResultSchema::Exists(ResultQuantity quantity, double number)
 
 uint64_t ResultSchema::ExistingBits(ResultQuantity quantity, const double* numbers, size_t count)
 {
-    return kQuantities[static_cast<size_t>(quantity)].existing(numbers, count);
+    return kQuantities[static_cast<size_t>(quantity)].existence.bits(numbers, count);
+}
+
+ResultSchema::Range ResultSchema::SureRange(ResultQuantity quantity)
+{
+    return kQuantities[static_cast<size_t>(quantity)].existence.sure;
 }
 
 std::vector<ResultColumn> ColumnsOnRequest(const ModelDescription& description)

@@ -119,6 +119,12 @@ public:
     static bool Exists(ResultQuantity quantity, double number);
     /// The same of up to 64 numbers, a bit each, least significant first.
     static uint64_t ExistingBits(ResultQuantity quantity, const double* numbers, size_t count);
+    /// Numbers in that range exist, whatever else does.
+    struct Range {
+        double low;
+        double high;
+    };
+    static Range SureRange(ResultQuantity quantity);
 
 private:
     int resultType_;

@@ -144,6 +144,7 @@ private:
     void ScoreRows(std::span<const std::string_view> fields, size_t columns)
     {
         const ColumnBlock block = textRows_.Block(fields);
+        results_.Place(block_);
         scorer_.Score(block, block_);
         if (options_.scoring.strict) {
             for (size_t row = 0; row < block.rows; ++row) {
@@ -200,12 +201,14 @@ TableScan::TableScan(const LoadedModel& model, std::vector<std::string> paths,
       threads_(std::max<size_t>(1, options.threads))
 {
     const TableOptions table = TableOptionsOf(model, reader_, options);
-    for (size_t i = 0; i < threads_; ++i) tasks_.emplace_back(model, reader_, options, table);
+    for (size_t i = 0; i < threads_; ++i) {
+        tasks_.push_back(std::make_unique<ScanTask>(model, reader_, options, table));
+    }
 }
 
 TableScan::~TableScan() = default;
 
-ArrowOwner<ArrowSchema> TableScan::Schema() const { return tasks_.front().Schema(); }
+ArrowOwner<ArrowSchema> TableScan::Schema() const { return tasks_.front()->Schema(); }
 
 std::optional<ArrowOwner<ArrowArray>> TableScan::Next()
 {
@@ -216,7 +219,7 @@ std::optional<ArrowOwner<ArrowArray>> TableScan::Next()
             Fill();
             continue;
         }
-        ScanTask& task = tasks_[taken_++];
+        ScanTask& task = *tasks_[taken_++];
         if (task.WhyEnded() != nullptr) {  // nothing behind it counts
             failure_ = task.WhyEnded();
             filled_ = taken_;
@@ -229,11 +232,11 @@ void TableScan::Fill()
 {
     taken_ = 0;
     filled_ = 0;
-    const bool isSettled = tasks_.front().IsSettled();
+    const bool isSettled = tasks_.front()->IsSettled();
     const size_t most = isSettled ? threads_ : 1;
     try {
         while (filled_ < most && !readEnded_) {
-            if (reader_.Next(tasks_[filled_].Records())) {
+            if (reader_.Next(tasks_[filled_]->Records())) {
                 ++filled_;
             } else {
                 readEnded_ = true;
@@ -244,27 +247,27 @@ void TableScan::Fill()
         readEnded_ = true;
     }
     RunAll();
-    if (isSettled || !tasks_.front().IsSettled()) return;
-    for (size_t i = 1; i < tasks_.size(); ++i) tasks_[i].SettleAs(tasks_.front());
+    if (isSettled || !tasks_.front()->IsSettled()) return;
+    for (size_t i = 1; i < tasks_.size(); ++i) tasks_[i]->SettleAs(*tasks_.front());
 }
 
 void TableScan::RunAll()
 {
     if (filled_ < 2) {
-        if (filled_ == 1) tasks_.front().Run();
+        if (filled_ == 1) tasks_.front()->Run();
         return;
     }
     // The library hands tasks to its threads and back; it isn't built for ThreadSanitizer, which
     // learns of that by these turns.
-    for (size_t i = 0; i < filled_; ++i) tasks_[i].OwnTurn().Pass();
+    for (size_t i = 0; i < filled_; ++i) tasks_[i]->OwnTurn().Pass();
     oneapi::tbb::task_arena arena(static_cast<int>(threads_));
     arena.execute([this] {
         oneapi::tbb::parallel_for(size_t{0}, filled_, [this](size_t i) {
-            const Turn::Holder its(tasks_[i].OwnTurn());
-            tasks_[i].Run();
+            const Turn::Holder its(tasks_[i]->OwnTurn());
+            tasks_[i]->Run();
         });
     });
-    for (size_t i = 0; i < filled_; ++i) tasks_[i].OwnTurn().Take();
+    for (size_t i = 0; i < filled_; ++i) tasks_[i]->OwnTurn().Take();
 }
 
 }  // namespace MCVelscore_850

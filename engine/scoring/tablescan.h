@@ -2,7 +2,6 @@
 #define VELSCORE_ENGINE_SCORING_TABLESCAN_H
 
 #include <cstddef>
-#include <deque>
 #include <exception>
 #include <memory>
 #include <optional>
@@ -50,7 +49,7 @@ private:
     void RunAll();
 
     TableReader reader_;
-    std::deque<ScanTask> tasks_;
+    std::vector<std::unique_ptr<ScanTask>> tasks_;  ///< each stays where it is
     size_t threads_;
     size_t filled_ = 0;  ///< tasks that hold a block
     size_t taken_ = 0;   ///< of these, handed out

@@ -39,17 +39,6 @@ CaseOptions CaseOptionsOf(const LoadedModel& model, const TableOptions& options)
             options.headerRemedy};
 }
 
-// The first rows of a block, as bits.
-RowBits FirstRows(size_t count)
-{
-    RowBits bits{};
-    for (size_t i = 0; i < bits.size() && i * 64 < count; ++i) {
-        const size_t rows = count - i * 64;
-        bits[i] = rows >= 64 ? ~uint64_t{0} : (uint64_t{1} << rows) - 1;
-    }
-    return bits;
-}
-
 }  // namespace
 
 TableScorer::TableScorer(const LoadedModel& model, std::span<const std::string> header,
@@ -127,6 +116,12 @@ void TableScorer::SettleAs(const TableScorer& other)
     settled_ = other.settled_;
 }
 
+void TableScorer::BeginTable()
+{
+    one_.Unsettle();
+    settled_ = false;
+}
+
 void TableScorer::VisitCases(const ColumnBlock& block, const CaseVisitor& visitor)
 {
     one_.Preparer().BeginBlock();
@@ -201,8 +196,9 @@ void TableScorer::ScoreTogether(const ColumnBlock& block, size_t first, ResultBl
     road_->Score(block, PlacesIn(results), unsure);
     RowBits scored = FirstRows(block.rows);
     for (size_t i = 0; i < scored.size(); ++i) scored[i] &= ~unsure[i];
+    const bool isWhole = scored == FirstRows(block.rows);
     for (size_t i = 0; i < results.columns.size(); ++i) {
-        FinishColumn(schema_.Columns()[i], scored, results.columns[i]);
+        FinishColumn(schema_.Columns()[i], scored, isWhole ? block.rows : 0, results.columns[i]);
     }
     // The block was written over the row that the model was settled by.
     if (first > 0) ReadResult(first - 1, results);
@@ -260,8 +256,9 @@ BatchResults TableScorer::PlacesIn(ResultBlock& results)
     return places;
 }
 
-// Of the rows that a block scored: which have a value, and what the document makes of it.
-void TableScorer::FinishColumn(const ResultColumn& column, const RowBits& scored,
+// Of the rows that a block scored: which have a value, and what the document makes of it. `whole`
+// is their number where they are all that there are, else 0.
+void TableScorer::FinishColumn(const ResultColumn& column, const RowBits& scored, size_t whole,
                                ResultBlock::Column& values) const
 {
     if (column.lacksCovariances) return;
@@ -273,13 +270,22 @@ void TableScorer::FinishColumn(const ResultColumn& column, const RowBits& scored
         values.present = scored;
         return;
     }
+    const bool changes =
+        column.quantity == ResultQuantity::Prediction && reader_.ChangesPredictions();
+    if (whole > 0 && !changes) {
+        const auto [low, high] = ResultSchema::SureRange(column.quantity);
+        if (road_->Scorer().SurelyWithin(values.numbers.data(), whole, low, high)) {
+            values.present = scored;
+            return;
+        }
+    }
     const auto existing = [&](size_t word) {
         return ResultSchema::ExistingBits(column.quantity, &values.numbers[word * 64], 64);
     };
     for (size_t word = 0; word < scored.size(); ++word) {
         if (scored[word] == 0) continue;
         uint64_t present = scored[word] & existing(word);
-        if (column.quantity == ResultQuantity::Prediction && reader_.ChangesPredictions()) {
+        if (changes) {
             for (size_t row = word * 64; row < word * 64 + 64; ++row) {
                 if ((present >> (row % 64) & 1U) == 0) continue;
                 values.numbers[row] = reader_.Predicted(values.numbers[row]);

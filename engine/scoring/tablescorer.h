@@ -68,6 +68,9 @@ public:
     bool IsSettled() const { return settled_; }
     /// Goes on as the other does, a scorer of the same model and table: on another thread, say.
     void SettleAs(const TableScorer& other);
+    /// Begins another table of the same columns: its first row settles the model anew. Throws
+    /// nothing.
+    void BeginTable();
 
     /// Scores a block of at most kRows rows. `results` is made with Schema(); its texts of faults
     /// view the block's.
@@ -105,7 +108,7 @@ private:
     bool BindCategories(std::span<const std::string> categories);
     void ScoreTogether(const ColumnBlock& block, size_t first, ResultBlock& results);
     BatchResults PlacesIn(ResultBlock& results);
-    void FinishColumn(const ResultColumn& column, const RowBits& scored,
+    void FinishColumn(const ResultColumn& column, const RowBits& scored, size_t whole,
                       ResultBlock::Column& values) const;
 
     ResultSchema schema_;

@@ -128,7 +128,8 @@ void RefuseUnreadable(const std::string& path)
     if (path == "-") return;
     int error = ::faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) == 0 ? 0 : errno;
     const FileStatus status = StatusOf(path);
-    if (error == 0 && status && S_ISDIR(status->st_mode)) error = EISDIR;
+    if (error == 0 && !status) error = errno;
+    if (error == 0 && S_ISDIR(status->st_mode)) error = EISDIR;
     if (error == 0) return;
     throw Failure(FailureKind::Cases, kCasesNotRead,
                   {InputFile::NameOf(path), std::strerror(error)});

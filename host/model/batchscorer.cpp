@@ -5,4 +5,6 @@ namespace MCVelscore_850 {
 BatchScorer::~BatchScorer() = default;
 BatchScorer::Scratch::~Scratch() = default;
 
+bool BatchScorer::SurelyWithin(const double*, size_t, double, double) const { return false; }
+
 }  // namespace MCVelscore_850

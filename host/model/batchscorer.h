@@ -80,6 +80,10 @@ public:
     /// `unsure` has kRows / 64 words.
     virtual void Score(std::span<const BatchColumn> inputs, size_t rows,
                        const BatchResults& results, uint64_t* unsure, Scratch& scratch) const = 0;
+    /// True when each of `rows` numbers, and no more, lies in low .. high, as quickly as the
+    /// processor can tell. False for NaN among them, and where nothing quicker is known than to
+    /// look at each.
+    virtual bool SurelyWithin(const double* numbers, size_t rows, double low, double high) const;
 };
 
 }  // namespace MCVelscore_850

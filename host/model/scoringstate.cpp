@@ -5,5 +5,6 @@ namespace MCVelscore_850 {
 ScoringState::~ScoringState() = default;
 
 void ScoringState::SettleAs(const ScoringState&) {}
+void ScoringState::Unsettle() {}
 
 }  // namespace MCVelscore_850

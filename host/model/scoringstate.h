@@ -18,6 +18,8 @@ public:
 
     /// Takes over what the first case of another run settled, a run of the same model.
     virtual void SettleAs(const ScoringState& other);
+    /// Lets go what the first case settled: the next one is a first case again. Throws nothing.
+    virtual void Unsettle();
 
     ScoreModel::MVPolicy policy = ScoreModel::MV_SUBSTITUTE;
     bool predictionOnly = false;

@@ -75,7 +75,30 @@ PyObject* CurveStream(PyObject*, PyObject* arguments)
 
 PyObject* ExplainStream(PyObject*, PyObject* arguments)
 {
-    return StreamThrough(arguments, velscore_explain);
+    return Guarded([&] {
+        PyObject* model = nullptr;
+        PyObject* source = nullptr;
+        PyObject* given = nullptr;
+        PyObject* baseline = nullptr;
+        if (PyArg_ParseTuple(arguments, "OOOO:explain", &model, &source, &given, &baseline) == 0) {
+            throw PythonError();
+        }
+        ScoreOptions options(given);
+        Owned<ArrowArrayStream> tables;
+        if (baseline != Py_None) {
+            ArrowArrayStream made = StreamOfSource(baseline);
+            tables = Owned<ArrowArrayStream>(made);
+            options.SetBaseline(tables.Get());
+        }
+        auto open = std::make_shared<OpenStream>();
+        open->model = ModelOf(model);
+        ArrowArrayStream stream = StreamOfSource(source);
+        Call([&](velscore_error* error) {
+            return velscore_explain(open->model.get(), options.Get(), &stream, open->stream.Get(),
+                                    error);
+        });
+        return NewStream(std::move(open)).Release();
+    });
 }
 
 PyObject* ScanFile(PyObject*, PyObject* arguments)
@@ -157,7 +180,8 @@ PyMethodDef functions[] = {
     {"curve", CurveStream, METH_VARARGS,
      "curve(model, source, options)\n--\n\nSurvival curves of the rows."},
     {"explain", ExplainStream, METH_VARARGS,
-     "explain(model, source, options)\n--\n\nHow the linear predictors of the rows add up."},
+     "explain(model, source, options, baseline)\n--\n\nHow the linear predictors of the rows add "
+     "up."},
     {"scan", ScanFile, METH_VARARGS,
      "scan(model, path, options, delimiter, decimal, header, threads)\n--\n\nScores a file."},
     {"check", CheckDocument, METH_VARARGS,

@@ -93,6 +93,15 @@ ScoreOptions::ScoreOptions(PyObject* dict)
         mapFields_.Take(fields.Get(), "a field of map");
         mapColumns_.Take(columns.Get(), "a column of map");
     }
+    if (PyObject* top = Of(dict, "top"); top != nullptr) {
+        top_ = PyLong_AsSize_t(top);
+        if (PyErr_Occurred() != nullptr) throw PythonError();
+        options_.top = &top_;
+    }
+    if (PyObject* row = Of(dict, "baseline_row"); row != nullptr) {
+        options_.baseline_row = PyLong_AsLongLong(row);
+        if (PyErr_Occurred() != nullptr) throw PythonError();
+    }
     options_.map_fields = mapFields_.Pointers();
     options_.map_columns = mapColumns_.Pointers();
     options_.map_count = mapFields_.Count();

@@ -51,9 +51,12 @@ public:
     ScoreOptions(const ScoreOptions&) = delete;
     ScoreOptions& operator=(const ScoreOptions&) = delete;
     const velscore_score_options* Get() const { return &options_; }
+    /// Of explanations; the stream is the caller's until it is taken over.
+    void SetBaseline(ArrowArrayStream* tables) { options_.baseline = tables; }
 
 private:
     velscore_score_options options_ = VELSCORE_SCORE_OPTIONS_INIT;
+    size_t top_ = 0;
     Texts keep_;
     Texts columns_;
     Texts missing_;

@@ -32,6 +32,7 @@ public:
         for (size_t i = 0; i < resultColumns_.size(); ++i) {
             resultColumns_[i] = {&resultNumbers_[i], &resultCodes_[i], nullptr};
         }
+        for (const std::string& name : names_) keys_.push_back(NewText(name));
         results_.columns = resultColumns_.data();
         results_.columns_count = resultColumns_.size();
         results_.status = &status_;
@@ -41,7 +42,9 @@ public:
     BoundRow& operator=(const BoundRow&) = delete;
     ~BoundRow() { velscore_unbind(binding_); }
 
-    const std::vector<std::string>& Names() const { return names_; }
+    size_t Size() const { return names_.size(); }
+    /// The name of a column, as a str.
+    PyObject* Key(size_t i) const { return keys_[i].Get(); }
 
     // Values are None, bool, int, float or str.
     void Set(size_t i, PyObject* value)
@@ -66,13 +69,32 @@ public:
         }
     }
 
+    // Of a value that a column of a table is surely read alike from; false for any other.
+    bool SetAlike(size_t i, PyObject* value)
+    {
+        const bool isAlike = value == Py_None || PyFloat_CheckExact(value) ||
+                             PyLong_CheckExact(value) || PyUnicode_CheckExact(value);
+        if (!isAlike) return false;
+        try {
+            Set(i, value);
+        } catch (const PythonError&) {  // a text that isn't one of C
+            PyErr_Clear();
+            return false;
+        }
+        return true;
+    }
+
+    // The first result of a table of this row alone; nothing where scoring tells a failure.
+    Ref Predict()
+    {
+        velscore_begin_table(binding_);
+        return Run(nullptr) ? ResultOf(0) : Ref();
+    }
+
     Ref Score()
     {
         Told told;
-        if (velscore_score_columns(binding_, columns_.data(), columns_.size(), 1, &results_,
-                                   told.Get()) != 0) {
-            Raise(*told.Get());
-        }
+        if (!Run(told.Get())) Raise(*told.Get());
         Ref scores = Ref::Taken(PyDict_New());
         for (size_t i = 0; i < resultColumns_.size(); ++i) {
             Put(scores, velscore_result_name(binding_, i), ResultOf(i));
@@ -84,7 +106,15 @@ public:
         return scores;
     }
 
+    bool isTaken = false;  ///< by a call that has begun
+
 private:
+    bool Run(velscore_error* error)
+    {
+        return velscore_score_columns(binding_, columns_.data(), columns_.size(), 1, &results_,
+                                      error) == 0;
+    }
+
     void SetNumber(size_t i, double number)
     {
         if (number == -1.0 && PyErr_Occurred() != nullptr) throw PythonError();
@@ -128,6 +158,7 @@ private:
     SharedModel model_;
     velscore_binding* binding_;
     std::vector<std::string> names_;
+    std::vector<Ref> keys_;
     bool tellsStatus_;
     std::vector<double> numbers_;
     std::vector<std::string> texts_;
@@ -169,14 +200,70 @@ PyObject* New(PyTypeObject* type, PyObject* arguments, PyObject*)
     });
 }
 
+// The value under a key, borrowed; null where there is none.
+PyObject* Under(PyObject* dict, PyObject* key)
+{
+    PyObject* value = PyDict_GetItemWithError(dict, key);
+    if (value == nullptr && PyErr_Occurred() != nullptr) throw PythonError();
+    return value;
+}
+
 void SetByName(BoundRow& row, PyObject* values)
 {
-    for (size_t i = 0; i < row.Names().size(); ++i) {
-        const Ref name = NewText(row.Names()[i]);
-        PyObject* value = PyDict_GetItemWithError(values, name.Get());
-        if (value == nullptr && PyErr_Occurred() != nullptr) throw PythonError();
+    for (size_t i = 0; i < row.Size(); ++i) {
+        PyObject* value = Under(values, row.Key(i));
         row.Set(i, value == nullptr ? Py_None : value);
     }
+}
+
+// The one item of a list; null where there isn't just one.
+PyObject* OnlyItem(PyObject* list)
+{
+    const bool isOne = list != nullptr && PyList_CheckExact(list) && PyList_Size(list) == 1;
+    return isOne ? PyList_GetItem(list, 0) : nullptr;
+}
+
+// Sets a row out of a list of one dict, or a dict of lists of one value. False where a table is
+// something else, or might be read otherwise as a table than as a row.
+bool SetByTable(BoundRow& row, PyObject* table)
+{
+    const bool isRows = PyList_CheckExact(table);
+    PyObject* values = isRows ? OnlyItem(table) : table;
+    if (values == nullptr || !PyDict_CheckExact(values)) return false;
+    for (size_t i = 0; i < row.Size(); ++i) {
+        PyObject* value = Under(values, row.Key(i));
+        if (!isRows) value = OnlyItem(value);
+        if (value == nullptr || !row.SetAlike(i, value)) return false;
+    }
+    return true;
+}
+
+// Whatever code of others runs during a call finds the row taken.
+class Taking {
+public:
+    explicit Taking(BoundRow& row) : row_(row) { row_.isTaken = true; }
+    Taking(const Taking&) = delete;
+    Taking& operator=(const Taking&) = delete;
+    ~Taking() { row_.isTaken = false; }
+
+private:
+    BoundRow& row_;
+};
+
+PyObject* Predict(PyObject* self, PyObject* table)
+{
+    return Guarded([&]() -> PyObject* {
+        BoundRow& row = *ValueOf<OwnedRow>(self);
+        Ref prediction;
+        if (!row.isTaken) {
+            const Taking taking(row);
+            if (SetByTable(row, table)) prediction = row.Predict();
+        }
+        if (!prediction) return Ref::Borrowed(Py_None).Release();
+        Ref predictions = Ref::Taken(PyList_New(1));
+        PyList_SetItem(predictions.Get(), 0, prediction.Release());
+        return predictions.Release();
+    });
 }
 
 // The lock of Python is kept: one row takes less than to give it away.
@@ -191,20 +278,28 @@ PyObject* CallScorer(PyObject* self, PyObject* arguments, PyObject* keywords)
         }
         if (count == 1 && PyDict_Check(PyTuple_GetItem(arguments, 0))) {
             SetByName(row, PyTuple_GetItem(arguments, 0));
-        } else if (static_cast<size_t>(count) == row.Names().size()) {
+        } else if (static_cast<size_t>(count) == row.Size()) {
             for (Py_ssize_t i = 0; i < count; ++i) {
                 row.Set(static_cast<size_t>(i), PyTuple_GetItem(arguments, i));
             }
         } else {
             PyErr_Format(PyExc_TypeError, "a row of %zd values was given, expected are %zd", count,
-                         static_cast<Py_ssize_t>(row.Names().size()));
+                         static_cast<Py_ssize_t>(row.Size()));
             throw PythonError();
         }
         return row.Score().Release();
     });
 }
 
+PyMethodDef methods[] = {
+    {"predict", Predict, METH_O,
+     "predict(table)\n--\n\nThe first result of a list of one dict, or of a dict of lists of one "
+     "value, as a list: what the\ntable by itself gets. None where it takes a table to tell."},
+    {nullptr, nullptr, 0, nullptr},
+};
+
 PyType_Slot slots[] = {
+    {Py_tp_methods, methods},
     {Py_tp_new, reinterpret_cast<void*>(New)},
     {Py_tp_dealloc, reinterpret_cast<void*>(Dealloc<OwnedRow>)},
     {Py_tp_call, reinterpret_cast<void*>(CallScorer)},

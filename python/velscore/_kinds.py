@@ -9,6 +9,7 @@ from __future__ import annotations
 import importlib
 
 from . import _velscore
+from ._errors import OptionError
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
@@ -30,6 +31,9 @@ class Run:
         self.options = options
         self.reads = reads  # columns of the table, by the names that it has them under
         self.names = names  # given for tables without names
+        # Explanations are differences from a case: of this table, or of the one that is explained.
+        self.has_baseline = False
+        self.baseline: Any = None
 
     def table(self, source: Any) -> _velscore.Table:
         """Scores all of a source."""
@@ -47,9 +51,9 @@ class Run:
         """The curves of a source."""
         return _velscore.curve(self.core, source, self.options).read()
 
-    def terms(self, source: Any) -> _velscore.Table:
-        """How the linear predictors of a source add up."""
-        return _velscore.explain(self.core, source, self.options).read()
+    def terms(self, source: Any, baseline: Any) -> _velscore.Table:
+        """How the linear predictors of a source add up, beside a baseline's or None."""
+        return _velscore.explain(self.core, source, self.options, baseline).read()
 
     def kept(self, names: Sequence[str]) -> list[int]:
         """Where the kept columns stand among the names of a table."""
@@ -71,6 +75,17 @@ class Kind:
     def predict(self, table: Any, run: Run) -> Any:
         """The one result that the run asks for, as a column of that kind."""
         return self.column(run.table(self.source(table, run)), table)
+
+    def one_row(self, table: Any, reads: Sequence[str]) -> Any:
+        """A table of one row as a list of one dict or a dict of lists of one value; None of others.
+
+        `reads` names the columns of a table without names.
+        """
+        return None
+
+    def one_value(self, answer: list[Any]) -> Any:
+        """The prediction of such a table as a column, None where the kind's own way has to tell."""
+        return answer
 
     def probabilities(self, table: Any, run: Run, names: Sequence[str]) -> Any:
         """The results that the run asks for, under other names."""
@@ -98,7 +113,24 @@ class Kind:
 
     def explain(self, table: Any, run: Run) -> Any:
         """How the linear predictors of the rows add up."""
-        return self.long(run.terms(self.source(table, run)), table)
+        baseline = self._baseline(table, run)
+        return self.long(run.terms(self.source(table, run), baseline), table)
+
+    def _baseline(self, table: Any, run: Run) -> Any:
+        if not run.has_baseline:
+            return None
+        if run.baseline is not None:
+            return kind_of(run.baseline).source(run.baseline, run)
+        if self.is_read_once(table):
+            raise OptionError(
+                "a baseline reads the cases twice, which this table can't be; name another table, "
+                "baseline=('mean', table), or collect this one"
+            )
+        return self.source(table, run)
+
+    def is_read_once(self, table: Any) -> bool:
+        """Whether a table is gone once it was read."""
+        return False
 
     def long(self, result: _velscore.Table, table: Any) -> Any:
         """Several lines a row, whose first column counts the rows of the table from 1."""

@@ -4,9 +4,10 @@ from __future__ import annotations
 
 import os
 import warnings
+from numbers import Integral
 
 from . import _velscore
-from ._errors import DocumentWarning, OptionError
+from ._errors import DocumentWarning, Error, OptionError
 from ._kinds import Run, kind_of
 from ._options import score_options
 
@@ -19,8 +20,11 @@ if TYPE_CHECKING:
     from typing_extensions import TypeAlias, Unpack
 
     from ._fields import Field
+    from ._kinds import Kind
     from ._typing import Options
 
+    # "mean" or a row, and the table where it isn't the one that is explained.
+    Baseline: TypeAlias = Union[str, int, tuple[Union[str, int], Any]]
     Document: TypeAlias = Union[str, os.PathLike[str], bytes, bytearray, memoryview, IO[bytes]]
 
 
@@ -43,6 +47,14 @@ def _text_of(document: Document) -> tuple[bytes, str]:
     if not isinstance(text, bytes):
         raise TypeError("the file gives text; open it in binary mode: a document says its encoding")
     return text, name if isinstance(name, str) else "document"
+
+
+def _count(number: Any, least: int, option: str) -> int:
+    """A whole number that an option is."""
+    if isinstance(number, bool) or not isinstance(number, Integral) or number < least:
+        words = "'mean' or the number of a row, from 1" if least else "a whole number of 0 or more"
+        raise OptionError(f"{option} is {number!r}; expected is {words}")
+    return int(number)
 
 
 def load(
@@ -95,6 +107,10 @@ def _report(text: str) -> dict[str, Any]:
     return report
 
 
+# Tables of one row, by their columns, whose places a model keeps, each in some 200 KiB: programs have few.
+_MOST_ROWS_BOUND = 8
+
+
 class Model:
     """A regression model that was read from a document. Made by `load`.
 
@@ -107,7 +123,7 @@ class Model:
     pickled and copied by the text of its document.
     """
 
-    __slots__ = ("_allow", "_as_is", "_core", "_described", "_fields", "_name", "_text")
+    __slots__ = ("_allow", "_as_is", "_core", "_described", "_fields", "_name", "_rows", "_text")
 
     def __init__(
         self, core: _velscore.Model, text: bytes, name: str, as_is: bool, allow: tuple[str, ...]
@@ -119,6 +135,7 @@ class Model:
         self._allow = allow
         self._described: dict[str, Any] | None = None
         self._fields: dict[str, Field] | None = None
+        self._rows: dict[frozenset[str], _velscore.Scorer] = {}
 
     def __reduce__(self) -> Any:
         return _made, (self._text, self._name, self._as_is, self._allow)
@@ -247,8 +264,41 @@ class Model:
         A column of the table's kind: a Series, a ChunkedArray, an array, a list; of what is scored
         later a table of one column. What `score` takes, but for keep and columns.
         """
+        kind = kind_of(table)
+        if names is None and not options:
+            answer = self._predict_row(kind, table)
+            if answer is not None:
+                return answer
         run = self._run(score_options(None, "prediction", **options), names)
-        return kind_of(table).predict(table, run)
+        return kind.predict(table, run)
+
+    def _predict_row(self, kind: Kind, table: Any) -> Any:
+        """The prediction of one row of plain values, whose columns were found before.
+
+        None where the road of all tables has to answer, or to refuse: it tells what is wrong.
+        """
+        plain = kind.one_row(table, self._about()["reads"])
+        if plain is None:
+            return None
+        row = plain[0] if type(plain) is list else plain
+        if type(row) is not dict:
+            return None
+        columns = frozenset(row)
+        scorer = self._rows.get(columns) or self._bind_row(columns)
+        answer = None if scorer is None else scorer.predict(plain)
+        return None if answer is None else kind.one_value(answer)
+
+    def _bind_row(self, columns: frozenset[str]) -> _velscore.Scorer | None:
+        if not all(type(name) is str for name in columns):
+            return None
+        try:
+            scorer = _velscore.Scorer(self._core, columns, score_options(None, "prediction"))
+        except (Error, ValueError):
+            return None
+        if len(self._rows) >= _MOST_ROWS_BOUND:
+            self._rows.clear()
+        self._rows[columns] = scorer
+        return scorer
 
     def predict_proba(
         self, table: Any, *, names: Sequence[str] | None = None, **options: Unpack[Options]
@@ -278,7 +328,13 @@ class Model:
         return kind_of(table).curve(table, run)
 
     def explain(
-        self, table: Any, *, names: Sequence[str] | None = None, **options: Unpack[Options]
+        self,
+        table: Any,
+        *,
+        top: int | None = None,
+        baseline: Baseline | None = None,
+        names: Sequence[str] | None = None,
+        **options: Unpack[Options],
     ) -> Any:
         """How the scores of the rows come about: equation, term, value and contribution.
 
@@ -286,7 +342,12 @@ class Model:
         frames of pandas have the index of their row instead. The contributions of an equation,
         added up in their order, are its linear predictor. The equation has no value where the
         model has one alone; a row without a score has one line without values. What `score` takes,
-        but for keep, columns and level.
+        but for keep, columns and level, and
+
+        top       so many terms of each equation, those of the largest contributions first, and the
+                  others as one line, "other terms"
+        baseline  what contributions are differences from: "mean", the mean of all rows that have a
+                  score, or the number of a row, from 1; of another table as ("mean", table)
 
         >>> model = load("examples/motor-cars/model.pmml")
         >>> case = {"wt": [2.62], "hp": [110], "cyl": [6], "am": ["automatic"]}
@@ -302,6 +363,12 @@ class Model:
         if options.get("level") is not None:
             raise OptionError("level isn't an option of explanations")
         run = self._run(score_options(**options), names)
+        if top is not None:
+            run.options["top"] = _count(top, 0, "top")
+        if baseline is not None:
+            which, run.baseline = baseline if isinstance(baseline, tuple) else (baseline, None)
+            run.has_baseline = True
+            run.options["baseline_row"] = 0 if which == "mean" else _count(which, 1, "baseline")
         return kind_of(table).explain(table, run)
 
     def bind(

@@ -157,6 +157,14 @@ class Arrays(Kind):
             )
         return names, [table[:, i] for i in range(len(names))]
 
+    def one_row(self, table: Any, reads: Sequence[str]) -> Any:
+        if table.shape != (1, len(reads)) or table.dtype.char != "d" or type(table) is not _numpy().ndarray:
+            return None
+        return [dict(zip(reads, table[0].tolist()))]
+
+    def one_value(self, answer: list[Any]) -> Any:
+        return _numpy().array(answer) if type(answer[0]) is float else None
+
     def source(self, table: Any, run: Run) -> Any:
         np = _numpy()
         names, columns = self._columns(table, run)

@@ -113,7 +113,7 @@ def _facts(model: Model, columns: Columns | None) -> list[tuple[str, str]]:
         ("end time", about["endTime"]),
         ("strata", about["strata"]),
         ("reads", ", ".join(reads[:_MOST_ROWS]) + more),
-        ("covariances", "yes" if about["hasCovariances"] else "none: no standard errors, no limits"),
+        ("covariances", "yes" if about["hasCovariances"] else "none"),
     ]
     if columns is not None:
         facts.append(("cases", f"{_rows(columns):,}"))
@@ -189,8 +189,7 @@ def _equation(model: Model, columns: Columns | None, drawer: _Drawer) -> Section
     terms = sum(len(equation["terms"]) for equation in equations)
     left = _MOST_ROWS
     for equation in equations:
-        category = equation.get("category")
-        name = f"linear predictor of {category}" if category else "linear predictor"
+        name = _predictor(equation)
         section.lines.append(f"{name} =" if equation["terms"] else f"{name} = 0")
         shown = sorted(
             sorted(range(len(equation["terms"])), key=lambda i: -abs(equation["terms"][i]["beta"]))[:left]
@@ -203,6 +202,13 @@ def _equation(model: Model, columns: Columns | None, drawer: _Drawer) -> Section
     if terms > _MOST_ROWS:
         section.notes.append(f"The largest {_MOST_ROWS} of {terms:,} terms are shown.")
     return section
+
+
+def _predictor(equation: dict[str, Any]) -> str:
+    """What the sum of an equation is called."""
+    category = equation.get("category")
+    of = f" of {category}" if category else ""
+    return f"linear predictor{of}{' and below' if equation.get('cumulative') else ''}"
 
 
 def _times(term: dict[str, Any]) -> str:
@@ -222,8 +228,11 @@ _COEFFICIENTS = [
     ("p_value", "p"),
     ("ci_lower", "lower 95%"),
     ("ci_upper", "upper 95%"),
-    ("odds_ratio", "odds ratio"),
-    ("hazard_ratio", "hazard ratio"),
+    *(
+        (f"{ratio}_ratio{end}", f"{ratio} ratio{limit}")
+        for ratio in ("odds", "hazard")
+        for end, limit in (("", ""), ("_lower", ", lower"), ("_upper", ", upper"))
+    ),
 ]
 
 
@@ -446,8 +455,12 @@ def _values(model: Model, columns: Columns) -> Section:
 def _extremes(model: Model, columns: Columns) -> Section:
     section = _new("The most extreme cases")
     drawn = _plotdata.drawn_of(model)
+    equations = {each.get("category"): each for each in model._about()["equations"] if each["terms"]}
+    # Of categories one that has an equation, so that there are terms to tell.
+    result = next((each for each in drawn.results if each.label in equations), drawn.results[0])
+    category = result.label if result.label in equations else next(iter(equations), None)
     read = _plotdata.read_of(model, columns)
-    scores = _plotdata.scores_of(model, read, drawn.results[:1])[0].values
+    scores = _plotdata.scores_of(model, read, [result])[0].values
     order = [int(row) for row in np.argsort(scores, kind="stable") if np.isfinite(scores[row])]
     if not order:
         section.notes.append("No row has a score.")
@@ -455,29 +468,39 @@ def _extremes(model: Model, columns: Columns) -> Section:
     half = _EXTREMES // 2
     chosen = order if len(order) <= _EXTREMES else order[:half] + order[-half:]
     terms = model.explain(_plotdata.rows_of(read, chosen))
-    first = drawn.results[0]
-    what = drawn.axis if len(drawn.results) == 1 else f"probability of {first.label}"
+    what = drawn.axis if len(drawn.results) == 1 else f"probability of {result.label}"
     rows = [
-        [f"{row + 1:,}", _number(float(scores[row])), _contributions(terms, place + 1, first.label)]
+        [f"{row + 1:,}", _number(float(scores[row])), _contributions(terms, place + 1, category)]
         for place, row in enumerate(chosen)
     ]
-    note = f"The terms that contribute most to the linear predictor, {_MOST_TERMS} at most."
+    sum_of = _predictor(equations.get(category, {}))
+    note = f"The terms that contribute most to the {sum_of}, {_MOST_TERMS} at most."
     section.tables.append(Table(["row", what, "how it comes about"], rows, (0, 1), note))
     return section
 
 
-def _contributions(terms: Columns, row: int, category: str) -> str:
+def _contributions(terms: Columns, row: int, category: str | None) -> str:
     """The largest contributions of a row, in the equation of a category or else the first."""
-    of = [i for i, each in enumerate(terms["row"]) if each == row and terms["term"][i] is not None]
-    equations = list(dict.fromkeys(terms["equation"][i] for i in of))
-    equation = category if category in equations else next(iter(equations), None)
-    found = [
-        (terms["term"][i], terms["value"][i], terms["contribution"][i])
-        for i in of
-        if terms["equation"][i] == equation and terms["contribution"][i]
-    ]
-    found.sort(key=lambda each: -abs(each[2]))
+    equations: dict[str | None, list[tuple[str, float, float]]] = {}
+    for i, each in enumerate(terms["row"]):
+        if each == row and terms["term"][i] is not None:
+            addend = terms["term"][i], terms["value"][i], terms["contribution"][i]
+            equations.setdefault(terms["equation"][i], []).append(addend)
+    own = equations.get(category, next(iter(equations.values()), []))
+    if category in equations and None in equations and category is not None:
+        # Of an ordinal model: what all categories share, and a threshold.
+        own = [*_shared(equations[None], own[0]), *own[1:]]
+    found = sorted((each for each in own if each[2]), key=lambda each: -abs(each[2]))
     return "; ".join(
         f"{term} ({_number(value)}) {contribution:+.4g}"
         for term, value, contribution in found[:_MOST_TERMS]
     )
+
+
+def _shared(
+    terms: list[tuple[str, float, float]], taken: tuple[str, float, float]
+) -> list[tuple[str, float, float]]:
+    """The terms of the predictor that all categories share, with the sign with which it is taken."""
+    _, value, contribution = taken
+    sign = 1.0 if contribution == value else -1.0
+    return [(term, value, sign * contribution) for term, value, contribution in terms]

@@ -39,6 +39,10 @@ class Columns(Kind):
             rows = len(values)
         return max(rows, 0)
 
+    def one_row(self, table: dict[str, Any], reads: Sequence[str]) -> Any:
+        first = next(iter(table.values()), None)
+        return table if type(first) is list and len(first) == 1 else None
+
     def source(self, table: dict[str, Any], run: Run) -> Any:
         rows = self._rows(table)
         reads = set(run.reads)
@@ -108,6 +112,9 @@ class Rows(Kind):
             names.update(dict.fromkeys(row))
         return list(names)
 
+    def one_row(self, table: list[dict[str, Any]], reads: Sequence[str]) -> Any:
+        return table if len(table) == 1 else None
+
     def source(self, table: list[dict[str, Any]], run: Run) -> Any:
         names = self._names(table) or list(run.reads)
         reads = set(run.reads)
@@ -152,6 +159,10 @@ class Capsules(Kind):
         if hasattr(table, "__arrow_c_stream__"):
             return table.__arrow_c_stream__()
         return table.__arrow_c_array__()
+
+    def is_read_once(self, table: Any) -> bool:
+        # Of others nothing is known.
+        return not isinstance(table, _velscore.Table) and hasattr(table, "__arrow_c_stream__")
 
     def frame(self, result: Table, table: Any, run: Run) -> Table:
         return result

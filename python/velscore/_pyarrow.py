@@ -60,6 +60,9 @@ class Readers(Kind):
     def source(self, table: Any, run: Run) -> Any:
         return table.__arrow_c_stream__()
 
+    def is_read_once(self, table: Any) -> bool:
+        return True
+
     def score(self, table: Any, run: Run) -> Any:
         pa = sys.modules["pyarrow"]
         return pa.RecordBatchReader.from_stream(run.stream(self.source(table, run)))

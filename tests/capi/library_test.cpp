@@ -183,21 +183,25 @@ TEST(Reports, FaultsThatAreAllowedAreNotices)
               RunVelscore({"inspect", "--json", path, "--allow", "misspelt-attribute"}).out);
 }
 
-TEST(Curves, AreThoseOfTheCommandWithoutAnEndTime)
+// The curves of a case's table, without the column of end times, are those of the command.
+void ExpectCurvesOfTheCommand(const std::string& folder, const std::string& endTime,
+                              const std::string& policy = {})
 {
-    const std::string folder = DataFile("cases/cox-veteran-strata/");
+    SCOPED_TRACE(folder + policy);
+    const std::string document = folder + "model.pmml";
+    std::vector<std::string> command{"curve", document, folder + "input.csv"};
+    if (!policy.empty()) command.insert(command.end(), {"--policy", policy});
     const auto input = ParseCsv(ReadFile(folder + "input.csv"));
-    const auto expected =
-        ParseCsv(RunVelscore({"curve", folder + "model.pmml", folder + "input.csv"}).out);
-    const auto model = velscore::Model::Open(folder + "model.pmml");
+    const auto expected = ParseCsv(RunVelscore(command).out);
+    const auto model = velscore::Model::Open(document);
     std::vector<MadeArray> columns;
     for (const std::string& name : input.header) {
-        if (name == "time") continue;
+        if (name == endTime) continue;
         const auto texts = input.Texts(name);
         columns.push_back(Texts(name, {texts.begin(), texts.end()}));
     }
     ArrowArrayStream in = StreamOf(Table(columns));
-    ArrowArrayStream out = model.Curve(in);
+    ArrowArrayStream out = model.Curve(in, {.policy = policy});
     const ReadTables curves = ReadAll(out);
     ASSERT_EQ(curves.names, expected.header);
     ASSERT_EQ(curves.rows, expected.rows.size());
@@ -214,47 +218,199 @@ TEST(Curves, AreThoseOfTheCommandWithoutAnEndTime)
     EXPECT_EQ(alive, 0);
 }
 
-// Every family's, with rows that have no score among them.
-TEST(Explanations, AreThoseOfTheCommand)
+TEST(Curves, AreThoseOfTheCommandWithoutAnEndTime)
 {
-    for (const char* name :
-         {"lm-swiss", "mlr-housing-factors", "cox-lung-centred", "clr-infert",
-          "ordinal-logit-housing", "glz-poisson-offset-insurance", "missing-lm-no-replacement"}) {
-        SCOPED_TRACE(name);
-        const std::string folder = DataFile(std::string("cases/") + name + "/");
-        const auto input = ParseCsv(ReadFile(folder + "input.csv"));
-        const auto expected = ParseCsv(
-            RunVelscore({"explain", folder + "model.pmml", folder + "input.csv", "--long"}).out);
-        const auto model = velscore::Model::Open(folder + "model.pmml");
-        std::vector<MadeArray> columns;
-        for (const std::string& column : input.header) {
-            const auto texts = input.Texts(column);
-            columns.push_back(Texts(column, {texts.begin(), texts.end()}));
-        }
-        ArrowArrayStream in = StreamOf(Table(columns));
-        ArrowArrayStream out = model.Explain(in);
-        const ReadTables lines = ReadAll(out);
-        ASSERT_EQ(lines.names, expected.header);
-        ASSERT_EQ(lines.rows, expected.rows.size());
-        ASSERT_GT(lines.rows, input.rows.size());
-        for (const std::string& column : lines.names) {
-            const auto texts = expected.Texts(column);
-            const bool isText = column == "equation" || column == "term";
-            for (size_t row = 0; row < lines.rows; ++row) {
-                const Value& value = lines.Named(column)[row];
-                if (isText) {
-                    ASSERT_EQ(value.text.value_or(""), texts[row]) << column << row;
-                    continue;
-                }
-                ASSERT_EQ(value.number.has_value(), !texts[row].empty()) << column << row;
-                if (value.number) {
-                    ASSERT_EQ(*value.number, std::strtod(texts[row].c_str(), nullptr))
-                        << column << row;
-                }
+    ExpectCurvesOfTheCommand(DataFile("cases/cox-veteran-strata/"), "time");
+}
+
+// A missing value has a replacement, which one policy takes and the others don't.
+TEST(Curves, HeedThePolicyAsTheCommandDoes)
+{
+    const std::string folder = DataFile("cases/missing-cox-replacement/");
+    for (const char* policy : {"substitute", "sysmis", "status"}) {
+        ExpectCurvesOfTheCommand(folder, "time", policy);
+    }
+    EXPECT_NE(
+        RunVelscore({"curve", folder + "model.pmml", folder + "input.csv"}).out,
+        RunVelscore({"curve", folder + "model.pmml", folder + "input.csv", "--policy", "sysmis"})
+            .out);
+}
+
+TEST(Curves, RefuseAPolicyThatIsNone)
+{
+    const auto model = velscore::Model::Open(DataFile("cases/cox-veteran-strata/model.pmml"));
+    ArrowArrayStream in = StreamOf(Table({Numbers("age", {1.0})}));
+    try {
+        ArrowArrayStream out = model.Curve(in, {.policy = "guess"});
+        out.release(&out);
+        FAIL() << "there is no such policy";
+    } catch (const velscore::Error& error) {
+        EXPECT_EQ(error.Code(), 269403);
+    }
+    EXPECT_EQ(alive, 0);
+}
+
+// A table of the texts of a file, as a stream.
+ArrowArrayStream TextsOf(const MCVelscore_850::CsvText& table)
+{
+    std::vector<MadeArray> columns;
+    for (const std::string& column : table.header) {
+        const auto texts = table.Texts(column);
+        columns.push_back(Texts(column, {texts.begin(), texts.end()}));
+    }
+    return StreamOf(Table(columns));
+}
+
+// The lines are the command's: numbers by their bits.
+void ExpectLines(const ReadTables& lines, const MCVelscore_850::CsvText& expected)
+{
+    ASSERT_EQ(lines.names, expected.header);
+    ASSERT_EQ(lines.rows, expected.rows.size());
+    for (const std::string& column : lines.names) {
+        const auto texts = expected.Texts(column);
+        const bool isText = column == "equation" || column == "term";
+        for (size_t row = 0; row < lines.rows; ++row) {
+            const Value& value = lines.Named(column)[row];
+            if (isText) {
+                ASSERT_EQ(value.text.value_or(""), texts[row]) << column << row;
+                continue;
+            }
+            ASSERT_EQ(value.number.has_value(), !texts[row].empty()) << column << row;
+            if (value.number) {
+                ASSERT_EQ(*value.number, std::strtod(texts[row].c_str(), nullptr)) << column << row;
             }
         }
-        EXPECT_EQ(alive, 0);
     }
+}
+
+// Every family's, with rows that have no score among them.
+constexpr const char* kExplained[] = {"lm-swiss",
+                                      "mlr-housing-factors",
+                                      "cox-lung-centred",
+                                      "clr-infert",
+                                      "ordinal-logit-housing",
+                                      "glz-poisson-offset-insurance",
+                                      "missing-lm-no-replacement"};
+
+// What the command is asked, and the library for the same.
+struct Asked {
+    std::vector<std::string> words;
+    std::optional<size_t> top{};
+    std::optional<int64_t> baselineRow{};
+};
+
+TEST(Explanations, AreThoseOfTheCommand)
+{
+    const Asked kAsked[] = {{{}},
+                            {{"--top", "2"}, 2},
+                            {{"--top", "0"}, 0},
+                            {{"--baseline", "mean"}, std::nullopt, 0},
+                            {{"--baseline", "2"}, std::nullopt, 2},
+                            {{"--top", "1", "--baseline", "mean"}, 1, 0}};
+    for (const char* name : kExplained) {
+        const std::string folder = DataFile(std::string("cases/") + name + "/");
+        const auto input = ParseCsv(ReadFile(folder + "input.csv"));
+        const auto model = velscore::Model::Open(folder + "model.pmml");
+        for (const Asked& asked : kAsked) {
+            SCOPED_TRACE(testing::Message() << name << testing::PrintToString(asked.words));
+            std::vector<std::string> words{"explain", folder + "model.pmml", folder + "input.csv",
+                                           "--long"};
+            words.insert(words.end(), asked.words.begin(), asked.words.end());
+            const auto expected = ParseCsv(RunVelscore(words).out);
+            ASSERT_GE(expected.rows.size(), input.rows.size());
+            ArrowArrayStream in = TextsOf(input);
+            ArrowArrayStream baseline = TextsOf(input);
+            velscore::ScoreOptions options{.top = asked.top};
+            if (asked.baselineRow) {
+                options.baseline = &baseline;
+                options.baselineRow = *asked.baselineRow;
+            }
+            ArrowArrayStream out = model.Explain(in, options);
+            if (!asked.baselineRow) baseline.release(&baseline);
+            ExpectLines(ReadAll(out), expected);
+            EXPECT_EQ(alive, 0);
+        }
+    }
+}
+
+// y = 1 + 2 x + 10 [sex = m]
+TEST(Explanations, ABaselineMayBeARowOfALaterTable)
+{
+    const auto model = velscore::Model::FromText(TestModel().Text());
+    const auto table = [](std::vector<std::optional<double>> x) {
+        const size_t rows = x.size();
+        return Table({Numbers("x", x), Same("sex", "f", rows)});
+    };
+    ArrowArrayStream in = StreamOf(table({3.0}));
+    ArrowArrayStream baseline =
+        StreamOf(std::vector{table({1.0, std::nullopt}), table({5.0, 9.0})});
+    ArrowArrayStream out = model.Explain(in, {.baseline = &baseline, .baselineRow = 4});
+    EXPECT_EQ(baseline.release, nullptr);
+    // 2 * (3 - 9)
+    EXPECT_EQ(NumbersOf(ReadAll(out), "contribution"), (std::vector{0.0, -12.0, 0.0}));
+    in = StreamOf(table({3.0}));
+    baseline = StreamOf(std::vector{table({1.0, std::nullopt}), table({5.0, 9.0})});
+    out = model.Explain(in, {.baseline = &baseline});
+    // 2 * (3 - 5): the mean of 1, 5 and 9
+    EXPECT_EQ(NumbersOf(ReadAll(out), "contribution"), (std::vector{0.0, -4.0, 0.0}));
+    EXPECT_EQ(alive, 0);
+}
+
+struct BaselineRefusal {
+    const char* name;
+    int64_t row;
+    std::vector<std::optional<double>> x;
+    const char* text;
+};
+void PrintTo(const BaselineRefusal& each, std::ostream* out) { *out << each.name; }
+
+class BaselineRefusals : public testing::TestWithParam<BaselineRefusal> {};
+INSTANTIATE_TEST_SUITE_P(
+    Each, BaselineRefusals,
+    testing::Values(
+        BaselineRefusal{"NoScore",
+                        2,
+                        {1.0, std::nullopt},
+                        "'2'; expected is a row that has a "
+                        "score; this one has the status 90029"},
+        BaselineRefusal{"NoRow", 3, {1.0, 2.0}, "'3'; expected is a row of the baseline's table"},
+        BaselineRefusal{"NoCase", 0, {std::nullopt}, "'0'; expected is a table with a case"},
+        BaselineRefusal{"Negative", -1, {1.0}, "'-1'; expected is the number of a row"}),
+    [](const auto& each) { return std::string(each.param.name); });
+
+TEST_P(BaselineRefusals, AreToldAtOnceAndReleaseBothStreams)
+{
+    const auto model = velscore::Model::FromText(TestModel().Text());
+    const auto& x = GetParam().x;
+    ArrowArrayStream in = StreamOf(Table({Numbers("x", {1.0}), Texts("sex", {"m"})}));
+    ArrowArrayStream baseline = StreamOf(Table({Numbers("x", x), Same("sex", "m", x.size())}));
+    try {
+        ArrowArrayStream out =
+            model.Explain(in, {.baseline = &baseline, .baselineRow = GetParam().row});
+        out.release(&out);
+        FAIL() << "a baseline that there isn't";
+    } catch (const velscore::Error& error) {
+        EXPECT_EQ(error.Code(), 269403);
+        EXPECT_EQ(error.Fault(), VELSCORE_FAULT_CALL);
+        EXPECT_NE(std::string(error.what()).find(GetParam().text), std::string::npos)
+            << error.what();
+    }
+    EXPECT_EQ(alive, 0);
+}
+
+TEST(Explanations, AFaultOfTheBaselineIsTold)
+{
+    const auto model = velscore::Model::FromText(TestModel().Text());
+    ArrowArrayStream in = StreamOf(Table({Numbers("x", {1.0}), Texts("sex", {"m"})}));
+    ArrowArrayStream baseline = StreamOf(Table({Numbers("x", {1.0})}));
+    try {
+        ArrowArrayStream out = model.Explain(in, {.baseline = &baseline});
+        out.release(&out);
+        FAIL() << "a baseline without a column";
+    } catch (const velscore::Error& error) {
+        EXPECT_EQ(error.Code(), 269303) << error.what();
+    }
+    EXPECT_EQ(alive, 0);
 }
 
 TEST(Explanations, OfRowsWithoutScoresAreNullsOrWithStrictAnEnd)
@@ -308,6 +464,25 @@ TEST(Arrow, RowsBeforeTheFirstNullHaveValues)
             ASSERT_EQ(predictions[row], row == null ? kNull : 17.0) << row;  // 1 + 2 * 3 + 10
         }
     }
+}
+
+// Others' programs may read there, and nothing of this one's memory is theirs.
+TEST(Arrow, BehindANullStandsZero)
+{
+    std::vector<std::optional<double>> x(1000, 3.0);
+    for (const size_t null : {0U, 511U, 700U, 999U}) x[null].reset();
+    const auto model = velscore::Model::FromText(TestModel().Text());
+    ArrowArrayStream in = StreamOf(Table({Numbers("x", x), Same("sex", "m", 1000)}));
+    ArrowArrayStream out = model.Score(in);
+    ArrowArray scored{};
+    ASSERT_EQ(out.get_next(&out, &scored), 0);
+    const auto* prediction = static_cast<const double*>(scored.children[0]->buffers[1]);
+    for (size_t row = 0; row < 1000; ++row) {
+        ASSERT_EQ(prediction[row], x[row] ? 17.0 : 0.0) << row;  // 1 + 2 * 3 + 10
+    }
+    scored.release(&scored);
+    out.release(&out);
+    EXPECT_EQ(alive, 0);
 }
 
 std::string ManyRows(size_t rows)
@@ -550,6 +725,64 @@ TEST(Bindings, TellTheSchemaOfTheirTablesAndScoreOneAfterTheOther)
     EXPECT_EQ(all.rows, 2U);
     EXPECT_EQ(NumbersOf(all, "x"), (std::vector<double>{1, 1}));
     EXPECT_EQ(NumbersOf(all, "prediction"), (std::vector<double>{13, 13}));
+    EXPECT_EQ(alive, 0);
+}
+
+// As it stands, this document has its betas in the row of the first case alone: the cases after it
+// get two equal probabilities.
+TEST(Bindings, BeginAnotherTableAsIfTheyWereNew)
+{
+    std::string text = ReadFile("examples/birth-weight/model.pmml");
+    text = Replaced(text, "targetReferenceCategory=\"low\"",
+                    "targetReferenceCategory=\"normal\" algorithmName=\"contrastLogistic\"");
+    const std::string from = " targetCategory=\"low\"";
+    while (text.find(from) != std::string::npos) {
+        text = Replaced(text, from, " targetCategory=\"normal\"");
+    }
+    const auto model = velscore::Model::FromText(text, "document", {.asIs = true});
+    velscore::Binding binding = model.Bind({"race", "ht", "age"});
+    const std::vector<double> age{40.0};
+    const char* const races[] = {"white"};
+    const char* const hts[] = {"yes"};
+    const std::vector<int32_t> first{0};
+    const velscore::Column columns[] = {{first, races}, {first, hts}, {age}};
+    const auto score = [&] { return binding.Score(columns).Named("probability(low)").numbers[0]; };
+    const double alone = score();
+    EXPECT_NE(alone, 0.5);
+    EXPECT_EQ(score(), 0.5);
+    binding.BeginTable();
+    EXPECT_EQ(score(), alone);
+    EXPECT_EQ(score(), 0.5);
+    velscore_begin_table(nullptr);
+}
+
+TEST(Bindings, CountTheRowsOfEachTableFromOne)
+{
+    const auto model = velscore::Model::FromText(TestModel().Text());
+    const MadeArray good = Table({Numbers("x", {1.0, 1.0}), Same("sex", "m", 2)});
+    const MadeArray bad = Table({Numbers("x", {1.0}), Same("sex", "nobody", 1)});
+    ArrowSchema given = ExportSchema(good);
+    velscore_binding* binding = nullptr;
+    velscore_score_options options = VELSCORE_SCORE_OPTIONS_INIT;
+    options.strict = 1;
+    ASSERT_EQ(velscore_bind(model.Get(), &options, &given, &binding, nullptr), 0);
+    given.release(&given);
+    const auto rowOfBad = [&] {
+        ArrowArray in = ExportArray(good);
+        ArrowArray out{};
+        EXPECT_EQ(velscore_score_batch(binding, &in, &out, nullptr), 0);
+        out.release(&out);
+        velscore_error error = VELSCORE_ERROR_INIT;
+        in = ExportArray(bad);
+        EXPECT_NE(velscore_score_batch(binding, &in, &out, &error), 0);
+        const unsigned long row = error.row;
+        velscore_error_clear(&error);
+        return row;
+    };
+    EXPECT_EQ(rowOfBad(), 3U);
+    velscore_begin_table(binding);
+    EXPECT_EQ(rowOfBad(), 3U);
+    velscore_unbind(binding);
     EXPECT_EQ(alive, 0);
 }
 

@@ -248,6 +248,11 @@ inline ArrowArrayStream StreamOf(const MadeArray& table)
 {
     return ExportStream({.schema = table, .tables = {table}});
 }
+/// Of several tables of one schema.
+inline ArrowArrayStream StreamOf(const std::vector<MadeArray>& tables)
+{
+    return ExportStream({.schema = tables.front(), .tables = tables});
+}
 
 /// A value that came back: a number, a text, or neither.
 struct Value {

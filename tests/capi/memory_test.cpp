@@ -192,46 +192,109 @@ TEST(OutOfMemory, WhileTablesAreBoundAndScoredIsACode)
     });
 }
 
+// A stream's function: scores, explanations, curves.
+using StreamFunction = decltype(velscore_score)*;
+
+// The stream of a table through one; what get_next of it fails for is told as a code.
+int ReadThrough(StreamFunction function, const Model& model, velscore_error* error)
+{
+    struct Lent {
+        LentTable table;
+        bool given = false;
+    } lent;
+    ArrowArrayStream in{};
+    in.get_schema = [](ArrowArrayStream* self, ArrowSchema* out) {
+        *out = static_cast<Lent*>(self->private_data)->table.schema;
+        return 0;
+    };
+    in.get_next = [](ArrowArrayStream* self, ArrowArray* out) {
+        auto& own = *static_cast<Lent*>(self->private_data);
+        *out = own.given ? ArrowArray{} : own.table.table;
+        own.given = true;
+        return 0;
+    };
+    in.release = [](ArrowArrayStream* self) { self->release = nullptr; };
+    in.private_data = &lent;
+    ArrowArrayStream out{};
+    const int code = function(model.own, nullptr, &in, &out, error);
+    if (code != 0) return code;
+    ArrowSchema schema{};
+    int failed = out.get_schema(&out, &schema);
+    if (schema.release != nullptr) schema.release(&schema);
+    for (ArrowArray table{}; failed == 0;) {
+        failed = out.get_next(&out, &table);
+        if (failed != 0 || table.release == nullptr) break;
+        table.release(&table);
+    }
+    EXPECT_TRUE(failed == 0 || failed == ENOMEM) << failed;
+    out.release(&out);
+    if (failed == 0) return 0;
+    if (error != nullptr) {
+        error->code = kOutOfMemory;
+        error->fault = VELSCORE_FAULT_OTHER;
+    }
+    return kOutOfMemory;
+}
+
 TEST(OutOfMemory, WhileAStreamIsReadIsAnErrorOfIt)
 {
     Model model;
     ASSERT_EQ(Open(TestModel().Text(), model, nullptr), 0);
-    struct Lent {
-        LentTable table;
-        bool given = false;
-    };
+    for (const StreamFunction function : {velscore_score, velscore_explain}) {
+        ExpectSurvives([&](velscore_error* error) { return ReadThrough(function, model, error); });
+    }
+}
+
+// A text that a function gives; the caller frees it.
+using TextFunction = std::function<int(char**, velscore_error*)>;
+
+void ExpectTextSurvives(const TextFunction& function)
+{
+    char* expected = nullptr;
+    ASSERT_EQ(function(&expected, nullptr), 0);
     ExpectSurvives([&](velscore_error* error) {
-        Lent lent;
-        ArrowArrayStream in{};
-        in.get_schema = [](ArrowArrayStream* self, ArrowSchema* out) {
-            *out = static_cast<Lent*>(self->private_data)->table.schema;
-            return 0;
-        };
-        in.get_next = [](ArrowArrayStream* self, ArrowArray* out) {
-            auto& own = *static_cast<Lent*>(self->private_data);
-            *out = own.given ? ArrowArray{} : own.table.table;
-            own.given = true;
-            return 0;
-        };
-        in.release = [](ArrowArrayStream* self) { self->release = nullptr; };
-        in.private_data = &lent;
-        ArrowArrayStream out{};
-        const int code = velscore_score(model.own, nullptr, &in, &out, error);
-        if (code != 0) return code;
-        ArrowSchema schema{};
-        int failed = out.get_schema(&out, &schema);
-        if (schema.release != nullptr) schema.release(&schema);
-        for (ArrowArray table{}; failed == 0;) {
-            failed = out.get_next(&out, &table);
-            if (failed != 0 || table.release == nullptr) break;
-            table.release(&table);
+        char* text = nullptr;
+        const int code = function(&text, error);
+        EXPECT_EQ(text != nullptr, code == 0);
+        if (text != nullptr) {
+            EXPECT_STREQ(text, expected);
         }
-        EXPECT_TRUE(failed == 0 || failed == ENOMEM) << failed;
-        out.release(&out);
-        if (failed == 0) return 0;
-        error->code = kOutOfMemory;
-        error->fault = VELSCORE_FAULT_OTHER;
-        return kOutOfMemory;
+        velscore_free(text);
+        return code;
+    });
+    velscore_free(expected);
+}
+
+TEST(OutOfMemory, WhileAModelIsDescribedIsACode)
+{
+    for (const char* name : {"lm-swiss", "cox-veteran-strata"}) {
+        const std::string path =
+            MCVelscore_850::DataFile("cases/" + std::string(name) + "/model.pmml");
+        Model model;
+        ASSERT_EQ(velscore_open(path.c_str(), nullptr, &model.own, nullptr), 0);
+        ExpectTextSurvives([&](char** text, velscore_error* error) {
+            return velscore_describe(model.own, text, error);
+        });
+    }
+}
+
+TEST(OutOfMemory, WhileADocumentIsCheckedIsACode)
+{
+    const std::string sound = TestModel().Text();
+    for (const std::string& document : {sound, FaultyText(), sound.substr(0, 200)}) {
+        ExpectTextSurvives([&](char** text, velscore_error* error) {
+            return velscore_check_text(document.data(), document.size(), nullptr, text, error);
+        });
+    }
+}
+
+TEST(OutOfMemory, WhileRecordsAreVerifiedIsACode)
+{
+    const std::string path = MCVelscore_850::DataFile("cases/glz-verification-birthwt/model.pmml");
+    Model model;
+    ASSERT_EQ(velscore_open(path.c_str(), nullptr, &model.own, nullptr), 0);
+    ExpectTextSurvives([&](char** text, velscore_error* error) {
+        return velscore_verify(model.own, text, error);
     });
 }
 

@@ -163,6 +163,36 @@ TEST(Versions, WhatAnOlderHeaderLacksIsNotRead)
     velscore_close(model);
 }
 
+// One of scores before what explanations have of their own.
+TEST(Versions, ExplanationsOfAnOlderHeaderHaveAllTerms)
+{
+    const auto model = velscore::Model::FromText(TestModel().Text());
+    velscore_score_options options = VELSCORE_SCORE_OPTIONS_INIT;
+    options.size = offsetof(velscore_score_options, top);
+    const size_t top = 0;
+    ArrowArrayStream whatever{};
+    options.top = &top;
+    options.baseline = &whatever;
+    options.baseline_row = -1;
+    ArrowArrayStream in = StreamOf(OneRow());
+    ArrowArrayStream out{};
+    ASSERT_EQ(velscore_explain(model.Get(), &options, &in, &out, nullptr), 0);
+    EXPECT_EQ(ReadAll(out).rows, 3U);  // Intercept, x and [sex=m]
+}
+
+// Curves have no end time to miss; their policy is read all the same.
+TEST(Curves, RefuseAPolicyThatThereIsNot)
+{
+    const auto model =
+        velscore::Model::Open(MCVelscore_850::DataFile("cases/cox-lung-centred/model.pmml"));
+    velscore_score_options options = VELSCORE_SCORE_OPTIONS_INIT;
+    options.policy = "sometimes";
+    ArrowArrayStream in = StreamOf(OneRow());
+    ArrowArrayStream out{};
+    EXPECT_EQ(velscore_curve(model.Get(), &options, &in, &out, nullptr), 269403);
+    EXPECT_EQ(alive, 0);
+}
+
 struct AllowRefusal {
     std::string name;
     std::vector<const char*> rules;

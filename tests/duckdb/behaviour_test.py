@@ -9,7 +9,7 @@ import threading
 
 import duckdb
 
-from support import EXTENSION, ODD, ROOT, ROWS, DatabaseTest, binary, line, quoted
+from support import EXTENSION, ODD, ROOT, ROWS, DatabaseTest, binary, line, quoted, scores
 
 # Values for x of y = 1 + 2 x, and y.
 TAKEN = [
@@ -57,6 +57,16 @@ NOT_TAKEN = [
     ("uuid()", "UUID"), ("'101'::BIT", "BIT"), ("'01:02:03+01'::TIMETZ", "TIME WITH TIME ZONE"),
     ("union_value(a := 1)", "UNION"),
 ]
+
+
+# Whatever scores a row, by the path of its document.
+CALLS = (
+    "SELECT velscore({}, {{'x': 1}})",
+    "SELECT velscore_curve({}, {{'x': 1}})",
+    "FROM velscore_curve({}, {{'x': 1}})",
+    "SELECT velscore_explain({}, {{'x': 1}})",
+    "FROM velscore_explain({}, {{'x': 1}})",
+)
 
 
 class Types(DatabaseTest):
@@ -139,10 +149,14 @@ class Rows(DatabaseTest):
     def test_wrong_rows_are_refused(self):
         """With what to write instead."""
         model = quoted(self.write("line.pmml", line()))
-        for row in ("1", "NULL", "'x'", "[1]", "MAP {'x': 1}"):
-            told = self.refusal(f"SELECT velscore({model}, {row})")
-            self.assertIn("takes a row as a struct, and found another type", told)
-        self.assertIn("without", self.refusal(f"SELECT velscore({model}, row(1, 2))"))
+        calls = [call.format(model, "{}").replace("{'x': 1}", "{}") for call in CALLS]
+        for call in calls:
+            for row in ("1", "NULL", "'x'", "[1]", "MAP {'x': 1}"):
+                with self.subTest(call=call, row=row):
+                    told = self.refusal(call.format(row))
+                    self.assertIn("takes a row as a struct, and found another type", told)
+            with self.subTest(call):
+                self.assertIn("without", self.refusal(call.format("row(1, 2)")))
         told = self.refusal(f"SELECT velscore({model}, {{'z': 1, 'X ': 2}})")
         self.assertIn("no column 'x', which the model needs; it has z, X ", told)
 
@@ -182,6 +196,124 @@ class Rows(DatabaseTest):
         self.assertEqual(self.one(f"SELECT velscore({quoted(path)}, {{'x': 1}}).prediction"), 3.0)
 
 
+class Options(DatabaseTest):
+    """The third argument: a constant struct."""
+
+    # Options of each function that are refused, and what is said of them.
+    REFUSED = [
+        ("{'levl': 0.9}", "velscore() has no option 'levl'; its options are level, policy, missing, nan, map, "
+                          "prediction_only"),
+        ("{'top': 1}", "velscore() has no option 'top'"),
+        ("1", "the options of velscore() are 1; expected is a struct"),
+        ("'level'", "expected is a struct"),
+        ("{'level': 'high'}", "the option 'level' is 'high'; expected is a number above 0 and below 1"),
+        ("{'level': 0.0}", "the option 'level' is 0.0; expected is a number above 0 and below 1"),
+        ("{'level': 1.5}", "the option 'level' is '1.5'; expected is a number above 0 and below 1 [269403]"),
+        ("{'policy': 3}", "the option 'policy' is 3; expected is substitute, sysmis or status"),
+        ("{'policy': ''}", "expected is substitute, sysmis or status"),
+        ("{'policy': 'never'}", "the option 'policy' is 'never'; expected is substitute, sysmis or status [269403]"),
+        ("{'nan': 'zero'}", "the option 'nan' is 'zero'; expected is missing or invalid"),
+        ("{'missing': 3}", "the option 'missing' is 3; expected is a text, or a list of texts"),
+        ("{'missing': [1]}", "the option 'missing' is 1; expected is a text, or a list of texts"),
+        ("{'missing': ['a', NULL]}", "expected is a text, or a list of texts"),
+        ("{'map': 'x'}", "the option 'map' is 'x'; expected is a struct of names of columns"),
+        ("{'map': {'x': 1}}", "the option 'map' is 1; expected is a struct of names of columns"),
+        ("{'map': {'w': 'x'}}", "[269327]"),
+        ("{'map': {'x': 'z'}}", "[269303]"),
+        ("{'prediction_only': 1}", "the option 'prediction_only' is 1; expected is true or false"),
+    ]
+
+    def test_limits_have_their_level(self):
+        """As the command writes them."""
+        folder = ROOT / "examples" / "motor-cars"
+        model, table = folder / "model.pmml", folder / "cases.csv"
+        wanted = [
+            (float(row["ci_lower"]), float(row["ci_upper"])) for row in scores(model, table, "--level", "0.9")
+        ]
+        found = self.query(
+            f"SELECT s.ci_lower, s.ci_upper FROM (SELECT velscore({quoted(model)}, t, {{'level': 0.9}}) AS s "
+            f"FROM read_csv({quoted(table)}, all_varchar = true) AS t)"
+        )
+        self.assertEqual(found, wanted)
+
+    def test_each_option_is_heeded(self):
+        """Beside what stands without it."""
+        text = line().replace('<MiningField name="x"/>', '<MiningField name="x" missingValueReplacement="3"/>')
+        model = quoted(self.write("line.pmml", text))
+        rows = [  # row, options, prediction, status
+            ("{'x': NULL}", "NULL", 7.0, 0),
+            ("{'x': NULL}", "{'policy': NULL}", 7.0, 0),
+            ("{'x': NULL}", "{'policy': 'sysmis'}", None, 90029),
+            ("{'x': '-9'}", "{'missing': '-9'}", 7.0, 0),
+            ("{'x': 'none'}", "{'missing': ['-9', 'none']}", 7.0, 0),
+            ("{'x': 'nan'::DOUBLE}", "NULL", 7.0, 0),
+            ("{'x': 'nan'::DOUBLE}", "{'nan': 'missing'}", 7.0, 0),
+            ("{'w': 2}", "{'map': {'x': 'w'}}", 5.0, 0),
+            ("{'w': 2, 'x': 9}", "{'map': MAP {'x': 'w'}}", 5.0, 0),
+            ("{'x': 2}", "{'prediction_only': true}", 5.0, 0),
+        ]
+        for row, options, prediction, status in rows:
+            with self.subTest(row=row, options=options):
+                score = self.one(f"SELECT velscore({model}, {row}, {options}) FROM (SELECT 1 AS i) t")
+                self.assertEqual((score["prediction"], score["status"]), (prediction, status))
+
+    def test_a_nan_may_be_invalid(self):
+        """Which has a status of its own."""
+        treated = '<MiningField name="x" missingValueReplacement="3" invalidValueTreatment="returnInvalid"/>'
+        model = quoted(self.write("line.pmml", line().replace('<MiningField name="x"/>', treated)))
+        for nan, status in (("missing", 0), ("invalid", 269052)):
+            found = self.one(f"SELECT velscore({model}, {{'x': 'nan'::DOUBLE}}, {{'nan': '{nan}'}}).status")
+            self.assertEqual(found, status)
+
+    def test_prediction_only_leaves_the_rest_out(self):
+        """Which is there without it."""
+        model = quoted(ROOT / "examples" / "motor-cars" / "model.pmml")
+        row = "{'wt': 2.62, 'hp': 110, 'cyl': '6', 'am': 'manual'}"
+        whole = self.one(f"SELECT velscore({model}, {row}, {{'prediction_only': false}})")
+        alone = self.one(f"SELECT velscore({model}, {row}, {{'prediction_only': true}})")
+        self.assertIsNotNone(whole["std_dev"])
+        self.assertEqual(alone["prediction"], whole["prediction"])
+        self.assertIsNone(alone["std_dev"])
+
+    def test_what_can_t_be_is_refused_by_name(self):
+        """When the statement is bound: there is no row."""
+        model = quoted(self.write("line.pmml", line()))
+        for options, text in self.REFUSED:
+            with self.subTest(options):
+                told = self.refusal(f"SELECT velscore({model}, {{'x': i}}, {options}) FROM range(0) r(i)")
+                self.assertIn(text, told)
+
+    def test_options_are_constant(self):
+        """A column is none, a folded expression is."""
+        model = quoted(self.write("line.pmml", line()))
+        for function in ("velscore", "velscore_explain"):
+            told = self.refusal(f"SELECT {function}({model}, {{'x': 1}}, {{'policy': p}}) FROM (VALUES ('sysmis')) t(p)")
+            self.assertIn(f"the options of {function}() are the same for all rows", told)
+        score = self.one(f"SELECT velscore({model}, {{'x': 1}}, {{'missing': '1' || '0'}})")
+        self.assertEqual(score["prediction"], 3.0)
+
+    def test_a_level_needs_limits(self):
+        """A document without covariances has none to tell."""
+        model = quoted(ROOT / "examples" / "birth-weight" / "model.pmml")
+        told = self.refusal(f"SELECT velscore({model}, {{'race': 'a', 'ht': 'b', 'age': 1}}, {{'level': 0.9}})")
+        self.assertIn("the option 'level' has no meaning", told)
+
+    def test_curves_and_terms_have_options_of_their_own(self):
+        """And refuse the others' by name."""
+        cox = quoted(ROOT / "examples" / "veteran-lung-cancer" / "model.pmml")
+        row = "{'trt': '1', 'type': 'adeno', 'karno': 60}"
+        options = "{'map': {'celltype': 'type'}}"
+        self.assertEqual(self.one(f"SELECT len(velscore_curve({cox}, {row}, {options}))"), 25)
+        told = self.refusal(f"SELECT velscore_curve({cox}, {row}, {{'level': 0.9}})")
+        self.assertIn("velscore_curve() has no option 'level'; its options are policy, missing, nan, map", told)
+        model = quoted(self.write("line.pmml", line()))
+        told = self.refusal(f"SELECT velscore_explain({model}, {{'x': 1}}, {{'level': 0.9}})")
+        self.assertIn("velscore_explain() has no option 'level'; its options are top, policy", told)
+        for top in ("-1", "1.5", "'1'"):
+            told = self.refusal(f"SELECT velscore_explain({model}, {{'x': 1}}, {{'top': {top}}})")
+            self.assertIn("expected is a whole number of 0 or more", told)
+
+
 class Documents(DatabaseTest):
     """Files: missing, wrong, changed, forbidden."""
 
@@ -189,8 +321,7 @@ class Documents(DatabaseTest):
         """By every function, with the reason."""
         wrong = self.write("wrong.pmml", "<PMML>\n  <Header>\n")
         empty = self.write("empty.pmml", "")
-        calls = ("SELECT velscore({}, {{'x': 1}})", "SELECT velscore_curve({}, {{'x': 1}})",
-                 "FROM velscore_curve({}, {{'x': 1}})", "FROM velscore_inspect({})")
+        calls = (*CALLS, "FROM velscore_inspect({})")
         for call in calls:
             with self.subTest(call):
                 self.assertIn("can't be read", self.refusal(call.format("'no such file'")))
@@ -233,6 +364,18 @@ class Documents(DatabaseTest):
             self.assertEqual(found, 1.0 + slope)
         self.write("line.pmml", "gone")
         self.assertIn("not well-formed", self.refusal(f"SELECT velscore({quoted(path)}, {{'x': 1}})"))
+        path.unlink()
+        self.assertIn("can't be read", self.refusal(f"SELECT velscore({quoted(path)}, {{'x': 1}})"))
+
+    def test_a_statement_keeps_its_model(self):
+        """Whatever happens to the file between its first row and its last."""
+        path = self.write("line.pmml", line(slope=2.0))
+        answer = self.base.execute(
+            f"SELECT velscore({quoted(path)}, {{'x': i}}).prediction FROM range(100000) r(i)"
+        )
+        self.assertEqual(answer.fetchone(), (1.0,))
+        self.write("line.pmml", "gone")
+        self.assertEqual(answer.fetchall()[-1], (199999.0,))
 
     def test_a_path_may_be_a_parameter(self):
         """Of a statement, and of a prepared one; else it is one for all rows."""
@@ -258,9 +401,7 @@ class Documents(DatabaseTest):
         self.query(f"SET allowed_directories = [{quoted(allowed)}]")
         self.query(f"SET allowed_paths = [{quoted(single)}]")
         self.query("SET enable_external_access = false")
-        calls = ("SELECT velscore({}, {{'x': 1}})", "SELECT velscore_curve({}, {{'x': 1}})",
-                 "FROM velscore_curve({}, {{'x': 1}})", "FROM velscore_inspect({})",
-                 "FROM velscore_check({})")
+        calls = (*CALLS, "FROM velscore_inspect({})", "FROM velscore_check({})")
         for call in calls:
             for forbidden in (path, allowed / ".." / "line.pmml"):
                 with self.subTest(call):
@@ -276,14 +417,14 @@ class Running(DatabaseTest):
     def test_a_query_can_be_interrupted(self):
         """And the connection goes on."""
         model = quoted(self.write("line.pmml", line()))
-        timer = threading.Timer(0.5, self.base.interrupt)
-        timer.start()
-        with self.assertRaises(duckdb.InterruptException):
-            self.query(
-                f"SELECT sum(velscore({model}, {{'x': i}}).prediction) FROM range(1000000000000) r(i)"
-            )
-        timer.join()
-        self.assertEqual(self.one(f"SELECT velscore({model}, {{'x': 1}}).prediction"), 3.0)
+        for value in ("velscore({}, {{'x': i}}).prediction", "len(velscore_explain({}, {{'x': i}}))"):
+            with self.subTest(value):
+                timer = threading.Timer(0.5, self.base.interrupt)
+                timer.start()
+                with self.assertRaises(duckdb.InterruptException):
+                    self.query(f"SELECT sum({value.format(model)}) FROM range(1000000000000) r(i)")
+                timer.join()
+                self.assertEqual(self.one(f"SELECT velscore({model}, {{'x': 1}}).prediction"), 3.0)
 
     def test_eight_queries_at_once_are_right(self):
         """Each row of each, of two models, one of which is replaced meanwhile. Quarters are exact."""

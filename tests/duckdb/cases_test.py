@@ -1,9 +1,10 @@
 """Every folder of cases through SQL, from CSV and from Parquet: the command's scores to the last bit."""
 
 import csv
+import pathlib
 import unittest
 
-from support import ROOT, DatabaseTest, bits, command, described, quoted, scores
+from support import EXTENSION, ROOT, DatabaseTest, bits, command, described, line, quoted, scores
 
 # Of types: what a file of a kind holds. Texts are as the command reads them; in Parquet numbers are
 # doubles, texts and dates what they are.
@@ -17,6 +18,11 @@ NUMBERS = ["linear_predictor", "std_dev", "ci_lower", "ci_upper", "cum_hazard"]
 def number(text):
     """A number of the command's output by its bits; None where there is none."""
     return None if text == "" else bits(float(text))
+
+
+def maybe_bits(value):
+    """The same of a value of the database."""
+    return None if value is None else bits(value)
 
 
 def expected(model, table):
@@ -130,3 +136,74 @@ class Curves(DatabaseTest):
         self.assertEqual(rows, [(25,), (None,), (None,), (26,)])
 
 
+class Explanations(DatabaseTest):
+    """How linear predictors add up: the command's lines to the last bit."""
+
+    def lines(self, model, table, options=""):
+        """Of all rows, as the command writes them; one without a score has no line here."""
+        read = f"read_csv({quoted(table)}, all_varchar = true)"
+        answers = self.query(f"SELECT velscore_explain({quoted(model)}, t{options}) FROM {read} AS t")
+        return [
+            [str(row), line["equation"] or "", line["term"], *map(maybe_bits, (line["value"], line["contribution"]))]
+            for row, (lines,) in enumerate(answers, 1)
+            for line in lines or []
+        ]
+
+    def wanted(self, model, table, *options):
+        """The command's, but for rows without a score."""
+        text = command("explain", model, table, "--long", *options)
+        rows = list(csv.reader(text.splitlines()))[1:]
+        return [
+            [row, equation, term, number(value), number(contribution)]
+            for row, equation, term, value, contribution in rows
+            if term
+        ]
+
+    def test_lines_are_the_command_s(self):
+        """Of every folder, all of them and the largest alone."""
+        folders = sorted(p.parent for p in (ROOT / "tests" / "data" / "cases").glob("*/model.pmml"))
+        self.assertGreater(len(folders), 50)
+        for folder in folders:
+            model, table = folder / "model.pmml", folder / "input.csv"
+            for sql, options in (("", ()), (", {'top': 1}", ("--top", "1")), (", {top: 0}", ("--top", "0"))):
+                with self.subTest(folder=folder.name, options=options):
+                    self.assertEqual(self.lines(model, table, sql), self.wanted(model, table, *options))
+
+    def test_lines_of_one_row_are_a_table(self):
+        """Behind FROM; of a row without a score none."""
+        folder = ROOT / "examples" / "birth-weight"
+        model, table = folder / "model.pmml", folder / "cases.csv"
+        with open(table, encoding="utf-8", newline="") as file:
+            first = next(csv.DictReader(file))
+        row = ", ".join(f"{quoted(key)}: {quoted(value)}" for key, value in first.items())
+        found_lines = self.query(f"FROM velscore_explain({quoted(model)}, {{{row}}})")
+        self.assertEqual(
+            [["1", *each[:2], *map(maybe_bits, each[2:])] for each in found_lines],
+            [line for line in self.wanted(model, table) if line[0] == "1"],
+        )
+        empty = ", ".join(f"{quoted(key)}: NULL" for key in first)
+        self.assertEqual(self.query(f"FROM velscore_explain({quoted(model)}, {{{empty}}})"), [])
+
+    def test_rows_of_many_chunks_add_up(self):
+        """y = 1 + 2 x; rows without a score and rows that are NULL have no lines."""
+        model = quoted(self.write("line.pmml", line()))
+        rows = self.query(
+            f"SELECT i, velscore_explain({model}, CASE WHEN i % 7 <> 0 THEN {{'x': CASE WHEN i % 5 <> 0 THEN i END}} END)"
+            " FROM range(20000) r(i) ORDER BY i"
+        )
+        self.assertEqual(len(rows), 20000)
+        for i, lines in rows:
+            if i % 7 == 0 or i % 5 == 0:
+                self.assertIsNone(lines)
+                continue
+            self.assertEqual([each["equation"] for each in lines], [None, None])
+            self.assertEqual([each["value"] for each in lines], [1.0, i])
+            self.assertEqual([each["contribution"] for each in lines], [1.0, 2.0 * i])
+
+    def test_a_table_s_lines_stand_beside_its_rows(self):
+        """By the macro that reads a source."""
+        self.query((pathlib.Path(EXTENSION).parent / "velscore_score.sql").read_text(encoding="utf-8"))
+        model = quoted(self.write("line.pmml", line()))
+        self.query("CREATE TABLE cases AS FROM (VALUES (7, 3.0), (8, NULL), (9, 5.0)) t(id, x)")
+        rows = self.query(f"SELECT id, term, value, contribution FROM velscore_terms({model}, 'cases') WHERE value > 1")
+        self.assertEqual(rows, [(7, "p1", 3.0, 6.0), (9, "p1", 5.0, 10.0)])

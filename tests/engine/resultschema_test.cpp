@@ -177,5 +177,22 @@ TEST(ResultSchema, NumbersThatStandForNoneDoNotExist)
     EXPECT_EQ(ResultSchema::ExistingBits(ResultQuantity::Prediction, numbers, 5), 0b10101u);
 }
 
+TEST(ResultSchema, NumbersOfTheSureRangeExist)
+{
+    for (const ResultQuantity quantity :
+         {ResultQuantity::Prediction, ResultQuantity::StdDev, ResultQuantity::CILower,
+          ResultQuantity::CIUpper, ResultQuantity::Probability, ResultQuantity::CumHazard,
+          ResultQuantity::LinearPredictor, ResultQuantity::LinearPredictorError,
+          ResultQuantity::Risk, ResultQuantity::MedianSurvival, ResultQuantity::SurvivalAt,
+          ResultQuantity::ProbabilityError}) {
+        const auto [low, high] = ResultSchema::SureRange(quantity);
+        EXPECT_LT(low, high);
+        for (const double number : {low, 0.0, 1.0, high}) {
+            EXPECT_TRUE(ResultSchema::Exists(quantity, number))
+                << static_cast<int>(quantity) << ": " << number;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

@@ -111,15 +111,17 @@ protected:
         std::optional<ScoringSession> session;
         try {
             session.emplace(model, tables, options, stop);
-            RowWriter writer(rows);
+            RowWriter writer(rows, options.compression);
             std::optional<RowWriter> rejects;
             if (options.rejects) rejects.emplace(rejected);
             RowWriter* const second = rejects ? &*rejects : nullptr;
             try {
-                // Blocks so small are done before further threads wake, unless the writing waits.
+                // Blocks so small are done before further threads wake, unless the writing waits:
+                // longer on a busy machine, until there was a second thread.
                 const auto wait = [&](uint64_t, int64_t) {
                     writers_.insert(std::this_thread::get_id());
-                    std::this_thread::sleep_for(std::chrono::microseconds(100));
+                    std::this_thread::sleep_for(
+                        std::chrono::microseconds(writers_.size() > 1 ? 100 : 20000));
                 };
                 if (options.threads > 1) session->OnProgress(wait);
                 session->Run(writer, second);
@@ -446,6 +448,91 @@ std::string ManyTimes(const std::string& path, size_t bytes)
         many.append(text, body);
     }
     return many;
+}
+
+std::string JsonRow(size_t row)
+{
+    return fmt::format(R"({{"x":{}.{},"sex":"{}","note":"{:0160}"}})", row % 1000, row % 10,
+                       row % 3 == 0 ? "f" : "m", row);
+}
+
+TEST_F(SessionTest, JsonLinesAreScoredTheSame)
+{
+    std::string text;
+    for (size_t row = 0; row < kRows; ++row) {
+        text += (row % 37 == 20 ? R"({"x":1,)" : JsonRow(row)) + "\n";
+    }
+    ScoringOptions options;
+    options.rejects = true;
+    const Outcome outcome = RunEachWay(Linear(), {Table(text, "cases.jsonl")}, options);
+    EXPECT_EQ(outcome.failure, "");
+    EXPECT_EQ(std::count(outcome.rejects.begin(), outcome.rejects.end(), '\n') - 1, kOddRows);
+}
+
+TEST_F(SessionTest, PackedTablesAreScoredTheSame)
+{
+    const std::string text = LinearTable("\n", [](size_t) -> std::string { return "1,m"; });
+    const Texts tables{Table(PackedByGzip(text), "cases.csv.gz"),
+                       Table(PackedByZstd(text), "cases.csv.zst")};
+    ScoringOptions options;
+    options.rejects = true;
+    const Outcome outcome = RunEachWay(Linear(), tables, options);
+    EXPECT_EQ(outcome.failure, "");
+    EXPECT_EQ(std::count(outcome.rejects.begin(), outcome.rejects.end(), '\n') - 1, 2 * kOddRows);
+}
+
+TEST_F(SessionTest, PackedOutputIsTheSameByAnyThreads)
+{
+    const LoadedModel& model = Linear();
+    const Texts tables{Table(LinearTable("\n", nullptr))};
+    for (const Compression compression : {Compression::Gzip, Compression::Zstd}) {
+        ScoringOptions options;
+        options.compression = compression;
+        options.blockBytes = size_t{16} << 10;
+        const Outcome expected = Run(model, tables, options);
+        ASSERT_FALSE(expected.rows.empty());
+        for (const size_t threads : {2u, 3u, 8u}) {
+            options.threads = threads;
+            EXPECT_TRUE(Same(Run(model, tables, options), expected)) << threads << " threads";
+        }
+    }
+}
+
+TEST_F(SessionTest, ARunThatIsGoneOnWithEndsTheSame)
+{
+    const LoadedModel& model = Linear();
+    const Texts tables{Table(LinearTable("\n", [](size_t) -> std::string { return "1,m"; }))};
+    ScoringOptions options;
+    options.rejects = true;
+    const Outcome expected = Run(model, tables, options);
+    const std::string rows = folder_.Path("rows.csv");
+    const std::string rejected = folder_.Path("rejects.csv");
+    for (const size_t threads : {1u, 3u, 8u}) {
+        options.threads = threads;
+        options.blockBytes = size_t{16} << 10;
+        options.mostRejects = 40;
+        RunPosition position;
+        {
+            ScoringSession session(model, tables, options);
+            session.OnCheckpoint([&](const RunPosition& reached) { position = reached; });
+            RowWriter writer(rows);
+            RowWriter rejects(rejected);
+            EXPECT_THROW(session.Run(writer, &rejects), Failure);
+            EXPECT_EQ(writer.EndEarly(false), position.output.part);
+            EXPECT_EQ(rejects.EndEarly(false), position.rejects.part);
+        }
+        EXPECT_GT(position.report.rejected, 0);
+        options.mostRejects = std::numeric_limits<int64_t>::max();
+        ScoringSession session(model, tables, options);
+        RowWriter writer(rows, Compression::None, position.output);
+        RowWriter rejects(rejected, Compression::None, position.rejects);
+        session.StartAt(position);
+        session.Run(writer, &rejects);
+        writer.Close();
+        rejects.Close();
+        const Outcome outcome{ReadWhole(rows), ReadWhole(rejected), Told(session.Report()), "", 0};
+        EXPECT_TRUE(Same(outcome, expected)) << threads << " threads";
+    }
 }
 
 TEST_F(SessionTest, CurvesAreDrawnTheSame)

@@ -106,6 +106,12 @@ public:
         }
     }
 
+    bool SurelyWithin(const double* values, size_t rows, double low, double high) const override
+    {
+        return std::all_of(values, values + rows,
+                           [&](double value) { return value >= low && value <= high; });
+    }
+
     mutable size_t mostTexts = 0;
     mutable int timesBound = 0;
     mutable int blocks = 0;

@@ -5,14 +5,13 @@
 #include <optional>
 #include <sstream>
 
-#include <nlohmann/json.hpp>
-
 #include "engine/documents/documentconverter.h"
 #include "engine/documents/documentfix.h"
 #include "engine/documents/documentloader.h"
 #include "engine/documents/verificationsection.h"
 #include "engine/messages/failure.h"
 #include "engine/reports/checkjson.h"
+#include "engine/reports/jsontext.h"
 #include "engine/reports/modeljson.h"
 #include "engine/scoring/curveshaper.h"
 #include "engine/scoring/verification.h"
@@ -194,19 +193,13 @@ void CheckCurves(const LoadedModel& model, const CaseTable& table)
         });
 }
 
-// As the command writes it: texts of a document may be cut within a character.
-std::string Dumped(const nlohmann::ordered_json& json)
-{
-    return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
-}
-
 // What a program is told of a document: texts that are made, and that is all that is asked.
 void CheckReports(const LoadedModel& model)
 {
     std::ostringstream text;
     model.Display(text);
     Require(!ModelJson(model).empty(), "a description");
-    Require(!Dumped(AcceptedJson("document", model)).empty(), "a report");
+    Require(!JsonText(AcceptedJson("document", model)).empty(), "a report");
 }
 
 void CheckVerification(std::string_view document)
@@ -282,7 +275,7 @@ std::unique_ptr<LoadedModel> ModelOf(std::string_view document, const LoadOption
                                              options);
     } catch (const Failure& failure) {
         Require(*failure.what() != '\0', "a refusal that says why");
-        Require(!Dumped(RefusedJson("document", failure)).empty(), "a report");
+        Require(!JsonText(RefusedJson("document", failure)).empty(), "a report");
         return nullptr;
     }
 }

@@ -6,7 +6,11 @@
 #include <gtest/gtest.h>
 
 #include "host/model/caseexplanation.h"
+#include "kernels/normalization.h"
+#include "kernels/ordinal.h"
 #include "models/casestate.h"
+#include "models/cumulativelinkmodel.h"
+#include "models/normalizedmodel.h"
 #include "tests/models/drawnrows.h"
 
 namespace MCVelscore_850 {
@@ -31,7 +35,8 @@ struct Seen {
     size_t refused = 0;
     size_t sums = 0;
     size_t longSums = 0;  // of several addends other than 0
-    size_t scoring = 0;   // compared with what scoring has
+    size_t scoring = 0;   // linear predictors compared with those that scoring has
+    size_t shares = 0;    // probabilities compared likewise
     size_t offsets = 0;
     size_t references = 0;
 };
@@ -46,6 +51,76 @@ std::vector<double> LinearPredictorsOf(const RegressionModel& model, const CaseS
         return all.size() == equations ? all : std::vector<double>();
     }
     return {state.linearPredictor};
+}
+
+// The linear predictors as the contributions add up to them, by the outline's equations.
+using Totals = std::vector<double>;
+
+// The probabilities of an ordinal model, by its link over the boundaries, which follow the first
+// equation.
+std::vector<double> ProbabilitiesOf(const CumulativeLinkModel& model, const ExplanationOutline&,
+                                    const Totals& totals)
+{
+    std::vector<double> probabilities(totals.size());
+    kernels::OrdinalScale<double> scale{};
+    for (size_t c = 0; c < probabilities.size(); ++c) {
+        const bool isLast = c + 1 == totals.size();
+        const double cumulative =
+            isLast ? 1.0
+                   : CumulativeLinkModel::CInvLinkFunction(model.GetLinkFunction(), totals[c + 1]);
+        probabilities[c] = kernels::NextCategory(scale, c, cumulative, 0.0);
+    }
+    return probabilities;
+}
+
+// Of a normalized one. The category without an equation is the remainder.
+std::vector<double> ProbabilitiesOf(const NormalizedModel& model, const ExplanationOutline& outline,
+                                    const Totals& totals)
+{
+    using Link = kernels::CumulativeLink;
+    using kernels::Normalization;
+    constexpr std::pair<std::string_view, Link> kLinks[] = {
+        {"logit", Link::Logit},
+        {"probit", Link::Probit},
+        {"cloglog", Link::ComplementaryLogLog},
+        {"loglog", Link::NegativeLogLog},
+        {"cauchit", Link::Cauchit},
+    };
+    ModelDescription description;
+    model.Describe(description);
+    const auto& categories = description.targetCategories;
+    Normalization how;
+    std::vector<double> y(categories.size());
+    size_t equation = 0;
+    for (size_t c = 0; c < categories.size(); ++c) {
+        const bool has = equation < outline.equations.size() &&
+                         outline.equations[equation].category == categories[c];
+        if (has) y[c] = totals[equation++];
+        if (!has) how.remainder = c;
+    }
+    if (model.GetNormalization() != "simplemax") {
+        const bool steps = !outline.equations.empty() && outline.equations[0].isCumulative;
+        how.method = steps ? Normalization::Steps : Normalization::Shares;
+        for (const auto& [word, link] : kLinks) {
+            if (word == model.GetNormalization()) how.link = link;
+        }
+    }
+    EXPECT_EQ(equation, totals.size());
+    kernels::Normalize(how, y.data(), y.size(), 1);
+    return y;
+}
+
+// Those of the families whose equations scoring doesn't keep one by one, none of others.
+std::vector<double> ProbabilitiesOf(const RegressionModel& model, const ExplanationOutline& outline,
+                                    const Totals& totals)
+{
+    if (const auto* ordinal = dynamic_cast<const CumulativeLinkModel*>(&model)) {
+        return ProbabilitiesOf(*ordinal, outline, totals);
+    }
+    if (const auto* normalized = dynamic_cast<const NormalizedModel*>(&model)) {
+        return ProbabilitiesOf(*normalized, outline, totals);
+    }
+    return {};
 }
 
 class Comparison {
@@ -73,11 +148,18 @@ public:
             return;
         }
         ASSERT_FALSE(explanation_.Sums().empty());
+        Totals totals;
         for (const CaseExplanation::Sum& sum : explanation_.Sums()) {
-            ASSERT_NO_FATAL_FAILURE(CompareSum(sum));
+            ASSERT_NO_FATAL_FAILURE(CompareSum(sum, totals.emplace_back()));
+        }
+        const auto& state = static_cast<const CaseState&>(*scored_);
+        const auto probabilities = ProbabilitiesOf(model_, outline_, totals);
+        for (size_t c = 0; c < probabilities.size(); ++c) {
+            ASSERT_TRUE(SameSum(probabilities[c], state.probabilities.at(c)))
+                << c << ": " << probabilities[c] << " for " << state.probabilities[c];
+            ++seen_.shares;
         }
         if (!keepsPredictors_) return;
-        const auto& state = static_cast<const CaseState&>(*scored_);
         const auto kept = LinearPredictorsOf(model_, state, outline_.equations.size());
         ASSERT_FALSE(kept.empty());
         for (size_t i = 0; i < kept.size(); ++i) {
@@ -87,12 +169,11 @@ public:
     }
 
 private:
-    void CompareSum(const CaseExplanation::Sum& sum)
+    void CompareSum(const CaseExplanation::Sum& sum, double& total)
     {
         ASSERT_LT(sum.equation, outline_.equations.size());
         const auto& terms = outline_.equations[sum.equation].terms;
         ASSERT_EQ(sum.addends.size(), terms.size());
-        double total = 0.0;
         size_t met = 0;
         for (size_t i = 0; i < terms.size(); ++i) {
             const auto& [value, contribution] = sum.addends[i];
@@ -163,6 +244,8 @@ TEST_P(ExplanationsOfFamily, AddUpToTheBitsOfScoring)
     EXPECT_GT(seen.refused, seen.rows / 200);
     EXPECT_GT(seen.longSums, seen.rows / 4);
     EXPECT_EQ(seen.scoring > seen.rows / 2, keepsPredictors);
+    const bool isScale = name.find("Ordinal") != name.npos;
+    EXPECT_EQ(seen.shares > seen.rows, isScale || !keepsPredictors) << seen.shares;
     const bool takesOffset = name.starts_with("Multinomial") || name.starts_with("Ordinal") ||
                              name.starts_with("Generalized");
     EXPECT_EQ(seen.offsets > seen.rows / 20, takesOffset) << seen.offsets;

@@ -1,9 +1,13 @@
 """What the tests share: documents, the command beside them, tables of every kind."""
 
+from __future__ import annotations
+
 import csv
 import io
 import pathlib
 import subprocess
+from collections.abc import Iterable, Iterator
+from typing import Any
 
 import pytest
 
@@ -21,6 +25,13 @@ def command(*arguments: object) -> str:
 def columns_of_csv(text: str) -> dict[str, list[str]]:
     header, *rows = csv.reader(io.StringIO(text))
     return {name: [row[i] for row in rows] for i, name in enumerate(header)}
+
+
+def paired(*columns: Iterable[Any]) -> Iterator[tuple[Any, ...]]:
+    """The rows of columns, which have to be of one length."""
+    lists = [list(column) for column in columns]
+    assert len({len(values) for values in lists}) == 1
+    return zip(*lists)
 
 
 def number(text: str) -> float | None:

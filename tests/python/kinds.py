@@ -42,9 +42,7 @@ def arrow(columns: Columns) -> pa.Table:
 
 
 def relation(columns: Columns) -> Any:
-    connection = duckdb.connect()
-    connection.register("cases", pa.table(columns))
-    return connection.table("cases")
+    return duckdb.from_arrow(pa.table(columns))  # of the connection that stays open
 
 
 def pandas_categories(columns: Columns) -> pd.DataFrame:

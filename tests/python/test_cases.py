@@ -6,7 +6,7 @@ import warnings
 import pytest
 
 import velscore
-from conftest import CASES, columns_of_csv, command, number
+from conftest import CASES, columns_of_csv, command, number, paired
 from kinds import KINDS, plain
 
 NAMES = sorted(folder.name for folder in CASES.iterdir() if folder.is_dir())
@@ -44,7 +44,7 @@ def test_scores_are_the_commands(name, kind):
     expected = scored(name)
     assert list(found) == list(expected)
     for column, texts in expected.items():
-        for row, (value, text) in enumerate(zip(found[column], texts, strict=True), 1):
+        for row, (value, text) in enumerate(paired(found[column], texts), 1):
             if isinstance(value, (int, float)):
                 assert value == float(text), (column, row)  # shortest digits: one double alone
             else:
@@ -71,6 +71,6 @@ def test_files_too(name):
     table = stream.read()
     for index, (column, texts) in enumerate(scored(name).items()):
         assert table.names[index] == column
-        for value, text in zip(table.values(index), texts, strict=True):
+        for value, text in paired(table.values(index), texts):
             same = value == float(text) if isinstance(value, (int, float)) else (value or "") == text
             assert same, column

@@ -4,6 +4,7 @@ import copy
 import io
 import pathlib
 import pickle
+import re
 import threading
 import warnings
 
@@ -13,7 +14,7 @@ import pyarrow as pa
 import pytest
 
 import velscore
-from conftest import ROOT, columns_of_csv, command
+from conftest import ROOT, columns_of_csv, command, paired
 from kinds import plain
 from test_tables import DOCUMENT, GOOD
 from velscore._kinds import Run, kind_of
@@ -187,10 +188,67 @@ def test_explanations_are_the_commands(name):
         columns = plain(model.explain(kind(frame.to_dict("list"))))
         for column in columns:
             found = ["" if v is None or v != v else v for v in columns[column]]
-            texts = [t if isinstance(v, str) else float(t) for v, t in zip(found, said[column], strict=True)]
+            texts = [t if isinstance(v, str) else float(t) for v, t in paired(found, said[column])]
             assert found == texts, column
     terms = model.explain(pl.from_pandas(frame).lazy()).collect()
     assert terms["term"].to_list() == said["term"]
+
+
+@pytest.mark.parametrize(
+    ("words", "options"),
+    [
+        (["--top", "2"], {"top": 2}),
+        (["--top", "0"], {"top": 0}),
+        (["--baseline", "mean"], {"baseline": "mean"}),
+        (["--baseline", "2", "--top", "1"], {"baseline": 2, "top": 1}),
+    ],
+)
+def test_explanations_are_the_commands_with_options(words, options):
+    folder = ROOT / "examples" / "birth-weight"
+    model = velscore.load(folder / "model.pmml")
+    frame = pd.read_csv(folder / "cases.csv")
+    said = columns_of_csv(command("explain", folder / "model.pmml", folder / "cases.csv", "--long", *words))
+    kinds = (pd.DataFrame, pl.DataFrame, pa.table, lambda c: pl.DataFrame(c).lazy(), dict)
+    for kind in kinds:
+        terms = model.explain(kind(frame.to_dict("list")), **options)
+        terms = terms.collect() if isinstance(terms, pl.LazyFrame) else terms
+        columns = plain(terms)
+        for column in ("term", "value", "contribution"):
+            found = ["" if v is None or v != v else v for v in columns[column]]
+            texts = [t if isinstance(v, str) else float(t) for v, t in zip(found, said[column], strict=True)]
+            assert found == texts, column
+
+
+def test_a_baseline_may_be_of_another_table():
+    model = velscore.load(DOCUMENT)
+    case = {"x": [3.0], "sex": ["m"]}
+    others = {"x": [1.0, None, 5.0], "sex": ["f", "f", "m"]}
+    # y = 1 + 2 x + 10 [sex = m], beside the mean of 1 and 5, of f and m, and beside row 3
+    for table in (others, pd.DataFrame(others), pl.DataFrame(others).lazy(), pa.table(others).to_reader()):
+        assert model.explain(case, baseline=("mean", table))["contribution"] == [0.0, 0.0, 5.0]
+    assert model.explain(case, baseline=(3, others))["contribution"] == [0.0, -4.0, 0.0]
+    reader = pa.table(others).to_reader()
+    with pytest.raises(velscore.OptionError, match="reads the cases twice"):
+        model.explain(reader, baseline="mean")
+    assert model.explain(pa.table(case).to_reader(), baseline=("mean", others)).read_all().num_rows == 3
+
+
+@pytest.mark.parametrize(
+    ("options", "said"),
+    [
+        ({"top": -1}, "top is -1; expected is a whole number of 0 or more"),
+        ({"top": 1.5}, "top is 1.5"),
+        ({"top": True}, "top is True"),
+        ({"baseline": "median"}, "baseline is 'median'; expected is 'mean' or the number of a row, from 1"),
+        ({"baseline": 0}, "baseline is 0"),
+        ({"baseline": 9}, "'baseline_row' is '9'; expected is a row of the baseline's table"),
+        ({"baseline": 2}, "expected is a row that has a score; this one has the status 90029"),
+    ],
+)
+def test_baselines_that_there_are_not_are_refused(options, said):
+    model = velscore.load(DOCUMENT)
+    with pytest.raises(velscore.OptionError, match=re.escape(said)):
+        model.explain({"x": [1.0, None], "sex": ["m", "f"]}, **options)
 
 
 def test_a_frames_explanations_have_the_index_of_their_rows():
@@ -212,7 +270,7 @@ def test_coefficients_are_the_commands(name):
     rows = velscore.load(path).coefficients()
     assert list(rows[0]) == list(said)
     for column, texts in said.items():
-        for row, text in zip(rows, texts, strict=True):
+        for row, text in paired(rows, texts):
             value = row[column]
             assert (value or "") == text if not isinstance(value, float) else value == float(text)
 
@@ -234,6 +292,26 @@ def test_numbers_of_pandas_and_numpy_are_read_where_they_lie():
     assert _address(numbers) == numbers["x"].to_numpy().ctypes.data
     array = numbers["x"].to_numpy()
     assert _address({"x": array, "sex": ["m", "f"]}) == array.ctypes.data
+
+
+class Given:
+    """What the library is handed of a table, for others to read."""
+
+    def __init__(self, table):
+        model = velscore.load(DOCUMENT)
+        self._capsule = kind_of(table).source(table, Run(model._core, {}, model.feature_names_in_))
+
+    def __arrow_c_stream__(self, requested_schema=None):
+        return self._capsule
+
+
+@pytest.mark.parametrize("kind", [pl.DataFrame, pa.table], ids=["Polars", "pyarrow"])
+def test_numbers_of_polars_and_pyarrow_are_handed_on_where_they_lie(kind):
+    table = kind(GOOD)
+    (batch,) = pa.RecordBatchReader.from_stream(Given(table))
+    column = table["x"]
+    address = _lies_at(column) if kind is pl.DataFrame else column.chunk(0).buffers()[1].address
+    assert batch.column("x").buffers()[1].address == address
 
 
 def _lies_at(series):

@@ -15,7 +15,7 @@ from matplotlib import pyplot
 from matplotlib.axes import Axes
 
 import velscore
-from conftest import columns_of_csv, command
+from conftest import columns_of_csv, command, paired
 from kinds import KINDS
 from test_tables import DOCUMENT, GOOD
 
@@ -72,7 +72,7 @@ def test_an_effect_of_categories_by_a_second_column(cars, tmp_path):
     ax = model.plot_effect("cyl", frame, by="am", at={"wt": 3.0, "hp": 120}, level=0.5)
     assert [tick.get_text() for tick in ax.get_xticklabels()] == ["4", "6", "8"]
     assert [text.get_text() for text in ax.get_legend().get_texts()] == ["am = automatic", "am = manual"]
-    for kind, drawn in zip(["automatic", "manual"], ax.containers, strict=True):
+    for kind, drawn in paired(["automatic", "manual"], ax.containers):
         rows = [{"wt": 3.0, "hp": 120, "cyl": cyl, "am": kind} for cyl in (4, 6, 8)]
         scores = by_command(CARS, rows, tmp_path, "score", "--level", "0.5")
         assert list(drawn[0].get_ydata()) == scores["prediction"]

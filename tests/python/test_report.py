@@ -9,7 +9,7 @@ import polars as pl
 import pytest
 
 import velscore
-from conftest import ROOT
+from conftest import CASES, ROOT
 from test_tables import DOCUMENT, GOOD
 from velscore.__main__ import main
 
@@ -96,6 +96,7 @@ def test_who_made_it_and_when():
 def test_what_a_document_lacks_is_said():
     page = Page(velscore.report(DOCUMENT))
     assert "no covariances" in page.sections["Coefficients"]
+    assert velscore.report(DOCUMENT).count("no standard errors") == 1
     assert "Where x lies isn't known without a table" in page.sections["Effects"]
     assert "There are none." in page.sections["Notices of the document"]
     assert "no observed column" in Page(velscore.report(DOCUMENT, GOOD)).sections["Scores beside observed values"]
@@ -134,6 +135,52 @@ def test_the_most_extreme_cases_are_explained():
         expected = "; ".join(sorted((t for t in terms if terms[t]), key=lambda t: -terms[t]))
         assert expected in said
     assert "p1 (10)" not in said
+
+
+# The betas of the documents times the values; a reference category has none of its own.
+@pytest.mark.parametrize(
+    ("name", "case", "score", "equation", "told"),
+    [
+        (
+            "mlr-birthwt-race",
+            {"age": 45, "lwt": 123, "smoke": "no", "ht": "no"},
+            "probability of black",
+            "linear predictor of black,",
+            {"age (45)": -0.1336110519581403 * 45, "lwt (123)": 0.014088021396611665 * 123,
+             "Intercept (1)": 0.09323751113302886},
+        ),
+        (
+            "ordinal-logit-housing",
+            {"Infl": "High", "Type": "Tower", "Cont": "High"},
+            "probability of Low",
+            "linear predictor of Low and below,",
+            {"InflHigh (1)": -1.2888190638123214, "threshold (-0.496135)": -0.49613534383750058,
+             "ContHigh (1)": -0.36028414994738484},
+        ),
+        (
+            "ordinal-gzlm-logit-airquality",  # where the linear predictor is taken off the threshold
+            {"Temp": 67.0, "Wind": 7.0, "Solar.R": 190.0},
+            "probability of low",
+            "linear predictor of low and below,",
+            {"Temp (67)": -0.22047376541817007 * 67, "threshold (14.432)": 14.432013210792169,
+             "Wind (7)": 1.8294750577934982, "Solar.R (190)": -1.4866902399129096},
+        ),
+    ],
+)  # fmt: skip
+def test_how_the_probability_of_a_category_comes_about(name, case, score, equation, told):
+    page = Page(velscore.report(CASES / name / "model.pmml", {column: [value] for column, value in case.items()}))
+    said = page.sections["The most extreme cases"]
+    assert score in said
+    assert f"contribute most to the {equation}" in said
+    assert "; ".join(f"{term} {contribution:+.4g}" for term, contribution in told.items()) in said
+
+
+def test_ratios_have_their_limits():
+    section = Page(velscore.report(CASES / "ordinal-logit-housing/model.pmml")).sections["Coefficients"]
+    assert " ".join(section.split()).count("odds ratioodds ratio, lowerodds ratio, upper") == 1
+    # exp of -0.566394 and of its limits, by R
+    assert "0.5675690.4623150.696785" in section
+    assert "hazard ratio, lower" in velscore.report(CASES / "cox-veteran-uncentred/model.pmml")
 
 
 EVIL = '<script>alert(1)</script><b onclick="x">&"\''

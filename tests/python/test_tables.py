@@ -2,6 +2,7 @@
 
 import datetime
 import decimal
+import mmap
 
 import duckdb
 import numpy as np
@@ -154,6 +155,12 @@ def test_duplicated_names_are_refused_where_the_model_reads_them(model):
         model.predict(table)
 
 
+def test_a_duplicated_name_that_isnt_read_is_surplus(model):
+    frame = pd.DataFrame([[3.0, 1, 2, "m"]], columns=["x", "more", "more", "sex"])
+    assert list(model.predict(frame)) == [17.0]
+    assert model.predict(pa.Table.from_arrays([pa.array([v]) for v in (3.0, 1, 2, "m")], list(frame.columns))).to_pylist() == [17.0]
+
+
 # A column for x, from what a row's own number is expected: 3 gives 7 (sex f), 4 gives 9.
 NUMBERS = {
     "int8": pa.array([3, 4], pa.int8()),
@@ -205,6 +212,18 @@ def test_texts_of_any_type(model, kind, what):
     elif kind == "pandas":
         table = table.to_pandas()
     assert outcome(model, table) == [13.0, "sex", 3.0]
+
+
+def test_texts_behind_two_gigabytes(model):
+    begin = 2**31 + 4096
+    memory = mmap.mmap(-1, begin + 4096)  # of which the system gives the pages that are touched
+    memory[begin : begin + 2] = b"mf"
+    offsets = np.array([begin, begin + 1, begin + 1, begin + 2], dtype="i8")
+    texts = pa.LargeStringArray.from_buffers(3, pa.py_buffer(offsets), pa.py_buffer(memory))
+    assert texts.to_pylist() == ["m", "", "f"]
+    table = pa.table({"x": [1.0, 1.0, 1.0], "sex": texts})
+    assert outcome(model, table) == [13.0, "sex", 3.0]
+    assert outcome(model, table.slice(2)) == [3.0]
 
 
 # Values of lists, and what becomes of them: a prediction, or the column at fault.

@@ -1,5 +1,8 @@
 """Spark: mapInArrow over two local workers."""
 
+import itertools
+import os
+
 import pyarrow as pa
 import pytest
 import spark_score
@@ -42,6 +45,44 @@ def test_order_stays_within_partitions(spark, model, frame):
     numbered = frame.coalesce(1).sortWithinPartitions("id")
     found = spark_score.scored(numbered, model, keep=["id"], columns="prediction").collect()
     assert [row.id for row in found] == list(range(len(found)))
+
+
+#: Rows of the test of large tables; a release is checked with 10,000,000.
+MANY = int(os.environ.get("VELSCORE_TEST_ROWS", "50000"))
+
+
+def test_large_tables_keep_their_ids_their_order_and_every_score(spark, model):
+    cases = [
+        {"race": race, "ht": ht, "age": float(age)}
+        for race, ht, age in itertools.product(["white", "black", "other"], ["no", "yes"], range(14, 46))
+    ]
+    expected = [row["probability(low)"] for row in model.score(cases, columns="probability(low)")]
+    races, hts, ages = ([case[name] for case in cases] for name in ("race", "ht", "age"))
+
+    def made(batches):
+        for batch in batches:
+            places = [i % len(races) for i in batch.column(0).to_pylist()]
+            columns = [batch.column(0)] + [pa.array([c[i] for i in places]) for c in (races, hts, ages)]
+            yield pa.RecordBatch.from_arrays(columns, ["id", "race", "ht", "age"])
+
+    def checked(batches):
+        """Of a partition: its first id, how many follow it one by one, and how many scores are wrong."""
+        first, count, wrong = None, 0, 0
+        for batch in batches:
+            ids, scores = batch.column(0).to_pylist(), batch.column(1).to_pylist()
+            first = ids[0] if first is None and ids else first
+            wrong += sum(i != first + count + n for n, i in enumerate(ids))
+            wrong += sum(expected[i % len(expected)] != score for i, score in zip(ids, scores))
+            count += len(ids)
+        yield pa.RecordBatch.from_pydict({"first": [first], "count": [count], "wrong": [wrong]})
+
+    frame = spark.range(0, MANY, 1, 8).mapInArrow(made, "id long, race string, ht string, age double")
+    found = spark_score.scored(frame, model, keep=["id"], columns="probability(low)")
+    parts = sorted(map(tuple, found.mapInArrow(checked, "first long, count long, wrong long").collect()))
+    assert [wrong for _, _, wrong in parts] == [0] * 8
+    counts = [count for _, count, _ in parts]
+    assert [first for first, _, _ in parts] == [0, *itertools.accumulate(counts)][:-1]
+    assert sum(counts) == MANY
 
 
 def test_no_rows(frame, model):

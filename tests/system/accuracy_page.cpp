@@ -203,6 +203,13 @@ that of `lm-longley`, whose predictors are nearly collinear: its variance is a s
 numbers. The largest of probabilities are those of categories that are hardly possible, as differences of
 cumulative probabilities near 1.
 
+What else R says of these models the tests hold to within 1e-10 of it, relatively: the estimates, standard errors,
+t and z values, p values, limits, odds and hazard ratios of `inspect --coefficients`
+([tests/data/coefficients](../tests/data/coefficients)), the standard errors of probabilities of binary, multinomial and
+ordinal models ([tests/data/probability-errors](../tests/data/probability-errors)) and those of linear predictors of
+binary and Cox models ([tests/data/predictor-errors](../tests/data/predictor-errors)); and within 1e-12 survival at given
+times, medians and risks ([tests/data/survival](../tests/data/survival)).
+
 ## RegressionModel documents
 
 Those of [tests/data/regression](../tests/data/regression/README.md).

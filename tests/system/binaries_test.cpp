@@ -1,4 +1,5 @@
-// How the command and the libraries are linked: what a defect of memory could make use of.
+// How the command and the libraries are compiled and linked: what a defect of memory could make use
+// of.
 
 #include <sstream>
 
@@ -51,6 +52,37 @@ TEST_P(Binaries, LookForLibrariesBesideThemselvesAlone)
     if (line.empty()) return;  // in the system's folders
     EXPECT_NE(line.find("[$ORIGIN/../lib]"), std::string::npos) << line;
 }
+
+// Sanitizers do this in their own way.
+#ifdef VELSCORE_HARDENED
+TEST_P(Binaries, EndWhereTheStackWasWrittenOver)
+{
+    EXPECT_NE(Lines("--dyn-syms", "__stack_chk_fail"), "");
+}
+
+// The plug-in's libraries have no call with a buffer to check.
+class BinariesWithBuffers : public Binaries {};
+
+TEST_P(BinariesWithBuffers, CallTheCheckedFunctionsOfTheCLibrary)
+{
+    EXPECT_NE(Lines("--dyn-syms", "_chk@GLIBC"), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, BinariesWithBuffers,
+                         testing::Values("bin/velscore", "lib/libvelscore.so"),
+                         [](const auto& each) { return "Number" + std::to_string(each.index); });
+
+#ifdef __x86_64__
+// The instruction that a jump has to land on.
+TEST_P(Binaries, MarkWhereAJumpMayLand)
+{
+    const std::string binary = std::string(VELSCORE_BUILD "/") + GetParam();
+    const Finished run = RunProgram({"/usr/bin/objdump", "-d", "--no-show-raw-insn", binary});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_NE(run.out.find("endbr64"), std::string::npos);
+}
+#endif
+#endif
 
 INSTANTIATE_TEST_SUITE_P(Of, Binaries,
                          testing::Values("bin/velscore", "lib/libvelregression850.so",

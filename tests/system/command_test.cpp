@@ -81,6 +81,22 @@ TEST_F(Command, MisspeltWordsAreBlamedAndSuggested)
     EXPECT_TRUE(Has(RunVelscore({"inspect", model_, "b.pmml"}).err, "b.pmml"));
 }
 
+// That command is the Python package's.
+TEST_F(Command, AReportIsSaidToBeMadeElsewhere)
+{
+    using Texts = std::vector<std::string>;
+    for (const Texts& arguments : {Texts{"report"}, Texts{"report", "a.pmml", "-o", "b.html"}}) {
+        const Finished run = RunVelscore(arguments);
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_EQ(run.out, "");
+        EXPECT_NE(run.err.find("reports are made by the package for Python"), std::string::npos)
+            << run.err;
+        EXPECT_NE(run.err.find("python -m velscore report MODEL [CASES] -o report.html"),
+                  std::string::npos)
+            << run.err;
+    }
+}
+
 TEST_F(Command, HelpOfEachCommandShowsAnExample)
 {
     for (const char* name : {"score", "check", "inspect", "convert", "help"}) {

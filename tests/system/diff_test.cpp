@@ -173,6 +173,72 @@ TEST(Diff, ChangedCategoriesAreCounted)
     EXPECT_NE(run.out.find(" rows differ, first row "), std::string::npos) << run.out;
 }
 
+// How a table of x = 0, 2 and -6 is written, missing values and the decimal mark among it.
+struct Written {
+    const char* name;
+    std::string cases;
+    Texts options;
+};
+void PrintTo(const Written& written, std::ostream* out) { *out << written.name; }
+
+class DiffOfScores : public testing::TestWithParam<Written> {};
+INSTANTIATE_TEST_SUITE_P(
+    Each, DiffOfScores,
+    testing::Values(
+        Written{"Plain", "x,sex\n0,f\n2,m\n-6.5,f\n,m\n", {}},
+        Written{"Delimiter", "x;sex\n0;f\n2;m\n-6.5;f\n;m\n", {"--delimiter", ";"}},
+        Written{"Tab", "x\tsex\n0\tf\n2\tm\n-6.5\tf\n\tm\n", {"--delimiter", "tab"}},
+        Written{"Decimal", "x;sex\n0;f\n2;m\n-6,5;f\n;m\n", {"--delimiter", ";", "--decimal", ","}},
+        Written{"Missing", "x,sex\n0,f\n2,m\n-6.5,f\n-99,m\n", {"--na", "-99"}},
+        Written{"Map",
+                "size,x,kind\n0,9,f\n2,9,m\n-6.5,9,f\n,9,m\n",
+                {"--map", "x=size", "--map", "sex=kind"}},
+        Written{"NoHeader", "f,0\nm,2\nf,-6.5\nm,\n", {"--no-header"}},
+        Written{"NoHeaderMap",
+                "9,0,f\n9,2,m\n9,-6.5,f\n9,,m\n",
+                {"--no-header", "--map", "x=2", "--map", "sex=3"}}),
+    [](const auto& each) { return std::string(each.param.name); });
+
+// 1 + 2 x + 10 [sex = m] and 1 + 2.5 x + 10 [sex = m]
+TEST_P(DiffOfScores, ReadsTheTableAsScoreDoes)
+{
+    const ScratchFolder folder;
+    const std::string text = TestModel().Text();
+    const std::string first = folder.Write("a.pmml", text);
+    const std::string second = folder.Write("b.pmml", Replaced(text, "beta=\"2\"", "beta=\"2.5\""));
+    Texts arguments{"diff", first, second, folder.Write("cases.csv", GetParam().cases)};
+    arguments.insert(arguments.end(), GetParam().options.begin(), GetParam().options.end());
+    const Finished run = RunVelscore(arguments);
+    EXPECT_EQ(run.exitCode, 6) << run.err;
+    EXPECT_NE(
+        run.out.find("prediction: 2 of 3 rows differ, by 3.25 at most (row 3: -12 -> -15.25)"),
+        std::string::npos)
+        << run.out << run.err;
+    EXPECT_NE(run.err.find("3 of 4 cases scored by both"), std::string::npos) << run.err;
+}
+
+// The second model reads a field that the first doesn't; each takes what is told of its own.
+TEST(Diff, ColumnsAreToldOfFieldsOfEitherModel)
+{
+    const ScratchFolder folder;
+    const std::string text = TestModel().Text();
+    std::string other = text;
+    for (size_t at = 0; (at = other.find("\"x\"", at)) != std::string::npos;) {
+        other.replace(at, 3, "\"z\"");
+    }
+    const std::string first = folder.Write("a.pmml", text);
+    const std::string second = folder.Write("b.pmml", other);
+    const std::string cases = folder.Write("cases.csv", "one,sex,two\n1,f,1\n2,m,3\n");
+    const Finished run =
+        RunVelscore({"diff", first, second, cases, "--map", "x=one", "--map", "z=two"});
+    EXPECT_NE(run.out.find("prediction: 1 of 2 rows differ, by 2 at most (row 2: 15 -> 17)"),
+              std::string::npos)
+        << run.out << run.err;
+    const Finished wrong = RunVelscore({"diff", first, second, cases, "--map", "w=one"});
+    EXPECT_EQ(wrong.exitCode, 1);
+    EXPECT_NE(wrong.err.find("'w'"), std::string::npos) << wrong.err;
+}
+
 struct Trouble {
     const char* name;
     Texts arguments;
@@ -187,6 +253,19 @@ INSTANTIATE_TEST_SUITE_P(
         Trouble{"OneDocument", {Case("lm-swiss")}, 1}, Trouble{"StandardInputTwice", {"-", "-"}, 1},
         Trouble{"NoDocument", {Case("lm-swiss"), "/nowhere/b.pmml"}, 2},
         Trouble{"NoTable", {Case("lm-swiss"), Case("lm-swiss"), "/nowhere/c.csv"}, 3},
+        Trouble{"TableOptionsWithoutATable",
+                {Case("lm-swiss"), Case("lm-swiss"), "--map", "Agriculture=x"},
+                1},
+        Trouble{
+            "DelimiterWithoutATable", {Case("lm-swiss"), Case("lm-swiss"), "--delimiter", ";"}, 1},
+        Trouble{"DelimiterOfTwoBytes",
+                {Case("lm-swiss"), Case("lm-swiss"), DataFile("cases/lm-swiss/input.csv"),
+                 "--delimiter", ";;"},
+                1},
+        Trouble{"MappedTwice",
+                {Case("lm-swiss"), Case("lm-swiss"), DataFile("cases/lm-swiss/input.csv"), "--map",
+                 "Agriculture=x", "--map", "Agriculture=y"},
+                1},
         Trouble{"TableOfAnother",
                 {Case("lm-swiss"), Case("lm-swiss"), DataFile("cases/clr-infert/input.csv")},
                 3}),

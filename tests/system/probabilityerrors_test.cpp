@@ -1,5 +1,6 @@
-// Standard errors of probabilities, `score --columns 'std_err(probability(yes))'`, against R:
-// tests/data/probability-errors has its values, and the script that made them.
+// Standard errors of probabilities and of linear predictors, `score --columns
+// 'std_err(probability(yes))'`, against R: tests/data/probability-errors and
+// tests/data/predictor-errors have its values, and the scripts that made them.
 
 #include <algorithm>
 #include <cmath>
@@ -34,15 +35,24 @@ std::string List(const Texts& names)
     return list;
 }
 
+std::string NameOfCase(const testing::TestParamInfo<const char*>& name)
+{
+    std::string text = name.param;
+    std::replace(text.begin(), text.end(), '-', '_');
+    return text;
+}
+
 class ProbabilityErrors : public testing::TestWithParam<const char*> {};
 INSTANTIATE_TEST_SUITE_P(OfR, ProbabilityErrors,
                          testing::Values("blr-birthwt-sum", "blr-birthwt-cutoff",
-                                         "blr-bacteria-helmert", "mlr-birthwt-race"),
-                         [](const auto& name) {
-                             std::string text = name.param;
-                             std::replace(text.begin(), text.end(), '-', '_');
-                             return text;
-                         });
+                                         "blr-bacteria-helmert", "mlr-birthwt-race",
+                                         "mlr-birthwt-visits-numeric", "mlr-housing-factors",
+                                         "ordinal-logit-housing", "ordinal-probit-cumulative-only",
+                                         "ordinal-cloglog-survey", "ordinal-loglog-warpbreaks",
+                                         "ordinal-gzlm-logit-airquality",
+                                         "ordinal-gzlm-cauchit-housing",
+                                         "ordinal-gzlm-cloglog-housing"),
+                         NameOfCase);
 
 TEST_P(ProbabilityErrors, AreThoseOfR)
 {
@@ -76,6 +86,33 @@ TEST_P(ProbabilityErrors, AreThoseOfR)
     for (const std::string& name : plain.header) {
         if (name.starts_with("status")) continue;
         EXPECT_EQ(found.Texts(name), plain.Texts(name)) << name;
+    }
+}
+
+// Of the families that show them on request alone; std_dev is the same number in the others.
+class PredictorErrors : public testing::TestWithParam<const char*> {};
+INSTANTIATE_TEST_SUITE_P(OfR, PredictorErrors,
+                         testing::Values("blr-birthwt-sum", "blr-bacteria-helmert",
+                                         "cox-heart-start-stop", "cox-veteran-uncentred"),
+                         NameOfCase);
+
+TEST_P(PredictorErrors, AreThoseOfR)
+{
+    const std::string folder = DataFile("cases/" + std::string(GetParam()) + "/");
+    const Finished run = RunVelscore({"score", folder + "model.pmml", folder + "input.csv",
+                                      "--columns", "linear_predictor,std_err(linear_predictor)"});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    const CsvText found = ParseCsv(run.out);
+    const CsvText expected =
+        ParseCsv(ReadFile(DataFile("predictor-errors/" + std::string(GetParam()) + ".csv")));
+    ASSERT_EQ(found.rows.size(), expected.rows.size());
+    for (size_t row = 0; row < expected.rows.size(); ++row) {
+        for (size_t column : {0U, 1U}) {
+            const double wanted = std::strtod(expected.rows[row][column].c_str(), nullptr);
+            EXPECT_NEAR(std::strtod(found.rows[row][column].c_str(), nullptr), wanted,
+                        1e-10 * std::fabs(wanted))
+                << expected.header[column] << ", row " << row;
+        }
     }
 }
 

@@ -208,6 +208,14 @@ TEST_F(Resume, OfANoteThatIsNoneIsRefused)
         << refused.err;
 }
 
+TEST_F(Resume, OfATableThatIsNotThereTellsThat)
+{
+    const Finished refused =
+        RunVelscore({"score", model_, Path("none.csv"), "-o", Path("out.csv"), "--resume"});
+    EXPECT_EQ(refused.exitCode, 3);
+    EXPECT_NE(refused.err.find("none.csv can't be read"), std::string::npos) << refused.err;
+}
+
 TEST_F(Resume, OfStreamsIsWrongUsage)
 {
     const std::string table = Table("a.csv", 10);

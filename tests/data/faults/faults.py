@@ -615,7 +615,8 @@ def negative_variance(document):
 @kind(8)
 def missing_variance(document):
     tag = off_diagonal(document)
-    if not tag:
+    # Those of an ordinal model, which no score depends on, may be some alone.
+    if not tag or document.is_model("ordinalMultinomial"):
         return None
     own = next((t for t in document.all("PCovCell") if t["pRow"] == t["pCol"] == tag["pRow"]), None)
     first = next(t for t in document.all("PCovCell") if t["pRow"] != t["pCol"] and tag["pRow"] in (t["pRow"], t["pCol"]))

@@ -224,11 +224,28 @@ conditional_case <- function(fit, data, target, classes, integers) {
 
 # --- ordinal models ---
 
+# R has the thresholds last, the document first: cells of the first parameter, by category. `sign` is that of the
+# document's slopes.
+threshold_pcov_matrix <- function(names, categories, sign, covariances) {
+  slopes <- seq_along(names[-1])
+  order <- c(length(slopes) + seq_along(categories), slopes)
+  signs <- rep(c(1, sign), c(length(categories), length(slopes)))
+  covariances <- covariances[order, order] * outer(signs, signs)
+  parameters <- c(rep(names[1], length(categories)), names[-1])
+  targets <- c(categories, rep(NA, length(slopes)))
+  element("PCovMatrix", type = "model", inside = each(seq_along(parameters), function(i) {
+    each(1:i, function(j) {
+      element("PCovCell", pRow = parameters[i], pCol = parameters[j], tRow = if (!is.na(targets[i])) targets[i],
+              tCol = if (!is.na(targets[j])) targets[j], value = covariances[i, j])
+    })
+  }))
+}
+
 # Class probabilities from R's own form: inverse link of threshold minus linear predictor. The document's betas are
 # the same in the generalized form and the negatives of R's in the other, and where R's name of a link means its
 # mirror image, the document has the other name.
 ordinal_case <- function(fit, data, link, generalized = FALSE, link_function = !generalized, integers = character(),
-                         rows = rows_of(data, inputs_of(fit))) {
+                         covariances = FALSE, rows = rows_of(data, inputs_of(fit))) {
   parameters <- counted(design_parameters(fit))
   inputs <- inputs_of(fit)
   target <- all.vars(formula(fit))[1]
@@ -236,12 +253,13 @@ ordinal_case <- function(fit, data, link, generalized = FALSE, link_function = !
   thresholds <- each(seq_along(fit$zeta), function(i) {
     pcell(parameters[[1]]$name, fit$zeta[[i]], target = fit$lev[i])
   })
-  slopes <- if (generalized) coef(fit) else -coef(fit)
+  sign <- if (generalized) 1 else -1
   model <- element("GeneralRegressionModel", modelType = "ordinalMultinomial", modelName = if (generalized) "GZLM",
                    functionName = "classification", cumulativeLink = link, linkFunction = if (link_function) link,
                    inside = c(
     mining_schema(target, inputs), design$parameters, design$predictors, design$cells,
-    element("ParamMatrix", inside = c(thresholds, betas(parameters[-1], slopes)))))
+    if (covariances) threshold_pcov_matrix(names_of(parameters), fit$lev[seq_along(fit$zeta)], sign, vcov(fit)),
+    element("ParamMatrix", inside = c(thresholds, betas(parameters[-1], sign * coef(fit))))))
   fields <- c(list(field(target, factor(fit$lev, fit$lev), integers, ordered = TRUE)),
               input_fields(data, inputs, integers))
   list(document = pmml("Ordinal regression", fields, model), table = rows,
@@ -340,7 +358,7 @@ old_cox_extensions <- function(end, parameters, baseline) {
 # calls it, `scoring` a fit of the same model in another coding.
 cox_case <- function(fit, data, times, event_field, centred = TRUE, coding = list(), strata = NULL, aliased = NULL,
                      integers = character(), special = list(), rows = NULL, short = FALSE, events_alone = FALSE,
-                     version = "4.4", scoring = fit, description = "Cox regression") {
+                     covariances = FALSE, version = "4.4", scoring = fit, description = "Cox regression") {
   parameters <- design_parameters(fit, NULL, coding)
   own <- if (short) "b%d" else "P%07d"
   parameters <- with_names(parameters, sprintf(own, seq_along(parameters)))
@@ -366,6 +384,7 @@ cox_case <- function(fit, data, times, event_field, centred = TRUE, coding = lis
     mining_schema(event_field, inputs, special, if (old) "predicted" else "target"),
     if (old) parameter_list(lapply(parameters, `[<-`, "reference", NULL)) else design$parameters,
     design$predictors, design$cells,
+    if (covariances) pcov_matrix(estimable(parameters), vcov(fit)),
     element("ParamMatrix", inside = betas(parameters, coef(fit))),
     if (!old && !short) element("EventValues", inside = element("Value", value = "1")),
     if (!old) baseline_tables(baselines, strata)))))

@@ -3,68 +3,67 @@
 #
 #   Rscript tests/data/probability-errors/reference.R TESTS/DATA
 #
-# Made with R 4.2.2, MASS and the tables and documents of tests/data/cases. Of models of two categories
-# predict(se.fit = TRUE) of the model that is fitted once more; of three categories, for which R has no
-# such function, sqrt(g' V g) with the betas and covariances of the document, its derivatives g taken by
-# a step along the imaginary axis, which loses no digits.
-library(MASS)
+# Made with R 4.2.2, MASS 7.3-58.2, nnet 7.3-18 and the tables of tests/data/cases. Of models of two categories
+# predict(se.fit = TRUE) of the model that is fitted once more; of more categories, for which R has no such function,
+# sqrt(g' V g) with vcov of R's fit. Multinomial models take the derivatives g by a step along the imaginary axis,
+# which loses no digits, ordinal ones by the densities of the links.
 data <- commandArgs(TRUE)[1]
+generator <- file.path(data, "generator")
+source(file.path(generator, "fits.R"))
 digits <- function(x) sprintf("%.17g", x)
-input <- function(name) read.csv(file.path(data, "cases", name, "input.csv"))
 write <- function(name, errors) {
-    write.csv(apply(errors, 2, digits), quote = FALSE, row.names = FALSE,
-              file.path(data, "probability-errors", paste0(name, ".csv")))
+  write.csv(apply(errors, 2, digits), quote = FALSE, row.names = FALSE,
+            file.path(data, "probability-errors", paste0(name, ".csv")))
+}
+input <- function(name) read.csv(file.path(data, "cases", name, "input.csv"))
+# The rows of the design of a fit, with its factors' levels and contrasts.
+design <- function(fit, rows) {
+  for (factor in names(fit$xlevels)) rows[[factor]] <- factor(rows[[factor]], fit$xlevels[[factor]])
+  model.matrix(delete.response(terms(fit)), rows, contrasts.arg = fit$contrasts)
 }
 
-births <- transform(birthwt, race = factor(race, labels = c("white", "black", "other")),
-                    smoke = factor(smoke, labels = c("no", "yes")),
-                    ui = factor(ui, labels = c("no", "yes")))
-binary <- function(name, fit) {
-    cases <- input(name)
-    error <- predict(fit, cases, type = "response", se.fit = TRUE)$se.fit
-    write(name, cbind(first = error, second = error))
+for (name in c("blr-birthwt-sum", "blr-birthwt-cutoff", "blr-bacteria-helmert")) {
+  error <- predict(fit_of(name), input(name), type = "response", se.fit = TRUE)$se.fit
+  write(name, cbind(first = error, second = error))
 }
-binary("blr-birthwt-sum", glm(low ~ race + smoke + lwt, binomial, births,
-                              contrasts = list(race = "contr.sum", smoke = "contr.sum")))
-binary("blr-birthwt-cutoff", glm(low ~ race + ui + lwt, binomial, births))
-binary("blr-bacteria-helmert", glm(y ~ trt * week, binomial, bacteria,
-                                   contrasts = list(trt = "contr.helmert")))
 
-# Attributes of the elements of one kind, in their order.
-attributes_of <- function(lines, element, names) {
-    found <- grep(paste0("<", element, " "), lines, value = TRUE)
-    sapply(names, function(n) sub(paste0(".* ", n, "=\"([^\"]*)\".*"), "\\1", found))
+# The first category has no parameters; those of the others stand one category after the other.
+for (name in c("mlr-birthwt-race", "mlr-birthwt-visits-numeric", "mlr-housing-factors")) {
+  fit <- fit_of(name)
+  V <- vcov(fit)
+  betas <- as.vector(t(coef(fit)))
+  probability <- function(x, b) {
+    eta <- c(0, colSums(matrix(b, length(x)) * x))
+    exp(eta) / sum(exp(eta))
+  }
+  step <- 1e-30
+  errors <- t(apply(design(fit, input(name)), 1, function(x) {
+    g <- sapply(seq_along(betas), function(i) {
+      b <- as.complex(betas)
+      b[i] <- b[i] + complex(imaginary = step)
+      Im(probability(x, b)) / step
+    })
+    sqrt(diag(g %*% V %*% t(g)))
+  }))
+  colnames(errors) <- fit$lev
+  write(name, errors)
 }
-multinomial <- function(name, categories, design) {
-    lines <- readLines(file.path(data, "cases", name, "model.pmml"))
-    cells <- attributes_of(lines, "PCell", c("targetCategory", "parameterName", "beta"))
-    keys <- paste(cells[, 1], cells[, 2])
-    betas <- as.numeric(cells[, 3])
-    covs <- attributes_of(lines, "PCovCell", c("tRow", "pRow", "tCol", "pCol", "value"))
-    V <- matrix(0, length(keys), length(keys), dimnames = list(keys, keys))
-    row <- paste(covs[, 1], covs[, 2])
-    col <- paste(covs[, 3], covs[, 4])
-    V[cbind(row, col)] <- as.numeric(covs[, 5])
-    V[cbind(col, row)] <- as.numeric(covs[, 5])
-    probability <- function(x, b) {
-        eta <- sapply(categories, function(k) {
-            mine <- cells[, 1] == k
-            if (any(mine)) sum(b[mine] * x) else 0
-        })
-        exp(eta) / sum(exp(eta))
-    }
-    X <- design(input(name))
-    step <- 1e-30
-    errors <- t(apply(X, 1, function(x) {
-        g <- sapply(seq_along(betas), function(i) {
-            b <- as.complex(betas)
-            b[i] <- b[i] + complex(imaginary = step)
-            Im(probability(x, b)) / step
-        })
-        sqrt(diag(g %*% V %*% t(g)))
-    }))
-    colnames(errors) <- categories
-    write(name, errors)
+
+# The probability of a category is F(threshold - x b) less that of the category before; V has the slopes first.
+densities <- list(logistic = dlogis, probit = dnorm, cauchit = dcauchy,
+                  cloglog = function(x) exp(x - exp(x)), loglog = function(x) exp(-x - exp(-x)))
+for (name in c("ordinal-logit-housing", "ordinal-probit-cumulative-only", "ordinal-cloglog-survey",
+               "ordinal-loglog-warpbreaks", "ordinal-gzlm-logit-airquality", "ordinal-gzlm-cauchit-housing",
+               "ordinal-gzlm-cloglog-housing")) {
+  fit <- fit_of(name)
+  V <- vcov(fit)
+  X <- design(fit, input(name))[, names(coef(fit)), drop = FALSE]
+  errors <- t(apply(X, 1, function(x) {
+    slope <- densities[[fit$method]](fit$zeta - sum(x * coef(fit)))
+    cumulative <- cbind(outer(-slope, x), diag(slope))  # a row for each boundary
+    g <- rbind(cumulative, 0) - rbind(0, cumulative)
+    sqrt(diag(g %*% V %*% t(g)))
+  }))
+  colnames(errors) <- fit$lev
+  write(name, errors)
 }
-multinomial("mlr-birthwt-race", c("white", "black", "other"),
-            function(d) cbind(1, d$age, d$lwt, d$smoke == "yes", d$ht == "yes"))

@@ -45,13 +45,14 @@ add_case("cox-veteran-uncentred", function() {
   fit <- fit_cox(Surv(time, status) ~ trt * karno + celltype + age, veteran_cases)
   rows <- rows_of(veteran_cases, c("time", "trt", "karno", "celltype", "age", "status"), 60)
   rows$time <- rep(c(0.5, 1, 8, 100, 999, 1000), 10)
-  cox_case(fit, veteran_cases, "time", "status", centred = FALSE, integers = "trt", rows = rows, events_alone = TRUE)
+  cox_case(fit, veteran_cases, "time", "status", centred = FALSE, integers = "trt", rows = rows, events_alone = TRUE,
+           covariances = TRUE)
 })
 
 add_case("cox-heart-start-stop", function() {
   data <- transform(survival::heart, surgery = factor(surgery, 0:1, c("no", "yes")))
   fit <- fit_cox(Surv(start, stop, event) ~ age + surgery + transplant, data)
-  cox_case(fit, data, c("stop", "start"), "event", integers = "transplant")
+  cox_case(fit, data, c("stop", "start"), "event", integers = "transplant", covariances = TRUE)
 })
 
 add_case("missing-cox-replacement", function() {

@@ -47,12 +47,12 @@ add_case("mlr-birthwt-race", function() {
 
 add_case("mlr-birthwt-visits-numeric", function() {
   fit <- fit_multinomial(visits ~ age * smoke + lwt, birthwt_cases)
-  multinomial_case(fit, birthwt_cases, integers = "visits")
+  multinomial_case(fit, birthwt_cases, integers = "visits", covariances = TRUE)
 })
 
 add_case("mlr-housing-factors", function() {
   fit <- fit_multinomial(Sat ~ Infl + Type + Cont, MASS::housing, weights = MASS::housing$Freq)
-  multinomial_case(fit, MASS::housing)
+  multinomial_case(fit, MASS::housing, covariances = TRUE)
 })
 
 add_case("mlr-iris-squared", function() {
