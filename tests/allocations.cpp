@@ -5,6 +5,8 @@
 #include <limits>
 #include <new>
 
+#include "tests/callstack.h"
+
 namespace {
 
 std::atomic<long> made{0};
@@ -15,10 +17,13 @@ constexpr long kPlenty = std::numeric_limits<long>::max();
 std::atomic<long> left{kPlenty};
 std::atomic<bool> failsOnce{false};
 
+MCVelscore_850::CallStack firstLack;
+
 [[maybe_unused]] bool IsOut()
 {
     if (left.load(std::memory_order_relaxed) == kPlenty) return false;
     const long before = left.fetch_sub(1, std::memory_order_relaxed);
+    if (before == 0) firstLack.Take();
     return before == 0 || (before < 0 && !failsOnce);
 }
 
@@ -54,6 +59,7 @@ MemoryRunsOut::MemoryRunsOut(long after, For which)
 }
 MemoryRunsOut::~MemoryRunsOut() { left = kPlenty; }
 bool MemoryRunsOut::HasHappened() const { return left.load() < 0; }
+bool MemoryRunsOut::WasIn(const char* function) { return firstLack.Has(function); }
 
 }  // namespace MCVelscore_850
 

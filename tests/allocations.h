@@ -22,6 +22,8 @@ public:
     ~MemoryRunsOut();
     /// Whether that came about.
     bool HasHappened() const;
+    /// Whether the call that found none first was made by this function, or for it (CallStack).
+    static bool WasIn(const char* function);
 };
 
 }  // namespace MCVelscore_850

@@ -7,11 +7,10 @@
 #include <cstdlib>
 #include <limits>
 
-#include <dlfcn.h>
-#include <execinfo.h>
 #include <malloc.h>
 
 #include "tests/allocations.h"
+#include "tests/callstack.h"
 
 // The C library's own, below the names that stand here in their place.
 extern "C" {
@@ -32,24 +31,16 @@ constexpr long kPlenty = std::numeric_limits<long>::max();
 std::atomic<long> left{kPlenty};
 std::atomic<bool> failsOnce{false};
 
-// VELSCORE_TEST_CALLS prints who asked for the memory that ran out first: the innermost library
-// that isn't the C or C++ one, and the calls in it, as addr2line takes them.
+MCVelscore_850::CallStack firstLack;
+
+// VELSCORE_TEST_CALLS prints who asked for the memory that ran out first.
 void TellCaller()
 {
     static const bool wanted = std::getenv("VELSCORE_TEST_CALLS") != nullptr;
+    firstLack.Take();
     if (!wanted) return;
-    constexpr int kMost = 20;
-    void* frames[kMost];
-    const int count = ::backtrace(frames, kMost);
     std::fputs("memory runs out in", stderr);
-    for (int frame = 2; frame < count; ++frame) {
-        Dl_info place{};
-        if (::dladdr(frames[frame], &place) == 0 || place.dli_fname == nullptr) continue;
-        const auto offset =
-            static_cast<const char*>(frames[frame]) - static_cast<const char*>(place.dli_fbase);
-        std::fprintf(stderr, " %s:%#tx", place.dli_fname, offset);
-    }
-    std::fputc('\n', stderr);
+    firstLack.Print();
 }
 
 bool IsOut()
@@ -90,6 +81,7 @@ MemoryRunsOut::MemoryRunsOut(long after, For which)
 }
 MemoryRunsOut::~MemoryRunsOut() { left = kPlenty; }
 bool MemoryRunsOut::HasHappened() const { return left.load() < 0; }
+bool MemoryRunsOut::WasIn(const char* function) { return firstLack.Has(function); }
 
 }  // namespace MCVelscore_850
 

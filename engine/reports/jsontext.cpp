@@ -21,6 +21,8 @@ std::string Written(const Json& scalar)
 
 }  // namespace
 
+JsonValue::JsonValue() = default;
+JsonValue::JsonValue(bool truth) : text_(truth ? "true" : "false") {}
 JsonValue::JsonValue(double number) : text_(Written(number)) {}
 JsonValue::JsonValue(std::string_view text) : text_(Written(text)) {}
 JsonValue::JsonValue(std::initializer_list<JsonMember> members)

@@ -19,13 +19,15 @@ struct JsonMember;
 ///         any, which the JSON library's own can't be.
 class JsonValue {
 public:
-    JsonValue() = default;
-    JsonValue(std::nullptr_t) {}
+    JsonValue();
+    JsonValue(std::nullptr_t) : JsonValue() {}
     JsonValue(double number);
-    JsonValue(bool truth) : text_(truth ? "true" : "false") {}
+    JsonValue(bool truth);
     template <std::integral T>
-    JsonValue(T number) : text_(std::to_string(number))
-    {}
+    JsonValue(T number) : JsonValue()
+    {
+        text_ = std::to_string(number);
+    }
     JsonValue(std::string_view text);
     JsonValue(const std::string& text) : JsonValue(std::string_view(text)) {}
     JsonValue(const char* text) : JsonValue(std::string_view(text)) {}

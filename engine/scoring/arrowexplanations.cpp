@@ -155,9 +155,10 @@ void ArrowExplanations::AddCase(int64_t row, const CaseExplanation& explanation)
     for (const CaseExplanation::Sum& sum : explanation.Sums()) {
         const ExplanationOutline::Term* terms = outline_.equations[sum.equation].terms.data();
         for (const ExplanationLine& line : lines_.Of(sum)) {
-            const Code term = line.outlined == nullptr
-                                  ? otherTerms_
-                                  : termCodes_[sum.equation][line.outlined - terms];
+            const Code term =
+                line.outlined == nullptr
+                    ? otherTerms_
+                    : termCodes_[sum.equation][static_cast<size_t>(line.outlined - terms)];
             AddLine(row, equationCodes_[sum.equation], term, line.value, line.contribution);
         }
     }

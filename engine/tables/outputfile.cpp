@@ -134,12 +134,10 @@ void OutputFile::MakePart()
     const mode_t mode = mode_ ? *mode_ & 0777 : 0666;
     const std::string stem = target_ + ".part" + std::to_string(::getpid());
     for (int i = 0; i < kMostParts; ++i) {
-        const std::string part = i == 0 ? stem : stem + "-" + std::to_string(i);
-        descriptor_ = ::open(part.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-        if (descriptor_ >= 0) {
-            part_ = part;
-            return;
-        }
+        // Before there is a file: a name for which there is no memory would leave it behind.
+        part_ = i == 0 ? stem : stem + "-" + std::to_string(i);
+        descriptor_ = ::open(part_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+        if (descriptor_ >= 0) return;
         if (errno != EEXIST) break;
     }
     RefuseOutput(name_, errno);
@@ -147,9 +145,9 @@ void OutputFile::MakePart()
 
 void OutputFile::OpenPart(const std::string& part)
 {
+    part_ = part;
     descriptor_ = ::open(part.c_str(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC);
     if (descriptor_ < 0) RefuseOutput(part, errno);
-    part_ = part;
 }
 
 int OutputFile::Write(std::string_view bytes)

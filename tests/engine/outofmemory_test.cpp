@@ -108,6 +108,8 @@ bool RunsOut(const Round& round, const std::string& whole, long after, MemoryRun
     return hasHappened;
 }
 
+// The XML library's table of elements' lists takes several pieces, and loses the first where there
+// is no second.
 void ExpectSurvives(const Round& round)
 {
     const char* const wanted = std::getenv("VELSCORE_TEST_FAULTS");
@@ -127,7 +129,9 @@ void ExpectSurvives(const Round& round)
                 live = LiveAllocations();
                 hasHappened = RunsOut(round, whole, after, which);
             }
-            ASSERT_EQ(LiveAllocations(), live);
+            const bool isOfXerces = hasHappened && MemoryRunsOut::WasIn("DOMDeepNodeListPool");
+            ASSERT_GE(LiveAllocations(), live);
+            ASSERT_LE(LiveAllocations(), live + (isOfXerces ? 1 : 0));
             ASSERT_FALSE(testing::Test::HasFailure());
             ++places;
         }
