@@ -19,6 +19,7 @@ constexpr long kIdfBinBadArgument = 2;
 
 constexpr double kProductLimit = 33.0;  // n up to which the binomial coefficient is multiplied out
 constexpr double kCloseUlps = 128.0;    // of IdfBin's start, in units of mEpsilon
+constexpr double kLastWhole = 9007199254740992.0;  // 2^53; beyond, x - 1 may be x
 
 struct Binomial {
     double n;
@@ -60,7 +61,7 @@ double SumFrom(const Binomial& w, double k, double m, double d, double f)
     return std::min(sum, 1.0);
 }
 
-// Peizer and Pratt (1968), for a start too small for exp.
+// Peizer and Pratt (1968), for a start too small for exp or too large to step from.
 double NormalApproximation(const Binomial& w, double k)
 {
     const double e = k / w.n - w.p;
@@ -99,7 +100,7 @@ double MCDistFun::dnlbnc(const double& n, const double& k, long& code)
 }
 
 // Method  the sum outwards from the smaller of x and the mode; where its first term is below
-//         exp(-708) a normal approximation.
+//         exp(-708), or stands beyond 2^53 so that steps of one don't move, a normal approximation.
 double MCDistFun::CdfBin(double x, double n, double p, long& code)
 {
     code = kOk;
@@ -121,7 +122,8 @@ double MCDistFun::CdfBin(double x, double n, double p, long& code)
     const double m = std::trunc(p * w.n1);
     const double d = std::min(k, m);
     const double L = LogProbability(w, d);
-    return L >= kLogFloor ? SumFrom(w, k, m, d, std::exp(L)) : NormalApproximation(w, k);
+    const bool canStep = L >= kLogFloor && d <= kLastWhole;
+    return canStep ? SumFrom(w, k, m, d, std::exp(L)) : NormalApproximation(w, k);
 }
 
 // On purpose n need not be whole.

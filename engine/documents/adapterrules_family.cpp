@@ -161,10 +161,11 @@ std::optional<Change> DeclareBetaCategoryLast(Element root)
     const Elements values = ValidValues(field);
     if (cells.Empty() || values.size() != 2) return std::nullopt;
     const std::string category = cells.First().Text(Tags::XML_ATT_PC_TARGET_CAT);
-    if (CategoryKey(field, values.front().Text(Tags::XML_ATT_VALUE)) !=
-        CategoryKey(field, category)) {
-        return std::nullopt;
-    }
+    const auto isOfBetas = [&](Element value) {
+        return CategoryKey(field, value.Text(Tags::XML_ATT_VALUE)) == CategoryKey(field, category);
+    };
+    // A category that stands twice would be first again, however often it is moved.
+    if (!isOfBetas(values.front()) || isOfBetas(values.back())) return std::nullopt;
     const DocumentPlace place = field.Place();
     field.Insert(values.front(), values.back().NextSibling());
     return Change{place,

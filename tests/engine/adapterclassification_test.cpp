@@ -202,6 +202,17 @@ TEST(BetaCategoryRule, ComparesNumbersAsNumbersAndTextsAsTexts)
     EXPECT_TRUE(Adapted(BetasOfFirst("one", field("integer")).Text()).Untouched());
 }
 
+// What it left would be adapted again and again.
+TEST(BetaCategoryRule, LeavesACategoryThatStandsTwice)
+{
+    const auto twice = [](const std::string& type, const std::string& other) {
+        return "<DataField name='y' optype='categorical' dataType='" + type +
+               "'><Value value='1'/><Value value='" + other + "'/></DataField>";
+    };
+    EXPECT_TRUE(Adapted(BetasOfFirst("1", twice("string", "1")).Text()).Untouched());
+    EXPECT_TRUE(Adapted(BetasOfFirst("1", twice("integer", "1.0")).Text()).Untouched());
+}
+
 TEST(BetaCategoryRule, LeavesOtherDocumentsAlone)
 {
     EXPECT_TRUE(Adapted(BetasOfFirst("yes").Text()).Untouched());

@@ -27,8 +27,12 @@ CaseTable DrawnCases(const LoadedModel& model);
 void CheckScores(const LoadedModel& model, const CaseTable& table, bool isSound);
 
 /// Everything that is done with a document: it is read with and without adapter and audit,
-/// described, put right, converted, verified, and scores drawn cases.
+/// described, put right, converted, verified, and scores drawn cases. Under libFuzzer all but the
+/// reading with adapter and audit, and the scores, is done with a share of the documents.
 void CheckDocument(std::string_view document);
+
+/// A document that is converted is read, and scores drawn cases to the same bits.
+void CheckConverted(std::string_view document);
 
 }  // namespace MCVelscore_850::fuzz
 

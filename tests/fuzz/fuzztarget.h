@@ -29,6 +29,22 @@ inline std::string_view TextOf(const uint8_t* bytes, size_t size)
     return {reinterpret_cast<const char*>(bytes), size};
 }
 
+/// Whether what is costly is done with this input: under libFuzzer with one in `count`, so that
+/// there is time for more inputs; otherwise, where inputs are few, with each. All bytes decide, so
+/// that the mutations of an input aren't all in or all out; `salt` tells the shares of one target
+/// apart.
+inline bool IsInShare([[maybe_unused]] std::string_view bytes, [[maybe_unused]] uint32_t count,
+                      [[maybe_unused]] uint32_t salt = 0)
+{
+#ifdef VELSCORE_FUZZ_SHARES
+    uint32_t hash = 2166136261U ^ salt;  // FNV-1a
+    for (const char byte : bytes) hash = (hash ^ static_cast<uint8_t>(byte)) * 16777619U;
+    return (hash >> 8) % count == 0;
+#else
+    return true;
+#endif
+}
+
 /// Decisions drawn from an input, byte by byte; zeros once it is used up, so that every input
 /// comes to an end.
 class Choices {

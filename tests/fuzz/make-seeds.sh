@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # The seed corpora of the fuzz targets, made of the test data:
 #
-#   make-seeds.sh OUT    OUT/documents, OUT/tables, OUT/pairs, OUT/bytes, OUT/arrow
+#   make-seeds.sh OUT    OUT/documents, OUT/convertible, OUT/tables, OUT/pairs, OUT/bytes, OUT/arrow
 set -euo pipefail
 out=$1
 data=$(cd "$(dirname "${BASH_SOURCE[0]}")/../data" && pwd)
 rm -rf "$out"
-mkdir -p "$out"/{documents,tables,pairs,bytes,arrow}
+mkdir -p "$out"/{documents,convertible,tables,pairs,bytes,arrow}
 
 # The name of a file as that of a seed: its path with dashes.
 seed_name() { printf '%s' "${1#"$data"/}" | tr '/' '-'; }
@@ -14,6 +14,9 @@ seed_name() { printf '%s' "${1#"$data"/}" | tr '/' '-'; }
 # Small ones: mutations of large ones go to waste.
 find "$data" -name '*.pmml' -size -48k | sort | while read -r document; do
     cp "$document" "$out/documents/$(seed_name "$document")"
+    if grep -qE '<(zelt-ml|RegressionModel)\b' "$document"; then
+        cp "$document" "$out/convertible/$(seed_name "$document")"
+    fi
     table=$(dirname "$document")/input.csv
     [ -f "$table" ] || continue
     { cat "$document" && printf -- '\n--\n' && head -n 12 "$table"; } \
@@ -37,7 +40,7 @@ for bits in 0 2 4 8 16 31; do
 done
 
 # What targets draw from bytes: of each value of the first byte one, the rest from the test data.
-for first in $(seq 0 2 255); do
+for first in $(seq 0 255); do
     { printf '%b' "$(printf '\\0%03o' "$first")" &&
         head -c "$((first * 7 + 96))" "$data/links/links.csv" | tail -c 90; } >"$out/bytes/$first"
 done

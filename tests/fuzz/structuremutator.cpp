@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "engine/documents/vocabulary.h"
+#include "tests/fuzz/fuzztarget.h"
 
 namespace MCVelscore_850::fuzz {
 
@@ -284,3 +285,14 @@ std::string MutateStructure(std::string_view document, unsigned seed)
 }
 
 }  // namespace MCVelscore_850::fuzz
+
+// For each target that this file is linked into.
+extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* bytes, size_t size, size_t most, unsigned seed)
+{
+    using namespace MCVelscore_850::fuzz;
+    const std::string mutated = MutateStructure(TextOf(bytes, size), seed);
+    // One that is too long is cut, which makes it no document: the input stays as it is.
+    if (mutated.size() > most) return size;
+    std::copy(mutated.begin(), mutated.end(), bytes);
+    return mutated.size();
+}

@@ -117,6 +117,22 @@ TEST(BinomialCdf, NormalApproximationAtTheMeanIsOneHalf)
     EXPECT_EQ(Cdf(5e299, 1e300, 0.5), 0.5);
 }
 
+// Steps of one don't move there, and a walk by them would never end. So many fair trials are
+// normal: Phi(-1), Phi(0) and Phi(1), and nothing or all where x is a quarter of them away.
+TEST(BinomialCdf, TrialsBeyondTheWholeNumbersEnd)
+{
+    constexpr double kNear = 1e-6;
+    for (const double n : {4e16, 1e20}) {
+        const double deviation = std::sqrt(n) / 2.0;
+        EXPECT_NEAR(Cdf(n / 2.0 - deviation, n, 0.5), 0.15865525393145705, kNear) << n;
+        EXPECT_NEAR(Cdf(n / 2.0 + deviation, n, 0.5), 0.8413447460685429, kNear) << n;
+    }
+    constexpr double kHuge = 6e199;
+    EXPECT_EQ(Cdf(kHuge / 4.0, kHuge, 0.5), 0.0);
+    EXPECT_NEAR(Cdf(kHuge / 2.0, kHuge, 0.5), 0.5, kNear);
+    EXPECT_EQ(Cdf(kHuge * 0.75, kHuge, 0.5), 1.0);
+}
+
 TEST(BinomialPdf, IsZeroForWhatCannotHappen)
 {
     for (const double x : {1.5, -1.0, 6.0, kNaN, kInf, -kInf})
