@@ -36,6 +36,7 @@ void ArrowColumn::Begin(const ArrowArray& array, int64_t first, int64_t rows)
     } else if (array.dictionary != nullptr) {
         RefuseArrow(what_, "the array has a dictionary, and its schema none");
     }
+    plain_ = hasDictionary_ || becomesTexts_ || values_.HasNulls() ? nullptr : values_.Doubles(0);
 }
 
 void ArrowColumn::ReadDictionary(const ArrowArray* dictionary)
@@ -165,12 +166,21 @@ void ArrowColumns::Begin(const ArrowArray& table)
     }
     rows_ = table.length;
     offset_ = table.offset;
-    for (Used& used : used_) used.reader.Begin(*table.children[used.column], offset_, rows_);
+    for (Used& used : used_) {
+        used.reader.Begin(*table.children[used.column], offset_, rows_);
+        if (used.reader.Plain() != nullptr) block_[used.column] = used.reader.Block(0, 0);
+    }
 }
 
 ColumnBlock ArrowColumns::Block(int64_t first, size_t rows)
 {
-    for (Used& used : used_) block_[used.column] = used.reader.Block(first, rows);
+    for (Used& used : used_) {
+        if (const double* plain = used.reader.Plain()) {
+            block_[used.column].numbers = plain + first;
+        } else {
+            block_[used.column] = used.reader.Block(first, rows);
+        }
+    }
     return {rows, block_};
 }
 

@@ -38,6 +38,9 @@ public:
     /// Errors  those of ArrowValues, also in what its own structure has of a dictionary.
     void Begin(const ArrowArray& array, int64_t first, int64_t rows);
     TableColumn Block(int64_t first, size_t rows);
+    /// The doubles of all rows where they lie, if they can be borrowed and none is null; else null.
+    /// Blocks then differ in their place alone.
+    const double* Plain() const { return plain_; }
 
 private:
     void ReadDictionary(const ArrowArray* dictionary);
@@ -53,6 +56,7 @@ private:
     bool nanIsMissing_;
 
     ArrowValues values_;  ///< of a dictionary's indexes where there is one
+    const double* plain_ = nullptr;
     std::vector<double> numbers_;
     std::vector<std::string_view> texts_;
     std::vector<std::string> madeTexts_;
