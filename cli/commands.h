@@ -49,8 +49,8 @@ struct ScoreArguments : TableArguments {
     bool strict = false;
     bool quiet = false;
     bool partial = false;
-    size_t threads = 0;    ///< 0: as many as the machine has for the command
-    std::string explains;  ///< what `explain --long` asks for beside; empty for the others
+    size_t threads = 0;         ///< 0: as many as the machine has for the command
+    std::string explains;       ///< what `explain --long` asks for beside; empty for the others
     std::string baselineTable;  ///< of `explain`; empty: the cases
 };
 
