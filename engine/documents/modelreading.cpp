@@ -64,6 +64,7 @@ std::string SegmentsText(Element model)
     }
     if (counts.empty()) return {};
     std::vector<std::string> parts;
+    parts.reserve(counts.size());
     for (const auto& [name, count] : counts) parts.push_back(fmt::format("{} {}", count, name));
     return fmt::format(" of {} {}", fmt::join(parts, " and "), all == 1 ? "segment" : "segments");
 }
