@@ -18,6 +18,7 @@
 #include "kernels/standarderror.h"
 #include "kernels/survival.h"
 #include "kernels/timegrid.h"
+#include "tests/instructionsets.h"
 
 namespace MCVelscore_850::kernels {
 namespace {
@@ -151,16 +152,11 @@ struct Block {
 
 class Blocks : public ::testing::TestWithParam<const char*> {
 protected:
-    void SetUp() override
-    {
-        kernels = KernelsOf(GetParam());
-        if (kernels == nullptr) GTEST_SKIP() << "this processor has no " << GetParam();
-    }
-    const BlockKernels* kernels = nullptr;
+    const BlockKernels* const kernels = KernelsOf(GetParam());
     Numbers draw;
     std::vector<double> out = std::vector<double>(kBlockRows);
 };
-INSTANTIATE_TEST_SUITE_P(InstructionSets, Blocks, ::testing::ValuesIn(kInstructionSets),
+INSTANTIATE_TEST_SUITE_P(InstructionSets, Blocks, ::testing::ValuesIn(SetsOfThisProcessor()),
                          [](const auto& set) { return std::string(set.param); });
 
 TEST_P(Blocks, ExpHasTheBitsOfTheLibrary)

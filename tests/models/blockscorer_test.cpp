@@ -23,6 +23,7 @@
 #include "models/coxregresult.h"
 #include "models/lrresult.h"
 #include "models/mlrresult.h"
+#include "tests/instructionsets.h"
 #include "tests/models/drawnrows.h"
 #include "tests/models/modelfixture.h"
 #include "tests/models/randommodels.h"
@@ -438,14 +439,11 @@ TEST_P(BlockScorerOfFamily, GivesTheBitsOfScoreRow)
 
 class BlockScorerOfSet : public ::testing::TestWithParam<const char*> {};
 INSTANTIATE_TEST_SUITE_P(InstructionSets, BlockScorerOfSet,
-                         ::testing::ValuesIn(kernels::kInstructionSets),
+                         ::testing::ValuesIn(kernels::SetsOfThisProcessor()),
                          [](const auto& set) { return std::string(set.param); });
 
 TEST_P(BlockScorerOfSet, ScoresEveryRowOfGoodValuesOfAPlainModel)
 {
-    if (kernels::KernelsOf(GetParam()) == nullptr) {
-        GTEST_SKIP() << "this processor has no " << GetParam();
-    }
     constexpr size_t kPlainRows = 1000;
     for (const DrawnFamily& family : DrawnFamilies()) {
         Seen seen;
