@@ -23,6 +23,8 @@ constexpr std::string_view kCategorical = "categorical";
 constexpr std::string_view kInvalidTreatment = "invalidValueTreatment";
 constexpr std::string_view kDiscreteOptypes[] = {kCategorical, "ordinal"};
 constexpr std::string_view kWordTypes[] = {"string", "boolean"};
+// A mining field without a usageType is an active one.
+const std::string_view kActiveUsages[] = {"", Tags::XML_ATT_MF_FUT_ACTIVE};
 
 // The categories that the cells of the PPMatrix name, by factor, each once.
 std::map<std::string, std::vector<std::string>> CategoriesOfCells(Element root)
@@ -237,8 +239,6 @@ std::optional<Change> AcceptValuesAsIs(Element root)
     std::set<std::string> asIs;
     for (const Element field : MiningFields(root)) {
         const std::string usage = field.Text(Tags::XML_ATT_MININGFIELD_USAGETYPE);
-        // A mining field without a usageType is an active one.
-        static const std::string_view kActiveUsages[] = {"", Tags::XML_ATT_MF_FUT_ACTIVE};
         if (field.Text(kInvalidTreatment) != "asIs" || !IsOneOf(usage, kActiveUsages)) continue;
         asIs.insert(field.Text(Tags::XML_ATT_MININGFIELD_NAME));
     }

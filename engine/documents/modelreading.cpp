@@ -84,6 +84,9 @@ void ExpectNoOtherModel(Element root)
     RefuseAt(other, kOtherModel, (std::string(LocalNameOf(tag)) + SegmentsText(other)).c_str());
 }
 
+// Extensions hold what they like, and the columns of a table are names of the document's own.
+const std::string_view kHoldersOfFreeNames[] = {PMMLModelTags::XML_ELE_EXTENSION, "InlineTable"};
+
 // Refuses the first element whose prefix nothing declares: it is none of PMML, so the reader
 // doesn't see it and complains of something else.
 void ExpectPrefixesDeclared(Element element)
@@ -93,9 +96,6 @@ void ExpectPrefixesDeclared(Element element)
     if (!prefix.empty() && prefix != "xml" && !NamespaceOf(element, prefix)) {
         RefuseAt(element, kUndeclaredPrefix, prefix.c_str(), tag.c_str());
     }
-    // Extensions hold what they like, and the columns of a table are names of the document's own.
-    static const std::string_view kHoldersOfFreeNames[] = {PMMLModelTags::XML_ELE_EXTENSION,
-                                                           "InlineTable"};
     if (IsOneOf(LocalNameOf(tag), kHoldersOfFreeNames)) return;
     // The guard bounds the depth, and with it this recursion.
     for (const Element child : element.Children()) ExpectPrefixesDeclared(child);

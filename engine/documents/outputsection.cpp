@@ -23,6 +23,9 @@ using Feature = OutputField::Feature;
 
 namespace {
 
+// What an OutputField holds beside its expression.
+const std::string_view kNoExpressions[] = {Tags::XML_ELE_EXTENSION, Tags::XML_ELE_VALUE,
+                                           "Decisions"};
 // The expressions that yield texts where nothing else is said.
 constexpr std::string_view kTextExpressions[] = {"MapValues", "Discretize"};
 constexpr std::string_view kTextTypes[] = {"string", "boolean"};
@@ -61,9 +64,6 @@ public:
 Element ExpressionOf(Element field)
 {
     for (const Element child : field.Children()) {
-        // What stands there beside the expression.
-        static const std::string_view kNoExpressions[] = {Tags::XML_ELE_EXTENSION,
-                                                          Tags::XML_ELE_VALUE, "Decisions"};
         if (!IsOneOf(child.Tag(), kNoExpressions)) return child;
     }
     return {};

@@ -13,6 +13,9 @@ namespace {
 
 using Tags = PMMLModelTags;
 
+// The words by which a mining schema marks its target, by version.
+const std::string_view kTargetUsages[] = {Tags::XML_ATT_MF_FUT_TARGET,
+                                          Tags::XML_ATT_MF_FUT_PREDICTED};
 // A Value without a property is a valid one.
 constexpr std::string_view kValidProperties[] = {"", "valid"};
 constexpr std::string_view kNumericTypes[] = {"integer", "float", "double"};
@@ -21,9 +24,6 @@ constexpr std::string_view kUnlistedCategories = "unlistedCategories";
 // The name of the mining schema's target, else of the model's.
 std::string TargetName(Element root)
 {
-    // By version. Filled here: clang 14 would fill it before the words, were it outside.
-    static const std::string_view kTargetUsages[] = {Tags::XML_ATT_MF_FUT_TARGET,
-                                                     Tags::XML_ATT_MF_FUT_PREDICTED};
     for (const Element field : MiningFields(root)) {
         if (IsOneOf(field.Text(Tags::XML_ATT_MININGFIELD_USAGETYPE), kTargetUsages)) {
             return field.Text(Tags::XML_ATT_MININGFIELD_NAME);

@@ -1,7 +1,7 @@
 #ifndef VELSCORE_HOST_DOCUMENTS_ZELTMODELTAGS_H
 #define VELSCORE_HOST_DOCUMENTS_ZELTMODELTAGS_H
 
-#include <string>
+#include "host/documents/tag.h"
 
 #include "host/documents/zeltdictionarytags.h"
 
@@ -11,86 +11,86 @@ namespace MCVelscore_850 {
 /// regression models doesn't use belong to other forms that share it.
 struct ZELTModelTags {
     // Elements
-    static inline const std::string XML_ELE_DICTIONARY = "dictionary";
-    static inline const std::string XML_ELE_MODEL = "model";
-    static inline const std::string XML_ELE_REGRESS_MODEL = "regression-model";
-    static inline const std::string XML_ELE_PARAM_LIST = "parameter-list";
-    static inline const std::string XML_ELE_PARAM = "parameter";
-    static inline const std::string XML_ELE_FAC_LIST = "factor-list";
-    static inline const std::string XML_ELE_COV_LIST = "covariate-list";
-    static inline const std::string XML_ELE_PREDICTOR = "predictor";
-    static inline const std::string XML_ELE_P_TABLE = "p-table";
-    static inline const std::string XML_ELE_P_CELL = "p-cell";
-    static inline const std::string XML_ELE_PP_MATRIX = "pp-matrix";
-    static inline const std::string XML_ELE_PP_CELL = "pp-cell";
-    static inline const std::string XML_ELE_PCOV_MATRIX = "pcov-matrix";
-    static inline const std::string XML_ELE_PCOV_CELL = "pcov-cell";
-    static inline const std::string XML_ELE_BOX_TEST = "box-test";
+    VELSCORE_TAG(XML_ELE_DICTIONARY, "dictionary");
+    VELSCORE_TAG(XML_ELE_MODEL, "model");
+    VELSCORE_TAG(XML_ELE_REGRESS_MODEL, "regression-model");
+    VELSCORE_TAG(XML_ELE_PARAM_LIST, "parameter-list");
+    VELSCORE_TAG(XML_ELE_PARAM, "parameter");
+    VELSCORE_TAG(XML_ELE_FAC_LIST, "factor-list");
+    VELSCORE_TAG(XML_ELE_COV_LIST, "covariate-list");
+    VELSCORE_TAG(XML_ELE_PREDICTOR, "predictor");
+    VELSCORE_TAG(XML_ELE_P_TABLE, "p-table");
+    VELSCORE_TAG(XML_ELE_P_CELL, "p-cell");
+    VELSCORE_TAG(XML_ELE_PP_MATRIX, "pp-matrix");
+    VELSCORE_TAG(XML_ELE_PP_CELL, "pp-cell");
+    VELSCORE_TAG(XML_ELE_PCOV_MATRIX, "pcov-matrix");
+    VELSCORE_TAG(XML_ELE_PCOV_CELL, "pcov-cell");
+    VELSCORE_TAG(XML_ELE_BOX_TEST, "box-test");
     static inline const std::string& XML_ELE_CATEGORIES = ZELTDictionaryTags::kCategories;
     static inline const std::string& XML_ELE_CATEGORY = ZELTDictionaryTags::kCategory;
-    static inline const std::string XML_ELE_CELL = "cell";
-    static inline const std::string XML_ELE_DISCRIM_MODEL = "discriminant-model";
-    static inline const std::string XML_ELE_FGC_MATRIX = "fgc-matrix";
-    static inline const std::string XML_ELE_FN_COEFS = "function-coefficients";
+    VELSCORE_TAG(XML_ELE_CELL, "cell");
+    VELSCORE_TAG(XML_ELE_DISCRIM_MODEL, "discriminant-model");
+    VELSCORE_TAG(XML_ELE_FGC_MATRIX, "fgc-matrix");
+    VELSCORE_TAG(XML_ELE_FN_COEFS, "function-coefficients");
     static inline const std::string& XML_ELE_FORMAT_SPEC = ZELTDictionaryTags::kFormatSpec;
-    static inline const std::string XML_ELE_INV_COV_MATRICES = "inv-gcov-matrices";
-    static inline const std::string XML_ELE_INV_COV_MATRIX = "inv-gcov-matrix";
+    VELSCORE_TAG(XML_ELE_INV_COV_MATRICES, "inv-gcov-matrices");
+    VELSCORE_TAG(XML_ELE_INV_COV_MATRIX, "inv-gcov-matrix");
     static inline const std::string& XML_ELE_MISSING_VALUES = ZELTDictionaryTags::kMissingValues;
-    static inline const std::string XML_ELE_PRIOR_VECTOR = "prior-vector";
-    static inline const std::string XML_ELE_PRIOR_VALUE = "prior-value";
+    VELSCORE_TAG(XML_ELE_PRIOR_VECTOR, "prior-vector");
+    VELSCORE_TAG(XML_ELE_PRIOR_VALUE, "prior-value");
     static inline const std::string& XML_ELE_RANGE = ZELTDictionaryTags::kRange;
-    static inline const std::string XML_ELE_ZELTML = "zelt-ml";
+    VELSCORE_TAG(XML_ELE_ZELTML, "zelt-ml");
     static inline const std::string& XML_ELE_VAR_STATS = ZELTDictionaryTags::kVarStats;
     static inline const std::string& XML_ELE_VARIABLE = ZELTDictionaryTags::kVariable;
 
     // Attributes
-    static inline const std::string XML_ATT_VERSION = "version";
+    VELSCORE_TAG(XML_ATT_VERSION, "version");
     static inline const std::string& XML_ATT_NAME = ZELTDictionaryTags::kName;
     static inline const std::string& XML_ATT_VALUE = ZELTDictionaryTags::kValue;
-    static inline const std::string XML_ATT_PARAMETER_NAME = "parameter-name";
-    static inline const std::string XML_ATT_RM_TARGET_VAR = "target-variable-name";
-    static inline const std::string XML_ATT_RM_MODEL_TYPE = "model-type";
-    static inline const std::string XML_ATT_RM_MODEL_DF = "model-df";
-    static inline const std::string XML_ATT_PC_TARGET_CAT = "target-category";
-    static inline const std::string XML_ATT_PC_BETA = "beta";
-    static inline const std::string XML_ATT_PC_DF = "df";
-    static inline const std::string XML_ATT_PP_PREDICTOR = "predictor-name";
-    static inline const std::string XML_ATT_PCOV_P_COL = "p-col";
-    static inline const std::string XML_ATT_PCOV_P_ROW = "p-row";
-    static inline const std::string XML_ATT_LABEL = "label";
-    static inline const std::string XML_ATT_UNIQUE_ID = "unique-id";
-    static inline const std::string XML_ATT_VERBOSE_MODEL_SPEC = "verbose-model-specification";
-    static inline const std::string XML_ATT_ROW = "row";
-    static inline const std::string XML_ATT_COLUMN = "column";
-    static inline const std::string XML_ATT_SIGNIFICANCE = "significance";
-    static inline const std::string XML_ATT_TARGET_CAT = "target-category";
+    VELSCORE_TAG(XML_ATT_PARAMETER_NAME, "parameter-name");
+    VELSCORE_TAG(XML_ATT_RM_TARGET_VAR, "target-variable-name");
+    VELSCORE_TAG(XML_ATT_RM_MODEL_TYPE, "model-type");
+    VELSCORE_TAG(XML_ATT_RM_MODEL_DF, "model-df");
+    VELSCORE_TAG(XML_ATT_PC_TARGET_CAT, "target-category");
+    VELSCORE_TAG(XML_ATT_PC_BETA, "beta");
+    VELSCORE_TAG(XML_ATT_PC_DF, "df");
+    VELSCORE_TAG(XML_ATT_PP_PREDICTOR, "predictor-name");
+    VELSCORE_TAG(XML_ATT_PCOV_P_COL, "p-col");
+    VELSCORE_TAG(XML_ATT_PCOV_P_ROW, "p-row");
+    VELSCORE_TAG(XML_ATT_LABEL, "label");
+    VELSCORE_TAG(XML_ATT_UNIQUE_ID, "unique-id");
+    VELSCORE_TAG(XML_ATT_VERBOSE_MODEL_SPEC, "verbose-model-specification");
+    VELSCORE_TAG(XML_ATT_ROW, "row");
+    VELSCORE_TAG(XML_ATT_COLUMN, "column");
+    VELSCORE_TAG(XML_ATT_SIGNIFICANCE, "significance");
+    VELSCORE_TAG(XML_ATT_TARGET_CAT, "target-category");
     static inline const std::string& XML_ATT_VR_MEASUREMENT_LEVEL =
         ZELTDictionaryTags::kMeasurementLevel;
     static inline const std::string& XML_ATT_VR_STORAGE_TYPE = ZELTDictionaryTags::kStorageType;
-    static inline const std::string XML_ATT_FS_DECIMALS = "decimals";
-    static inline const std::string XML_ATT_FS_FORMAT = "format";
-    static inline const std::string XML_ATT_FS_WIDTH = "width";
+    VELSCORE_TAG(XML_ATT_FS_DECIMALS, "decimals");
+    VELSCORE_TAG(XML_ATT_FS_FORMAT, "format");
+    VELSCORE_TAG(XML_ATT_FS_WIDTH, "width");
     static inline const std::string& XML_ATT_VS_MAX = ZELTDictionaryTags::kMaximum;
     static inline const std::string& XML_ATT_VS_MEAN = ZELTDictionaryTags::kMean;
-    static inline const std::string XML_ATT_VS_MEDIAN = "median";
+    VELSCORE_TAG(XML_ATT_VS_MEDIAN, "median");
     static inline const std::string& XML_ATT_VS_MIN = ZELTDictionaryTags::kMinimum;
-    static inline const std::string XML_ATT_VS_IQR = "inter-quartile-range";
-    static inline const std::string XML_ATT_VS_SD = "standard-deviation";
-    static inline const std::string XML_ATT_CA_DISPLAY_VALUE = "display-value";
-    static inline const std::string XML_ATT_CA_PROP = "proportion";
-    static inline const std::string XML_ATT_CA_RANK = "rank";
-    static inline const std::string XML_ATT_RM_N_PARAM = "number-parameters";
-    static inline const std::string XML_ATT_DM_TARGET_VAR = "target-variable-name";
-    static inline const std::string XML_ATT_DM_N_FNS = "number-functions";
-    static inline const std::string XML_ATT_PCOV_T_COL = "t-col";
-    static inline const std::string XML_ATT_PCOV_T_ROW = "t-row";
+    VELSCORE_TAG(XML_ATT_VS_IQR, "inter-quartile-range");
+    VELSCORE_TAG(XML_ATT_VS_SD, "standard-deviation");
+    VELSCORE_TAG(XML_ATT_CA_DISPLAY_VALUE, "display-value");
+    VELSCORE_TAG(XML_ATT_CA_PROP, "proportion");
+    VELSCORE_TAG(XML_ATT_CA_RANK, "rank");
+    VELSCORE_TAG(XML_ATT_RM_N_PARAM, "number-parameters");
+    VELSCORE_TAG(XML_ATT_DM_TARGET_VAR, "target-variable-name");
+    VELSCORE_TAG(XML_ATT_DM_N_FNS, "number-functions");
+    VELSCORE_TAG(XML_ATT_PCOV_T_COL, "t-col");
+    VELSCORE_TAG(XML_ATT_PCOV_T_ROW, "t-row");
 
     // Values
-    static inline const std::string XML_VAL_MT_MLR = "multinomial-logistic";
-    static inline const std::string XML_VAL_MT_CLR = "conditional-logistic";
-    static inline const std::string XML_VAL_MT_REGRESS = "regression";
-    static inline const std::string XML_VAL_MT_GLM = "general-linear";
-    static inline const std::string XML_VAL_MT_LOGLIN = "log-linear";
+    VELSCORE_TAG(XML_VAL_MT_MLR, "multinomial-logistic");
+    VELSCORE_TAG(XML_VAL_MT_CLR, "conditional-logistic");
+    VELSCORE_TAG(XML_VAL_MT_REGRESS, "regression");
+    VELSCORE_TAG(XML_VAL_MT_GLM, "general-linear");
+    VELSCORE_TAG(XML_VAL_MT_LOGLIN, "log-linear");
     static inline const std::string& XML_VAL_ML_CONTINUOUS = ZELTDictionaryTags::kContinuous;
     static inline const std::string& XML_VAL_ML_NOMINAL = ZELTDictionaryTags::kNominal;
     static inline const std::string& XML_VAL_ML_ORDINAL = ZELTDictionaryTags::kOrdinal;

@@ -1,6 +1,7 @@
 #include "host/documents/zeltmodeltags.h"
 
 #include <fstream>
+#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -15,13 +16,12 @@ using Tags = ZELTModelTags;
 // The names of the table's constants, read from its header: the language can't list them.
 std::vector<std::string> ConstantNames()
 {
+    const std::regex declaration(R"((?:VELSCORE_TAG\(|static inline const std::string& )(\w+))");
     std::vector<std::string> names;
     std::ifstream header("host/documents/zeltmodeltags.h");
+    std::smatch match;
     for (std::string line; std::getline(header, line);) {
-        const size_t begin = line.find("XML_");
-        if (line.find("static inline const std::string") == std::string::npos) continue;
-        EXPECT_NE(begin, std::string::npos) << line;
-        names.push_back(line.substr(begin, line.find(' ', begin) - begin));
+        if (std::regex_search(line, match, declaration)) names.push_back(match[1]);
     }
     return names;
 }
