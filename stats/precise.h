@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <exception>
 #include <limits>
 
 #include <boost/math/distributions/beta.hpp>
@@ -36,7 +37,10 @@
 /// codes and tolerances.
 ///
 /// Domain  as the textbook has it. Whatever lies outside, NaN too, answers NaN; a true infinity
-///         answers infinity. Nothing throws.
+///         answers infinity. Nothing throws. What Boost can't compute is NaN as well: a
+///         non-centrality above kLargestNonCentrality, a quantile of a beta or F distribution with
+///         a parameter above kLargestShape or one that its search doesn't find (probabilities of
+///         some 1e-300), a quantile of more than 2^53 trials.
 /// Differs from MCDistFun where that keeps a definition of its own: IdfBin is the smallest k with
 ///         P(X <= k) >= prob, PdfHyper is 0.0 outside the support, CDFHyper is smooth for any
 ///         population (up to 2^32 - 1), IdfBeta answers NaN on failure.
@@ -110,11 +114,17 @@ double Density(const Distribution& d, double x)
 {
     return std::isnan(x) ? x : boost::math::pdf(d, x);
 }
-/// The x with P(X <= x) = p.
+/// The x with P(X <= x) = p; NaN where Boost's search fails, which it tells by an exception
+/// whatever the policy.
 template <class Distribution>
 double Quantile(const Distribution& d, double p)
 {
-    return p >= 0.0 && p <= 1.0 ? boost::math::quantile(d, p) : NaN();
+    if (!(p >= 0.0 && p <= 1.0)) return NaN();
+    try {
+        return boost::math::quantile(d, p);
+    } catch (const std::exception&) {
+        return NaN();
+    }
 }
 
 // Normal family.
@@ -188,8 +198,13 @@ inline double CdfBeta(double x, double a, double b)
     if (x <= 0.0) return 0.0;
     return x >= 1.0 ? 1.0 : boost::math::ibeta(a, b, x, Policy());
 }
+/// Beyond it the search for a quantile of the beta or F distribution loses its way.
+inline constexpr double kLargestShape = 1e15;
 /// The quantile of the beta distribution.
-inline double IdfBeta(double p, double a, double b) { return Quantile(BetaDistribution(a, b), p); }
+inline double IdfBeta(double p, double a, double b)
+{
+    return std::max(a, b) <= kLargestShape ? Quantile(BetaDistribution(a, b), p) : NaN();
+}
 /// The density of Student's t distribution.
 inline double PdfT(double t, double df) { return Density(StudentsT(df), t); }
 /// P(T <= t) of Student's t distribution.
@@ -205,9 +220,14 @@ inline double CdfF(double f, double df1, double df2) { return Lower(FisherF(df1,
 /// P(F > f) of the F distribution.
 inline double SigF(double f, double df1, double df2) { return Upper(FisherF(df1, df2), ClampF(f)); }
 /// The quantile of the F distribution.
-inline double IdfF(double p, double df1, double df2) { return Quantile(FisherF(df1, df2), p); }
+inline double IdfF(double p, double df1, double df2)
+{
+    return std::max(df1, df2) <= kLargestShape ? Quantile(FisherF(df1, df2), p) : NaN();
+}
 
 // Discrete distributions.
+/// Beyond it steps of one don't move.
+inline constexpr double kMostTrials = 9007199254740992.0;  // 2^53
 /// Whether n is a whole number from 1 on.
 inline bool IsCount(double n) { return n >= 1.0 && n == std::floor(n) && std::isfinite(n); }
 
@@ -239,7 +259,8 @@ inline double PdfBin(double x, double n, double p)
 /// The smallest k with P(X <= k) >= prob.
 inline double IdfBin(double prob, double n, double p)
 {
-    if (!IsCount(n) || !(p >= 0.0 && p <= 1.0) || !(prob >= 0.0 && prob <= 1.0)) return NaN();
+    if (!IsCount(n) || n > kMostTrials || !(p >= 0.0 && p <= 1.0)) return NaN();
+    if (!(prob >= 0.0 && prob <= 1.0)) return NaN();
     if (p == 0.0 || prob == 0.0) return 0.0;
     if (p == 1.0 || prob == 1.0) return n;
     double k = boost::math::quantile(BinomialDistribution(n, p), prob);
@@ -283,38 +304,46 @@ inline double CDFHyper(double x, double population, double successes, double dra
 }
 
 // Non-central distributions. Boost's central ones serve at a non-centrality of 0.
+/// Of the non-central t it is delta squared. Beyond twice that, Boost counts the terms of its sums
+/// wrongly, in an int.
+inline constexpr double kLargestNonCentrality = 1e9;
+/// Whether Boost can take a non-centrality.
+inline bool IsNonCentrality(double lambda)
+{
+    return lambda >= 0.0 && lambda <= kLargestNonCentrality;
+}
 /// P(X <= x) of the non-central beta distribution.
 inline double NonCentralCdfBeta(double x, double a, double b, double lambda)
 {
-    if (!(a > 0.0) || !(b > 0.0) || !(lambda >= 0.0) || std::isnan(x)) return NaN();
+    if (!(a > 0.0) || !(b > 0.0) || !IsNonCentrality(lambda) || std::isnan(x)) return NaN();
     if (x <= 0.0 || x >= 1.0 || lambda == 0.0) return CdfBeta(x, a, b);
     return boost::math::cdf(NonCentralBeta(a, b, lambda), x);
 }
 /// P(F <= f) of the non-central F distribution.
 inline double NonCentralCdfF(double f, double df1, double df2, double lambda)
 {
-    if (!(lambda >= 0.0)) return NaN();
+    if (!IsNonCentrality(lambda)) return NaN();
     if (lambda == 0.0 || f <= 0.0) return CdfF(f, df1, df2);
     return Lower(NonCentralF(df1, df2, lambda), f);
 }
 /// P(X <= x) of the non-central chi-squared distribution.
 inline double NonCentralCdfChi(double x, double df, double lambda)
 {
-    if (!(lambda >= 0.0)) return NaN();
+    if (!IsNonCentrality(lambda)) return NaN();
     if (lambda == 0.0 || x <= 0.0) return CdfChi(x, df);
     return Lower(NonCentralChiSquared(df, lambda), x);
 }
 /// P(T <= t) of the non-central t distribution.
 inline double NonCentralCdfT(double t, double df, double delta)
 {
-    if (!AreNumbers(t, df, delta)) return NaN();
+    if (!AreNumbers(t, df) || !IsNonCentrality(delta * delta)) return NaN();
     return delta == 0.0 ? CdfT(t, df) : Lower(NonCentralT(df, delta), t);
 }
 /// A difference of two distribution functions over t: near t = 0, and far out against delta, it
 /// loses its digits, and MCDistFun::NonCentralPdfT keeps them.
 inline double NonCentralPdfT(double t, double df, double delta)
 {
-    if (!AreNumbers(t, df, delta)) return NaN();
+    if (!AreNumbers(t, df) || !IsNonCentrality(delta * delta)) return NaN();
     return delta == 0.0 ? PdfT(t, df) : Density(NonCentralT(df, delta), t);
 }
 
@@ -335,16 +364,13 @@ double SolveFalling(const F& distribution, double p, double lo, double hi)
         Policy());
     return ends.first + (ends.second - ends.first) / 2.0;
 }
-/// Beyond it no non-centrality is looked for.
-inline constexpr double kLargestNonCentrality = 1e9;
-
 /// The same over v >= 0; 0.0 where p is not below distribution(0).
 template <class F>
 double SolveFallingFromZero(const F& distribution, double p, double start)
 {
     if (!(p > 0.0 && p <= 1.0) || std::isnan(distribution(0.0))) return NaN();
     if (distribution(0.0) <= p) return 0.0;
-    double hi = std::max(1.0, start);
+    double hi = std::clamp(start, 1.0, kLargestNonCentrality);
     while (distribution(hi) > p) {
         hi *= 2.0;
         if (hi > kLargestNonCentrality) return NaN();
@@ -367,10 +393,11 @@ inline double FindNCParamT(double t, double df, double p)
 {
     if (!(t >= 0.0) || !(df > 0.0) || !(p > 0.0 && p < 1.0) || !std::isfinite(t)) return NaN();
     const auto distribution = [=](double v) { return NonCentralCdfT(t, df, v); };
-    double width = std::max(1.0, t);
+    const double widest = std::sqrt(kLargestNonCentrality);
+    double width = std::clamp(t, 1.0, widest);
     while (distribution(width) > p || distribution(-width) < p) {
         width *= 2.0;
-        if (width > kLargestNonCentrality) return NaN();
+        if (width > widest) return NaN();
     }
     return SolveFalling(distribution, p, -width, width);
 }

@@ -11,6 +11,7 @@
 #include "stats/mcdistfun.h"
 #include "tests/stats/support/expect.h"
 #include "tests/stats/support/functions.h"
+#include "tests/stats/support/precise_functions.h"
 
 namespace {
 
@@ -146,6 +147,39 @@ TEST(HostileArguments, TwoOfThemAreAnsweredByEveryFunction)
                         arguments[k] = other;
                         ExpectAnAnswer(Find(plain.function), arguments);
                     }
+}
+
+TEST(HostileArguments, OneOrTwoOfThemAreAnsweredByEveryPreciseFunction)
+{
+    std::vector<std::string> single = kHostile;
+    single.insert(single.end(), {"1e5", "1e10", "1e20", "1e100"});
+    std::vector<std::string> pairs = kHostilePairs;
+    pairs.insert(pairs.end(), {"1e10", "1e20"});
+    for (const Plain& plain : kPlain) {
+        const PreciseFunction& function = PreciseFor(plain.function);
+        if (function.name == nullptr) continue;
+        const auto expectAnAnswer = [&](const std::vector<std::string>& arguments) {
+            const Args args(arguments);
+            EXPECT_NO_THROW(EXPECT_EQ(function.call(args).values.size(), 1u))
+                << function.name << "(" << args.Text() << ")";
+        };
+        for (std::size_t i = 0; i < plain.arguments.size(); ++i) {
+            std::vector<std::string> arguments = plain.arguments;
+            for (const std::string& one : single) {
+                arguments[i] = one;
+                expectAnAnswer(arguments);
+            }
+            for (std::size_t k = i + 1; k < plain.arguments.size(); ++k) {
+                arguments = plain.arguments;
+                for (const std::string& one : pairs)
+                    for (const std::string& other : pairs) {
+                        arguments[i] = one;
+                        arguments[k] = other;
+                        expectAnAnswer(arguments);
+                    }
+            }
+        }
+    }
 }
 
 TEST(HostileArguments, NaNIsNeverAnsweredWithANumberThatIsNotTold)

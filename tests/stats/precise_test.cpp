@@ -169,6 +169,32 @@ TEST(Precise, ArgumentsOutsideTheDomainGiveNaNAndDoNotThrow)
     EXPECT_TRUE(std::isnan(P::FindNCParamT(1.0, 5.0, 1.0)));
 }
 
+TEST(Precise, WhatBoostCannotComputeIsNaN)
+{
+    EXPECT_TRUE(std::isnan(P::NonCentralCdfBeta(0.3, 2.5, 3.5, 1e10)));
+    EXPECT_TRUE(std::isnan(P::NonCentralCdfF(1.5, 4.0, 7.0, 1e10)));
+    EXPECT_TRUE(std::isnan(P::NonCentralCdfChi(1.5, 3.0, 1e10)));
+    EXPECT_TRUE(std::isnan(P::NonCentralCdfT(1.5, 5.0, 1e5)));
+    EXPECT_TRUE(std::isnan(P::NonCentralCdfT(1.5, 5.0, -1e5)));
+    EXPECT_TRUE(std::isnan(P::NonCentralPdfT(1.5, 5.0, 1e5)));
+    EXPECT_TRUE(std::isnan(P::FindNCParamChi(1e10, 3.0, 0.1)));
+    EXPECT_TRUE(std::isnan(P::FindNCParamF(1e10, 3.0, 5.0, 0.1)));
+    EXPECT_TRUE(std::isnan(P::FindNCParamT(1e10, 3.0, 0.1)));
+    EXPECT_TRUE(std::isnan(P::IdfBeta(0.5, 1e20, 3.5)));
+    EXPECT_TRUE(std::isnan(P::IdfBeta(0.5, 2.5, 1e20)));
+    EXPECT_TRUE(std::isnan(P::IdfF(0.5, 4.0, 1e20)));
+    EXPECT_TRUE(std::isnan(P::IdfF(1e-300, 8.77634, 4.85321)));
+    EXPECT_TRUE(std::isnan(P::IdfBin(0.3, 1e20, 0.5)));
+}
+
+TEST(Precise, ALargeNonCentralityIsFound)
+{
+    // Near a normal distribution of mean df + lambda and variance 2 (df + 2 lambda).
+    const double lambda = P::FindNCParamChi(1e8, 3.0, 0.1);
+    const double z = (1e8 - (3.0 + lambda)) / std::sqrt(2.0 * (3.0 + 2.0 * lambda));
+    EXPECT_NEAR(z, -1.2815515655446004, 1e-4);
+}
+
 TEST(Precise, InfinitiesAreTakenWhereTheyHaveALimit)
 {
     EXPECT_EQ(P::CdfStdNorm(kInf), 1.0);
