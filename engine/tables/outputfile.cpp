@@ -45,6 +45,17 @@ uint64_t WritePosition(int descriptor, const struct stat& status)
     return offset < 0 ? 0 : static_cast<uint64_t>(offset);
 }
 
+// Puts a file on its disk, so that a loss of power can't leave an empty file where a whole one was.
+// Zero, or the errno value; file systems that can't do it are left to themselves.
+int Flush(int descriptor)
+{
+    while (::fsync(descriptor) != 0) {
+        if (errno == EINVAL || errno == ENOTSUP || errno == EROFS) return 0;
+        if (errno != EINTR) return errno;
+    }
+    return 0;
+}
+
 }  // namespace
 
 OutputFile::OutputFile(const std::string& path) : name_(path == "-" ? "standard output" : path)
@@ -188,6 +199,9 @@ void OutputFile::Finish()
 {
     if (mode_ && descriptor_ >= 0 && ::fchmod(descriptor_, *mode_) != 0) {
         RefuseOutput(name_, errno);
+    }
+    if (!part_.empty()) {
+        if (const int error = Flush(descriptor_); error != 0) RefuseOutput(name_, error);
     }
     if (const int error = Close(); error != 0) RefuseOutput(name_, error);
     if (part_.empty()) return;

@@ -12,7 +12,8 @@ namespace MCVelscore_850 {
 
 /// Where a command's data goes: a file that gets its name when it is whole. Until then the data
 /// stands in a temporary file beside it, and what had the name before keeps it, whatever ends the
-/// program.
+/// program. It is on its disk before it takes the name, so that a loss of power leaves one or the
+/// other whole.
 ///
 /// Links   lead on: the file at their end is replaced, the link stays.
 /// Modes   A new file has the mode, and if possible the owner, of the one that it replaces.

@@ -43,13 +43,15 @@ const std::string kFillsUp = ":0," + std::to_string(ENOSPC);
 const std::string kAgain = ":" + std::to_string(EINTR);
 const std::string kDenied = ":" + std::to_string(EACCES);
 const std::string kTooMany = "+:" + std::to_string(EMFILE);
+const std::string kUnable = ":" + std::to_string(EINVAL);
 const std::string kShort = ":0";
 
 const Fault kFaults[] = {
     {"access", kIo.c_str(), Makes::Refusal},   {"chmod", kIo.c_str(), Makes::Refusal},
     {"chown", kDenied.c_str(), Makes::Whole},  {"close", kIo.c_str(), Makes::Refusal},
     {"close", kAgain.c_str(), Makes::Whole},   {"cut", kIo.c_str(), Makes::Refusal},
-    {"flush", kIo.c_str(), Makes::Refusal},    {"fopen", kIo.c_str(), Makes::Refusal},
+    {"flush", kIo.c_str(), Makes::Refusal},    {"flush", kAgain.c_str(), Makes::Whole},
+    {"flush", kUnable.c_str(), Makes::Whole},  {"fopen", kIo.c_str(), Makes::Refusal},
     {"open", kDenied.c_str(), Makes::Refusal}, {"open", kTooMany.c_str(), Makes::Refusal},
     {"read", kIo.c_str(), Makes::Refusal},     {"read", kAgain.c_str(), Makes::Whole},
     {"read", kShort.c_str(), Makes::Whole},    {"readlink", kIo.c_str(), Makes::Refusal},
@@ -369,6 +371,19 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Commands, FileFaults, testing::ValuesIn(kCommands),
                          [](const auto& each) { return each.param.name; });
 
+/// What was last done to a file before it took its name has to have put it on its disk.
+void ExpectOnDiskBeforeNamed(const std::vector<NotedCall>& calls)
+{
+    std::map<std::string, std::string> last;
+    for (const NotedCall& each : calls) {
+        if (each.call == "write" || each.call == "cut" || each.call == "flush") {
+            last[each.file] = each.call;
+        } else if (each.call == "rename") {
+            EXPECT_EQ(last[each.file], "flush") << each.file;
+        }
+    }
+}
+
 TEST_P(FileFaults, LeaveOutputsWholeOrAsTheyWere)
 {
     before_ = Begin();
@@ -376,6 +391,7 @@ TEST_P(FileFaults, LeaveOutputsWholeOrAsTheyWere)
     ASSERT_EQ(wholeRun_.exitCode, GetParam().exitCode) << wholeRun_.err;
     whole_ = FilesNow();
     const std::vector<NotedCall> calls = calls_;
+    ExpectOnDiskBeforeNamed(calls);
     const auto& words = GetParam().words;
     const bool resumes = std::find(words.begin(), words.end(), "--resume") != words.end();
     int tried = 0;
