@@ -69,6 +69,8 @@ def page_of(model: Model, table: Any, observed: str | Sequence[Any] | None) -> s
     if observed is not None and table is None:
         raise OptionError("observed values are of a table, and there is none")
     columns = None if table is None else _plotdata.columns_of(table)
+    if columns is not None and observed is not None:
+        observed = _plotdata.observed_of(columns, observed)
     drawer = _Drawer()
     sections = [
         section

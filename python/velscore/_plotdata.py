@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import difflib
 from collections import Counter
 from statistics import NormalDist
 from typing import Any, NamedTuple
@@ -15,7 +16,7 @@ from ._values import _MISSING
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from collections.abc import Mapping, Sequence
+    from collections.abc import Iterable, Mapping, Sequence
 
     from numpy.typing import NDArray
     from typing_extensions import TypeAlias
@@ -37,6 +38,31 @@ _QUARTILES = (0.25, 0.5, 0.75)
 def columns_of(table: Any) -> Columns:
     """The columns of a table of any kind."""
     return kind_of(table).columns(table)
+
+
+_MOST_NAMES = 20
+
+
+def _listed(names: Iterable[str]) -> str:
+    known = list(names)
+    more = len(known) - _MOST_NAMES
+    return ", ".join(known[:_MOST_NAMES]) + (f" and {more} more" if more > 0 else "")
+
+
+def _meant(name: str, names: Iterable[str]) -> str | None:
+    """The names that come near one that is none of them, as a remedy."""
+    folded = {each.casefold(): each for each in names}
+    near = difflib.get_close_matches(name.casefold(), folded)
+    return f"Did you mean {' or '.join(repr(folded[each]) for each in near)}?" if near else None
+
+
+def column_of(columns: Columns, name: str) -> list[Any]:
+    """The values of a column of the table."""
+    if name not in columns:
+        raise OptionError(
+            f"the table has no column {name}; it has {_listed(columns)}", remedy=_meant(name, columns)
+        )
+    return columns[name]
 
 
 def is_missing(value: Any, categories: Sequence[str] = ()) -> bool:
@@ -247,7 +273,9 @@ def effect_of(
 
 def _field(fields: Mapping[str, Field], name: str) -> Field:
     if name not in fields:
-        raise OptionError(f"the model reads no {name}; it reads {', '.join(list(fields)[:20])}")
+        raise OptionError(
+            f"the model reads no {name}; it reads {_listed(fields)}", remedy=_meant(name, fields)
+        )
     return fields[name]
 
 
@@ -302,7 +330,7 @@ def compared(
     if model._about()["endTime"]:
         raise OptionError(f"{what} isn't drawn of Cox models, whose cases may be censored")
     drawn = drawn_of(model)
-    values = _observed(columns, observed)
+    values = observed_of(columns, observed)
     bands = scores_of(model, columns, drawn.results)
     found = []
     for result, band in zip(drawn.results, bands):
@@ -318,11 +346,10 @@ def compared(
     return found
 
 
-def _observed(columns: Columns, observed: str | Sequence[Any]) -> list[Any]:
+def observed_of(columns: Columns, observed: str | Sequence[Any]) -> list[Any]:
+    """The observed values of a table's rows: a column of it, or a sequence as long."""
     if isinstance(observed, str):
-        if observed not in columns:
-            raise OptionError(f"the table has no column {observed}; it has {', '.join(columns)}")
-        return columns[observed]
+        return column_of(columns, observed)
     values = list(observed)
     rows = len(next(iter(columns.values()), []))
     if len(values) != rows:
@@ -422,15 +449,14 @@ def survival_of(model: Model, columns: Columns, by: str | None = None) -> list[S
         if len(curves) <= _MOST_ROWS:
             return [Steps(f"row {row + 1}", *curves[row]) for row in curves]
         return [_mean(f"mean of {len(curves)} rows", list(curves.values()))]
-    if by not in columns:
-        raise OptionError(f"the table has no column {by}; it has {', '.join(columns)}")
+    values = column_of(columns, by)
     groups: dict[str, list[tuple[Numbers, Numbers]]] = {}
     field = fields_of(model).get(by)
-    for text in texts_of(columns[by], field.categories if field else ()):
+    for text in texts_of(values, field.categories if field else ()):
         groups[text] = []
     for row, curve in curves.items():
-        if not is_missing(columns[by][row]):
-            groups[text_of(columns[by][row])].append(curve)
+        if not is_missing(values[row]):
+            groups[text_of(values[row])].append(curve)
     return [_mean(f"{by} = {text}", of) for text, of in groups.items() if of]
 
 

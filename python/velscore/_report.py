@@ -26,6 +26,7 @@ def report(
     extreme cases explained; with an observed column (its name, or a sequence) calibration and ROC.
     The page is one file: pictures inside it, no script, nothing that is fetched. What can't be shown
     is said on the page. Written to `path` if there is one; its text is the answer either way.
+    An observed column that the table doesn't have, or a sequence of another length, is an OptionError.
 
     Needs matplotlib and Jinja2: pip install 'velscore[report]'.
 

@@ -15,6 +15,7 @@ from velscore.__main__ import main
 
 EXAMPLES = sorted(path.parent.name for path in (ROOT / "examples").glob("*/model.pmml"))
 BIRTHS = "examples/birth-weight/model.pmml"
+EXAMPLE_OF_COX = "examples/veteran-lung-cancer/model.pmml"
 
 _EMPTY = {"meta", "br", "hr", "img", "link"}
 
@@ -116,6 +117,33 @@ def test_observed_values():
     assert "no row has both" in section
     with pytest.raises(velscore.OptionError, match="there is none"):
         velscore.report(BIRTHS, observed="seen")
+
+
+@pytest.mark.parametrize(
+    "name, meant",
+    [("sene", "Did you mean 'seen'?"), ("SEEN", "Did you mean 'seen'?"), ("outcome", None), ("", None)],
+)
+def test_an_observed_column_that_is_not_there_is_refused(name, meant):
+    frame = pd.read_csv("examples/birth-weight/cases.csv").assign(seen="low")
+    with pytest.raises(velscore.OptionError) as refused:
+        velscore.report(BIRTHS, frame, name)
+    assert refused.value.text == f"the table has no column {name}; it has {', '.join(frame.columns)}"
+    assert refused.value.remedy == meant
+    # of a Cox model too, which would have no use for it
+    with pytest.raises(velscore.OptionError, match="no column seen"):
+        velscore.report(EXAMPLE_OF_COX, pd.read_csv("examples/veteran-lung-cancer/cases.csv"), "seen")
+
+
+def test_observed_values_of_another_number_are_refused():
+    frame = pd.read_csv("examples/birth-weight/cases.csv")
+    with pytest.raises(velscore.OptionError, match="observed has 1 values, and the table 4 rows"):
+        velscore.report(BIRTHS, frame, ["low"])
+
+
+def test_the_columns_of_a_wide_table_are_listed_in_part():
+    wide = {f"c{i}": ["1"] for i in range(23)}
+    with pytest.raises(velscore.OptionError, match="it has c0, .*, c19 and 3 more$"):
+        velscore.report(BIRTHS, wide, "quite other")
 
 
 def test_missing_and_unlisted_values_are_counted_by_column():
@@ -252,8 +280,12 @@ def test_the_command_writes_the_page(tmp_path, capsys):
     assert "low: area" in pages.pop()
     assert main(["report", BIRTHS, "-o", str(tmp_path / "bare.html")]) == 0
     capsys.readouterr()
-    assert main(["report", BIRTHS, str(tmp_path / "a.csv"), "--observed", "nix", "-o", str(tmp_path / "b.html")]) == 0
-    assert "no column nix" in (tmp_path / "b.html").read_text()
+    misspelt = ["report", BIRTHS, str(tmp_path / "a.csv"), "--observed", "sene", "-o", str(tmp_path / "b.html")]
+    assert main(misspelt) == 1
+    assert capsys.readouterr().err == (
+        "velscore: the table has no column sene; it has race, ht, age, seen\nDid you mean 'seen'?\n"
+    )
+    assert not (tmp_path / "b.html").exists()
 
 
 def test_faults_of_the_command(tmp_path, capsys):
