@@ -1,11 +1,13 @@
 #include "cli/commandline.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <exception>
+#include <map>
+#include <new>
 #include <span>
 #include <sstream>
-#include <stdexcept>
 #include <utility>
-#include <vector>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -15,7 +17,9 @@
 #include "cli/commandset.h"
 #include "cli/console.h"
 #include "cli/exitcode.h"
+#include "engine/messages/failure.h"
 #include "engine/messages/suggestions.h"
+#include "engine/messages/trace.h"
 
 namespace MCVelscore_850 {
 
@@ -89,11 +93,11 @@ void RefuseUnknownOption(const CLI::App& command, std::span<const std::string> a
 
 }  // namespace
 
-int RunCommandLine(int argumentCount, char** arguments, Console& console)
+int RunCommandLine(const std::vector<std::string>& arguments, Console& console)
 {
     // What each command runs, by its name.
     using Run = int (*)(const CommandSet&, Console&);
-    static constexpr std::pair<const char*, Run> kRuns[] = {
+    static const std::map<std::string, Run> kRuns{
         {"score", [](const CommandSet& set, Console& out) { return RunScore(set.score, out); }},
         {"curve", [](const CommandSet& set, Console& out) { return RunCurve(set.curve, out); }},
         {"explain",
@@ -110,20 +114,54 @@ int RunCommandLine(int argumentCount, char** arguments, Console& console)
     CommandSet commands;
     CLI::App& program = commands.Program();
     try {
-        program.parse(argumentCount, arguments);
+        // The parser takes them from the end.
+        program.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::Success& asked) {  // --help and --version
         std::ostringstream out;
         program.exit(asked, out, out);
         PrintOut(out.str());
         return kExitDone;
     } catch (const CLI::ParseError& wrong) {
-        const std::vector<std::string> given(arguments + 1, arguments + argumentCount);
-        RefuseArguments(program, given, wrong);
+        RefuseArguments(program, arguments, wrong);
     }
-    for (const auto& [name, run] : kRuns) {
-        if (program.got_subcommand(name)) return run(commands, console);
+    return kRuns.at(program.get_subcommands().front()->get_name())(commands, console);
+}
+
+int ExitCodeOf(const std::function<int()>& run, Console& console)
+{
+    try {
+        return run();
+    } catch (const UsageError& wrong) {
+        console.SayError(wrong.what(),
+                         "velscore --help and velscore COMMAND --help tell the usage.");
+        return kExitUsage;
+    } catch (const Failure& failure) {
+        console.SayFailure(failure);
+        return static_cast<int>(failure.Kind());
+    } catch (const std::bad_alloc&) {
+        console.SayError("there is no memory left");
+    } catch (const std::exception& defect) {
+        console.SayError(
+            std::string("internal error: ") + defect.what(),
+            "This is a defect of velscore; please report it with the model and the row.");
     }
-    throw std::logic_error("a command that nothing runs");
+    return kExitInternal;
+}
+
+int RunProgram(int argumentCount, const char* const* arguments, Console& console)
+{
+    const auto run = [&] {
+        if (const char* trace = std::getenv("VELSCORE_TRACE");
+            trace != nullptr && *trace != '\0' && !SetUpTrace(trace)) {
+            throw UsageError("VELSCORE_TRACE is '" + std::string(trace) +
+                             "', not a level from 0 to 9 or LEVEL:FILE with a file that can be "
+                             "written");
+        }
+        // The first is the program's name, if anybody gave one.
+        return RunCommandLine({arguments + std::min(argumentCount, 1), arguments + argumentCount},
+                              console);
+    };
+    return ExitCodeOf(run, console);
 }
 
 }  // namespace MCVelscore_850

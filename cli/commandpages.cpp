@@ -1,6 +1,9 @@
 #include "cli/commandpages.h"
 
 #include <algorithm>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
 #include <string_view>
 #include <vector>
 
@@ -8,9 +11,13 @@
 #include <fmt/ranges.h>
 #include <CLI/CLI.hpp>
 
+#include "cli/commandset.h"
+
 namespace MCVelscore_850 {
 
 namespace {
+
+namespace fs = std::filesystem;
 
 std::vector<const CLI::App*> CommandsOf(const CLI::App& program)
 {
@@ -159,6 +166,23 @@ std::string ZshAction(const CLI::Option& option)
     const auto words = WordsOf(option);
     if (!words.empty()) return fmt::format(":{}:({})", ZshText(kind), fmt::join(words, " "));
     return fmt::format(":{}:{}", ZshText(kind), TakesFile(option) ? "_files" : " ");
+}
+
+// Empty where there is no such file.
+std::string TextOf(const fs::path& path)
+{
+    std::ifstream file(path);
+    std::ostringstream text;
+    if (file) text << file.rdbuf();
+    return text.str();
+}
+
+void WriteText(const fs::path& path, const std::string& text)
+{
+    fs::create_directories(path.parent_path());
+    std::ofstream file(path);
+    file << text;
+    if (!file.flush()) throw std::runtime_error("can't write " + path.string());
 }
 
 }  // namespace
@@ -320,6 +344,21 @@ std::string FishCompletion(const CLI::App& program)
         }
     }
     return out;
+}
+
+void WritePages(const fs::path& folder, const fs::path& details)
+{
+    const CommandSet commands;
+    const CLI::App& program = commands.Program();
+    WriteText(folder / "man1/velscore.1", ProgramManPage(program, VELSCORE_VERSION));
+    for (const std::string& name : commands.Names()) {
+        WriteText(folder / "man1" / ("velscore-" + name + ".1"),
+                  CommandManPage(*program.get_subcommand(name), VELSCORE_VERSION,
+                                 TextOf(details / (name + ".roff"))));
+    }
+    WriteText(folder / "velscore.bash", BashCompletion(program));
+    WriteText(folder / "_velscore", ZshCompletion(program));
+    WriteText(folder / "velscore.fish", FishCompletion(program));
 }
 
 }  // namespace MCVelscore_850

@@ -1,6 +1,7 @@
 #ifndef VELSCORE_CLI_COMMANDPAGES_H
 #define VELSCORE_CLI_COMMANDPAGES_H
 
+#include <filesystem>
 #include <string>
 
 namespace CLI {
@@ -23,6 +24,12 @@ std::string ProgramManPage(const CLI::App& program, const std::string& version);
 std::string BashCompletion(const CLI::App& program);
 std::string ZshCompletion(const CLI::App& program);
 std::string FishCompletion(const CLI::App& program);
+
+/// Writes the manual pages and completions of the whole command line into `folder`, which is made:
+/// man1/velscore.1 and man1/velscore-NAME.1, velscore.bash, _velscore and velscore.fish. `details`
+/// is a folder that may hold NAME.roff for the command NAME. Throws std::runtime_error or
+/// std::filesystem::filesystem_error for what can't be written.
+void WritePages(const std::filesystem::path& folder, const std::filesystem::path& details);
 
 }  // namespace MCVelscore_850
 

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -62,11 +63,10 @@ void Console::SayFindings(const LoadedModel& model)
     for (const std::string& line : FindingLines(model.DocumentFindings(), model.File())) Say(line);
 }
 
-void Console::ShowProgress(const Progress& progress)
+void Console::ShowProgress(const Progress& progress, Clock::time_point now)
 {
     using namespace std::chrono_literals;
     if (!terminal_ && !wanted_) return;
-    const Clock::time_point now = Clock::now();
     if (terminal_ ? now - started_ < 1s || now - shown_ < 100ms
                   : now - std::max(started_, shown_) < 10s) {
         return;
@@ -89,6 +89,17 @@ void Console::ClearProgress()
 {
     if (progressShown_) Put("\r\033[K");
     progressShown_ = false;
+}
+
+// What is meant for a closed stream would land in the file that got its number. What takes its place
+// is open in the other direction only.
+void HoldStandardStreams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(stream, F_GETFD) < 0) {
+            ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
 }
 
 void PrintOut(std::string_view text)

@@ -16,6 +16,8 @@ class LoadedModel;
 /// terminal and without NO_COLOR.
 class Console {
 public:
+    using Clock = std::chrono::steady_clock;
+
     Console();
     ~Console();
 
@@ -35,14 +37,12 @@ public:
 
     /// Shows how far a long work is: on a terminal a bar, after the first second; elsewhere, if
     /// that is wanted, a line each ten seconds.
-    void ShowProgress(const Progress& progress);
+    void ShowProgress(const Progress& progress, Clock::time_point now = Clock::now());
     /// Progress is shown where no terminal is, too.
     void WantProgress() { wanted_ = true; }
     void ClearProgress();
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     bool terminal_;
     bool colour_;
     bool wanted_ = false;
@@ -50,6 +50,10 @@ private:
     Clock::time_point started_ = Clock::now();
     Clock::time_point shown_{};
 };
+
+/// Opens what stands for a standard stream that is closed, whose number would go to the next file
+/// opened. What takes its place fails as the closed one does.
+void HoldStandardStreams();
 
 /// Writes to standard output, where the data goes. Throws Failure (RefuseOutput) when it can't be
 /// written; once the reader of a pipe went away, the rest is dropped quietly.
