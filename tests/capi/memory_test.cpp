@@ -133,14 +133,21 @@ TEST(OutOfMemory, WhileArraysAreBoundAndScoredIsACode)
     ExpectSurvives([&](velscore_error* error) { return ScoreColumns(model, error); });
 }
 
+// A column of numbers and one of texts, of one letter, another and six more.
+struct LentColumns {
+    const char* number = "x";
+    const char* text = "sex";
+    const char* texts = "mfnobody";
+};
+
 // A table that is lent: to export and release it takes no memory.
 struct LentTable {
-    LentTable()
+    explicit LentTable(const LentColumns& columns = {}) : texts(columns.texts)
     {
         children[0] = Array(3, numberBuffers, 2);
         children[1] = Array(3, textBuffers, 3);
-        schemas[0] = Schema("g", "x");
-        schemas[1] = Schema("u", "sex");
+        schemas[0] = Schema("g", columns.number);
+        schemas[1] = Schema("u", columns.text);
         schema = Schema("+s", "");
         schema.n_children = 2;
         schema.children = schemaPointers;
@@ -168,7 +175,7 @@ struct LentTable {
 
     const double numbers[3] = {1.0, 2.0, 3.0};
     const int32_t offsets[4] = {0, 1, 2, 8};
-    const char* const texts = "mfnobody";
+    const char* const texts;
     const void* none[1] = {nullptr};
     const void* numberBuffers[2] = {nullptr, numbers};
     const void* textBuffers[3] = {nullptr, offsets, texts};
@@ -195,13 +202,15 @@ TEST(OutOfMemory, WhileTablesAreBoundAndScoredIsACode)
 // A stream's function: scores, explanations, curves.
 using StreamFunction = decltype(velscore_score)*;
 
-// The stream of a table through one; what get_next of it fails for is told as a code.
-int ReadThrough(StreamFunction function, const Model& model, velscore_error* error)
+// The stream of a table through one; what get_next of it fails for is told as a code. Counts the
+// lines that come out.
+int ReadThrough(StreamFunction function, const Model& model, const LentColumns& columns,
+                int64_t& lines, velscore_error* error)
 {
     struct Lent {
         LentTable table;
         bool given = false;
-    } lent;
+    } lent{LentTable(columns)};
     ArrowArrayStream in{};
     in.get_schema = [](ArrowArrayStream* self, ArrowSchema* out) {
         *out = static_cast<Lent*>(self->private_data)->table.schema;
@@ -224,6 +233,7 @@ int ReadThrough(StreamFunction function, const Model& model, velscore_error* err
     for (ArrowArray table{}; failed == 0;) {
         failed = out.get_next(&out, &table);
         if (failed != 0 || table.release == nullptr) break;
+        lines += table.length;
         table.release(&table);
     }
     EXPECT_TRUE(failed == 0 || failed == ENOMEM) << failed;
@@ -240,9 +250,26 @@ TEST(OutOfMemory, WhileAStreamIsReadIsAnErrorOfIt)
 {
     Model model;
     ASSERT_EQ(Open(TestModel().Text(), model, nullptr), 0);
+    int64_t lines = 0;
     for (const StreamFunction function : {velscore_score, velscore_explain}) {
-        ExpectSurvives([&](velscore_error* error) { return ReadThrough(function, model, error); });
+        ExpectSurvives(
+            [&](velscore_error* error) { return ReadThrough(function, model, {}, lines, error); });
     }
+}
+
+// Strata of two and of three steps; the third row is of neither, and has one line.
+TEST(OutOfMemory, WhileCurvesAreReadIsAnErrorOfTheStream)
+{
+    const std::string path = MCVelscore_850::DataFile("published/cox-strata.pmml");
+    Model model;
+    ASSERT_EQ(velscore_open(path.c_str(), nullptr, &model.own, nullptr), 0);
+    const LentColumns columns{"dose", "ward", "12nobody"};
+    int64_t lines = 0;
+    ASSERT_EQ(ReadThrough(velscore_curve, model, columns, lines, nullptr), 0);
+    EXPECT_EQ(lines, 2 + 3 + 1);
+    ExpectSurvives([&](velscore_error* error) {
+        return ReadThrough(velscore_curve, model, columns, lines, error);
+    });
 }
 
 // A text that a function gives; the caller frees it.
