@@ -14,7 +14,7 @@ namespace MCVelscore_850 {
 // can know an option that the other doesn't.
 
 /// The manual page of one command in roff, velscore-score(1): name, synopsis, options by group, and
-/// what --help says at its end. `details`, roff too, stands before the options; may be empty.
+/// what --help says at its end. `details`, roff too, stands behind the options; may be empty.
 std::string CommandManPage(const CLI::App& command, const std::string& version,
                            const std::string& details);
 /// The manual page velscore(1), of the program with its commands.

@@ -89,7 +89,8 @@ void AddDocumentOptions(CLI::App* command, DocumentArguments& document)
                   "given again",
                   "RULE");
     AddText(command, "--plugin", document.plugin,
-            "The plug-in's library, instead of the one beside the program", "FILE");
+            "The plug-in's library, instead of the one beside the program", "FILE")
+        ->check(NotEmpty());
 }
 
 // The headings of the options of `score` and `curve`.
@@ -365,9 +366,11 @@ void DefineVerify(CLI::App* command, VerifyArguments& verify)
     AddText(command, "--emit", verify.emit,
             "Instead of verifying, write the document with these cases and their scores as its "
             "records",
-            "CASES");
+            "CASES")
+        ->check(NotEmpty());
     AddText(command, "-o,--out", verify.output,
-            "Where that document goes; - or nothing is standard output", "FILE");
+            "Where that document goes; - or nothing is standard output", "FILE")
+        ->check(NotEmpty());
     AddDocumentOptions(command, verify.document);
     command->footer(
         "Examples:\n  velscore verify model.pmml\n"
@@ -383,7 +386,8 @@ void DefineConvert(CLI::App* command, ConvertArguments& convert)
             "The model document, in the older form or a RegressionModel; - is standard input")
         ->required();
     AddText(command, "-o,--out", convert.output,
-            "Where the PMML document goes; - or nothing is standard output", "FILE");
+            "Where the PMML document goes; - or nothing is standard output", "FILE")
+        ->check(NotEmpty());
     AddDocumentOptions(command, convert.document);
     command->footer(
         "Example:\n  velscore convert old.xml -o new.pmml\n\n"
@@ -394,8 +398,10 @@ void DefineDiff(CLI::App* command, DiffArguments& diff)
 {
     command->add_option("A", diff.first, "A model document; - is standard input")->required();
     command->add_option("B", diff.second, "The model document to compare it with")->required();
-    command->add_option("CASES", diff.cases,
-                        "A table of cases, whose scores by both models are compared too");
+    command
+        ->add_option("CASES", diff.cases,
+                     "A table of cases, whose scores by both models are compared too")
+        ->check(NotEmpty());
     command->add_flag("--json", diff.json, "The report as JSON");
     DefineTable(command, diff.table, "in the cases");
     command->get_option("--no-header")

@@ -91,8 +91,8 @@ void Console::ClearProgress()
     progressShown_ = false;
 }
 
-// What is meant for a closed stream would land in the file that got its number. What takes its place
-// is open in the other direction only.
+// What is meant for a closed stream would land in the file that got its number. What takes its
+// place is open in the other direction only.
 void HoldStandardStreams()
 {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {

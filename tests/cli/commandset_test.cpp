@@ -359,6 +359,10 @@ TEST(CommandSet, TextsOutOfRangeAreRefused)
         {{"score", "m", "--summary", ""}, "--summary: the text is empty"},
         {{"explain", "m", "c", "--baseline", ""}, "--baseline: the text is empty"},
         {{"check", "m", "--fix", "-o", ""}, "--out: the text is empty"},
+        {{"verify", "m", "--emit", "c", "-o", ""}, "--out: the text is empty"},
+        {{"verify", "m", "--emit", ""}, "--emit: the text is empty"},
+        {{"convert", "m", "-o", ""}, "--out: the text is empty"},
+        {{"diff", "m", "n", ""}, "CASES: the text is empty"},
     };
     for (const Refused& refused : kRefused) {
         SCOPED_TRACE(fmt::format("{}", fmt::join(refused.arguments, " ")));
@@ -367,6 +371,13 @@ TEST(CommandSet, TextsOutOfRangeAreRefused)
         EXPECT_EQ(run.out, "");
         EXPECT_NE(run.err.find(refused.told), std::string::npos) << run.err;
     }
+}
+
+// A run in process names a plug-in itself.
+TEST(CommandSet, APluginWithoutANameIsRefused)
+{
+    CommandSet set;
+    EXPECT_THROW(Parse(set, {"score", "m", "--plugin", ""}), CLI::ValidationError);
 }
 
 TEST(CommandSet, HintsStandBehindTheSentenceTheyBelongTo)
