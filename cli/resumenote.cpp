@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <string_view>
+#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -49,10 +51,11 @@ Json TableJson(const std::string& path)
     return {{"file", path}, {"bytes", size}, {"sha256", sums}};
 }
 
-// What the output depends on beside document and tables.
-Json OptionsJson(const ScoreArguments& of, bool curves)
+// What the output depends on beside document and tables. A file of --map may have changed, so what
+// was read from it counts.
+Json OptionsJson(const ScoreArguments& of, const ScoringOptions& understood)
 {
-    Json options{{"curves", curves},
+    Json options{{"curves", understood.curves},
                  {"explains", of.explains},
                  {"policy", of.policy},
                  {"keep", of.keep},
@@ -64,13 +67,16 @@ Json OptionsJson(const ScoreArguments& of, bool curves)
                  {"decimal", of.decimal},
                  {"format", of.format},
                  {"compress", of.compress},
-                 {"map", of.mappings},
+                 {"map", Json::array()},
                  {"na", of.missingTexts},
                  {"rejects", of.rejects},
                  {"digits", of.digits},
                  {"noHeader", of.noHeader},
                  {"predictionOnly", of.predictionOnly},
                  {"asIs", of.document.asIs}};
+    for (const auto& [name, column] : understood.columnOf) {
+        options["map"].push_back({name, column});
+    }
     options["level"] = of.level ? Json(*of.level) : Json();
     options["times"] = of.times ? Json(*of.times) : Json();
     options["wide"] = of.wide;
@@ -90,18 +96,14 @@ RowWriter::Position WrittenOf(const Json& json)
 Json CaseJson(const NotScored::Case& each)
 {
     Json json{{"table", each.table}, {"row", each.row}};
-    // Bytes of a table, which may be no text.
-    if (each.text) json["text"] = std::vector<uint8_t>(each.text->begin(), each.text->end());
+    if (each.text) json["text"] = *each.text;
     return json;
 }
 
 NotScored::Case CaseOf(const Json& json)
 {
     NotScored::Case each{json.at("table"), json.at("row")};
-    if (json.contains("text")) {
-        const std::vector<uint8_t> bytes = json.at("text");
-        each.text.emplace(bytes.begin(), bytes.end());
-    }
+    if (json.contains("text")) each.text = json.at("text").get<std::string>();
     return each;
 }
 
@@ -138,13 +140,9 @@ Json UnlistedJson(const std::vector<UnlistedValues>& columns)
 {
     Json unlisted = Json::array();
     for (const UnlistedValues& values : columns) {
-        Json first = Json::array();
-        for (const std::string& text : values.first) {
-            first.push_back(std::vector<uint8_t>(text.begin(), text.end()));
-        }
         unlisted.push_back({{"column", values.column},
                             {"count", values.count},
-                            {"first", std::move(first)},
+                            {"first", values.first},
                             {"oneMayBeReference", values.oneMayBeReference}});
     }
     return unlisted;
@@ -158,10 +156,7 @@ std::vector<UnlistedValues> UnlistedOf(const Json& json)
         values.column = each.at("column");
         values.count = each.at("count");
         values.oneMayBeReference = each.at("oneMayBeReference");
-        for (const Json& text : each.at("first")) {
-            const std::vector<uint8_t> bytes = text;
-            values.first.emplace_back(bytes.begin(), bytes.end());
-        }
+        values.first = each.at("first").get<std::vector<std::string>>();
     }
     return columns;
 }
@@ -189,6 +184,66 @@ RunPosition PositionOf(const Json& json)
     return position;
 }
 
+// JSON is UTF-8, and names and texts may be in any encoding: each byte stands as a character, that
+// of Latin-1.
+std::string CharactersOf(std::string_view bytes)
+{
+    std::string text;
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80U) {
+            text += c;
+        } else {
+            text += static_cast<char>(0xC0U | (byte >> 6U));
+            text += static_cast<char>(0x80U | (byte & 0x3FU));
+        }
+    }
+    return text;
+}
+
+std::string BytesOf(std::string_view characters)
+{
+    std::string bytes;
+    for (size_t i = 0; i < characters.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(characters[i]);
+        if (byte < 0x80U || i + 1 == characters.size()) {
+            bytes += characters[i];
+        } else {
+            const auto next = static_cast<unsigned char>(characters[++i]);
+            bytes += static_cast<char>(((byte & 0x03U) << 6U) | (next & 0x3FU));
+        }
+    }
+    return bytes;
+}
+
+// With every text in it as `recode` has it.
+Json Recoded(Json json, std::string (*recode)(std::string_view))
+{
+    if (json.is_string()) return recode(json.get_ref<const std::string&>());
+    if (json.is_structured()) {
+        for (Json& each : json) each = Recoded(std::move(each), recode);
+    }
+    return json;
+}
+
+// A note as it stands in its file: a line that ends with its own digest.
+std::string LineOf(const Json& note)
+{
+    const std::string text = Recoded(note, CharactersOf).dump();
+    return text + " " + Sha256Of(text) + "\n";
+}
+
+// Throws Json::exception for what is no note. What was written over in part, by a machine that went
+// down say, may well be JSON: its digest tells.
+Json NoteOf(const std::string& line)
+{
+    const size_t end = line.rfind(' ');
+    const std::string text = line.substr(0, end);
+    const Json note = Json::parse(text);
+    const bool isWhole = end != std::string::npos && line.substr(end + 1) == Sha256Of(text);
+    return isWhole ? Recoded(note, BytesOf) : Json();
+}
+
 bool IsThere(const RowWriter::Position& position)
 {
     return position.part.empty() || ::access(position.part.c_str(), F_OK) == 0;
@@ -206,15 +261,16 @@ std::string DifferenceOf(const Json& noted, const Json& run)
 }  // namespace
 
 ResumeNote::ResumeNote(const ScoreArguments& arguments, const std::vector<std::string>& tables,
-                       bool curves, const LoadedModel& model)
+                       const ScoringOptions& options, const LoadedModel& model)
     : path_(arguments.output + ".resume")
 {
     Json all = Json::array();
     for (const std::string& table : tables) all.push_back(TableJson(table));
+    if (!arguments.baselineTable.empty()) all.push_back(TableJson(arguments.baselineTable));
     run_ = {{"version", VELSCORE_VERSION},
             {"document", model.Sha256()},
             {"tables", std::move(all)},
-            {"options", OptionsJson(arguments, curves)}};
+            {"options", OptionsJson(arguments, options)}};
 }
 
 ResumeNote::~ResumeNote()
@@ -231,7 +287,7 @@ bool ResumeNote::Load(RunPosition& position) const
     const size_t end = text.find('\n');
     if (end == std::string::npos) return false;
     try {
-        const Json note = Json::parse(text.substr(0, end));
+        const Json note = NoteOf(text.substr(0, end));
         const std::string difference = DifferenceOf(note.at("run"), run_);
         if (!difference.empty()) {
             throw Failure(FailureKind::Usage, kOtherRun, {path_, difference});
@@ -252,8 +308,7 @@ void ResumeNote::Save(const RunPosition& position)
     }
     if (descriptor_ < 0) return;
     // A line in one call; what is behind it of a longer one before means nothing.
-    const std::string line =
-        Json{{"run", run_}, {"position", PositionJson(position)}}.dump() + "\n";
+    const std::string line = LineOf({{"run", run_}, {"position", PositionJson(position)}});
     if (::pwrite(descriptor_, line.data(), line.size(), 0) != static_cast<ssize_t>(line.size())) {
         Remove();
     }

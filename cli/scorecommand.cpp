@@ -79,7 +79,7 @@ int TableRun::Run(const CompleteOptions& complete)
 
     CatchStopSignals();
     RefuseOutputs(tables);
-    if (canResume) note_.emplace(arguments_, tables, options_.curves, *model_);
+    if (canResume) note_.emplace(arguments_, tables, options_, *model_);
     try {
         session_.emplace(*model_, tables, options_, &StopRequested());
         Score();
@@ -126,10 +126,13 @@ bool TableRun::CanResume(const std::vector<std::string>& tables) const
 {
     // A table that isn't there is told as that.
     if (arguments_.resume) std::for_each(tables.begin(), tables.end(), RefuseUnreadable);
-    uint64_t size = 0;
-    const bool areFiles = std::all_of(tables.begin(), tables.end(), [&](const auto& table) {
+    const auto isFile = [](const std::string& table) {
+        uint64_t size = 0;
         return table != "-" && IsRegularFile(table, size);
-    });
+    };
+    const std::string& baseline = arguments_.baselineTable;
+    const bool areFiles =
+        std::all_of(tables.begin(), tables.end(), isFile) && (baseline.empty() || isFile(baseline));
     const bool can = areFiles && arguments_.output != "-" && arguments_.rejects != "-";
     if (arguments_.resume && !can) {
         throw UsageError(

@@ -132,6 +132,17 @@ TEST_F(Explain, ComparesWithABaseline)
     }
 }
 
+// What a baseline was made of can't be compared where it was a stream.
+TEST_F(Explain, WithABaselineFromAStreamCannotBeResumed)
+{
+    const Answered run =
+        RunInProcess({"explain", model_, folder_.Write("cases.csv", "x,sex\n3,m\n"), "--long",
+                      "--baseline", "mean@-", "--resume", "-o", folder_.Path("o.csv")},
+                     "x,sex\n1,f\n");
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_NE(run.err.find("--resume goes on with a file"), std::string::npos) << run.err;
+}
+
 struct Refused {
     Texts options;
     const char* told;

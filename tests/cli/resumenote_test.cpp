@@ -11,7 +11,9 @@
 #include <unistd.h>
 
 #include "cli/commands.h"
+#include "cli/scoringarguments.h"
 #include "engine/documents/loadedmodel.h"
+#include "engine/messages/digest.h"
 #include "engine/messages/failure.h"
 #include "host/messages/messages.h"
 #include "tests/cli/inprocess.h"
@@ -57,13 +59,13 @@ protected:
     bool HasNote() const { return fs::exists(fs::symlink_status(NotePath())); }
     void SaveOne() const
     {
-        ResumeNote note(arguments_, tables_, false, model_);
+        ResumeNote note(arguments_, tables_, options_, model_);
         note.Save(Position());
         EXPECT_TRUE(note.IsSaved());
     }
     bool Loads(RunPosition& position) const
     {
-        return ResumeNote(arguments_, tables_, false, model_).Load(position);
+        return ResumeNote(arguments_, tables_, options_, model_).Load(position);
     }
     bool Loads() const
     {
@@ -76,7 +78,9 @@ protected:
     {
         try {
             RunPosition position;
-            ResumeNote(arguments, tables, curves, model_).Load(position);
+            ScoringOptions options = OptionsOf(arguments);
+            options.curves = curves;
+            ResumeNote(arguments, tables, options, model_).Load(position);
         } catch (const Failure& refusal) {
             return (refusal.Kind() == FailureKind::Usage ? "" : "not usage: ") +
                    std::string(refusal.what());
@@ -93,6 +97,7 @@ protected:
     const std::vector<std::string> tables_;
     const LoadedModel model_;
     ScoreArguments arguments_;
+    const ScoringOptions options_ = OptionsOf(arguments_);
 };
 
 TEST_F(Resumed, WhatIsSavedIsLoaded)
@@ -134,7 +139,7 @@ TEST_F(Resumed, WhatIsSavedIsLoaded)
 
 TEST_F(Resumed, ALaterNoteStandsInThePlaceOfALongerOne)
 {
-    ResumeNote note(arguments_, tables_, false, model_);
+    ResumeNote note(arguments_, tables_, options_, model_);
     note.Save(Position());
     RunPosition shorter = Position();
     shorter.report.notScored.clear();
@@ -149,7 +154,7 @@ TEST_F(Resumed, ALaterNoteStandsInThePlaceOfALongerOne)
 
 TEST_F(Resumed, ANoteGoesAwayWithItsRun)
 {
-    ResumeNote note(arguments_, tables_, false, model_);
+    ResumeNote note(arguments_, tables_, options_, model_);
     note.TakeBack();
     EXPECT_FALSE(HasNote());
     note.Save(Position());
@@ -218,6 +223,7 @@ TEST_F(Resumed, EachOptionThatTheOutputDependsOnMakesAnotherRun)
 
 TEST_F(Resumed, OptionsThatTheOutputDoesNotDependOnMayChange)
 {
+    arguments_.rejects = folder_.Path("r.csv");
     SaveOne();
     ScoreArguments other = arguments_;
     other.threads = 7;
@@ -242,7 +248,7 @@ TEST_F(Resumed, LargeTablesAreToldByBothEnds)
 {
     std::string text(200'000, ' ');
     const std::vector<std::string> large{folder_.Write("large.csv", text)};
-    ResumeNote note(arguments_, large, false, model_);
+    ResumeNote note(arguments_, large, options_, model_);
     note.Save(Position());
     for (const auto& [place, isTold] : std::map<size_t, bool>{{0, true},
                                                               {65'535, true},
@@ -267,7 +273,7 @@ TEST_F(Resumed, AnotherDocumentMakesAnotherRun)
                             std::make_shared<const Plugin>(VELSCORE_TEST_PLUGIN), {.digest = true});
     RunPosition position;
     try {
-        ResumeNote(arguments_, tables_, false, model).Load(position);
+        ResumeNote(arguments_, tables_, options_, model).Load(position);
         FAIL();
     } catch (const Failure& refusal) {
         EXPECT_EQ(refusal.what(), OtherRun("document"));
@@ -277,12 +283,64 @@ TEST_F(Resumed, AnotherDocumentMakesAnotherRun)
 TEST_F(Resumed, ATableThatIsNotThereIsAFailureOfTheCases)
 {
     try {
-        const ResumeNote note(arguments_, {folder_.Path("none.csv")}, false, model_);
+        const ResumeNote note(arguments_, {folder_.Path("none.csv")}, options_, model_);
         FAIL();
     } catch (const Failure& refusal) {
         EXPECT_EQ(refusal.Kind(), FailureKind::Cases);
         EXPECT_EQ(refusal.Code(), kCasesNotRead);
     }
+}
+
+// What a file of --map holds counts, not its name.
+TEST_F(Resumed, AnotherFileOfColumnsMakesAnotherRun)
+{
+    arguments_.mappings = {"@" + folder_.Write("map.txt", "x=X\n")};
+    ResumeNote note(arguments_, tables_, OptionsOf(arguments_), model_);
+    note.Save(Position());
+    EXPECT_EQ(Refusal(), "");
+    folder_.Write("map.txt", "x=Y\n");
+    EXPECT_EQ(Refusal(), OtherRun("options"));
+    arguments_.mappings = {"x=X"};
+    EXPECT_EQ(Refusal(), "");
+}
+
+TEST_F(Resumed, AnotherTableOfTheBaselineMakesAnotherRun)
+{
+    arguments_.baselineTable = folder_.Write("baseline.csv", "x,sex\n1,f\n");
+    SaveOne();
+    EXPECT_EQ(Refusal(), "");
+    folder_.Write("baseline.csv", "x,sex\n2,f\n");
+    EXPECT_EQ(Refusal(), OtherRun("tables"));
+}
+
+// Names and texts may be in any encoding: each byte is kept.
+TEST_F(Resumed, BytesOfAnyEncodingAreKept)
+{
+    std::string bytes;
+    for (int byte = 1; byte < 256; ++byte) {
+        if (byte != '/') bytes += static_cast<char>(byte);
+    }
+    arguments_.keep = {bytes};
+    arguments_.mappings = {"caf\xE9=" + bytes};
+    const std::vector<std::string> tables{folder_.Write("caf\xE9.csv", "x,sex\n1,f\n")};
+    RunPosition saved = Position();
+    saved.output.part = folder_.Write(bytes, "prediction\n3\n");
+    saved.report.Note(90029, bytes, {0, 9, bytes});
+    saved.unlisted = {{bytes, 1, {bytes}, false}};
+    const ScoringOptions options = OptionsOf(arguments_);
+    {
+        ResumeNote note(arguments_, tables, options, model_);
+        note.Save(saved);
+    }
+    RunPosition position;
+    ASSERT_TRUE(ResumeNote(arguments_, tables, options, model_).Load(position));
+    EXPECT_EQ(position.output.part, saved.output.part);
+    EXPECT_EQ(position.unlisted[0].column, bytes);
+    EXPECT_EQ(position.unlisted[0].first, std::vector{bytes});
+    ASSERT_EQ(position.report.notScored.count(NotScoredReason{90029, bytes}), 1u);
+    EXPECT_EQ(position.report.notScored.at({90029, bytes}).first[0].text, bytes);
+    arguments_.keep = {bytes + "\xE9"};
+    EXPECT_EQ(Refusal(arguments_, tables), OtherRun("options"));
 }
 
 // A note as it stands in the file, changed.
@@ -295,7 +353,8 @@ struct Spoilt {
 TEST_F(Resumed, NotesOfAnotherVersionOrFormAreRefused)
 {
     SaveOne();
-    const Json saved = Json::parse(ReadFile(NotePath()));
+    const std::string line = ReadFile(NotePath());
+    const Json saved = Json::parse(line.substr(0, line.rfind(' ')));
     const Spoilt kSpoilt[] = {
         {"version", [](Json& note) { note["run"]["version"] = "0.0"; }, "version"},
         {"no version", [](Json& note) { note["run"].erase("version"); }, "version"},
@@ -311,10 +370,19 @@ TEST_F(Resumed, NotesOfAnotherVersionOrFormAreRefused)
     for (const Spoilt& spoilt : kSpoilt) {
         Json note = saved;
         spoilt.spoil(note);
-        folder_.Write("o.csv.resume", note.dump() + "\n");
+        const std::string text = note.dump();
+        folder_.Write("o.csv.resume", text + " " + Sha256Of(text) + "\n");
         EXPECT_EQ(Refusal(), OtherRun(spoilt.what)) << spoilt.about;
     }
     for (const char* text : {"{}\n", "[]\n", "null\n", "not JSON\n", "\n", "{\"run\":\n"}) {
+        folder_.Write("o.csv.resume", text);
+        EXPECT_EQ(Refusal(), OtherRun("form")) << text;
+    }
+    // One that was written over in part, though it may read well: in its digits alone it shows.
+    const size_t digit = line.find("\"offset\":12") + 9;
+    std::string torn = line;
+    torn[digit] = '9';
+    for (const std::string& text : {torn, saved.dump() + "\n", saved.dump() + " \n"}) {
         folder_.Write("o.csv.resume", text);
         EXPECT_EQ(Refusal(), OtherRun("form")) << text;
     }
@@ -338,7 +406,7 @@ TEST_F(Resumed, ANoteThatCannotBeWrittenIsLetGo)
     // No link is followed, wherever it leads.
     fs::create_symlink(folder_.Write("target", "kept"), NotePath());
     {
-        ResumeNote note(arguments_, tables_, false, model_);
+        ResumeNote note(arguments_, tables_, options_, model_);
         note.Save(Position());
         EXPECT_FALSE(note.IsSaved());
         EXPECT_EQ(ReadFile(folder_.Path("target")), "kept");
@@ -347,7 +415,7 @@ TEST_F(Resumed, ANoteThatCannotBeWrittenIsLetGo)
     // What can't be written at a place, as a pipe can't, is removed.
     ASSERT_EQ(::mkfifo(NotePath().c_str(), 0600), 0);
     const int reader = ::open(NotePath().c_str(), O_RDONLY | O_NONBLOCK);
-    ResumeNote note(arguments_, tables_, false, model_);
+    ResumeNote note(arguments_, tables_, options_, model_);
     note.Save(Position());
     EXPECT_FALSE(note.IsSaved());
     EXPECT_FALSE(HasNote());

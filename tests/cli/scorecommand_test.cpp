@@ -213,6 +213,17 @@ TEST_F(Score, OfNoRowsLeavesNothing)
     EXPECT_EQ(Leftovers(), 0u);
 }
 
+// Names may be in any encoding, and so may those of a run that can be gone on with.
+TEST_F(Score, EndsEarlyOfATableWhoseNameIsNoUtf8)
+{
+    const std::string cases = folder_.Write("caf\xE9.csv", TornTable(3));
+    const Texts run{"score", model_, cases, "--prediction-only", "-o", Path("o.csv")};
+    const Answered early = RunInProcess(run);
+    EXPECT_EQ(early.exitCode, 3);
+    EXPECT_NE(early.err.find("--resume would go on with them"), std::string::npos) << early.err;
+    EXPECT_EQ(RunInProcess(run + Texts{"--resume"}).exitCode, 3);
+}
+
 TEST_F(Score, GoesOnWithARunThatEndedEarly)
 {
     const Texts options{"-o", Path("o.csv"), "--rejects", Path("r.csv")};
