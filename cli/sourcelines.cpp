@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "engine/messages/visibletext.h"
+#include "engine/tables/fileform.h"
 
 namespace MCVelscore_850 {
 
@@ -13,7 +14,6 @@ constexpr size_t kShown = 100;
 // What stays before the place, of a line that is cut.
 constexpr size_t kBefore = 30;
 constexpr std::string_view kCut = "...";
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
