@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "capi/include/velscore.h"
+#include "capi/include/velscore_arrow.h"
 
 // Arrow's structures as another program would make them, by hand, so that a test can get any part
 // of them wrong; and what came back, as plain values.
@@ -351,6 +351,22 @@ inline ReadTables ReadAll(ArrowArrayStream& stream, std::string* error = nullptr
     stream.release(&stream);
     return all;
 }
+
+/// So many times the same text.
+inline MadeArray Same(const std::string& name, const std::string& text, size_t rows)
+{
+    return Texts(name, std::vector<std::optional<std::string>>(rows, text));
+}
+
+/// The numbers of a column that came back; kNull for null.
+inline std::vector<double> NumbersOf(const ReadTables& tables, const std::string& name)
+{
+    std::vector<double> numbers;
+    for (const Value& value : tables.Named(name)) numbers.push_back(value.number.value_or(-1e99));
+    return numbers;
+}
+/// What NumbersOf() has where there is no value.
+inline constexpr double kNull = -1e99;
 
 }  // namespace velscore_tests
 

@@ -39,22 +39,6 @@ inline std::string FaultyText()
     return Replaced(TestModel().Text(), "name=\"sex\" usageType", "name=\"sex\" usagetype");
 }
 
-/// So many times the same text.
-inline MadeArray Same(const std::string& name, const std::string& text, size_t rows)
-{
-    return Texts(name, std::vector<std::optional<std::string>>(rows, text));
-}
-
-/// The numbers of a column that came back; kNull for null.
-inline std::vector<double> NumbersOf(const ReadTables& tables, const std::string& name)
-{
-    std::vector<double> numbers;
-    for (const Value& value : tables.Named(name)) numbers.push_back(value.number.value_or(-1e99));
-    return numbers;
-}
-/// What NumbersOf() has where there is no value.
-inline constexpr double kNull = -1e99;
-
 }  // namespace velscore_tests
 
 #endif
