@@ -252,6 +252,11 @@ TEST(ClassificationTargetRule, ClassifiesATargetOfTwoCategories)
           "functionName='regression' distribution='poisson'", "functionName='regression'"}) {
         EXPECT_TRUE(Adapted(Binomial(attributes).Text()).Untouched()) << attributes;
     }
+    // A target of three categories is another matter.
+    Parts three = Binomial("functionName='regression' distribution='binomial'");
+    three.fields.replace(three.fields.find("<Value value='1'/>"), 18,
+                         "<Value value='1'/><Value value='2'/>");
+    EXPECT_TRUE(Adapted(three.Text()).Untouched());
     Parts numeric = Binomial("functionName='regression' distribution='binomial'");
     numeric.fields.replace(numeric.fields.find("categorical"), 11, "continuous");
     EXPECT_TRUE(Adapted(numeric.Text()).Untouched());
@@ -268,6 +273,11 @@ TEST(CategoryOfBetasRule, TakesTheOneThatIsNotTheReference)
     for (const char* reference : {"", "targetReferenceCategory='2'"}) {
         EXPECT_TRUE(Adapted(Binomial(classes + reference).Text()).Untouched()) << reference;
     }
+    // A model of counts has no categories, whatever it calls its reference.
+    EXPECT_TRUE(Adapted(Binomial("functionName='regression' distribution='poisson' "
+                                 "targetReferenceCategory='0'")
+                            .Text())
+                    .Untouched());
     Parts named = Binomial(classes + "targetReferenceCategory='0'");
     named.betas += "<PCell targetCategory='1' parameterName='pa' beta='1'/>";
     EXPECT_TRUE(Adapted(named.Text()).Untouched());
@@ -309,6 +319,13 @@ TEST(ValuesAsIsRule, LeavesOtherTreatments)
           "invalidValueTreatment='asIs' usageType='supplementary'"}) {
         EXPECT_TRUE(Adapted(AsIs(attributes, kInterval + kTexts).Text()).Untouched()) << attributes;
     }
+    // One that takes others already says so once.
+    const std::string accepting =
+        "<DataField name='a' optype='continuous' dataType='double'/>"
+        "<DataField name='f' optype='categorical' dataType='string'><Extension "
+        "extender='velscore' name='unlistedCategories' value='accept'/><Value value='u'/>"
+        "</DataField>";
+    EXPECT_TRUE(Adapted(AsIs("invalidValueTreatment='asIs'", accepting).Text()).Untouched());
     const std::string open = "<DataField name='a' optype='continuous' dataType='double'/>";
     EXPECT_TRUE(Adapted(AsIs("invalidValueTreatment='asIs'", open).Text()).Untouched());
 }

@@ -71,6 +71,11 @@ TEST(BaselineRules, OfTimesAndTables)
           "repeated-baseline", "BaseCumHazardTables"},
          {kExtensions, "<X-BaseCumHazardTable>...</X-BaseCumHazardTable>",
           "<X-BaseCumHazardTable/>", "empty-baseline", "Extension[3]"},
+         // Cells count at any depth of their table.
+         {kExtensions, "<X-BaseCumHazardTable>...</X-BaseCumHazardTable>",
+          "<X-BaseCumHazardTable><X-Part><X-Baseline time=\"5\" cumHazard=\"0.2\"/>"
+          "<X-Baseline time=\"9\" cumHazard=\"0.1\"/></X-Part></X-BaseCumHazardTable>",
+          "falling-baseline", "X-Baseline[2]", "cumHazard", "0.1"},
          {kStrata, "maxTime=\"392\">...</BaselineStratum>", "maxTime=\"392\"/>", "empty-baseline",
           "BaselineStratum[2]", "value", "smallcell"}},
         BaselineRules());
@@ -131,7 +136,16 @@ TEST(BaselineRules, OfOtherFamilies)
     EXPECT_EQ(found[0].ToString(),
               "line 19, column 3: endTimeVariable belongs to Cox regression, and the model is read "
               "as general linear model [cox-part-not-read]");
+    EXPECT_EQ(found[0].attribute, "endTimeVariable");
+    EXPECT_EQ(found[0].found, "time");
     EXPECT_EQ(found[1].element, "BaseCumHazardTables");
+    // Of an Extension it is the name.
+    const std::vector<Finding> extensions =
+        FoundIn(Changed(CaseText(kExtensions), "modelName=\"Cox\"", ""), BaselineRules());
+    ASSERT_FALSE(extensions.empty());
+    EXPECT_EQ(extensions[0].rule->name, "cox-part-not-read");
+    EXPECT_EQ(extensions[0].attribute, "name");
+    EXPECT_EQ(extensions[0].found, "endTimeVariable");
 }
 
 TEST(BaselineRules, OfTimesAndBasePoints)

@@ -639,6 +639,84 @@ TEST(CellFindings, CountAllAndKeepTheFirst)
     EXPECT_EQ(audited.findings.Kept().size(), Findings::kKeptOfRule);
 }
 
+// The last that is kept tells as much as the first.
+TEST(CellFindings, TellTheNearestOfEachThatIsKept)
+{
+    std::string cells;
+    for (size_t i = 0; i < Findings::kKeptOfRule; ++i) {
+        cells += "<PCell parameterName='p44' beta='1'/>";
+    }
+    const Audited audited(After(General().Text(), "<ParamMatrix>", cells));
+    const auto& kept = audited.findings.Kept();
+    ASSERT_EQ(std::count_if(kept.begin(), kept.end(),
+                            [](const Finding& finding) {
+                                return finding.rule->name == "unknown-parameter" &&
+                                       finding.nearWord == "p4" && !finding.expected.empty();
+                            }),
+              static_cast<std::ptrdiff_t>(Findings::kKeptOfRule));
+}
+
+// One that is called like a predictor is its parameter that lacks a cell, wherever the constant
+// stands.
+TEST(CellFindings, TakeNoPredictorsNameForTheConstants)
+{
+    Parts parts = General();
+    parts.parameters =
+        "<Parameter name='x'/><Parameter name='k'/><Parameter name='p1' label='fred'/>"
+        "<Parameter name='p2' label='fgreen'/>";
+    parts.cells =
+        "<PPCell parameterName='p1' predictorName='f' value='red'/>"
+        "<PPCell parameterName='p2' predictorName='f' value='green'/>";
+    parts.betas =
+        "<PCell parameterName='x' beta='1'/><PCell parameterName='k' beta='2'/>"
+        "<PCell parameterName='p1' beta='3'/><PCell parameterName='p2' beta='4'/>";
+    parts.covariances.clear();
+    const Finding finding = Audited(parts.Text()).Of("parameter-without-cell");
+    ASSERT_NE(finding.rule, nullptr) << Audited(parts.Text()).Rules();
+    EXPECT_EQ(finding.found, "x");
+}
+
+// Of a factor that lists no values one level without a beta may be the reference, two can't.
+TEST(CellFindings, OfSeveralLevelsWithoutABeta)
+{
+    Parts parts = General();
+    const std::string values = "<Value value='red'/><Value value='green'/><Value value='blue'/>";
+    parts.fields.erase(parts.fields.find(values), values.size());
+    const std::string text = parts.Text();
+    const std::string one = Replaced(text, "<PCell parameterName='p1' beta='2'/>", "");
+    EXPECT_EQ(Audited(one).findings.CountOf("parameter-without-beta"), 0u);
+    const std::string both = Replaced(one, "<PCell parameterName='p2' beta='3'/>", "");
+    // A third level has a beta.
+    const std::string third =
+        After(After(After(both, "<ParameterList>", "<Parameter name='p5'/>"), "<PPMatrix>",
+                    "<PPCell parameterName='p5' predictorName='f' value='blue'/>"),
+              "<ParamMatrix>", "<PCell parameterName='p5' beta='6'/>");
+    EXPECT_EQ(Audited(third).findings.CountOf("parameter-without-beta"), 2u)
+        << Audited(third).Rules();
+}
+
+// The two betas of another category miss the constant that this one has alone.
+TEST(StrayBeta, IsMissedByACategoryOfTwo)
+{
+    Parts parts = Multinomial();
+    parts.model = "modelType='multinomialLogistic' functionName='classification'";
+    parts.betas =
+        "<PCell targetCategory='b' parameterName='p1' beta='1'/>"
+        "<PCell targetCategory='b' parameterName='p2' beta='1'/>"
+        "<PCell targetCategory='a' parameterName='p0' beta='1'/>";
+    const Finding finding = Audited(parts.Text()).Of("stray-beta");
+    ASSERT_NE(finding.rule, nullptr) << Audited(parts.Text()).Rules();
+    EXPECT_EQ(finding.found, "a");
+}
+
+// In a family without equations of its own for categories a cell may name any, and is told.
+TEST(DesignsOfCategories, AreToldWhateverTheyName)
+{
+    Parts parts = General();
+    parts.cells += "<PPCell parameterName='p4' predictorName='x' value='1' targetCategory='zz'/>";
+    EXPECT_TRUE(Audited(parts.Text()).Has("design-of-category")) << Audited(parts.Text()).Rules();
+}
+
 TEST(CellFindings, LeaveToTheVocabularyWhatIsNoNumberOrNotThere)
 {
     // a place that two cells have, one of them without a number

@@ -17,6 +17,7 @@
 #include "engine/tables/rowreader.h"
 #include "tests/engine/adapted.h"
 #include "tests/engine/auditedfields.h"
+#include "tests/engine/auditrows.h"
 #include "tests/scratchfolder.h"
 
 namespace MCVelscore_850 {
@@ -265,6 +266,20 @@ const Edit kSound[] = {
 
 INSTANTIATE_TEST_SUITE_P(Extensions, SoundExtension, testing::ValuesIn(kSound));
 
+TEST(ExtensionFaults, TellTheNamesThatTheirElementHas)
+{
+    const std::string unknown = "<Extension extender=\"velscore\" name=\"shrinkage\"/>";
+    const auto expected = [&](const std::string& place) {
+        const Audited audited(Edited(kLinear, {place, place + unknown}));
+        return audited.Of("unknown-extension").expected;
+    };
+    EXPECT_EQ(expected("<PPMatrix>"), "none");
+    const std::string ofModel = expected(
+        "<GeneralRegressionModel modelType=\"generalLinear\" functionName=\"regression\">");
+    EXPECT_TRUE(ofModel.starts_with("one of ")) << ofModel;
+    EXPECT_NE(ofModel.find("modelDF"), std::string::npos) << ofModel;
+}
+
 TEST(ExtensionFaults, AreNoneInACoxModelsOwn)
 {
     EXPECT_EQ(Audited(std::string(kCoxDocument)).Rules(), "");
@@ -295,6 +310,34 @@ TEST(ForeignExtension, OfANameThatIsObeyedIsLeftOutAndTold)
         EXPECT_TRUE(adapted.adaptations[0].rule->strict);
         EXPECT_FALSE(adapted.Has("acme"));
     }
+}
+
+// Wherever children are counted a foreign one is gone: behind it stands what is read.
+TEST(ForeignExtension, IsLeftOutOfListsAndMatrices)
+{
+    const std::string foreign = "<Extension extender='acme' name='y'/>";
+    const std::string contrasts = CaseText("blr-birthwt-cutoff");
+    for (const char* place : {"<ParameterList>", "<FactorList>", "<CovariateList>", "<PPMatrix>",
+                              "<Categories>", "<Matrix nbRows=\"3\" nbCols=\"2\">"}) {
+        const Adapted adapted(Edited(contrasts, {place, std::string(place) + foreign}));
+        EXPECT_FALSE(adapted.Has("acme")) << place;
+        EXPECT_EQ(adapted.after, Adapted(contrasts).after) << place;
+    }
+}
+
+// A predictor's contrasts are heeded where a binary model has them.
+TEST(ForeignExtension, OfAPredictorIsToldWhereItsNameIsHeeded)
+{
+    const auto rules = [](const std::string& name) {
+        const std::string predictor = "contrastMatrixType=\"mixed\">";
+        const std::string foreign = "<Extension extender='acme' name='" + name + "'/>";
+        const Adapted adapted(
+            Edited(CaseText("blr-birthwt-cutoff"), {predictor, predictor + foreign}));
+        EXPECT_FALSE(adapted.Has("acme"));
+        return adapted.Rules();
+    };
+    EXPECT_EQ(rules("contrastMatrix"), "foreign-extension");
+    EXPECT_EQ(rules("sigma"), "");
 }
 
 TEST(ForeignExtension, ThatIsObeyedByNobodyIsNotTold)

@@ -4,6 +4,7 @@
 
 #include "engine/documents/loadedmodel.h"
 #include "tests/engine/auditrows.h"
+#include "tests/readers/legacyparts.h"
 #include "tests/scratchfolder.h"
 
 namespace MCVelscore_850 {
@@ -127,6 +128,22 @@ TEST(FamilyRules, OfDistributions)
          {kLogit, "distribution=\"binomial\" linkFunction=\"logit\"",
           "distribution=\"normal\" linkFunction=\"logit\"", "distribution-of-categories", kModel,
           "distribution", "normal"}});
+}
+
+TEST(FamilyRules, NameTheDistributionThatALinkIsAgainst)
+{
+    const auto found =
+        FoundIn(Changed(CaseText(kOffset), "linkFunction=\"log\"", "linkFunction=\"logit\""),
+                FamilyRules());
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_NE(found[0].text.find("poisson"), std::string::npos) << found[0].text;
+}
+
+// Of an ordinal model the distribution is that of its categories.
+TEST(FamilyRules, OfDistributionsOfCategories)
+{
+    ExpectEach({{kOrdinal, "functionName", "distribution=\"multinomial\" functionName"},
+                {kMultinomial, "functionName", "distribution=\"multinomial\" functionName"}});
 }
 
 TEST(FamilyRules, OfOffsetsAndTrials)
@@ -312,6 +329,16 @@ TEST(SoundDocuments, HaveNoFaultOfFamilyBaselineOrContrasts)
             }
         }
     }
+}
+
+// The older form has no modelDF to leave out.
+TEST(MissingDegreesOfFreedom, AreTheNewerForms)
+{
+    LegacyParts parts;
+    parts.head = "target-variable-name='y' model-type='regression'";
+    parts.covariances = "<pcov-cell parameter-row-name='bx' parameter-column-name='bx' value='1'/>";
+    EXPECT_FALSE(Audited(parts.Text()).Has("missing-degrees-of-freedom"));
+    EXPECT_EQ(FoundIn(Changed(CaseText(kLinear), "modelDF=\"41\"", ""), FamilyRules()).size(), 1u);
 }
 
 }  // namespace

@@ -213,6 +213,8 @@ TEST(ReplacementThatIsNoNumber, OfInvalidValuesIsDroppedWithItsTreatment)
     EXPECT_EQ(adapted.Rules(), "replacement-no-number");
     EXPECT_EQ(adapted.adaptations[0].change,
               "invalidValueReplacement \"NA\" of \"x\" is no number and is dropped");
+    EXPECT_TRUE(adapted.adaptations[0].place.path.ends_with("MiningSchema/MiningField[2]"))
+        << adapted.adaptations[0].place.path;
     EXPECT_FALSE(adapted.Has("invalidValue"));
 }
 

@@ -73,6 +73,16 @@ TEST_F(Verification, RecordsHaveWhatTheOutputFieldsReadAndTheTargetOnce)
     EXPECT_TRUE(Verify(model_, made.table).differences.empty());
 }
 
+// Records have the document's own mark, whatever the table has; a text is left as it is.
+TEST_F(Verification, RecordsOfATableWithADecimalComma)
+{
+    TextSource cases("note;f\n2,5;b\n");
+    const MadeVerification made =
+        MakeVerification(model_, cases, {.delimiter = ';', .decimal = ','});
+    EXPECT_EQ(made.table.records,
+              (std::vector<std::vector<std::string>>{{"b", "2.5", "1", "2.5"}}));
+}
+
 // A difference may be a share of the expected number, and what is nearly 0 counts as 0.
 TEST(AgreesWith, CountsRelativelyAndBelowTheThresholdAsZero)
 {
