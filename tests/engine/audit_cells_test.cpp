@@ -709,6 +709,27 @@ TEST(StrayBeta, IsMissedByACategoryOfTwo)
     EXPECT_EQ(finding.found, "a");
 }
 
+// The adapter takes these away, and what was read of them before counts no more.
+TEST(CellFindings, OfCovariancesThatAreGone)
+{
+    Parts parts = Multinomial();
+    parts.covariances =
+        "<PCovCell pRow='p0' pCol='p0' value='1'/><PCovCell pRow='p0' pCol='p0' value='2'/>";
+    const Audited audited(parts.Text());
+    EXPECT_EQ(audited.Rules(Answer::Adapted), "covariance-categories");
+    EXPECT_EQ(audited.Rules(Answer::Fault), "");
+}
+
+// What stands between two cells of one place doesn't hide the second.
+TEST(CellFindings, OfASecondCellBehindOneOfNoPlace)
+{
+    Parts parts = General();
+    parts.covariances =
+        "<PCovCell pRow='p3' pCol='p0' value='1'/><PCovCell pRow='p3' pCol='qq' value='1'/>"
+        "<PCovCell pRow='p3' pCol='p0' value='2'/>";
+    EXPECT_EQ(Audited(parts.Text()).Rules(Answer::Fault), "unknown-parameter contradicting-cells");
+}
+
 // In a family without equations of its own for categories a cell may name any, and is told.
 TEST(DesignsOfCategories, AreToldWhateverTheyName)
 {

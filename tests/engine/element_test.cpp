@@ -54,6 +54,19 @@ TEST_F(ElementView, ChildrenAreWalkedByTagOrAll)
     EXPECT_EQ(all[1].Parent(), a_);
 }
 
+// Up to 47 characters cost no memory of their own; longer ones are names all the same.
+TEST_F(ElementView, NamesMayBeOfAnyLength)
+{
+    for (const size_t size : {1U, 46U, 47U, 48U, 49U, 60U, 500U}) {
+        const std::string name(size, 'x');
+        EXPECT_FALSE(a_.Has(name));
+        a_.SetText(name, "v");
+        EXPECT_EQ(a_.Text(name), "v") << size;
+        EXPECT_TRUE(a_.Append(name).Is(name)) << size;
+        EXPECT_TRUE(a_.Child(name)) << size;
+    }
+}
+
 TEST_F(ElementView, APrefixIsPartOfTheTag)
 {
     EXPECT_FALSE(a_.HasPrefix());

@@ -51,6 +51,20 @@ protected:
     ScratchFolder folder_;
 };
 
+// To finish it once more does nothing.
+TEST_F(OutputFileTest, IsFinishedOnce)
+{
+    const std::string path = Path("a");
+    for (const char* text : {"first", "second"}) {
+        OutputFile file(path);
+        EXPECT_EQ(file.Write(text), 0);
+        file.Finish();
+        file.Finish();
+        EXPECT_EQ(Content(path), text);
+        EXPECT_EQ(Files(), 1U);
+    }
+}
+
 TEST_F(OutputFileTest, IsMadeOrReplaced)
 {
     const std::string path = Path("a");

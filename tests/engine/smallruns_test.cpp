@@ -135,6 +135,20 @@ TEST_F(SmallRun, JsonNumbersAndTextsWithADecimalComma)
               "prediction\n6\n16\n");
 }
 
+// Escapes are undone in each row anew, and a text has its end.
+TEST_F(SmallRun, JsonTextsWithEscapes)
+{
+    ScoringOptions options;
+    options.output.columns = {"prediction"};
+    options.rejects = true;
+    const LoadedModel model = OpenText(TestModel().Text());
+    std::string table;
+    for (int row = 0; row < 4; ++row) table += "{\"x\":1,\"sex\":\"\\u006d\"}\n";
+    table += "{\"x\":\"1\"2,\"sex\":\"m\"}\n{\"x\":1,\"sex\":\"m}\n";
+    EXPECT_EQ(Written(model, table, options, "cases.jsonl"), "prediction\n13\n13\n13\n13\n\n\n");
+    EXPECT_EQ(report_.rejected, 2);
+}
+
 std::string ManyRows(size_t rows)
 {
     std::string table = "x,sex\n";

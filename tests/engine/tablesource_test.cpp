@@ -22,6 +22,13 @@
 namespace MCVelscore_850 {
 namespace {
 
+TEST(ByteSource, ThatIsNoFileHasNoDescriptor)
+{
+    const TextSource text("x");
+    const ByteSource& source = text;
+    EXPECT_EQ(source.Descriptor(), -1);
+}
+
 constexpr size_t kWhole = size_t{1} << 16;
 
 struct Reading {
