@@ -127,6 +127,33 @@ TEST(CsvReader, NulByteIsRefusedAfterTheRowsBefore)
     EXPECT_NE(table.message.find("row 2"), std::string::npos) << table.message;
 }
 
+// A text of which somebody else writes more meanwhile.
+class GrowingSource final : public ByteSource {
+public:
+    explicit GrowingSource(std::string text) : text_(std::move(text)) {}
+    size_t Read(char* buffer, size_t size) override { return text_.Read(buffer, size); }
+    const std::string& Name() const override { return text_.Name(); }
+    bool HasChangedSize() const override { return true; }
+
+private:
+    TextSource text_;
+};
+
+TEST(CsvReader, HalfAHeaderIsToldAsSuch)
+{
+    const auto code = [](const std::string& text) {
+        GrowingSource source(text);
+        try {
+            const RowReader reader(source, ',');
+        } catch (const Failure& failure) {
+            return failure.Code();
+        }
+        return 0;
+    };
+    EXPECT_EQ(code("a,b"), kTableCut);
+    EXPECT_EQ(code("a,b\n"), 0);
+}
+
 TEST(CsvReader, TableWithoutHeaderIsRefused)
 {
     EXPECT_EQ(Read("").code, kNoHeader);
