@@ -322,6 +322,19 @@ inline std::vector<Fault> ArrayFaults()
              }),
         Spoilt("kept_of_negative_children", kStructure, "-1 children",
                [](auto& s) { s.Array(2).n_children = -1; }),
+        Spoilt("kept_with_a_null_child", kStructure, "pointer to an array is null",
+               [](auto& s) {
+                   static ArrowArray* children[] = {nullptr};
+                   s.Array(2).n_children = 1;
+                   s.Array(2).children = children;
+               }),
+        Made("null_of_two_buffers", kStructure, "2 buffers",
+             [](auto& m) {
+                 m.children[0] = MadeArray{.name = "x", .format = "n"};
+                 m.children[0].length = 3;
+                 m.children[0].nullCount = 3;
+                 m.children[0].buffers = {Bytes(8), Bytes(8)};
+             }),
         Spoilt("kept_too_short", kStructure, "1 rows, and the table 3",
                [](auto& s) { s.Array(2).length = 1; }),
         Spoilt("kept_with_a_released_dictionary", kStructure, "released",

@@ -278,6 +278,12 @@ TEST(CategoryOfBetasRule, TakesTheOneThatIsNotTheReference)
                                  "targetReferenceCategory='0'")
                             .Text())
                     .Untouched());
+    // A multinomial model of two categories as well.
+    Parts multinomial = Binomial("");
+    multinomial.model =
+        "modelType='multinomialLogistic' functionName='classification' "
+        "targetReferenceCategory='0'";
+    EXPECT_EQ(Adapted(multinomial.Text()).Rules(), "category-of-betas");
     Parts named = Binomial(classes + "targetReferenceCategory='0'");
     named.betas += "<PCell targetCategory='1' parameterName='pa' beta='1'/>";
     EXPECT_TRUE(Adapted(named.Text()).Untouched());

@@ -308,6 +308,8 @@ TEST(ArrowTable, StrictRefusesARowByItsNumber)
     scorer.Begin(ArrayOf(faulty));
     EXPECT_EQ(refusedRow(0), "5");
     EXPECT_EQ(refusedRow(1), "5");
+    // Nothing of the refused rows is left for others.
+    EXPECT_EQ(scorer.Score(2, 1)->children[0]->buffers[0], nullptr);
     scorer.End();
     scorer.BeginAnew();
     scorer.Begin(ArrayOf(faulty));
@@ -328,6 +330,109 @@ TEST(ArrowTable, NaNIsMissingUnlessItIsToBeInvalid)
         EXPECT_EQ(NumbersOf(invalid, "prediction"), (Doubles{3, kNull, 5}));
         EXPECT_EQ(NumbersOf(invalid, "status"), (Doubles{0, 269052, 0}));
     }
+}
+
+// As much as a table may tell of its rows: that it doesn't know of nulls, or that it has none.
+TEST(ArrowTable, MayTellOfItsOwnNulls)
+{
+    const auto predictions = [](int64_t nullCount, bool hasBits) {
+        MadeArray table = Table({Numbers("x", {1.0, 2.0}), Same("sex", "f", 2)});
+        table.nullCount = nullCount;
+        if (hasBits) table.buffers = {BitsOf({true, true})};
+        return NumbersOf(ScoresOf(TestModel().Text(), table), "prediction");
+    };
+    EXPECT_EQ(predictions(0, false), (Doubles{3, 5}));
+    EXPECT_EQ(predictions(-1, false), (Doubles{3, 5}));
+    EXPECT_EQ(predictions(0, true), (Doubles{3, 5}));
+    EXPECT_THROW(predictions(-1, true), Failure);
+    EXPECT_THROW(predictions(1, true), Failure);
+}
+
+// The nulls are counted from the midst of a byte over whole words to the midst of another.
+TEST(ArrowTable, CountsTheNullsOfItsColumns)
+{
+    constexpr size_t kRows = 300;
+    for (const int64_t offset : {0, 3, 8, 9, 70}) {
+        std::vector<std::optional<double>> numbers;
+        Doubles expected;
+        int64_t nulls = 0;
+        for (size_t i = 0; i < kRows; ++i) {
+            const bool isThere = i % 5 != 2 && i % 7 != 0;
+            numbers.push_back(isThere ? std::optional(static_cast<double>(i)) : std::nullopt);
+            if (static_cast<int64_t>(i) < offset) continue;
+            expected.push_back(isThere ? 1 + 2 * static_cast<double>(i) : kNull);
+            nulls += isThere ? 0 : 1;
+        }
+        MadeArray x = Numbers("x", numbers);
+        x.offset = offset;
+        x.length = static_cast<int64_t>(kRows) - offset;
+        x.nullCount = nulls;
+        MadeArray table{.name = "", .format = "+s"};
+        table.length = x.length;
+        table.buffers = {std::nullopt};
+        table.children = {x, Same("sex", "f", static_cast<size_t>(x.length))};
+        EXPECT_EQ(NumbersOf(ScoresOf(TestModel().Text(), table), "prediction"), expected) << offset;
+        table.children[0].nullCount = nulls + 1;
+        EXPECT_THROW(ScoresOf(TestModel().Text(), table), Failure) << offset;
+    }
+}
+
+// A column may have more rows than its table, up to 2^56.
+TEST(ArrowTable, TakesTheFirstRowsOfLongerColumns)
+{
+    const LoadedModel model = OpenText(TestModel().Text());
+    const MadeArray table = Table({Numbers("x", {1.0, 2.0}), Same("sex", "f", 2)});
+    const auto schema = SchemaOf(table);
+    for (const auto& [rows, isTaken] :
+         {std::pair(int64_t{1} << 56, true), std::pair((int64_t{1} << 56) + 1, false)}) {
+        ArrowScorer scorer(model, *schema, {});
+        ArrowOwner<ArrowArray> array = ArrayOf(table);
+        array.Get()->children[0]->length = rows;
+        if (!isTaken) {
+            EXPECT_THROW(scorer.Begin(std::move(array)), Failure);
+            continue;
+        }
+        ASSERT_EQ(scorer.Begin(std::move(array)), 2);
+        EXPECT_EQ(ValueAt<double>(*scorer.Score(0, 2)->children[0], 1), 5.0);
+    }
+}
+
+TEST(ArrowTable, KeepsColumnsOfNullsAndTablesWithoutRows)
+{
+    MadeArray nulls{.name = "none", .format = "n"};
+    nulls.length = 2;
+    nulls.nullCount = 2;
+    ArrowOptions options;
+    options.output.keep = {"none", "id"};
+    const ReadTables scores = ScoresOf(
+        TestModel().Text(),
+        Table({Numbers("x", {1.0, 2.0}), Same("sex", "f", 2), nulls, Texts("id", {"a", "b"})}),
+        options);
+    EXPECT_EQ(scores.names[0], "none");
+    EXPECT_EQ(scores.Named("id")[1].text, "b");
+    nulls.length = 0;
+    nulls.nullCount = 0;
+    const ReadTables none =
+        ScoresOf(TestModel().Text(),
+                 Table({Numbers("x", {}), Same("sex", "f", 0), nulls, Texts("id", {})}), options);
+    EXPECT_EQ(none.tables, 1U);
+    EXPECT_EQ(none.rows, 0U);
+}
+
+TEST(ArrowOwner, HandsOverAndLetsGo)
+{
+    ArrowArray taken{};
+    {
+        ArrowOwner<ArrowArray> owner = ArrayOf(Numbers("x", {1.0}));
+        EXPECT_FALSE(owner.IsReleased());
+        owner.MoveTo(taken);
+        EXPECT_TRUE(owner.IsReleased());
+    }
+    EXPECT_EQ(alive, 1);
+    ASSERT_NE(taken.release, nullptr);
+    EXPECT_EQ(taken.length, 1);
+    taken.release(&taken);
+    EXPECT_EQ(alive, 0);
 }
 
 // What is kept is handed on as it is, whatever its type, and outlives all it came from.
@@ -626,7 +731,7 @@ TEST_F(TableScanTest, HandsOutTheRowsBeforeAFault)
         failed_ = 0;
         ScanOptions strict{.threads = threads, .blockBytes = 2000};
         strict.scoring.strict = true;
-        EXPECT_EQ(Scan(paths, strict).rows, 0U);  // the 7th row, and all of a block goes with it
+        EXPECT_EQ(Scan(paths, strict).tables, 0U);  // the 7th row, and all of a block goes with it
         EXPECT_EQ(failed_, kRowNotScored);
     }
 }
@@ -637,6 +742,10 @@ TEST_F(TableScanTest, WithoutAHeaderTheColumnsAreTheModels)
     options.dialect.hasHeader = false;
     const ReadTables read = Scan({folder_.Write("a.csv", "m,1\nf,2\n")}, options);
     EXPECT_EQ(NumbersOf(read, "prediction"), (Doubles{13, 5}));
+    // Unless they are told, by their numbers.
+    options.scoring.table.columnOf = {{"x", "3"}, {"sex", "1"}};
+    EXPECT_EQ(NumbersOf(Scan({folder_.Write("c.csv", "m,q,1\nf,q,2\n")}, options), "prediction"),
+              (Doubles{13, 5}));
     ScanOptions decimal;
     decimal.dialect = {.delimiter = ';', .decimal = ',', .tellsDelimiter = true};
     EXPECT_EQ(NumbersOf(Scan({folder_.Write("b.csv", "x;sex\n1,5;m\n")}, decimal), "prediction"),

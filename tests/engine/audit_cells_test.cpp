@@ -232,7 +232,7 @@ std::vector<FaultRow> FaultRows()
          After(general, kLevel, "<PPCell parameterName='p3' predictorName='x' value='3'/>"),
          "contradicting-cells", "PPMatrix/PPCell[4]", "value", "1", ""},
         {"two levels of one factor",
-         After(general, kLevel, "<PPCell parameterName='p1' predictorName='f' value='blue'/>"),
+         After(general, kLevel, "<PPCell parameterName='p1' predictorName='f' value='3'/>"),
          "contradicting-cells", "PPMatrix/PPCell[2]", "value", "blue", ""},
         {"two betas", After(general, kBeta3, "<PCell parameterName='p3' beta='4.5'/>"),
          "contradicting-cells", "ParamMatrix/PCell[5]", "beta", "4.5", ""},
@@ -680,9 +680,13 @@ TEST(CellFindings, TakeNoPredictorsNameForTheConstants)
 TEST(CellFindings, OfSeveralLevelsWithoutABeta)
 {
     Parts parts = General();
-    const std::string values = "<Value value='red'/><Value value='green'/><Value value='blue'/>";
-    parts.fields.erase(parts.fields.find(values), values.size());
-    const std::string text = parts.Text();
+    // Of numbers: of texts the adapter lists those of the cells.
+    std::string text = Replaced(
+        parts.Text(),
+        "dataType='string'><Value value='red'/><Value value='green'/><Value value='blue'/>",
+        "dataType='integer'>");
+    text = Replaced(text, "value='red'", "value='1'");
+    text = Replaced(text, "value='green'", "value='2'");
     const std::string one = Replaced(text, "<PCell parameterName='p1' beta='2'/>", "");
     EXPECT_EQ(Audited(one).findings.CountOf("parameter-without-beta"), 0u);
     const std::string both = Replaced(one, "<PCell parameterName='p2' beta='3'/>", "");
@@ -735,6 +739,11 @@ TEST(DesignsOfCategories, AreToldWhateverTheyName)
 {
     Parts parts = General();
     parts.cells += "<PPCell parameterName='p4' predictorName='x' value='1' targetCategory='zz'/>";
+    EXPECT_TRUE(Audited(parts.Text()).Has("design-of-category")) << Audited(parts.Text()).Rules();
+    // Also where the target lists its categories, of which the family makes nothing.
+    parts.fields.replace(0, parts.fields.find('\n'),
+                         "<DataField name='y' optype='categorical' dataType='string'>"
+                         "<Value value='a'/><Value value='b'/></DataField>");
     EXPECT_TRUE(Audited(parts.Text()).Has("design-of-category")) << Audited(parts.Text()).Rules();
 }
 

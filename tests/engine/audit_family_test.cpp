@@ -143,6 +143,7 @@ TEST(FamilyRules, NameTheDistributionThatALinkIsAgainst)
 TEST(FamilyRules, OfDistributionsOfCategories)
 {
     ExpectEach({{kOrdinal, "functionName", "distribution=\"multinomial\" functionName"},
+                {kGeneralizedOrdinal, "functionName", "distribution=\"multinomial\" functionName"},
                 {kMultinomial, "functionName", "distribution=\"multinomial\" functionName"}});
 }
 

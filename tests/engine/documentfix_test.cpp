@@ -51,12 +51,14 @@ TEST(FixDocument, PutsRightWhatCanBeButOne)
     EXPECT_TRUE(Fixed(fixed.text).changes.empty());
 }
 
-// A name that is put right shows what else is to be: here the element, and then its attribute.
+// A name that is put right shows what else is to be: a list, then its cell, then an attribute.
 TEST(FixDocument, GoesOnUntilNothingIsLeft)
 {
-    const FixedDocument fixed = Fixed(Replaced(
-        TestModel().Text(), "<PCell parameterName=\"p1\" beta", "<PCel parameterName=\"p1\" Beta"));
-    EXPECT_EQ(fixed.changes.size(), 2U);
+    std::string text = Replaced(TestModel().Text(), "<ParamMatrix>", "<ParamMatri>");
+    text = Replaced(text, "</ParamMatrix>", "</ParamMatri>");
+    text = Replaced(text, "<PCell parameterName=\"p1\" beta", "<PCel parameterName=\"p1\" Beta");
+    const FixedDocument fixed = Fixed(text);
+    EXPECT_EQ(fixed.changes.size(), 3U);
     EXPECT_NE(fixed.text.find("<PCell beta=\"2\""), std::string::npos) << fixed.text;
     EXPECT_TRUE(OpenText(fixed.text).DocumentFindings().Kept().empty());
 }

@@ -203,6 +203,7 @@ TEST_F(Explanations, ATermALineOfEachCase)
     RowText rows;
     rows.AddHeader(ExplanationShaper::Columns());
     ExplainTables(model, {Table("x,sex\n3,m\n,f\n4,f\n")}, {}, [&](const ExplainedCase& each) {
+        EXPECT_EQ(each.results.StatusOf(each.place).code, each.row == 2 ? 90029 : 0);
         shaper.WriteCase(rows, each.row, each.explanation);
         return true;
     });
@@ -222,6 +223,7 @@ TEST_F(Explanations, RowsCountInAllTables)
     Texts predictions;
     ExplainTables(model, tables, {}, [&](const ExplainedCase& each) {
         seen.push_back(each.row);
+        EXPECT_EQ(each.results.StatusOf(each.place).code, each.status.code);
         predictions.push_back(ResultText(each, 0, [](double number) {
             std::string text;
             AppendNumber(number, text);

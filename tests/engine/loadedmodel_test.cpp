@@ -154,21 +154,18 @@ TEST(LoadedModel, ARegressionModelIsCalledWhatItIs)
     EXPECT_THROW(OpenText(kRegression, {.asIs = true}), Failure);
 }
 
-// A binary model whose betas are of its first category: the adapter turns the categories round, and
+// A binary model whose betas are of its first category: the adapter declares that one last, and
 // columns come as the document has them.
 TEST(LoadedModel, ColumnsKeepTheDocumentsOrderOfCategories)
 {
-    std::string text = ClassifyingText();
-    text = Replaced(text,
-                    "modelType='multinomialLogistic' functionName='classification' "
-                    "targetReferenceCategory='no'",
-                    "modelType='generalizedLinear' functionName='classification' "
-                    "linkFunction='logit' distribution='binomial'");
+    std::string text = Replaced(ClassifyingText(), "targetReferenceCategory='no'",
+                                "algorithmName='contrastLogistic'");
     for (int i = 0; i < 2; ++i) {
         text = Replaced(text, "targetCategory='yes'", "targetCategory='no'");
     }
     const LoadedModel model = OpenText(text);
-    EXPECT_EQ(model.Adaptations().size(), 1U);
+    ASSERT_EQ(model.DocumentFindings().Kept().size(), 1U);
+    EXPECT_EQ(model.DocumentFindings().Kept()[0].rule->name, "beta-category-last");
     EXPECT_EQ(model.Description().targetCategories, (Texts{"no", "yes"}));
     Texts columns;
     for (const auto& quantity : model.Description().quantities) columns.push_back(quantity.column);

@@ -104,7 +104,17 @@ TEST(CompareModels, TermsAreWhatTheyAreMadeOf)
         named.replace(at, 4, "\"other\"");
     }
     EXPECT_EQ(Told(CompareModels(OpenText(text), OpenText(named))), Texts{});
-    // A product, its factors turned round, and twice the same term.
+    // Twice the same term: each against its like.
+    std::string twice = Replaced(text, "<PPMatrix>",
+                                 "<PPMatrix><PPCell value=\"1\" predictorName=\"x\" "
+                                 "parameterName=\"p3\"/>");
+    twice = Replaced(twice, "</ParameterList>", "<Parameter name=\"p3\"/></ParameterList>");
+    twice =
+        Replaced(twice, "</ParamMatrix>", "<PCell parameterName=\"p3\" beta=\"5\"/></ParamMatrix>");
+    EXPECT_EQ(
+        Told(CompareModels(OpenText(twice), OpenText(Replaced(twice, "beta=\"5\"", "beta=\"6\"")))),
+        Texts{"beta x (2): 5 -> 6 (by 1)"});
+    // A product, its factors turned round.
     const std::string product =
         Replaced(text, "<PPCell value=\"m\" predictorName=\"sex\" parameterName=\"p2\"/>",
                  "<PPCell value=\"m\" predictorName=\"sex\" parameterName=\"p2\"/>"

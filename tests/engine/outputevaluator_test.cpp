@@ -138,6 +138,24 @@ TEST(OutputEvaluator, ExpressionsSeeTheFieldsBeforeThemAndThenTheCase)
               (Texts{"15 30 28 15 15", "7 14 11 7 7", "- - - - -", "3 6 5 3 3"}));
 }
 
+// So they see what the model derives, by its name.
+TEST(OutputEvaluator, ExpressionsSeeDerivedFields)
+{
+    TestModel model;
+    model.afterSchema =
+        "<Output>" + Field("fit", "predictedValue") +
+        Expression("more",
+                   "<Apply function='+'><FieldRef field='half'/><FieldRef field='fit'/></Apply>") +
+        "</Output><LocalTransformations><DerivedField name='half' optype='continuous' "
+        "dataType='double'><Apply function='/'><FieldRef field='x'/><Constant>2</Constant></Apply>"
+        "</DerivedField></LocalTransformations>";
+    std::string text =
+        Replaced(model.Text(), "<Predictor name=\"x\"/>", "<Predictor name=\"half\"/>");
+    text = Replaced(text, "predictorName=\"x\"", "predictorName=\"half\"");
+    // 1 + 2 * 3, and 3 more.
+    EXPECT_EQ(RowsOf(text, "x,sex\n6,f\n"), Texts{"7 10"});
+}
+
 // What a case left in a field isn't there for the next one.
 TEST(OutputEvaluator, AnExpressionOfNothingIsNothing)
 {
@@ -283,6 +301,21 @@ TEST(OutputSection, FieldsHaveTheTypesOfTheirExpressions)
     EXPECT_EQ(cells[1].text, "1");
     EXPECT_EQ(cells[2].number, 1.0);
     EXPECT_EQ(cells[4].text, "true");
+}
+
+TEST(OutputSection, ARefusedExpressionHasItsPlace)
+{
+    const std::string field =
+        "<OutputField name='a' feature='decision'><FieldRef field='q'/></OutputField>";
+    try {
+        Open(Linear(field));
+        ADD_FAILURE() << "taken";
+    } catch (const DocumentFailure& failure) {
+        EXPECT_TRUE(failure.ElementPath().ends_with("Output/OutputField/FieldRef"))
+            << failure.ElementPath();
+        EXPECT_NE(std::string(failure.what()).find("q"), std::string::npos);
+        EXPECT_GT(failure.Line(), 1UL);
+    }
 }
 
 TEST(OutputSection, ARefusalNamesTheField)

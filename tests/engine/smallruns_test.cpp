@@ -6,6 +6,8 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include "engine/scoring/blocktask.h"
+#include "engine/scoring/curveshaper.h"
 #include "engine/scoring/resultschema.h"
 #include "engine/scoring/scoringsession.h"
 #include "host/messages/messages.h"
@@ -135,6 +137,22 @@ TEST_F(SmallRun, JsonNumbersAndTextsWithADecimalComma)
               "prediction\n6\n16\n");
 }
 
+// Of JSON what isn't read isn't cut off; what is kept is read.
+TEST_F(SmallRun, JsonKeepsItsValues)
+{
+    ScoringOptions options;
+    options.output.keep = {"id"};
+    options.output.columns = {"prediction"};
+    EXPECT_EQ(Written(OpenText(TestModel().Text()), "{\"id\":\"a\",\"x\":1,\"sex\":\"f\"}\n",
+                      options, "cases.jsonl"),
+              "id,prediction\na,3\n");
+    options.curves = true;
+    options.output.columns.clear();
+    const std::string rows =
+        Written(OpenText(CoxText()), "{\"id\":\"a\",\"x\":0}\n", options, "cases.jsonl");
+    EXPECT_TRUE(rows.starts_with("id,row,time,survival,cum_hazard\na,1,2,")) << rows;
+}
+
 // Escapes are undone in each row anew, and a text has its end.
 TEST_F(SmallRun, JsonTextsWithEscapes)
 {
@@ -189,6 +207,29 @@ TEST_F(SmallRun, AStopMeanwhileLeavesTheRestOfABlock)
         EXPECT_TRUE(session.Report().interrupted);
         EXPECT_LT(session.Report().rowsWritten, static_cast<int64_t>(kRows));
     }
+}
+
+// A task that was stopped says so: its block doesn't count as done.
+TEST_F(SmallRun, ABlockThatIsStoppedIsNoWholeOne)
+{
+    const LoadedModel model = OpenText(TestModel().Text());
+    TableReader reader({folder_.Write("cases.csv", "x,sex\n1,m\n")}, {}, {});
+    const ResultSchema schema(model.Description());
+    const OutputShaper shaper(schema, reader.Header(), reader.NameOf(0), {});
+    const CurveShaper curves({}, {}, reader.Header(), reader.NameOf(0));
+    StopFlag stop{true};
+    const BlockPlan plan{
+        .model = model, .reader = reader, .shaper = shaper, .curves = curves, .stop = &stop};
+    BlockTask task(plan);
+    ASSERT_TRUE(reader.Next(task.Records()));
+    for (const bool isStopped : {true, false, true}) {
+        stop = isStopped;
+        task.Run(0);
+        EXPECT_EQ(task.IsStopped(), isStopped);
+        EXPECT_EQ(task.WhyEnded(), nullptr);
+        EXPECT_EQ(task.Report().scored, isStopped ? 0 : 1);
+    }
+    EXPECT_FALSE(reader.Next(task.Records()));
 }
 
 // Whoever is told of the progress may throw: the report stands all the same.
