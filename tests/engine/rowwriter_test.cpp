@@ -41,6 +41,38 @@ protected:
     std::string file_;
 };
 
+TEST_F(RowWriterTest, TellsRowsBeforeTheyAreInTheFile)
+{
+    RowWriter writer(file_);
+    EXPECT_EQ(writer.End().rows, 0);
+    Write(writer, {"a", "b"});
+    EXPECT_EQ(writer.End().rows, 2);
+    EXPECT_EQ(writer.End().bytes, 4U);
+    EXPECT_EQ(writer.RowsWritten(), 0);
+    writer.Flush();
+    Write(writer, {"c"});
+    EXPECT_EQ(writer.End().rows, 3);
+    EXPECT_EQ(writer.RowsWritten(), 1);  // the header apart
+    writer.Close();
+    EXPECT_EQ(writer.RowsWritten(), 2);
+}
+
+// No rows at all are an empty member, and no member more behind some.
+TEST_F(RowWriterTest, PackedTablesHaveAMember)
+{
+    {
+        RowWriter none(file_, Compression::Gzip);
+        none.Close();
+        EXPECT_GE(Written().size(), 18U);  // head and tail of a member
+    }
+    RowWriter writer(file_, Compression::Gzip);
+    Write(writer, {"a"});
+    const uint64_t bytes = writer.End().bytes;
+    writer.Flush();
+    writer.Close();
+    EXPECT_EQ(Written().size(), bytes);
+}
+
 TEST_F(RowWriterTest, RowsWrittenLeaveTheHeaderOut)
 {
     RowWriter writer(file_);

@@ -167,6 +167,48 @@ TEST_F(SmallRun, JsonTextsWithEscapes)
     EXPECT_EQ(report_.rejected, 2);
 }
 
+// What is wrong with its shape goes before what is wrong with its bytes.
+TEST_F(SmallRun, ARowIsRejectedForOneReason)
+{
+    ScoringOptions options;
+    options.rejects = true;
+    Written(OpenText(TestModel().Text()), "x,sex\n1,\"m\"b\xC3(\n1,\xC3(\n1\xC3(\n", options);
+    const std::string rejects = ReadWhole(folder_.Path("rejects"));
+    EXPECT_EQ(report_.rejected, 3);
+    EXPECT_EQ(rejects.find(std::to_string(kRowEncoding)),
+              rejects.rfind(std::to_string(kRowEncoding)))
+        << rejects;
+    EXPECT_NE(rejects.find("quote"), std::string::npos) << rejects;
+    EXPECT_NE(rejects.find("too few"), std::string::npos) << rejects;
+}
+
+// A later table of objects has to have each of the first one's keys, the first of them too.
+TEST_F(SmallRun, OfTablesThatLackAKeyIsRefused)
+{
+    const LoadedModel model = OpenText(TestModel().Text());
+    const std::string first = folder_.Write("a.jsonl", "{\"x\":1,\"sex\":\"m\"}\n");
+    for (const auto& [text, place] :
+         {std::pair("{\"sex\":\"m\",\"y\":1}\n", "1"), std::pair("{\"x\":1,\"y\":2}\n", "2")}) {
+        ScoringSession session(model, {first, folder_.Write("b.jsonl", text)}, {});
+        RowWriter writer(folder_.Path("rows"));
+        try {
+            session.Run(writer);
+            ADD_FAILURE() << "taken: " << text;
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.Code(), kOtherHeader);
+            EXPECT_EQ(failure.Arguments().at(1), place);
+        }
+        writer.EndEarly(true);
+    }
+    // In another order, and with more of them, they are the same columns.
+    ScoringSession session(
+        model, {first, folder_.Write("c.jsonl", "{\"z\":0,\"sex\":\"f\",\"x\":2}\n")}, {});
+    RowWriter writer(folder_.Path("rows"));
+    session.Run(writer);
+    writer.Close();
+    EXPECT_EQ(session.Report().scored, 2);
+}
+
 std::string ManyRows(size_t rows)
 {
     std::string table = "x,sex\n";

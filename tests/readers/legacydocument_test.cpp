@@ -574,6 +574,16 @@ TEST(LegacyRefusals, TellCodeAndArguments)
     }
 }
 
+// An unknown target is told of the model, not of the dictionary that was read before.
+TEST(LegacyRefusal, OfATargetIsTheModels)
+{
+    LegacyParts parts;
+    parts.head = "target-variable-name='nobody' model-type='regression' model-df='5'";
+    const VSException refusal = RefusalOf(parts.Text());
+    EXPECT_NE(refusal.GetErrorCode(), 0);
+    EXPECT_EQ(refusal.GetPlace().path, "zelt-ml/model/regression-model");
+}
+
 TEST(LegacyRefusals, SectionsThatAreRequired)
 {
     const struct {

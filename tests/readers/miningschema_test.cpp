@@ -3,6 +3,7 @@
 #include "host/variables/catencoder.h"
 #include "host/variables/scoredictvar.h"
 #include "host/variables/varstats.h"
+#include "readers/codes.h"
 #include "tests/models/modelfixture.h"
 #include "tests/readers/readdocument.h"
 
@@ -105,6 +106,18 @@ TEST(MiningSchema, ExtremeValuesNeedBothLimitsFromVersion43On)
               0);
 }
 
+// What is wrong with the target is the model's affair, not the last field's.
+TEST(MiningSchema, ATargetThatLacksIsToldOfTheModel)
+{
+    const VSException none = RefusalOf(With(kLinearDocument, " usageType=\"target\"", ""));
+    EXPECT_EQ(none.GetErrorCode(), kNoTarget);
+    EXPECT_EQ(none.GetPlace().path, "PMML/GeneralRegressionModel");
+    const VSException other =
+        RefusalOf(With(kLinearDocument, "modelDF=", "targetVariableName=\"x\" modelDF="));
+    EXPECT_EQ(other.GetErrorCode(), kTargetsDiffer);
+    EXPECT_EQ(other.GetPlace().path, "PMML/GeneralRegressionModel");
+}
+
 TEST(MiningSchema, DerivedFieldIsKnownThroughItsExtensionAlone)
 {
     const std::string derived =
@@ -126,6 +139,10 @@ TEST(MiningSchema, DerivedFieldIsKnownThroughItsExtensionAlone)
                   ->GetMissingReplacement()
                   ->GetDouble(),
               3.0);
+    // A field of the data stays one there.
+    const auto ofData = ReadModel(With(with(extension + "<MiningField name=\"w\"/></Extension>"),
+                                       "<MiningField name=\"w\"/>", ""));
+    EXPECT_EQ(ofData->GetVarRole("w"), ScoreModel::ROLE_COVARIATE);
     const VSException empty = RefusalOf(with(extension + "</Extension>"));
     EXPECT_EQ(empty.GetErrorCode(), 260115);
     EXPECT_EQ(empty.GetArguments(), (std::vector<std::string>{"MiningField", "derivedField"}));
