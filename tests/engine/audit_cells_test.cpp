@@ -232,7 +232,7 @@ std::vector<FaultRow> FaultRows()
          After(general, kLevel, "<PPCell parameterName='p3' predictorName='x' value='3'/>"),
          "contradicting-cells", "PPMatrix/PPCell[4]", "value", "1", ""},
         {"two levels of one factor",
-         After(general, kLevel, "<PPCell parameterName='p1' predictorName='f' value='3'/>"),
+         After(general, kLevel, "<PPCell parameterName='p1' predictorName='f' value='blue'/>"),
          "contradicting-cells", "PPMatrix/PPCell[2]", "value", "blue", ""},
         {"two betas", After(general, kBeta3, "<PCell parameterName='p3' beta='4.5'/>"),
          "contradicting-cells", "ParamMatrix/PCell[5]", "beta", "4.5", ""},
@@ -693,7 +693,7 @@ TEST(CellFindings, OfSeveralLevelsWithoutABeta)
     // A third level has a beta.
     const std::string third =
         After(After(After(both, "<ParameterList>", "<Parameter name='p5'/>"), "<PPMatrix>",
-                    "<PPCell parameterName='p5' predictorName='f' value='blue'/>"),
+                    "<PPCell parameterName='p5' predictorName='f' value='3'/>"),
               "<ParamMatrix>", "<PCell parameterName='p5' beta='6'/>");
     EXPECT_EQ(Audited(third).findings.CountOf("parameter-without-beta"), 2u)
         << Audited(third).Rules();
