@@ -153,6 +153,26 @@ TEST_F(SmallRun, JsonKeepsItsValues)
     EXPECT_TRUE(rows.starts_with("id,row,time,survival,cum_hazard\na,1,2,")) << rows;
 }
 
+// A value that nobody reads may be anything; one that is kept has to be a value.
+TEST_F(SmallRun, JsonKeepsNoNestedValues)
+{
+    for (const bool curves : {false, true}) {
+        const LoadedModel model = OpenText(curves ? CoxText() : TestModel().Text());
+        const std::string row = "{\"id\":[1],\"x\":1,\"sex\":\"f\",\"time\":3}\n";
+        ScoringOptions options;
+        options.curves = curves;
+        Written(model, row, options, "cases.jsonl");
+        EXPECT_EQ(report_.scored, 1);
+        options.output.keep = {"id"};
+        try {
+            Written(model, row, options, "cases.jsonl");
+            ADD_FAILURE() << "taken";
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.Code(), kNestedValue);
+        }
+    }
+}
+
 // Escapes are undone in each row anew, and a text has its end.
 TEST_F(SmallRun, JsonTextsWithEscapes)
 {
@@ -215,14 +235,21 @@ std::string ManyRows(size_t rows)
     for (size_t row = 0; row < rows; ++row) table += fmt::format("{},f\n", row);
     return table;
 }
+ScoringOptions InSmallBlocks(size_t threads = 1)
+{
+    ScoringOptions options;
+    options.threads = threads;
+    options.blockBytes = 4096;
+    return options;
+}
 constexpr size_t kRows = 30000;  // more than a table's first bytes
 
 TEST_F(SmallRun, AStopEndsItBehindAWholeBlock)
 {
     const LoadedModel model = OpenText(TestModel().Text());
     StopFlag stop{false};
-    ScoringSession session(model, {folder_.Write("cases.csv", ManyRows(kRows))},
-                           {.blockBytes = 4096}, &stop);
+    ScoringSession session(model, {folder_.Write("cases.csv", ManyRows(kRows))}, InSmallBlocks(),
+                           &stop);
     session.OnProgress([&](uint64_t, int64_t) { stop = true; });
     RowWriter writer(folder_.Path("rows"));
     session.Run(writer);
@@ -240,7 +267,7 @@ TEST_F(SmallRun, AStopMeanwhileLeavesTheRestOfABlock)
     for (const size_t threads : {1U, 3U}) {
         StopFlag stop{false};
         ScoringSession session(model, {folder_.Write("cases.csv", ManyRows(kRows))},
-                               {.threads = threads, .blockBytes = 4096}, &stop);
+                               InSmallBlocks(threads), &stop);
         int blocks = 0;
         session.OnProgress([&](uint64_t, int64_t) { stop = ++blocks > 4; });
         RowWriter writer(folder_.Path("rows"));
@@ -260,8 +287,13 @@ TEST_F(SmallRun, ABlockThatIsStoppedIsNoWholeOne)
     const OutputShaper shaper(schema, reader.Header(), reader.NameOf(0), {});
     const CurveShaper curves({}, {}, reader.Header(), reader.NameOf(0));
     StopFlag stop{true};
-    const BlockPlan plan{
-        .model = model, .reader = reader, .shaper = shaper, .curves = curves, .stop = &stop};
+    const BlockPlan plan{.model = model,
+                         .reader = reader,
+                         .shaper = shaper,
+                         .curves = curves,
+                         .table = {},
+                         .form = {},
+                         .stop = &stop};
     BlockTask task(plan);
     ASSERT_TRUE(reader.Next(task.Records()));
     for (const bool isStopped : {true, false, true}) {
@@ -278,8 +310,7 @@ TEST_F(SmallRun, ABlockThatIsStoppedIsNoWholeOne)
 TEST_F(SmallRun, IsReportedWhereSomethingElseEndsIt)
 {
     const LoadedModel model = OpenText(TestModel().Text());
-    ScoringSession session(model, {folder_.Write("cases.csv", ManyRows(kRows))},
-                           {.blockBytes = 4096});
+    ScoringSession session(model, {folder_.Write("cases.csv", ManyRows(kRows))}, InSmallBlocks());
     session.OnProgress([](uint64_t, int64_t) { throw std::runtime_error("enough"); });
     RowWriter writer(folder_.Path("rows"));
     EXPECT_THROW(session.Run(writer), std::runtime_error);
@@ -305,7 +336,7 @@ TEST_F(SmallRun, CountsUnlistedValuesOfTheRunBefore)
     StopFlag stop{false};
     RunPosition position;
     {
-        ScoringSession session(model, {path}, {.blockBytes = 4096}, &stop);
+        ScoringSession session(model, {path}, InSmallBlocks(), &stop);
         session.OnCheckpoint([&](const RunPosition& reached) { position = reached; });
         session.OnProgress([&](uint64_t, int64_t) { stop = true; });
         RowWriter writer(rows);
