@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Mutates one expression at a time and sees whether a test notices.
 
-    scripts/mutate.py [--rooms ROOM...] [--count N] [--seed TEXT] [--only FILE...] [--jobs N] [--again | --left]
+    scripts/mutate.py [--rooms ROOM...] [--count N] [--seed TEXT] [--only FILE...] [--jobs N] [--again]
 
 A build for each mutant would take days. So a source is compiled once with all of its mutants: each mutated expression
 becomes a function of tests/mutants/mutants.h, which asks for the number that the environment names. The compile
@@ -10,7 +10,6 @@ mutants each test reaches, and then once or twice a mutant, with the tests that 
 
 Which mutants are drawn depends on the seed and on their own code alone, so that a change elsewhere draws the same.
 --again judges what build/mutants holds once more, of the rooms that it was made for: after a change of the tests.
---left does it for those that weren't killed, or not judged, the last time: after tests were added.
 
 The exit code is 1 where fewer than 90 of a hundred are killed, or one that survives isn't in
 tests/mutants/survivors.txt with its reason.
@@ -508,22 +507,6 @@ def judge(site, variant, reached):
     return "survived" if seen else "not reached"
 
 
-KILLED = ("failed", "crashed", "too long")
-
-
-def read_killed(mutants):
-    """By place in the list, what killed those that the last run judged; nothing of the others."""
-    log = MADE / "outcomes.tsv"
-    killed = {}
-    for number, (mutant, line) in enumerate(zip(mutants, log.read_text().splitlines() if log.exists() else [])):
-        *told, outcome = line.split("\t")
-        if told != [str(field) for field in mutant]:
-            sys.exit(f"{log} isn't of the mutants of build/mutants")
-        if outcome in KILLED:
-            killed[number] = outcome
-    return killed
-
-
 def key_of(mutant):
     return f"{mutant.file} {mutant.function}: {mutant.code}  =>  {mutant.change}"
 
@@ -581,7 +564,6 @@ def main():
     parser.add_argument("--seed", default="velscore")
     parser.add_argument("--jobs", type=int, default=1)
     parser.add_argument("--again", action="store_true")
-    parser.add_argument("--left", action="store_true")
     arguments = parser.parse_args()
     began = time.time()
     sources = read_sources()
@@ -591,7 +573,7 @@ def main():
     programs = sorted({program for room in arguments.rooms for program in JUDGES[room]})
     tests = {program: [source for source in sources if source.file.startswith(TEMPLATE_TESTS.get(program, "-"))]
              for program in programs}
-    if arguments.again or arguments.left:
+    if arguments.again:
         sites = pickle.loads((MADE / "sites").read_bytes())
         for source in (source for own in tests.values() for source in own):
             code, output = compile_source(source, MADE / "objects" / source.object)
@@ -614,16 +596,14 @@ def main():
         reached[program] = record(program)
         print(f"{program} recorded ({time.time() - began:.0f} s)", flush=True)
 
-    mutants = [(site, variant, mutant) for site in sites for variant, mutant in enumerate(site.mutants())]
-    known = read_killed([mutant for _, _, mutant in mutants]) if arguments.left else {}
+    log = (MADE / "outcomes.tsv").open("w")
     outcomes = []
     with concurrent.futures.ThreadPoolExecutor(arguments.jobs) as pool:
-        futures = [None if number in known else pool.submit(judge, site, variant, reached)
-                   for number, (site, variant, _) in enumerate(mutants)]
-        with (MADE / "outcomes.tsv").open("w") as log:
-            for number, ((_, _, mutant), future) in enumerate(zip(mutants, futures)):
-                outcomes.append((mutant, known[number] if future is None else future.result()))
-                print(*mutant, outcomes[-1][1], sep="\t", file=log, flush=True)
+        futures = [(mutant, pool.submit(judge, site, variant, reached))
+                   for site in sites for variant, mutant in enumerate(site.mutants())]
+        for mutant, future in futures:
+            outcomes.append((mutant, future.result()))
+            print(*mutant, outcomes[-1][1], sep="\t", file=log, flush=True)
     print(f"judged ({time.time() - began:.0f} s)", flush=True)
     return 0 if report(outcomes) else 1
 
