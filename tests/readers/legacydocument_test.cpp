@@ -571,6 +571,37 @@ TEST(LegacyRefusals, TellCodeAndArguments)
         const VSException refusal = RefusalOf(With(fault.parts.Text(), fault.from, fault.to));
         EXPECT_EQ(refusal.GetErrorCode(), fault.code) << refusal.GetText();
         EXPECT_EQ(refusal.GetArguments(), fault.arguments);
+        // What the target lacks is told of the model, not of what was read before.
+        if (fault.code == kTargetWithoutCategories) {
+            EXPECT_EQ(refusal.GetPlace().path, "zelt-ml/model/regression-model");
+        }
+    }
+}
+
+// A cell of a parameter that isn't there is passed over, on purpose.
+TEST(LegacyDocument, PassesOverACellOfNoParameter)
+{
+    LegacyParts parts = MultinomialParts();
+    parts.cells += "<pp-cell parameter-name='nobody' predictor-name='x' value='3'/>";
+    EXPECT_EQ(RefusalOf(parts.Text()).GetErrorCode(), 0);
+}
+
+// A reader that reads again knows nothing of the document before.
+TEST(LegacyDocument, ARefusalHasNoPlaceOfTheDocumentBefore)
+{
+    RegressionTranslator reader;
+    {
+        ParsedText first(LegacyParts().Text());
+        const std::unique_ptr<ScoreModel> model(reader.ParseFromTree(first.Get(), ""));
+        ASSERT_NE(model, nullptr);
+    }
+    ParsedText second("<zelt-ml/>");
+    try {
+        reader.ParseFromTree(second.Get(), "");
+        ADD_FAILURE() << "taken";
+    } catch (const VSException& refusal) {
+        EXPECT_EQ(refusal.GetErrorCode(), 260115);
+        EXPECT_EQ(refusal.GetPlace().path, "zelt-ml");
     }
 }
 

@@ -551,6 +551,11 @@ TEST(Options, RefusalNamesTheExtensionsPlace)
 {
     const VSException refusal = RefusalOf(AsExtension(kGeneralizedLinearType, "linkFunction", "c"));
     EXPECT_NE(refusal.GetPlace().path.find("Extension"), std::string::npos);
+    // Of several the one that is refused.
+    const VSException second =
+        RefusalOf(With(AsExtension(kGeneralizedLinearType, "linkFunction", "c"), "<Extension",
+                       "<Extension name=\"other\" value=\"1\"/><Extension"));
+    EXPECT_EQ(second.GetPlace().path, "PMML/GeneralRegressionModel/Extension[2]");
 }
 
 TEST(Options, CutoffAndSigmaAreNumbersOfTheirOwnFamilies)
