@@ -58,13 +58,9 @@ ReadTables ScoresOf(const std::string& document, const MadeArray& table,
     return ScoresOf(OpenText(document), table, options);
 }
 
-std::string NameOf(const testing::TestParamInfo<TypeCase>& each) { return each.param.name; }
-std::string NameOf(const testing::TestParamInfo<TextCase>& each) { return each.param.name; }
-std::string NameOf(const testing::TestParamInfo<Fault>& each) { return each.param.name; }
-
 class ArrowNumberTypes : public testing::TestWithParam<TypeCase> {};
 INSTANTIATE_TEST_SUITE_P(Arrow, ArrowNumberTypes, testing::ValuesIn(NumberCases()),
-                         [](const auto& each) { return NameOf(each); });
+                         [](const auto& each) { return each.param.name; });
 
 TEST_P(ArrowNumberTypes, AreNumbersForAVariableOfNumbers)
 {
@@ -77,7 +73,7 @@ TEST_P(ArrowNumberTypes, AreNumbersForAVariableOfNumbers)
 
 class ArrowTextTypes : public testing::TestWithParam<TextCase> {};
 INSTANTIATE_TEST_SUITE_P(Arrow, ArrowTextTypes, testing::ValuesIn(TextCases()),
-                         [](const auto& each) { return NameOf(each); });
+                         [](const auto& each) { return each.param.name; });
 
 TEST_P(ArrowTextTypes, AreTextsForAVariableOfTexts)
 {
@@ -88,7 +84,7 @@ TEST_P(ArrowTextTypes, AreTextsForAVariableOfTexts)
 
 class ArrowFaults : public testing::TestWithParam<Fault> {};
 INSTANTIATE_TEST_SUITE_P(Arrow, ArrowFaults, testing::ValuesIn(AllFaults()),
-                         [](const auto& each) { return NameOf(each); });
+                         [](const auto& each) { return each.param.name; });
 
 TEST_P(ArrowFaults, AreRefused)
 {

@@ -7,7 +7,6 @@
 
 #include "engine/documents/documentloader.h"
 #include "engine/documents/outputfield.h"
-#include "engine/documents/verificationtable.h"
 #include "host/messages/messages.h"
 #include "host/model/scoremodel.h"
 #include "tests/engine/smallmodels.h"
