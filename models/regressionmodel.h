@@ -68,10 +68,7 @@ public:
         return MakeBlockScorer(kernels::ChosenKernels());
     }
     /// MakeBatchScorer() with kernels of the caller's choice.
-    virtual std::unique_ptr<BatchScorer> MakeBlockScorer(const kernels::BlockKernels&) const
-    {
-        return nullptr;
-    }
+    virtual std::unique_ptr<BatchScorer> MakeBlockScorer(const kernels::BlockKernels&) const = 0;
     /// ScoringState::failedVar of the last GetScore().
     const ScoreDictVar* GetFailedVar() const { return ownState.failedVar; }
     /// The pieces of Display(): a matrix row by row under its name and size, and a map's entries
@@ -151,7 +148,7 @@ protected:
     std::string LevelText() const;
     /// The linear predictors of a case that was scored, from what scoring left in the state, with
     /// the terms of OutlineExplanations() and in the family's own order of operations.
-    virtual void ExplainCase(const CaseState&, CaseExplanation&) const {}
+    virtual void ExplainCase(const CaseState&, CaseExplanation&) const = 0;
     /// The parameters from `first` on, with a row of the beta table.
     void OutlineParameters(const std::vector<double>& rowBetas, size_t first,
                            ExplanationOutline::Equation& equation) const;

@@ -15,7 +15,7 @@ using namespace testing;
 
 // A family whose row of differences the test chooses. Its prediction is the sum of its values.
 template <class Result, int type, bool numbers>
-class AnyFamily : public RegressionModel {
+class AnyFamily : public BareFamily {
 public:
     CaseRoad road{.tracesNullRecord = false,
                   .fetchesDerivedRecord = true,
@@ -53,8 +53,6 @@ public:
         walk.WritePrediction(sum);
         return walk.Status();
     }
-    int GetModelType() const override { return TYPE_GLR; }
-    void Describe(ModelDescription&) const override {}
     bool Setup() override
     {
         categoryMap.emplace("only", 0);

@@ -75,6 +75,24 @@ inline std::unique_ptr<TransformVar> Derived(const std::string& name, double num
     return std::make_unique<TransformVar>(type, std::make_shared<FixedNumber>(number));
 }
 
+/// A family that scores nothing, for tests of what all families have.
+class BareFamily : public RegressionModel {
+public:
+    MCScore::MCStatus ScoreCase(CaseState&, const ScoreCaseRecord*, ScoreResult*&,
+                                bool) const override
+    {
+        return {};
+    }
+    std::unique_ptr<BatchScorer> MakeBlockScorer(const kernels::BlockKernels&) const override
+    {
+        return nullptr;
+    }
+    void ExplainCase(const CaseState&, CaseExplanation&) const override {}
+    int GetModelType() const override { return TYPE_GLR; }
+    bool Setup() override { return true; }
+    void Describe(ModelDescription&) const override {}
+};
+
 /// A model with its dictionary, built in the order that readers keep.
 template <class Model>
 class Built {

@@ -10,7 +10,7 @@ namespace {
 using namespace testing;
 
 // A model of any type with parameters p0, p1, .. and target categories c0, c1, ..
-class AnyType : public RegressionModel {
+class AnyType : public BareFamily {
 public:
     AnyType(int type, int parameters, int categories, bool withEncoder = true) : type_(type)
     {
@@ -28,14 +28,7 @@ public:
         SetTargetVar(target_.get());
         for (int p = 0; p < parameters; ++p) AddParameter("p" + std::to_string(p), "");
     }
-    MCScore::MCStatus ScoreCase(CaseState&, const ScoreCaseRecord*, ScoreResult*&,
-                                bool) const override
-    {
-        return {};
-    }
     int GetModelType() const override { return type_; }
-    bool Setup() override { return true; }
-    void Describe(ModelDescription&) const override {}
     double At(size_t row, size_t column) { return CreatePCovMatrix()->GetCells()[row][column]; }
 
 private:

@@ -135,16 +135,9 @@ TEST(RegressionModel, VarsOfRoleAreCopies)
 }
 
 // Reaches what FinishSetup and SetUpDictVarIndex leave.
-class Bare : public RegressionModel {
+class Bare : public BareFamily {
 public:
-    MCScore::MCStatus ScoreCase(CaseState&, const ScoreCaseRecord*, ScoreResult*&,
-                                bool) const override
-    {
-        return {};
-    }
     TermPlan PlanTerms() const override { return PlanNumberTerms(NumberTerms::Powers); }
-    int GetModelType() const override { return TYPE_GLR; }
-    void Describe(ModelDescription&) const override {}
     bool Setup() override
     {
         categoryMap.emplace("only", 0);

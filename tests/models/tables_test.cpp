@@ -137,16 +137,8 @@ TEST(PPCMatrix, PredictorRegisteredAfterItsConstructionHasNoColumn)
 
 TEST(ParamTable, CategoryRegisteredAfterItsConstructionHasNoRow)
 {
-    class Late : public RegressionModel {
+    class Late : public BareFamily {
     public:
-        MCScore::MCStatus ScoreCase(CaseState&, const ScoreCaseRecord*, ScoreResult*&,
-                                    bool) const override
-        {
-            return {};
-        }
-        int GetModelType() const override { return TYPE_MLR; }
-        bool Setup() override { return true; }
-        void Describe(ModelDescription&) const override {}
         void Register(const std::string& name)
         {
             categoryMap.emplace(name, static_cast<int>(categoryMap.size()));
