@@ -19,9 +19,10 @@ constexpr size_t kRowsOfBlock = kernels::kBlockRows;
 static_assert(BatchScorer::kRows == kRowsOfBlock);
 static_assert(BatchScorer::kRowMultiple == kernels::kLargestWidth);
 
+// Of a column that says which rows are.
 bool IsPresent(const BatchColumn& column, size_t row)
 {
-    return column.present == nullptr || ((column.present[row / 8] >> (row % 8)) & 1) != 0;
+    return ((column.present[row / 8] >> (row % 8)) & 1) != 0;
 }
 
 // True when the variable takes the number of a column for a good value.
@@ -114,7 +115,6 @@ bool BlockScorer::AddNumberedPredictors(const TermPlan& plan,
             return encoder == nullptr ? -1 : encoder->EncodeValue(&text);
         };
         if (plan.readings[k] == TermPlan::Reading::Code) {
-            if (variables[k]->GetValueType() != ScoreDictVar::STRING) return false;
             const int32_t other = plan.codeCounts[k];
             AddCode(*variables[k], [position, other](const ScoreValue& text) {
                 return std::min(position(text), other);
@@ -256,7 +256,7 @@ void BlockScorer::SumTerms(kernels::SumRule rule, const Block& block, const kern
 
 void BlockScorer::Give(const double* from, double* wanted, size_t rows)
 {
-    if (wanted != nullptr && wanted != from) memcpy(wanted, from, rows * sizeof *from);
+    if (wanted != nullptr) memcpy(wanted, from, rows * sizeof *from);
 }
 
 BlockCovariances::BlockCovariances(const PCovMatrix* matrix, std::span<const double> betas,
@@ -333,12 +333,10 @@ bool CompactTerms::ContinuesRun(const TermPlan& plan, size_t parameter) const
     if (next.kind != TermPart::Category || begin_.back() - begin_[begin_.size() - 2] != 1) {
         return false;
     }
+    // The table has room for every code of the predictor.
     const TermPart& last = parts_.back();
-    const auto isCode = [&](int32_t code) {
-        return code >= 0 && static_cast<size_t>(code) < tables_.back().size();
-    };
-    if (last.predictor != next.predictor || !isCode(next.code)) return false;
-    if (last.kind == TermPart::Category) return isCode(last.code) && last.code != next.code;
+    if (last.predictor != next.predictor || next.code < 0) return false;
+    if (last.kind == TermPart::Category) return last.code >= 0 && last.code != next.code;
     return last.kind == TermPart::Dummies && last.column[next.code] == 0.0;
 }
 

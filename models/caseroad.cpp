@@ -147,8 +147,7 @@ bool CaseWalk::IsCovariate(size_t predictor, const ScoreDictVar* var) const
     if (road_.substitute == Substitute::ReplacementAlone) {
         return model_.GetVarRole(var->GetName()) == ScoreModel::ROLE_COVARIATE;
     }
-    return predictor < model_.predictorRoles.size() &&
-           model_.predictorRoles[predictor] == ScoreModel::ROLE_COVARIATE;
+    return model_.predictorRoles[predictor] == ScoreModel::ROLE_COVARIATE;
 }
 
 bool CaseWalk::SubstituteValue(size_t predictor, const ScoreDictVar* var, ScoreValue* value)

@@ -318,7 +318,6 @@ TermPlan CoxRegModel::PlanTerms() const
     for (int p = 0; p < numParameters; ++p) {
         for (const auto& [predictor, cell] : ppcMatrix->Row(p)) {
             const auto k = static_cast<size_t>(predictor);
-            if (k >= predictorVars.size()) break;
             if (predictors.IsFactor(k)) {
                 made.AddContrast(k, ContrastColumn(made.codes[k], k, *cell));
             } else {

@@ -114,7 +114,6 @@ void GZLRModel::UpdateResAndRefCat(std::string refCategory)
     if (values == nullptr || refCategory.empty()) return;
     for (const ValueSetEntry& entry : values->GetEntries()) {
         const ScoreValue* value = entry.GetEntryValue();
-        if (value == nullptr) continue;
         // Compared as written: a number's text has to be the dictionary's own.
         (value->GetString() == refCategory ? eventCategory : otherCategory) = value;
     }

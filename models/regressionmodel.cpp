@@ -113,7 +113,8 @@ bool RegressionModel::SetTargetVar(const ScoreDictVar* var)
 bool RegressionModel::SetTargetVar(const std::string& name)
 {
     const ScoreDictVar* var = dictionary == nullptr ? nullptr : dictionary->GetVar(name);
-    return var != nullptr && SetTargetVar(var);
+    if (var == nullptr) return false;
+    return SetTargetVar(var);
 }
 
 // GetScore() finds the quantile in its state: one that isn't of the default level takes longer than
@@ -485,7 +486,7 @@ ModelDescription::Equation RegressionModel::DescribeEquation(int category) const
         if (!ppcMatrix) continue;
         for (const auto& [predictor, value] : ppcMatrix->Row(index)) {
             const auto k = static_cast<size_t>(predictor);
-            if (k >= predictorVars.size() || predictorVars[k] == nullptr) continue;
+            if (predictorVars[k] == nullptr) continue;
             const bool factor = predictorRoles[k] == ROLE_FACTOR;
             term.factors.push_back({predictorVars[k]->GetName(), factor ? value->GetString() : "",
                                     factor, factor ? 1.0 : value->GetDouble()});

@@ -43,8 +43,7 @@ std::vector<char> FactorsOfNumbers(const PPCMatrix& cells, size_t parameters, si
     std::vector<char> numbers(predictors, 1);
     for (size_t p = 0; p < parameters; ++p) {
         for (const auto& [predictor, value] : cells.Row(static_cast<int>(p))) {
-            const auto k = static_cast<size_t>(predictor);
-            if (k < predictors && value->Kind() != ScoreValue::NUMERIC) numbers[k] = 0;
+            if (value->Kind() != ScoreValue::NUMERIC) numbers[static_cast<size_t>(predictor)] = 0;
         }
     }
     return numbers;
@@ -124,12 +123,11 @@ TermPlan TermsOfCells(const PPCMatrix& cells, size_t parameters,
                       const PlannedPredictors& predictors)
 {
     TermPlan plan = EmptyPlan(predictors);
-    const size_t count = predictors.variables.size();
-    const std::vector<char> ofNumbers = FactorsOfNumbers(cells, parameters, count);
+    const std::vector<char> ofNumbers =
+        FactorsOfNumbers(cells, parameters, predictors.variables.size());
     for (size_t p = 0; p < parameters; ++p) {
         for (const auto& [predictor, value] : cells.Row(static_cast<int>(p))) {
             const auto k = static_cast<size_t>(predictor);
-            if (k >= count) break;
             if (!predictors.IsFactor(k)) {
                 plan.AddPower(k, value->GetDouble());
             } else if (ofNumbers[k] != 0) {

@@ -63,7 +63,7 @@ struct PlannedPredictors {
 /// A plan that reads numbers of every predictor and has no term yet.
 TermPlan EmptyPlan(const PlannedPredictors& predictors);
 
-/// The terms of cells that hold categories and exponents as values.
+/// The terms of cells that hold categories and exponents as values, each of one of the predictors.
 TermPlan TermsOfCells(const PPCMatrix& cells, size_t parameters,
                       const PlannedPredictors& predictors);
 
