@@ -46,6 +46,8 @@ constexpr struct {
     {"ci_upper", &BatchResults::ciUpper},
     {"cum_hazard", &BatchResults::cumHazard},
     {"error of the linear predictor", &BatchResults::linearPredictorError},
+    {"risk", &BatchResults::risk},
+    {"median survival", &BatchResults::medianSurvival},
 };
 enum : size_t {
     kPrediction,
@@ -55,15 +57,21 @@ enum : size_t {
     kUpper,
     kHazard,
     kLinearPredictorError,
+    kRisk,
+    kMedian,
     kQuantityCount
 };
 static_assert(kQuantityCount == std::size(kQuantities));
 
-// Which of them a model has, and whether it has a category and probabilities.
+// At which survival is asked for: among the times of drawn baselines, and beyond most of them.
+constexpr double kAskedTimes[] = {0.25, 2.0, 100.0};
+
+// Which of them a model has, and whether it has a category and probabilities, or survival at times.
 struct Answered {
     bool quantities[kQuantityCount] = {};
     bool category = false;
     bool probabilities = false;
+    bool survivals = false;
 };
 
 Answered AnsweredBy(const RegressionModel& model, int resultType)
@@ -76,7 +84,8 @@ Answered AnsweredBy(const RegressionModel& model, int resultType)
     answered.probabilities = answered.category && !model.GetPredictionOnly();
     const bool hasErrors = resultType == ScoreResult::LR_RESULT && !model.GetPredictionOnly();
     for (const size_t q : {kStdDev, kLower, kUpper}) answered.quantities[q] = hasErrors;
-    answered.quantities[kHazard] = resultType == ScoreResult::COXREG_RESULT;
+    answered.survivals = resultType == ScoreResult::COXREG_RESULT;
+    for (const size_t q : {kHazard, kRisk, kMedian}) answered.quantities[q] = answered.survivals;
     return answered;
 }
 
@@ -87,10 +96,12 @@ public:
     static constexpr int32_t kNoCategory = 12345678;
     static constexpr size_t kRoom = kRows + BatchScorer::kRowMultiple;
 
-    explicit Answers(size_t categories) : probabilities(categories)
+    explicit Answers(size_t categories)
+        : probabilities(categories), survivals(std::size(kAskedTimes))
     {
         for (auto& column : numbers) column.resize(kRoom);
         for (auto& column : probabilities) column.resize(kRoom);
+        for (auto& column : survivals) column.resize(kRoom);
         category.resize(kRoom);
         Forget();
     }
@@ -98,6 +109,7 @@ public:
     {
         for (auto& column : numbers) std::fill(column.begin(), column.end(), kUnwritten);
         for (auto& column : probabilities) std::fill(column.begin(), column.end(), kUnwritten);
+        for (auto& column : survivals) std::fill(column.begin(), column.end(), kUnwritten);
         std::fill(category.begin(), category.end(), kNoCategory);
     }
     /// True when nothing stands beyond the vectors that hold the rows.
@@ -111,6 +123,7 @@ public:
         };
         return std::all_of(std::begin(numbers), std::end(numbers), isUnwritten) &&
                std::all_of(probabilities.begin(), probabilities.end(), isUnwritten) &&
+               std::all_of(survivals.begin(), survivals.end(), isUnwritten) &&
                std::all_of(category.begin() + static_cast<std::ptrdiff_t>(end), category.end(),
                            [](int32_t each) { return each == kNoCategory; });
     }
@@ -128,6 +141,7 @@ public:
     std::vector<double> numbers[kQuantityCount];
     std::vector<int32_t> category;
     std::vector<std::vector<double>> probabilities;
+    std::vector<std::vector<double>> survivals;  // by time of kAskedTimes
 };
 
 // A run of cases through ScoreRow.
@@ -137,6 +151,9 @@ public:
         : model_(model), categories_(categories), state_(model.MakeState())
     {
         state_->wantsLinearPredictorError = true;
+        state_->survivalAsked.risk = true;
+        state_->survivalAsked.median = true;
+        state_->survivalAsked.times.assign(std::begin(kAskedTimes), std::end(kAskedTimes));
     }
 
     /// The code of its status, 0 for a case that is scored.
@@ -157,8 +174,13 @@ public:
             answers.numbers[kLower][row] = measured.GetCIBottom();
             answers.numbers[kUpper][row] = measured.GetCITop();
         }
-        if (answered.quantities[kHazard]) {
+        if (answered.survivals) {
             answers.numbers[kHazard][row] = slot_.As<CoxRegResult>().GetCumHazardValue();
+            answers.numbers[kRisk][row] = state_->survival.risk;
+            answers.numbers[kMedian][row] = state_->survival.median;
+            for (size_t i = 0; i < std::size(kAskedTimes); ++i) {
+                answers.survivals[i][row] = state_->survival.survivals.at(i);
+            }
         }
         if (answered.category) answers.category[row] = CategoryOf(*slot_.result->GetPrediction());
         if (answered.probabilities) GiveProbabilities(answers, row);
@@ -208,6 +230,7 @@ public:
         }
         inputs_.resize(columns_.size());
         for (auto& column : answers.probabilities) probabilities_.push_back(column.data());
+        for (auto& column : answers.survivals) survivals_.push_back(column.data());
     }
 
     const char* set;
@@ -240,6 +263,10 @@ public:
         }
         if (wanted.category) results.category = answers.category.data();
         if (wanted.probabilities) results.probabilities = probabilities_.data();
+        if (wanted.survivals) {
+            results.survivals = survivals_.data();
+            results.survivalTimes = kAskedTimes;
+        }
         answers.Forget();
         unsure.fill(~uint64_t{0});
         scorer_->Score(inputs_, block.rows, results, unsure.data(), *scratch_);
@@ -251,6 +278,7 @@ private:
     std::vector<size_t> columns_;  // by input
     std::vector<BatchColumn> inputs_;
     std::vector<double*> probabilities_;
+    std::vector<double*> survivals_;
 };
 
 // What a test has seen, so that it can't pass by looking at nothing.
@@ -329,6 +357,7 @@ private:
         for (bool& quantity : answered.quantities) quantity = quantity && !draw_.Once(5);
         answered.category = answered.category && !draw_.Once(5);
         answered.probabilities = answered.probabilities && !draw_.Once(5);
+        answered.survivals = answered.survivals && !draw_.Once(5);
         return answered;
     }
     void CompareRows(const Block& block, const Answered& wanted, const Answers& expected,
@@ -353,6 +382,12 @@ private:
             if (wanted.category) {
                 ASSERT_EQ(scored.answers.category[row], expected.category[row])
                     << scored.set << ", row " << row;
+            }
+            for (size_t i = 0; wanted.survivals && i < std::size(kAskedTimes); ++i) {
+                ASSERT_TRUE(SameBits(scored.answers.survivals[i][row], expected.survivals[i][row]))
+                    << std::hexfloat << scored.set << ", row " << row << ", survival at "
+                    << kAskedTimes[i] << ": " << scored.answers.survivals[i][row] << " for "
+                    << expected.survivals[i][row];
             }
             for (size_t c = 0; wanted.probabilities && c < expected.probabilities.size(); ++c) {
                 ASSERT_TRUE(
@@ -509,7 +544,9 @@ bool AreSame(const TableAnswers& a, const TableAnswers& b)
                std::equal(std::begin(one.numbers), std::end(one.numbers), std::begin(other.numbers),
                           same) &&
                std::equal(one.probabilities.begin(), one.probabilities.end(),
-                          other.probabilities.begin(), other.probabilities.end(), same);
+                          other.probabilities.begin(), other.probabilities.end(), same) &&
+               std::equal(one.survivals.begin(), one.survivals.end(), other.survivals.begin(),
+                          other.survivals.end(), same);
     };
     return a.codes == b.codes && std::equal(a.blocks.begin(), a.blocks.end(), b.blocks.begin(),
                                             b.blocks.end(), sameBlocks);

@@ -107,6 +107,8 @@ public:
             for (size_t row = rows; row < kRows; ++row) {
                 cells.numbers[row] = kTurns[row % std::size(kTurns)];
                 cells.codes[row] = row % 2 == 0 ? -7 : 1 << 30;
+                if (row % 3 == 0)
+                    cells.present[row / 8] &= static_cast<uint8_t>(~(1U << (row % 8)));
             }
         }
     }
