@@ -21,8 +21,12 @@
 #include "host/values/stringvalue.h"
 #include "host/variables/caserecord.h"
 #include "models/coxregresult.h"
+#include "models/glrmodel.h"
+#include "models/gzlrmodel.h"
 #include "models/lrresult.h"
 #include "models/mlrresult.h"
+#include "models/ogzlrmodel.h"
+#include "models/ormodel.h"
 #include "tests/instructionsets.h"
 #include "tests/models/drawnrows.h"
 #include "tests/models/modelfixture.h"
@@ -354,7 +358,9 @@ private:
     }
     Answered DrawWanted(Answered answered)
     {
-        for (bool& quantity : answered.quantities) quantity = quantity && !draw_.Once(5);
+        // Now and then nothing but what a model predicts.
+        const size_t leftOut = draw_.Once(8) ? 1 : 5;
+        for (bool& quantity : answered.quantities) quantity = quantity && !draw_.Once(leftOut);
         answered.category = answered.category && !draw_.Once(5);
         answered.probabilities = answered.probabilities && !draw_.Once(5);
         answered.survivals = answered.survivals && !draw_.Once(5);
@@ -582,6 +588,151 @@ TEST_P(BlockScorerOfFamily, ServesThreadsAtOnce)
     }
     for (std::thread& thread : threads) thread.join();
     for (const TableAnswers& each : answers) EXPECT_TRUE(AreSame(each, alone));
+}
+
+// Models that are never drawn, over drawn rows.
+template <class Model>
+class HandMade final : public DrawnModel {
+public:
+    Built<Model> built;
+
+    explicit HandMade(std::unique_ptr<DictVar> target) : built(std::move(target)) {}
+    RegressionModel& Get() override { return built.model; }
+    void Covariate(const std::string& name)
+    {
+        columns.push_back({&built.Covariate(name), DrawnColumn::Any, {}, {}});
+    }
+    void Factor(const std::string& name, const std::vector<std::string>& texts)
+    {
+        columns.push_back({&built.Factor(name, texts), DrawnColumn::Listed, {}, texts});
+    }
+    const DictVar& Other(std::unique_ptr<DictVar> var)
+    {
+        const DictVar& added = *var;
+        const std::string name = added.GetName();
+        built.Dictionary().AddVar(name, var.release());
+        columns.push_back({&added, DrawnColumn::Any, {}, {}});
+        return added;
+    }
+    /// Compares its blocks with its cases.
+    void Expect()
+    {
+        constexpr size_t kRounds = 8;
+        built.model.FinishSetup();
+        Seen seen;
+        Draw draw(1);
+        Comparison comparison(*this, draw, kernels::kInstructionSets, seen);
+        ASSERT_TRUE(comparison.HasBlocks());
+        for (size_t i = 0; i < kRounds; ++i) {
+            ASSERT_NO_FATAL_FAILURE(comparison.Compare(i % 2 == 0));
+        }
+        EXPECT_GT(seen.compared, seen.rows / 2);
+    }
+};
+
+// Cells of a factor of texts that are no position: below all, between two, and beyond.
+TEST(BlockScorerOf, AFactorWhoseCellsAreNoCategories)
+{
+    for (const double odd : {-2.0, 0.5, 7.0, 1e300}) {
+        HandMade<GLRModel> made(Continuous("y"));
+        made.Factor("f", {"a", "b", "c"});
+        const std::vector<double> cells = {0.0, odd, 1.0, 2.0, odd, 0.0};
+        for (size_t p = 0; p < cells.size(); ++p) {
+            std::string name = "p";
+            name += std::to_string(p);
+            made.built.Parameters({name});
+        }
+        ASSERT_TRUE(made.built.SetUp());
+        for (size_t p = 0; p < cells.size(); ++p) {
+            made.built.model.GetNumericPPMatrix()[p][0] = cells[p];
+            std::string name = "p";
+            name += std::to_string(p);
+            made.built.Beta(name, 1.0 + static_cast<double>(p));
+        }
+        ASSERT_NO_FATAL_FAILURE(made.Expect()) << odd;
+    }
+}
+
+// Thresholds alone, and one category alone.
+TEST(BlockScorerOf, AnOrdinalScaleWithoutPredictors)
+{
+    for (const std::vector<std::string>& categories :
+         {std::vector<std::string>{"lo", "mid", "hi"}, {"lo", "hi"}, {"only"}}) {
+        HandMade<ORModel> made(Categorical("y", categories));
+        made.built.Parameters({"threshold"});
+        made.built.model.SetOffsetValue(0.25);
+        ASSERT_TRUE(made.built.SetUp());
+        for (size_t c = 0; c < categories.size(); ++c) {
+            made.built.Beta(categories[c], "threshold", static_cast<double>(c) - 0.75);
+        }
+        ASSERT_NO_FATAL_FAILURE(made.Expect()) << categories.size();
+    }
+}
+
+// Its offset is the design value at its own index, of which there may be none.
+TEST(BlockScorerOf, AnOrdinalModelWhoseOffsetLiesBeyondItsParameters)
+{
+    for (const size_t parameters : {1U, 2U, 3U}) {
+        HandMade<OGZLRModel> made(Categorical("y", {"lo", "mid", "hi"}));
+        made.Covariate("x");
+        made.built.model.SetOffsetVar(&made.Other(Continuous("o")));  // index 1
+        const std::vector<std::string> names = {"threshold", "px", "pxx"};
+        made.built.Parameters({names.begin(), names.begin() + static_cast<int>(parameters)});
+        ASSERT_TRUE(made.built.SetUp());
+        made.built.Beta("lo", "threshold", -0.5);
+        made.built.Beta("mid", "threshold", 0.5);
+        for (size_t p = 1; p < parameters; ++p) {
+            made.built.Cell(names[p], "x", std::to_string(p));
+            made.built.Beta("mid", names[p], 0.25);
+        }
+        ASSERT_NO_FATAL_FAILURE(made.Expect()) << parameters;
+    }
+}
+
+// One category has nothing to choose below a mean of one half.
+TEST(BlockScorerOf, AGeneralizedLinearModelOfOneCategory)
+{
+    HandMade<GZLRModel> made(Categorical("y", {"only"}));
+    made.Covariate("x");
+    made.built.Parameters({"p"});
+    made.built.model.SetLinkFunction(GZLRModel::LINK_LOGIT);
+    made.leavesGoodRows = true;
+    ASSERT_TRUE(made.built.SetUp());
+    made.built.Cell("p", "x", "2");
+    made.built.Beta("p", 1.0);
+    ASSERT_NO_FATAL_FAILURE(made.Expect());
+}
+
+// Trials of a variable that is null, limits of no level, and an event that isn't of the target.
+TEST(BlockScorerOf, AGeneralizedLinearModelThatLacksPieces)
+{
+    for (const bool classifies : {false, true}) {
+        HandMade<GZLRModel> made(classifies ? Categorical("y", {"no", "yes"}) : Continuous("y"));
+        made.Covariate("x");
+        made.built.Parameters({"p"});
+        made.built.model.SetLinkFunction(GZLRModel::LINK_PROBIT);
+        made.built.model.SetDistType(GZLRModel::DIST_BINOMIAL);
+        if (!classifies) made.built.model.SetTrialsVar(nullptr);
+        ASSERT_TRUE(made.built.SetUp());
+        made.built.Cell("p", "x", "1");
+        made.built.Beta("p", 0.5);
+        made.built.model.CreatePCovMatrix()->SetCell("p", "p", 2.0);
+        made.built.model.SetConfidenceLevel(1.0);
+        ASSERT_NO_FATAL_FAILURE(made.Expect()) << classifies;
+    }
+}
+
+TEST(BlockScorerOf, AGeneralLinearModelWithoutLimits)
+{
+    HandMade<GLRModel> made(Continuous("y"));
+    made.Covariate("x");
+    made.built.Parameters({"p"});
+    ASSERT_TRUE(made.built.SetUp());
+    made.built.Cell("p", "x", "1");
+    made.built.Beta("p", 0.5);
+    made.built.model.CreatePCovMatrix()->SetCell("p", "p", 2.0);
+    made.built.model.SetDF(0.0);
+    ASSERT_NO_FATAL_FAILURE(made.Expect());
 }
 
 }  // namespace

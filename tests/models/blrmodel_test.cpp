@@ -5,6 +5,7 @@
 #include <cmath>
 #include <sstream>
 
+#include "host/model/caseexplanation.h"
 #include "host/values/datetimevalue.h"
 #include "models/mlrresult.h"
 #include "tests/models/classifierfixture.h"
@@ -678,6 +679,81 @@ TEST(BLRModel, ErrorOfTheLinearPredictorTakesTheContrasts)
     EXPECT_EQ(LinearPredictorError(contrasts.model, Row("w", 2.0)), std::sqrt(8.0));
     contrasts.model.SetPredictionOnly(true);
     EXPECT_EQ(LinearPredictorError(contrasts.model, Row("w", 2.0)), std::sqrt(8.0));
+}
+
+// The first case of a run takes the reference category's row, and every later one row 1.
+TEST(BLRModel, StateThatSettlesAsAnotherGoesOnBehindItsFirstCase)
+{
+    Built<BLRModel> built(Categorical("y", {"no", "yes"}));
+    built.Covariate("x");
+    built.Parameters({"p"});
+    ASSERT_TRUE(built.SetUp());
+    built.Cell("p", "x", "1");
+    built.Beta("no", "p", 1.0);
+    built.Beta("yes", "p", 3.0);
+    built.model.SetReferencedTargetCate(new StringValue("no"));
+    built.model.FinishSetup();
+    Slot slot;
+    const auto score = [&](ScoringState& state) {
+        Case c;
+        c.With("x", 2.0);
+        EXPECT_TRUE(built.model.ScoreRow(state, &c.Record(), slot.result, true).IsOK());
+        return state.linearPredictor;
+    };
+    const auto first = built.model.MakeState();
+    const auto second = built.model.MakeState();
+    EXPECT_EQ(score(*first), 2.0);
+    EXPECT_EQ(score(*first), 6.0);
+    second->SettleAs(*first);
+    EXPECT_EQ(score(*second), 6.0);
+    second->Unsettle();
+    EXPECT_EQ(score(*second), 2.0);
+    // What a run isn't asked for it doesn't compute.
+    built.model.GetPCovMatrix()->SetCell("p", "p", 1.0);
+    EXPECT_EQ(score(*first), 6.0);
+    EXPECT_TRUE(first->probabilityErrors.empty());
+}
+
+// Without a cell of the matrix in the row of the case's category there is no contrast.
+TEST(BLRModel, ContrastThatTheMatrixLacksMattersWhereItsBetaDoes)
+{
+    struct Row {
+        double beta;
+        const char* f;
+        long code;
+    };
+    const Row rows[] = {
+        {1.0, "u", 0}, {1.0, "v", 90017}, {1.0, "w", 90017}, {0.0, "v", 0}, {0.0, "w", 0}};
+    for (const Row& row : rows) {
+        Built<BLRModel> built(Categorical("y", {"no", "yes"}));
+        DictVar& f = built.Factor("f", {"u", "v", "w"});
+        built.Covariate("x");
+        built.Parameters({"p", "pf"});
+        // Row v has no column of w, and w no row.
+        ASSERT_TRUE(built.model.SetContrastMatrix("f", {{1, 0, 2}, {0, 1}}, {0, 1, 2}));
+        ASSERT_TRUE(built.SetUp());
+        built.Cell("p", "x", "1");
+        built.Cell("pf", "f", "w");
+        built.Beta("yes", "p", 0.5);
+        built.Beta("yes", "pf", row.beta);
+        built.model.FinishSetup();
+        const auto state = built.model.MakeState();
+        Slot slot;
+        Case c;
+        c.With("f", row.f).With("x", 3.0);
+        CaseExplanation explanation;
+        const auto status =
+            built.model.ExplainRow(*state, &c.Record(), slot.result, true, explanation);
+        EXPECT_EQ(status.GetErrorCode(), row.code) << row.f;
+        EXPECT_EQ(state->failedVar, row.code == 0 ? nullptr : &f);
+        if (row.code != 0) continue;
+        EXPECT_EQ(state->linearPredictor, 1.5 + 2.0 * row.beta);
+        ASSERT_EQ(explanation.Sums().size(), 1U);
+        const auto& addends = explanation.Sums()[0].addends;
+        EXPECT_EQ(addends[0].contribution, 1.5);
+        EXPECT_EQ(addends[1].contribution, 2.0 * row.beta);
+        EXPECT_EQ(std::isnan(addends[1].value), std::string(row.f) != "u");
+    }
 }
 
 }  // namespace

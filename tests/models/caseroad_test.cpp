@@ -61,6 +61,8 @@ public:
         ppcMatrix = std::make_unique<PPCMatrix>(this);
         return resolved;
     }
+    /// Takes another variable for a predictor.
+    void Replace(size_t predictor, const ScoreDictVar* var) { predictorVars[predictor] = var; }
     using RegressionModel::ownState;
 };
 
@@ -470,6 +472,95 @@ TEST(MissingPrediction, NumericTargetReadsSystemMissingBothTimes)
     const auto target = [] { return Categorical("y", {"0", "1"}, ScoreDictVar::NUMERIC); };
     EXPECT_EQ(MissingText(target(), nullptr, true), "system-missing");
     EXPECT_EQ(MissingText(target(), "1", true), "system-missing");
+}
+
+TEST(MissingPrediction, WithoutATargetReadsEmpty)
+{
+    Classifier model;
+    auto* dictionary = new BaseDictionary;
+    model.SetScoreDictionary(dictionary);
+    auto var = Continuous("a");
+    model.SetVarRole(var.get(), ScoreModel::ROLE_COVARIATE);
+    dictionary->AddVar("a", var.release());
+    model.AddPredictor("a");
+    model.road.missingPrediction = MissingPrediction::TargetTyped;
+    ASSERT_TRUE(model.Setup());
+    model.FinishSetup();
+    Slot slot;
+    Case c;
+    c.With("a", kSysmis);
+    EXPECT_FALSE(model.GetScore(&c.Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.Text(), "");
+}
+
+// A record that knows positions and has no array of its values.
+class NamesAlone final : public ScoreCaseRecord {
+public:
+    ScoreValue* GetValue(const std::string& name) const override
+    {
+        return name == "a" ? &a_ : name == "b" ? &b_ : nullptr;
+    }
+    ScoreValue* GetValue(int) const override { return nullptr; }
+    bool HasIndexedAccess() const override { return true; }
+    int GetVarIndex(const std::string& name) const override { return name == "a" ? 0 : 1; }
+    const std::vector<ScoreValue*>* GetValues() const override { return nullptr; }
+
+private:
+    mutable NumericValue a_{1.0};
+    mutable NumericValue b_{2.0};
+};
+
+TYPED_TEST(EveryFamily, RecordOfPositionsWithoutAnArrayIsReadByName)
+{
+    this->Build();
+    const NamesAlone record;
+    ASSERT_TRUE(this->built.model.GetScore(&record, this->slot.result, true).IsOK());
+    EXPECT_EQ(this->slot.Number(), 3.0);
+    EXPECT_TRUE(this->built.model.ownState.isBound);
+}
+
+TYPED_TEST(EveryFamily, VariableThatTheRecordLacksIsMissing)
+{
+    this->Build();
+    Case lacking;
+    lacking.With("a", 1).With("c", 5);
+    EXPECT_EQ(this->built.model.GetScore(&lacking.Record(), this->slot.result, true).GetErrorCode(),
+              90029);
+    EXPECT_EQ(this->built.model.GetFailedVar(), this->built.Dictionary().GetVar("b"));
+}
+
+TYPED_TEST(EveryFamily, RecordShorterThanTheFirstLacksWhatItHasNoPositionFor)
+{
+    this->Build();
+    ASSERT_TRUE(this->Score(1, 2).IsOK());
+    Case shorter;
+    shorter.With("a", 1);
+    EXPECT_EQ(this->built.model.GetScore(&shorter.Record(), this->slot.result, true).GetErrorCode(),
+              90029);
+    EXPECT_EQ(this->built.model.GetFailedVar(), this->built.Dictionary().GetVar("b"));
+}
+
+TYPED_TEST(EveryFamily, NeedOfDerivedValuesWithoutTransformationsChangesNothing)
+{
+    this->Build();
+    this->built.model.SetNeedDerivedPredictor(true);
+    Case c;
+    c.With("a", 1).With("b", 2);
+    ASSERT_TRUE(this->built.model.GetScore(&c.Record(), this->slot.result, false).IsOK());
+    EXPECT_EQ(this->slot.Number(), 3.0);
+}
+
+// A variable of no dictionary of the model keeps the position that somebody gave it.
+TYPED_TEST(EveryFamily, VariableOfSomebodyElseKeepsItsPosition)
+{
+    this->Build();
+    const auto stranger = Continuous("stranger");
+    stranger->SetDictIndex(2);
+    this->built.model.Replace(1, stranger.get());
+    Case c;
+    c.With("a", 1).With("b", 2).With("c", 4).With("stranger", 8);
+    ASSERT_TRUE(this->built.model.GetScore(&c.Record(), this->slot.result, true).IsOK());
+    EXPECT_EQ(this->slot.Number(), 5.0);  // a, and the third
 }
 
 }  // namespace

@@ -362,5 +362,40 @@ TEST(CLRModel, ErrorOfTheLinearPredictorIsOfTheFirstCategorysEquation)
     EXPECT_EQ(LinearPredictorError(small.model, row()), std::sqrt(72.0));
 }
 
+// Without validation a factor of numbers meets what equals none of them: nothing, and a text.
+TEST(CLRModel, WithoutValidationWhatIsNoNumberIsNoCategory)
+{
+    Built<CLRModel> built(TextTarget());
+    built.Covariate("x");
+    built.Factor("g", {"0", "1"}, ScoreDictVar::NUMERIC);
+    built.Parameters({"p", "p0", "p1"});
+    ASSERT_TRUE(built.SetUp());
+    built.Cell("p", "x", "1");
+    built.Cell("p0", "g", "0");
+    built.Cell("p1", "g", "1");
+    for (const auto& [name, beta] : {std::pair{"p", 1.0}, {"p0", 20.0}, {"p1", 30.0}}) {
+        built.Beta("no", name, beta);
+    }
+    built.model.SetScoreCaseValidationCheck(false);
+    built.model.FinishSetup();
+    const auto state = built.model.MakeState();
+    struct Row {
+        Given x, g;
+        double lp;
+    };
+    Row rows[] = {{2.0, 1.0, 32.0},
+                  {2.0, nullptr, 2.0},
+                  {2.0, "1", 2.0},
+                  {nullptr, 0.0, 20.0},  // an absent number is 0
+                  {nullptr, nullptr, 0.0}};
+    for (Row& row : rows) {
+        Slot slot;
+        Case c;
+        c.With("x", std::move(row.x)).With("g", std::move(row.g));
+        ASSERT_TRUE(built.model.ScoreRow(*state, &c.Record(), slot.result, true).IsOK());
+        EXPECT_EQ(state->linearPredictor, row.lp);
+    }
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

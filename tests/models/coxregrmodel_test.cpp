@@ -1277,5 +1277,110 @@ TEST(CoxRegModel, AnswersWithoutAnEndTimeWhereNobodyWantsItsResult)
     EXPECT_EQ(slot.As<CoxRegResult>().GetCumHazardValue(), kSysmis);
 }
 
+TEST(CoxRegModel, CurveAnswersTheTimesThatAreAsked)
+{
+    Small small(true);
+    small.model.SetCumHazardTable({Small::kTable}, {"north", "south"}, "s");
+    small.model.SetMinMaxTime({1.0, 1.0}, {12.0, 12.0});
+    const CoxRegModel& model = small.Ready();
+    const auto state = model.MakeState();
+    state->survivalAsked.times = {0.5, 5.0, 13.0};
+    Case c;
+    c.With("f", "b").With("x", 2.0).With("s", "north");
+    std::vector<SurvivalPoint> curve;
+    ASSERT_TRUE(model.CurveRow(*state, &c.Record(), true, curve).IsOK());
+    ASSERT_EQ(curve.size(), 3U);
+    EXPECT_EQ(curve[0].survival, 1.0);
+    EXPECT_EQ(curve[1].time, 5.0);
+    EXPECT_EQ(curve[1].cumHazard, std::exp(1.5) * 0.3);
+    EXPECT_EQ(curve[2].survival, kSysmis);
+    // A stratum without a table has no curve.
+    Case south;
+    south.With("f", "b").With("x", 2.0).With("s", "south");
+    ASSERT_TRUE(model.CurveRow(*state, &south.Record(), true, curve).IsOK());
+    EXPECT_TRUE(curve.empty());
+    state->survivalAsked.median = true;
+    state->survivalAsked.endTime = false;
+    Slot slot;
+    ASSERT_TRUE(model.ScoreRow(*state, &south.Record(), slot.result, true).IsOK());
+    EXPECT_EQ(state->survival.median, kSysmis);
+}
+
+TEST(CoxRegModel, RiskIsAnsweredWithoutTheMedian)
+{
+    Small small;
+    const CoxRegModel& model = small.Ready();
+    const auto state = model.MakeState();
+    state->survivalAsked.risk = true;
+    Slot slot;
+    ASSERT_TRUE(model.ScoreRow(*state, &Row("b", 2.0, 5).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(state->survival.risk, std::exp(1.5));
+    EXPECT_EQ(state->survival.median, kSysmis);
+    EXPECT_TRUE(state->survival.survivals.empty());
+}
+
+TEST(CoxRegModel, RunThatSettlesAsAnotherTakesItsReferences)
+{
+    Small small;
+    small.model.SetBasePointTable({1.0, 2.0});
+    const CoxRegModel& model = small.Ready();
+    const auto first = model.MakeState();
+    const auto second = model.MakeState();
+    Slot slot;
+    const auto score = [&](ScoringState& state) {
+        EXPECT_TRUE(model.ScoreRow(state, &Row("b", 2.0, 5).Record(), slot.result, true).IsOK());
+        return state.linearPredictor;
+    };
+    EXPECT_EQ(score(*first), 0.5 * (1 - 1.0) + 0.25 * (4 - 2.0));
+    small.model.SetBasePointTable({0.0, 0.0});  // of runs that begin now
+    second->SettleAs(*first);
+    EXPECT_EQ(score(*first), 0.5);
+    EXPECT_EQ(score(*second), 0.5);
+    second->Unsettle();
+    EXPECT_EQ(score(*second), 1.5);
+}
+
+TEST(CoxRegModel, ComputeRefValuesOfNoParameterSetsTheFlagAlone)
+{
+    Small small;
+    small.model.SetBasePointTable({0.5, 3.0});
+    CoxRegModel& model = small.Ready();
+    std::vector<double> betas;
+    for (const int count : {0, -1}) {
+        model.computeRefValues(betas, count);
+        EXPECT_TRUE(betas.empty());
+    }
+}
+
+// New tables and limits take the place of the old ones in every look-up.
+TEST(CoxRegModel, SecondBaselinesReplaceTheFirst)
+{
+    Small small(true);
+    small.model.SetCumHazardTable({{{2.0, 0.5}}, {{3.0, 2.0}}}, {"south", "7"}, "s");
+    small.model.SetMinMaxTime({2.0, 3.0}, {9.0, 9.0});
+    const CoxRegModel& model = small.Ready();
+    struct Expected {
+        Given stratum;
+        double hazard;
+        double median;
+    };
+    Expected rows[] = {{"south", 0.5, kSysmis}, {"7", 2.0, 3.0}, {7.0, 2.0, 3.0}};
+    for (Expected& row : rows) {
+        const auto state = model.MakeState();
+        state->survivalAsked.median = true;
+        Slot slot;
+        Case c;
+        c.With("f", "a").With("x", 0.0).With("time", 5.0).With("s", std::move(row.stratum));
+        ASSERT_TRUE(model.ScoreRow(*state, &c.Record(), slot.result, true).IsOK());
+        EXPECT_EQ(slot.As<CoxRegResult>().GetCumHazardValue(), row.hazard);
+        EXPECT_EQ(state->survival.median, row.median);
+    }
+    const auto state = model.MakeState();
+    Slot slot;
+    Case gone;
+    gone.With("f", "a").With("x", 0.0).With("time", 5.0).With("s", "north");
+    EXPECT_EQ(model.ScoreRow(*state, &gone.Record(), slot.result, true).GetErrorCode(), 90029);
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

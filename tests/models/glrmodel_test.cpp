@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 
 #include "host/messages/scoringlog.h"
 #include "host/values/datetimevalue.h"
 #include "models/lrresult.h"
+#include "models/mlrmodel.h"
 #include "tests/models/modelfixture.h"
 
 namespace MCVelscore_850 {
@@ -545,6 +547,59 @@ TEST(GLRModel, ErrorOfTheLinearPredictorIsOfTheCovariancesAlsoWhereSigmaIsFixed)
     Slot slot;
     ASSERT_TRUE(model.ScoreRow(*run, &Row("b", 2.0).Record(), slot.result, true).IsOK());
     EXPECT_EQ(run->linearPredictorError, kSysmis);  // nobody asked
+}
+
+// Without validation a factor of texts may be given a number, which is taken for a position where
+// it is one but for rounding, and without rounding in the multinomial family.
+template <class Model>
+double PredictorOfPosition(double number)
+{
+    Built<Model> built(Categorical("y", {"a", "b"}));
+    built.Factor("f", {"u", "v"});
+    built.Parameters({"pu", "pv"});
+    EXPECT_TRUE(built.SetUp());
+    built.Cell("pu", "f", "u");
+    built.Cell("pv", "f", "v");
+    const std::string row = built.model.GetCategoryVector().back().first;
+    built.Beta(row, "pu", 10.0);
+    built.Beta(row, "pv", 20.0);
+    built.model.SetScoreCaseValidationCheck(false);
+    built.model.FinishSetup();
+    const auto state = built.model.MakeState();
+    Slot slot;
+    Case c;
+    c.With("f", number);
+    EXPECT_TRUE(built.model.ScoreRow(*state, &c.Record(), slot.result, true).IsOK());
+    if constexpr (std::is_same_v<Model, GLRModel>) {
+        return state->linearPredictor;
+    } else {
+        return static_cast<const CaseState&>(*state).linearPredictors.back();
+    }
+}
+
+TEST(GLRModel, NumberForATextIsNearlyAPosition)
+{
+    struct Row {
+        double number, general, multinomial;
+    };
+    const Row rows[] = {
+        {1.0, 20.0, 20.0}, {0.0, 10.0, 10.0}, {1.0 + 1e-14, 20.0, 0.0},
+        {1.5, 0.0, 0.0},   {1e300, 0.0, 0.0}, {std::numeric_limits<double>::quiet_NaN(), 0.0, 0.0}};
+    for (const Row& row : rows) {
+        EXPECT_EQ(PredictorOfPosition<GLRModel>(row.number), row.general) << row.number;
+        EXPECT_EQ(PredictorOfPosition<MLRModel>(row.number), row.multinomial) << row.number;
+    }
+}
+
+TEST(GLRModel, LimitsComeWithTheDegreesOfFreedomAsTheyStand)
+{
+    Small small;
+    GLRModel& model = small.Ready();
+    model.SetDF(2.0);
+    EXPECT_EQ(model.GetDF(), 2.0);
+    Slot slot;
+    ASSERT_TRUE(model.GetScore(&Row("b", 2.0).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(slot.As<LRResult>().GetCITop(), 16.0 + std::sqrt(10.0) * 4.30265272974946);
 }
 
 }  // namespace

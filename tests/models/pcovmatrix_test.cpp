@@ -136,5 +136,61 @@ TEST(PCovMatrix, TargetWithoutEncoderKnowsNoCategory)
     EXPECT_FALSE(multinomial.CreatePCovMatrix()->SetCell("p1", "p0", "c2", "c1", 0.5));
 }
 
+TEST(PCovMatrix, OrdinalFormOfNothingHasNoRow)
+{
+    EXPECT_EQ(AnyType(ScoreModel::TYPE_ORDINAL, 0, 1).CreatePCovMatrix()->GetDimension(), 0U);
+    EXPECT_EQ(AnyType(ScoreModel::TYPE_ORDINAL, 1, 0).CreatePCovMatrix()->GetDimension(), 0U);
+    EXPECT_EQ(AnyType(ScoreModel::TYPE_ORDINAL, 1, 1).CreatePCovMatrix()->GetDimension(), 0U);
+    EXPECT_EQ(AnyType(ScoreModel::TYPE_ORDINAL, 2, 1).CreatePCovMatrix()->GetDimension(), 1U);
+}
+
+// Whichever name or category isn't known, nothing is written; nor beyond the last row.
+TEST(PCovMatrix, EveryNameHasToBeKnown)
+{
+    AnyType ordinal(ScoreModel::TYPE_ORDINAL, 1, 3);
+    PCovMatrix& o = *ordinal.CreatePCovMatrix();
+    EXPECT_FALSE(o.SetCell("nowhere", "p0", 1.0));
+    EXPECT_FALSE(o.SetCell("p0", "nowhere", 1.0));
+    EXPECT_FALSE(o.SetCell("nowhere", "p0", "c0", true, 1.0));
+    EXPECT_FALSE(o.SetCell("p0", "nowhere", "c0", false, 1.0));
+    EXPECT_FALSE(o.SetCell("p0", "p0", "c9", false, 1.0));
+    EXPECT_FALSE(o.SetCell("p0", "p0", "c2", "c0", 1.0));  // the last category has no threshold
+    EXPECT_FALSE(o.SetCell("p0", "p0", "c0", "c2", 1.0));
+    EXPECT_TRUE(o.GetCells().empty());
+    AnyType two(ScoreModel::TYPE_ORDINAL, 2, 3);
+    EXPECT_FALSE(two.CreatePCovMatrix()->SetCell("p0", "p1", "c0", "c1", 1.0));
+    EXPECT_FALSE(two.CreatePCovMatrix()->SetCell("p1", "p0", "c0", "c1", 1.0));
+    EXPECT_FALSE(two.CreatePCovMatrix()->IsWritten());
+
+    AnyType multinomial(ScoreModel::TYPE_MLR, 2, 3);
+    PCovMatrix& m = *multinomial.CreatePCovMatrix();
+    EXPECT_FALSE(m.SetCell("nowhere", "p0", "c0", "c1", 1.0));
+    EXPECT_FALSE(m.SetCell("p0", "nowhere", "c0", "c1", 1.0));
+    EXPECT_FALSE(m.SetCell("p0", "p1", "c9", "c1", 1.0));
+    EXPECT_FALSE(m.IsWritten());
+    EXPECT_TRUE(m.SetCell("p0", "p0", "c0", "c0", 1.0));  // row and column 0
+    EXPECT_EQ(multinomial.At(0, 0), 1.0);
+
+    AnyType plain(ScoreModel::TYPE_GLR, 2, 0);
+    EXPECT_FALSE(plain.CreatePCovMatrix()->SetCell("nowhere", "p0", 1.0));
+    EXPECT_FALSE(plain.CreatePCovMatrix()->IsWritten());
+    EXPECT_TRUE(plain.CreatePCovMatrix()->SetCell("p0", "p0", 2.0));
+    EXPECT_EQ(plain.At(0, 0), 2.0);
+}
+
+TEST(PCovMatrix, TargetThatIsNotThereKnowsNoCategory)
+{
+    class NoTarget final : public BareFamily {
+    public:
+        NoTarget()
+        {
+            AddParameter("p", "");
+            categoryMap.emplace("c", 0);
+        }
+        int GetModelType() const override { return TYPE_MLR; }
+    } model;
+    EXPECT_FALSE(model.CreatePCovMatrix()->SetCell("p", "p", "c", "c", 1.0));
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

@@ -161,5 +161,19 @@ TEST(PPCMatrix, WithoutParametersEveryCellIsNull)
     EXPECT_EQ(built.model.GetPPCMatrix()->GetCell(0, 0), nullptr);
 }
 
+TEST(PPCMatrix, ParameterRegisteredAfterItsConstructionHasNoRow)
+{
+    Built<GLRModel> built;
+    built.Covariate("x");
+    built.Parameters({"a"});
+    ASSERT_TRUE(built.SetUp());
+    built.Parameters({"late"});
+    PPCMatrix& cells = *built.model.GetPPCMatrix();
+    EXPECT_FALSE(cells.SetCell("late", "x", new NumericValue(1.0)));
+    EXPECT_EQ(cells.GetCell("late", "x"), nullptr);
+    EXPECT_EQ(cells.GetCell("a", "nowhere"), nullptr);
+    EXPECT_EQ(cells.GetCell("nowhere", "x"), nullptr);
+}
+
 }  // namespace
 }  // namespace MCVelscore_850
