@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 """Mutates one expression at a time and sees whether a test notices.
 
-    scripts/mutate.py [--rooms ROOM...] [--count N] [--seed TEXT] [--only FILE...] [--jobs N] [--again]
+    scripts/mutate.py [--rooms ROOM...] [--count N] [--seed TEXT] [--only FILE...] [--jobs N]
+                      [--again | --survivors]
 
 A build for each mutant would take days. So a source is compiled once with all of its mutants: each mutated expression
 becomes a function of tests/mutants/mutants.h, which asks for the number that the environment names. The compile
@@ -10,6 +11,7 @@ mutants each test reaches, and then once or twice a mutant, with the tests that 
 
 Which mutants are drawn depends on the seed and on their own code alone, so that a change elsewhere draws the same.
 --again judges what build/mutants holds once more, of the rooms that it was made for: after a change of the tests.
+--survivors does so with those alone that weren't killed: after tests were added.
 
 The exit code is 1 where fewer than 90 of a hundred are killed, or one that survives isn't in
 tests/mutants/survivors.txt with its reason.
@@ -39,6 +41,7 @@ MADE = ROOT / "build" / "mutants"
 TREE = MADE / "tree"
 MUTANTS = ROOT / "tests" / "mutants"
 GOAL = 0.90
+ALIVE = ("survived", "not reached")
 # Of the runs: nobody waits for them.
 NICENESS = int(os.environ.get("VELSCORE_NICENESS", "19"))
 # The test programs that judge a room's mutants. A program is linked with the mutants of all rooms that it judges.
@@ -494,8 +497,11 @@ def kills(program, number, tests):
     return None
 
 
-def judge(site, variant, reached):
+def judge(site, variant, reached, known):
+    """The outcome of a mutant, unless it is known."""
     number = site.first + variant
+    if number in known:
+        return known[number]
     judges = JUDGES[room_of(site.file)]
     seen = False
     for program in judges:
@@ -537,7 +543,7 @@ def report(outcomes):
     good = True
     for room in rooms + ["all"]:
         own = [(mutant, outcome) for mutant, outcome in outcomes if room in (room_of(mutant.file), "all")]
-        alive = [mutant for mutant, outcome in own if outcome in ("survived", "not reached")]
+        alive = [mutant for mutant, outcome in own if outcome in ALIVE]
         killed = len(own) - len(alive)
         known = sum(key_of(mutant) in listed for mutant in alive)
         share = killed / max(1, len(own))
@@ -546,10 +552,16 @@ def report(outcomes):
         if room == "all":
             good = share >= GOAL
             unlisted = [(mutant, outcome) for mutant, outcome in own
-                        if outcome in ("survived", "not reached") and key_of(mutant) not in listed]
+                        if outcome in ALIVE and key_of(mutant) not in listed]
     for mutant, outcome in unlisted:
         print(f"{mutant.file}:{mutant.line}: {outcome}: {key_of(mutant)}")
     return good and not unlisted
+
+
+def killed_before(numbers):
+    """By number, how the last run's mutants were killed; it may not have come to the end of them."""
+    outcomes = [line.rsplit("\t", 1)[1] for line in (MADE / "outcomes.tsv").read_text().splitlines()]
+    return {number: outcome for number, outcome in zip(numbers, outcomes) if outcome not in ALIVE}
 
 
 def count(sites):
@@ -564,6 +576,7 @@ def main():
     parser.add_argument("--seed", default="velscore")
     parser.add_argument("--jobs", type=int, default=1)
     parser.add_argument("--again", action="store_true")
+    parser.add_argument("--survivors", action="store_true")
     arguments = parser.parse_args()
     began = time.time()
     sources = read_sources()
@@ -573,7 +586,7 @@ def main():
     programs = sorted({program for room in arguments.rooms for program in JUDGES[room]})
     tests = {program: [source for source in sources if source.file.startswith(TEMPLATE_TESTS.get(program, "-"))]
              for program in programs}
-    if arguments.again:
+    if arguments.again or arguments.survivors:
         sites = pickle.loads((MADE / "sites").read_bytes())
         for source in (source for own in tests.values() for source in own):
             code, output = compile_source(source, MADE / "objects" / source.object)
@@ -596,10 +609,12 @@ def main():
         reached[program] = record(program)
         print(f"{program} recorded ({time.time() - began:.0f} s)", flush=True)
 
+    numbers = [site.first + variant for site in sites for variant in range(len(site.changes))]
+    known = killed_before(numbers) if arguments.survivors else {}
     log = (MADE / "outcomes.tsv").open("w")
     outcomes = []
     with concurrent.futures.ThreadPoolExecutor(arguments.jobs) as pool:
-        futures = [(mutant, pool.submit(judge, site, variant, reached))
+        futures = [(mutant, pool.submit(judge, site, variant, reached, known))
                    for site in sites for variant, mutant in enumerate(site.mutants())]
         for mutant, future in futures:
             outcomes.append((mutant, future.result()))
