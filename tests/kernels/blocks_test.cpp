@@ -229,6 +229,19 @@ TEST_P(Blocks, ErrorsOfSlopesAreThoseOfOneCase)
     }
 }
 
+// A sum that begins as -0 stays so where nothing is met; products of 0 would make it 0.
+TEST_P(Blocks, ErrorOfAConstantOfMinusZeroIsMinusZeroWhereNoNumberIsMet)
+{
+    const std::vector<double> zeros(kBlockRows, 0.0);
+    const double* const columns[] = {zeros.data()};
+    const int32_t* const codes[] = {nullptr};
+    for (const double constant : {-0.0, 0.0, 1.0}) {
+        const double covariances[] = {2.0, 3.0, 3.0, constant};
+        kernels->slopeErrors({columns, codes, kBlockRows}, covariances, 2, 1, true, out.data());
+        for (size_t row = 0; row < kBlockRows; ++row) ASSERT_TRUE(SameBits(out[row], constant));
+    }
+}
+
 template <Ends kEnds, Adds kAdds>
 void ExpectSums(const BlockKernels& kernels, SumRule rule, Numbers& draw)
 {
@@ -520,6 +533,7 @@ TEST_P(Blocks, RangesAreJudgedToTheLastRowAndNoFurther)
     std::vector<double> x(kBlockRows, 3.0);
     for (const size_t rows : {1U, 7U, 8U, 9U, 511U, 512U}) {
         EXPECT_TRUE(kernels->within(x.data(), 0.0, 3.0, true, rows));
+        EXPECT_TRUE(kernels->within(x.data(), 3.0, 4.0, true, rows));  // both ends belong to it
         for (const double odd : {3.5, -1.0, kInf, std::numeric_limits<double>::quiet_NaN()}) {
             for (const size_t at : {size_t{0}, rows / 2, rows - 1}) {
                 x[at] = odd;
@@ -541,6 +555,16 @@ TEST_P(Blocks, RangesAreJudgedToTheLastRowAndNoFurther)
     x[0] = 4503599627370497.0;
     EXPECT_FALSE(kernels->within(x.data(), 0.0, 1e17, true, kBlockRows));
     EXPECT_TRUE(kernels->within(x.data(), 0.0, 1e17, false, kBlockRows));
+    // Nor of a whole one beyond 2^51.
+    for (const size_t rows : {1U, 512U}) {
+        for (const double sign : {1.0, -1.0}) {
+            x[0] = sign * 0x1p51;
+            EXPECT_TRUE(kernels->within(x.data(), -1e17, 1e17, true, rows)) << sign;
+            x[0] = sign * (0x1p51 + 2.0);
+            EXPECT_FALSE(kernels->within(x.data(), -1e17, 1e17, true, rows)) << sign;
+            EXPECT_TRUE(kernels->within(x.data(), -1e17, 1e17, false, rows)) << sign;
+        }
+    }
 }
 
 TEST_P(Blocks, CodesAreMappedAndOthersSaid)
