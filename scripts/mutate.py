@@ -52,7 +52,7 @@ JUDGES = {
     "engine": ["engine_tests"],
 }
 # Test sources that hold code of the room's headers, compiled anew.
-TEMPLATE_TESTS = {"kernels_tests": "tests/kernels/"}
+TEMPLATE_TESTS = {"kernels_tests": "tests/kernels/", "models_tests": "tests/models/"}
 
 BINARY = {"<": ("Less", ["<=", ">="]), "<=": ("LessEqual", ["<", ">"]), ">": ("Greater", [">=", "<="]),
           ">=": ("GreaterEqual", [">", "<"]), "==": ("Equal", ["!="]), "!=": ("Unequal", ["=="]),
@@ -420,6 +420,15 @@ def compile_all(sources, sites, jobs):
     return sorted((site for own in by_file.values() for site in own), key=lambda site: site.first)
 
 
+def compile_tests(sources, jobs):
+    """Compiles the sources of tests that compiled with the mutants before."""
+    with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
+        targets = [MADE / "objects" / source.object for source in sources]
+        for code, output in pool.map(compile_source, sources, targets):
+            if code != 0:
+                sys.exit(output)
+
+
 def link(program, sources):
     """The test program with the mutated objects in front, so that those of the libraries aren't taken."""
     commands = subprocess.run(["ninja", "-C", str(BUILD), "-t", "commands", f"bin/{program}"], text=True,
@@ -588,10 +597,7 @@ def main():
              for program in programs}
     if arguments.again or arguments.survivors:
         sites = pickle.loads((MADE / "sites").read_bytes())
-        for source in (source for own in tests.values() for source in own):
-            code, output = compile_source(source, MADE / "objects" / source.object)
-            if code != 0:
-                sys.exit(output)
+        compile_tests([source for own in tests.values() for source in own], arguments.jobs)
     else:
         shutil.rmtree(MADE, ignore_errors=True)
         MADE.mkdir(parents=True)
