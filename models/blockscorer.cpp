@@ -262,8 +262,8 @@ void BlockScorer::Give(const double* from, double* wanted, size_t rows)
 BlockCovariances::BlockCovariances(const PCovMatrix* matrix, std::span<const double> betas,
                                    size_t firstRow)
 {
-    if (matrix == nullptr || !matrix->IsWritten()) return;
-    cells_ = matrix->GetRow(0);
+    if (matrix == nullptr) return;
+    cells_ = matrix->GetRow(0);  // null while nothing was written
     stride_ = matrix->GetRows();
     for (size_t p = 0; p < betas.size() && p + firstRow < stride_; ++p) {
         if (betas[p] != 0.0) met_.push_back(static_cast<uint32_t>(p + firstRow));
@@ -301,7 +301,6 @@ CompactTerms::CompactTerms(const TermPlan& plan, std::span<const double> betas, 
             const kernels::TermPart& next = plan.parts[plan.begin[p]];
             std::vector<double>& table = tables_.back();
             if (parts_.back().kind == kernels::TermPart::Category) {  // the run begins here
-                table.assign(table.size(), 0.0);
                 table[static_cast<size_t>(parts_.back().code)] = betas_.back();
                 parts_.back().kind = kernels::TermPart::Dummies;
                 parts_.back().column = table.data();

@@ -209,7 +209,6 @@ MCStatus CoxRegModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& resu
 {
     if (!refValuesComputed && basePointTable.size() == betas.size()) {
         computeRefValues(betas, static_cast<int>(betas.size()));
-        ownState.hasReferences = false;
     }
     return RegressionModel::GetScore(record, result, derivedInRecord);
 }
@@ -383,7 +382,6 @@ kernels::Baseline CoxRegModel::BaselineOf(size_t stratum) const
         baseline.hazards = baselines[stratum].hazards.data();
         baseline.count = baselines[stratum].times.size();
         baseline.grid = baselines[stratum].grid;
-        baseline.grid.counts = baselines[stratum].counts.data();  // also of a copied model
     }
     return baseline;
 }

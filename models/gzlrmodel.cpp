@@ -183,9 +183,7 @@ MCScore::MCStatus GZLRModel::ScoreCase(CaseState& state, const ScoreCaseRecord* 
         0.0, plan.View(), categoryBetas[static_cast<size_t>(state.betaRow)].data(), 0, cells,
         [&](size_t p, double d) { state.design[p] = d; });
     if (offset.kind == Offset::VALUE) eta += offset.value;
-    if (offset.kind == Offset::VARIABLE && offset.variable != nullptr) {
-        eta += state.numbers[predictorCount];
-    }
+    if (offset.HasVariable()) eta += state.numbers[predictorCount];
     state.linearPredictor = eta;
     WriteLinearPredictorError(state);
     int trials = -1;

@@ -30,7 +30,7 @@ struct Offset {
         kind = VALUE;
     }
     /// A null variable counts as an offset that adds nothing.
-    bool HasVariable() const { return kind == VARIABLE && variable != nullptr; }
+    bool HasVariable() const { return variable != nullptr; }
     /// The offset's line of a model's display, when there is one.
     void Display(std::ostream& out) const
     {

@@ -1,5 +1,6 @@
 #include "models/paramtable.h"
 
+#include "models/nameindex.h"
 #include "models/regressionmodel.h"
 
 namespace MCVelscore_850 {
@@ -24,10 +25,7 @@ bool ParamTable::SetCell(const std::string& category, const std::string& paramet
 const ParamTableCell* ParamTable::GetCell(const std::string& category,
                                           const std::string& parameter) const
 {
-    const auto row = categories->find(category);
-    const auto column = parameters->find(parameter);
-    if (row == categories->end() || column == parameters->end()) return nullptr;
-    return GetCell(row->second, column->second);
+    return GetCell(IndexOf(*categories, category), IndexOf(*parameters, parameter));
 }
 
 ParamTableCell* ParamTable::GetCell(const std::string& category, const std::string& parameter)
@@ -37,8 +35,7 @@ ParamTableCell* ParamTable::GetCell(const std::string& category, const std::stri
 
 int ParamTable::GetParameterIndex(const std::string& parameter) const
 {
-    const auto found = parameters->find(parameter);
-    return found == parameters->end() ? -1 : found->second;
+    return IndexOf(*parameters, parameter);
 }
 
 }  // namespace MCVelscore_850

@@ -2,6 +2,7 @@
 
 #include "host/variables/catencoder.h"
 #include "host/variables/scoredictvar.h"
+#include "models/nameindex.h"
 #include "models/regressionmodel.h"
 
 namespace MCVelscore_850 {
@@ -34,11 +35,7 @@ PCovMatrix::PCovMatrix(const RegressionModel* owner)
     }
 }
 
-int PCovMatrix::ParameterIndex(const std::string& name) const
-{
-    const auto found = parameters->find(name);
-    return found == parameters->end() ? -1 : found->second;
-}
+int PCovMatrix::ParameterIndex(const std::string& name) const { return IndexOf(*parameters, name); }
 
 int PCovMatrix::CategoryPosition(const std::string& category) const
 {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "models/nameindex.h"
 #include "models/regressionmodel.h"
 
 namespace MCVelscore_850 {
@@ -20,20 +21,18 @@ bool PPCMatrix::SetCell(const std::string& parameter, const std::string& predict
                         ScoreValue* value)
 {
     std::unique_ptr<ScoreValue> owned(value);
-    const auto named = parameters->find(parameter);
-    const auto column = predictors->find(predictor);
-    if (named == parameters->end() || column == predictors->end()) return false;
-    const auto r = static_cast<size_t>(named->second);
-    if (r >= cells.size() || static_cast<size_t>(column->second) >= columns) return false;
+    const auto r = static_cast<size_t>(IndexOf(*parameters, parameter));
+    const int column = IndexOf(*predictors, predictor);
+    if (r >= cells.size() || static_cast<size_t>(column) >= columns) return false;
     std::vector<Cell>& row = cells[r];
-    const auto place = std::ranges::lower_bound(row, column->second, {}, &Cell::predictor);
-    const bool isThere = place != row.end() && place->predictor == column->second;
+    const auto place = std::ranges::lower_bound(row, column, {}, &Cell::predictor);
+    const bool isThere = place != row.end() && place->predictor == column;
     if (owned == nullptr) {
         if (isThere) row.erase(place);
     } else if (isThere) {
         place->value = std::move(owned);
     } else {
-        row.insert(place, Cell{column->second, std::move(owned)});
+        row.insert(place, Cell{column, std::move(owned)});
     }
     return true;
 }
@@ -55,10 +54,7 @@ const ScoreValue* PPCMatrix::GetCell(int parameter, int predictor) const
 const ScoreValue* PPCMatrix::GetCell(const std::string& parameter,
                                      const std::string& predictor) const
 {
-    const auto row = parameters->find(parameter);
-    const auto column = predictors->find(predictor);
-    if (row == parameters->end() || column == predictors->end()) return nullptr;
-    return GetCell(row->second, column->second);
+    return GetCell(IndexOf(*parameters, parameter), IndexOf(*predictors, predictor));
 }
 
 ScoreValue* PPCMatrix::GetCell(const std::string& parameter, const std::string& predictor)

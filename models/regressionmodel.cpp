@@ -12,16 +12,11 @@
 #include "host/variables/valueset.h"
 #include "host/variables/varstats.h"
 #include "kernels/standarderror.h"
+#include "models/nameindex.h"
 
 namespace MCVelscore_850 {
 
 namespace {
-
-int FindIndex(const RegressionModel::NameMap& map, const std::string& name)
-{
-    const auto found = map.find(name);
-    return found == map.end() ? -1 : found->second;
-}
 
 bool Register(RegressionModel::NameMap& map, const std::string& name)
 {
@@ -79,12 +74,12 @@ bool RegressionModel::AddPredictor(const std::string& name) { return Register(pr
 
 int RegressionModel::GetParameterIndex(const std::string& name) const
 {
-    return FindIndex(parameterMap, name);
+    return IndexOf(parameterMap, name);
 }
 
 int RegressionModel::GetPredictorIndex(const std::string& name) const
 {
-    return FindIndex(predictorMap, name);
+    return IndexOf(predictorMap, name);
 }
 
 RegressionModel::NameVector RegressionModel::GetParameterVector() const
