@@ -346,12 +346,17 @@ TEST_P(Blocks, EquationsAndTheirProbabilitiesAreThoseOfOneCase)
                     if (betas[c][p] != 0.0) eta[c] += design.value * betas[c][p];
                 }
             }
+            constexpr size_t kStride = 2;
+            double apart[kEquations * kStride];
+            SumsOfTerms<Ends::Alone>(start[row], model.View(), byParameter.data(), kEquations,
+                                     block.Row(row), apart, kStride);
             const Largest<double> largest = LargestOf(eta, kEquations);
             double e[kEquations];
             const double sum = Exponentials(eta, kEquations, largest.value, e);
             ASSERT_EQ(out[row], largest.index);
             for (size_t c = 0; c < kEquations; ++c) {
                 ASSERT_TRUE(SameBits(sums[c * kBlockRows + row], eta[c]));
+                ASSERT_TRUE(SameBits(apart[c * kStride], eta[c]));
                 ASSERT_TRUE(SameBits(lp[c * kBlockRows + row], e[c] / sum));
             }
         }
@@ -612,6 +617,14 @@ TEST(InstructionSet, ExpThatDepartsFromTheLibraryIsNoticed)
     wrong.exp = [](const double* x, double* y, size_t rows) {
         for (size_t i = 0; i < rows; ++i) y[i] = std::exp(x[i]);
         y[rows - 1] = std::nextafter(y[rows - 1], 1.0);
+    };
+    EXPECT_FALSE(AgreesWithLibrary(wrong));
+    // Nor does it pass where it departs in a narrow span alone.
+    wrong.exp = [](const double* x, double* y, size_t rows) {
+        for (size_t i = 0; i < rows; ++i) {
+            const bool departs = x[i] > 10.0 && x[i] < 10.4;
+            y[i] = departs ? std::nextafter(std::exp(x[i]), 0.0) : std::exp(x[i]);
+        }
     };
     EXPECT_FALSE(AgreesWithLibrary(wrong));
 }

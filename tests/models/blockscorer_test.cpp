@@ -21,6 +21,7 @@
 #include "host/values/stringvalue.h"
 #include "host/variables/caserecord.h"
 #include "models/coxregresult.h"
+#include "models/coxregrmodel.h"
 #include "models/glrmodel.h"
 #include "models/gzlrmodel.h"
 #include "models/lrresult.h"
@@ -732,6 +733,50 @@ TEST(BlockScorerOf, AGeneralLinearModelWithoutLimits)
     made.built.Beta("p", 0.5);
     made.built.model.CreatePCovMatrix()->SetCell("p", "p", 2.0);
     made.built.model.SetDF(0.0);
+    ASSERT_NO_FATAL_FAILURE(made.Expect());
+}
+
+// Dummies of one factor are one look-up where nothing is taken off them, and only there.
+TEST(BlockScorerOf, ACoxModelWhoseDummiesAreCentred)
+{
+    const std::vector<double> points[] = {
+        {0.0, 0.0, 0.0}, {0.0, 0.5, 0.0}, {0.5, 0.0, 0.0}, {0.0, 0.0, 2.0}, {0.5, 0.5, 0.5}};
+    for (const std::vector<double>& point : points) {
+        HandMade<CoxRegModel> made(Continuous("status"));
+        made.Factor("f", {"a", "b", "c"});
+        made.Covariate("x");
+        made.built.Parameters({"pa", "pb", "pc"});
+        made.built.model.SetEndTimeVariableName("x");
+        made.built.model.SetCumHazardTable({{{-1.0, 0.25}, {0.0, 0.5}, {1.0, 0.75}}}, {}, "");
+        made.built.model.SetMinMaxTime({-1.0}, {5.0});
+        made.built.model.SetBasePointTable(point);
+        ASSERT_TRUE(made.built.SetUp());
+        for (const auto& [name, category] : {std::pair{"pa", "a"}, {"pb", "b"}, {"pc", "c"}}) {
+            made.built.Cell(name, "f", category);
+            made.built.Beta(name, 2.0);  // a reference of 1 at a base point of one half
+        }
+        ASSERT_NO_FATAL_FAILURE(made.Expect());
+    }
+}
+
+// A category without a place in the contrasts is left to its case, which fails by it.
+TEST(BlockScorerOf, ACoxModelWhoseContrastsLackPlaces)
+{
+    HandMade<CoxRegModel> made(Continuous("status"));
+    made.Factor("f", {"a", "b", "c"});
+    made.Covariate("x");
+    made.built.Parameters({"pc", "px"});
+    made.built.model.SetEndTimeVariableName("x");
+    made.built.model.SetCumHazardTable({{{-1.0, 0.25}, {1.0, 0.75}}}, {}, "");
+    made.built.model.SetMinMaxTime({-1.0}, {5.0});
+    ASSERT_TRUE(made.built.model.SetContrastMatrix(
+        "f", {{1.0, 0.0, 0.5}, {0.0, 1.0}, {0.5, 0.5, -1.0}},
+        {new StringValue("a"), new StringValue("b"), new StringValue("c")}));
+    ASSERT_TRUE(made.built.SetUp());
+    made.built.Cell("pc", "f", "c");
+    made.built.Cell("px", "x", "1");
+    made.built.Beta("pc", 1.5);
+    made.built.Beta("px", 0.25);
     ASSERT_NO_FATAL_FAILURE(made.Expect());
 }
 

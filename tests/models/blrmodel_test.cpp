@@ -756,5 +756,22 @@ TEST(BLRModel, ContrastThatTheMatrixLacksMattersWhereItsBetaDoes)
     }
 }
 
+// Columns beyond the categories are nobody's.
+TEST(BLRModel, CellOfACategoryWithoutALabelHasNoContrast)
+{
+    Built<BLRModel> built(Categorical("y", {"no", "yes"}));
+    built.Factor("f", {"u", "v", "w"});
+    built.Parameters({"p"});
+    ASSERT_TRUE(built.model.SetContrastMatrix("f", {{1, 2, 3}, {4, 5, 6}}, {0, 1}));
+    ASSERT_TRUE(built.SetUp());
+    built.Cell("p", "f", "w");
+    built.Beta("yes", "p", 1.0);
+    built.model.FinishSetup();
+    Slot slot;
+    Case c;
+    c.With("f", "u");
+    EXPECT_EQ(built.model.GetScore(&c.Record(), slot.result, true).GetErrorCode(), 90017);
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

@@ -563,5 +563,17 @@ TYPED_TEST(EveryFamily, VariableOfSomebodyElseKeepsItsPosition)
     EXPECT_EQ(this->slot.Number(), 5.0);  // a, and the third
 }
 
+// The policy that a run has, whatever the setup found to substitute.
+TYPED_TEST(EveryFamily, AnotherPolicyAfterTheSetupSubstitutesNothing)
+{
+    Replace(this->built.Covariate("a"), 10.0);
+    this->built.Covariate("b");
+    this->built.SetUp();
+    this->built.model.FinishSetup();
+    this->built.model.SetMissingValuePolicy(ScoreModel::MV_SYSMIS_RESULT);
+    EXPECT_EQ(this->Score(kSysmis, 2).GetErrorCode(), 90029);
+    EXPECT_EQ(this->slot.Number(), kSysmis);
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

@@ -1382,5 +1382,45 @@ TEST(CoxRegModel, SecondBaselinesReplaceTheFirst)
     EXPECT_EQ(model.ScoreRow(*state, &gone.Record(), slot.result, true).GetErrorCode(), 90029);
 }
 
+TEST(CoxRegModel, CurveComputesDerivedPredictors)
+{
+    Small small;
+    auto* derived = new TransformationDictionary;
+    auto var = Derived("d", 2.0);
+    small.model.SetVarRole(var.get(), ScoreModel::ROLE_COVARIATE);
+    derived->AddVar("d", var.release());
+    derived->SetUpDerivedCaseRecord();
+    small.model.SetTransformationScoreDictionary(derived);
+    small.model.AddPredictor("d");
+    small.model.SetNeedDerivedPredictor(true);
+    small.Parameters({"pd"});
+    ASSERT_TRUE(small.SetUp());
+    small.model.GetPPCMatrix()->SetCell("pd", "d", new NumericValue(1.0));
+    small.Beta("pd", 0.75);
+    small.Fill();
+    Case c;
+    c.With("f", "a").With("x", 0.0);
+    std::vector<SurvivalPoint> curve;
+    ASSERT_TRUE(small.model.CurveRow(*small.model.MakeState(), &c.Record(), false, curve).IsOK());
+    ASSERT_EQ(curve.size(), 3U);
+    EXPECT_EQ(curve[0].cumHazard, std::exp(1.5) * 0.1);
+}
+
+// A median within the limits as they stand: those that were set before leave nothing behind.
+TEST(CoxRegModel, SecondLimitsReplaceTheFirst)
+{
+    Small small;
+    small.model.SetMinMaxTime({1.0}, {12.0});
+    small.model.SetMinMaxTime({1.0}, {5.0});  // without the time of 0.7
+    const CoxRegModel& model = small.Ready();
+    const auto state = model.MakeState();
+    state->survivalAsked.median = true;
+    Slot slot;
+    ASSERT_TRUE(model.ScoreRow(*state, &Row("a", 0.0, 5).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(state->survival.median, kSysmis);
+    ASSERT_TRUE(model.ScoreRow(*state, &Row("b", 2.0, 5).Record(), slot.result, true).IsOK());
+    EXPECT_EQ(state->survival.median, 4.0);
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

@@ -726,5 +726,20 @@ TEST(Descriptions, OfCoxRegressionWithContrasts)
     EXPECT_EQ(Explained(rig.model), Joined({"explained\n", kExplainedTerms}));
 }
 
+// An offset whose role is a covariate's is told among them, also where it is no predictor.
+TEST(Descriptions, OfAGeneralizedLinearModelWhoseOffsetIsACovariate)
+{
+    Rig<GZLRModel> rig(Continuous("y"));
+    DictVar& o = rig.Other(Continuous("o"));
+    rig.model.SetVarRole(&o, ScoreModel::ROLE_COVARIATE);
+    rig.model.SetOffsetVar(&o);
+    rig.WriteCells();
+    rig.model.FinishSetup();
+    ModelDescription about;
+    rig.model.Describe(about);
+    EXPECT_EQ(about.covariates, (std::vector<std::string>{"x", "o"}));
+    EXPECT_EQ(about.variables, (std::vector<std::string>{"f", "x", "o"}));
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

@@ -602,5 +602,35 @@ TEST(GLRModel, LimitsComeWithTheDegreesOfFreedomAsTheyStand)
     EXPECT_EQ(slot.As<LRResult>().GetCITop(), 16.0 + std::sqrt(10.0) * 4.30265272974946);
 }
 
+TEST(GLRModel, DerivedPredictorIsComputedUnlessTheRecordHoldsIt)
+{
+    Built<GLRModel> built;
+    auto* derived = new TransformationDictionary;
+    auto var = Derived("d", 5.0);
+    built.model.SetVarRole(var.get(), ScoreModel::ROLE_COVARIATE);
+    derived->AddVar("d", var.release());
+    derived->SetUpDerivedCaseRecord();
+    built.model.SetTransformationScoreDictionary(derived);
+    built.model.AddPredictor("d");
+    built.model.SetNeedDerivedPredictor(true);
+    built.Parameters({"p"});
+    ASSERT_TRUE(built.SetUp());
+    built.model.GetNumericPPMatrix()[0][0] = 1.0;
+    built.Beta("p", 2.0);
+    built.model.FinishSetup();
+    for (const bool indexed : {true, false}) {
+        Case c(indexed);
+        c.With("d", 40.0);
+        for (const auto& [derivedInRecord, predicted] : {std::pair{false, 10.0}, {true, 80.0}}) {
+            const auto state = built.model.MakeState();
+            Slot slot;
+            const auto status =
+                built.model.ScoreRow(*state, &c.Record(), slot.result, derivedInRecord);
+            ASSERT_TRUE(status.IsOK());
+            EXPECT_EQ(slot.Number(), predicted) << indexed;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace MCVelscore_850

@@ -358,8 +358,8 @@ TEST(BLRModelOfAnyLabels, TellsTheCategoriesThatItKnows)
 TEST(CoxRegModelThatLacksPieces, TellsTheOthers)
 {
     Built<CoxRegModel> built("status");
-    built.Covariate("x");
     built.Factor("f", {"u", "v"});
+    built.Covariate("x");
     built.model.AddPredictor("zero");
     built.Parameters({"p"});
     ASSERT_TRUE(
@@ -394,6 +394,9 @@ TEST(OrdinalModelThatLacksPieces, TellsTheOthers)
     EXPECT_EQ(about.offset, "");
     EXPECT_FALSE(about.hasProbabilityErrors);
     EXPECT_TRUE(about.equations.empty());
+    ExplanationOutline outline;
+    built.model.OutlineExplanations(outline);
+    EXPECT_EQ(outline.equations.size(), 1U);
     EXPECT_TRUE(about.coefficients.empty());
     EXPECT_TRUE(Holds(Displayed(built.model),
                       "Link function: \nDistribution: Multinomial\n"
@@ -532,6 +535,51 @@ TEST(ParametersAfterTheCovariances, HaveNoPartInErrors)
     EXPECT_EQ(errors[0], 6.0);
     EXPECT_EQ(errors[1], 0.0);
     EXPECT_EQ(errors[2], 2.0);
+}
+
+TEST(ParametersAfterTheCovariances, HaveNoPartInErrorsOfProbabilities)
+{
+    Built<ORModel> built(Categorical("y", {"lo", "mid", "hi"}));
+    built.Covariate("x");
+    built.Parameters({"threshold", "p"});
+    ASSERT_TRUE(built.SetUp());
+    built.model.CreatePCovMatrix()->SetCell("p", "p", 4.0);  // 3 x 3
+    built.Parameters({"late"});
+    ASSERT_TRUE(built.model.Setup());
+    built.Cell("p", "x", "1");
+    built.Cell("late", "x", "1");
+    built.Beta("lo", "threshold", -1.0);
+    built.Beta("mid", "threshold", 1.0);
+    built.Beta("mid", "p", 1.0);
+    built.Beta("mid", "late", 1.0);
+    built.model.FinishSetup();
+    const auto state = built.model.MakeState();
+    state->wantsProbabilityErrors = true;
+    Slot slot;
+    Case c;
+    c.With("x", 0.5);
+    ASSERT_TRUE(built.model.ScoreRow(*state, &c.Record(), slot.result, true).IsOK());
+    // Of p alone: |x| sqrt(4) times the logistic density at each boundary, -1 and 1 beside 2 x.
+    const auto density = [](double at) {
+        const double e = std::exp(-std::fabs(at));
+        return e / ((1.0 + e) * (1.0 + e));
+    };
+    ASSERT_EQ(state->probabilityErrors.size(), 3U);
+    EXPECT_NEAR(state->probabilityErrors[0], density(0.0), 1e-15);
+    EXPECT_NEAR(state->probabilityErrors[1], std::fabs(density(2.0) - density(0.0)), 1e-15);
+    EXPECT_NEAR(state->probabilityErrors[2], density(2.0), 1e-15);
+}
+
+// Contrasts of a predictor that came after the setup have no part either.
+TEST(ContrastsAfterTheSetup, HaveNoPartInATerm)
+{
+    Built<CoxRegModel> built("status");
+    built.Parameters({"p"});
+    ASSERT_TRUE(built.SetUp());
+    built.model.AddPredictor("late");
+    ASSERT_TRUE(built.model.SetContrastMatrix("late", {{1.0}}, {new StringValue("u")}));
+    EXPECT_TRUE(built.model.FinishSetup());
+    EXPECT_TRUE(Described(built.model).contrasts.empty());
 }
 
 }  // namespace

@@ -45,6 +45,8 @@ TEST(PCovMatrix, PlainFormHasARowForEachParameterAndKeepsBothTriangles)
     EXPECT_EQ(v.GetCell(0, 1), 0.5);
     EXPECT_EQ(v.GetCell(1, 0), 0.5);
     EXPECT_EQ(v.GetCell("p1", "p0"), 0.5);
+    EXPECT_TRUE(v.SetCell("p1", "p2", 0.75));
+    EXPECT_EQ(v.GetCell("p1", "p2"), 0.75);
     EXPECT_EQ(v.GetCell("p1", "nowhere"), 0.0);
     EXPECT_FALSE(v.SetCell("p0", "nowhere", 1.0));
 }
@@ -164,8 +166,8 @@ TEST(PCovMatrix, EveryNameHasToBeKnown)
 
     AnyType multinomial(ScoreModel::TYPE_MLR, 2, 3);
     PCovMatrix& m = *multinomial.CreatePCovMatrix();
-    EXPECT_FALSE(m.SetCell("nowhere", "p0", "c0", "c1", 1.0));
-    EXPECT_FALSE(m.SetCell("p0", "nowhere", "c0", "c1", 1.0));
+    EXPECT_FALSE(m.SetCell("nowhere", "p0", "c1", "c1", 1.0));
+    EXPECT_FALSE(m.SetCell("p0", "nowhere", "c1", "c1", 1.0));
     EXPECT_FALSE(m.SetCell("p0", "p1", "c9", "c1", 1.0));
     EXPECT_FALSE(m.IsWritten());
     EXPECT_TRUE(m.SetCell("p0", "p0", "c0", "c0", 1.0));  // row and column 0
