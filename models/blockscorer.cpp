@@ -332,10 +332,10 @@ bool CompactTerms::ContinuesRun(const TermPlan& plan, size_t parameter) const
     if (next.kind != TermPart::Category || begin_.back() - begin_[begin_.size() - 2] != 1) {
         return false;
     }
-    // The table has room for every code of the predictor.
+    // Codes of cells begin at 0, and the table has room for all of the predictor's.
     const TermPart& last = parts_.back();
-    if (last.predictor != next.predictor || next.code < 0) return false;
-    if (last.kind == TermPart::Category) return last.code >= 0 && last.code != next.code;
+    if (last.predictor != next.predictor) return false;
+    if (last.kind == TermPart::Category) return last.code != next.code;
     return last.kind == TermPart::Dummies && last.column[next.code] == 0.0;
 }
 

@@ -273,7 +273,7 @@ TermPlan RegressionModel::PlanNumberTerms(NumberTerms terms) const
             const int32_t code = CodeOf(cell, false);
             if (!predictors.IsFactor(k)) {
                 repeats ? made.AddRepeatedProduct(k, cell) : made.AddPower(k, cell);
-            } else if (predictors.HasTexts(k) && code != CategoryCodes::kNone) {
+            } else if (predictors.HasTexts(k) && code >= 0) {
                 made.AddCategory(k, code);
             } else {
                 made.AddNumber(k, repeats ? kernels::TermPart::Near : kernels::TermPart::Equal,

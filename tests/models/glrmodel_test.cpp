@@ -583,8 +583,10 @@ TEST(GLRModel, NumberForATextIsNearlyAPosition)
         double number, general, multinomial;
     };
     const Row rows[] = {
-        {1.0, 20.0, 20.0}, {0.0, 10.0, 10.0}, {1.0 + 1e-14, 20.0, 0.0},
-        {1.5, 0.0, 0.0},   {1e300, 0.0, 0.0}, {std::numeric_limits<double>::quiet_NaN(), 0.0, 0.0}};
+        {1.0, 20.0, 20.0},        {0.0, 10.0, 10.0},
+        {1.0 + 1e-14, 20.0, 0.0}, {1.5, 0.0, 0.0},
+        {1.25, 0.0, 0.0},         {-2.0, 0.0, 0.0},
+        {1e300, 0.0, 0.0},        {std::numeric_limits<double>::quiet_NaN(), 0.0, 0.0}};
     for (const Row& row : rows) {
         EXPECT_EQ(PredictorOfPosition<GLRModel>(row.number), row.general) << row.number;
         EXPECT_EQ(PredictorOfPosition<MLRModel>(row.number), row.multinomial) << row.number;
@@ -630,6 +632,35 @@ TEST(GLRModel, DerivedPredictorIsComputedUnlessTheRecordHoldsIt)
             EXPECT_EQ(slot.Number(), predicted) << indexed;
         }
     }
+}
+
+// A cell of a factor of texts that is no position: no text meets it, and without validation the
+// number itself does.
+TEST(GLRModel, CellBelowAllPositionsMeetsItsNumberAlone)
+{
+    Built<GLRModel> built;
+    built.Factor("f", {"u", "v"});
+    built.Parameters({"pu", "odd"});
+    ASSERT_TRUE(built.SetUp());
+    built.Cell("pu", "f", "u");
+    built.model.GetNumericPPMatrix()[1][0] = -2.0;
+    built.Beta("pu", 10.0);
+    built.Beta("odd", 20.0);
+    built.model.SetScoreCaseValidationCheck(false);
+    built.model.FinishSetup();
+    const auto expect = [&](Given f, double lp) {
+        Slot slot;
+        Case c;
+        c.With("f", std::move(f));
+        ASSERT_TRUE(built.model.GetScore(&c.Record(), slot.result, true).IsOK());
+        EXPECT_EQ(slot.Number(), lp);
+    };
+    expect("u", 10.0);
+    expect("v", 0.0);
+    expect(-2.0, 20.0);
+    expect(-2.0 * (1.0 + 1e-14), 20.0);
+    expect(-1.0, 0.0);
+    expect(0.0, 10.0);
 }
 
 }  // namespace
