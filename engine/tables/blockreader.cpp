@@ -18,6 +18,9 @@ namespace {
 constexpr size_t kMostBlanks = size_t{1} << 16;
 constexpr std::string_view kBlanks = " \t\r\n";
 
+// Read at once to tell the form, where blocks aren't wanted larger.
+constexpr size_t kStart = size_t{1} << 12;
+
 std::string_view WithoutMark(std::string_view text)
 {
     if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
@@ -36,7 +39,7 @@ std::string ReadStart(ByteSource& source, size_t wanted)
     };
     while (!isTold()) {
         const size_t before = start.size();
-        start.resize(std::max(before + kMostBlanks, wanted));
+        start.resize(std::max(before + kStart, wanted));
         const size_t count = source.Read(start.data() + before, start.size() - before);
         start.resize(before + count);
         if (count == 0) break;

@@ -131,7 +131,9 @@ public:
     {
         // A block at a time: a call that fails doesn't tell what it unpacked before. The library
         // asks for a block with the header of the next one, which may be the damaged one.
-        const size_t part = wanted_ > kBlockHeader ? wanted_ - kBlockHeader : wanted_;
+        // What of a block there was no room for comes before anything of the next one is read.
+        const size_t block = wanted_ > kBlockHeader ? wanted_ - kBlockHeader : wanted_;
+        const size_t part = holdsOutput_ ? 0 : block;
         ZSTD_inBuffer in{input.data(), std::min(input.size(), part), 0};
         ZSTD_outBuffer out{output.data(), output.size(), 0};
         const size_t answer = ::ZSTD_decompressStream(context_, &out, &in);
@@ -139,6 +141,7 @@ public:
         output = output.subspan(out.pos);
         if (::ZSTD_isError(answer) != 0) return Fault(answer);
         wanted_ = answer == 0 ? kStartOfFrame : answer;
+        holdsOutput_ = answer != 0 && output.empty();
         return {answer == 0 ? Outcome::MemberEnds : Outcome::GoesOn};
     }
 
@@ -159,6 +162,7 @@ private:
 
     ZSTD_DCtx* context_ = ::ZSTD_createDCtx();
     size_t wanted_ = kStartOfFrame;
+    bool holdsOutput_ = false;  // perhaps: the room was used up
 };
 
 }  // namespace
@@ -166,8 +170,8 @@ private:
 TableSource::TableSource(std::unique_ptr<ByteSource> packed, const StopFlag* stop)
     : packed_(std::move(packed)),
       stop_(stop),
-      buffer_(kBuffer),
-      input_(buffer_.begin(), buffer_.begin())
+      buffer_(std::make_unique_for_overwrite<char[]>(kBuffer)),
+      input_(buffer_.get(), 0)
 {}
 
 TableSource::~TableSource() = default;
@@ -205,11 +209,10 @@ size_t TableSource::Read(char* buffer, size_t size)
 // Reads once, behind what is left in the buffer.
 void TableSource::Fill()
 {
-    std::memmove(buffer_.data(), input_.data(), input_.size());
-    const size_t count =
-        packed_->Read(buffer_.data() + input_.size(), buffer_.size() - input_.size());
+    std::memmove(buffer_.get(), input_.data(), input_.size());
+    const size_t count = packed_->Read(buffer_.get() + input_.size(), kBuffer - input_.size());
     inputEnded_ = count == 0;
-    input_ = {buffer_.data(), input_.size() + count};
+    input_ = {buffer_.get(), input_.size() + count};
 }
 
 void TableSource::ReadStart()

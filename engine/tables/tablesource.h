@@ -53,7 +53,7 @@ private:
 
     std::unique_ptr<ByteSource> packed_;
     const StopFlag* stop_;
-    std::vector<char> buffer_;
+    std::unique_ptr<char[]> buffer_;  // of kBuffer bytes
     std::string_view input_;  // what was read into the buffer and not yet taken
     bool inputEnded_ = false;
 

@@ -230,6 +230,19 @@ TEST(TableSource, DeliversWhatIsBeforeTheFaultFirst)
     }
 }
 
+TEST(TableSource, DeliversABlockThatNeedsSeveralReadsBeforeTheFault)
+{
+    // RFC 8878: a frame with a window of 128 KiB, a block of 100,000 times x, and one of the
+    // reserved type.
+    const std::string file = std::string("\x28\xB5\x2F\xFD\0\x38", 6) +
+                             std::string("\x02\x35\x0Cx", 4) + std::string("\x06\0\0", 3);
+    for (const size_t part : {size_t{1000}, kWhole}) {
+        const Reading reading = ReadAll(file, kWhole, part);
+        EXPECT_TRUE(reading.bytes == std::string(100000, 'x')) << reading.bytes.size();
+        EXPECT_EQ(reading.code, kPackedDamaged);
+    }
+}
+
 TEST(TableSource, RefusesWhatIsBehindTheCompressedTable)
 {
     const std::string gzip = PackedByGzip(kTable);
