@@ -147,6 +147,13 @@ private:
         return true;
     }
 
+    static bool ReadsFields(const Expression& expression)
+    {
+        std::vector<const ScoreDictVar*> inputs;
+        expression.CollectInputs(inputs);
+        return !inputs.empty();
+    }
+
     // Where every argument's outcomes can be told and their combinations are few, those of the
     // function are what it makes of each.
     bool TryCombinations(Outcomes& outcomes) const
@@ -156,6 +163,10 @@ private:
         for (const auto& argument : arguments_) {
             each.push_back({{}, outcomes.left});
             if (!argument->CollectOutcomes(each.back())) return false;
+            // A missing one is left out, and the others make an outcome of their own.
+            if (function_.missing == MissingRule::Ignore && ReadsFields(*argument)) {
+                each.back().values.emplace_back();
+            }
             combinations *= each.back().values.size();
             if (combinations > std::min(kMostCombinations, outcomes.left)) return false;
         }

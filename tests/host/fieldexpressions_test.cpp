@@ -488,6 +488,17 @@ TEST(DerivedTexts, HaveTheCategoriesThatTheirFunctionsYield)
     EXPECT_EQ(Categories(d.Var("i")), Texts{"z"});
 }
 
+TEST(DerivedTexts, HaveTheCategoriesOfFunctionsThatLeaveMissingArgumentsOut)
+{
+    const std::string ten = Constant("10", "dataType='double'");
+    const Derivation d(TextField("d", Apply("sum", FieldRef("k") + ten)) +
+                       TextField("e", Apply("sum", ten + ten)));
+    EXPECT_EQ(Categories(d.Var("d")), (Texts{"11", "12", "10"}));
+    EXPECT_EQ(d["d"].GetString(), "10");
+    EXPECT_FALSE(d.Invalid("d"));
+    EXPECT_EQ(Categories(d.Var("e")), Texts{"20"});
+}
+
 TEST(Evaluation, AllocatesNothingAfterTheFirstCase)
 {
     const std::string sum = Apply("+", FieldRef("x") + Apply("ln", FieldRef("y")));
