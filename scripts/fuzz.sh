@@ -10,9 +10,9 @@
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 declare -A seeds=([document]=documents [structure]=documents [convert]=convertible [pair]=pairs
-    [table]=tables [expression]=bytes [stats]=bytes [arrow]=arrow)
+    [table]=tables [expression]=bytes [derived]=bytes [stats]=bytes [arrow]=arrow)
 declare -A small=([document]=4096 [structure]=4096 [convert]=4096 [pair]=4096
-    [table]=512 [expression]=256 [stats]=64 [arrow]=1024)
+    [table]=192 [expression]=64 [derived]=64 [stats]=48 [arrow]=1024)
 if [ $# -lt 2 ] || [ -z "${seeds[$1]:-}" ] || [ "${3:-volume}" != volume ]; then
     echo "usage: scripts/fuzz.sh TARGET SECONDS [volume]; the targets are: ${!seeds[*]}" >&2
     exit 1
@@ -34,13 +34,19 @@ if [ $# -eq 2 ]; then
     exec "$program" "${options[@]}" -timeout=20 -rss_limit_mb=2048 -max_len=65536 \
         -dict="$build/words.dict" "$corpus" "${inputs[@]}"
 fi
-# Longer seeds would be cut, which makes no seed of a document.
-few=$build/small-seeds/$1
-rm -rf "$few" "$corpus.minimised"
-mkdir -p "$few" "$corpus.minimised"
-find "$build/tests/fuzz/seeds/${seeds[$1]}" -type f -size "-$((small[$1] + 1))c" -exec cp -t "$few" {} +
+# Longer seeds are cut, which bytes may be; a document is none then.
+few=$build/tests/fuzz/seeds/${seeds[$1]}
+if [ "${seeds[$1]}" != bytes ]; then
+    few=$build/small-seeds/$1
+    rm -rf "$few"
+    mkdir -p "$few"
+    find "$build/tests/fuzz/seeds/${seeds[$1]}" -type f -size "-$((small[$1] + 1))c" -exec cp -t "$few" {} +
+fi
+rm -rf "$corpus.minimised"
+mkdir -p "$corpus.minimised"
 # What entropic schedules and names of functions cost is more than an input costs.
-"$program" "${options[@]}" -timeout=300 -max_len="${small[$1]}" -entropic=0 -print_funcs=0 "$corpus" "$few"
+"$program" "${options[@]}" -timeout=300 -max_len="${small[$1]}" -entropic=0 -print_funcs=0 -reload=0 \
+    "$corpus" "$few"
 "$program" -merge=1 -max_len="${small[$1]}" "$corpus.minimised" "$corpus"
 rm -rf "$corpus"
 mv "$corpus.minimised" "$corpus"

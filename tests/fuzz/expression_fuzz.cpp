@@ -1,162 +1,165 @@
-// Expressions drawn from bytes, in a derived field that a model reads.
+// Expressions drawn from bytes, in derived fields: read from their elements and evaluated for some
+// cases.
 
+#include <bit>
+#include <deque>
+#include <memory>
 #include <vector>
 
-#include "host/expressions/functions.h"
-#include "tests/fuzz/documentchecks.h"
+#include <xercesc/dom/DOM.hpp>
+
+#include "host/documents/veltranscoder.h"
+#include "host/expressions/transformvar.h"
+#include "host/messages/vsexception.h"
+#include "host/variables/caserecord.h"
+#include "host/variables/scoredictionary.h"
+#include "host/variables/transformationdictionary.h"
+#include "tests/fuzz/expressiondrawing.h"
 #include "tests/fuzz/fuzztarget.h"
-#include "tests/system/testmodel.h"
+#include "tests/host/dom.h"
+#include "tests/host/pmmlreader.h"
 
 namespace MCVelscore_850::fuzz {
 
 namespace {
 
-constexpr size_t kDeepest = 6;
-constexpr size_t kMostNodes = 60;
-
-const std::vector<const Function*>& BuiltInFunctions()
-{
-    static const std::vector<const Function*> functions = [] {
-        std::vector<const Function*> all;
-        for (const auto topic :
-             {ArithmeticFunctions(), DistributionFunctions(), LogicFunctions(), TextFunctions(),
-              PatternFunctions(), FormatFunctions(), DateFunctions()}) {
-            for (const Function& function : topic) all.push_back(&function);
-        }
-        return all;
-    }();
-    return functions;
-}
-
-class Drawing {
+// What every input's expressions read: a dictionary, and a few cases.
+class Fields {
 public:
-    explicit Drawing(Choices& choices) : choices_(choices) {}
-
-    std::string Expression(size_t depth = 0)
+    Fields()
     {
-        ++nodes_;
-        const bool isLeaf = depth == kDeepest || nodes_ >= kMostNodes;
-        switch (choices_.Below(isLeaf ? 4 : 12)) {
-            case 0: return "<FieldRef field=\"x\"/>";
-            case 1: return "<FieldRef field=\"sex\"" + MissingTo() + "/>";
-            case 2: return Constant();
-            case 3: return Number();
-            case 4:
-                return "<NormDiscrete field=\"sex\" value=\"" + Text() + "\"" + MissingTo() + "/>";
-            case 5:
-                return "<NormContinuous field=\"x\"" + MissingTo() + "><LinearNorm orig=\"" +
-                       Numeral() + "\" norm=\"" + Numeral() + "\"/><LinearNorm orig=\"" +
-                       Numeral() + "\" norm=\"" + Numeral() + "\"/></NormContinuous>";
-            case 6:
-                return "<Discretize field=\"x\" defaultValue=\"" + Text() +
-                       "\"><DiscretizeBin binValue=\"" + Text() +
-                       "\"><Interval closure=\"closedOpen\" leftMargin=\"" + Numeral() +
-                       "\" rightMargin=\"" + Numeral() + "\"/></DiscretizeBin></Discretize>";
-            default: return Apply(depth);
+        const Dom dom("<PMML>" + XmlOf(DataDictionary()) + "</PMML>");
+        PmmlReader reader;
+        dictionary_.reset(reader.ParseDictionary(dom.First("DataDictionary"), true));
+        std::vector<std::string> names;
+        for (const DrawnField& field : All()) names.emplace_back(field.name);
+        for (size_t row = 0; row < All().front().cells.size(); ++row) {
+            CaseRecord& record = cases_.emplace_back(names, false);
+            for (size_t i = 0; i < names.size(); ++i) {
+                record.Own(static_cast<int>(i),
+                           std::unique_ptr<ScoreValue>(
+                               dictionary_->GetVar(names[i])->MakeValue(All()[i].cells[row])));
+            }
         }
+    }
+    const ScoreDictionary& Dictionary() const { return *dictionary_; }
+    const std::deque<CaseRecord>& Cases() const { return cases_; }
+
+private:
+    static const std::vector<DrawnField>& All()
+    {
+        static const std::vector<DrawnField> all = [] {
+            std::vector<DrawnField> fields{
+                {"x", "continuous", "double", {}, {"1", "2.5", "", "-1e300", "0.05", "x"}},
+                {"sex", "categorical", "string", {"f", "m"}, {"m", "f", "", "m", "q", "f"}}};
+            fields.insert(fields.end(), DrawnFields().begin(), DrawnFields().end());
+            return fields;
+        }();
+        return all;
+    }
+    static Node DataDictionary()
+    {
+        Node dictionary{"DataDictionary"};
+        for (const DrawnField& field : All()) dictionary.children.push_back(DataFieldOf(field));
+        return dictionary;
+    }
+
+    std::unique_ptr<ScoreDictionary> dictionary_;
+    std::deque<CaseRecord> cases_;
+};
+
+// The tree of a document around drawn elements. It keeps the memory of elements for others to come,
+// though not all of it: now and then there is a new one.
+class Tree {
+public:
+    xercesc::DOMElement* Make(const Node& node)
+    {
+        xercesc::DOMDocument& document = *dom_->Document();
+        xercesc::DOMElement* element = document.createElement(XmlFromUtf8(node.tag).c_str());
+        for (const auto& [name, value] : node.attributes) {
+            element->setAttribute(XmlFromUtf8(name).c_str(), XmlFromUtf8(value).c_str());
+        }
+        if (!node.text.empty()) {
+            element->appendChild(document.createTextNode(XmlFromUtf8(node.text).c_str()));
+        }
+        for (const Node& child : node.children) element->appendChild(Make(child));
+        return element;
+    }
+    void Renew()
+    {
+        constexpr int kKept = 1024;
+        if (++inputs_ % kKept == 0) dom_ = std::make_unique<Dom>(kDocument);
     }
 
 private:
-    std::string Apply(size_t depth)
-    {
-        const Function& function = *choices_.OneIn(BuiltInFunctions());
-        int count = static_cast<int>(choices_.Below(5));
-        if (choices_.Below(8) != 0) {
-            count = function.least;
-            if (count < function.most && choices_.IsTrue()) ++count;
-        }
-        std::string element =
-            "<Apply function=\"" + Escaped(function.name) + "\"" + MissingTo() + ">";
-        for (int i = 0; i < count; ++i) element += Expression(depth + 1);
-        return element + "</Apply>";
-    }
-    std::string MissingTo()
-    {
-        return choices_.Below(8) == 0 ? " mapMissingTo=\"" + Text() + "\"" : "";
-    }
-    std::string Constant()
-    {
-        static constexpr const char* kTypes[] = {"string",  "double", "integer",
-                                                 "boolean", "date",   "dateTime"};
-        return std::string("<Constant dataType=\"") + choices_.OneOf(kTypes) + "\">" + Text() +
-               "</Constant>";
-    }
-    std::string Number() { return "<Constant dataType=\"double\">" + Numeral() + "</Constant>"; }
-    std::string Numeral()
-    {
-        static constexpr const char* kNumerals[] = {"0",   "1",      "-1",     "2",  "0.5", "3.75",
-                                                    "1e9", "-1e300", "1e-300", "12", "100", "0.05"};
-        if (choices_.Below(8) != 0) return choices_.OneOf(kNumerals);
-        char text[32];
-        std::snprintf(text, sizeof text, "%.17g", choices_.Raw<double>());
-        return text;
-    }
-    std::string Text()
-    {
-        static constexpr const char* kTexts[] = {"f",
-                                                 "m",
-                                                 "",
-                                                 "1",
-                                                 "true",
-                                                 "%d.%m.%Y",
-                                                 "%5.2f",
-                                                 "%s%n",
-                                                 "2024-02-29",
-                                                 "a+",
-                                                 "(a|b)*c",
-                                                 "[[:space:]",
-                                                 "\xC3\xA9",
-                                                 "x{1000}",
-                                                 "$1",
-                                                 "%Y%%%j",
-                                                 "1960-01-01T23:59:59"};
-        if (choices_.Below(4) != 0) return choices_.OneOf(kTexts);
-        std::string plain;
-        for (const char c : choices_.Text(choices_.Below(12))) {
-            plain += c >= ' ' && c < 127 ? c : '.';
-        }
-        return Escaped(plain);
-    }
-    static std::string Escaped(const std::string& text)
-    {
-        std::string escaped;
-        for (const char c : text) {
-            switch (c) {
-                case '<': escaped += "&lt;"; break;
-                case '&': escaped += "&amp;"; break;
-                case '"': escaped += "&quot;"; break;
-                default: escaped += c;
-            }
-        }
-        return escaped;
-    }
-
-    Choices& choices_;
-    size_t nodes_ = 0;
+    static constexpr const char* kDocument = "<PMML/>";
+    std::unique_ptr<Dom> dom_ = std::make_unique<Dom>(kDocument);
+    int inputs_ = 0;
 };
 
-std::string Drawn(Choices& choices)
+struct Releaser {
+    void operator()(xercesc::DOMElement* element) const { element->release(); }
+};
+
+// A derived value, as it can be compared.
+std::string Told(const TransformVar& var, const ScoreValue& value)
 {
-    static constexpr const char* kTypes[] = {"double", "integer", "string", "boolean", "date"};
-    TestModel model;
-    const std::string type = choices.OneOf(kTypes);
-    const std::string optype = type == "string" || type == "boolean" ? "categorical" : "continuous";
-    Drawing drawing(choices);
-    model.afterSchema = "<LocalTransformations><DerivedField name=\"d\" dataType=\"" + type +
-                        "\" optype=\"" + optype + "\">" + drawing.Expression() +
-                        "</DerivedField><DerivedField name=\"z\" dataType=\"double\" "
-                        "optype=\"continuous\"><Apply function=\"if\"><Apply "
-                        "function=\"isMissing\"><FieldRef field=\"d\"/></Apply><Constant "
-                        "dataType=\"double\">-7</Constant><FieldRef field=\"d\"/></Apply>"
-                        "</DerivedField></LocalTransformations>";
-    std::string text = model.Text();
-    for (const std::string part :
-         {"<CovariateList><Predictor name=\"x\"/>", "value=\"1\" predictorName=\"x\""}) {
-        std::string changed = part;
-        changed.replace(changed.find("\"x\""), 3, "\"z\"");
-        text.replace(text.find(part), part.size(), changed);
+    if (var.IsMissing(&value)) return "missing";
+    if (value.GetValueType() == ScoreValue::STRING) return "'" + value.GetString() + "'";
+    return std::to_string(std::bit_cast<uint64_t>(value.GetDouble()));
+}
+
+// A derived text is one of those that its variable lists.
+void CheckListed(const TransformVar& var, const ScoreValue& value)
+{
+    if (value.GetValueType() != ScoreValue::STRING || var.HasOpenCategories()) return;
+    Require(var.IsMissing(&value) || var.IsValid(&value),
+            "a text that " + var.GetName() + " lists, not '" + value.GetString() + "'");
+}
+
+// The derived values of a case, one behind the other.
+std::string Values(const CaseRecord& record, const ScoreDictionary& dictionary,
+                   const TransformationDictionary& derived)
+{
+    std::string told;
+    for (const ScoreDictVar* each : derived.GetVars()) {
+        const auto& var = static_cast<const TransformVar&>(*each);
+        const ScoreValue& value = *var.GetTransformedValue(&record, &dictionary, &derived);
+        CheckListed(var, value);
+        told += Told(var, value) + "\n";
     }
-    return text;
+    return told;
+}
+
+// Whatever was evaluated before, a case has the same values.
+void CheckValues(const Fields& fields, const TransformationDictionary& derived)
+{
+    std::vector<std::string> told;
+    for (const CaseRecord& record : fields.Cases()) {
+        told.push_back(Values(record, fields.Dictionary(), derived));
+    }
+    for (size_t row = told.size(); row-- > 0;) {
+        Require(Values(fields.Cases()[row], fields.Dictionary(), derived) == told[row],
+                "the same values in another order of cases");
+    }
+}
+
+void CheckSection(const Node& section)
+{
+    StartXml();
+    static const Fields fields;
+    static Tree tree;
+    static PmmlReader reader;
+    tree.Renew();
+    const std::unique_ptr<xercesc::DOMElement, Releaser> element(tree.Make(section));
+    try {
+        const std::unique_ptr<TransformationDictionary> derived(
+            reader.HandleTransformationDictionary(element.get(), &fields.Dictionary()));
+        Require(derived != nullptr, "derived fields");
+        CheckValues(fields, *derived);
+    } catch (const VSException& refusal) {
+        Require(!refusal.GetText().empty(), "a refusal that says why");
+    }
 }
 
 }  // namespace
@@ -167,6 +170,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
 {
     using namespace MCVelscore_850::fuzz;
     Choices choices(TextOf(bytes, size));
-    CheckDocument(Drawn(choices));
+    CheckSection(DrawSection(choices));
     return 0;
 }

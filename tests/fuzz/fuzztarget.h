@@ -29,17 +29,22 @@ inline std::string_view TextOf(const uint8_t* bytes, size_t size)
     return {reinterpret_cast<const char*>(bytes), size};
 }
 
+/// A number that all bytes of an input decide, so that the mutations of an input don't have the
+/// same one; `salt` tells several of one target apart.
+inline uint32_t HashOf(std::string_view bytes, uint32_t salt = 0)
+{
+    uint32_t hash = 2166136261U ^ salt;  // FNV-1a
+    for (const char byte : bytes) hash = (hash ^ static_cast<uint8_t>(byte)) * 16777619U;
+    return hash >> 8;
+}
+
 /// Whether what is costly is done with this input: under libFuzzer with one in `count`, so that
-/// there is time for more inputs; otherwise, where inputs are few, with each. All bytes decide, so
-/// that the mutations of an input aren't all in or all out; `salt` tells the shares of one target
-/// apart.
+/// there is time for more inputs; otherwise, where inputs are few, with each.
 inline bool IsInShare([[maybe_unused]] std::string_view bytes, [[maybe_unused]] uint32_t count,
                       [[maybe_unused]] uint32_t salt = 0)
 {
 #ifdef VELSCORE_FUZZ_SHARES
-    uint32_t hash = 2166136261U ^ salt;  // FNV-1a
-    for (const char byte : bytes) hash = (hash ^ static_cast<uint8_t>(byte)) * 16777619U;
-    return (hash >> 8) % count == 0;
+    return count == 1 || HashOf(bytes, salt) % count == 0;
 #else
     return true;
 #endif

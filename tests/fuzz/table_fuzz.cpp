@@ -1,5 +1,5 @@
-// Bytes as a table, compressed or not, in any dialect: through whole runs over a fixed model, whose
-// output, rejects and failure don't depend on threads and blocks.
+// Bytes as a table, compressed or not, in any dialect: read in several ways, and through whole runs
+// over a fixed model, whose output, rejects and failure don't depend on threads and blocks.
 
 #include <optional>
 
@@ -11,6 +11,7 @@
 #include "engine/scoring/scoringsession.h"
 #include "tests/fuzz/documentchecks.h"
 #include "tests/fuzz/fuzztarget.h"
+#include "tests/fuzz/readingchecks.h"
 #include "tests/system/testmodel.h"
 
 namespace MCVelscore_850::fuzz {
@@ -98,21 +99,33 @@ ScoringOptions DrawnOptions(Choices& choices)
     return options;
 }
 
+// Whole runs take files, and threads that are started: a share of the inputs has them.
+constexpr uint32_t kInRuns = 64;
+
+void CheckRuns(std::string_view bytes, ScoringOptions options)
+{
+    static const auto model = ModelOf(TestModel().Text());
+    Require(model != nullptr, "a model");
+    const MemoryFile table(bytes);
+    const Outcome expected = Run(*model, table, options);
+    options.threads = 3;
+    options.blockBytes = 64;
+    Require(Run(*model, table, options) == expected,
+            "one output, whatever the threads and the size of blocks");
+}
+
 }  // namespace
 
 void CheckTable(std::string_view input)
 {
-    static const auto model = ModelOf(TestModel().Text());
-    Require(model != nullptr, "a model");
     Choices choices(input);
     ScoringOptions options = DrawnOptions(choices);
-    const MemoryFile table(choices.Rest());
-    const Outcome expected = Run(*model, table, options);
-    // To start threads takes longer than to score: a share of the inputs has them.
-    options.threads = IsInShare(input, 8) ? 3 : 1;
-    options.blockBytes = 64;
-    Require(Run(*model, table, options) == expected,
-            "one output, whatever the threads and the size of blocks");
+    const std::string_view bytes = choices.Rest();
+    CheckReading(bytes, {.delimiter = options.dialect.delimiter,
+                         .decimal = options.dialect.decimal,
+                         .hasHeader = options.dialect.hasHeader,
+                         .passesTorn = options.rejects});
+    if (IsInShare(input, kInRuns)) CheckRuns(bytes, std::move(options));
 }
 
 }  // namespace MCVelscore_850::fuzz
