@@ -130,6 +130,7 @@ private:
     // False where a torn row ends the table, or enough was told.
     bool ReadBlocks(BlockReader& reader, bool careful)
     {
+        if (told.Size() > kMostTold) return false;  // a header of thousands of columns
         std::vector<ColumnUse> uses(reader.Header().size());
         for (size_t i = 0; i < uses.size(); ++i) uses[i] = {i % 4 != 3, i % 2 == 0};
         const auto splitter = MakeBlockSplitter(
