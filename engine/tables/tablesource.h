@@ -54,7 +54,7 @@ private:
     std::unique_ptr<ByteSource> packed_;
     const StopFlag* stop_;
     std::unique_ptr<char[]> buffer_;  // of kBuffer bytes
-    std::string_view input_;  // what was read into the buffer and not yet taken
+    std::string_view input_;          // what was read into the buffer and not yet taken
     bool inputEnded_ = false;
 
     std::optional<Compression> form_;  // empty until it is told
