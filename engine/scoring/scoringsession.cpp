@@ -9,9 +9,9 @@
 #include <oneapi/tbb/global_control.h>
 #include <oneapi/tbb/info.h>
 #include <oneapi/tbb/parallel_pipeline.h>
-#include <oneapi/tbb/task_arena.h>
 
 #include "engine/messages/shorttext.h"
+#include "engine/scoring/lentarena.h"
 #include "host/messages/messages.h"
 #include "host/model/scoremodel.h"
 
@@ -299,9 +299,9 @@ void ScoringSession::ScoreInParallel()
         tbb::make_filter<BlockTask*, BlockTask*>(tbb::filter_mode::parallel, run) &
         tbb::make_filter<BlockTask*, void>(tbb::filter_mode::serial_in_order, write);
     const tbb::global_control control(tbb::global_control::max_allowed_parallelism, threads_);
-    tbb::task_arena arena(static_cast<int>(threads_));
+    LentArena arena(threads_);
     starting.Pass();
-    arena.execute([&] { tbb::parallel_pipeline(most, stages); });
+    arena.Get().execute([&] { tbb::parallel_pipeline(most, stages); });
     reading.Take();
     writing.Take();
 }
