@@ -126,6 +126,7 @@ std::optional<Change> NameCategoryOfBetas(Element root)
             continue;
         }
         const std::string other = values[1 - i].Text(Tags::XML_ATT_VALUE);
+        if (other.empty()) continue;  // cells that name it would still name none
         for (const Element cell : cells) cell.SetText(Tags::XML_ATT_PC_TARGET_CAT, other);
         return Change{cells.First().Place(),
                       fmt::format("the cells name no category: the betas are those of \"{}\", the "

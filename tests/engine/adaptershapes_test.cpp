@@ -289,6 +289,16 @@ TEST(CategoryOfBetasRule, TakesTheOneThatIsNotTheReference)
     EXPECT_TRUE(Adapted(named.Text()).Untouched());
 }
 
+TEST(CategoryOfBetasRule, LeavesACategoryWithoutAName)
+{
+    Parts parts = Binomial("functionName='classification' distribution='binomial'");
+    parts.fields =
+        "<DataField name='y' optype='categorical' dataType='string'><Value value=''/>"
+        "<Value value=''/></DataField><DataField name='a' optype='continuous' dataType='double'/>"
+        "<DataField name='b' optype='continuous' dataType='double'/>";
+    EXPECT_TRUE(Adapted(parts.Text()).Untouched());
+}
+
 // invalidValueTreatment "asIs".
 
 Parts AsIs(const std::string& attributes, const std::string& within)
