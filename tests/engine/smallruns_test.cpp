@@ -311,7 +311,10 @@ TEST_F(SmallRun, IsReportedWhereSomethingElseEndsIt)
 {
     const LoadedModel model = OpenText(TestModel().Text());
     ScoringSession session(model, {folder_.Write("cases.csv", ManyRows(kRows))}, InSmallBlocks());
-    session.OnProgress([](uint64_t, int64_t) { throw std::runtime_error("enough"); });
+    // More rows than the writer holds back.
+    session.OnProgress([](uint64_t, int64_t rows) {
+        if (rows > static_cast<int64_t>(kRows) / 2) throw std::runtime_error("enough");
+    });
     RowWriter writer(folder_.Path("rows"));
     EXPECT_THROW(session.Run(writer), std::runtime_error);
     EXPECT_GT(session.Report().rowsWritten, 0);
