@@ -132,43 +132,6 @@ protected:
     const std::string model_ = folder_.Write("model.pmml", TestModel().Text());
 };
 
-// The limits are 2.306004 times 2, the quantile of t with 8 degrees of freedom, about the
-// prediction.
-TEST_F(Explain, ShowsAlignedTerms)
-{
-    const Finished run = Run({});
-    EXPECT_EQ(run.exitCode, 0);
-    EXPECT_EQ(run.out.substr(run.out.find("\nrow 1")),
-              "\nrow 1\n"
-              "  term              value  beta  contribution\n"
-              "  Intercept             1     1             1\n"
-              "  x                     3     2             6\n"
-              "  [sex=m]               1    10            10\n"
-              "  linear predictor                         17\n"
-              "  prediction      17\n"
-              "  std_dev          2\n"
-              "  ci_lower    12.388\n"
-              "  ci_upper    21.612\n"
-              "\nrow 2\n"
-              "  term              value  beta  contribution\n"
-              "  Intercept             1     1             1\n"
-              "  x                    -1     2            -2\n"
-              "  [sex=m]               0    10             0\n"
-              "  linear predictor                         -1\n"
-              "  prediction        -1\n"
-              "  std_dev            2\n"
-              "  ci_lower    -5.61201\n"
-              "  ci_upper     3.61201\n"
-              "\nrow 3\n"
-              "  no score, and so no explanation: status 90029, field x: empty\n"
-              "  the case can't be scored: a value is missing or not valid\n"
-              "\nrow 4\n"
-              "  no score, and so no explanation: status 90029, field sex: 'z'\n"
-              "  the case can't be scored: a value is missing or not valid\n");
-    EXPECT_NE(run.err.find("2 of 4 cases explained"), std::string::npos) << run.err;
-    EXPECT_EQ(Run({"--strict"}).exitCode, 5);
-}
-
 TEST_F(Explain, ShowsTenCasesAndSaysHowToGetMore)
 {
     std::string cases = "x,sex\n";
