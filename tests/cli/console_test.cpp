@@ -51,7 +51,7 @@ private:
 // What `work` writes to standard error where that is a terminal.
 std::string OnTerminal(const std::function<void()>& work)
 {
-    const int master = ::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
+    const int master = ::posix_openpt(O_RDWR | O_NOCTTY);
     EXPECT_EQ(::grantpt(master), 0);
     EXPECT_EQ(::unlockpt(master), 0);
     const int terminal = ::open(::ptsname(master), O_RDWR | O_NOCTTY);
@@ -64,10 +64,13 @@ std::string OnTerminal(const std::function<void()>& work)
         work();
         return 0;
     });
-    std::string text(1 << 12, '\0');
-    const ssize_t size = ::read(master, text.data(), text.size());
-    text.resize(size < 0 ? 0 : static_cast<size_t>(size));
     ::close(terminal);
+    std::string text;
+    char piece[1 << 12];
+    // The system hands over what was written piece by piece, and an error behind the last one.
+    for (ssize_t size = 0; (size = ::read(master, piece, sizeof piece)) > 0;) {
+        text.append(piece, static_cast<size_t>(size));
+    }
     ::close(master);
     return text;
 }

@@ -255,8 +255,6 @@ TEST(Blocks, AreThereForModelsThatLackNothing)
         {"a link of a generalized linear model",
          [](bool whole) { return OfLink<GZLRModel>(whole ? 9 : 10); }},
         {"a link of an ordinal model", [](bool whole) { return OfLink<ORModel>(whole ? 4 : 5); }},
-        {"a link of an ordinal model, by a negative number",
-         [](bool whole) { return OfLink<ORModel>(whole ? 0 : -1); }},
         {"the end time", [](bool whole) { return OfCox(whole ? "x" : "t", ""); }},
         {"the stratum variable", [](bool whole) { return OfCox("x", whole ? "x" : "s"); }},
         {"categories of contrasts", [](bool whole) { return OfCoxContrasts(whole ? 2 : 0, true); }},
