@@ -154,6 +154,15 @@ private:
         return !inputs.empty();
     }
 
+    // What tells an outcome from others: its text. A number without one, an infinite one, is no
+    // outcome of a field, but what another function may take.
+    static std::string KeyOf(const ExpressionValue& outcome)
+    {
+        ExpressionValue text = outcome;
+        MakeText(text);
+        return text.HasValue() ? text.text : '\0' + std::to_string(outcome.number);
+    }
+
     // Where every argument's outcomes can be told and their combinations are few, those of the
     // function are what it makes of each.
     bool TryCombinations(Outcomes& outcomes) const
@@ -183,9 +192,7 @@ private:
                 rest /= each[i].values.size();
             }
             Compute(frame, outcome);
-            ExpressionValue text = outcome;
-            MakeText(text);
-            if (!text.HasValue() || !seen.insert(text.text).second) continue;
+            if (!outcome.HasValue() || !seen.insert(KeyOf(outcome)).second) continue;
             if (!outcomes.Add(outcome)) return false;
         }
         return true;

@@ -499,6 +499,17 @@ TEST(DerivedTexts, HaveTheCategoriesOfFunctionsThatLeaveMissingArgumentsOut)
     EXPECT_EQ(Categories(d.Var("e")), Texts{"20"});
 }
 
+// log10(0) is -infinity, which has no text, but of which the distribution function is 0.
+TEST(DerivedTexts, HaveTheCategoriesOfInfiniteArguments)
+{
+    const std::string difference = Apply("-", FieldRef("k") + Constant("1", "dataType='double'"));
+    const std::string logarithm = Apply("log10", difference, "invalidValueTreatment='asIs'");
+    const Derivation d(TextField("d", Apply("stdNormalCDF", logarithm)) +
+                       TextField("e", logarithm));
+    EXPECT_EQ(Categories(d.Var("d")), (Texts{"0", "0.5"}));
+    EXPECT_EQ(Categories(d.Var("e")), Texts{"0"});
+}
+
 TEST(Evaluation, AllocatesNothingAfterTheFirstCase)
 {
     const std::string sum = Apply("+", FieldRef("x") + Apply("ln", FieldRef("y")));
