@@ -147,11 +147,14 @@ private:
         return true;
     }
 
-    static bool ReadsFields(const Expression& expression)
+    // Whether it is surely a value. What isn't a constant may be missing, also without a field: by
+    // a division by 0, say.
+    static bool IsConstant(const Expression& expression, const Outcomes& outcomes)
     {
         std::vector<const ScoreDictVar*> inputs;
         expression.CollectInputs(inputs);
-        return !inputs.empty();
+        return inputs.empty() && expression.Height() == 1 && outcomes.values.size() == 1 &&
+               outcomes.values.front().HasValue();
     }
 
     // What tells an outcome from others: its text. A number without one, an infinite one, is no
@@ -173,7 +176,7 @@ private:
             each.push_back({{}, outcomes.left});
             if (!argument->CollectOutcomes(each.back())) return false;
             // A missing one is left out, and the others make an outcome of their own.
-            if (function_.missing == MissingRule::Ignore && ReadsFields(*argument)) {
+            if (function_.missing == MissingRule::Ignore && !IsConstant(*argument, each.back())) {
                 each.back().values.emplace_back();
             }
             combinations *= each.back().values.size();

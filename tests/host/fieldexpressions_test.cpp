@@ -499,6 +499,15 @@ TEST(DerivedTexts, HaveTheCategoriesOfFunctionsThatLeaveMissingArgumentsOut)
     EXPECT_EQ(Categories(d.Var("e")), Texts{"20"});
 }
 
+TEST(DerivedTexts, HaveTheCategoriesOfArgumentsThatAreMissingWithoutAField)
+{
+    const std::string two = Constant("2", "dataType='double'");
+    const std::string missing = Constant("", "missing='true'");
+    const Derivation d(TextField("d", Apply("min", Apply("equal", missing + two) + two)));
+    EXPECT_EQ(d["d"].GetString(), "2");
+    EXPECT_FALSE(d.Invalid("d"));
+}
+
 // log10(0) is -infinity, which has no text, but of which the distribution function is 0.
 TEST(DerivedTexts, HaveTheCategoriesOfInfiniteArguments)
 {
