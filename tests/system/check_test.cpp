@@ -64,43 +64,6 @@ protected:
     const std::string cases_ = folder_.Write("cases.csv", "x,sex\n1,f\n2,m\n");
 };
 
-TEST_F(Check, ListsFindingsWithTheirLineAndAMarkBelow)
-{
-    const std::string file = Write(ShortVersion());
-    const Finished run = RunVelscore({"check", file});
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(
-        run.out,
-        file +
-            ":2:1: adapted: version \"4.4.1\" is read as \"4.4\" [short-version]\n"
-            "     2 | <PMML xmlns=\"http://www.dmg.org/PMML-4_4\" version=\"4.4.1\">\n"
-            "       | ^\n"
-            "  at PMML\n" +
-            file +
-            ": OK, general linear model, target y; 1 adaptation; --fix puts 1 of them right\n");
-    EXPECT_EQ(RunVelscore({"check", Write(kSound)}).out,
-              file + ": OK, general linear model, target y\n");
-}
-
-TEST_F(Check, ListsEveryFaultWithItsAttributeMarked)
-{
-    const std::string file = Write(Faulty());
-    const Finished run = RunVelscore({"check", file});
-    EXPECT_EQ(run.exitCode, 2);
-    EXPECT_TRUE(
-        Has(run.out, file + ":34:7: fault: PCell has no attribute \"Beta\"; did you mean "
-                            "\"beta\"? [misspelt-attribute]\n"
-                            "    34 |       <PCell parameterName=\"p1\" Beta=\"2\" df=\"1\"/>\n"
-                            "       |       ^                         ~~~~~~~~\n"
-                            "  at PMML/GeneralRegressionModel/ParamMatrix/PCell[2]\n"
-                            "  what to do: "))
-        << run.out;
-    EXPECT_TRUE(Has(run.out, file + ":35:7: fault: ")) << run.out;
-    EXPECT_TRUE(Has(run.out, file + ": refused: 2 faults; --fix puts 2 of them right\n"))
-        << run.out;
-    EXPECT_TRUE(Has(run.err, "refused 1 of 1 documents")) << run.err;
-}
-
 // A document of another encoding is shown in UTF-8, its columns counted in characters.
 TEST_F(Check, ShowsLinesOfOtherEncodings)
 {
