@@ -91,8 +91,11 @@ public:
     bool CollectOutcomes(Outcomes& outcomes) const override
     {
         switch (function_.result) {
-            case Function::Boolean: return AddTruths(outcomes) && AddReplacements(outcomes);
+            case Function::Boolean:
+                outcomes.mayLackValue = true;
+                return AddTruths(outcomes) && AddReplacements(outcomes);
             case Function::ArgumentsOwn:
+                outcomes.mayLackValue = true;
                 for (size_t i = 1; i < arguments_.size(); ++i) {
                     if (!arguments_[i]->CollectOutcomes(outcomes)) return false;
                 }
@@ -147,16 +150,6 @@ private:
         return true;
     }
 
-    // Whether it is surely a value. What isn't a constant may be missing, also without a field: by
-    // a division by 0, say.
-    static bool IsConstant(const Expression& expression, const Outcomes& outcomes)
-    {
-        std::vector<const ScoreDictVar*> inputs;
-        expression.CollectInputs(inputs);
-        return inputs.empty() && expression.Height() == 1 && outcomes.values.size() == 1 &&
-               outcomes.values.front().HasValue();
-    }
-
     // What tells an outcome from others: its text. A number without one, an infinite one, is no
     // outcome of a field, but what another function may take.
     static std::string KeyOf(const ExpressionValue& outcome)
@@ -175,9 +168,10 @@ private:
         for (const auto& argument : arguments_) {
             each.push_back({{}, outcomes.left});
             if (!argument->CollectOutcomes(each.back())) return false;
-            // A missing one is left out, and the others make an outcome of their own.
-            if (function_.missing == MissingRule::Ignore && !IsConstant(*argument, each.back())) {
-                each.back().values.emplace_back();
+            if (each.back().mayLackValue) {
+                outcomes.mayLackValue = true;
+                // A missing one is left out, and the others make an outcome of their own.
+                if (function_.missing == MissingRule::Ignore) each.back().values.emplace_back();
             }
             combinations *= each.back().values.size();
             if (combinations > std::min(kMostCombinations, outcomes.left)) return false;
@@ -195,8 +189,11 @@ private:
                 rest /= each[i].values.size();
             }
             Compute(frame, outcome);
-            if (!outcome.HasValue() || !seen.insert(KeyOf(outcome)).second) continue;
-            if (!outcomes.Add(outcome)) return false;
+            if (!outcome.HasValue()) {
+                outcomes.mayLackValue = true;
+            } else if (seen.insert(KeyOf(outcome)).second && !outcomes.Add(outcome)) {
+                return false;
+            }
         }
         return true;
     }
@@ -235,6 +232,7 @@ public:
         if (!function_->body->CollectOutcomes(outcomes)) return false;
         for (size_t i = first; function_->type != nullptr && i < outcomes.values.size(); ++i) {
             CastTo(*function_->type, outcomes.values[i]);
+            outcomes.mayLackValue = outcomes.mayLackValue || !outcomes.values[i].HasValue();
         }
         return AddReplacements(outcomes);
     }

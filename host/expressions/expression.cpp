@@ -24,6 +24,7 @@ bool Outcomes::Add(const ExpressionValue& value)
     if (left == 0) return false;
     --left;
     values.push_back(value);
+    mayLackValue = mayLackValue || !value.HasValue();
     return true;
 }
 
@@ -129,6 +130,7 @@ bool FieldSource::CollectOutcomes(Outcomes& outcomes) const
 {
     const ValueSet* set = var_ == nullptr ? nullptr : var_->GetValueSet();
     if (set == nullptr || var_->AcceptsUnlisted()) return false;
+    outcomes.mayLackValue = true;
     for (const ValueSetEntry& entry : set->GetEntries()) {
         ExpressionValue value;
         SetFrom(*entry.GetEntryValue(), value);

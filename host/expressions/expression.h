@@ -39,6 +39,8 @@ inline constexpr int kGreatestHeight = 1000;
 struct Outcomes {
     std::vector<ExpressionValue> values;
     size_t& left;
+    /// Whether a case may have none of them, since its outcome is missing or not valid.
+    bool mayLackValue = false;
 
     /// Appends it; false when the limit is reached.
     bool Add(const ExpressionValue& value);
@@ -62,7 +64,8 @@ public:
     /// The expressions that one evaluation computes, those of functions as often as they are
     /// called.
     virtual double Steps() const;
-    /// Appends every outcome; false where they can't be told.
+    /// Appends every outcome, and tells whether a case may lack one; false where they can't be
+    /// told.
     virtual bool CollectOutcomes(Outcomes& outcomes) const;
 };
 

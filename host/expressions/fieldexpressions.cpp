@@ -60,6 +60,7 @@ public:
     }
     bool CollectOutcomes(Outcomes& outcomes) const override
     {
+        outcomes.mayLackValue = true;
         ExpressionValue value;
         for (const double number : {0.0, 1.0}) {
             value.SetNumber(number);
@@ -105,6 +106,7 @@ public:
     double Steps() const override { return 1.0 + static_cast<double>(bins_.size()); }
     bool CollectOutcomes(Outcomes& outcomes) const override
     {
+        outcomes.mayLackValue = true;
         for (const Bin& bin : bins_) {
             if (!outcomes.Add(bin.value)) return false;
         }

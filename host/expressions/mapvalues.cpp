@@ -91,6 +91,7 @@ public:
     double Steps() const override { return 1.0 + static_cast<double>(columns_.size()); }
     bool CollectOutcomes(Outcomes& outcomes) const override
     {
+        outcomes.mayLackValue = true;
         // A long table often has few different outputs.
         std::unordered_map<std::string, bool> seen;
         for (const ExpressionValue& output : outputs_) {

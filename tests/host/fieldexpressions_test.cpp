@@ -503,9 +503,16 @@ TEST(DerivedTexts, HaveTheCategoriesOfArgumentsThatAreMissingWithoutAField)
 {
     const std::string two = Constant("2", "dataType='double'");
     const std::string missing = Constant("", "missing='true'");
-    const Derivation d(TextField("d", Apply("min", Apply("equal", missing + two) + two)));
+    const std::string none =
+        Apply("/", two + Constant("0", "dataType='double'"), "invalidValueTreatment='asMissing'");
+    const Derivation d(TextField("d", Apply("min", Apply("equal", missing + two) + two)) +
+                       TextField("e", Apply("sum", none + two)) +
+                       TextField("f", Apply("sum", Apply("+", two + two) + two)));
     EXPECT_EQ(d["d"].GetString(), "2");
     EXPECT_FALSE(d.Invalid("d"));
+    EXPECT_EQ(d["e"].GetString(), "2");
+    EXPECT_EQ(Categories(d.Var("e")), Texts{"2"});
+    EXPECT_EQ(Categories(d.Var("f")), Texts{"6"});
 }
 
 // log10(0) is -infinity, which has no text, but of which the distribution function is 0.
