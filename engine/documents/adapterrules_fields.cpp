@@ -7,6 +7,7 @@
 
 #include "engine/documents/adapterrules.h"
 #include "engine/documents/names.h"
+#include "engine/documents/ownextensions.h"
 #include "engine/documents/treefields.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/values/numbertext.h"
@@ -76,10 +77,19 @@ std::map<Element::RawText, Element::RawText> AttributesOf(Element element)
     return attributes;
 }
 
+// Whether nothing within it is read: what other makers put into Extensions is left out later.
+bool IsEmptyToReaders(Element element)
+{
+    const ElementRange children = element.Children();
+    return std::all_of(children.begin(), children.end(), [](Element child) {
+        return child.Is(Tags::XML_ELE_EXTENSION) && ExtenderOf(child) == Extender::Another;
+    });
+}
+
 // The same attributes with the same texts, and nothing within that could differ.
 bool AreAlike(Element one, Element other)
 {
-    return one.Children().Empty() && other.Children().Empty() &&
+    return IsEmptyToReaders(one) && IsEmptyToReaders(other) &&
            AttributesOf(one) == AttributesOf(other);
 }
 

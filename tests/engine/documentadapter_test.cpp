@@ -134,6 +134,17 @@ TEST(RepeatedMiningField, CountsOnceWhenAlike)
                     "<MiningField lowValue='1' name='a'></><MiningField name='b'></></>"));
 }
 
+TEST(RepeatedMiningField, MayHoldWhatOtherMakersSigned)
+{
+    Parts parts;
+    parts.schema =
+        "<MiningField name='y' usageType='target'/>"
+        "<MiningField name='a'><Extension extender='acme' name='n' value='1'/></MiningField>"
+        "<MiningField name='a'/>";
+    const Adapted adapted(parts.Text());
+    EXPECT_EQ(adapted.Rules(), "repeated-mining-field");
+}
+
 TEST(RepeatedMiningField, StaysWhenItDiffers)
 {
     // which of the two is meant only the author knows; the reader refuses the second
