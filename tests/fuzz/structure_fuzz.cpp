@@ -1,4 +1,4 @@
-// Documents of the vocabulary: the mutator changes elements and attributes, not bytes.
+// Documents of the vocabulary: the mutator changes elements, attributes and words, not bytes.
 #include "tests/fuzz/documentchecks.h"
 #include "tests/fuzz/fuzztarget.h"
 

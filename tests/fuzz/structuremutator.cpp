@@ -160,9 +160,30 @@ public:
             &Mutation::TakeValue,     &Mutation::TakeValue,       &Mutation::RenameAttribute,
             &Mutation::AddAttribute,  &Mutation::RemoveAttribute, &Mutation::RemoveElement,
             &Mutation::DoubleElement, &Mutation::MoveElement,     &Mutation::AddChild,
-            &Mutation::ChangeDigit,
+            &Mutation::ChangeDigit,   &Mutation::ChangeWord,
         };
         (this->*OneIn(kSteps))(OneIn(*elements_));
+        return std::move(text_);
+    }
+
+    // The text with an element of another one: in the place of one of the same tag, or in front of
+    // an element.
+    std::string Cross(std::string_view other)
+    {
+        const Outline outline(text_);
+        const Outline others(other);
+        if (outline.Elements().empty() || others.Elements().empty()) return std::move(text_);
+        const Span* to = nullptr;
+        const Span* from = nullptr;
+        constexpr int kTries = 16;
+        for (int tries = 0; tries < kTries; ++tries) {
+            to = &OneIn(outline.Elements());
+            from = &OneIn(others.Elements());
+            if (to->tag == from->tag) break;
+        }
+        const bool replaces = to->tag == from->tag && Below(4) != 0;
+        text_.replace(to->begin, replaces ? to->end - to->begin : 0,
+                      other.substr(from->begin, from->end - from->begin));
         return std::move(text_);
     }
 
@@ -266,6 +287,22 @@ private:
         const size_t digit = text_.find_first_of("0123456789", attribute.value);
         if (digit < attribute.valueEnd) text_[digit] = static_cast<char>('0' + Below(10));
     }
+    // A word of the element's own text, as in arrays and the cells of tables.
+    void ChangeWord(const Span& element)
+    {
+        const size_t end = std::min(text_.find('<', element.headEnd), text_.size());
+        std::vector<std::pair<size_t, size_t>> words;
+        for (size_t at = element.headEnd; at < end;) {
+            const size_t begin = std::min(text_.find_first_not_of(kBlanks, at), end);
+            at = std::min(text_.find_first_of(kBlanks, begin), end);
+            if (begin < at) words.emplace_back(begin, at);
+        }
+        if (words.empty()) return;
+        const auto [begin, wordEnd] = OneIn(words);
+        const std::string_view word =
+            Below(2) == 0 ? OneIn(kOddValues) : Text(words.front().first, words.front().second);
+        text_.replace(begin, wordEnd - begin, std::string(word));
+    }
 
     std::string text_;
     std::mt19937& draws_;
@@ -284,6 +321,12 @@ std::string MutateStructure(std::string_view document, unsigned seed)
     return text;
 }
 
+std::string CrossStructures(std::string_view document, std::string_view other, unsigned seed)
+{
+    std::mt19937 draws(seed);
+    return Mutation(std::string(document), draws).Cross(other);
+}
+
 }  // namespace MCVelscore_850::fuzz
 
 // For each target that this file is linked into.
@@ -295,4 +338,16 @@ extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* bytes, size_t size, size_t mo
     if (mutated.size() > most) return size;
     std::copy(mutated.begin(), mutated.end(), bytes);
     return mutated.size();
+}
+
+extern "C" size_t LLVMFuzzerCustomCrossOver(const uint8_t* bytes, size_t size,
+                                            const uint8_t* others, size_t othersSize, uint8_t* out,
+                                            size_t most, unsigned seed)
+{
+    using namespace MCVelscore_850::fuzz;
+    const std::string crossed =
+        CrossStructures(TextOf(bytes, size), TextOf(others, othersSize), seed);
+    if (crossed.size() > most) return 0;  // no input
+    std::copy(crossed.begin(), crossed.end(), out);
+    return crossed.size();
 }
