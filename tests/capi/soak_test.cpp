@@ -3,22 +3,22 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "capi/include/velscore.h"
 #include "tests/allocations.h"
+#include "tests/residentbytes.h"
 #include "tests/system/runcommand.h"
 
 namespace velscore_tests {
 namespace {
 
 using MCVelscore_850::LiveAllocations;
+using MCVelscore_850::ResidentBytes;
 
 std::vector<std::string> CaseDocuments()
 {
@@ -29,15 +29,6 @@ std::vector<std::string> CaseDocuments()
         if (std::filesystem::exists(file)) files.push_back(file);
     }
     return files;
-}
-
-long ResidentBytes()
-{
-    std::ifstream pages("/proc/self/statm");
-    long whole = 0;
-    long resident = 0;
-    pages >> whole >> resident;
-    return resident * ::sysconf(_SC_PAGESIZE);
 }
 
 TEST(Soak, DocumentsThatOpenAndCloseLeaveNothing)
