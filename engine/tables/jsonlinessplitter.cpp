@@ -151,7 +151,7 @@ std::string_view JsonLinesSplitter::FieldOf(const JsonMember& member, const Colu
 {
     if (member.text.empty()) return kNothing;
     if (member.kind != JsonMember::Number || !use.isNumber || decimal_ == '.') return member.text;
-    std::string& text = reader_.MakeText().assign(member.text);
+    std::string& text = reader_.Keep(member.text);
     std::replace(text.begin(), text.end(), '.', decimal_);
     return text;
 }

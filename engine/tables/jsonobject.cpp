@@ -170,7 +170,7 @@ RecordFault JsonParser::ReadKey(ondemand::field& field, std::string_view line,
     if (key.find('\\') == std::string_view::npos) return {};
     std::string_view unescaped;
     if (const auto error = field.unescaped_key().get(unescaped)) return FaultOf(error);
-    key = reader_.MakeText().assign(unescaped);
+    key = reader_.Keep(unescaped);
     return key.find('\0') == std::string_view::npos ? RecordFault{} : FaultOf(kNulByte);
 }
 
@@ -204,7 +204,7 @@ RecordFault JsonParser::ReadString(ondemand::value& value, JsonMember& member)
     }
     std::string_view unescaped;
     if (const auto error = value.get_string().get(unescaped)) return FaultOf(error);
-    member.text = reader_.MakeText().assign(unescaped);
+    member.text = reader_.Keep(unescaped);
     return member.text.find('\0') == std::string_view::npos ? RecordFault{} : FaultOf(kNulByte);
 }
 
@@ -259,12 +259,10 @@ RecordFault JsonObjectReader::Read(std::string_view line, JsonMemberTaker& taker
     return parser_->Read(line, taker);
 }
 
-std::string& JsonObjectReader::MakeText()
+std::string& JsonObjectReader::Keep(std::string_view text)
 {
     if (unescapedCount_ == unescaped_.size()) unescaped_.emplace_back().reserve(kPlainNumberRoom);
-    std::string& text = unescaped_[unescapedCount_++];
-    text.clear();
-    return text;
+    return unescaped_[unescapedCount_++].assign(text);
 }
 
 }  // namespace MCVelscore_850

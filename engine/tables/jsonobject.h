@@ -54,8 +54,8 @@ public:
     RecordFault Read(std::string_view line, JsonMemberTaker& taker);
     /// Lets the texts go.
     void Forget() { unescapedCount_ = 0; }
-    /// A text to keep until Forget().
-    std::string& MakeText();
+    /// A copy of the text, kept until Forget().
+    std::string& Keep(std::string_view text);
 
 private:
     friend class JsonParser;
