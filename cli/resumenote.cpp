@@ -36,8 +36,8 @@ std::string NextBytes(InputFile& file, uint64_t size)
     return bytes;
 }
 
-// What tells a table from another one without reading it whole.
-Json TableJson(const std::string& path)
+// What tells a file from another one without reading it whole.
+Json FileJson(const std::string& path)
 {
     const uint64_t size = InputFile(path).Size();
     const uint64_t hashed = std::min(size, kHashedBytes);
@@ -265,10 +265,12 @@ ResumeNote::ResumeNote(const ScoreArguments& arguments, const std::vector<std::s
     : path_(arguments.output + ".resume")
 {
     Json all = Json::array();
-    for (const std::string& table : tables) all.push_back(TableJson(table));
-    if (!arguments.baselineTable.empty()) all.push_back(TableJson(arguments.baselineTable));
+    for (const std::string& table : tables) all.push_back(FileJson(table));
+    if (!arguments.baselineTable.empty()) all.push_back(FileJson(arguments.baselineTable));
     run_ = {{"version", VELSCORE_VERSION},
             {"document", model.Sha256()},
+            {"plug-in",
+             arguments.document.plugin.empty() ? Json() : FileJson(arguments.document.plugin)},
             {"tables", std::move(all)},
             {"options", OptionsJson(arguments, options)}};
 }

@@ -304,6 +304,17 @@ TEST_F(Resumed, AnotherFileOfColumnsMakesAnotherRun)
     EXPECT_EQ(Refusal(), "");
 }
 
+TEST_F(Resumed, AnotherPluginMakesAnotherRun)
+{
+    SaveOne();
+    arguments_.document.plugin = folder_.Write("plugin.so", "one");
+    EXPECT_EQ(Refusal(), OtherRun("plug-in"));
+    SaveOne();
+    EXPECT_EQ(Refusal(), "");
+    folder_.Write("plugin.so", "two");
+    EXPECT_EQ(Refusal(), OtherRun("plug-in"));
+}
+
 TEST_F(Resumed, AnotherTableOfTheBaselineMakesAnotherRun)
 {
     arguments_.baselineTable = folder_.Write("baseline.csv", "x,sex\n1,f\n");
