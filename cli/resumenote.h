@@ -16,7 +16,7 @@ struct ScoreArguments;
 /// Where an interrupted run can go on: a file beside its output, "OUTPUT.resume", with what the run
 /// was of and how far it is. It is there while the run is under way, and stays when it ends early.
 ///
-/// Same run  A note fits a run of the same version, document (SHA-256), plug-in where one was named,
+/// Same run  A note fits a run of the same version, document (SHA-256), plug-in that was named,
 ///           tables, one of a baseline among them (names, sizes, SHA-256 of the first and the last
 ///           64 KiB), and options, as far as the output depends on them.
 /// Whole     A note is written over in one piece, so that a killed run leaves one that can be read.
