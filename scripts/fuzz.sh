@@ -44,6 +44,8 @@ if [ "${seeds[$1]}" != bytes ]; then
 fi
 rm -rf "$corpus.minimised"
 mkdir -p "$corpus.minimised"
+# Most documents of several changes are refused for one of them.
+case $1 in document | structure | convert | pair) options+=(-mutate_depth=1) ;; esac
 # What entropic schedules and names of functions cost is more than an input costs.
 "$program" "${options[@]}" -timeout=300 -max_len="${small[$1]}" -entropic=0 -print_funcs=0 -reload=0 \
     "$corpus" "$few"
