@@ -299,8 +299,8 @@ private:
         }
         if (words.empty()) return;
         const auto [begin, wordEnd] = OneIn(words);
-        const std::string_view word =
-            Below(2) == 0 ? OneIn(kOddValues) : Text(words.front().first, words.front().second);
+        const auto [other, otherEnd] = OneIn(words);
+        const std::string_view word = Below(2) == 0 ? OneIn(kOddValues) : Text(other, otherEnd);
         text_.replace(begin, wordEnd - begin, std::string(word));
     }
 
