@@ -14,12 +14,14 @@
 #include "engine/reports/jsontext.h"
 #include "engine/reports/modeljson.h"
 #include "engine/scoring/curveshaper.h"
+#include "engine/scoring/outputevaluator.h"
 #include "engine/scoring/verification.h"
 #include "host/messages/scoringlog.h"
 #include "host/model/scoremodel.h"
 #include "host/values/scorevalue.h"
 #include "host/variables/scoredictionary.h"
 #include "host/variables/scoredictvar.h"
+#include "host/variables/targetdeclaration.h"
 #include "host/variables/valueset.h"
 #include "tests/fuzz/fuzztarget.h"
 
@@ -121,6 +123,13 @@ bool HasPole(const ModelDescription& description)
     return description.hasLinkParameter;  // power, odds power, negative binomial
 }
 
+// What a document's Target makes of a limit, were it predicted: limits themselves stay the model's.
+double PredictedOf(const LoadedModel& model, double limit)
+{
+    const TargetDeclaration* target = TargetOf(model.Model().GetTargetVar());
+    return target == nullptr ? limit : target->Apply(limit);
+}
+
 // The standard's normalizations but softmax take each category's share of an equation of its own,
 // and nothing keeps these shares together: the documents' fault, if it is one, and the user's to
 // see.
@@ -149,9 +158,11 @@ void CheckRow(const LoadedModel& model, const RowNumbers& row, size_t categories
     }
     const auto lower = row.Of(ResultQuantity::CILower);
     const auto upper = row.Of(ResultQuantity::CIUpper);
-    if (HasPole(model.Description())) return;
-    if (prediction && lower && upper && std::isfinite(*lower) && std::isfinite(*upper)) {
-        Require(IsBetween(std::min(*lower, *upper), *prediction, std::max(*lower, *upper)),
+    if (HasPole(model.Description()) || !prediction || !lower || !upper) return;
+    const double low = PredictedOf(model, *lower);
+    const double high = PredictedOf(model, *upper);
+    if (std::isfinite(low) && std::isfinite(high)) {
+        Require(IsBetween(std::min(low, high), *prediction, std::max(low, high)),
                 "limits around the prediction");
     }
 }
