@@ -11,7 +11,9 @@ namespace MCVelscore_850 {
 
 NumericValue::NumericValue(const std::string& text) : ScoreValue(NUMERIC), value_(GetSysmisValue())
 {
-    const std::string_view trimmed = TrimBlanks(text);
+    std::string_view trimmed = TrimBlanks(text);
+    // As ReadNumber() takes it: documents and tables write the same category.
+    if (trimmed.size() > 1 && trimmed[0] == '+' && trimmed[1] != '-') trimmed.remove_prefix(1);
     const char* end = trimmed.data() + trimmed.size();
     double value = 0.0;
     const auto read = std::from_chars(trimmed.data(), end, value);

@@ -74,8 +74,8 @@ TEST(NumericValue, TextIsReadWholeOrIsMissing)
         {"1e3", 1000.0},      {".5", 0.5},       {"1e-400", 0.0},  // below every double
         {"", kMissing},       {"   ", kMissing}, {"1x", kMissing},
         {"x1", kMissing},     {"1 2", kMissing}, {"1,5", kMissing},
-        {"0x10", kMissing},   {"+5", kMissing},  {"1e400", kMissing},  // beyond every double
-        {"-1e400", kMissing},
+        {"0x10", kMissing},   {"+5", 5.0},       {"1e400", kMissing},  // beyond every double
+        {"-1e400", kMissing}, {"+-5", kMissing}, {"+", kMissing},
     };
     for (const auto& row : kRows) {
         EXPECT_EQ(NumericValue(std::string(row.text)).GetDouble(), row.number) << row.text;
