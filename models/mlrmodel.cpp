@@ -158,6 +158,7 @@ void MLRModel::Describe(ModelDescription& description) const
     description.link = "generalized logit";
     description.offset = offset.Describe();
     DescribeCategories(description);
+    description.hasLinearPredictorError = false;  // its errors are those of probabilities
     description.hasProbabilityErrors = HasCovariances();
     for (const std::string& category : description.targetCategories) {
         const int c = categoryMap.at(category);

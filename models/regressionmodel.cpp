@@ -414,6 +414,7 @@ void RegressionModel::DescribeCommon(ModelDescription& description) const
     if (targetVar != nullptr) description.target = targetVar->GetName();
     description.degreesOfFreedom = df;
     description.hasCovariances = HasCovariances();
+    description.hasLinearPredictorError = HasCovariances();
     for (size_t i = 0; i < predictorVars.size(); ++i) {
         if (predictorVars[i] == nullptr) continue;
         const std::string& name = predictorVars[i]->GetName();

@@ -173,7 +173,8 @@ bool IsWanted(const Quantity& quantity, const ModelDescription& description,
         case ResultQuantity::MedianSurvival: return options.survival.median;
         case ResultQuantity::LinearPredictor: return options.linearPredictor && hasOneEquation;
         case ResultQuantity::LinearPredictorError:
-            return options.linearPredictorError && hasOneEquation && description.hasCovariances;
+            return options.linearPredictorError && hasOneEquation &&
+                   description.hasLinearPredictorError;
         case ResultQuantity::ProbabilityError:
             return options.probabilityErrors && !options.predictionOnly &&
                    description.hasProbabilityErrors;

@@ -89,6 +89,8 @@ struct ModelDescription {
     std::string trials;  ///< the variable's name or the number
     double degreesOfFreedom = 0.0;
     bool hasCovariances = false;
+    /// ScoringState::linearPredictorError can be asked for, where there is one equation.
+    bool hasLinearPredictorError = false;
     /// ScoringState::probabilityErrors can be asked for.
     bool hasProbabilityErrors = false;
     /// ci_lower and ci_upper are limits of ScoreModel::GetConfidenceLevel().

@@ -67,6 +67,8 @@ TEST(ResultSchema, TheLinearPredictorsErrorNeedsOneEquationAndCovariances)
     const Names without{"prediction", "cum_hazard", "status", "status_field"};
     EXPECT_EQ(NamesOf(ResultSchema(description, asked)), without);
     description.hasCovariances = true;
+    EXPECT_EQ(NamesOf(ResultSchema(description, asked)), without) << "of a family that has none";
+    description.hasLinearPredictorError = true;
     EXPECT_EQ(NamesOf(ResultSchema(description)), without);
     const ResultSchema schema(description, asked);
     EXPECT_EQ(NamesOf(schema), (Names{"prediction", "cum_hazard", "std_err(linear_predictor)",

@@ -788,7 +788,7 @@ TEST_F(TableScorerTest, TheLinearPredictorIsTheLastColumnOfValuesWhenItIsAskedFo
 TEST_F(TableScorerTest, TheLinearPredictorsErrorIsComputedOnEitherRoadWhenItIsAskedFor)
 {
     model_.AddNumber("x");
-    model_.description.hasCovariances = true;
+    model_.description.hasLinearPredictorError = true;
     Bind({"x"}, {}, {.linearPredictor = true});
     Score({"1", "2"});
     EXPECT_FALSE(model_.asked);
