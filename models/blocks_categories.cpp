@@ -83,7 +83,7 @@ private:
 
 std::unique_ptr<BatchScorer> MLRModel::MakeBlockScorer(const kernels::BlockKernels& kernels) const
 {
-    if (categoryMap.empty()) return nullptr;
+    if (categoryMap.empty() || !IsEveryCategoryGiven()) return nullptr;
     auto scorer = std::make_unique<MLRBlocks>(kernels, *this);
     if (!scorer->Build()) return nullptr;
     return scorer;
@@ -132,7 +132,7 @@ private:
 std::unique_ptr<BatchScorer> NormalizedModel::MakeBlockScorer(
     const kernels::BlockKernels& kernels) const
 {
-    if (categoryMap.empty()) return nullptr;
+    if (categoryMap.empty() || !IsEveryCategoryGiven()) return nullptr;
     auto scorer = std::make_unique<NormalizedBlocks>(kernels, *this);
     if (!scorer->Build()) return nullptr;
     return scorer;
@@ -242,7 +242,7 @@ private:
 
 std::unique_ptr<BatchScorer> BLRModel::MakeBlockScorer(const kernels::BlockKernels& kernels) const
 {
-    if (categoryBetas.size() != 2) return nullptr;
+    if (categoryBetas.size() != 2 || !IsEveryCategoryGiven()) return nullptr;
     // Its cut-off looks at probabilities that it then doesn't compute.
     if (predictionOnly && UsesCutoff()) return nullptr;
     if (refTargetCategory && categoryMap.count(refTargetCategory->GetString()) == 0) return nullptr;
@@ -395,6 +395,7 @@ std::unique_ptr<BatchScorer> CumulativeLinkModel::MakeBlockScorer(
 {
     const auto link = static_cast<int>(linkFunction);
     if (categoryMap.empty() || link < 0 || link >= kernels::kCumulativeLinks) return nullptr;
+    if (!IsEveryCategoryGiven()) return nullptr;
     auto scorer = std::make_unique<CumulativeLinkBlocks>(kernels, *this);
     if (!scorer->Build()) return nullptr;
     return scorer;

@@ -287,6 +287,7 @@ private:
 std::unique_ptr<BatchScorer> GZLRModel::MakeBlockScorer(const kernels::BlockKernels& kernels) const
 {
     if (GZLRLink::Find(linkFunction) == nullptr) return nullptr;
+    if (binaryTarget && !IsEveryCategoryGiven()) return nullptr;
     auto scorer = std::make_unique<GZLRBlocks>(kernels, *this);
     if (!scorer->Build()) return nullptr;
     return scorer;

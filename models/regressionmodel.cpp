@@ -177,6 +177,15 @@ void RegressionModel::RegisterTargetCategories()
     }
 }
 
+bool RegressionModel::IsEveryCategoryGiven() const
+{
+    return targetVar != nullptr &&
+           std::all_of(categoryMap.begin(), categoryMap.end(), [&](const auto& category) {
+               const std::unique_ptr<ScoreValue> value(targetVar->MakeValue(category.first));
+               return targetVar->IsValid(value.get()) && !targetVar->IsMissing(value.get());
+           });
+}
+
 void RegressionModel::SizeNumericPPMatrix()
 {
     numericPPMatrix.assign(

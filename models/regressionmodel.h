@@ -164,6 +164,10 @@ protected:
         RepeatedProducts  ///< factors' numbers nearly; covariates by multiplication
     };
     TermPlan PlanNumberTerms(NumberTerms terms) const;
+    /// Whether a result gives the probability of every category. MLRResult refuses one whose value
+    /// the target takes for missing or not valid, as that of a date, whose name in the map isn't
+    /// its text; blocks give all.
+    bool IsEveryCategoryGiven() const;
     /// Binds a run to the layout of its first indexed record.
     void Bind(CaseState& state, const ScoreCaseRecord& record, bool derivedInRecord) const;
     /// The codes of the case's numbers, for the factors that are read by code: a whole number is
