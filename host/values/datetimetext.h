@@ -24,7 +24,7 @@ bool ReadAnyDateTime(std::string_view text, DateTimeShape& shape, double& plain)
 /// Appends the text that ReadDateTime() takes: 2026-11-21, 23:59:59.5, 2026-11-21T23:59:59.5; for a
 /// type that counts from an origin of its own the number from there. Appends nothing for a number
 /// beyond the years 0 to 9999.
-void AppendDateTime(double plain, ScoreDictVar::DateTimeType type, std::string& out);
+VELHOST_API void AppendDateTime(double plain, ScoreDictVar::DateTimeType type, std::string& out);
 
 /// The shape of a type, which must be a date or time.
 VELHOST_API DateTimeShape ShapeOf(ScoreDictVar::DateTimeType type);

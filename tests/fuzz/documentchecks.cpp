@@ -18,6 +18,7 @@
 #include "engine/scoring/verification.h"
 #include "host/messages/scoringlog.h"
 #include "host/model/scoremodel.h"
+#include "host/values/datetimetext.h"
 #include "host/values/scorevalue.h"
 #include "host/variables/scoredictionary.h"
 #include "host/variables/scoredictvar.h"
@@ -130,6 +131,13 @@ double PredictedOf(const LoadedModel& model, double limit)
     return target == nullptr ? limit : target->Apply(limit);
 }
 
+// exp(eta) is any number from 0 on: of the links that binary targets may have, log and log
+// complement alone don't keep the mean within 0 and 1.
+bool HasUnboundedMean(const ModelDescription& description)
+{
+    return description.link == "Log" || description.link == "Log complement";
+}
+
 // The standard's normalizations but softmax take each category's share of an equation of its own,
 // and nothing keeps these shares together: the documents' fault, if it is one, and the user's to
 // see.
@@ -143,13 +151,14 @@ void CheckRow(const LoadedModel& model, const RowNumbers& row, size_t categories
     double sum = 0.0;
     size_t count = 0;
     const bool sharesByEquation = HasSharesByEquation(model.Description());
+    const bool anyShare = sharesByEquation || HasUnboundedMean(model.Description());
     row.Visit(ResultQuantity::Probability, [&](double probability) {
-        Require(sharesByEquation || (probability >= 0.0 && probability <= 1.0),
+        Require(anyShare || (probability >= 0.0 && probability <= 1.0),
                 "a probability within 0 and 1");
         sum += probability;
         ++count;
     });
-    if (count > 0 && count == categories && !sharesByEquation) {
+    if (count > 0 && count == categories && !anyShare) {
         Require(std::fabs(sum - 1.0) <= kRounding, "probabilities that add up to 1");
     }
     const auto prediction = row.Of(ResultQuantity::Prediction);
@@ -295,6 +304,13 @@ std::unique_ptr<LoadedModel> ModelOf(std::string_view document, const LoadOption
 
 CaseTable DrawnCases(const LoadedModel& model)
 {
+    // The text of a date's value is its number, which the field doesn't read.
+    const auto textOf = [](const ScoreDictVar& var, const ScoreValue& value) {
+        if (var.GetValueType() != ScoreDictVar::DATETIME) return value.GetString();
+        std::string text;
+        AppendDateTime(value.GetDouble(), var.GetDateTimeType(), text);
+        return text;
+    };
     static const std::vector<std::string> kTexts{
         "0",    "1",     "2",    "0.5",    "-1",   "3.25",  "10",         "100", "",
         "1e3",  "-1e-3", "1e9",  "-1e9",   "1e15", "1e308", "-1e308",     "x",   "NA",
@@ -306,7 +322,7 @@ CaseTable DrawnCases(const LoadedModel& model)
         const ScoreDictVar* var = model.Model().GetDictionary()->GetVar(name);
         if (var != nullptr && var->GetValueSet() != nullptr) {
             for (const ValueSetEntry& entry : var->GetValueSet()->GetEntries()) {
-                own.push_back(entry.GetEntryValue()->GetString());
+                own.push_back(textOf(*var, *entry.GetEntryValue()));
             }
         }
         // Categories are what most rows have; numbers too have more ordinary values than odd ones.

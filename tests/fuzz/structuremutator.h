@@ -6,10 +6,13 @@
 
 namespace MCVelscore_850::fuzz {
 
-/// Changes a document in one to four places, as an exporter or a hand might: attributes get other
-/// names, words, numbers or values that stand elsewhere; elements are left out, doubled, moved, and
-/// put where the vocabulary lets them stand, words of texts change. Tags stay paired where they
-/// were. The same seed makes the same of a document.
+/// A value that readers of numbers, names and words may stumble over.
+std::string_view OddValue(unsigned draw);
+
+/// Changes a document in one to four places, mostly in one, as an exporter or a hand might:
+/// attributes get other names, words, numbers or values that stand elsewhere; elements are left
+/// out, doubled, moved, and put where the vocabulary lets them stand, words of texts change. Tags
+/// stay paired where they were. The same seed makes the same of a document.
 std::string MutateStructure(std::string_view document, unsigned seed);
 
 /// Puts an element of another document into a document, mostly in the place of one of the same tag.
