@@ -1,22 +1,29 @@
 #!/usr/bin/env bash
-# The seed corpora of the fuzz targets, made of the test data:
+# The seed corpora of the fuzz targets, made of the test data, and of the documents of corners/, each of which
+# reaches a branch that no document of the test data does:
 #
 #   make-seeds.sh OUT    OUT/documents, OUT/convertible, OUT/tables, OUT/pairs, OUT/bytes, OUT/arrow
 set -euo pipefail
 out=$1
-data=$(cd "$(dirname "${BASH_SOURCE[0]}")/../data" && pwd)
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+data=$(cd "$here/../data" && pwd)
 rm -rf "$out"
 mkdir -p "$out"/{documents,convertible,tables,pairs,bytes,arrow}
 
 # The name of a file as that of a seed: its path with dashes.
 seed_name() { printf '%s' "${1#"$data"/}" | tr '/' '-'; }
 
+is_convertible() { LC_ALL=C grep -qaE '<(zelt-ml|RegressionModel)\b' "$1"; }
+
+for document in "$here"/corners/*; do
+    cp "$document" "$out/documents/"
+    if is_convertible "$document"; then cp "$document" "$out/convertible/"; fi
+done
+
 # Small ones: mutations of large ones go to waste.
 find "$data" -name '*.pmml' -size -48k | sort | while read -r document; do
     cp "$document" "$out/documents/$(seed_name "$document")"
-    if grep -qE '<(zelt-ml|RegressionModel)\b' "$document"; then
-        cp "$document" "$out/convertible/$(seed_name "$document")"
-    fi
+    if is_convertible "$document"; then cp "$document" "$out/convertible/$(seed_name "$document")"; fi
     table=$(dirname "$document")/input.csv
     [ -f "$table" ] || continue
     { cat "$document" && printf -- '\n--\n' && head -n 12 "$table"; } \
