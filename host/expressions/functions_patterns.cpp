@@ -15,6 +15,18 @@ using Value = ExpressionValue;
 // The memory of one compiled pattern.
 constexpr int64_t kPatternMemory = 1 << 20;
 
+// Whether a \C stands in a pattern, which matches one byte: a text would be cut within a character.
+// One between \Q and \E is taken for it too.
+bool MatchesBytes(std::string_view pattern)
+{
+    for (size_t i = 0; i + 1 < pattern.size(); ++i) {
+        if (pattern[i] != '\\') continue;
+        ++i;
+        if (pattern[i] == 'C') return true;
+    }
+    return false;
+}
+
 // The last pattern, compiled.
 class CompiledPattern final : public FunctionState {
 public:
@@ -26,8 +38,13 @@ public:
             options.set_max_mem(kPatternMemory);
             compiled_ = std::make_unique<RE2>(pattern, options);
         }
-        if (!compiled_->ok()) reason = compiled_->error();
-        return compiled_->ok();
+        reason.clear();
+        if (!compiled_->ok()) {
+            reason = compiled_->error();
+        } else if (MatchesBytes(pattern)) {
+            reason = "\\C matches bytes, not characters";
+        }
+        return reason.empty();
     }
     const RE2& Get() const { return *compiled_; }
 

@@ -371,6 +371,7 @@ TEST(PatternFunctions, YieldTheValuesOfTheirDefinition)
         {"matches", {"'May'", "'ay$'"}, "true"},
         {"matches", {"'\u00e4'", "'^.$'"}, "true"},  // one character
         {"matches", {"12", "'^[0-9]+$'"}, "true"},
+        {"matches", {"'\\C'", "'\\\\C'"}, "true"},  // a backslash, and no \C of a byte
         {"replace", {"'BBBB'", "'B+'", "'c'"}, "c"},
         {"replace", {"'abracadabra'", "'bra'", "'*'"}, "a*cada*"},
         {"replace", {"'abracadabra'", "'a(.)'", "'[$1]'"}, "[b]r[c][d][b]ra"},
@@ -512,7 +513,7 @@ TEST(PatternFunctions, PatternThatIsNoneIsRefused)
         if (function == "replace") arguments.push_back("'b'");
         return RefusedFor(DerivedField("d", Called(function, arguments)));
     };
-    for (const char* pattern : {"(a", "a**", "(?=a)b", "(a)\\1", "(a{1000}){1000}"}) {
+    for (const char* pattern : {"(a", "a**", "(?=a)b", "(a)\\1", "(a{1000}){1000}", "a\\\\\\C"}) {
         for (const char* function : {"matches", "replace"}) {
             const Refusal refusal = refused(function, pattern);
             EXPECT_EQ(refusal.code, kBadPattern) << pattern;
