@@ -11,7 +11,7 @@ set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 declare -A seeds=([document]=documents [structure]=documents [convert]=convertible [pair]=pairs
     [table]=tables [expression]=bytes [derived]=bytes [stats]=bytes [arrow]=arrow)
-declare -A small=([document]=8192 [structure]=8192 [convert]=8192 [pair]=8192
+declare -A small=([document]=4096 [structure]=4096 [convert]=4096 [pair]=4096
     [table]=192 [expression]=64 [derived]=64 [stats]=48 [arrow]=1024)
 if [ $# -lt 2 ] || [ -z "${seeds[$1]:-}" ] || [ "${3:-volume}" != volume ]; then
     echo "usage: scripts/fuzz.sh TARGET SECONDS [volume]; the targets are: ${!seeds[*]}" >&2
