@@ -157,8 +157,8 @@ void NormalizedModel::ExplainCase(const CaseState& state, CaseExplanation& expla
 void NormalizedModel::Describe(ModelDescription& description) const
 {
     DescribeCommon(description);
-    description.hasLinearPredictorError =
-        false;  // RegressionModels, which it stands for, have no covariances
+    // RegressionModels, which it stands for, have no covariances.
+    description.hasLinearPredictorError = false;
     DescribeCategories(description);
     DescribeFamily(kNormalized, description);
     description.link = word;
