@@ -79,7 +79,8 @@ std::string TargetOptype(Element root, Element model)
     return {};
 }
 
-// An option that the translation of a RegressionModel leaves; empty without it.
+// An option that an Extension of the model tells, as the translation of a RegressionModel leaves
+// them; empty without it.
 std::string OptionOf(Element model, const std::string& name)
 {
     for (const Element extension : model.Children(Tags::XML_ELE_EXTENSION)) {
@@ -90,14 +91,27 @@ std::string OptionOf(Element model, const std::string& name)
     return {};
 }
 
+constexpr std::string_view kAsTheyAre = "the equations give them as they are";
+
+// Of a generalized linear model of two categories, where the inverse of its link has no bounds.
+std::string_view ReasonOfLink(Element model)
+{
+    std::string link = model.Text(Tags::XML_ATT_LINKFUNCTION);
+    if (link.empty()) link = OptionOf(model, Tags::XML_VAL_RM_EXT_NAME_LINK);
+    if (link == "identity") return kAsTheyAre;
+    if (link == "log") return "exp(eta) isn't held below 1";
+    if (link == "logc") return "1 - exp(eta) isn't held above 0";
+    if (link == "power") return "a power of eta isn't held below 1";
+    return {};
+}
+
 // Why the probabilities of a general form's model have no bounds; empty where they have.
 std::string_view ReasonOfUnbounded(Element root, Element model)
 {
-    constexpr std::string_view kAsTheyAre = "the equations give them as they are";
     if (model.Text(Tags::XML_ATT_RM_FUNC_NAME) != Tags::XML_VAL_RM_FUNC_NAME_C) return {};
-    if (model.Text(Tags::XML_ATT_RM_MODEL_TYPE) == Tags::XML_VAL_MT_GDLIN) {
-        return model.Text(Tags::XML_ATT_LINKFUNCTION) == "identity" ? kAsTheyAre
-                                                                    : std::string_view();
+    const auto family = FamilyOfModel(root, model);
+    if (family == kGeneralizedLinear || family == kMultinomialGeneralized) {
+        return ReasonOfLink(model);
     }
     if (model.Text(Tags::XML_ATT_MODELALGO) != Tags::XML_VAL_MN_NORMALIZED) return {};
     const std::string method = OptionOf(model, Tags::XML_ATT_RM_EXT_NAME_NORMALIZATION);
