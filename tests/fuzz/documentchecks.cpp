@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <optional>
 #include <sstream>
 
@@ -131,11 +132,11 @@ double PredictedOf(const LoadedModel& model, double limit)
     return target == nullptr ? limit : target->Apply(limit);
 }
 
-// exp(eta) is any number from 0 on: of the links that binary targets may have, log and log
-// complement alone don't keep the mean within 0 and 1.
+// Links that binary targets may have, and whose inverse doesn't keep the mean within 0 and 1.
 bool HasUnboundedMean(const ModelDescription& description)
 {
-    return description.link == "Log" || description.link == "Log complement";
+    constexpr std::string_view kLinks[] = {"Identity", "Log", "Log complement", "Power"};
+    return std::find(std::begin(kLinks), std::end(kLinks), description.link) != std::end(kLinks);
 }
 
 // The standard's normalizations but softmax take each category's share of an equation of its own,

@@ -268,6 +268,7 @@ std::string XmlOf(const Node& node)
     for (const auto& [name, value] : node.attributes) {
         xml += " " + name + "=\"" + Escaped(value) + "\"";
     }
+    if (node.text.empty() && node.children.empty()) return xml + "/>";
     xml += ">" + Escaped(node.text);
     for (const Node& child : node.children) xml += XmlOf(child);
     return xml + "</" + node.tag + ">";

@@ -1,5 +1,6 @@
 // A document and a table of its cases: the text up to the first line "--" is the document. Of one
-// pair the document is mutated, as in structure, or the table: its cells.
+// pair the document is mutated, as in structure, or the table: its cells; some pairs are drawn
+// anew.
 #include <algorithm>
 #include <random>
 #include <utility>
@@ -8,6 +9,7 @@
 #include "engine/messages/failure.h"
 #include "tests/engine/textsource.h"
 #include "tests/fuzz/documentchecks.h"
+#include "tests/fuzz/documentdrawing.h"
 #include "tests/fuzz/fuzztarget.h"
 #include "tests/fuzz/structuremutator.h"
 
@@ -93,8 +95,11 @@ extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* bytes, size_t size, size_t mo
     const std::string input(TextOf(bytes, size));
     const Pair pair(input);
     std::mt19937 draws(seed);
+    constexpr unsigned kDrawn = 16;
     size_t given = 0;
-    if (draws() % 2 == 0) {
+    if (draws() % kDrawn == 0) {
+        given = Give(DrawDocument(draws()), DrawTable(draws()), bytes, most);
+    } else if (draws() % 2 == 0) {
         given = Give(MutateStructure(pair.document, static_cast<unsigned>(draws())), pair.table,
                      bytes, most);
     } else {

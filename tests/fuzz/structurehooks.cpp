@@ -1,13 +1,17 @@
 // What libFuzzer calls to mutate inputs of targets whose input is a document.
 #include <algorithm>
 
+#include "tests/fuzz/documentdrawing.h"
 #include "tests/fuzz/fuzztarget.h"
 #include "tests/fuzz/structuremutator.h"
 
 extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* bytes, size_t size, size_t most, unsigned seed)
 {
     using namespace MCVelscore_850::fuzz;
-    const std::string mutated = MutateStructure(TextOf(bytes, size), seed);
+    // One in so many inputs is a document of its own, that no mutation leads to.
+    constexpr unsigned kDrawn = 16;
+    const std::string mutated = seed % kDrawn == kDrawn - 1 ? DrawDocument(seed / kDrawn)
+                                                   : MutateStructure(TextOf(bytes, size), seed);
     // One that is too long is cut, which makes it no document: the input stays as it is.
     if (mutated.size() > most) return size;
     std::copy(mutated.begin(), mutated.end(), bytes);
