@@ -287,7 +287,8 @@ private:
 std::unique_ptr<BatchScorer> GZLRModel::MakeBlockScorer(const kernels::BlockKernels& kernels) const
 {
     if (GZLRLink::Find(linkFunction) == nullptr) return nullptr;
-    if (binaryTarget && !IsEveryCategoryGiven()) return nullptr;
+    // Cells of both categories, one not as the dictionary has it, make the event the other one too.
+    if (binaryTarget && (!IsEveryCategoryGiven() || eventCategory == otherCategory)) return nullptr;
     auto scorer = std::make_unique<GZLRBlocks>(kernels, *this);
     if (!scorer->Build()) return nullptr;
     return scorer;

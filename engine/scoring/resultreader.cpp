@@ -135,8 +135,8 @@ int32_t ResultReader::CodeOf(const ScoreValue& value)
 {
     const bool isText = value.Kind() == ScoreValue::STRING;
     const auto is = [&](const ResultCategory& category) {
-        return isText ? !category.number &&
-                            category.text == static_cast<const StringValue&>(value).Text()
+        // A result that a row without a mean made a text stays one, also of a target of dates.
+        return isText ? category.text == static_cast<const StringValue&>(value).Text()
                       : category.number == value.GetDouble();
     };
     if (lastCode_ >= categories_.size() || !is(categories_[lastCode_])) {
