@@ -9,6 +9,7 @@
 #include "engine/documents/treefields.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/model/modelfamilies.h"
+#include "host/values/numbertext.h"
 
 namespace MCVelscore_850 {
 
@@ -134,6 +135,33 @@ std::optional<Change> NameCategoryOfBetas(Element root)
                                   other, reference)};
     }
     return std::nullopt;
+}
+
+std::optional<Change> SpellCategoriesOfBetas(Element root)
+{
+    const Element model = ModelElement(root);
+    if (!model) return std::nullopt;
+    const auto family = FamilyOfModel(root, model);
+    const Element target = TargetDataField(root);
+    if ((family != kGeneralizedLinear && family != kMultinomialGeneralized) ||
+        !IsNumericType(target.Text("dataType"))) {
+        return std::nullopt;
+    }
+    std::optional<Change> change;
+    for (const Element cell :
+         model.Child(Tags::XML_ELE_PARAM_MATRIX).Children(Tags::XML_ELE_PCELL)) {
+        const std::string category = cell.Text(Tags::XML_ATT_PC_TARGET_CAT);
+        double number = 0.0;
+        if (ReadNumber(category, number) != NumberText::Number) continue;
+        std::string spelled;
+        AppendNumber(number, spelled);
+        if (spelled == category) continue;
+        cell.SetText(Tags::XML_ATT_PC_TARGET_CAT, spelled);
+        if (change) continue;
+        change = Change{cell.Place(), fmt::format("targetCategory \"{}\" is read as the number {}",
+                                                  category, spelled)};
+    }
+    return change;
 }
 
 std::optional<Change> SelectContrastLogistic(Element root)

@@ -50,6 +50,7 @@ constexpr RuleRow kRules[] = {
     {Row("classification-target", kNoDoubt), ClassifyCategoricalTarget},
     {Row("unbounded-probabilities", kNoDoubt, Answer::Notice), NoteUnboundedProbabilities},
     {Row("category-of-betas", kDoubt), NameCategoryOfBetas},
+    {Row("category-spelling", kNoDoubt), SpellCategoriesOfBetas},
     {Row("contrast-logistic", kDoubt), SelectContrastLogistic},
     {Row("beta-category-last", kNoDoubt), DeclareBetaCategoryLast},
     {Row("category-design", kNoDoubt), ReadDesignsOfCategories},

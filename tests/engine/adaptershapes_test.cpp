@@ -289,6 +289,41 @@ TEST(CategoryOfBetasRule, TakesTheOneThatIsNotTheReference)
     EXPECT_TRUE(Adapted(named.Text()).Untouched());
 }
 
+TEST(CategorySpellingRule, WritesANumberAsItsReaderDoes)
+{
+    const auto binomial = [](const std::string& category, const std::string& model) {
+        Parts parts = Binomial("functionName='classification' distribution='binomial'");
+        parts.fields.replace(parts.fields.find("<Value value='1'/>"), 18, "<Value value='1.0'/>");
+        if (!model.empty()) parts.model = model;
+        parts.betas = "<PCell targetCategory='" + category + "' parameterName='pa' beta='1'/>";
+        return Adapted(parts.Text());
+    };
+    struct {
+        const char* category;
+        const char* model;
+        const char* rules;
+        const char* spelled;
+    } const rows[] = {
+        {"1.0", "", "category-spelling", "1"},
+        {"+1", "", "category-spelling", "1"},
+        {"1e0", "", "category-spelling", "1"},
+        {"1", "", "", "1"},
+        {"one", "", "", "one"},
+        {"1.0",
+         "modelType='multinomialLogistic' algorithmName='GZLM' distribution='binomial' "
+         "linkFunction='probit' functionName='classification'",
+         "category-spelling", "1"},
+        // Other families compare numbers.
+        {"1.0", "modelType='multinomialLogistic' functionName='classification'", "", "1.0"},
+    };
+    for (const auto& row : rows) {
+        const Adapted adapted = binomial(row.category, row.model);
+        EXPECT_EQ(adapted.Rules(), row.rules) << row.category << row.model;
+        EXPECT_TRUE(adapted.Has("targetCategory='" + std::string(row.spelled) + "'"))
+            << row.category << row.model;
+    }
+}
+
 TEST(CategoryOfBetasRule, LeavesACategoryWithoutAName)
 {
     Parts parts = Binomial("functionName='classification' distribution='binomial'");

@@ -309,6 +309,33 @@ TEST(CutoffCategory, IsSpeltAsTheTargetSpellsIt)
     EXPECT_EQ(faults[0].expected, "\"0\", \"1\"");
 }
 
+TEST(BetaOfOtherCategory, IsToldWhereTheModelHasOneEquation)
+{
+    const std::string text = CaseText("glz-logit-birthwt");
+    const std::string low = "targetCategory=\"low\" parameterName=\"p1\"";
+    const std::string normal = "targetCategory=\"normal\" parameterName=\"p1\"";
+    EXPECT_TRUE(FaultsOf(text).empty());
+    const auto faults = FaultsOf(Changed(text, low, normal));
+    ASSERT_EQ(faults.size(), 1u);
+    EXPECT_EQ(faults[0].rule->name, "beta-of-other-category");
+    EXPECT_EQ(faults[0].found, "normal");
+    EXPECT_NE(faults[0].ToString().find("that of \"low\""), std::string::npos);
+    EXPECT_EQ(faults[0].attribute, "targetCategory");
+    EXPECT_TRUE(faults[0].place.path.ends_with("ParamMatrix/PCell[2]")) << faults[0].place.path;
+    // A beta of 0 is none.
+    const std::string cell = "<ParamMatrix><PCell targetCategory=\"normal\" parameterName=\"p1\" ";
+    EXPECT_TRUE(FaultsOf(Changed(text, "<ParamMatrix>", cell + "beta=\"0\"/>")).empty());
+    EXPECT_EQ(FaultsOf(Changed(text, "<ParamMatrix>", cell + "beta=\"3\"/>")).size(), 1u);
+    // A truth value in another word: its betas would be those of no category.
+    std::string truths = ChangedEverywhere(text, "\"low\"", "\"true\"");
+    truths = ChangedEverywhere(truths, "\"normal\"", "\"false\"");
+    truths = Changed(truths, "dataType=\"string\"", "dataType=\"boolean\"");
+    EXPECT_TRUE(FaultsOf(truths).empty());
+    EXPECT_FALSE(
+        FaultsOf(ChangedEverywhere(truths, "targetCategory=\"true\"", "targetCategory=\"TRUE\""))
+            .empty());
+}
+
 TEST(SoundDocuments, HaveNoFaultOfFamilyBaselineOrContrasts)
 {
     std::vector<std::string> paths;

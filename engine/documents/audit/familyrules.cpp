@@ -5,6 +5,7 @@
 #include <initializer_list>
 
 #include "engine/documents/audit/documentaudit.h"
+#include "engine/documents/audit/nearnames.h"
 #include "engine/documents/names.h"
 #include "host/documents/pmmlmodeltags.h"
 #include "host/messages/nearword.h"
@@ -532,6 +533,22 @@ void CutoffOfOtherSpelling(const DocumentFacts& facts, const ModelDescription& m
     report(detail);
 }
 
+// A generalized linear model of two categories has one equation, and takes the betas of the
+// category that the last cells name, by its text.
+void BetasOfOtherCategory(const DocumentFacts& facts, const ModelDescription& model,
+                          RuleReport& report)
+{
+    if (model.className != "GZLRModel" || model.targetCategories.empty()) return;
+    const std::string& counting = model.equations.front().category;
+    for (const DocumentFacts::Estimate& cell : facts.estimates) {
+        if (!cell.beta || *cell.beta == 0.0 || cell.targetCategory == counting) continue;
+        report({.element = cell.element,
+                .attribute = Tags::XML_ATT_PC_TARGET_CAT,
+                .found = cell.targetCategory,
+                .what = Quoted(counting)});
+    }
+}
+
 // The cell of a threshold; the model's element where none names that category.
 Element ThresholdCell(const DocumentFacts& facts, const std::string& parameter,
                       const std::string& category)
@@ -704,6 +721,14 @@ constexpr AuditRule kRules[] = {
       "Write targetReferenceCategory as the target's category is written."},
      nullptr,
      CutoffOfOtherSpelling},
+    {{"beta-of-other-category", Answer::Fault, kStrict,
+      "a beta of another category than the one whose betas count",
+      "{element} {attribute} {found} gives a beta that wouldn't count: the model has one equation, "
+      "that of {what}",
+      "Give every beta to the one category whose probability the equation gives, written as the "
+      "target's value is."},
+     nullptr,
+     BetasOfOtherCategory},
     {{"falling-thresholds", Answer::Fault, kStrict,
       "thresholds of an ordinal model that don't ascend",
       "the threshold {found} of category \"{what}\" isn't above that of the category before, "
