@@ -193,6 +193,7 @@ struct ContentRow {
     std::string_view extension;
     std::string_view element;
     std::vector<std::string> attributes;
+    bool isOutermost = false;  ///< within another one the reader would count its content for both
 };
 
 const std::vector<ContentRow>& ContentRows()
@@ -204,7 +205,8 @@ const std::vector<ContentRow>& ContentRows()
          {Tags::XML_EXT_ATT_COXREG_BASEPOINT_PARAMETERNAME, Tags::XML_ATT_EXT_VALUE}},
         {hazards,
          Tags::XML_EXT_ELE_COXREG_STRATUM,
-         {Tags::XML_ATT_VALUE, Tags::XML_EXT_ELE_ATT_COXREG_STRATUM_VARNAME}},
+         {Tags::XML_ATT_VALUE, Tags::XML_EXT_ELE_ATT_COXREG_STRATUM_VARNAME},
+         true},
         {hazards, Tags::XML_EXT_ELE_COXREG_HAZARD_TABLE, {}},
         {hazards, Tags::XML_EXT_ELE_COXREG_BASEMAXTIME, {Tags::XML_ATT_VALUE}},
         {hazards,
@@ -225,10 +227,12 @@ void CheckContent(Element parent, const std::string& extension, const Tell& tell
         for (const ContentRow& each : ContentRows()) {
             if (each.extension == extension && child.Is(each.element)) row = &each;
         }
-        if (row == nullptr) {
+        const bool isOutermost = parent.Is(Tags::XML_ELE_EXTENSION);
+        if (row == nullptr || (row->isOutermost && !isOutermost)) {
             std::vector<std::string> tags;
             for (const ContentRow& each : ContentRows()) {
-                if (each.extension == extension) tags.emplace_back(each.element);
+                if (each.extension != extension || (each.isOutermost && !isOutermost)) continue;
+                tags.emplace_back(each.element);
             }
             tell(child, child.Tag(), tags, false);
             continue;
