@@ -166,6 +166,9 @@ OwnedTree BuildTree(std::string_view bytes, const std::string& file,
     // Caught here and not above: these objects live off the session.
     try {
         parser.parse(source);
+        // What is written of the tree is XML 1.0: under 1.1 some characters, as U+0085, would have
+        // to be references, which the library doesn't write.
+        parser.getDocument()->setXmlVersion(xercesc::XMLUni::fgVersion1_0);
     } catch (const xercesc::XMLException& e) {  // bytes that can't be decoded
         RefuseFirstLine(file, e.getMessage());
     } catch (const xercesc::DOMException& e) {  // a version of XML other than 1.0 and 1.1

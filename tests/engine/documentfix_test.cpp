@@ -51,6 +51,27 @@ TEST(FixDocument, PutsRightWhatCanBeButOne)
     EXPECT_TRUE(Fixed(fixed.text).changes.empty());
 }
 
+// XML 1.1 has characters by references alone that 1.0 has as they are.
+TEST(FixDocument, WritesXml10OfAnyVersion)
+{
+    const auto documentWith = [](const std::string& character) {
+        std::string text =
+            Replaced(TestModel().Text(), "<?xml version=\"1.0\"", "<?xml version=\"1.1\"");
+        return Replaced(text, "label=\"x\"", "label=\"x" + character + "\"");
+    };
+    struct {
+        const char* reference;
+        const char* written;
+    } const rows[] = {{"&#x7f;", "\x7F"}, {"&#x85;", "\xC2\x85"}, {"&#x2028;", "\xE2\x80\xA8"}};
+    for (const auto& row : rows) {
+        const FixedDocument fixed = Fixed(documentWith(row.reference));
+        EXPECT_TRUE(fixed.text.starts_with("<?xml version=\"1.0\"")) << row.reference;
+        EXPECT_NE(fixed.text.find("label=\"x" + std::string(row.written) + "\""), std::string::npos)
+            << row.reference;
+        EXPECT_TRUE(Fixed(fixed.text).changes.empty()) << row.reference;
+    }
+}
+
 // A name that is put right shows what else is to be: a list, then its cell, then an attribute.
 TEST(FixDocument, GoesOnUntilNothingIsLeft)
 {
