@@ -2,17 +2,52 @@
 # Fuzzes one target for so many seconds, or lists the targets:
 #
 #   scripts/fuzz.sh [TARGET SECONDS [volume]]
+#   scripts/fuzz.sh keep
 #
 # Builds preset fuzz, with both sanitizers; the corpus grows under build/fuzz/corpus/TARGET, and an input
 # that fails lies in build/fuzz/found: build/fuzz/bin/fuzz_TARGET FILE runs it again. With volume it is
 # preset fuzz-volume and its folders: small inputs, and of the sanitizers undefined behaviour alone, which
 # ends the program. That corpus is minimised in the end, and a later run without volume begins with it.
+# keep takes of the volume's documents and pairs one for each edge into tests/fuzz/found.tar.zst, so that
+# the next runs, on any machine, begin where these ended.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 declare -A seeds=([document]=documents [structure]=documents [convert]=convertible [pair]=pairs
-    [table]=tables [expression]=bytes [derived]=bytes [stats]=bytes [arrow]=arrow)
+    [table]=tables [expression]=bytes [derived]=bytes [drawn]=bytes [stats]=bytes [arrow]=arrow)
 declare -A small=([document]=4096 [structure]=4096 [convert]=4096 [pair]=4096
-    [table]=192 [expression]=64 [derived]=64 [stats]=48 [arrow]=1024)
+    [table]=192 [expression]=64 [derived]=64 [drawn]=64 [stats]=48 [arrow]=1024)
+
+# Into OUT, of seeds and folders, what reaches an edge that neither the test data, corners/ nor a smaller
+# input does. Files that libFuzzer writes are named by their digest.
+keep_edges() { # OUT TARGET SEEDS FOLDER...
+    local out=$1 target=$2 digest='.*/[0-9a-f]{40}'
+    shift 2
+    rm -rf "$out"
+    mkdir -p "$out"
+    find "$1" -type f -regextype posix-extended ! -regex "$digest" -exec cp -t "$out" {} +
+    "build/fuzz-volume/bin/fuzz_$target" -merge=1 -use_counters=0 -max_len="${small[$target]}" "$out" "$@"
+    find "$out" -type f -regextype posix-extended ! -regex "$digest" -delete
+}
+
+keep() {
+    local build=build/fuzz-volume kept=build/fuzz-volume/kept target documents=()
+    cmake --preset fuzz-volume >/dev/null
+    cmake --build --preset fuzz-volume --target fuzz_structure fuzz_pair velfuzzseeds
+    for target in document structure convert; do
+        if [ -d "$build/corpus/$target" ]; then documents+=("$build/corpus/$target"); fi
+    done
+    keep_edges "$kept/documents" structure "$build/tests/fuzz/seeds/documents" "${documents[@]}"
+    local pairs=("$build/tests/fuzz/seeds/pairs")
+    if [ -d "$build/corpus/pair" ]; then pairs+=("$build/corpus/pair"); fi
+    keep_edges "$kept/pairs" pair "${pairs[@]}"
+    tar -C "$kept" --sort=name --mtime=@0 --owner=0 --group=0 --numeric-owner -cf - documents pairs |
+        zstd -qf -19 --ultra -22 -o tests/fuzz/found.tar.zst
+}
+
+if [ "${1:-}" = keep ]; then
+    keep
+    exit
+fi
 if [ $# -lt 2 ] || [ -z "${seeds[$1]:-}" ] || [ "${3:-volume}" != volume ]; then
     echo "usage: scripts/fuzz.sh TARGET SECONDS [volume]; the targets are: ${!seeds[*]}" >&2
     exit 1

@@ -2,9 +2,12 @@
 // structure.
 #include "tests/fuzz/documentchecks.h"
 #include "tests/fuzz/fuzztarget.h"
+#include "tests/fuzz/slowinputs.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
 {
-    MCVelscore_850::fuzz::CheckConverted(MCVelscore_850::fuzz::TextOf(bytes, size));
+    using namespace MCVelscore_850::fuzz;
+    const SlowInputs::Watch watch(TextOf(bytes, size));
+    CheckConverted(TextOf(bytes, size));
     return 0;
 }

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The seed corpora of the fuzz targets, made of the test data, and of the documents of corners/, each of which
-# reaches a branch that no document of the test data does:
+# The seed corpora of the fuzz targets, made of the test data, of the documents of corners/, each of which
+# reaches a branch that no document of the test data does, and of what runs have found (fuzz.sh keep):
 #
 #   make-seeds.sh OUT    OUT/documents, OUT/convertible, OUT/tables, OUT/pairs, OUT/bytes, OUT/arrow
 set -euo pipefail
@@ -13,22 +13,18 @@ mkdir -p "$out"/{documents,convertible,tables,pairs,bytes,arrow}
 # The name of a file as that of a seed: its path with dashes.
 seed_name() { printf '%s' "${1#"$data"/}" | tr '/' '-'; }
 
-is_convertible() { LC_ALL=C grep -qaE '<(zelt-ml|RegressionModel)\b' "$1"; }
-
-for document in "$here"/corners/*; do
-    cp "$document" "$out/documents/"
-    if is_convertible "$document"; then cp "$document" "$out/convertible/"; fi
-done
+cp "$here"/corners/* "$out/documents/"
+zstd -dcq "$here/found.tar.zst" | tar -x -C "$out"
 
 # Small ones: mutations of large ones go to waste.
 find "$data" -name '*.pmml' -size -48k | sort | while read -r document; do
     cp "$document" "$out/documents/$(seed_name "$document")"
-    if is_convertible "$document"; then cp "$document" "$out/convertible/$(seed_name "$document")"; fi
     table=$(dirname "$document")/input.csv
     [ -f "$table" ] || continue
     { cat "$document" && printf -- '\n--\n' && head -n 12 "$table"; } \
         >"$out/pairs/$(seed_name "$document")"
 done
+LC_ALL=C grep -lrZaE '<(zelt-ml|RegressionModel)\b' "$out/documents" | xargs -0 cp -t "$out/convertible"
 
 # Tables of the model x, sex behind two bytes: options, and the delimiter's number.
 cases=$'x,sex\n1,m\n2.5,f\n,m\n1e3,"f"\n-4,q\n"7\n8",m\n1,m,3\nNA,f\n'

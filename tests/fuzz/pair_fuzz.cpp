@@ -11,6 +11,7 @@
 #include "tests/fuzz/documentchecks.h"
 #include "tests/fuzz/documentdrawing.h"
 #include "tests/fuzz/fuzztarget.h"
+#include "tests/fuzz/slowinputs.h"
 #include "tests/fuzz/structuremutator.h"
 
 using namespace MCVelscore_850;
@@ -77,6 +78,7 @@ size_t Give(std::string_view document, std::string_view table, uint8_t* out, siz
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
 {
+    const SlowInputs::Watch watch(TextOf(bytes, size));
     const Pair pair(TextOf(bytes, size));
     if (pair.table.empty()) return 0;
     const auto model = ModelOf(pair.document);
@@ -95,10 +97,12 @@ extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* bytes, size_t size, size_t mo
     const std::string input(TextOf(bytes, size));
     const Pair pair(input);
     std::mt19937 draws(seed);
-    constexpr unsigned kDrawn = 16;
+    constexpr unsigned kSeldom = 16;  // as in structurehooks.cpp
+    const auto draw = static_cast<unsigned>(draws() % kSeldom);
     size_t given = 0;
-    if (draws() % kDrawn == 0) {
-        given = Give(DrawDocument(draws()), DrawTable(draws()), bytes, most);
+    if (draw == 1 || (draw != 0 && SlowInputs::Has(input))) {
+        given = Give(DrawDocument(static_cast<unsigned>(draws())),
+                     DrawTable(static_cast<unsigned>(draws())), bytes, most);
     } else if (draws() % 2 == 0) {
         given = Give(MutateStructure(pair.document, static_cast<unsigned>(draws())), pair.table,
                      bytes, most);

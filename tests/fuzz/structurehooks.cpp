@@ -3,15 +3,20 @@
 
 #include "tests/fuzz/documentdrawing.h"
 #include "tests/fuzz/fuzztarget.h"
+#include "tests/fuzz/slowinputs.h"
 #include "tests/fuzz/structuremutator.h"
 
 extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* bytes, size_t size, size_t most, unsigned seed)
 {
     using namespace MCVelscore_850::fuzz;
-    // One in so many inputs is a document of its own, that no mutation leads to.
-    constexpr unsigned kDrawn = 16;
-    const std::string mutated = seed % kDrawn == kDrawn - 1 ? DrawDocument(seed / kDrawn)
-                                                   : MutateStructure(TextOf(bytes, size), seed);
+    // One in so many inputs is a document of its own, that no mutation leads to; and of slow ones
+    // as few are mutated.
+    constexpr unsigned kSeldom = 16;
+    const std::string_view input = TextOf(bytes, size);
+    const bool isDrawn = seed % kSeldom == kSeldom - 1;
+    const bool isLeft = seed % kSeldom != 0 && SlowInputs::Has(input);
+    std::string mutated = isDrawn || isLeft ? DrawDocument(seed / kSeldom) : std::string(input);
+    if (!isDrawn) mutated = MutateStructure(mutated, seed);
     // One that is too long is cut, which makes it no document: the input stays as it is.
     if (mutated.size() > most) return size;
     std::copy(mutated.begin(), mutated.end(), bytes);
