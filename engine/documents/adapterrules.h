@@ -67,8 +67,8 @@ std::optional<Change> ClassifyCategoricalTarget(Element root);
 /// Betas of a model of two categories whose cells name neither are those of the category that
 /// isn't the model's targetReferenceCategory.
 std::optional<Change> NameCategoryOfBetas(Element root);
-/// Cells of a generalized linear model name a category of numbers, 1.0, as the reader writes it, 1:
-/// it compares texts, and betas of no category's text would not count.
+/// Cells of a generalized linear model name a category of numbers as the reader writes it, 1 for
+/// 1.0: it compares texts, and a beta whose text is no category's would not count.
 std::optional<Change> SpellCategoriesOfBetas(Element root);
 
 // Ordinal models (adapterrules_ordinal.cpp).

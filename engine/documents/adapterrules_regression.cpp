@@ -93,15 +93,24 @@ std::string OptionOf(Element model, const std::string& name)
 
 constexpr std::string_view kAsTheyAre = "the equations give them as they are";
 
+constexpr struct {
+    std::string_view link;
+    std::string_view reason;
+} kUnboundedLinks[] = {
+    {"identity", kAsTheyAre},
+    {"log", "exp(eta) isn't held below 1"},
+    {"logc", "1 - exp(eta) isn't held above 0"},
+    {"power", "a power of eta isn't held below 1"},
+};
+
 // Of a generalized linear model of two categories, where the inverse of its link has no bounds.
 std::string_view ReasonOfLink(Element model)
 {
     std::string link = model.Text(Tags::XML_ATT_LINKFUNCTION);
     if (link.empty()) link = OptionOf(model, Tags::XML_VAL_RM_EXT_NAME_LINK);
-    if (link == "identity") return kAsTheyAre;
-    if (link == "log") return "exp(eta) isn't held below 1";
-    if (link == "logc") return "1 - exp(eta) isn't held above 0";
-    if (link == "power") return "a power of eta isn't held below 1";
+    for (const auto& row : kUnboundedLinks) {
+        if (link == row.link) return row.reason;
+    }
     return {};
 }
 
