@@ -6,7 +6,7 @@ namespace MCVelscore_850::fuzz {
 
 namespace {
 
-// What a design does in a family: which parameters it has, and which cells betas stand in.
+// Which parameters the models of a family have, and which categories their betas name.
 enum class Design { Linear, OneEquation, ByCategory, FirstCategory, Thresholds, NoIntercept };
 
 struct Family {

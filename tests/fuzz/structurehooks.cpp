@@ -9,8 +9,8 @@
 extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* bytes, size_t size, size_t most, unsigned seed)
 {
     using namespace MCVelscore_850::fuzz;
-    // One in so many inputs is a document of its own, that no mutation leads to; and of slow ones
-    // as few are mutated.
+    // One in so many outcomes is a document drawn anew, which no mutation leads to. Of slow inputs
+    // as few are mutated; else a drawn one is, in their place.
     constexpr unsigned kSeldom = 16;
     const std::string_view input = TextOf(bytes, size);
     const bool isDrawn = seed % kSeldom == kSeldom - 1;
