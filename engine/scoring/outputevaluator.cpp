@@ -8,6 +8,9 @@
 #include "host/model/modeldescription.h"
 #include "host/model/scoremodel.h"
 #include "host/model/scoreresult.h"
+#include "host/values/datetimetext.h"
+#include "host/values/datetimevalue.h"
+#include "host/values/numbertext.h"
 #include "host/values/numericvalue.h"
 #include "host/values/stringvalue.h"
 #include "host/variables/dictvar.h"
@@ -38,7 +41,28 @@ void SetValue(OutputCell& cell, const ScoreValue* value)
     }
 }
 
-// The probability of a category by its text; missing for one that the model doesn't know.
+// A date or time as ReadDateTime() takes it; nothing for one that has no such text.
+void SetDateTime(OutputCell& cell, double plain, ScoreDictVar::DateTimeType type)
+{
+    if (CountsFromOrigin(type)) {
+        cell.SetNumber(plain + OriginShift(type));
+        return;
+    }
+    cell.text.clear();
+    AppendDateTime(plain, type, cell.text);
+    cell.kind = cell.text.empty() ? OutputCell::Missing : OutputCell::Text;
+}
+
+// A number may be written in several ways.
+bool IsCalled(const ScoreValue& value, const std::string& category)
+{
+    if (value.GetString() == category) return true;
+    double number = 0.0;
+    return value.Kind() == ScoreValue::NUMERIC &&
+           ReadNumber(category, number) == NumberText::Number && number == value.GetDouble();
+}
+
+// The probability of a category; missing for one that the model doesn't know.
 void SetProbability(OutputCell& cell, const ScoreResult& result, const std::string& category)
 {
     cell.SetMissing();
@@ -47,7 +71,7 @@ void SetProbability(OutputCell& cell, const ScoreResult& result, const std::stri
     const ScoreValue* predicted = result.GetPrediction();
     for (const auto& [value, percent] : percents) {
         const bool wanted = category.empty() ? predicted != nullptr && value->Equals(predicted)
-                                             : value->GetString() == category;
+                                             : IsCalled(*value, category);
         if (wanted) {
             cell.SetNumber(percent);
             return;
@@ -134,6 +158,7 @@ public:
         }
         numbers_.assign(section.fields.size(), NumericValue(NumericValue::GetSysmisValue()));
         texts_.assign(section.fields.size(), StringValue(""));
+        dateTimes_.assign(section.fields.size(), DateTimeValue(0.0));
         values_.assign(section.fields.size(), nullptr);
     }
 
@@ -156,6 +181,11 @@ public:
             case OutputCell::Missing: values_[field] = nullptr; break;
         }
     }
+    void SetDateTime(size_t field, double plain)
+    {
+        dateTimes_[field].SetNumber(plain);
+        values_[field] = &dateTimes_[field];
+    }
 
     ScoreValue* GetValue(const std::string& name) const override
     {
@@ -172,6 +202,7 @@ private:
     std::unordered_map<std::string, size_t> places_;
     std::vector<NumericValue> numbers_;
     std::vector<StringValue> texts_;
+    std::vector<DateTimeValue> dateTimes_;
     std::vector<ScoreValue*> values_;
 };
 
@@ -216,7 +247,14 @@ std::span<const OutputCell> OutputEvaluator::Evaluate(const ScoreCaseRecord& rec
                 const ScoreValue* value =
                     field.expression->ValueIn({fields_.get(), section_.dictionary.get(),
                                                section_.expressions.get(), expressions_});
-                SetValue(cell, field.expression->IsMissing(value) ? nullptr : value);
+                if (field.expression->IsMissing(value)) value = nullptr;
+                if (value != nullptr && value->Kind() == ScoreValue::DATETIME) {
+                    // Expressions that follow see the date or time, not how it is written.
+                    fields_->SetDateTime(i, value->GetDouble());
+                    SetDateTime(cell, value->GetDouble(), field.expression->GetDateTimeType());
+                    continue;
+                }
+                SetValue(cell, value);
                 break;
             }
         }
@@ -291,7 +329,7 @@ void OutputEvaluator::FillResidual(const OutputField& field, const ScoreCaseReco
         const ScoreValue* predicted = result.GetPrediction();
         const bool met = field.category.empty()
                              ? predicted != nullptr && observed->Equals(predicted)
-                             : observed->GetString() == field.category;
+                             : IsCalled(*observed, field.category);
         cell.SetNumber((met ? 1.0 : 0.0) - cell.number);
         return;
     }

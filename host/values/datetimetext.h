@@ -30,7 +30,7 @@ VELHOST_API void AppendDateTime(double plain, ScoreDictVar::DateTimeType type, s
 VELHOST_API DateTimeShape ShapeOf(ScoreDictVar::DateTimeType type);
 
 /// True for a type whose values are numbers from an origin of their own.
-bool CountsFromOrigin(ScoreDictVar::DateTimeType type);
+VELHOST_API bool CountsFromOrigin(ScoreDictVar::DateTimeType type);
 
 /// The plain number of one shape as that of another: the day of a date with time, its time of day,
 /// the midnight that a date begins with. False from a time to a date or back.

@@ -205,6 +205,22 @@ TEST(OutputEvaluator, FillsWhatAClassifyingModelHas)
         CellsOf(Open(Linear(Field("fit", "predictedValue"))), "x,sex\n2,m\n")[0][0].isLabel);
 }
 
+// A category of numbers is found however it is written.
+TEST(OutputEvaluator, NumbersThatAreCategoriesMayBeWrittenOtherwise)
+{
+    std::string text = Classifying(
+        Field("p", "probability", "value='1'") + Field("same", "probability", "value='1.0'") +
+        Field("other", "probability", "value='2'") + Field("r", "residual", "value='1.0'"));
+    text = Replaced(text, "dataType='string'", "dataType='integer'");
+    for (int i = 0; i < 2; ++i) text = Replaced(text, "'no'", "'0'");
+    for (int i = 0; i < 3; ++i) text = Replaced(text, "'yes'", "'1'");
+    const auto cells = CellsOf(Open(text), "x,t\n1,1\n").at(0);
+    EXPECT_NEAR(cells[0].number, 0.75, 1e-15);
+    EXPECT_EQ(cells[1].number, cells[0].number);
+    EXPECT_EQ(cells[2].kind, OutputCell::Missing);
+    EXPECT_NEAR(cells[3].number, 0.25, 1e-15);
+}
+
 // 1 or 0 as the category was observed or not, minus its probability.
 TEST(OutputEvaluator, ResidualsOfCategories)
 {
@@ -301,6 +317,24 @@ TEST(OutputSection, FieldsHaveTheTypesOfTheirExpressions)
     EXPECT_EQ(cells[1].text, "1");
     EXPECT_EQ(cells[2].number, 1.0);
     EXPECT_EQ(cells[4].text, "true");
+}
+
+// As the table has them; what follows sees the date or time itself.
+TEST(OutputSection, DatesAndTimesAreWrittenAsTexts)
+{
+    const std::string days =
+        "<Apply function='dateDaysSinceYear'><FieldRef field='due'/>"
+        "<Constant>1960</Constant></Apply>";
+    const std::string output =
+        Expression("due", "<Constant dataType='date'>1960-01-11</Constant>", "dataType='date'") +
+        Expression("at", "<Constant dataType='string'>23:59</Constant>", "dataType='time'") +
+        Expression("both", "<FieldRef field='due'/>", "dataType='dateTime'") +
+        Expression("since", "<FieldRef field='due'/>", "dataType='dateDaysSince[1960]'") +
+        Expression("days", days) +
+        Expression("again", "<FieldRef field='due'/>", "dataType='date'") +
+        Expression("none", "<FieldRef field='sex'/>", "dataType='date'");
+    EXPECT_EQ(RowsOf(Linear(output), "x,sex\n2,m\n"),
+              Texts{"1960-01-11 23:59:00 1960-01-11T00:00:00 10 10 1960-01-11 -"});
 }
 
 TEST(OutputSection, ARefusedExpressionHasItsPlace)
