@@ -218,6 +218,13 @@ TEST(FamilyRules, OfCategories)
           "targetReferenceCategory=\"0.0\""},
          {kLinear, "modelDF", "targetReferenceCategory=\"x\" modelDF"},
 
+         {kLogit, "value=\"low\" optype", "value=\"Low\" optype", "unknown-output-category",
+          "OutputField[1]", "value", "Low", Answer::Notice},
+         {kLogit, "feature=\"probability\" value=\"low\"", "feature=\"residual\" value=\"none\"",
+          "unknown-output-category", "OutputField[1]", "value", "none", Answer::Notice},
+         {kLogit, "feature=\"probability\" value=\"low\"",
+          "feature=\"standardError\" value=\"none\""},
+
          {kBinary, "value=\"0.3\"", "value=\"0\"", "cutoff-out-of-range", kExtension, "value", "0"},
          {kBinary, "value=\"0.3\"", "value=\"1.5\"", "cutoff-out-of-range", kExtension, "value",
           "1.5"},

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <initializer_list>
+#include <unordered_set>
 
 #include "engine/documents/audit/documentaudit.h"
 #include "engine/documents/audit/nearnames.h"
@@ -496,6 +497,28 @@ void UnknownReferenceCategory(const DocumentFacts& facts, RuleReport& report)
             .what = facts.target->name});
 }
 
+constexpr std::array<Word, 2> kFeaturesOfCategories = {"probability", "residual"};
+
+void UnknownOutputCategory(const DocumentFacts& facts, RuleReport& report)
+{
+    if (facts.target == nullptr || !facts.target->IsClosed()) return;
+    const Element output = facts.model.Child("Output");
+    if (!output) return;
+    const auto& keys = facts.target->categoryKeys;
+    const std::unordered_set<std::string_view> known(keys.begin(), keys.end());
+    NearNames unknown(report);
+    for (const Element field : output.Children("OutputField")) {
+        const std::string category = field.Text(Tags::XML_ATT_VALUE);
+        if (category.empty() || !Among(kFeaturesOfCategories, field.Text("feature"))) continue;
+        if (known.contains(KeyOf(facts.target, category))) continue;
+        unknown.Tell({.element = field,
+                      .attribute = Tags::XML_ATT_VALUE,
+                      .found = category,
+                      .what = field.Text(Tags::XML_ATT_NAME)},
+                     facts.target->categories);
+    }
+}
+
 void CutoffOutOfRange(const DocumentFacts& facts, RuleReport& report)
 {
     for (const Option* option : Read(facts, {"cutoff"})) {
@@ -701,6 +724,12 @@ constexpr AuditRule kRules[] = {
       "{attribute} {found} is none of the categories of {what}: {expected}{meant}",
       "Name one of the target's categories as it is written there."},
      UnknownReferenceCategory},
+    {{"unknown-output-category", Answer::Notice, kStrict,
+      "an output field of a category that the target doesn't have; its column stays empty",
+      "the output field {what} is for {found}, no category of the target, which has "
+      "{expected}{meant}",
+      "Name one of the target's categories as it is written there."},
+     UnknownOutputCategory},
     {{"cutoff-out-of-range", Answer::Fault, kStrict, "a cut-off that is no probability",
       "the cut-off {found} is no probability above 0 and up to 1",
       "Write the probability that the category of targetReferenceCategory has to exceed."},
