@@ -120,6 +120,15 @@ TEST(BaselineRules, OfStrata)
           "<BaselineStratum value=\"1.0\" maxTime=\"9\"><BaselineCell time=\"1\" cumHazard=\"0\"/>"
           "</BaselineStratum><BaselineStratum value=\"2\"",
           "repeated-stratum", "BaselineStratum[3]", "value", "1.0"},
+         // A case's date would be compared as its number with the stratum's text.
+         {"cox-lung-numeric-strata", "name=\"ecog\" optype=\"categorical\" dataType=\"integer\"",
+          "name=\"ecog\" optype=\"categorical\" dataType=\"date\"", "strata-of-dates",
+          "DataField[4]", "dataType", "date"},
+         {"cox-lung-numeric-strata", "name=\"ecog\" optype=\"categorical\" dataType=\"integer\"",
+          "name=\"ecog\" optype=\"categorical\" dataType=\"timeSeconds\"", "strata-of-dates",
+          "DataField[4]", "dataType", "timeSeconds"},
+         {"cox-lung-numeric-strata", "name=\"age\" optype=\"continuous\" dataType=\"double\"",
+          "name=\"age\" optype=\"continuous\" dataType=\"date\""},
          // Of a field that lists no values any is one.
          {"cox-lung-numeric-strata", "<Value value=\"0\"/>...<Value value=\"2\"/>", ""}},
         BaselineRules());

@@ -10,6 +10,7 @@
 #include "host/documents/pmmlmodeltags.h"
 #include "host/messages/nearword.h"
 #include "host/values/numbertext.h"
+#include "host/variables/datatypes.h"
 
 namespace MCVelscore_850 {
 
@@ -295,6 +296,21 @@ void ValueWithoutStratum(const DocumentFacts& facts, RuleReport& report)
     }
 }
 
+// The model compares a date with the text of a stratum by its plain number, which nobody writes.
+void StrataOfDates(const DocumentFacts& facts, RuleReport& report)
+{
+    for (const Baseline& baseline : facts.baselines) {
+        const DocumentFacts::Field* field = StrataField(facts, baseline);
+        const DataType* type = field == nullptr ? nullptr : FindDataType(field->dataType);
+        if (!baseline.isStratified || type == nullptr) continue;
+        if (type->dateTimeType == ScoreDictVar::NOT_DATETIME) continue;
+        report({.element = field->element,
+                .attribute = "dataType",
+                .found = field->dataType,
+                .what = field->name});
+    }
+}
+
 void StartTimeUnused(const DocumentFacts& facts, RuleReport& report)
 {
     if (!facts.IsAmong(kCoxFamilies)) return;
@@ -428,6 +444,11 @@ constexpr AuditRule kRules[] = {
       "the stratum {found} is none of the values of {what}: {expected}{meant}",
       "Write the value as the field lists it."},
      UnknownStratum},
+    {{"strata-of-dates", Answer::Fault, kStrict,
+      "strata of a field of dates or times, which no case would find",
+      "the strata are those of {what}, whose type is {found}: no case would find its own",
+      "Write dataType=\"string\" in the field {what}: cases find their strata by its texts then."},
+     StrataOfDates},
     {{"value-without-stratum", Answer::Notice, kNotStrict,
       "a value of the stratum variable that has no baseline: its rows can't be scored",
       "no stratum has the value {found} of {what}: rows of it can't be scored",
