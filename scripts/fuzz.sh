@@ -8,8 +8,8 @@
 # that fails lies in build/fuzz/found: build/fuzz/bin/fuzz_TARGET FILE runs it again. With volume it is
 # preset fuzz-volume and its folders: small inputs, and of the sanitizers undefined behaviour alone, which
 # ends the program. That corpus is minimised in the end, and a later run without volume begins with it.
-# keep takes of the volume's documents and pairs one for each edge into tests/fuzz/found.tar.zst, so that
-# the next runs, on any machine, begin where these ended.
+# keep takes of the volume's documents, of those for convert and of pairs one for each edge into
+# tests/fuzz/found.tar.zst, so that the next runs, on any machine, begin where these ended.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 declare -A seeds=([document]=documents [structure]=documents [convert]=convertible [pair]=pairs
@@ -31,16 +31,19 @@ keep_edges() { # OUT TARGET SEEDS FOLDER...
 
 keep() {
     local build=build/fuzz-volume kept=build/fuzz-volume/kept target documents=()
+    local seeds=$build/tests/fuzz/seeds
     cmake --preset fuzz-volume >/dev/null
-    cmake --build --preset fuzz-volume --target fuzz_structure fuzz_pair velfuzzseeds
+    cmake --build --preset fuzz-volume --target fuzz_structure fuzz_convert fuzz_pair velfuzzseeds
     for target in document structure convert; do
         if [ -d "$build/corpus/$target" ]; then documents+=("$build/corpus/$target"); fi
     done
-    keep_edges "$kept/documents" structure "$build/tests/fuzz/seeds/documents" "${documents[@]}"
-    local pairs=("$build/tests/fuzz/seeds/pairs")
+    keep_edges "$kept/documents" structure "$seeds/documents" "${documents[@]}"
+    keep_edges "$kept/convertible" convert "$seeds/convertible" "${documents[@]}"
+    local pairs=("$seeds/pairs")
     if [ -d "$build/corpus/pair" ]; then pairs+=("$build/corpus/pair"); fi
     keep_edges "$kept/pairs" pair "${pairs[@]}"
-    tar -C "$kept" --sort=name --mtime=@0 --owner=0 --group=0 --numeric-owner -cf - documents pairs |
+    tar -C "$kept" --sort=name --mtime=@0 --owner=0 --group=0 --numeric-owner -cf - \
+        documents convertible pairs |
         zstd -qf -19 --ultra -22 -o tests/fuzz/found.tar.zst
 }
 
