@@ -54,12 +54,18 @@ void SetDateTime(OutputCell& cell, double plain, ScoreDictVar::DateTimeType type
 }
 
 // A number may be written in several ways.
+bool AreOneCategory(const std::string& one, const std::string& other, bool areNumbers)
+{
+    if (one == other) return true;
+    double number = 0.0;
+    double otherNumber = 0.0;
+    return areNumbers && ReadNumber(one, number) == NumberText::Number &&
+           ReadNumber(other, otherNumber) == NumberText::Number && number == otherNumber;
+}
+
 bool IsCalled(const ScoreValue& value, const std::string& category)
 {
-    if (value.GetString() == category) return true;
-    double number = 0.0;
-    return value.Kind() == ScoreValue::NUMERIC &&
-           ReadNumber(category, number) == NumberText::Number && number == value.GetDouble();
+    return AreOneCategory(value.GetString(), category, value.Kind() == ScoreValue::NUMERIC);
 }
 
 // The probability of a category; missing for one that the model doesn't know.
@@ -271,6 +277,7 @@ std::span<const OutputCell> OutputEvaluator::EvaluateDefaults()
         cell.SetMissing();
         if (declaration_ == nullptr) continue;
         const std::string* category = declaration_->DefaultCategory();
+        const bool hasNumbers = target_->GetValueType() == ScoreDictVar::NUMERIC;
         switch (field.feature) {
             case Feature::PredictedValue:
             case Feature::PredictedDisplayValue:
@@ -286,7 +293,8 @@ std::span<const OutputCell> OutputEvaluator::EvaluateDefaults()
                 break;
             case Feature::Probability:
                 for (const auto& [value, prior] : declaration_->priors) {
-                    if (value == (field.category.empty() ? *category : field.category)) {
+                    const std::string& wanted = field.category.empty() ? *category : field.category;
+                    if (AreOneCategory(value, wanted, hasNumbers)) {
                         cell.SetNumber(prior);
                     }
                 }
