@@ -12,10 +12,10 @@
 # tests/fuzz/found.tar.zst, so that the next runs, on any machine, begin where these ended.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
-declare -A seeds=([document]=documents [structure]=documents [convert]=convertible [pair]=pairs
-    [table]=tables [expression]=bytes [derived]=bytes [drawn]=bytes [stats]=bytes [arrow]=arrow)
-declare -A small=([document]=4096 [structure]=4096 [convert]=4096 [pair]=4096
-    [table]=192 [expression]=64 [derived]=64 [drawn]=64 [stats]=48 [arrow]=1024)
+declare -A seeds=([document]=documents [structure]=documents [convert]=convertible [output]=outputs
+    [pair]=pairs [table]=tables [expression]=bytes [derived]=bytes [drawn]=bytes [stats]=bytes [arrow]=arrow)
+declare -A small=([document]=4096 [structure]=4096 [convert]=4096 [output]=4096
+    [pair]=4096 [table]=192 [expression]=64 [derived]=64 [drawn]=64 [stats]=48 [arrow]=1024)
 
 # Into OUT, of seeds and folders, what reaches an edge that neither the test data, corners/ nor a smaller
 # input does. Files that libFuzzer writes are named by their digest.
@@ -31,15 +31,15 @@ keep_edges() { # OUT TARGET SEEDS FOLDER...
 
 keep() {
     local build=build/fuzz-volume kept=build/fuzz-volume/kept target documents=()
-    local seeds=$build/tests/fuzz/seeds
+    local made=$build/tests/fuzz/seeds
     cmake --preset fuzz-volume >/dev/null
     cmake --build --preset fuzz-volume --target fuzz_structure fuzz_convert fuzz_pair velfuzzseeds
     for target in document structure convert; do
         if [ -d "$build/corpus/$target" ]; then documents+=("$build/corpus/$target"); fi
     done
-    keep_edges "$kept/documents" structure "$seeds/documents" "${documents[@]}"
-    keep_edges "$kept/convertible" convert "$seeds/convertible" "${documents[@]}"
-    local pairs=("$seeds/pairs")
+    keep_edges "$kept/documents" structure "$made/documents" "${documents[@]}"
+    keep_edges "$kept/convertible" convert "$made/convertible" "${documents[@]}"
+    local pairs=("$made/pairs")
     if [ -d "$build/corpus/pair" ]; then pairs+=("$build/corpus/pair"); fi
     keep_edges "$kept/pairs" pair "${pairs[@]}"
     tar -C "$kept" --sort=name --mtime=@0 --owner=0 --group=0 --numeric-owner -cf - \
@@ -83,7 +83,7 @@ fi
 rm -rf "$corpus.minimised"
 mkdir -p "$corpus.minimised"
 # Most documents of several changes are refused for one of them.
-case $1 in document | structure | convert | pair) options+=(-mutate_depth=1) ;; esac
+case $1 in document | structure | convert | output | pair) options+=(-mutate_depth=1) ;; esac
 # What entropic schedules and names of functions cost is more than an input costs.
 "$program" "${options[@]}" -timeout=300 -max_len="${small[$1]}" -entropic=0 -print_funcs=0 -reload=0 \
     "$corpus" "$few"

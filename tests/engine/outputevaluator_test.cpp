@@ -9,6 +9,7 @@
 #include "host/messages/messages.h"
 #include "host/model/scoremodel.h"
 #include "host/values/numbertext.h"
+#include "tests/engine/outputcells.h"
 #include "tests/engine/scoredtable.h"
 #include "tests/engine/smallmodels.h"
 #include "tests/engine/textsource.h"
@@ -23,26 +24,13 @@ LoadedModel Open(const std::string& document)
     return OpenText(document, {.output = OutputColumns::Document});
 }
 
-// The fields' values by row and field, of a row without a score its defaults.
 std::vector<std::vector<OutputCell>> CellsOf(const LoadedModel& model, const std::string& csv)
 {
     const CaseTable table{TextSource(csv)};
-    TableScorer scorer(model, table.header, "cases.csv");
-    TextRows rows(table.header.size());
-    OutputEvaluator evaluator(*model.Output(), model.Model(), model.Description());
-    std::vector<std::vector<OutputCell>> cells;
-    scorer.VisitCases(
-        rows.Block(table.views),
-        [&](size_t, const CaseStatus&, const CaseRecord& record, const ScoreResult* result) {
-            const auto row = result == nullptr ? evaluator.EvaluateDefaults()
-                                               : evaluator.Evaluate(record, *result);
-            cells.emplace_back(row.begin(), row.end());
-            return true;
-        });
-    return cells;
+    return OutputCellsOf(model, table.header, table.views);
 }
 
-// The same as texts, "-" for nothing, a row's fields with blanks between.
+// The fields' values as texts, "-" for nothing, a row's fields with blanks between.
 Texts RowsOf(const std::string& document, const std::string& csv)
 {
     const LoadedModel model = Open(document);
@@ -205,12 +193,14 @@ TEST(OutputEvaluator, FillsWhatAClassifyingModelHas)
         CellsOf(Open(Linear(Field("fit", "predictedValue"))), "x,sex\n2,m\n")[0][0].isLabel);
 }
 
-// A category of numbers is found however it is written.
+// A category of numbers is found however it is written, its prior too.
 TEST(OutputEvaluator, NumbersThatAreCategoriesMayBeWrittenOtherwise)
 {
     std::string text = Classifying(
         Field("p", "probability", "value='1'") + Field("same", "probability", "value='1.0'") +
-        Field("other", "probability", "value='2'") + Field("r", "residual", "value='1.0'"));
+            Field("other", "probability", "value='2'") + Field("r", "residual", "value='1.0'"),
+        "<Targets><Target field='t'><TargetValue value='1' priorProbability='0.625'/>"
+        "<TargetValue value='0' priorProbability='0.375'/></Target></Targets>");
     text = Replaced(text, "dataType='string'", "dataType='integer'");
     for (int i = 0; i < 2; ++i) text = Replaced(text, "'no'", "'0'");
     for (int i = 0; i < 3; ++i) text = Replaced(text, "'yes'", "'1'");
@@ -219,6 +209,10 @@ TEST(OutputEvaluator, NumbersThatAreCategoriesMayBeWrittenOtherwise)
     EXPECT_EQ(cells[1].number, cells[0].number);
     EXPECT_EQ(cells[2].kind, OutputCell::Missing);
     EXPECT_NEAR(cells[3].number, 0.25, 1e-15);
+    EXPECT_EQ(RowsOf(text, "x,t\n,1\n"), Texts{"0.625 0.625 - -"});
+    // Of texts it is another one.
+    const std::string texts = Replaced(text, "dataType='integer'", "dataType='string'");
+    EXPECT_EQ(RowsOf(texts, "x,t\n,1\n"), Texts{"0.625 - - -"});
 }
 
 // 1 or 0 as the category was observed or not, minus its probability.

@@ -2,13 +2,13 @@
 # The seed corpora of the fuzz targets, made of the test data, of the documents of corners/, each of which
 # reaches a branch that no document of the test data does, and of what runs have found (fuzz.sh keep):
 #
-#   make-seeds.sh OUT    OUT/documents, OUT/convertible, OUT/tables, OUT/pairs, OUT/bytes, OUT/arrow
+#   make-seeds.sh OUT    OUT/documents, OUT/convertible, OUT/outputs, OUT/tables, OUT/pairs, OUT/bytes, OUT/arrow
 set -euo pipefail
 out=$1
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 data=$(cd "$here/../data" && pwd)
 rm -rf "$out"
-mkdir -p "$out"/{documents,convertible,tables,pairs,bytes,arrow}
+mkdir -p "$out"/{documents,convertible,outputs,tables,pairs,bytes,arrow}
 
 # The name of a file as that of a seed: its path with dashes.
 seed_name() { printf '%s' "${1#"$data"/}" | tr '/' '-'; }
@@ -25,6 +25,7 @@ find "$data" -name '*.pmml' -size -48k | sort | while read -r document; do
         >"$out/pairs/$(seed_name "$document")"
 done
 LC_ALL=C grep -lrZaE '<(zelt-ml|RegressionModel)\b' "$out/documents" | xargs -0 cp -t "$out/convertible"
+LC_ALL=C grep -lrZaE '<Output\b' "$out/documents" | xargs -0 cp -t "$out/outputs"
 
 # Tables of the model x, sex behind two bytes: options, and the delimiter's number.
 cases=$'x,sex\n1,m\n2.5,f\n,m\n1e3,"f"\n-4,q\n"7\n8",m\n1,m,3\nNA,f\n'
