@@ -41,7 +41,8 @@ void SetValue(OutputCell& cell, const ScoreValue* value)
     }
 }
 
-// A date or time as ReadDateTime() takes it; nothing for one that has no such text.
+// A date or time as the cases have it: a number where its type counts from an origin of its own,
+// else a text, and nothing beyond the years that texts have.
 void SetDateTime(OutputCell& cell, double plain, ScoreDictVar::DateTimeType type)
 {
     if (CountsFromOrigin(type)) {
