@@ -57,11 +57,7 @@ void SetDateTime(OutputCell& cell, double plain, ScoreDictVar::DateTimeType type
 // A number may be written in several ways.
 bool AreOneCategory(const std::string& one, const std::string& other, bool areNumbers)
 {
-    if (one == other) return true;
-    double number = 0.0;
-    double otherNumber = 0.0;
-    return areNumbers && ReadNumber(one, number) == NumberText::Number &&
-           ReadNumber(other, otherNumber) == NumberText::Number && number == otherNumber;
+    return one == other || (areNumbers && AreOneNumber(one, other));
 }
 
 bool IsCalled(const ScoreValue& value, const std::string& category)

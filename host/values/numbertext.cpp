@@ -262,4 +262,12 @@ bool IsTextOfNumber(std::string_view text, double number)
     return text == std::string_view(written, WriteNumber(number, written));
 }
 
+bool AreOneNumber(std::string_view text, std::string_view other)
+{
+    double number = 0.0;
+    double otherNumber = 0.0;
+    return ReadNumber(text, number) == NumberText::Number &&
+           ReadNumber(other, otherNumber) == NumberText::Number && number == otherNumber;
+}
+
 }  // namespace MCVelscore_850

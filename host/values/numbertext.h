@@ -35,6 +35,9 @@ VELHOST_API void AppendNumber(double number, std::string& out);
 /// True for the text that AppendNumber writes for the number; nothing is allocated.
 VELHOST_API bool IsTextOfNumber(std::string_view text, double number);
 
+/// True for two texts that ReadNumber() reads as one number, however each is written: 1 and 1.0.
+VELHOST_API bool AreOneNumber(std::string_view text, std::string_view other);
+
 /// The text without blanks (space, tab, line end) at its ends.
 std::string_view TrimBlanks(std::string_view text);
 

@@ -334,6 +334,21 @@ TEST(IsTextOfNumber, IsTrueForTheTextThatIsWrittenAlone)
     }
 }
 
+TEST(AreOneNumber, ComparesNumbersHoweverTheyAreWritten)
+{
+    for (const char* text : {"1", "1.0", "+1", " 1 ", "1e0", "10e-1", "01"}) {
+        EXPECT_TRUE(AreOneNumber("1", text)) << text;
+        EXPECT_TRUE(AreOneNumber(text, "1")) << text;
+    }
+    EXPECT_TRUE(AreOneNumber("0", "-0.0"));
+    for (const char* text : {"-1", "2", "1.0000000000000002", "", "one", "1e999"}) {
+        EXPECT_FALSE(AreOneNumber("1", text)) << text;
+        EXPECT_FALSE(AreOneNumber(text, "1")) << text;
+    }
+    // What is no number isn't the number of a like text either.
+    for (const char* text : {"", "one", "1e999"}) EXPECT_FALSE(AreOneNumber(text, text)) << text;
+}
+
 TEST(TrimBlanks, TakesBlanksOffBothEndsAlone)
 {
     EXPECT_EQ(TrimBlanks(" \t a b \r\n"), "a b");

@@ -369,11 +369,7 @@ void TwoBasePoints(const DocumentFacts& facts, RuleReport& report)
     std::unordered_map<std::string, const std::string*> points;
     for (const DocumentFacts::BasePoint& point : facts.basePoints) {
         const auto [first, isNew] = points.emplace(point.parameter, &point.value);
-        double number = 0.0;
-        double other = 0.0;
-        if (isNew || *first->second == point.value ||
-            (ReadNumber(*first->second, number) == NumberText::Number &&
-             ReadNumber(point.value, other) == NumberText::Number && number == other)) {
+        if (isNew || *first->second == point.value || AreOneNumber(*first->second, point.value)) {
             continue;
         }
         report({.element = point.element,

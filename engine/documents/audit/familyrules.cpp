@@ -54,8 +54,7 @@ std::optional<double> NumberOf(const std::string& text)
 
 bool SameValue(const std::string& one, const std::string& other)
 {
-    const auto number = NumberOf(one);
-    return one == other || (number && number == NumberOf(other));
+    return one == other || AreOneNumber(one, other);
 }
 
 Detail At(const Option& option)
