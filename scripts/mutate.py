@@ -51,6 +51,8 @@ JUDGES = {
     "readers": ["readers_tests"],
     "engine": ["engine_tests"],
 }
+# How many mutants of a room are drawn. What computes is asked more closely than its share of the code.
+DRAWN = {"kernels": 160, "models": 500, "readers": 140, "engine": 700}
 # Test sources that hold code of the room's headers, compiled anew.
 TEMPLATE_TESTS = {"kernels_tests": "tests/kernels/", "models_tests": "tests/models/"}
 
@@ -321,20 +323,20 @@ def find_sites(sources, only):
     return sorted(sites, key=lambda site: (site.file, site.offset))
 
 
-def draw(sites, count, seed):
-    """The sites with the smallest hashes, until their mutants are enough."""
+def draw(sites, counts, seed):
+    """Of each room the sites with the smallest hashes, until their mutants are enough; numbered in their order."""
     alike = collections.Counter()
     keyed = []
     for site in sites:
         key = "\t".join([seed, site.file, site.function, site.code, *site.changes])
         alike[key] += 1
         keyed.append((hashlib.sha256(f"{key}\t{alike[key]}".encode()).digest(), site))
-    drawn, mutants = [], 0
+    drawn, mutants = [], collections.Counter()
     for _, site in sorted(keyed, key=lambda pair: pair[0]):
-        if mutants >= count:
-            break
-        drawn.append(site)
-        mutants += len(site.changes)
+        room = room_of(site.file)
+        if mutants[room] < counts[room]:
+            drawn.append(site)
+            mutants[room] += len(site.changes)
     number = 1
     for site in sorted(drawn, key=lambda site: (site.file, site.offset)):
         site.first = number
@@ -471,14 +473,19 @@ def run_program(program, environment, timeout, *arguments):
         return None
 
 
-def record(program, timeout=3600):
-    """The tests of a program that reach each mutant, fastest first, with their seconds."""
-    log = MADE / f"{program}.reached"
-    code = run_program(program, {"VELSCORE_MUTANTS_RECORD": str(log)}, timeout)
-    if code != 0:
-        sys.exit(f"{program} fails without a mutant (exit code {code}): {MADE / 'bin' / program}")
+def record(program, jobs, timeout=3600):
+    """The tests of a program that reach each mutant, fastest first, with their seconds; each job has a share of them."""
+    logs = [MADE / f"{program}.{job}.reached" for job in range(jobs)]
+
+    def run(job):
+        return run_program(program, {"VELSCORE_MUTANTS_RECORD": str(logs[job]), "GTEST_TOTAL_SHARDS": str(jobs),
+                                     "GTEST_SHARD_INDEX": str(job)}, timeout)
+    with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
+        codes = list(pool.map(run, range(jobs)))
+    if any(code != 0 for code in codes):
+        sys.exit(f"{program} fails without a mutant (exit codes {codes}): {MADE / 'bin' / program}")
     reaching = collections.defaultdict(list)
-    for line in log.read_text().splitlines():
+    for line in [line for log in logs for line in log.read_text().splitlines()]:
         name, milliseconds, *ids = line.split()
         for number in ids:
             reaching[int(number)].append((int(milliseconds) / 1000, name))
@@ -543,6 +550,14 @@ def read_survivors():
     return survivors
 
 
+def refuse_stale(rooms, sites):
+    """Ends where a listed survivor of the rooms is no mutant of their sources any more."""
+    there = {key_of(mutant) for site in sites for mutant in site.mutants()}
+    stale = [key for key in read_survivors() if room_of(key) in rooms and key not in there]
+    if stale:
+        sys.exit("\n".join(["tests/mutants/survivors.txt: the sources have no such mutant:", *stale]))
+
+
 def report(outcomes):
     """Prints the figures; true when the goal is met."""
     listed = read_survivors()
@@ -581,7 +596,7 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--rooms", nargs="+", default=list(JUDGES), choices=list(JUDGES))
     parser.add_argument("--only", nargs="+", default=[], metavar="FILE")
-    parser.add_argument("--count", type=int, default=1200)
+    parser.add_argument("--count", type=int, metavar="N", help="mutants of each room")
     parser.add_argument("--seed", default="velscore")
     parser.add_argument("--jobs", type=int, default=1)
     parser.add_argument("--again", action="store_true")
@@ -602,7 +617,10 @@ def main():
         shutil.rmtree(MADE, ignore_errors=True)
         MADE.mkdir(parents=True)
         all_sites = find_sites(mutated, arguments.only)
-        drawn = draw(all_sites, arguments.count, arguments.seed)
+        if not arguments.only:
+            refuse_stale(arguments.rooms, all_sites)
+        counts = {room: arguments.count or DRAWN[room] for room in arguments.rooms}
+        drawn = draw(all_sites, counts, arguments.seed)
         print(f"{count(all_sites)} mutants of {len(all_sites)} places; {count(drawn)} drawn "
               f"({time.time() - began:.0f} s)", flush=True)
         sites = compile_all(mutated + [source for own in tests.values() for source in own], drawn, arguments.jobs)
@@ -612,7 +630,7 @@ def main():
     for program in programs:
         rooms = [room for room in arguments.rooms if program in JUDGES[room]]
         link(program, [source for source in mutated if room_of(source.file) in rooms] + tests[program])
-        reached[program] = record(program)
+        reached[program] = record(program, arguments.jobs)
         print(f"{program} recorded ({time.time() - began:.0f} s)", flush=True)
 
     numbers = [site.first + variant for site in sites for variant in range(len(site.changes))]

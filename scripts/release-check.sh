@@ -17,7 +17,7 @@
 #              document, in bounded memory
 #   kills      200 runs ended by signals, full disks and closed pipes, at random moments, and gone on with
 #   coverage   the lines and branches that the tests reach (scripts/coverage.sh)
-#   mutants    1,200 small faults put into the sources, and whether a test notices (scripts/mutate.sh)
+#   mutants    1,500 small faults put into the sources, and whether a test notices (scripts/mutate.sh)
 #   reference  doxygen over the headers that are installed
 #   tidy       clang-tidy over every source
 #   cases      the R models of tests/data/cases fitted and written anew, and compared with what is kept
