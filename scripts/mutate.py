@@ -11,7 +11,7 @@ mutants each test reaches, and then once or twice a mutant, with the tests that 
 
 Which mutants are drawn depends on the seed and on their own code alone, so that a change elsewhere draws the same.
 --again judges what build/mutants holds once more, of the rooms that it was made for: after a change of the tests.
---survivors does so with those alone that weren't killed: after tests were added.
+--survivors does so with those alone that weren't killed and aren't listed: after tests were added.
 
 The exit code is 1 where fewer than 90 of a hundred are killed, or one that survives isn't in
 tests/mutants/survivors.txt with its reason.
@@ -492,19 +492,34 @@ def record(program, jobs, timeout=3600):
     return {number: sorted(tests) for number, tests in reaching.items()}
 
 
-# The quickest tests go first, and the others of those that reach the mutant only when they don't see it. Of these the
-# longest aren't asked: what reads every document is reached by tests of minutes, and a unit test is wanted anyway.
+# The quickest tests go first, and the others of those that reach the mutant only when they don't see it. What reads
+# every document is reached by tests of minutes: a mutant that is listed has the first of them alone.
 FIRST = 12
-MOST_IN_FILTER = 1500
-MOST_SECONDS = 20
+MOST_SECONDS = 200
+MOST_SECONDS_OF_LISTED = 20
+# Of a filter: the kernel takes 131,072 bytes in one argument.
+MOST_BYTES = 100_000
 
 
-def kills(program, number, tests):
+def groups_of(tests):
+    """The first few tests, then as many at a time as a filter has room for."""
+    yield tests[:FIRST]
+    group, size = [], 0
+    for test in tests[FIRST:]:
+        if size > MOST_BYTES:
+            yield group
+            group, size = [], 0
+        group.append(test)
+        size += len(test[1]) + 1
+    if group:
+        yield group
+
+
+def kills(program, number, tests, most_seconds):
     """How the program notices a mutant: failed, crashed, too long, or not at all."""
     spent = itertools.accumulate(duration for duration, _ in tests)
-    tests = [test for test, total in zip(tests, spent) if total <= MOST_SECONDS] or tests[:1]
-    groups = [tests[:FIRST]] + [tests[at:at + MOST_IN_FILTER] for at in range(FIRST, len(tests), MOST_IN_FILTER)]
-    for group in filter(None, groups):
+    tests = [test for test, total in zip(tests, spent) if total <= most_seconds] or tests[:1]
+    for group in groups_of(tests):
         seconds = sum(duration for duration, _ in group)
         code = run_program(program, {"VELSCORE_MUTANT": str(number)}, 20 + 10 * seconds, "--gtest_fail_fast",
                            "--gtest_filter=" + ":".join(name for _, name in group))
@@ -513,9 +528,10 @@ def kills(program, number, tests):
     return None
 
 
-def judge(site, variant, reached, known):
+def judge(site, variant, reached, known, listed):
     """The outcome of a mutant, unless it is known."""
     number = site.first + variant
+    is_listed = key_of(site.mutants()[variant]) in listed
     if number in known:
         return known[number]
     judges = JUDGES[room_of(site.file)]
@@ -523,7 +539,8 @@ def judge(site, variant, reached, known):
     for program in judges:
         tests = reached[program].get(site.first, [])
         seen = seen or bool(tests)
-        found = kills(program, number, tests) if tests else None
+        most_seconds = MOST_SECONDS_OF_LISTED if is_listed else MOST_SECONDS
+        found = kills(program, number, tests, most_seconds) if tests else None
         if found:
             return found
     return "survived" if seen else "not reached"
@@ -558,9 +575,8 @@ def refuse_stale(rooms, sites):
         sys.exit("\n".join(["tests/mutants/survivors.txt: the sources have no such mutant:", *stale]))
 
 
-def report(outcomes):
+def report(outcomes, listed):
     """Prints the figures; true when the goal is met."""
-    listed = read_survivors()
     unlisted = []
     print(f"{'room':10} {'mutants':>8} {'killed':>8} {'share':>8} {'not reached':>12} {'listed':>7}")
     rooms = sorted({room_of(mutant.file) for mutant, _ in outcomes})
@@ -582,10 +598,12 @@ def report(outcomes):
     return good and not unlisted
 
 
-def killed_before(numbers):
-    """By number, how the last run's mutants were killed; it may not have come to the end of them."""
+def known_outcomes(sites, listed):
+    """By number, those of the last run whose mutant was killed or is listed; it may not have come to the end."""
+    mutants = [(site.first + variant, mutant) for site in sites for variant, mutant in enumerate(site.mutants())]
     outcomes = [line.rsplit("\t", 1)[1] for line in (MADE / "outcomes.tsv").read_text().splitlines()]
-    return {number: outcome for number, outcome in zip(numbers, outcomes) if outcome not in ALIVE}
+    return {number: outcome for (number, mutant), outcome in zip(mutants, outcomes)
+            if outcome not in ALIVE or key_of(mutant) in listed}
 
 
 def count(sites):
@@ -633,18 +651,20 @@ def main():
         reached[program] = record(program, arguments.jobs)
         print(f"{program} recorded ({time.time() - began:.0f} s)", flush=True)
 
-    numbers = [site.first + variant for site in sites for variant in range(len(site.changes))]
-    known = killed_before(numbers) if arguments.survivors else {}
+    listed = read_survivors()
+    known = known_outcomes(sites, listed) if arguments.survivors else {}
     log = (MADE / "outcomes.tsv").open("w")
     outcomes = []
     with concurrent.futures.ThreadPoolExecutor(arguments.jobs) as pool:
-        futures = [(mutant, pool.submit(judge, site, variant, reached, known))
+        futures = [(mutant, pool.submit(judge, site, variant, reached, known, listed))
                    for site in sites for variant, mutant in enumerate(site.mutants())]
         for mutant, future in futures:
+            if future.exception():
+                pool.shutdown(cancel_futures=True)
             outcomes.append((mutant, future.result()))
             print(*mutant, outcomes[-1][1], sep="\t", file=log, flush=True)
     print(f"judged ({time.time() - began:.0f} s)", flush=True)
-    return 0 if report(outcomes) else 1
+    return 0 if report(outcomes, listed) else 1
 
 
 sys.exit(main())

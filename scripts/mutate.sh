@@ -5,7 +5,7 @@
 #   scripts/mutate.sh                        a sample of models/, kernels/, readers/ and engine/
 #   scripts/mutate.sh --rooms models --count 300
 #   scripts/mutate.sh --again                the same mutants after a change of the tests
-#   scripts/mutate.sh --survivors            of them those that weren't killed, after tests were added
+#   scripts/mutate.sh --survivors            of them those that weren't killed and aren't listed
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 scripts/ensure-packages.sh packages.txt tests/packages.txt .ci/release-packages.txt
