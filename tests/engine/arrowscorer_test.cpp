@@ -747,6 +747,14 @@ TEST_F(TableScanTest, HandsOutTheRowsBeforeAFault)
     }
 }
 
+// Each of them is a row too short, however many stand before the first whole one.
+TEST_F(TableScanTest, BlankLinesEndTheTable)
+{
+    const std::string blank(300, '\n');
+    EXPECT_EQ(Scan({folder_.Write("a.csv", "x,sex\n" + blank + "1,m\n")}, {}).rows, 0U);
+    EXPECT_EQ(failed_, kRowLength);
+}
+
 TEST_F(TableScanTest, WithoutAHeaderTheColumnsAreTheModels)
 {
     ScanOptions options;

@@ -202,6 +202,9 @@ TEST(ContrastRules, OfFamiliesWithContrasts)
                 {kBinary, "<Matrix ", "<Matrix kind=\"symmetric\" ", "contrast-matrix-shape",
                  "Matrix", "kind", "symmetric"},
                 {kBinary, "<Matrix ", "<Matrix kind=\"any\" "},
+                // The reader refuses a short row of a matrix that it looks at.
+                {kBinary, "<Array type=\"real\" n=\"2\">-1 -1</Array>",
+                 "<Array type=\"real\" n=\"2\">-1</Array>"},
                 {kBinary, "nbRows=\"3\"", "nbRows=\"4\"", "contrast-matrix-shape", "Matrix",
                  "nbRows", "4"},
                 {kBinary, "<Category value=\"other\"/>", "<Category value=\"othr\"/>",
@@ -247,8 +250,9 @@ TEST(ContrastRules, OfOtherFamilies)
                 {kOther, " contrastMatrixType=\"helmert\">...-0.5 1<",
                  "><Matrix nbRows=\"3\" nbCols=\"2\"><Array>1 0</Array><Array>-0.5<",
                  "ragged-contrast-matrix", "Array[2]", "", "-0.5"},
+                // Of rows with labels nobody reads how many they are said to be.
                 {kOther, " contrastMatrixType=\"helmert\">...</Predictor>",
-                 "><Extension name=\"contrastMatrix\"><X-Basis nbRows=\"3\" nbCols=\"2\">"
+                 "><Extension name=\"contrastMatrix\"><X-Basis nbRows=\"4\" nbCols=\"2\">"
                  "<X-Row value=\"clay\">1 0</X-Row><X-Row value=\"loam\">0 1</X-Row>"
                  "<X-Row value=\"sand\">0 0</X-Row></X-Basis></Extension></Predictor>",
                  "contrast-extension-not-read", "Extension", "name", "contrastMatrix"}},

@@ -1,7 +1,10 @@
 // What is found in the fields of the dictionary and of the mining schema.
 
+#include <string>
+
 #include <gtest/gtest.h>
 
+#include "engine/documents/audit/fieldvalues.h"
 #include "tests/engine/adapted.h"
 #include "tests/engine/auditedfields.h"
 #include "tests/readers/legacyparts.h"
@@ -227,6 +230,32 @@ TEST(ReplacementThatIsNoNumber, OfInvalidValuesStaysWhereItIsUsed)
         EXPECT_TRUE(
             Adapted(Edited(kFieldsDocument, {"<MiningField name=\"x\"", field})).Untouched())
             << attributes;
+    }
+}
+
+TEST(FieldInterval, IsReadWhereTheReaderTakesIt)
+{
+    const struct {
+        const char* attributes;
+        const char* dataType;
+        const char* text;  // none where nothing is read
+    } kRows[] = {
+        {"closure='closedOpen' leftMargin='0' rightMargin='5'", "double", "[0, 5)"},
+        {"closure='openOpen' rightMargin='5'", "double", "(, 5)"},
+        {"closure='openClosed' leftMargin='2020-01-01'", "date", "(2020-01-01, ]"},
+        {"closure='closed' leftMargin='0' rightMargin='5'", "double", nullptr},
+        {"leftMargin='0' rightMargin='5'", "double", nullptr},
+        {"closure='closedOpen' leftMargin='low' rightMargin='5'", "double", nullptr},
+        {"closure='closedOpen' leftMargin='0' rightMargin='high'", "double", nullptr},
+        {"closure='closedOpen' leftMargin='today'", "date", nullptr},
+    };
+    for (const auto& row : kRows) {
+        const Document document =
+            LoadDocumentText("<PMML><Interval " + std::string(row.attributes) + "/></PMML>", "m");
+        const auto interval = ReadFieldInterval(document.Root().Child("Interval"), row.dataType);
+        ASSERT_EQ(interval.has_value(), row.text != nullptr) << row.attributes;
+        if (!interval) continue;
+        EXPECT_EQ(interval->Text(), row.text);
     }
 }
 

@@ -91,6 +91,20 @@ TEST_F(CasePreparerTest, ColumnThatStandsTwiceIsRefusedOnlyWhenTheModelReadsIt)
     EXPECT_THROW(Bind({"x", "x"}), Failure);
 }
 
+TEST_F(CasePreparerTest, AColumnForWhatIsNoInputIsRefused)
+{
+    model_.AddNumber("age");
+    model_.AddNumber("size");
+    try {
+        Bind({"age", "size"}, {.columnOf = {{"agee", "size"}}});
+        FAIL();
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.Code(), kUnknownMappedName);
+        EXPECT_EQ(failure.Kind(), FailureKind::Usage);
+        EXPECT_EQ(failure.Arguments(), (std::vector<std::string>{"agee", "age, size"}));
+    }
+}
+
 TEST_F(CasePreparerTest, EmptyFieldIsAMissingValueAndNeverNull)
 {
     DictVar& x = model_.AddNumber("x");

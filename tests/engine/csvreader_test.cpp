@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/tables/blockreader.h"
 #include "host/messages/messages.h"
 #include "tests/engine/tableread.h"
 #include "tests/engine/textsource.h"
@@ -476,6 +477,20 @@ TEST(CsvReaderRows, BeforeAFaultAreDeliveredFirst)
     EXPECT_EQ(ReadBlocks("a,b\n1,2\n\n3,4\n", 100), (std::pair<Row, int>{{"1,2"}, kRowLength}));
     EXPECT_EQ(ReadBlocks("a,b\n1,2\n\n\n", 100), (std::pair<Row, int>{{"1,2"}, 0}));
     EXPECT_EQ(ReadBlocks("a,b\n1,2\n3,\"4", 100), (std::pair<Row, int>{{"1,2"}, kUnclosedQuote}));
+}
+
+TEST(CsvReader, BlocksHaveAsManyRowsAsTheyMay)
+{
+    for (const std::string& row : std::vector<std::string>{"x,1\n", "\"x\",1\n"}) {
+        std::string text = "a,b\n";
+        for (int i = 0; i < 250; ++i) text += row;
+        TextSource source(text);
+        const auto reader = MakeBlockReader(source, {}, {size_t{1} << 16, 100});
+        std::vector<int64_t> rows;
+        RecordBlock block;
+        while (reader->Next(block)) rows.push_back(block.nextRow - block.firstRow);
+        EXPECT_EQ(rows, (std::vector<int64_t>{100, 100, 50})) << row;
+    }
 }
 
 }  // namespace

@@ -153,6 +153,7 @@ TEST(JsonLines, LimitOfALineIsExact)
     const TableRead whole = Read("{\"a\":1}\n" + line(kLimit) + "\n{\"a\":3}\n");
     EXPECT_EQ(whole.code, 0) << whole.message;
     EXPECT_EQ(whole.rows.size(), 3u);
+    EXPECT_EQ(Read(line(kLimit) + "\n").code, 0);
     for (const char* end : {"\n{\"a\":3}\n", ""}) {
         const TableRead tooLong = Read("{\"a\":1}\n" + line(kLimit + 1) + end);
         EXPECT_EQ(tooLong.code, kRowTooLong);

@@ -327,8 +327,12 @@ TEST(OutputSection, DatesAndTimesAreWrittenAsTexts)
         Expression("days", days) +
         Expression("again", "<FieldRef field='due'/>", "dataType='date'") +
         Expression("none", "<FieldRef field='sex'/>", "dataType='date'");
-    EXPECT_EQ(RowsOf(Linear(output), "x,sex\n2,m\n"),
-              Texts{"1960-01-11 23:59:00 1960-01-11T00:00:00 10 10 1960-01-11 -"});
+    const std::string row = "1960-01-11 23:59:00 1960-01-11T00:00:00 10 10 1960-01-11 -";
+    EXPECT_EQ(RowsOf(Linear(output), "x,sex\n2,m\n3,f\n"), (Texts{row, row}));
+    // What counts days is a number.
+    const auto cells = CellsOf(Open(Linear(output)), "x,sex\n2,m\n").at(0);
+    EXPECT_EQ(cells.at(3).kind, OutputCell::Number);
+    EXPECT_EQ(cells.at(0).kind, OutputCell::Text);
 }
 
 TEST(OutputSection, ARefusedExpressionHasItsPlace)

@@ -228,6 +228,29 @@ TEST(RegressionTranslation, AFieldThatListsItsCategoriesIsAFactorWhoseMissingVal
     EXPECT_TRUE(adapted.Has("<MiningField invalidValueTreatment='returnInvalid' name='f'>"));
 }
 
+TEST(RegressionTranslation, AFieldThatIsANumberSomewhereIsNoFactor)
+{
+    RegressionParts parts;
+    parts.fields =
+        "<DataField name='y' optype='continuous' dataType='double'/>"
+        "<DataField name='n' optype='ordinal' dataType='integer'><Value value='1'/>"
+        "<Value value='2'/></DataField>";
+    parts.schema = "<MiningField name='y' usageType='target'/><MiningField name='n'/>";
+    // Behind the category too.
+    for (const std::string number :
+         {"<NumericPredictor name='n' coefficient='2'/>",
+          "<PredictorTerm coefficient='2'><FieldRef field='n'/></PredictorTerm>"}) {
+        const std::string category = "<CategoricalPredictor name='n' value='2' coefficient='3'/>";
+        const bool isFirst = number.starts_with("<Num");
+        parts.tables = "<RegressionTable intercept='1'>" +
+                       (isFirst ? number + category : category + number) + "</RegressionTable>";
+        const Adapted adapted{parts.Text()};
+        EXPECT_FALSE(adapted.Has("<FactorList>")) << adapted.after;
+        EXPECT_TRUE(adapted.Has("<DataField dataType='integer' name='n' optype='continuous'>"));
+        EXPECT_TRUE(adapted.Has("<NormDiscrete field='n' mapMissingTo='0' value='2'>"));
+    }
+}
+
 TEST(RegressionTranslation, AFamilyThatWantsEveryFactorGetsIndicators)
 {
     RegressionParts parts;

@@ -143,6 +143,22 @@ protected:
         return outcome;
     }
 
+    // What a run leaves that goes on where one with rejects ended.
+    Outcome GoOn(const LoadedModel& model, const Texts& tables, const ScoringOptions& options,
+                 const RunPosition& position)
+    {
+        const std::string rows = folder_.Path("rows.csv");
+        const std::string rejected = folder_.Path("rejects.csv");
+        ScoringSession session(model, tables, options);
+        RowWriter writer(rows, Compression::None, position.output);
+        RowWriter rejects(rejected, Compression::None, position.rejects);
+        session.StartAt(position);
+        session.Run(writer, &rejects);
+        writer.Close();
+        rejects.Close();
+        return {ReadWhole(rows), ReadWhole(rejected), Told(session.Report()), "", 0};
+    }
+
     // What every number of threads and size of blocks tells, being the same.
     Outcome RunEachWay(const LoadedModel& model, const Texts& tables, ScoringOptions options)
     {
@@ -523,15 +539,37 @@ TEST_F(SessionTest, ARunThatIsGoneOnWithEndsTheSame)
         }
         EXPECT_GT(position.report.rejected, 0);
         options.mostRejects = std::numeric_limits<int64_t>::max();
-        ScoringSession session(model, tables, options);
-        RowWriter writer(rows, Compression::None, position.output);
-        RowWriter rejects(rejected, Compression::None, position.rejects);
-        session.StartAt(position);
-        session.Run(writer, &rejects);
-        writer.Close();
-        rejects.Close();
-        const Outcome outcome{ReadWhole(rows), ReadWhole(rejected), Told(session.Report()), "", 0};
-        EXPECT_TRUE(Same(outcome, expected)) << threads << " threads";
+        EXPECT_TRUE(Same(GoOn(model, tables, options, position), expected))
+            << threads << " threads";
+    }
+}
+
+// Blocks that a stop met in their middle are scored again.
+TEST_F(SessionTest, ARunThatWasStoppedGoesOnWithItsFirstRowThatIsNotWritten)
+{
+    const LoadedModel& model = Linear();
+    const Texts tables{Table(LinearTable("\n", [](size_t) -> std::string { return "1,m"; }))};
+    ScoringOptions options;
+    options.rejects = true;
+    const Outcome expected = Run(model, tables, options);
+    options.threads = 8;
+    options.blockBytes = 4096;
+    for (int blocks = 1; blocks < 60; ++blocks) {
+        RunPosition position;
+        StopFlag stop{false};
+        {
+            ScoringSession session(model, tables, options, &stop);
+            session.OnCheckpoint([&](const RunPosition& reached) { position = reached; });
+            int written = 0;
+            session.OnProgress([&](uint64_t, int64_t) { stop = stop || ++written == blocks; });
+            RowWriter writer(folder_.Path("rows.csv"));
+            RowWriter rejects(folder_.Path("rejects.csv"));
+            session.Run(writer, &rejects);
+            EXPECT_TRUE(session.Report().interrupted);
+            writer.EndEarly(false);
+            rejects.EndEarly(false);
+        }
+        ASSERT_TRUE(Same(GoOn(model, tables, options, position), expected)) << blocks << " blocks";
     }
 }
 

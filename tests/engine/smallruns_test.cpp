@@ -103,6 +103,38 @@ TEST_F(SmallRun, ATornRowHasItsTableAndStatus)
                                 table, kCaseNotReadable));
 }
 
+TEST_F(SmallRun, ATornRowHasNothingInTheColumnsOfTheDocument)
+{
+    TestModel model;
+    model.afterSchema =
+        "<Output><OutputField name='fit'/><OutputField name='se' feature='standardError'/>"
+        "</Output>";
+    ScoringOptions options;
+    options.rejects = true;
+    EXPECT_EQ(Written(OpenText(model.Text(), {.output = OutputColumns::Document}),
+                      "x,sex\n2,m\ntorn\n", options),
+              fmt::format("fit,se,status,status_field\n15,2,0,\n,,{},\n", kCaseNotReadable));
+}
+
+// An output field may be called as the status is: columns of one name are two, keys one.
+TEST_F(SmallRun, KeysThatWouldStandTwiceAreRefused)
+{
+    TestModel model;
+    model.afterSchema = "<Output><OutputField name='status'/></Output>";
+    const LoadedModel opened = OpenText(model.Text(), {.output = OutputColumns::Document});
+    EXPECT_EQ(Written(opened, "x,sex\n2,m\n"), "status,status,status_field\n15,0,\n");
+    ScoringOptions options;
+    options.form.table = TableForm::JsonLines;
+    try {
+        Written(opened, "x,sex\n2,m\n", options);
+        ADD_FAILURE() << "taken";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.Kind(), FailureKind::Usage);
+        EXPECT_EQ(failure.Code(), kOutputKeyTwice);
+        EXPECT_EQ(failure.Arguments(), Texts{"status"});
+    }
+}
+
 TEST_F(SmallRun, AnUnknownColumnIsRefusedWithThoseThatThereAre)
 {
     ScoringOptions options;

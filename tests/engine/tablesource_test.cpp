@@ -1,5 +1,6 @@
 #include "engine/tables/tablesource.h"
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -468,6 +469,19 @@ TEST_F(TableFromAPipe, StopInAnotherThreadEndsAReadThatWaits)
         stop_ = true;
     });
     EXPECT_EQ(Read(), "");  // the end, and no cut table
+}
+
+TEST(TableSource, PassesOverBytesOfTheTableNotOfTheFile)
+{
+    const std::string text = LongTable();
+    for (const std::string& file : {text, PackedByGzip(text), PackedByZstd(text)}) {
+        for (const size_t count : {size_t{0}, size_t{5}, size_t{300000}, text.size() + 1}) {
+            const auto table = TableOf(file);
+            table->Skip(count);
+            EXPECT_TRUE(ReadAll(*table).bytes == text.substr(std::min(count, text.size())))
+                << file.size() << ", " << count;
+        }
+    }
 }
 
 TEST(OpenTable, TellsTheFileThatItReads)

@@ -587,6 +587,14 @@ TEST(Refusals, TablesThatTakeAllMemoryAreRefusedBeforeTheyAreMade)
     const VSException design = RefusalOf(Wide("generalLinear", 12000, 13000, ""));
     EXPECT_EQ(design.GetErrorCode(), kTableTooLarge);
     EXPECT_EQ(design.GetArguments(), (std::vector<std::string>{"PPMatrix", "12000", "13000"}));
+    std::string categories = "<DataField name=\"y\" optype=\"categorical\" dataType=\"string\">";
+    for (int i = 0; i < 12001; ++i) categories += "<Value value=\"" + std::to_string(i) + "\"/>";
+    const VSException betas =
+        RefusalOf(With(Wide("multinomialLogistic", 12000, 0, ""),
+                       "<DataField name=\"y\" optype=\"continuous\" dataType=\"double\"/>",
+                       categories + "</DataField>"));
+    EXPECT_EQ(betas.GetErrorCode(), kTableTooLarge);
+    EXPECT_EQ(betas.GetArguments(), (std::vector<std::string>{"ParamMatrix", "12000", "12001"}));
 }
 
 TEST(Refusals, SayWhereInTheDocument)
