@@ -133,9 +133,11 @@ class Walk:
             self.function = cursor.spelling.split("<")[0]
         if kind == CursorKind.VAR_DECL and self.says_constexpr(cursor):
             return
-        if inside:
-            self.mutate(cursor, parent)
         children = list(cursor.get_children())
+        if kind == CursorKind.IF_STMT and self.says_if_constexpr(cursor):
+            children = children[1:]
+        elif inside:
+            self.mutate(cursor, parent)
         if kind == CursorKind.CASE_STMT:
             children = children[1:]
         if kind == CursorKind.VAR_DECL and cursor.type.kind == TypeKind.CONSTANTARRAY:
@@ -152,6 +154,9 @@ class Walk:
         start = cursor.extent.start.offset
         head = self.text[start:cursor.location.offset].decode()
         return "constexpr" in head or "consteval" in head
+
+    def says_if_constexpr(self, cursor):
+        return re.match(rb"if\s+constexpr\b", self.text[cursor.extent.start.offset:]) is not None
 
     def span(self, cursor):
         start, end = cursor.extent.start, cursor.extent.end
@@ -263,8 +268,12 @@ class Walk:
         if node(parent) == CursorKind.COMPOUND_STMT:
             self.add(cursor, [(span[0], 0, head)], change)
         elif node(parent) in (CursorKind.IF_STMT, CursorKind.FOR_STMT, CursorKind.WHILE_STMT,
-                             CursorKind.CXX_FOR_RANGE_STMT):
+                             CursorKind.CXX_FOR_RANGE_STMT) and not self.is_in_head(cursor, parent):
             self.add(cursor, [(span[0], 0, "{ " + head), (end + 1, 0, " }")], change)
+
+    def is_in_head(self, cursor, parent):
+        """Of a loop: what begins or ends it, rather than its body."""
+        return node(parent) == CursorKind.FOR_STMT and cursor != list(parent.get_children())[-1]
 
 
 class Source:
@@ -352,11 +361,11 @@ def write_mutated(file, sites):
         opens = (site.offset, site.edits[-1][0])
         for number, (place, length, new) in enumerate(site.edits):
             # At one place what ends comes before what begins, the inner end before the outer one and the outer
-            # beginning before the inner one.
+            # beginning before the inner one. Of one width the operator is inside: its comma is between its own brackets.
             ends = number == len(site.edits) - 1 and number > 0
             width = opens[1] - opens[0]
             statement = new.startswith(("if (!", "{ if"))
-            order = (0, width) if ends else (1, 0 if statement else 1, -width)
+            order = (0, width) if ends else (1, 0 if statement else 1, -width, len(site.edits))
             edits.append((place, order, length, new.replace("@0", str(site.first)).encode()))
     made, position = [], 0
     for place, _, length, new in sorted(edits, key=lambda edit: (edit[0], edit[1])):
@@ -368,12 +377,17 @@ def write_mutated(file, sites):
 
 
 def mentioned(output):
-    """The places of mutated files in a compiler's complaints: those of the errors themselves before their notes."""
+    """The places of mutated files in a compiler's errors; of an error elsewhere the first of its notes."""
     places = set()
+    told = False  # the last error
     for line in output.splitlines():
         found = re.match(r"(.+?):(\d+):\d+: (fatal error|error|note):", line)
-        if found and found.group(1).startswith(str(TREE)):
+        if not found:
+            continue
+        told = told and found.group(3) == "note"
+        if not told and found.group(1).startswith(str(TREE)):
             places.add((str(pathlib.Path(found.group(1)).relative_to(TREE)), int(found.group(2))))
+            told = True
     return places
 
 

@@ -36,17 +36,24 @@ VELMUTANTS_INLINE int Variant(int first)
 
 VELMUTANTS_INLINE bool On(int id) { return Variant(id) == 0; }
 
-VELMUTANTS_INLINE bool Not(int id, bool truth) { return truth != On(id); }
-// Operands of && and ||, as if the other stood alone.
-VELMUTANTS_INLINE bool OrTrue(int id, bool truth)
+// Of conditions, which may be pointers.
+template <class T>
+VELMUTANTS_INLINE bool Not(int id, const T& truth)
 {
-    const bool on = On(id);
-    return truth || on;
+    return static_cast<bool>(truth) != On(id);
 }
-VELMUTANTS_INLINE bool AndFalse(int id, bool truth)
+// Operands of && and ||, as if the other stood alone.
+template <class T>
+VELMUTANTS_INLINE bool OrTrue(int id, const T& truth)
 {
     const bool on = On(id);
-    return truth && !on;
+    return static_cast<bool>(truth) || on;
+}
+template <class T>
+VELMUTANTS_INLINE bool AndFalse(int id, const T& truth)
+{
+    const bool on = On(id);
+    return static_cast<bool>(truth) && !on;
 }
 
 #define VELMUTANTS_BINARY(NAME, KEPT, FIRST, SECOND)                            \
