@@ -174,6 +174,26 @@ TEST_F(OutputFileTest, AnOpenDescriptorIsWrittenOnWhereItStands)
     EXPECT_EQ(Files(), 2u);
 }
 
+// What stood there before stays, whether the next byte went to the end or to where the file stood.
+TEST_F(OutputFileTest, AnOpenDescriptorIsCutBackToItsOwnBytes)
+{
+    for (const bool appends : {true, false}) {
+        const std::string path = folder_.Write("a", "old\n");
+        const int descriptor =
+            ::open(path.c_str(), O_WRONLY | O_CLOEXEC | (appends ? O_APPEND : 0));
+        ASSERT_GE(descriptor, 0);
+        if (!appends) {
+            ASSERT_EQ(::lseek(descriptor, 2, SEEK_SET), 2);
+        }
+        OutputFile file("/dev/fd/" + std::to_string(descriptor));
+        EXPECT_EQ(file.Write("whole\nhal"), 0);
+        file.CutTo(6);
+        file.Finish();
+        ::close(descriptor);
+        EXPECT_EQ(Content(path), appends ? "old\nwhole\n" : "olwhole\n");
+    }
+}
+
 TEST_F(OutputFileTest, LackOfRoomAloneAsksForRoom)
 {
     struct Sample {

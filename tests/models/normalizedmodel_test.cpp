@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "host/values/numericvalue.h"
 #include "models/mlrresult.h"
 #include "tests/models/classifierfixture.h"
 
@@ -137,6 +138,38 @@ TEST(NormalizedModel, EveryWordHasItsInverseLink)
     NormalizedModel model;
     EXPECT_FALSE(model.SetNormalization("softmax"));
     EXPECT_EQ(model.GetNormalization(), "");
+}
+
+TEST(NormalizedModel, DerivedPredictorComesFromTheTransformationsUnlessTheRecordHoldsIt)
+{
+    Built<NormalizedModel> own(Categorical("y", {"a", "b"}));
+    ASSERT_TRUE(own.model.SetNormalization("simplemax"));
+    auto* transformations = new TransformationDictionary;
+    auto derived = Derived("d", 3.0);
+    own.model.SetVarRole(derived.get(), ScoreModel::ROLE_COVARIATE);
+    transformations->AddVar("d", derived.release());
+    transformations->SetUpDerivedCaseRecord();
+    own.model.SetTransformationScoreDictionary(transformations);
+    own.model.AddPredictor("d");
+    own.model.SetNeedDerivedPredictor(true);
+    own.Covariate("x");
+    own.Parameters({"pd", "px"});
+    ASSERT_TRUE(own.SetUp());
+    own.model.GetPPCMatrix()->SetCell("pd", "d", new NumericValue(1.0));
+    own.model.GetNumericPPMatrix().at(0).at(0) = 1.0;
+    own.Cell("px", "x", "1");
+    own.Beta("a", "pd", 1.0);
+    own.Beta("b", "px", 1.0);
+    own.model.FinishSetup();
+    Slot slot;
+    Case without;
+    without.With("x", 1);
+    ASSERT_TRUE(own.model.GetScore(&without.Record(), slot.result, false).IsOK());
+    EXPECT_NEAR(slot.Percent("a"), 0.75, kRounding);
+    Case within(false);
+    within.With("x", 1).With("d", 1);
+    ASSERT_TRUE(own.model.GetScore(&within.Record(), slot.result, true).IsOK());
+    EXPECT_NEAR(slot.Percent("a"), 0.5, kRounding);
 }
 
 TEST(NormalizedModel, TellsTheEquationsThatCountAndTheRemainder)
