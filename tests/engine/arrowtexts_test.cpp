@@ -70,7 +70,7 @@ class ArrowDecimals : public testing::TestWithParam<DecimalRow> {};
 TEST_P(ArrowDecimals, HaveTheirTextAndNumber)
 {
     const DecimalRow& row = GetParam();
-    for (const size_t width : {16, 32}) {
+    for (const size_t width : {size_t{16}, size_t{32}}) {
         const ArrowDecimal decimal(Bytes(row.whole, width), row.scale);
         std::string text = "x=";
         decimal.AppendTo(text);
