@@ -286,14 +286,7 @@ TYPED_TEST(EveryFamily, WithoutValidationAMissingValueStands)
 
 TYPED_TEST(EveryFamily, DerivedValueComesFromTheTransformationsUnlessTheRecordHoldsIt)
 {
-    auto* derived = new TransformationDictionary;
-    auto var = Derived("d", 5.0);
-    this->built.model.SetVarRole(var.get(), ScoreModel::ROLE_COVARIATE);
-    derived->AddVar("d", var.release());
-    derived->SetUpDerivedCaseRecord();
-    this->built.model.SetTransformationScoreDictionary(derived);
-    this->built.model.AddPredictor("d");
-    this->built.model.SetNeedDerivedPredictor(true);
+    this->built.DerivedCovariate("d", 5.0);
     this->built.SetUp();
     this->built.model.FinishSetup();
     Case c;

@@ -304,15 +304,7 @@ TYPED_TEST(Classifiers, RecordWithoutPositionsIsReadByName)
 TYPED_TEST(Classifiers, DerivedPredictorComesFromTheTransformationsUnlessTheRecordHoldsIt)
 {
     Built<TypeParam> own(TextTarget());
-    auto* derived = new TransformationDictionary;
-    auto var = Derived("d", 2.0);
-    own.model.SetVarRole(var.get(), ScoreModel::ROLE_COVARIATE);
-    const TransformVar& d = *var;
-    derived->AddVar("d", var.release());
-    derived->SetUpDerivedCaseRecord();
-    own.model.SetTransformationScoreDictionary(derived);
-    own.model.AddPredictor("d");
-    own.model.SetNeedDerivedPredictor(true);
+    const TransformVar& d = own.DerivedCovariate("d", 2.0);
     const bool ordinal = TestFixture::OfFamily::isOrdinal;
     if (ordinal) own.Parameters({"threshold"});
     own.Parameters({"pd"});

@@ -208,14 +208,7 @@ TEST(CLRModel, DerivedPredictorIsBadUnderValidationUnlessTheRecordHoldsIt)
 {
     for (const bool validates : {true, false}) {
         Built<CLRModel> built(TextTarget());
-        auto* derived = new TransformationDictionary;
-        auto var = Derived("d", 2.0);
-        built.model.SetVarRole(var.get(), ScoreModel::ROLE_COVARIATE);
-        derived->AddVar("d", var.release());
-        derived->SetUpDerivedCaseRecord();
-        built.model.SetTransformationScoreDictionary(derived);
-        built.model.AddPredictor("d");
-        built.model.SetNeedDerivedPredictor(true);
+        built.DerivedCovariate("d", 2.0);
         built.model.SetScoreCaseValidationCheck(validates);
         built.Parameters({"pd"});
         ASSERT_TRUE(built.SetUp());

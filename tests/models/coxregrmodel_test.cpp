@@ -1385,14 +1385,7 @@ TEST(CoxRegModel, SecondBaselinesReplaceTheFirst)
 TEST(CoxRegModel, CurveComputesDerivedPredictors)
 {
     Small small;
-    auto* derived = new TransformationDictionary;
-    auto var = Derived("d", 2.0);
-    small.model.SetVarRole(var.get(), ScoreModel::ROLE_COVARIATE);
-    derived->AddVar("d", var.release());
-    derived->SetUpDerivedCaseRecord();
-    small.model.SetTransformationScoreDictionary(derived);
-    small.model.AddPredictor("d");
-    small.model.SetNeedDerivedPredictor(true);
+    small.DerivedCovariate("d", 2.0);
     small.Parameters({"pd"});
     ASSERT_TRUE(small.SetUp());
     small.model.GetPPCMatrix()->SetCell("pd", "d", new NumericValue(1.0));

@@ -431,14 +431,7 @@ TEST(GLRModel, DerivedPredictorIsComputedWhereTheRecordDoesNotHoldIt)
     for (const bool holds : {false, true}) {
         for (const bool inRecord : {false, true}) {
             Built<GLRModel> built;
-            auto* derived = new TransformationDictionary;
-            auto var = Derived("d", 5.0);
-            built.model.SetVarRole(var.get(), ScoreModel::ROLE_COVARIATE);
-            derived->AddVar("d", var.release());
-            derived->SetUpDerivedCaseRecord();
-            built.model.SetTransformationScoreDictionary(derived);
-            built.model.SetNeedDerivedPredictor(true);
-            built.model.AddPredictor("d");
+            built.DerivedCovariate("d", 5.0);
             built.Parameters({"p"});
             ASSERT_TRUE(built.SetUp());
             built.model.GetNumericPPMatrix()[0][0] = 1.0;
@@ -607,14 +600,7 @@ TEST(GLRModel, LimitsComeWithTheDegreesOfFreedomAsTheyStand)
 TEST(GLRModel, DerivedPredictorIsComputedUnlessTheRecordHoldsIt)
 {
     Built<GLRModel> built;
-    auto* derived = new TransformationDictionary;
-    auto var = Derived("d", 5.0);
-    built.model.SetVarRole(var.get(), ScoreModel::ROLE_COVARIATE);
-    derived->AddVar("d", var.release());
-    derived->SetUpDerivedCaseRecord();
-    built.model.SetTransformationScoreDictionary(derived);
-    built.model.AddPredictor("d");
-    built.model.SetNeedDerivedPredictor(true);
+    built.DerivedCovariate("d", 5.0);
     built.Parameters({"p"});
     ASSERT_TRUE(built.SetUp());
     built.model.GetNumericPPMatrix()[0][0] = 1.0;

@@ -301,14 +301,7 @@ TEST(LRModel, DerivedPredictorComesFromTheDerivedRecordUnlessTheCaseHoldsIt)
 {
     for (const bool inRecord : {false, true}) {
         Built<LRModel> built;
-        auto* derived = new TransformationDictionary;
-        auto var = Derived("d", 5.0);
-        built.model.SetVarRole(var.get(), ScoreModel::ROLE_COVARIATE);
-        derived->AddVar("d", var.release());
-        derived->SetUpDerivedCaseRecord();
-        built.model.SetTransformationScoreDictionary(derived);
-        built.model.SetNeedDerivedPredictor(true);
-        built.model.AddPredictor("d");
+        built.DerivedCovariate("d", 5.0);
         built.Parameters({"b", "(Constant)"});
         ASSERT_TRUE(built.SetUp());
         built.Beta("b", 2.0);

@@ -16,6 +16,7 @@
 #include "host/values/stringvalue.h"
 #include "host/variables/caserecord.h"
 #include "host/variables/dictvar.h"
+#include "host/variables/transformationdictionary.h"
 #include "host/variables/varstats.h"
 #include "models/regressionmodel.h"
 
@@ -139,6 +140,20 @@ public:
             numbers[static_cast<size_t>(model.GetParameterIndex(parameter))]
                    [static_cast<size_t>(model.GetPredictorIndex(predictor))] = number;
         }
+    }
+    /// A covariate that the transformations derive: this number in each case.
+    const TransformVar& DerivedCovariate(const std::string& name, double number)
+    {
+        auto* derived = new TransformationDictionary;  // the model's
+        auto var = Derived(name, number);
+        const TransformVar& made = *var;
+        model.SetVarRole(var.get(), ScoreModel::ROLE_COVARIATE);
+        derived->AddVar(name, var.release());
+        derived->SetUpDerivedCaseRecord();
+        model.SetTransformationScoreDictionary(derived);
+        model.AddPredictor(name);
+        model.SetNeedDerivedPredictor(true);
+        return made;
     }
     void Beta(const std::string& parameter, double beta)
     {

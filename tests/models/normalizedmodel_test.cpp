@@ -144,14 +144,7 @@ TEST(NormalizedModel, DerivedPredictorComesFromTheTransformationsUnlessTheRecord
 {
     Built<NormalizedModel> own(Categorical("y", {"a", "b"}));
     ASSERT_TRUE(own.model.SetNormalization("simplemax"));
-    auto* transformations = new TransformationDictionary;
-    auto derived = Derived("d", 3.0);
-    own.model.SetVarRole(derived.get(), ScoreModel::ROLE_COVARIATE);
-    transformations->AddVar("d", derived.release());
-    transformations->SetUpDerivedCaseRecord();
-    own.model.SetTransformationScoreDictionary(transformations);
-    own.model.AddPredictor("d");
-    own.model.SetNeedDerivedPredictor(true);
+    own.DerivedCovariate("d", 3.0);
     own.Covariate("x");
     own.Parameters({"pd", "px"});
     ASSERT_TRUE(own.SetUp());
