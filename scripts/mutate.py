@@ -361,7 +361,8 @@ def write_mutated(file, sites):
         opens = (site.offset, site.edits[-1][0])
         for number, (place, length, new) in enumerate(site.edits):
             # At one place what ends comes before what begins, the inner end before the outer one and the outer
-            # beginning before the inner one. Of one width the operator is inside: its comma is between its own brackets.
+            # beginning before the inner one. Of one width the operator is inside: its comma is between its own
+            # brackets.
             ends = number == len(site.edits) - 1 and number > 0
             width = opens[1] - opens[0]
             statement = new.startswith(("if (!", "{ if"))
